@@ -1,0 +1,3 @@
+#include "mainwindow/scmainwindow.h"
+
+SCMainWindow::SCMainWindow() = default;

@@ -1,0 +1,32 @@
+#include "engine/recordingformat.h"
+
+#include <QTest>
+
+class TestRecordingFormat : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void indexOutsideTheTableIsMp4()
+    {
+        QCOMPARE(recordingFormatFromIndex(7), RecordingFormat::Mp4);
+        QCOMPARE(recordingFormatFromIndex(-1), RecordingFormat::Mp4);
+        QCOMPARE(recordingFileExtension(recordingFormatFromIndex(7)), QStringLiteral("mp4"));
+    }
+
+    void extensions()
+    {
+        const QStringList expected{"mp4", "avi", "flv", "gif", "mp3", "aac", "flac"};
+        for (int index = 0; index < kRecordingFormatCount; ++index)
+            QCOMPARE(recordingFileExtension(recordingFormatFromIndex(index)), expected.at(index));
+    }
+
+    void soundOnlyFormatsHaveNoPicture()
+    {
+        for (int index = 0; index < kRecordingFormatCount; ++index)
+            QCOMPARE(hasVideo(recordingFormatFromIndex(index)), index < 4);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRecordingFormat)
+#include "test_recordingformat.moc"

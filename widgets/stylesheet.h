@@ -1,0 +1,13 @@
+#pragma once
+
+class QString;
+class QWidget;
+
+/// Loads the style-sheet resource at path (":/res/style/....qss") and sets it on widget.
+///
+/// Sends "Loaded stylesheet from:" and the path to the debug output. When the resource cannot be opened, warns
+/// "Failed to load stylesheet from:" with the path and "Error:" with the file's error text, and the widget keeps its
+/// look.
+///
+/// @return whether the style sheet was set.
+bool applyStyleSheet(QWidget& widget, const QString& path);
