@@ -1,0 +1,51 @@
+#pragma once
+
+#include <utility>
+
+#include <initializer_list>
+#include <map>
+#include <stdexcept>
+
+/// An ordered map whose entries are fixed when it is made.
+///
+/// A key that is not in the table is a fault of the program or of a hand-edited value, never silently something else:
+/// the lookup throws.
+template <typename Key, typename T>
+class FixedTable
+{
+public:
+    FixedTable(std::initializer_list<std::pair<const Key, T>> entries) : m_entries(entries) {}
+
+    /// The entry of key.
+    ///
+    /// @throw std::out_of_range when there is none.
+    const T& at(const Key& key) const
+    {
+        const auto entry = m_entries.find(key);
+        if (entry == m_entries.end())
+            throw std::out_of_range("invalid map<K, T> key");
+        return entry->second;
+    }
+
+    bool contains(const Key& key) const { return m_entries.find(key) != m_entries.end(); }
+    int size() const { return static_cast<int>(m_entries.size()); }
+
+    /// The entries in ascending order of their keys.
+    auto begin() const { return m_entries.cbegin(); }
+    auto end() const { return m_entries.cend(); }
+
+    /// The same table read the other way round. Of entries with equal values the first stays.
+    FixedTable<T, Key> reversed() const
+    {
+        FixedTable<T, Key> table({});
+        for (const auto& [key, value] : m_entries)
+            table.m_entries.emplace(value, key);
+        return table;
+    }
+
+private:
+    template <typename OtherKey, typename OtherT>
+    friend class FixedTable;
+
+    std::map<Key, T> m_entries;
+};

@@ -1,0 +1,99 @@
+#include "app/settings.h"
+
+#include "app/appidentity.h"
+#include "app/sclogger.h"
+#include "app/settingsfile.h"
+#include "app/settingstables.h"
+#include "platform/settings_format.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+
+namespace {
+
+QSettings::Format storeFormat()
+{
+    // Registering the format is process-wide and cannot be undone: once.
+    static const QSettings::Format format = platform::settingsFormat(settingsfile::read, settingsfile::write);
+    return format;
+}
+
+QString saveFolder(QStandardPaths::StandardLocation location)
+{
+    return QStandardPaths::writableLocation(location) + QLatin1String("/Kestrano");
+}
+
+/// Keeps what the next write to the store would replace.
+void setAside(const QString& path)
+{
+    const QString copy = path + QLatin1String(".unreadable");
+    QFile::remove(copy);
+    QFile::copy(path, copy);
+}
+
+void reportTrouble(const QSettings& settings)
+{
+    static bool reported = false;
+    const QString trouble = settingsTrouble(settings);
+    if (trouble.isEmpty() || reported)
+        return;
+    reported = true;
+    SCLogger::warning(trouble);
+}
+
+} // namespace
+
+std::unique_ptr<QSettings> openSettings()
+{
+    auto settings =
+        std::make_unique<QSettings>(storeFormat(), QSettings::UserScope, QLatin1String(appidentity::kOrganizationName),
+                                    QLatin1String(appidentity::kApplicationName));
+    settings->setFallbacksEnabled(false);
+    if (settings->status() == QSettings::FormatError)
+        setAside(settings->fileName());
+    reportTrouble(*settings);
+    return settings;
+}
+
+QString settingsTrouble(const QSettings& settings)
+{
+    const QString place = QDir::toNativeSeparators(settings.fileName());
+    if (settings.status() == QSettings::FormatError)
+        return QStringLiteral("The settings in %1 cannot be understood; a copy is kept beside them, and the defaults "
+                              "apply")
+            .arg(place);
+    if (settings.status() == QSettings::AccessError)
+        return QStringLiteral("The settings in %1 cannot be read; the defaults apply").arg(place);
+    if (!settings.isWritable())
+        return QStringLiteral("The settings in %1 cannot be written; changes last until the program ends").arg(place);
+    return {};
+}
+
+std::map<QString, QVariant> defaultSettings()
+{
+    using namespace settingskeys;
+    return {{kLanguage, settingstables::languageCodes().at(0)},
+            {kFirstRun, true},
+            {kRecordingHotkey, QStringLiteral("F9")},
+            {kScreenshotHotkey, QStringLiteral("F10")},
+            {kScreenSwitch, true},
+            {kSpeakerSwitch, true},
+            {kMicSwitch, false},
+            {kWebcamSwitch, false},
+            {kRecordingFormat, settingstables::recordingFormats().at(0)},
+            {kRecordingSaveLocation, saveFolder(QStandardPaths::MoviesLocation)},
+            {kScreenshotFormat, settingstables::screenshotFormats().at(0)},
+            {kScreenshotSaveLocation, saveFolder(QStandardPaths::PicturesLocation)},
+            {kMouseSwitch, true},
+            {kMouseShowCursor, true},
+            {kMouseShowHighlight, true}};
+}
+
+void applyDefaultSettings(QSettings& settings)
+{
+    for (const auto& [key, value] : defaultSettings()) {
+        if (!settings.contains(key))
+            settings.setValue(key, value);
+    }
+}
