@@ -1,0 +1,86 @@
+#pragma once
+
+#include <QRect>
+#include <QSize>
+
+/// The primary screen as the capture area sees it.
+struct CaptureScreen
+{
+    /// In logical pixels of the desktop; the origin is not (0, 0) where another screen lies to the left or above.
+    QRect geometry;
+    /// Physical pixels per logical pixel, possibly fractional (1.25, 1.5, ...).
+    double devicePixelRatio = 1.0;
+
+    /// The size in physical pixels, truncated.
+    QSize physicalSize() const;
+};
+
+/// What is cut off the picture of the whole primary screen, in physical pixels, truncated.
+struct CaptureMargins
+{
+    int left = 0;
+    int top = 0;
+    int right = 0;
+    int bottom = 0;
+    /// False when the area is exactly the whole screen.
+    bool cropped = false;
+
+    bool operator==(const CaptureMargins&) const = default;
+};
+
+/// How the area was chosen; the values are the capture-mode numbers of the main window.
+enum class CaptureMode : int
+{
+    FullScreen = 0,
+    Region = 1,
+    Window = 2
+};
+
+/// Which part of the desktop is recorded: a rectangle in logical desktop pixels, and what the engine has to know of it
+/// in physical pixels.
+///
+/// The stored right and bottom lie one past the last pixel, so that right - left is the width and a rectangle that is
+/// the whole screen has margins of 0. Whoever reports corners in another sense converts them when storing, here only.
+class CaptureArea
+{
+public:
+    int left() const { return m_left; }
+    int top() const { return m_top; }
+    int right() const { return m_right; }
+    int bottom() const { return m_bottom; }
+
+    /// True until an area is chosen. A left edge below 1 counts as unset, and so does the whole of a screen that begins
+    /// at the desktop's origin: unset means the whole primary screen.
+    bool isUnset() const { return m_left < 1; }
+
+    /// Stores the pixels of rect, taken as a position and a size.
+    void setRect(const QRect& rect);
+
+    /// The stored pixels as a position and a size. All -1 corners while nothing was ever stored.
+    QRect rect() const;
+
+    /// The stored area, or the whole screen while it is unset.
+    QRect rectOn(const CaptureScreen& screen) const;
+
+    CaptureMode mode() const { return m_mode; }
+    void setMode(CaptureMode mode) { m_mode = mode; }
+
+    /// Width and height of the stored area in physical pixels, each truncated: the size of the picture.
+    QSize physicalSize(const CaptureScreen& screen) const;
+
+    CaptureMargins margins(const CaptureScreen& screen) const;
+
+private:
+    int m_left = -1;
+    int m_top = -1;
+    int m_right = -1;
+    int m_bottom = -1;
+    CaptureMode m_mode = CaptureMode::FullScreen;
+};
+
+/// The middle of rect as a countdown over it needs it: left + width / 2, top + height / 2, halves cut off.
+QPoint captureCentre(const QRect& rect);
+
+/// A logical length in physical pixels, truncated. A product that misses a whole number only by the rounding of the
+/// ratio counts as that number: 100 at 1.15 is 115.
+int toPhysicalPx(int logicalPx, double devicePixelRatio);

@@ -1,0 +1,249 @@
+#include "mainwindow/recordingsession.h"
+
+#include "app/sclogger.h"
+#include "engine/recordingformat.h"
+#include "mainwindow/recorderport.h"
+#include "mainwindow/recordingpath.h"
+
+namespace {
+
+constexpr int kCountdownFrom = 3;
+constexpr int kFramesPerSecond = 30;
+constexpr int kVideoBitRate = 4;
+
+enum RecordStatus
+{
+    kStarted = 0,
+    kPaused = 1,
+    kEnded = 2
+};
+
+} // namespace
+
+RecordingSession::RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent)
+    : QObject(parent), m_recorder(recorder), m_stage(stage)
+{
+    m_drainTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_drainTimer, &QTimer::timeout, this, &RecordingSession::pollDrain);
+    m_confirmTimer.setSingleShot(true);
+    connect(&m_confirmTimer, &QTimer::timeout, this, &RecordingSession::giveUpWaiting);
+}
+
+RecordingSession::~RecordingSession() = default;
+
+void RecordingSession::toggle()
+{
+    switch (m_state) {
+    case RecordingState::Idle:
+        requestStart();
+        break;
+    case RecordingState::Countdown:
+        cancelCountdown();
+        break;
+    case RecordingState::Recording:
+        requestStop();
+        break;
+    case RecordingState::Preparing:
+    case RecordingState::Stopping:
+    case RecordingState::Ended:
+        SCLogger::debug(QStringLiteral("Recording request ignored: the last one is still being carried out"));
+        break;
+    }
+}
+
+void RecordingSession::requestStart()
+{
+    if (m_state != RecordingState::Idle)
+        return;
+    setState(RecordingState::Countdown);
+    m_stage.minimiseWindow();
+    m_stage.countDown(kCountdownFrom);
+    if (m_countdownCancelled) {
+        m_countdownCancelled = false;
+        SCLogger::info(QStringLiteral("Countdown cancelled, nothing is recorded"));
+        conclude();
+    } else if (!m_recorder.isReady()) {
+        SCLogger::warning(QStringLiteral("OBS wrapper not initialized"));
+        conclude();
+    } else if (m_recorder.isRecording()) {
+        SCLogger::info(QStringLiteral("Stopping existing recording"));
+        beginStop();
+    } else if (prepare()) {
+        startOutput();
+    } else {
+        SCLogger::error(QStringLiteral("Failed to prepare recording"));
+        conclude();
+    }
+}
+
+bool RecordingSession::prepare()
+{
+    setState(RecordingState::Preparing);
+    return m_stage.prepareCapture();
+}
+
+void RecordingSession::startOutput()
+{
+    const RecordingChoices choices = m_stage.choices();
+    m_recorder.setCaptureCursor(choices.showCursor);
+    m_recorder.setCursorEffects(choices.pointerEffects);
+    m_stage.setExcludedFromCapture(true);
+    showElapsed(QTime(0, 0, 0));
+    m_stage.setClockRunning(true);
+
+    const RecordingPath path = choosePath(choices);
+    SCLogger::info(QStringLiteral("Starting recording to file: %1").arg(path.withoutExtension()));
+    SCLogger::debug(
+        QStringLiteral("Recording area set to: %1x%2").arg(choices.areaSize.width()).arg(choices.areaSize.height()));
+    const RecordingFormat format = recordingFormatFromIndex(choices.formatIndex);
+    m_recorder.setupFFmpeg(path.withoutExtension(), choices.widthPx, choices.heightPx, kFramesPerSecond, kVideoBitRate,
+                           static_cast<int>(format));
+    m_starting = true;
+    m_recorder.startRecording();
+    m_starting = false;
+    SCLogger::info(QStringLiteral("Recording started..."));
+    emit fileProduced(path.full(), hasVideo(format) ? QStringLiteral("video") : QStringLiteral("audio"));
+}
+
+RecordingPath RecordingSession::choosePath(const RecordingChoices& choices) const
+{
+    if (!ensureFolder(choices.folder))
+        SCLogger::error(QStringLiteral("The save folder does not exist and cannot be made: %1").arg(choices.folder));
+    return {choices.folder, choices.fileName, recordingFormatFromIndex(choices.formatIndex), m_stage.now()};
+}
+
+void RecordingSession::requestStop()
+{
+    if (m_state == RecordingState::Recording && m_recorder.isRecording())
+        beginStop();
+}
+
+void RecordingSession::beginStop()
+{
+    setState(RecordingState::Stopping);
+    m_framesSeen = m_recorder.recordedFrames();
+    m_framesWanted = m_framesSeen + m_recorder.encoderDelayFrames();
+    m_sinceStopRequest.start();
+    m_sinceLastFrame.start();
+    m_drainTimer.start(m_patience.pollMs);
+}
+
+void RecordingSession::pollDrain()
+{
+    if (!isDrained())
+        return;
+    m_drainTimer.stop();
+    stopOutput();
+}
+
+bool RecordingSession::isDrained()
+{
+    const qint64 frames = m_recorder.recordedFrames();
+    if (frames >= m_framesWanted)
+        return true;
+    if (frames != m_framesSeen) {
+        m_framesSeen = frames;
+        m_sinceLastFrame.restart();
+    }
+    const bool stalls = m_sinceLastFrame.hasExpired(m_patience.stallMs);
+    if (stalls || m_sinceStopRequest.hasExpired(m_patience.drainMs)) {
+        SCLogger::warning(QStringLiteral("The encoder keeps its last %1 frames, the recording ends without them")
+                              .arg(m_framesWanted - frames));
+        return true;
+    }
+    return false;
+}
+
+void RecordingSession::stopOutput()
+{
+    // Armed first: the engine may report the end before its stop returns.
+    m_confirmTimer.start(m_patience.confirmMs);
+    const int result = m_recorder.stopRecording(false);
+    SCLogger::info(QStringLiteral("Recording stopped... %1").arg(result));
+}
+
+void RecordingSession::giveUpWaiting()
+{
+    SCLogger::error(QStringLiteral("The engine did not report the end of the recording within %1 seconds")
+                        .arg(m_patience.confirmMs / 1000));
+    conclude();
+}
+
+void RecordingSession::cancelCountdown()
+{
+    if (m_state != RecordingState::Countdown)
+        return;
+    m_countdownCancelled = true;
+    m_stage.cancelCountdown();
+}
+
+void RecordingSession::finish()
+{
+    cancelCountdown();
+    requestStop();
+}
+
+void RecordingSession::onRecordStatusChanged(int status)
+{
+    if (status == kStarted) {
+        setState(RecordingState::Recording);
+        emit statusChanged(kStarted);
+    } else if (status == kPaused) {
+        emit statusChanged(kPaused);
+        m_stage.minimiseWindow();
+    } else if (status == kEnded) {
+        logUnexpectedEnd();
+        if (m_state == RecordingState::Recording || m_state == RecordingState::Stopping)
+            conclude();
+    }
+}
+
+void RecordingSession::logUnexpectedEnd() const
+{
+    // A stop that was asked of the output has armed the confirmation; without one the end is the engine's own.
+    if (m_state != RecordingState::Recording && !m_drainTimer.isActive())
+        return;
+    const QString reason = m_recorder.lastError();
+    const QString text = m_starting ? QStringLiteral("The recording could not start: %1")
+                                    : QStringLiteral("The recording ended by itself: %1");
+    SCLogger::error(text.arg(reason.isEmpty() ? QStringLiteral("the engine gave no reason") : reason));
+}
+
+void RecordingSession::conclude()
+{
+    m_drainTimer.stop();
+    m_confirmTimer.stop();
+    setState(RecordingState::Ended);
+    emit statusChanged(kEnded);
+    m_stage.setClockRunning(false);
+    m_stage.setExcludedFromCapture(false);
+    showElapsed(QTime(0, 0, 0));
+    m_stage.restoreWindow();
+    QTimer::singleShot(0, this, &RecordingSession::becomeIdle);
+}
+
+void RecordingSession::becomeIdle()
+{
+    setState(RecordingState::Idle);
+}
+
+void RecordingSession::onTick()
+{
+    // A stop that was asked for is shown by a clock that stands still.
+    if (m_state == RecordingState::Recording)
+        showElapsed(m_elapsed.addSecs(1));
+}
+
+void RecordingSession::showElapsed(const QTime& elapsed)
+{
+    m_elapsed = elapsed;
+    emit elapsedChanged(elapsed.toString(QStringLiteral("hh:mm:ss")));
+}
+
+void RecordingSession::setState(RecordingState state)
+{
+    if (m_state == state)
+        return;
+    m_state = state;
+    emit stateChanged(state);
+}

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "mainwindow/recordingstage.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTime>
+#include <QTimer>
+
+class RecorderPort;
+class RecordingPath;
+
+/// Where a recording stands. Ended is passed in the moment between the engine's last word and Idle.
+enum class RecordingState
+{
+    Idle,
+    Countdown,
+    Preparing,
+    Recording,
+    Stopping,
+    Ended
+};
+
+/// The road of a recording: countdown, preparation, the file's name, start, elapsed time, stop, and back.
+///
+/// Knows no window and no engine, only RecordingStage and RecorderPort, both of which must outlive it. Runs on the
+/// user-interface thread. Whatever happens on the road, and wherever it breaks off, it leads back to Idle: the status
+/// number 2 is given out, the window restored, the clock at zero, the reason in the log.
+class RecordingSession : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// How long a stop waits for the last frames and for the engine's word, in milliseconds.
+    struct Patience
+    {
+        int pollMs = 10;
+        /// No frame handed over for this long: the recorder stalls, and waiting on helps nobody.
+        int stallMs = 1500;
+        /// The longest wait for the encoder, far above what any encoder holds back at 30 frames per second.
+        int drainMs = 10000;
+        /// The longest wait for the engine to report a closed file. A long file on a slow disk takes its time.
+        int confirmMs = 60000;
+    };
+
+    RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent);
+    ~RecordingSession() override;
+
+    RecordingState state() const { return m_state; }
+    void setPatience(const Patience& patience) { m_patience = patience; }
+
+public slots:
+    /// The record button and the hotkey: starts, cancels a running countdown, or stops. Ignored while the capture is
+    /// being prepared, the recording is being stopped or has just ended.
+    void toggle();
+
+    /// Starts a recording; returns after the countdown and the start. Ignored unless idle.
+    void requestStart();
+
+    /// Stops the recording once its last frames have left the encoder. Ignored while there is none or it is already
+    /// being stopped.
+    void requestStop();
+
+    /// Takes back a start while it is counted down. Ignored otherwise.
+    void cancelCountdown();
+
+    /// Brings what runs to its end, for a program that is about to exit; stateChanged(Idle) says when.
+    void finish();
+
+    /// The engine's status numbers: 0 started, 1 paused, 2 ended or failed to start.
+    void onRecordStatusChanged(int status);
+
+    /// One second has passed on the recording clock.
+    void onTick();
+
+signals:
+    void stateChanged(RecordingState state);
+
+    /// For everything that mirrors the recording: 0 show it as running, 1 as paused, 2 as not recording.
+    void statusChanged(int status);
+
+    /// The recorded time as "hh:mm:ss".
+    void elapsedChanged(const QString& text);
+
+    /// A file has been begun. type is "video" or "audio".
+    void fileProduced(const QString& path, const QString& type);
+
+private:
+    void setState(RecordingState state);
+    bool prepare();
+    void startOutput();
+    RecordingPath choosePath(const RecordingChoices& choices) const;
+    void beginStop();
+    void pollDrain();
+    bool isDrained();
+    void stopOutput();
+    void giveUpWaiting();
+    void logUnexpectedEnd() const;
+    void conclude();
+    void becomeIdle();
+    void showElapsed(const QTime& elapsed);
+
+    RecorderPort& m_recorder;
+    RecordingStage& m_stage;
+    Patience m_patience;
+    RecordingState m_state = RecordingState::Idle;
+    bool m_countdownCancelled = false;
+    bool m_starting = false;
+    QTime m_elapsed{0, 0, 0};
+
+    QTimer m_drainTimer;
+    QTimer m_confirmTimer;
+    QElapsedTimer m_sinceStopRequest;
+    QElapsedTimer m_sinceLastFrame;
+    qint64 m_framesSeen = 0;
+    qint64 m_framesWanted = 0;
+};

@@ -1,0 +1,170 @@
+#include "mainwindow/capturearea.h"
+
+#include <QTest>
+
+namespace {
+
+constexpr int kSamples = 200;
+
+/// A repeatable spread of rectangles that lie within a screen of the given size.
+QRect sampleRect(int sample, const QSize& screen)
+{
+    const int left = 1 + (sample * 37) % (screen.width() - 2);
+    const int top = (sample * 53) % (screen.height() - 1);
+    const int width = 1 + (sample * 101) % (screen.width() - left);
+    const int height = 1 + (sample * 71) % (screen.height() - top);
+    return {left, top, width, height};
+}
+
+/// The ratio in hundredths keeps the expectation in whole numbers.
+int truncatedProduct(int logicalPx, int ratioHundredths)
+{
+    return logicalPx * ratioHundredths / 100;
+}
+
+} // namespace
+
+class TestCaptureArea : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void allCornersAreMinusOneAtFirst()
+    {
+        const CaptureArea area;
+        QCOMPARE(area.left(), -1);
+        QCOMPARE(area.top(), -1);
+        QCOMPARE(area.right(), -1);
+        QCOMPARE(area.bottom(), -1);
+        QVERIFY(area.isUnset());
+        QCOMPARE(area.mode(), CaptureMode::FullScreen);
+    }
+
+    void unsetWhileTheLeftEdgeIsBelowOne()
+    {
+        CaptureArea area;
+        area.setRect({0, 50, 100, 100});
+        QVERIFY(area.isUnset());
+        area.setRect({1, 0, 100, 100});
+        QVERIFY(!area.isUnset());
+    }
+
+    void anUnsetAreaIsThePrimaryScreen()
+    {
+        const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
+        CaptureArea area;
+        QCOMPARE(area.rectOn(screen), screen.geometry);
+        area.setRect({10, 20, 300, 200});
+        QCOMPARE(area.rectOn(screen), QRect(10, 20, 300, 200));
+    }
+
+    void storedCornersLieOnePastTheLastPixel()
+    {
+        CaptureArea area;
+        area.setRect({10, 20, 300, 200});
+        QCOMPARE(area.right(), 310);
+        QCOMPARE(area.bottom(), 220);
+        QCOMPARE(area.rect(), QRect(10, 20, 300, 200));
+    }
+
+    void modeIsKept()
+    {
+        CaptureArea area;
+        area.setMode(CaptureMode::Region);
+        QCOMPARE(area.mode(), CaptureMode::Region);
+        QCOMPARE(static_cast<int>(CaptureMode::Window), 2);
+    }
+
+    void wholePrimaryScreenHasNoMarginsAndNoCropFlag_data()
+    {
+        QTest::addColumn<QRect>("geometry");
+        QTest::addColumn<double>("ratio");
+        for (const double ratio : {1.0, 1.25, 1.5, 1.75, 2.0, 2.25, 3.0}) {
+            QTest::addRow("at the origin, %g", ratio) << QRect(0, 0, 1280, 720) << ratio;
+            QTest::addRow("right of another screen, %g", ratio) << QRect(1920, 0, 1366, 768) << ratio;
+            QTest::addRow("below another screen, %g", ratio) << QRect(0, 1080, 1707, 961) << ratio;
+            QTest::addRow("left of the origin, %g", ratio) << QRect(-800, -600, 801, 601) << ratio;
+        }
+    }
+
+    void wholePrimaryScreenHasNoMarginsAndNoCropFlag()
+    {
+        QFETCH(QRect, geometry);
+        QFETCH(double, ratio);
+        const CaptureScreen screen{geometry, ratio};
+        CaptureArea area;
+        area.setRect(geometry);
+        QCOMPARE(area.margins(screen), CaptureMargins());
+        QCOMPARE(area.physicalSize(screen), screen.physicalSize());
+    }
+
+    void marginsAndSizeAreTruncatedProducts_data()
+    {
+        QTest::addColumn<int>("ratioHundredths");
+        QTest::addColumn<QPoint>("origin");
+        for (const int hundredths : {100, 115, 120, 125, 133, 150, 175, 200, 225, 250, 300}) {
+            QTest::addRow("%d %% at the origin", hundredths) << hundredths << QPoint(0, 0);
+            QTest::addRow("%d %% beside another screen", hundredths) << hundredths << QPoint(1920, 120);
+        }
+    }
+
+    void marginsAndSizeAreTruncatedProducts()
+    {
+        QFETCH(int, ratioHundredths);
+        QFETCH(QPoint, origin);
+        const QSize size(1366, 768);
+        const CaptureScreen screen{QRect(origin, size), ratioHundredths / 100.0};
+        for (int sample = 0; sample < kSamples; ++sample) {
+            const QRect local = sampleRect(sample, size);
+            CaptureArea area;
+            area.setRect(local.translated(origin));
+            const CaptureMargins expected{
+                truncatedProduct(local.x(), ratioHundredths), truncatedProduct(local.y(), ratioHundredths),
+                truncatedProduct(size.width() - local.x() - local.width(), ratioHundredths),
+                truncatedProduct(size.height() - local.y() - local.height(), ratioHundredths), true};
+            QCOMPARE(area.margins(screen), expected);
+            QCOMPARE(area.physicalSize(screen), QSize(truncatedProduct(local.width(), ratioHundredths),
+                                                      truncatedProduct(local.height(), ratioHundredths)));
+        }
+    }
+
+    void oneEdgeMovedSetsTheCropFlag()
+    {
+        const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
+        CaptureArea area;
+        area.setRect({0, 0, 1279, 720});
+        QCOMPARE(area.margins(screen), (CaptureMargins{0, 0, 1, 0, true}));
+        area.setRect({0, 1, 1280, 719});
+        QCOMPARE(area.margins(screen), (CaptureMargins{0, 1, 0, 0, true}));
+    }
+
+    void physicalLengthsAreCutOff_data()
+    {
+        QTest::addColumn<int>("logical");
+        QTest::addColumn<double>("ratio");
+        QTest::addColumn<int>("physical");
+        QTest::newRow("half a pixel is cut") << 911 << 1.5 << 1366;
+        QTest::newRow("a quarter is cut") << 1093 << 1.25 << 1366;
+        QTest::newRow("rounding of the ratio is no loss") << 100 << 1.15 << 115;
+        QTest::newRow("rounding of the ratio is no gain") << 99 << 1.15 << 113;
+        QTest::newRow("towards zero below zero") << -3 << 1.5 << -4;
+        QTest::newRow("nothing") << 0 << 1.75 << 0;
+    }
+
+    void physicalLengthsAreCutOff()
+    {
+        QFETCH(int, logical);
+        QFETCH(double, ratio);
+        QTEST(toPhysicalPx(logical, ratio), "physical");
+    }
+
+    void centreUsesIntegerHalves()
+    {
+        QCOMPARE(captureCentre({0, 0, 1280, 720}), QPoint(640, 360));
+        QCOMPARE(captureCentre({11, 21, 301, 203}), QPoint(161, 122));
+        QCOMPARE(captureCentre({1920, 0, 1366, 768}), QPoint(2603, 384));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCaptureArea)
+#include "test_capturearea.moc"

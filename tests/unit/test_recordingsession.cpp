@@ -1,0 +1,593 @@
+#include "app/sclogger.h"
+#include "mainwindow/recorderport.h"
+#include "mainwindow/recordingsession.h"
+#include "mainwindow/recordingstage.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+
+namespace {
+
+/// What was asked of the session's surroundings, in order.
+using Calls = QStringList;
+
+/// An engine that does nothing but note what it is asked, and behave as it is told to.
+class FakeRecorder : public RecorderPort
+{
+public:
+    explicit FakeRecorder(Calls& calls) : m_calls(calls) {}
+
+    bool isReady() const override { return ready; }
+    bool isRecording() const override { return recording; }
+    void setCaptureCursor(bool show) override { note("cursor %1", show); }
+    void setCursorEffects(bool show) override { note("effects %1", show); }
+
+    void setupFFmpeg(const QString& storePath, int widthPx, int heightPx, int fps, int bitRate, int format) override
+    {
+        path = storePath;
+        m_calls << QStringLiteral("setup %1x%2 %3 %4 %5").arg(widthPx).arg(heightPx).arg(fps).arg(bitRate).arg(format);
+    }
+
+    int startRecording() override
+    {
+        m_calls << QStringLiteral("start");
+        onStatus(0);
+        if (!startWorks) {
+            onStatus(2);
+            return -1;
+        }
+        recording = true;
+        return 0;
+    }
+
+    int stopRecording(bool force) override
+    {
+        note("stop %1", force);
+        recording = false;
+        framesAtStop = frames;
+        return 0;
+    }
+
+    qint64 recordedFrames() const override
+    {
+        frames += framesPerPoll;
+        return frames;
+    }
+
+    int encoderDelayFrames() const override { return delayFrames; }
+    QString lastError() const override { return error; }
+
+    /// The output ends for a reason of its own.
+    void endByItself(const QString& reason)
+    {
+        error = reason;
+        recording = false;
+        onStatus(2);
+    }
+
+    std::function<void(int)> onStatus;
+    bool ready = true;
+    bool recording = false;
+    bool startWorks = true;
+    mutable qint64 frames = 100;
+    qint64 framesPerPoll = 1;
+    qint64 framesAtStop = -1;
+    int delayFrames = 0;
+    QString path;
+    QString error;
+
+private:
+    void note(const char* text, bool value) { m_calls << QString::fromLatin1(text).arg(int(value)); }
+
+    Calls& m_calls;
+};
+
+class FakeStage : public RecordingStage
+{
+public:
+    explicit FakeStage(Calls& calls) : m_calls(calls) {}
+
+    void minimiseWindow() override { m_calls << QStringLiteral("minimise"); }
+    void restoreWindow() override { m_calls << QStringLiteral("restore"); }
+
+    void countDown(int from) override
+    {
+        m_calls << QStringLiteral("countdown %1").arg(from);
+        if (duringCountdown)
+            duringCountdown();
+    }
+
+    void cancelCountdown() override { m_calls << QStringLiteral("cancel countdown"); }
+
+    bool prepareCapture() override
+    {
+        m_calls << QStringLiteral("prepare");
+        if (duringPreparation)
+            duringPreparation();
+        return preparationWorks;
+    }
+
+    RecordingChoices choices() const override { return chosen; }
+
+    void setExcludedFromCapture(bool excluded) override { m_calls << QStringLiteral("exclude %1").arg(int(excluded)); }
+
+    void setClockRunning(bool running) override { m_calls << QStringLiteral("clock %1").arg(int(running)); }
+    QDateTime now() const override { return {QDate(2024, 5, 1), QTime(13, 7, 9)}; }
+
+    std::function<void()> duringCountdown;
+    std::function<void()> duringPreparation;
+    bool preparationWorks = true;
+    RecordingChoices chosen;
+
+private:
+    Calls& m_calls;
+};
+
+const Calls kStartOrder{"minimise",  "countdown 3", "prepare", "cursor 1",
+                        "effects 1", "exclude 1",   "clock 1", "setup 1920x1080 30 4 0",
+                        "start"};
+const Calls kWayBack{"clock 0", "exclude 0", "restore"};
+
+} // namespace
+
+class TestRecordingSession : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        m_logPath = m_folder.filePath(QStringLiteral("test.log"));
+        QVERIFY(SCLogger::instance()->initialize(m_logPath));
+    }
+
+    void init()
+    {
+        m_calls.clear();
+        m_recorder = std::make_unique<FakeRecorder>(m_calls);
+        m_stage = std::make_unique<FakeStage>(m_calls);
+        m_stage->chosen = {QStringLiteral("demo"),
+                           m_folder.filePath(QStringLiteral("videos")),
+                           0,
+                           {1280, 720},
+                           1920,
+                           1080,
+                           true,
+                           true};
+        m_session = std::make_unique<RecordingSession>(*m_recorder, *m_stage, nullptr);
+        m_session->setPatience({1, 60, 300, 200});
+        m_recorder->onStatus = [this](int status) { m_session->onRecordStatusChanged(status); };
+        m_logSize = log().size();
+    }
+
+    void cleanup()
+    {
+        m_session.reset();
+        QDir(m_folder.filePath(QStringLiteral("videos"))).removeRecursively();
+    }
+
+    void startTakesItsStepsInOrder()
+    {
+        const QSignalSpy files(m_session.get(), &RecordingSession::fileProduced);
+        m_session->requestStart();
+        QCOMPARE(m_calls, kStartOrder);
+        QCOMPARE(m_session->state(), RecordingState::Recording);
+        const QString base = m_folder.filePath(QStringLiteral("videos/demo"));
+        QCOMPARE(m_recorder->path, base);
+        QCOMPARE(files.size(), 1);
+        QCOMPARE(files.at(0).at(0).toString(), base + ".mp4");
+        QCOMPARE(files.at(0).at(1).toString(), QStringLiteral("video"));
+        QCOMPARE(logged(), (QStringList{"Info: Starting recording to file: " + base,
+                                        "Debug: Recording area set to: 1280x720", "Info: Recording started..."}));
+    }
+
+    void stopEndsInIdle()
+    {
+        m_session->requestStart();
+        m_calls.clear();
+        m_session->requestStop();
+        QCOMPARE(m_session->state(), RecordingState::Stopping);
+        QTRY_COMPARE(m_calls, Calls{"stop 0"});
+        QCOMPARE(m_session->state(), RecordingState::Stopping);
+        m_session->onRecordStatusChanged(2);
+        QCOMPARE(m_session->state(), RecordingState::Ended);
+        QCOMPARE(m_calls, Calls{"stop 0"} + kWayBack);
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(logged().last(), QStringLiteral("Info: Recording stopped... 0"));
+    }
+
+    void statusGoesToTheMirrors()
+    {
+        const QSignalSpy statuses(m_session.get(), &RecordingSession::statusChanged);
+        m_session->requestStart();
+        recordToTheEnd();
+        QCOMPARE(statuses.size(), 2);
+        QCOMPARE(statuses.at(0).at(0).toInt(), 0);
+        QCOMPARE(statuses.at(1).at(0).toInt(), 2);
+    }
+
+    void pausedStatusMinimisesTheWindow()
+    {
+        m_session->requestStart();
+        m_calls.clear();
+        const QSignalSpy statuses(m_session.get(), &RecordingSession::statusChanged);
+        m_session->onRecordStatusChanged(1);
+        QCOMPARE(m_calls, Calls{"minimise"});
+        QCOMPARE(statuses.at(0).at(0).toInt(), 1);
+    }
+
+    void clockCountsSecondsWhileRecording()
+    {
+        QSignalSpy elapsed(m_session.get(), &RecordingSession::elapsedChanged);
+        m_session->requestStart();
+        QCOMPARE(elapsed.takeLast().at(0).toString(), QStringLiteral("00:00:00"));
+        m_session->onTick();
+        QCOMPARE(elapsed.takeLast().at(0).toString(), QStringLiteral("00:00:01"));
+        for (int second = 1; second < 3661; ++second)
+            m_session->onTick();
+        QCOMPARE(elapsed.takeLast().at(0).toString(), QStringLiteral("01:01:01"));
+        recordToTheEnd();
+        QCOMPARE(elapsed.takeLast().at(0).toString(), QStringLiteral("00:00:00"));
+    }
+
+    void clockStandsStillOnceAStopWasAsked()
+    {
+        m_session->requestStart();
+        m_recorder->framesPerPoll = 0;
+        m_recorder->delayFrames = 10;
+        m_session->requestStop();
+        const QSignalSpy elapsed(m_session.get(), &RecordingSession::elapsedChanged);
+        m_session->onTick();
+        QCOMPARE(elapsed.size(), 0);
+    }
+
+    void emptyFileNameGivesTheTime()
+    {
+        m_stage->chosen.fileName.clear();
+        m_session->requestStart();
+        QCOMPARE(m_recorder->path, m_folder.filePath(QStringLiteral("videos/Recording_2024_05_01_13-07-09")));
+    }
+
+    void blanksAroundTheFileNameAreDropped()
+    {
+        m_stage->chosen.fileName = QStringLiteral("  demo ");
+        m_session->requestStart();
+        QCOMPARE(m_recorder->path, m_folder.filePath(QStringLiteral("videos/demo")));
+    }
+
+    void missingSaveLocationIsMadeBeforeTheStart()
+    {
+        m_stage->chosen.folder = m_folder.filePath(QStringLiteral("videos/deep/er"));
+        m_session->requestStart();
+        QVERIFY(QDir(m_stage->chosen.folder).exists());
+    }
+
+    void saveLocationThatCannotBeMadeIsLogged()
+    {
+        QFile file(m_folder.filePath(QStringLiteral("blocker")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        m_stage->chosen.folder = file.fileName() + "/videos";
+        m_recorder->startWorks = false;
+        m_session->requestStart();
+        QVERIFY(
+            logged().contains("Error: The save folder does not exist and cannot be made: " + m_stage->chosen.folder));
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+    }
+
+    void formatIndexFiveIsAnAacFileOfTypeAudio()
+    {
+        m_stage->chosen.formatIndex = 5;
+        const QSignalSpy files(m_session.get(), &RecordingSession::fileProduced);
+        m_session->requestStart();
+        QVERIFY(files.at(0).at(0).toString().endsWith(QLatin1String("/demo.aac")));
+        QCOMPARE(files.at(0).at(1).toString(), QStringLiteral("audio"));
+        QVERIFY(m_calls.contains(QStringLiteral("setup 1920x1080 30 4 5")));
+    }
+
+    void listWithoutEntriesIsFormatZero()
+    {
+        m_stage->chosen.formatIndex = -1;
+        const QSignalSpy files(m_session.get(), &RecordingSession::fileProduced);
+        m_session->requestStart();
+        QVERIFY(files.at(0).at(0).toString().endsWith(QLatin1String("/demo.mp4")));
+        QVERIFY(m_calls.contains(QStringLiteral("setup 1920x1080 30 4 0")));
+    }
+
+    void takenNameIsNotOverwritten()
+    {
+        QDir().mkpath(m_stage->chosen.folder);
+        QFile taken(m_stage->chosen.folder + "/demo.mp4");
+        QVERIFY(taken.open(QIODevice::WriteOnly));
+        const QSignalSpy files(m_session.get(), &RecordingSession::fileProduced);
+        m_session->requestStart();
+        QCOMPARE(m_recorder->path, m_stage->chosen.folder + "/demo (2)");
+        QCOMPARE(files.at(0).at(0).toString(), m_stage->chosen.folder + "/demo (2).mp4");
+        QVERIFY(logged().contains("Info: Starting recording to file: " + m_stage->chosen.folder + "/demo (2)"));
+    }
+
+    void hotkeyDuringTheCountdownCancels()
+    {
+        m_stage->duringCountdown = [this] { m_session->toggle(); };
+        m_session->toggle();
+        QCOMPARE(m_calls, (Calls{"minimise", "countdown 3", "cancel countdown"} + kWayBack));
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QVERIFY(!m_recorder->recording);
+    }
+
+    void hotkeyPressedManyTimesDuringTheCountdownCancelsOnce()
+    {
+        m_stage->duringCountdown = [this] {
+            for (int press = 0; press < 5; ++press)
+                m_session->toggle();
+        };
+        m_session->toggle();
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls.count(QStringLiteral("start")), 0);
+        m_stage->duringCountdown = nullptr;
+        m_session->toggle();
+        QCOMPARE(m_session->state(), RecordingState::Recording);
+    }
+
+    void cancelledCountdownLeavesTheNextOneAlone()
+    {
+        m_stage->duringCountdown = [this] { m_session->cancelCountdown(); };
+        m_session->requestStart();
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        m_stage->duringCountdown = nullptr;
+        m_session->requestStart();
+        QCOMPARE(m_session->state(), RecordingState::Recording);
+    }
+
+    void cancelWithoutACountdownDoesNothing()
+    {
+        m_session->cancelCountdown();
+        m_session->requestStart();
+        QCOMPARE(m_session->state(), RecordingState::Recording);
+    }
+
+    void startDuringTheCountdownIsIgnored()
+    {
+        m_stage->duringCountdown = [this] { m_session->requestStart(); };
+        m_session->requestStart();
+        QCOMPARE(m_calls, kStartOrder);
+    }
+
+    void hotkeyDuringThePreparationIsIgnored()
+    {
+        m_stage->duringPreparation = [this] { m_session->toggle(); };
+        m_session->toggle();
+        QCOMPARE(m_calls, kStartOrder);
+        QCOMPARE(m_session->state(), RecordingState::Recording);
+    }
+
+    void hotkeyDuringTheStopIsIgnored()
+    {
+        m_session->toggle();
+        m_session->toggle();
+        m_session->toggle();
+        QTRY_COMPARE(m_calls.count(QStringLiteral("stop 0")), 1);
+        m_session->toggle();
+        m_session->onRecordStatusChanged(2);
+        m_session->toggle();
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls.count(QStringLiteral("stop 0")), 1);
+        QCOMPARE(m_calls.count(QStringLiteral("start")), 1);
+    }
+
+    void engineThatDoesNotRunBringsTheWindowBack()
+    {
+        m_recorder->ready = false;
+        const QSignalSpy statuses(m_session.get(), &RecordingSession::statusChanged);
+        m_session->requestStart();
+        QCOMPARE(m_calls, (Calls{"minimise", "countdown 3"} + kWayBack));
+        QCOMPARE(logged(), QStringList{"Warning: OBS wrapper not initialized"});
+        QCOMPARE(statuses.at(0).at(0).toInt(), 2);
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+    }
+
+    void existingRecordingIsStoppedInsteadOfStartingASecond()
+    {
+        m_recorder->recording = true;
+        m_session->requestStart();
+        QTRY_COMPARE(m_calls, (Calls{"minimise", "countdown 3", "stop 0"}));
+        QCOMPARE(logged().first(), QStringLiteral("Info: Stopping existing recording"));
+        m_session->onRecordStatusChanged(2);
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls.last(), QStringLiteral("restore"));
+    }
+
+    void failedPreparationBringsTheWindowBack()
+    {
+        m_stage->preparationWorks = false;
+        m_session->requestStart();
+        QCOMPARE(m_calls, (Calls{"minimise", "countdown 3", "prepare"} + kWayBack));
+        QCOMPARE(logged(), QStringList{"Error: Failed to prepare recording"});
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+    }
+
+    void failedStartBringsTheWindowBackWithItsReason()
+    {
+        m_recorder->startWorks = false;
+        m_recorder->error = QStringLiteral("no encoder");
+        m_session->requestStart();
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls.mid(m_calls.size() - 3), kWayBack);
+        QVERIFY(logged().contains(QStringLiteral("Error: The recording could not start: no encoder")));
+    }
+
+    void failedStartStillEntersTheFile()
+    {
+        m_recorder->startWorks = false;
+        const QSignalSpy files(m_session.get(), &RecordingSession::fileProduced);
+        m_session->requestStart();
+        QCOMPARE(files.size(), 1);
+        QVERIFY(logged().contains(QStringLiteral("Error: The recording could not start: the engine gave no reason")));
+    }
+
+    void recordingThatEndsByItselfBringsTheWindowBackWithItsReason()
+    {
+        m_session->requestStart();
+        m_calls.clear();
+        m_recorder->endByItself(QStringLiteral("disk full"));
+        QCOMPARE(m_calls, kWayBack);
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(logged().last(), QStringLiteral("Error: The recording ended by itself: disk full"));
+    }
+
+    void recordingThatEndsWhileTheStopIsHeldBackIsNotStoppedAgain()
+    {
+        m_session->requestStart();
+        m_recorder->framesPerPoll = 0;
+        m_recorder->delayFrames = 10;
+        m_session->requestStop();
+        m_recorder->endByItself(QStringLiteral("disk full"));
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QTest::qWait(100);
+        QCOMPARE(m_calls.count(QStringLiteral("stop 0")), 0);
+        QCOMPARE(logged().last(), QStringLiteral("Error: The recording ended by itself: disk full"));
+    }
+
+    void lateEndOfAnEndedRecordingIsIgnored()
+    {
+        m_session->onRecordStatusChanged(2);
+        QCOMPARE(m_calls, Calls());
+        QCOMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(logged(), QStringList());
+    }
+
+    void stopWithoutARecordingDoesNothing()
+    {
+        m_session->requestStop();
+        QCOMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls, Calls());
+    }
+
+    void stopIsHeldBackUntilTheEncoderHasGivenItsFrames()
+    {
+        m_session->requestStart();
+        m_recorder->delayFrames = 17;
+        const qint64 atRequest = m_recorder->frames;
+        m_session->requestStop();
+        QVERIFY(!m_calls.contains(QStringLiteral("stop 0")));
+        QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
+        QVERIFY(m_recorder->framesAtStop >= atRequest + 17);
+        QVERIFY(m_recorder->framesAtStop < atRequest + 17 + 3);
+    }
+
+    void stalledEncoderDoesNotHoldTheStopForEver()
+    {
+        m_session->requestStart();
+        m_recorder->framesPerPoll = 0;
+        m_recorder->delayFrames = 17;
+        m_session->requestStop();
+        QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
+        QVERIFY(logged().contains(
+            QStringLiteral("Warning: The encoder keeps its last 17 frames, the recording ends without them")));
+    }
+
+    void creepingEncoderDoesNotHoldTheStopForEver()
+    {
+        m_session->requestStart();
+        m_recorder->delayFrames = 1000000;
+        m_session->requestStop();
+        QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
+    }
+
+    void engineThatNeverConfirmsTheEndIsGivenUp()
+    {
+        m_session->requestStart();
+        m_session->requestStop();
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls.mid(m_calls.size() - 3), kWayBack);
+        QVERIFY(logged().last().startsWith(QLatin1String("Error: The engine did not report the end")));
+    }
+
+    void threeRecordingsInARow()
+    {
+        const QSignalSpy files(m_session.get(), &RecordingSession::fileProduced);
+        for (int recording = 0; recording < 3; ++recording) {
+            m_calls.clear();
+            m_session->toggle();
+            QCOMPARE(m_calls, kStartOrder);
+            recordToTheEnd();
+        }
+        QCOMPARE(files.size(), 3);
+    }
+
+    void finishStopsARunningRecording()
+    {
+        m_session->requestStart();
+        m_session->finish();
+        QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
+        m_session->onRecordStatusChanged(2);
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+    }
+
+    void finishCancelsACountdown()
+    {
+        m_stage->duringCountdown = [this] { m_session->finish(); };
+        m_session->requestStart();
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls.count(QStringLiteral("start")), 0);
+    }
+
+    void finishWhileIdleDoesNothing()
+    {
+        m_session->finish();
+        QCOMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls, Calls());
+    }
+
+    void statesFollowEachOther()
+    {
+        QList<RecordingState> states;
+        connect(m_session.get(), &RecordingSession::stateChanged, this,
+                [&states](RecordingState state) { states.append(state); });
+        m_session->requestStart();
+        recordToTheEnd();
+        QCOMPARE(states,
+                 (QList<RecordingState>{RecordingState::Countdown, RecordingState::Preparing, RecordingState::Recording,
+                                        RecordingState::Stopping, RecordingState::Ended, RecordingState::Idle}));
+    }
+
+private:
+    void recordToTheEnd()
+    {
+        m_session->toggle();
+        QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
+        m_session->onRecordStatusChanged(2);
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+    }
+
+    QByteArray log() const
+    {
+        QFile file(m_logPath);
+        return file.open(QIODevice::ReadOnly | QIODevice::Text) ? file.readAll() : QByteArray();
+    }
+
+    /// The lines written since the test began, without their time stamps.
+    QStringList logged() const
+    {
+        QStringList lines;
+        const QStringList raw = QString::fromUtf8(log().mid(m_logSize)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        for (const QString& line : raw)
+            lines.append(line.section(QLatin1String(" - "), 1));
+        return lines;
+    }
+
+    QTemporaryDir m_folder;
+    QString m_logPath;
+    qsizetype m_logSize = 0;
+    Calls m_calls;
+    std::unique_ptr<FakeRecorder> m_recorder;
+    std::unique_ptr<FakeStage> m_stage;
+    std::unique_ptr<RecordingSession> m_session;
+};
+
+QTEST_GUILESS_MAIN(TestRecordingSession)
+#include "test_recordingsession.moc"
