@@ -27,12 +27,14 @@ public:
     virtual int startRecording() = 0;
     virtual int stopRecording(bool force) = 0;
 
-    /// Frames handed to the running output so far.
-    virtual qint64 recordedFrames() const = 0;
+    /// Takes the present moment as the end that the running recording shall have.
+    virtual void requestRecordingEnd() = 0;
 
-    /// How many frames must still be handed over before the newest one captured by now has left the encoder.
-    virtual int encoderDelayFrames() const = 0;
+    /// Whether everything captured up to the requested end has left the encoder, so that a stop loses nothing of it. An
+    /// engine that stalls never gets there.
+    virtual bool isRecordingEndReached() const = 0;
 
-    /// Why the last recording did not start or ended by itself, in plain words; empty when the engine gave no reason.
-    virtual QString lastError() const = 0;
+    /// Why the last recording did not start or did not end well, in plain words; empty when the engine knows of
+    /// nothing.
+    virtual QString endReason() const = 0;
 };

@@ -121,37 +121,20 @@ void RecordingSession::requestStop()
 void RecordingSession::beginStop()
 {
     setState(RecordingState::Stopping);
-    m_framesSeen = m_recorder.recordedFrames();
-    m_framesWanted = m_framesSeen + m_recorder.encoderDelayFrames();
+    m_recorder.requestRecordingEnd();
     m_sinceStopRequest.start();
-    m_sinceLastFrame.start();
     m_drainTimer.start(m_patience.pollMs);
 }
 
 void RecordingSession::pollDrain()
 {
-    if (!isDrained())
+    const bool reached = m_recorder.isRecordingEndReached();
+    if (!reached && !m_sinceStopRequest.hasExpired(m_patience.drainMs))
         return;
+    if (!reached)
+        SCLogger::warning(QStringLiteral("The recorder stalls, the recording ends without its last pictures"));
     m_drainTimer.stop();
     stopOutput();
-}
-
-bool RecordingSession::isDrained()
-{
-    const qint64 frames = m_recorder.recordedFrames();
-    if (frames >= m_framesWanted)
-        return true;
-    if (frames != m_framesSeen) {
-        m_framesSeen = frames;
-        m_sinceLastFrame.restart();
-    }
-    const bool stalls = m_sinceLastFrame.hasExpired(m_patience.stallMs);
-    if (stalls || m_sinceStopRequest.hasExpired(m_patience.drainMs)) {
-        SCLogger::warning(QStringLiteral("The encoder keeps its last %1 frames, the recording ends without them")
-                              .arg(m_framesWanted - frames));
-        return true;
-    }
-    return false;
 }
 
 void RecordingSession::stopOutput()
@@ -191,21 +174,21 @@ void RecordingSession::onRecordStatusChanged(int status)
     } else if (status == kPaused) {
         emit statusChanged(kPaused);
         m_stage.minimiseWindow();
-    } else if (status == kEnded) {
-        logUnexpectedEnd();
-        if (m_state == RecordingState::Recording || m_state == RecordingState::Stopping)
-            conclude();
+    } else if (m_state == RecordingState::Recording || m_state == RecordingState::Stopping) {
+        logEndReason();
+        conclude();
     }
 }
 
-void RecordingSession::logUnexpectedEnd() const
+void RecordingSession::logEndReason() const
 {
-    // A stop that was asked of the output has armed the confirmation; without one the end is the engine's own.
-    if (m_state != RecordingState::Recording && !m_drainTimer.isActive())
+    const QString reason = m_recorder.endReason();
+    const bool stopAsked = m_state == RecordingState::Stopping && !m_drainTimer.isActive();
+    if (stopAsked && reason.isEmpty())
         return;
-    const QString reason = m_recorder.lastError();
-    const QString text = m_starting ? QStringLiteral("The recording could not start: %1")
-                                    : QStringLiteral("The recording ended by itself: %1");
+    const QString text = m_starting  ? QStringLiteral("The recording could not start: %1")
+                         : stopAsked ? QStringLiteral("The recording's end could not be written: %1")
+                                     : QStringLiteral("The recording ended by itself: %1");
     SCLogger::error(text.arg(reason.isEmpty() ? QStringLiteral("the engine gave no reason") : reason));
 }
 

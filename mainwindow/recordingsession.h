@@ -35,8 +35,6 @@ public:
     struct Patience
     {
         int pollMs = 10;
-        /// No frame handed over for this long: the recorder stalls, and waiting on helps nobody.
-        int stallMs = 1500;
         /// The longest wait for the encoder, far above what any encoder holds back at 30 frames per second.
         int drainMs = 10000;
         /// The longest wait for the engine to report a closed file. A long file on a slow disk takes its time.
@@ -92,10 +90,9 @@ private:
     RecordingPath choosePath(const RecordingChoices& choices) const;
     void beginStop();
     void pollDrain();
-    bool isDrained();
     void stopOutput();
     void giveUpWaiting();
-    void logUnexpectedEnd() const;
+    void logEndReason() const;
     void conclude();
     void becomeIdle();
     void showElapsed(const QTime& elapsed);
@@ -111,7 +108,4 @@ private:
     QTimer m_drainTimer;
     QTimer m_confirmTimer;
     QElapsedTimer m_sinceStopRequest;
-    QElapsedTimer m_sinceLastFrame;
-    qint64 m_framesSeen = 0;
-    qint64 m_framesWanted = 0;
 };

@@ -16,6 +16,8 @@ namespace {
 /// What was asked of the session's surroundings, in order.
 using Calls = QStringList;
 
+constexpr int kNever = 1000000;
+
 /// An engine that does nothing but note what it is asked, and behave as it is told to.
 class FakeRecorder : public RecorderPort
 {
@@ -49,18 +51,12 @@ public:
     {
         note("stop %1", force);
         recording = false;
-        framesAtStop = frames;
         return 0;
     }
 
-    qint64 recordedFrames() const override
-    {
-        frames += framesPerPoll;
-        return frames;
-    }
-
-    int encoderDelayFrames() const override { return delayFrames; }
-    QString lastError() const override { return error; }
+    void requestRecordingEnd() override { m_calls << QStringLiteral("end here"); }
+    bool isRecordingEndReached() const override { return pollsUntilDrained-- <= 0; }
+    QString endReason() const override { return error; }
 
     /// The output ends for a reason of its own.
     void endByItself(const QString& reason)
@@ -74,10 +70,7 @@ public:
     bool ready = true;
     bool recording = false;
     bool startWorks = true;
-    mutable qint64 frames = 100;
-    qint64 framesPerPoll = 1;
-    qint64 framesAtStop = -1;
-    int delayFrames = 0;
+    mutable int pollsUntilDrained = 0;
     QString path;
     QString error;
 
@@ -160,7 +153,7 @@ private slots:
                            true,
                            true};
         m_session = std::make_unique<RecordingSession>(*m_recorder, *m_stage, nullptr);
-        m_session->setPatience({1, 60, 300, 200});
+        m_session->setPatience({1, 300, 200});
         m_recorder->onStatus = [this](int status) { m_session->onRecordStatusChanged(status); };
         m_logSize = log().size();
     }
@@ -192,11 +185,11 @@ private slots:
         m_calls.clear();
         m_session->requestStop();
         QCOMPARE(m_session->state(), RecordingState::Stopping);
-        QTRY_COMPARE(m_calls, Calls{"stop 0"});
+        QTRY_COMPARE(m_calls, (Calls{"end here", "stop 0"}));
         QCOMPARE(m_session->state(), RecordingState::Stopping);
         m_session->onRecordStatusChanged(2);
         QCOMPARE(m_session->state(), RecordingState::Ended);
-        QCOMPARE(m_calls, Calls{"stop 0"} + kWayBack);
+        QCOMPARE(m_calls, (Calls{"end here", "stop 0"} + kWayBack));
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
         QCOMPARE(logged().last(), QStringLiteral("Info: Recording stopped... 0"));
     }
@@ -238,8 +231,7 @@ private slots:
     void clockStandsStillOnceAStopWasAsked()
     {
         m_session->requestStart();
-        m_recorder->framesPerPoll = 0;
-        m_recorder->delayFrames = 10;
+        m_recorder->pollsUntilDrained = kNever;
         m_session->requestStop();
         const QSignalSpy elapsed(m_session.get(), &RecordingSession::elapsedChanged);
         m_session->onTick();
@@ -394,7 +386,7 @@ private slots:
     {
         m_recorder->recording = true;
         m_session->requestStart();
-        QTRY_COMPARE(m_calls, (Calls{"minimise", "countdown 3", "stop 0"}));
+        QTRY_COMPARE(m_calls, (Calls{"minimise", "countdown 3", "end here", "stop 0"}));
         QCOMPARE(logged().first(), QStringLiteral("Info: Stopping existing recording"));
         m_session->onRecordStatusChanged(2);
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
@@ -442,8 +434,7 @@ private slots:
     void recordingThatEndsWhileTheStopIsHeldBackIsNotStoppedAgain()
     {
         m_session->requestStart();
-        m_recorder->framesPerPoll = 0;
-        m_recorder->delayFrames = 10;
+        m_recorder->pollsUntilDrained = kNever;
         m_session->requestStop();
         m_recorder->endByItself(QStringLiteral("disk full"));
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
@@ -470,32 +461,32 @@ private slots:
     void stopIsHeldBackUntilTheEncoderHasGivenItsFrames()
     {
         m_session->requestStart();
-        m_recorder->delayFrames = 17;
-        const qint64 atRequest = m_recorder->frames;
+        m_calls.clear();
+        m_recorder->pollsUntilDrained = 17;
         m_session->requestStop();
-        QVERIFY(!m_calls.contains(QStringLiteral("stop 0")));
-        QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
-        QVERIFY(m_recorder->framesAtStop >= atRequest + 17);
-        QVERIFY(m_recorder->framesAtStop < atRequest + 17 + 3);
+        QCOMPARE(m_calls, Calls{"end here"});
+        QCOMPARE(m_session->state(), RecordingState::Stopping);
+        QTRY_COMPARE(m_calls, (Calls{"end here", "stop 0"}));
+        QVERIFY(m_recorder->pollsUntilDrained < 0);
     }
 
     void stalledEncoderDoesNotHoldTheStopForEver()
     {
         m_session->requestStart();
-        m_recorder->framesPerPoll = 0;
-        m_recorder->delayFrames = 17;
+        m_recorder->pollsUntilDrained = kNever;
         m_session->requestStop();
         QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
         QVERIFY(logged().contains(
-            QStringLiteral("Warning: The encoder keeps its last 17 frames, the recording ends without them")));
+            QStringLiteral("Warning: The recorder stalls, the recording ends without its last pictures")));
     }
 
-    void creepingEncoderDoesNotHoldTheStopForEver()
+    void endThatCannotBeWrittenIsLogged()
     {
         m_session->requestStart();
-        m_recorder->delayFrames = 1000000;
         m_session->requestStop();
         QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
+        m_recorder->endByItself(QStringLiteral("disk full"));
+        QCOMPARE(logged().last(), QStringLiteral("Error: The recording's end could not be written: disk full"));
     }
 
     void engineThatNeverConfirmsTheEndIsGivenUp()
