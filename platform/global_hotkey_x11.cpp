@@ -1,0 +1,199 @@
+#include "platform/global_hotkey.h"
+#include "platform/x11_keyboard.h"
+
+#include <QSocketNotifier>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <optional>
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+struct Disconnect
+{
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+};
+
+struct FreeEvent
+{
+    void operator()(void* event) const { std::free(event); }
+};
+
+/// A passive grab as it was made, so that it can be taken back after the keyboard has changed.
+struct Grab
+{
+    xcb_window_t root;
+    xcb_keycode_t keycode;
+    std::uint16_t modifiers;
+};
+
+constexpr std::uint8_t kEventTypeMask = 0x7f;
+
+} // namespace
+
+/// Passive grabs on the root windows, on a connection of their own: Qt's event stream and error handling stay
+/// untouched.
+class GlobalHotkey::Backend
+{
+public:
+    explicit Backend(GlobalHotkey& owner);
+
+    /// Empty on success, else why not.
+    QString take(const QKeyCombination& key);
+    void release();
+
+private:
+    bool isConnected() const { return xcb_connection_has_error(m_connection.get()) == 0; }
+    QString grabAll();
+    bool grab(const Grab& wanted);
+    void ungrabAll();
+    void readEvents();
+    void handle(const xcb_generic_event_t& event);
+    void onKeyPress(const xcb_key_press_event_t& event);
+    void onMappingChanged(const xcb_mapping_notify_event_t& event);
+
+    GlobalHotkey& m_owner;
+    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    std::optional<QKeyCombination> m_key;
+    std::vector<Grab> m_grabs;
+    bool m_held = false;
+    xcb_timestamp_t m_releasedAt = 0;
+};
+
+GlobalHotkey::Backend::Backend(GlobalHotkey& owner) : m_owner(owner), m_connection(xcb_connect(nullptr, nullptr))
+{
+    if (!isConnected())
+        return;
+    m_notifier = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(m_connection.get()), QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, &owner, [this] { readEvents(); });
+}
+
+QString GlobalHotkey::Backend::take(const QKeyCombination& key)
+{
+    if (!isConnected())
+        return QStringLiteral("the X server does not answer");
+    m_key = key;
+    const QString trouble = grabAll();
+    // Requests that waited for an answer may have read events along with it.
+    readEvents();
+    return trouble;
+}
+
+void GlobalHotkey::Backend::release()
+{
+    ungrabAll();
+    m_key.reset();
+    m_held = false;
+}
+
+QString GlobalHotkey::Backend::grabAll()
+{
+    const X11Keyboard keyboard(m_connection.get());
+    const std::vector<xcb_keycode_t> keycodes = keyboard.keycodesOf(m_key->key());
+    if (keycodes.empty())
+        return QStringLiteral("the keyboard has no such key");
+    const std::uint16_t modifiers = keyboard.modifiersOf(*m_key);
+    for (auto screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())); screen.rem > 0;
+         xcb_screen_next(&screen)) {
+        for (const xcb_keycode_t keycode : keycodes) {
+            for (const std::uint16_t locks : keyboard.lockCombinations()) {
+                if (!grab({screen.data->root, keycode, static_cast<std::uint16_t>(modifiers | locks)})) {
+                    ungrabAll();
+                    return QStringLiteral("another program holds it");
+                }
+            }
+        }
+    }
+    return {};
+}
+
+bool GlobalHotkey::Backend::grab(const Grab& wanted)
+{
+    const xcb_void_cookie_t cookie = xcb_grab_key_checked(m_connection.get(), 0, wanted.root, wanted.modifiers,
+                                                          wanted.keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    const std::unique_ptr<xcb_generic_error_t, FreeEvent> error(xcb_request_check(m_connection.get(), cookie));
+    if (!error)
+        m_grabs.push_back(wanted);
+    return !error;
+}
+
+void GlobalHotkey::Backend::ungrabAll()
+{
+    for (const Grab& made : m_grabs)
+        xcb_ungrab_key(m_connection.get(), made.keycode, made.root, made.modifiers);
+    m_grabs.clear();
+    xcb_flush(m_connection.get());
+}
+
+void GlobalHotkey::Backend::readEvents()
+{
+    while (isConnected()) {
+        const std::unique_ptr<xcb_generic_event_t, FreeEvent> event(xcb_poll_for_event(m_connection.get()));
+        if (!event)
+            return;
+        handle(*event);
+    }
+    // The server is gone; its socket would report itself readable for ever.
+    m_notifier->setEnabled(false);
+}
+
+void GlobalHotkey::Backend::handle(const xcb_generic_event_t& event)
+{
+    switch (event.response_type & kEventTypeMask) {
+    case XCB_KEY_PRESS:
+        onKeyPress(reinterpret_cast<const xcb_key_press_event_t&>(event));
+        break;
+    case XCB_KEY_RELEASE:
+        m_held = false;
+        m_releasedAt = reinterpret_cast<const xcb_key_release_event_t&>(event).time;
+        break;
+    case XCB_MAPPING_NOTIFY:
+        onMappingChanged(reinterpret_cast<const xcb_mapping_notify_event_t&>(event));
+        break;
+    default:
+        break;
+    }
+}
+
+void GlobalHotkey::Backend::onKeyPress(const xcb_key_press_event_t& event)
+{
+    // A key that repeats comes as a release and a press of the same moment.
+    const bool repeated = m_held || event.time == m_releasedAt;
+    m_held = true;
+    if (!repeated)
+        QMetaObject::invokeMethod(&m_owner, &GlobalHotkey::activated, Qt::QueuedConnection);
+}
+
+void GlobalHotkey::Backend::onMappingChanged(const xcb_mapping_notify_event_t& event)
+{
+    if (event.request == XCB_MAPPING_POINTER || !m_key)
+        return;
+    ungrabAll();
+    const QString trouble = grabAll();
+    if (!trouble.isEmpty())
+        qWarning("The hotkey is lost with the new keyboard layout: %s", qUtf8Printable(trouble));
+}
+
+GlobalHotkey::GlobalHotkey(QObject* parent) : QObject(parent), m_backend(std::make_unique<Backend>(*this)) {}
+
+GlobalHotkey::~GlobalHotkey() = default;
+
+bool GlobalHotkey::registerKey(const QKeySequence& sequence)
+{
+    m_backend->release();
+    m_failureReason.clear();
+    if (sequence.isEmpty())
+        return true;
+    const QString trouble = m_backend->take(sequence[0]);
+    if (!trouble.isEmpty())
+        m_failureReason = QStringLiteral("The hotkey %1 cannot be used: %2")
+                              .arg(sequence.toString(QKeySequence::PortableText), trouble);
+    return trouble.isEmpty();
+}
+
+} // namespace platform

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QKeyCombination>
+
+#include <xcb/xcb.h>
+
+#include <vector>
+
+namespace platform {
+
+/// What the X server says of its keyboard: which keys bear which symbols, and which modifiers which keys are. One
+/// state, read on construction; read anew after a MappingNotify.
+class X11Keyboard
+{
+public:
+    explicit X11Keyboard(xcb_connection_t* connection);
+
+    /// The keys that bear the symbol without a modifier or, when there are none, at all. Empty when no key does.
+    std::vector<xcb_keycode_t> keycodesOf(Qt::Key key) const;
+
+    /// The X modifiers of the combination.
+    std::uint16_t modifiersOf(const QKeyCombination& key) const;
+
+    /// Every combination of the lock modifiers (Caps, Num, Scroll), none of them included: a grab matches modifiers
+    /// exactly.
+    std::vector<std::uint16_t> lockCombinations() const;
+
+private:
+    using Keysym = std::uint32_t;
+
+    void readSymbols(xcb_connection_t* connection);
+    void readModifiers(xcb_connection_t* connection);
+    std::vector<xcb_keycode_t> keycodesBearing(Keysym symbol, bool firstColumnOnly) const;
+    std::uint16_t modifierOf(Keysym symbol, std::uint16_t fallback) const;
+
+    xcb_keycode_t m_firstKeycode = 0;
+    int m_symbolsPerKey = 0;
+    std::vector<Keysym> m_symbols;
+    int m_keysPerModifier = 0;
+    std::vector<xcb_keycode_t> m_modifierKeys;
+};
+
+} // namespace platform
