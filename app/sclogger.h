@@ -34,6 +34,9 @@ public:
     static void error(const QString& message);
 
 private:
+    /// Closes the file behind the logger's back.
+    friend class TestSCLogger;
+
     explicit SCLogger(QObject* parent);
 
     bool openForAppending();
