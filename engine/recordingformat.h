@@ -4,7 +4,16 @@
 
 /// The formats a recording can have; the values are the positions in every list of formats and the engine's format
 /// argument.
-enum class RecordingFormat : int { Mp4 = 0, Avi = 1, Flv = 2, Gif = 3, Mp3 = 4, Aac = 5, Flac = 6 };
+enum class RecordingFormat : int
+{
+    Mp4 = 0,
+    Avi = 1,
+    Flv = 2,
+    Gif = 3,
+    Mp3 = 4,
+    Aac = 5,
+    Flac = 6
+};
 
 inline constexpr int kRecordingFormatCount = 7;
 

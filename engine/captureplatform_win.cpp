@@ -1,0 +1,8 @@
+#include "engine/captureplatform.h"
+
+CapturePlatform CapturePlatform::current()
+{
+    return windows();
+}
+
+void prepareLibobsStart() {}

@@ -1,0 +1,68 @@
+#include "engine/captureprogress.h"
+
+#include <obs.h>
+#include <util/platform.h>
+
+#include <algorithm>
+
+CaptureProgress::~CaptureProgress()
+{
+    disconnect();
+}
+
+void CaptureProgress::connect(std::size_t mixerIndex)
+{
+    disconnect();
+    m_mixerIndex = mixerIndex;
+    m_markNs = kNoMark;
+    m_framesSinceMark = 0;
+    m_soundNs = 0;
+    // In the lines' own form, so that nothing is converted.
+    obs_add_raw_video_callback(nullptr, &CaptureProgress::onFrame, this);
+    obs_add_raw_audio_callback(m_mixerIndex, nullptr, &CaptureProgress::onSound, this);
+    m_connected = true;
+}
+
+void CaptureProgress::disconnect()
+{
+    if (!m_connected)
+        return;
+    obs_remove_raw_audio_callback(m_mixerIndex, &CaptureProgress::onSound, this);
+    obs_remove_raw_video_callback(&CaptureProgress::onFrame, this);
+    m_connected = false;
+}
+
+void CaptureProgress::mark()
+{
+    std::uint64_t expected = kNoMark;
+    m_markNs.compare_exchange_strong(expected, os_gettime_ns());
+}
+
+bool CaptureProgress::isMarked() const
+{
+    return m_markNs != kNoMark;
+}
+
+int CaptureProgress::framesSinceMark() const
+{
+    // The latest picture seen here reaches the output only after this object.
+    return std::max(0, m_framesSinceMark - 1);
+}
+
+std::int64_t CaptureProgress::soundSinceMarkNs() const
+{
+    return isMarked() ? static_cast<std::int64_t>(m_soundNs) - static_cast<std::int64_t>(m_markNs.load()) : 0;
+}
+
+void CaptureProgress::onFrame(void* param, video_data* frame)
+{
+    auto& self = *static_cast<CaptureProgress*>(param);
+    if (frame->timestamp >= self.m_markNs)
+        ++self.m_framesSinceMark;
+}
+
+void CaptureProgress::onSound(void* param, std::size_t, audio_data* sound)
+{
+    // The start of the block: its end is with the output only after this object.
+    static_cast<CaptureProgress*>(param)->m_soundNs = sound->timestamp;
+}

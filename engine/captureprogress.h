@@ -1,0 +1,53 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <limits>
+
+struct audio_data;
+struct video_data;
+
+/// Follows how far the picture and the sound on their way to a running output have got, by the engine's own time
+/// stamps.
+///
+/// It listens on the same lines as the output, one place ahead of it: connect before the output starts. While it is
+/// connected the engine counts as active and its video cannot be reset. connect() and disconnect() belong to one
+/// thread; the rest may be called from any.
+class CaptureProgress
+{
+public:
+    CaptureProgress() = default;
+    ~CaptureProgress();
+    CaptureProgress(const CaptureProgress&) = delete;
+    CaptureProgress& operator=(const CaptureProgress&) = delete;
+
+    /// Starts to follow the main picture line and the sound of mixer mixerIndex. Needs a running engine. Connects anew
+    /// when connected already.
+    void connect(std::size_t mixerIndex);
+
+    /// Stops following; no callback runs any more when it returns. The engine must still be running.
+    void disconnect();
+
+    /// Takes the present moment as the mark, unless one was taken since connect().
+    void mark();
+    bool isMarked() const;
+
+    /// How many pictures taken at or after the mark have been handed to the output for certain; 0 without a mark.
+    int framesSinceMark() const;
+
+    /// Nanoseconds of sound after the mark that have been handed to the output for certain; negative while sound from
+    /// before the mark is on its way, and 0 without a mark.
+    std::int64_t soundSinceMarkNs() const;
+
+private:
+    static constexpr std::uint64_t kNoMark = std::numeric_limits<std::uint64_t>::max();
+
+    static void onFrame(void* param, video_data* frame);
+    static void onSound(void* param, std::size_t mixerIndex, audio_data* sound);
+
+    bool m_connected = false;
+    std::size_t m_mixerIndex = 0;
+    std::atomic<std::uint64_t> m_markNs{kNoMark};
+    std::atomic<int> m_framesSinceMark{0};
+    std::atomic<std::uint64_t> m_soundNs{0};
+};

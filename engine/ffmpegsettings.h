@@ -1,0 +1,33 @@
+#pragma once
+
+#include "engine/obshandles.h"
+#include "engine/recordingformat.h"
+
+#include <QString>
+
+/// What one recording asks of the file output.
+struct FfmpegRequest
+{
+    /// Target file without extension.
+    QString storePath;
+    /// Picture size in physical pixels; even.
+    int widthPx = 0;
+    int heightPx = 0;
+    int fps = 0;
+    /// Picture bit rate; the output gets it times 1024.
+    int bitRate = 0;
+};
+
+/// The smallest even size that holds a picture of this size: an odd positive number grows by one, every other number
+/// stays.
+int evenSize(int sizePx);
+
+/// The format's name in capitals, for example "MP4".
+QString recordingFormatName(RecordingFormat format);
+
+/// Where a recording of this format goes: the store path, a dot and the format's extension.
+QString recordingUrl(const QString& storePath, RecordingFormat format);
+
+/// The settings that the output "ffmpeg_output" gets for a recording of this format. A key that a format has no use for
+/// is not set. Of the request, a format without picture takes only the path.
+ObsDataHandle buildFfmpegSettings(RecordingFormat format, const FfmpegRequest& request);

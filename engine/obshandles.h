@@ -1,0 +1,66 @@
+#pragma once
+
+#include <obs.h>
+
+#include <memory>
+
+/// Owning handles for everything that libobs hands out by reference or by ownership. No other file calls one of the
+/// library's release or destroy functions. A handle is as large as a pointer; moving one moves the reference.
+///
+/// A function of libobs that returns a new reference is wrapped at once: `ObsSourceHandle
+/// source(obs_get_output_source(1))`. One that only lends a pointer is not.
+namespace obshandles {
+
+template <auto Release>
+struct Releaser
+{
+    template <typename T>
+    void operator()(T* object) const
+    {
+        Release(object);
+    }
+};
+
+template <typename T, auto Release>
+using Handle = std::unique_ptr<T, Releaser<Release>>;
+
+} // namespace obshandles
+
+using ObsDataHandle = obshandles::Handle<obs_data_t, obs_data_release>;
+using ObsSourceHandle = obshandles::Handle<obs_source_t, obs_source_release>;
+using ObsSceneHandle = obshandles::Handle<obs_scene_t, obs_scene_release>;
+using ObsOutputHandle = obshandles::Handle<obs_output_t, obs_output_release>;
+using ObsEncoderHandle = obshandles::Handle<obs_encoder_t, obs_encoder_release>;
+using ObsDisplayHandle = obshandles::Handle<obs_display_t, obs_display_destroy>;
+using ObsFaderHandle = obshandles::Handle<obs_fader_t, obs_fader_destroy>;
+using ObsVolmeterHandle = obshandles::Handle<obs_volmeter_t, obs_volmeter_destroy>;
+using ObsPropertiesHandle = obshandles::Handle<obs_properties_t, obs_properties_destroy>;
+using ObsVideoLineHandle = obshandles::Handle<video_t, video_output_close>;
+
+/// One connection to a signal of libobs, cut when the object goes or is reset.
+///
+/// The connection holds a reference on the signal handler, so cutting it is safe after the object that sends the signal
+/// has gone. Cutting waits for a callback that is running on another thread; never cut while holding a lock that the
+/// callback takes.
+class ObsSignalConnection
+{
+public:
+    ObsSignalConnection() = default;
+    ObsSignalConnection(signal_handler_t* handler, const char* signal, signal_callback_t callback, void* data);
+    ObsSignalConnection(ObsSignalConnection&& other) noexcept;
+    ObsSignalConnection& operator=(ObsSignalConnection&& other) noexcept;
+    ObsSignalConnection(const ObsSignalConnection&) = delete;
+    ObsSignalConnection& operator=(const ObsSignalConnection&) = delete;
+    ~ObsSignalConnection();
+
+    /// Disconnects, if connected, and empties the record.
+    void reset();
+
+    bool isConnected() const { return m_handler != nullptr; }
+
+private:
+    signal_handler_t* m_handler = nullptr;
+    const char* m_signal = nullptr;
+    signal_callback_t m_callback = nullptr;
+    void* m_data = nullptr;
+};

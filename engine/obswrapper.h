@@ -1,0 +1,261 @@
+#pragma once
+
+#include "engine/callbackgate.h"
+#include "engine/captureplatform.h"
+#include "engine/captureprogress.h"
+#include "engine/obshandles.h"
+#include "engine/recordingend.h"
+#include "engine/recordingformat.h"
+
+#include <QMutex>
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+/// The one object through which the program drives libobs: it starts the engine, holds the scene with its capture and
+/// audio sources, reports the sound levels and records to files.
+///
+/// Create it once and keep it for the life of the process; the engine itself is never shut down. Everything is called
+/// on the user-interface thread unless said otherwise; sizes are physical pixels. Failures are return values; nothing
+/// throws.
+class ObsWrapper : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Values of recordStatusChanged().
+    static constexpr int kStatusStarting = 0;
+    static constexpr int kStatusEnded = 2;
+
+    /// Capture type of a whole monitor; every other value means one window.
+    static constexpr int kCaptureMonitor = 1;
+
+    /// Channels of the three level arrays, libobs' maximum.
+    static constexpr int kLevelChannels = 8;
+
+    /// @param platform what differs between systems; the table of the running system unless a test says otherwise.
+    explicit ObsWrapper(CapturePlatform platform = CapturePlatform::current());
+    ~ObsWrapper() override;
+
+    /// Starts the engine and puts the default audio devices with their meters on channels 1 (desktop) and 2
+    /// (microphone). On an engine that runs already only the outputs, the audio sources and the meters are made anew.
+    ///
+    /// @param width, height size of the picture; @param fps pictures per second
+    /// @return false when the engine cannot be used; the critical log says why. Modules that fail to load are logged
+    /// only.
+    bool initialize(int width, int height, int fps);
+
+    /// Gives the engine a new picture size. The captured picture is stretched over the whole output.
+    ///
+    /// @return libobs' result: 0, or a negative code (the previous layout is then untouched). While a recording runs
+    /// the
+    ///         engine refuses.
+    int resetVideo(int srcWidth, int srcHeight, int outputWidth, int outputHeight, int fps);
+
+    /// Builds transition, scene and capture source and clears channels 1 and 2; setMicDevice() and
+    /// setDesktopAudioDevice() put the sound back on.
+    ///
+    /// @return 0; -1 no fade transition; -2 no scene; -3 the capture source could not be made
+    int setupScene(int captureType);
+
+    /// Points the capture source at an entry of captureTargetNames() and crops it by four margins. The entry takes
+    /// effect at the source's next update, for instance setCaptureCursor().
+    ///
+    /// @param cropped whether the margins describe less than the whole target; not used, the margins say it all
+    /// @return false, and nothing changed, when target is not in the list or there is no capture source
+    bool setCaptureTarget(const char* target, int captureType, bool cropped, int left, int right, int top, int bottom);
+
+    /// Reads the capture source's list of windows or of monitors into captureTargetNames() and captureTargetValues().
+    void refreshCaptureTargets(bool window);
+
+    /// Whether the pointer is captured.
+    void setCaptureCursor(bool show);
+
+    /// Whether the pointer gets a highlight and its clicks are marked.
+    void setCursorEffects(bool show);
+
+    /// Puts a device on its channel, or with enabled false takes it off: its levels then become zero, signalled once.
+    /// Does nothing when the system has no list of such devices.
+    void setMicDevice(bool enabled, const QString& deviceId);
+    void setDesktopAudioDevice(bool enabled, const QString& deviceId);
+
+    /// Read the lists of devices; where there are none, the lists hold exactly "No Device" and "default".
+    void refreshMicDevices();
+    void refreshDesktopDevices();
+
+    const QStringList& captureTargetNames() const { return m_captureTargetNames; }
+    const QStringList& captureTargetValues() const { return m_captureTargetValues; }
+    const QStringList& micDeviceNames() const { return m_micDeviceNames; }
+    const QStringList& micDeviceIds() const { return m_micDeviceIds; }
+    const QStringList& desktopDeviceNames() const { return m_desktopDeviceNames; }
+    const QStringList& desktopDeviceIds() const { return m_desktopDeviceIds; }
+
+    /// Makes a new file output and its audio encoders, releasing the previous ones.
+    bool createOutputMode();
+
+    /// Prepares the output for one recording.
+    ///
+    /// @param storePath target file without extension
+    /// @param bitRate picture bit rate; the encoder is given 1024 times it
+    /// @param format position in the list of formats; every other value records MP4
+    void setupFFmpeg(const QString& storePath, int srcWidth, int srcHeight, int fps, int bitRate, int format);
+
+    /// Starts the prepared recording, after status 0.
+    ///
+    /// @return 0 when the output started, though it may still end by itself with status 2; -1, after status 2, when not
+    int startRecording();
+
+    /// Stops the output, at once when force is set, and lets go of it. Returns 0 with the file closed.
+    ///
+    /// The output throws away what its encoder holds back. To keep the end of the picture, call requestRecordingEnd()
+    /// first, and this when isRecordingEndReached().
+    int stopRecording(bool force);
+
+    /// Whether a recording runs. May be called from any thread.
+    bool isRecording() const { return m_recording && m_endOwed; }
+    /// Whether a running recording is paused. May be called from any thread.
+    bool isPaused() const { return m_paused; }
+
+    /// Takes the present moment as the end that the running recording shall have. Only the first call of a recording
+    /// counts.
+    void requestRecordingEnd();
+
+    /// Whether everything captured up to the requested end has been encoded, so that a stop loses nothing of it. True
+    /// as well when nothing records; false before an end was requested. Ask every few milliseconds, and stop asking
+    /// after kRecordingEndTimeoutMs: pictures stop arriving when the engine stalls.
+    bool isRecordingEndReached() const;
+
+    static constexpr int kRecordingEndTimeoutMs = 10000;
+
+    /// How many pictures have to follow a picture before the encoder of the last setupFFmpeg() has given that one out.
+    int encoderDelayFrames() const;
+
+    /// Pictures that the present recording, or else the last one, has handed to its encoder.
+    quint64 recordedFrames() const;
+
+    /// Why the last recording ended. May be called from any thread; set before status 2 is signalled.
+    RecordingEnd endReason() const;
+
+    /// Channels that a meter shows: those of the device on its channel, 0 before initialize().
+    int micMeterChannels() const;
+    int desktopMeterChannels() const;
+    /// Channels of the engine's sound output, 0 before initialize().
+    int audioOutputChannels() const;
+
+signals:
+    /// Sound levels in dB, each an array of kLevelChannels floats that belongs to this object: copy during the call.
+    /// Every 16 ms, and once with zeros when the device is switched off.
+    void micVolumeDataChange(const float* magnitude, const float* peak, const float* inputPeak);
+    void playerVolumeDataChange(const float* magnitude, const float* peak, const float* inputPeak);
+
+    /// 0: a start was requested; 2: the recording ended or failed to start. Also sent from threads of libobs: connect
+    /// so that it is queued.
+    void recordStatusChanged(int recordingStatus);
+
+private:
+    enum class MeterKind : int
+    {
+        Microphone = 0,
+        Desktop = 1
+    };
+    struct MeterContext;
+    struct AudioDevice;
+
+    struct Levels
+    {
+        std::array<float, kLevelChannels> magnitude{};
+        std::array<float, kLevelChannels> peak{};
+        std::array<float, kLevelChannels> inputPeak{};
+    };
+
+    bool startEngine(int width, int height, int fps);
+    void loadModules();
+    void createAudioSources();
+    void createMeters();
+    void attachMeters();
+    void startLevelTimer();
+    void onLevelTick();
+    void stretchCaptureOverOutput(int outputWidth, int outputHeight);
+
+    bool createTransition();
+    bool createScene();
+    bool createCaptureSource(int captureType);
+    const CaptureSourceKind& captureKind(bool window) const;
+    TargetList targetListOf(const CaptureSourceKind& kind) const;
+    void selectTarget(bool window, qsizetype index);
+    void updateCrop(int left, int right, int top, int bottom);
+    AudioDevice microphone();
+    AudioDevice desktopAudio();
+    void setAudioDevice(const AudioDevice& device, bool enabled, const QString& deviceId);
+    void switchOff(const AudioDevice& device);
+    void putOnChannel(const AudioDevice& device, const QByteArray& deviceId);
+    void emitLevels(MeterKind kind);
+
+    bool createTrackEncoders();
+    void createMixEncoders();
+    void giveEncodersTheSound();
+    int failToStart();
+    void connectStopHandler();
+    void endRecording();
+    void setRecordingEnd(const RecordingEnd& end);
+    bool isOutputStarting() const;
+    void waitUntilOutputRuns() const;
+    void waitUntilOutputIsSettled() const;
+    static void onOutputStopped(void* wrapper, calldata_t* stopSignal);
+    static void onOutputStoppedEarly(void* wrapper, calldata_t* stopSignal);
+
+    CapturePlatform m_platform;
+    /// The list that the capture targets were read from last.
+    TargetList m_targets;
+    RecordingFormat m_format = RecordingFormat::Mp4;
+    CaptureProgress m_progress;
+    quint64 m_recordedFrames = 0;
+
+    // What the stop handlers use on libobs' threads outlasts their connections, which are among the handles below.
+    std::atomic<bool> m_recording{false};
+    std::atomic<bool> m_paused{false};
+    /// A started recording whose end has not been signalled yet: what makes status 2 come exactly once.
+    std::atomic<bool> m_endOwed{false};
+    std::atomic<bool> m_stoppedEarly{false};
+    /// When the output ended by itself, on libobs' clock; 0 when it did not.
+    std::atomic<std::uint64_t> m_endedByItselfNs{0};
+    /// Guards m_outputSignal, which the stop handler empties, and m_recordingEnd.
+    mutable QMutex m_endMutex;
+    RecordingEnd m_recordingEnd;
+    CallbackGate m_stopHandlers;
+
+    // Declared in the order in which they depend on each other and released in the reverse one: the meters before the
+    // sources they hang on, the sources after everything that uses them.
+    ObsSourceHandle m_micSource;
+    ObsSourceHandle m_desktopSource;
+    ObsSourceHandle m_videoCapture;
+    ObsOutputHandle m_output;
+    ObsSourceHandle m_transition;
+    ObsSceneHandle m_scene;
+    ObsDisplayHandle m_display;
+    std::array<ObsEncoderHandle, 6> m_trackEncoders;
+    ObsEncoderHandle m_streamAudioEncoder;
+    ObsEncoderHandle m_archiveAudioEncoder;
+    QTimer m_levelTimer;
+    ObsSignalConnection m_outputSignal;
+    std::array<ObsSignalConnection, 6> m_outputSignals;
+    ObsFaderHandle m_micFader;
+    ObsVolmeterHandle m_micMeter;
+    ObsFaderHandle m_desktopFader;
+    ObsVolmeterHandle m_desktopMeter;
+    QStringList m_captureTargetNames;
+    QStringList m_captureTargetValues;
+    QStringList m_micDeviceNames;
+    QStringList m_micDeviceIds;
+    QStringList m_desktopDeviceNames;
+    QStringList m_desktopDeviceIds;
+    std::shared_ptr<MeterContext> m_micContext;
+    std::shared_ptr<MeterContext> m_desktopContext;
+    Levels m_micLevels;
+    Levels m_desktopLevels;
+};

@@ -1,0 +1,300 @@
+#include "engine/encoderdelay.h"
+#include "engine/ffmpegsettings.h"
+#include "engine/obswrapper_p.h"
+
+#include <QDebug>
+#include <QMutexLocker>
+#include <QThread>
+
+#include <util/platform.h>
+#include <utility>
+
+namespace {
+
+constexpr char kStopSignal[] = "stop";
+constexpr char kAudioEncoderId[] = "ffmpeg_aac";
+/// The mixer whose sound is recorded.
+constexpr size_t kRecordedMixer = 1;
+constexpr size_t kStreamMixer = 0;
+constexpr size_t kArchiveMixer = 1;
+
+/// Opening a file and its encoders takes tens of milliseconds; an output that needs longer is not waited for.
+constexpr int kOutputStartLimitMs = 3000;
+/// An output that ended by itself still closes its file after it has said so, on a thread that libobs does not join.
+constexpr std::uint64_t kOutputSettleNs = 500'000'000;
+/// The longest block that one of the sound encoders collects (FLAC: 4608 samples of 48000 a second), twice: one block
+/// to fill, one that the encoder holds back.
+constexpr std::int64_t kSoundDelayNs = 192'000'000;
+
+ObsEncoderHandle createAudioEncoder(const char* name, size_t mixerIndex)
+{
+    return ObsEncoderHandle(obs_audio_encoder_create(kAudioEncoderId, name, nullptr, mixerIndex, nullptr));
+}
+
+/// The diagnostic line of setupFFmpeg() knows three names only.
+const char* diagnosticFormatName(int format)
+{
+    switch (format) {
+    case static_cast<int>(RecordingFormat::Mp4):
+        return "MP4";
+    case static_cast<int>(RecordingFormat::Aac):
+        return "AAC";
+    default:
+        return "MP3";
+    }
+}
+
+RecordingEnd endFrom(calldata_t* stopSignal)
+{
+    long long code = OBS_OUTPUT_SUCCESS;
+    const char* text = nullptr;
+    calldata_get_int(stopSignal, "code", &code);
+    calldata_get_string(stopSignal, "last_error", &text);
+    return {static_cast<int>(code), QString::fromUtf8(text)};
+}
+
+} // namespace
+
+bool ObsWrapper::createOutputMode()
+{
+    qDebug() << "Creating output mode...";
+    qDebug() << "Creating ffmpeg_output...";
+    waitUntilOutputIsSettled();
+    m_output.reset(obs_initialized() ? obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr)
+                                     : nullptr);
+    if (!m_output) {
+        qDebug() << "Failed to create ffmpeg_output!";
+        return false;
+    }
+    qDebug() << "ffmpeg_output created successfully";
+    if (!createTrackEncoders())
+        return false;
+    createMixEncoders();
+    qDebug() << "Output mode created successfully";
+    return true;
+}
+
+bool ObsWrapper::createTrackEncoders()
+{
+    for (size_t track = 0; track < m_trackEncoders.size(); ++track) {
+        const QByteArray name = "adv_aac" + QByteArray::number(static_cast<int>(track));
+        m_trackEncoders.at(track) = createAudioEncoder(name.constData(), track);
+        if (!m_trackEncoders.at(track)) {
+            qDebug() << "Failed to create AAC encoder for track" << track;
+            return false;
+        }
+    }
+    return true;
+}
+
+void ObsWrapper::createMixEncoders()
+{
+    m_streamAudioEncoder = createAudioEncoder("adv_stream_audio", kStreamMixer);
+    qDebug() << (m_streamAudioEncoder ? "Stream audio encoder created successfully"
+                                      : "Failed to create stream audio encoder");
+    m_archiveAudioEncoder = createAudioEncoder("adv_archive_audio", kArchiveMixer);
+    qDebug() << (m_archiveAudioEncoder ? "Stream archive encoder created successfully"
+                                       : "Failed to create stream archive encoder");
+}
+
+void ObsWrapper::setupFFmpeg(const QString& storePath, int srcWidth, int srcHeight, int fps, int bitRate, int format)
+{
+    qDebug() << "Setting up FFmpeg...";
+    createOutputMode();
+    if (!m_output) {
+        qDebug() << "Error: fileOutput is null!";
+        return;
+    }
+    giveEncodersTheSound();
+    qDebug().noquote().nospace() << "set up ffpmeg with storePath:[" << storePath << "] srcWidth:[" << srcWidth
+                                 << "] srcHeight:[" << srcHeight << "] fps:[" << fps << "] bitRate:[" << bitRate
+                                 << "] format:[" << diagnosticFormatName(format) << "]";
+    m_format = recordingFormatFromIndex(format);
+    const FfmpegRequest request{storePath, evenSize(srcWidth), evenSize(srcHeight), fps, bitRate};
+    const ObsDataHandle settings = buildFfmpegSettings(m_format, request);
+    qDebug().noquote() << QStringLiteral("Output file path (%1):").arg(recordingFormatName(m_format))
+                       << recordingUrl(storePath, m_format);
+    qDebug() << "Setting mixer and media...";
+    obs_output_set_mixer(m_output.get(), kRecordedMixer);
+    obs_output_set_media(m_output.get(), obs_get_video(), obs_get_audio());
+    obs_output_update(m_output.get(), settings.get());
+    qDebug() << "FFmpeg setup completed";
+}
+
+void ObsWrapper::giveEncodersTheSound()
+{
+    audio_t* sound = obs_get_audio();
+    for (const ObsEncoderHandle& encoder : m_trackEncoders)
+        obs_encoder_set_audio(encoder.get(), sound);
+    obs_encoder_set_audio(m_streamAudioEncoder.get(), sound);
+    obs_encoder_set_audio(m_archiveAudioEncoder.get(), sound);
+}
+
+int ObsWrapper::startRecording()
+{
+    // A handler of the previous recording may still be at its last lines.
+    m_stopHandlers.waitUntilEmpty();
+    m_endOwed = true;
+    m_stoppedEarly = false;
+    m_endedByItselfNs = 0;
+    setRecordingEnd({});
+    emit recordStatusChanged(kStatusStarting);
+    qDebug() << "Starting recording...";
+    if (!m_output)
+        return failToStart();
+
+    m_progress.connect(kRecordedMixer);
+    // The output runs on threads of its own and may fail before obs_output_start() has even returned.
+    ObsSignalConnection early(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStoppedEarly, this);
+    if (!obs_output_start(m_output.get()))
+        return failToStart();
+    qDebug() << "Recording started successfully";
+    m_recording = true;
+    m_paused = false;
+    connectStopHandler();
+    early.reset();
+    if (m_stoppedEarly)
+        endRecording();
+    return 0;
+}
+
+void ObsWrapper::connectStopHandler()
+{
+    ObsSignalConnection previous;
+    {
+        const QMutexLocker locker(&m_endMutex);
+        previous = std::move(m_outputSignal);
+    }
+    previous.reset();
+    const QMutexLocker locker(&m_endMutex);
+    m_outputSignal =
+        ObsSignalConnection(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStopped, this);
+}
+
+int ObsWrapper::failToStart()
+{
+    m_progress.disconnect();
+    const char* text = m_output ? obs_output_get_last_error(m_output.get()) : nullptr;
+    qDebug() << "Failed to start recording. Error:" << (text ? text : "No error message");
+    if (m_endOwed.exchange(false)) {
+        setRecordingEnd({OBS_OUTPUT_ERROR, QString::fromUtf8(text)});
+        emit recordStatusChanged(kStatusEnded);
+    }
+    return -1;
+}
+
+void ObsWrapper::onOutputStoppedEarly(void* wrapper, calldata_t* stopSignal)
+{
+    auto& self = *static_cast<ObsWrapper*>(wrapper);
+    const CallbackGate::Pass pass(self.m_stopHandlers);
+    self.setRecordingEnd(endFrom(stopSignal));
+    self.m_endedByItselfNs = os_gettime_ns();
+    self.m_stoppedEarly = true;
+}
+
+void ObsWrapper::onOutputStopped(void* wrapper, calldata_t* stopSignal)
+{
+    auto* self = static_cast<ObsWrapper*>(wrapper);
+    if (!self)
+        return;
+    const CallbackGate::Pass pass(self->m_stopHandlers);
+    self->setRecordingEnd(endFrom(stopSignal));
+    self->m_endedByItselfNs = os_gettime_ns();
+    self->endRecording();
+}
+
+void ObsWrapper::endRecording()
+{
+    if (!m_endOwed.exchange(false))
+        return;
+    emit recordStatusChanged(kStatusEnded);
+    ObsSignalConnection connection;
+    {
+        const QMutexLocker locker(&m_endMutex);
+        connection = std::move(m_outputSignal);
+    }
+    connection.reset();
+    m_recording = false;
+    m_paused = false;
+}
+
+int ObsWrapper::stopRecording(bool force)
+{
+    if (m_output) {
+        waitUntilOutputRuns();
+        const std::uint64_t endedByItselfNs = m_endedByItselfNs;
+        // Whoever hears of the end inside this call and prepares the next recording must not take this output away.
+        const ObsOutputHandle output = std::move(m_output);
+        if (force)
+            obs_output_force_stop(output.get());
+        else
+            obs_output_stop(output.get());
+        m_recordedFrames = static_cast<quint64>(obs_output_get_total_frames(output.get()));
+        m_endedByItselfNs = endedByItselfNs;
+        waitUntilOutputIsSettled();
+        m_endedByItselfNs = 0;
+    }
+    m_progress.disconnect();
+    m_recording = false;
+    m_paused = false;
+    return 0;
+}
+
+bool ObsWrapper::isOutputStarting() const
+{
+    return m_output && m_recording && !obs_output_active(m_output.get());
+}
+
+void ObsWrapper::waitUntilOutputRuns() const
+{
+    // libobs ignores a stop that comes while the output opens its file, and cannot cope with its release then.
+    constexpr int kStepMs = 5;
+    for (int waitedMs = 0; isOutputStarting() && waitedMs < kOutputStartLimitMs; waitedMs += kStepMs)
+        QThread::msleep(kStepMs);
+}
+
+void ObsWrapper::waitUntilOutputIsSettled() const
+{
+    const std::uint64_t ended = m_endedByItselfNs;
+    const std::uint64_t sinceNs = ended ? os_gettime_ns() - ended : kOutputSettleNs;
+    if (sinceNs < kOutputSettleNs)
+        QThread::usleep(static_cast<unsigned long>((kOutputSettleNs - sinceNs) / 1000));
+}
+
+void ObsWrapper::requestRecordingEnd()
+{
+    m_progress.mark();
+}
+
+bool ObsWrapper::isRecordingEndReached() const
+{
+    if (!isRecording())
+        return true;
+    if (!m_progress.isMarked())
+        return false;
+    const bool picture = !hasVideo(m_format) || m_progress.framesSinceMark() > encoderDelayFrames();
+    const bool sound = m_format == RecordingFormat::Gif || m_progress.soundSinceMarkNs() > kSoundDelayNs;
+    return picture && sound;
+}
+
+quint64 ObsWrapper::recordedFrames() const
+{
+    return m_output ? static_cast<quint64>(obs_output_get_total_frames(m_output.get())) : m_recordedFrames;
+}
+
+void ObsWrapper::setRecordingEnd(const RecordingEnd& end)
+{
+    const QMutexLocker locker(&m_endMutex);
+    m_recordingEnd = end;
+}
+
+int ObsWrapper::encoderDelayFrames() const
+{
+    return encoderDelayBound(m_format);
+}
+
+RecordingEnd ObsWrapper::endReason() const
+{
+    const QMutexLocker locker(&m_endMutex);
+    return m_recordingEnd;
+}

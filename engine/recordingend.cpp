@@ -1,0 +1,39 @@
+#include "engine/recordingend.h"
+
+#include <obs-defs.h>
+
+namespace {
+
+const char* wordsFor(int code)
+{
+    switch (code) {
+    case OBS_OUTPUT_SUCCESS:
+        return "the recording was ended as asked";
+    case OBS_OUTPUT_BAD_PATH:
+        return "the path of the file is not valid";
+    case OBS_OUTPUT_CONNECT_FAILED:
+        return "the file could not be opened for writing";
+    case OBS_OUTPUT_INVALID_STREAM:
+        return "the file was refused as not valid";
+    case OBS_OUTPUT_ERROR:
+        return "the file could not be written";
+    case OBS_OUTPUT_DISCONNECTED:
+        return "the place where the file is written went away";
+    case OBS_OUTPUT_UNSUPPORTED:
+        return "the format is not supported on this computer";
+    case OBS_OUTPUT_NO_SPACE:
+        return "the disk is full";
+    case OBS_OUTPUT_ENCODE_ERROR:
+        return "the picture or the sound could not be encoded";
+    default:
+        return "the engine gave no known reason";
+    }
+}
+
+} // namespace
+
+QString describe(const RecordingEnd& end)
+{
+    const QString words = QLatin1String(wordsFor(end.code));
+    return end.text.isEmpty() ? words : QStringLiteral("%1 (%2)").arg(words, end.text);
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QString>
+
+/// Why a recording ended.
+struct RecordingEnd
+{
+    /// libobs' output code: 0 for an end that was asked for, negative for a failure.
+    int code = 0;
+    /// The output's own words, often empty and always English; meant for the log.
+    QString text;
+};
+
+/// The reason in plain words, for example "the disk is full", with the output's own words in brackets where there are
+/// any.
+QString describe(const RecordingEnd& end);
