@@ -25,6 +25,7 @@
 namespace {
 
 constexpr int kFramesPerSecond = 30;
+constexpr int kGopFrames = 10 * kFramesPerSecond;
 constexpr int kVideoBitrateKbit = 4 * 1024;
 constexpr int kAudioBitrateKbit = 192;
 
@@ -136,7 +137,7 @@ OBSDataAutoRelease outputSettings(const Format& format, const QString& path, con
     const bool sound = format.audioEncoderId != 0;
     obs_data_set_string(settings, "url", qPrintable(path + QLatin1Char('.') + QLatin1String(format.name)));
     obs_data_set_string(settings, "format_name", format.name);
-    obs_data_set_int(settings, "gop_size", kFramesPerSecond * 10);
+    obs_data_set_int(settings, "gop_size", kGopFrames);
     obs_data_set_int(settings, "video_bitrate", kVideoBitrateKbit);
     obs_data_set_string(settings, "video_encoder", format.videoEncoder);
     obs_data_set_int(settings, "video_encoder_id", format.videoEncoderId);

@@ -43,7 +43,7 @@ void reportPicture(const MediaFile& file, int rate, int64_t started, int64_t sto
 void reportSound(const MediaFile& file, int64_t started, int64_t stopped)
 {
     constexpr int kSpanMs = 300;
-    constexpr qsizetype kSpan = testtone::kSamplesPerSecond / 1000 * kSpanMs;
+    constexpr int kSpan = testtone::kSamplesPerSecond / 1000 * kSpanMs;
     const QList<float> samples = file.samples(testtone::kSamplesPerSecond);
     std::printf("tone      440 Hz at %.3f, 700 Hz at %.3f\n",
                 testtone::amplitude(samples, samples.size() / 2, kSpan, 440, testtone::kSamplesPerSecond),

@@ -105,10 +105,10 @@ void MediaFile::readStreams(const QByteArray& json)
     const QJsonObject root = QJsonDocument::fromJson(json).object();
     m_container = root.value(QLatin1String("format")).toObject().value(QLatin1String("format_name")).toString();
     const QJsonArray streams = root.value(QLatin1String("streams")).toArray();
-    for (const QJsonValue& stream : streams)
+    for (const auto& stream : streams)
         m_streams.append(streamFrom(stream.toObject()));
     const QJsonArray frames = root.value(QLatin1String("frames")).toArray();
-    for (const QJsonValue& value : frames) {
+    for (const auto& value : frames) {
         const QJsonObject frame = value.toObject();
         const int index = frame.value(QLatin1String("stream_index")).toInt(-1);
         if (index >= 0 && index < m_streams.size())
