@@ -46,15 +46,17 @@ QRect CaptureArea::rectOn(const CaptureScreen& screen) const
 
 QSize CaptureArea::physicalSize(const CaptureScreen& screen) const
 {
-    return {toPhysicalPx(m_right - m_left, screen.devicePixelRatio),
-            toPhysicalPx(m_bottom - m_top, screen.devicePixelRatio)};
+    const QSize size = rectOn(screen).size();
+    return {toPhysicalPx(size.width(), screen.devicePixelRatio), toPhysicalPx(size.height(), screen.devicePixelRatio)};
 }
 
 CaptureMargins CaptureArea::margins(const CaptureScreen& screen) const
 {
+    const QRect area = rectOn(screen);
     const QRect& whole = screen.geometry;
     const double ratio = screen.devicePixelRatio;
-    return {toPhysicalPx(m_left - whole.left(), ratio), toPhysicalPx(m_top - whole.top(), ratio),
-            toPhysicalPx(whole.left() + whole.width() - m_right, ratio),
-            toPhysicalPx(whole.top() + whole.height() - m_bottom, ratio), rect() != whole};
+    const QPoint beyond = QPoint(whole.width(), whole.height()) - QPoint(area.width(), area.height());
+    const QPoint offset = area.topLeft() - whole.topLeft();
+    return {toPhysicalPx(offset.x(), ratio), toPhysicalPx(offset.y(), ratio),
+            toPhysicalPx(beyond.x() - offset.x(), ratio), toPhysicalPx(beyond.y() - offset.y(), ratio), area != whole};
 }

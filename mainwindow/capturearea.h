@@ -65,9 +65,10 @@ public:
     CaptureMode mode() const { return m_mode; }
     void setMode(CaptureMode mode) { m_mode = mode; }
 
-    /// Width and height of the stored area in physical pixels, each truncated: the size of the picture.
+    /// Width and height of the area on screen in physical pixels, each truncated: the size of the picture.
     QSize physicalSize(const CaptureScreen& screen) const;
 
+    /// What the area leaves out of screen.
     CaptureMargins margins(const CaptureScreen& screen) const;
 
 private:

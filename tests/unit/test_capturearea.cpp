@@ -128,14 +128,21 @@ private slots:
         }
     }
 
+    void anUnsetAreaIsRecordedAsTheWholeScreen()
+    {
+        const CaptureScreen screen{{1920, 0, 1366, 768}, 1.5};
+        QCOMPARE(CaptureArea().margins(screen), CaptureMargins());
+        QCOMPARE(CaptureArea().physicalSize(screen), QSize(2049, 1152));
+    }
+
     void oneEdgeMovedSetsTheCropFlag()
     {
         const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
         CaptureArea area;
-        area.setRect({0, 0, 1279, 720});
-        QCOMPARE(area.margins(screen), (CaptureMargins{0, 0, 1, 0, true}));
-        area.setRect({0, 1, 1280, 719});
-        QCOMPARE(area.margins(screen), (CaptureMargins{0, 1, 0, 0, true}));
+        area.setRect({1, 0, 1279, 720});
+        QCOMPARE(area.margins(screen), (CaptureMargins{1, 0, 0, 0, true}));
+        area.setRect({1, 0, 1279, 719});
+        QCOMPARE(area.margins(screen), (CaptureMargins{1, 0, 0, 1, true}));
     }
 
     void physicalLengthsAreCutOff_data()

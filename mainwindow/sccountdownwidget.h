@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+
+#include <memory>
+
+class QEventLoop;
+class QLabel;
+class QSettings;
+
+/// The round counter (3, 2, 1) over the capture area before a recording starts, with the recording hotkey below it.
+///
+/// Made without a parent for one countdown: start(), then exec() waits, events running meanwhile. It takes neither the
+/// keyboard focus nor any key, so that the recording hotkey reaches the program and can cancel.
+class SCCountdownWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SCCountdownWidget(QWidget* parent);
+    ~SCCountdownWidget() override;
+
+    /// Shows the widget and counts down from count to 1, one a second. A count below 1 emits countdownFinished() at
+    /// once and shows nothing.
+    void start(int count);
+
+    /// Waits until the countdown is over or cancelled. Returns at once when none runs.
+    void exec();
+
+    /// Stops the countdown and lets exec() return; does nothing when none runs. Neither hides the widget nor emits
+    /// countdownFinished().
+    void cancel();
+
+    /// Whether it counts; still true after an exec() that returned because the program quits.
+    bool isCounting() const;
+
+public slots:
+    /// One tick: shows the count and lowers it; past 1 the widget is hidden.
+    void updateCountdown();
+
+signals:
+    void countdownFinished();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    QWidget* buildCircle();
+    QWidget* buildHint(const QString& hotkey);
+    void finish();
+
+    QLabel* m_numberLabel = nullptr;
+    QLabel* m_hintLabel = nullptr;
+    QTimer* m_timer = nullptr;
+    int m_count = 0;
+    QEventLoop* m_waiting = nullptr;
+    std::unique_ptr<QSettings> m_settings;
+};

@@ -1,0 +1,10 @@
+#include "platform/compositing.h"
+
+namespace platform {
+
+bool isCompositing()
+{
+    return true;
+}
+
+} // namespace platform

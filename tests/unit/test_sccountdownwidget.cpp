@@ -1,0 +1,178 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "mainwindow/sccountdownwidget.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+class TestSCCountdownWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { storeHotkey(QStringLiteral("F9")); }
+
+    void startOfZeroOrLessEmitsFinishedWithoutShowing_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::newRow("zero") << 0;
+        QTest::newRow("negative") << -3;
+    }
+
+    void startOfZeroOrLessEmitsFinishedWithoutShowing()
+    {
+        QFETCH(int, count);
+        SCCountdownWidget countdown(nullptr);
+        const QSignalSpy finished(&countdown, &SCCountdownWidget::countdownFinished);
+        countdown.start(count);
+        QCOMPARE(finished.size(), 1);
+        QVERIFY(!countdown.isVisible());
+        QElapsedTimer elapsed;
+        elapsed.start();
+        countdown.exec();
+        QVERIFY(elapsed.elapsed() < 500);
+    }
+
+    void withTheHotkeyNoneOnlyTheCircleIsShown()
+    {
+        storeHotkey(QStringLiteral("None"));
+        const SCCountdownWidget countdown(nullptr);
+        QVERIFY(countdown.findChild<QLabel*>(QStringLiteral("numberLabel")) != nullptr);
+        QCOMPARE(countdown.findChildren<QLabel*>().size(), 1);
+        QCOMPARE(countdown.size(), QSize(200, 240));
+    }
+
+    void cancelWithoutACountdownDoesNothing()
+    {
+        SCCountdownWidget countdown(nullptr);
+        const QSignalSpy finished(&countdown, &SCCountdownWidget::countdownFinished);
+        countdown.cancel();
+        QCOMPARE(finished.size(), 0);
+        countdown.start(3);
+        QVERIFY(countdown.isCounting());
+        countdown.cancel();
+        countdown.cancel();
+        QVERIFY(!countdown.isCounting());
+    }
+
+    void lookIsAsStated()
+    {
+        const SCCountdownWidget countdown(nullptr);
+        QCOMPARE(static_cast<int>(countdown.windowFlags() & ~Qt::Window), 0x40812 & ~static_cast<int>(Qt::Window));
+        QVERIFY(countdown.testAttribute(Qt::WA_TranslucentBackground));
+        QCOMPARE(countdown.size(), QSize(200, 240));
+        const auto* const number = countdown.findChild<QLabel*>(QStringLiteral("numberLabel"));
+        QCOMPARE(number->size(), QSize(200, 200));
+        QCOMPARE(number->parentWidget()->size(), QSize(200, 200));
+        QCOMPARE(number->font().pointSize(), 60);
+        QCOMPARE(number->font().weight(), 700);
+        QCOMPARE(number->font().family(), QStringLiteral("Segoe UI"));
+        QCOMPARE(number->alignment(), Qt::AlignCenter);
+        QCOMPARE(number->styleSheet(),
+                 QStringLiteral("QLabel {color: #FFFFFF;background-color: #28282E;border: 2px solid "
+                                "#007ACC;border-radius: 100px;width: 200px;height: 200px;}"));
+    }
+
+    void hintNamesTheHotkey()
+    {
+        storeHotkey(QStringLiteral("F7"));
+        const SCCountdownWidget countdown(nullptr);
+        const auto* const hint = countdown.findChild<QLabel*>(QStringLiteral("hintLabel"));
+        QCOMPARE(hint->text(), QStringLiteral("Start/Stop: F7"));
+        QCOMPARE(hint->parentWidget()->size(), QSize(180, 30));
+        QCOMPARE(hint->parentWidget()->styleSheet(),
+                 QStringLiteral("QWidget {background-color: #28282E;border-radius: 4px;}"));
+        QCOMPARE(hint->styleSheet(),
+                 QStringLiteral("QLabel {color: #FFFFFF;background-color: transparent;padding: 4px 12px;}"));
+        QCOMPARE(hint->alignment(), Qt::AlignRight | Qt::AlignVCenter);
+        QCOMPARE(hint->font().pointSize(), 10);
+    }
+
+    void circleStandsTenPixelsAboveTheHint()
+    {
+        SCCountdownWidget countdown(nullptr);
+        countdown.start(1);
+        const QWidget* const circle = countdown.findChild<QLabel*>(QStringLiteral("numberLabel"))->parentWidget();
+        const QWidget* const hint = countdown.findChild<QLabel*>(QStringLiteral("hintLabel"))->parentWidget();
+        QCOMPARE(circle->geometry(), QRect(0, 0, 200, 200));
+        QCOMPARE(hint->geometry(), QRect(10, 210, 180, 30));
+    }
+
+    void everyTickLowersTheNumberAndZeroIsNeverVisible()
+    {
+        SCCountdownWidget countdown(nullptr);
+        const QSignalSpy finished(&countdown, &SCCountdownWidget::countdownFinished);
+        const auto* const number = countdown.findChild<QLabel*>(QStringLiteral("numberLabel"));
+        countdown.start(3);
+        for (const char* shown : {"3", "2", "1"}) {
+            QCOMPARE(number->text(), QLatin1String(shown));
+            QVERIFY(countdown.isVisible());
+            QCOMPARE(finished.size(), 0);
+            countdown.updateCountdown();
+        }
+        QCOMPARE(number->text(), QStringLiteral("0"));
+        QVERIFY(!countdown.isVisible());
+        QCOMPARE(finished.size(), 1);
+        QVERIFY(!countdown.isCounting());
+    }
+
+    void countdownOfThreeLastsThreeSeconds()
+    {
+        SCCountdownWidget countdown(nullptr);
+        const QSignalSpy finished(&countdown, &SCCountdownWidget::countdownFinished);
+        QElapsedTimer elapsed;
+        elapsed.start();
+        countdown.start(3);
+        countdown.exec();
+        QVERIFY2(elapsed.elapsed() > 2800 && elapsed.elapsed() < 4500, qPrintable(QString::number(elapsed.elapsed())));
+        QCOMPARE(finished.size(), 1);
+        QVERIFY(!countdown.isVisible());
+    }
+
+    void cancelLetsExecReturnWithoutFinishedAndWithoutHiding()
+    {
+        SCCountdownWidget countdown(nullptr);
+        const QSignalSpy finished(&countdown, &SCCountdownWidget::countdownFinished);
+        countdown.start(3);
+        QTimer::singleShot(100, &countdown, &SCCountdownWidget::cancel);
+        QElapsedTimer elapsed;
+        elapsed.start();
+        countdown.exec();
+        QVERIFY(elapsed.elapsed() < 2000);
+        QCOMPARE(finished.size(), 0);
+        QVERIFY(countdown.isVisible());
+        QVERIFY(!countdown.isCounting());
+    }
+
+    void canBeStartedAgainAfterACancel()
+    {
+        SCCountdownWidget countdown(nullptr);
+        countdown.start(3);
+        countdown.cancel();
+        countdown.start(2);
+        QCOMPARE(countdown.findChild<QLabel*>(QStringLiteral("numberLabel"))->text(), QStringLiteral("2"));
+        QVERIFY(countdown.isCounting());
+    }
+
+private:
+    static void storeHotkey(const QString& hotkey) { openSettings()->setValue(settingskeys::kRecordingHotkey, hotkey); }
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    // Windows hidden at the end of a countdown must not end the test program.
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestSCCountdownWidget test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_sccountdownwidget.moc"

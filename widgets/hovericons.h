@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class QAbstractButton;
+
+/// Gives a button its light icon while the pointer is over it: ":/res/forms/images/<name>-white.svg" instead of
+/// ":/res/forms/images/<name>.svg". Belongs to the button.
+class HoverIcons : public QObject
+{
+    Q_OBJECT
+
+public:
+    HoverIcons(QAbstractButton* button, const QString& name);
+
+    /// Changes the pair of icons, for a button that shows a state.
+    void setName(const QString& name);
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void showIcon(bool light);
+
+    QAbstractButton& m_button;
+    QString m_name;
+};
