@@ -1,0 +1,88 @@
+#pragma once
+
+#include "tests/support/x11clients.h"
+
+#include <QDir>
+#include <QList>
+#include <QMap>
+#include <QPoint>
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+#include <QVariant>
+
+#include <cstdint>
+#include <optional>
+
+/// The program itself, started in a profile of its own on the display that the test runs on, and driven as a user
+/// would: by keys, pointer and windows. What it says on its message output is kept with the moment it was said.
+///
+/// Needs an X display with a window manager (tools/private-desktop). The destructor ends the program, politely first.
+class ProgramUnderTest
+{
+public:
+    /// One message of the program.
+    struct Line
+    {
+        /// CLOCK_MONOTONIC in nanoseconds, exact to the millisecond.
+        int64_t monotonicNs = 0;
+        QString text;
+    };
+
+    /// @param executable path of the program; that of this build when empty.
+    explicit ProgramUnderTest(const QString& executable = {});
+    ~ProgramUnderTest();
+
+    /// Root of the program's profile.
+    QDir profile() const { return QDir(m_profile.path()); }
+    /// Where recordings go unless a test says otherwise; does not exist before the first recording.
+    QString saveFolder() const { return profile().filePath(QStringLiteral("videos")); }
+
+    /// A value of the settings store; before start().
+    void setSetting(const QString& key, const QVariant& value);
+
+    /// Starts the program without waiting for anything.
+    bool start();
+    /// Starts the program and waits until its engine runs.
+    bool startAndWaitUntilReady();
+    /// CLOCK_MONOTONIC just before the process was made.
+    int64_t startedAtNs() const { return m_startedAtNs; }
+    qint64 processId() const { return m_process.processId(); }
+    bool isRunning() const { return m_process.state() == QProcess::Running; }
+    bool waitUntilEnded(int timeoutMs);
+    /// Whether the program ended by itself with exit code 0.
+    bool endedWell() const;
+    void kill();
+
+    /// The first message from line @p from on that contains @p text; waits up to @p timeoutMs for it.
+    std::optional<Line> waitForMessage(const QString& text, int timeoutMs, qsizetype from = 0);
+    /// The messages so far. The length of the list is a place to wait from.
+    const QList<Line>& messages();
+    /// All messages as one text, for a test's failure report.
+    QString transcript();
+    /// The newest log file's text.
+    QString logText() const;
+
+    /// Presses and releases a key ("F9") or a combination ("ctrl+a"), wherever the focus is. Returns CLOCK_MONOTONIC at
+    /// the moment it was surely pressed.
+    static int64_t pressKey(const QString& key);
+    static void typeText(const QString& text);
+    static void click(const QPoint& rootPx);
+
+    /// The program's main window: the one the window manager manages under the program's name. Waits for it to be
+    /// shown, or minimised, as asked.
+    std::optional<x11clients::Window> mainWindow(bool minimised, int timeoutMs);
+
+private:
+    void readMessages();
+    void keepLine(const QByteArray& line);
+    bool writeSettings() const;
+
+    QTemporaryDir m_profile;
+    QString m_executable;
+    QMap<QString, QVariant> m_settings;
+    QProcess m_process;
+    QByteArray m_partialLine;
+    QList<Line> m_messages;
+    int64_t m_startedAtNs = 0;
+};

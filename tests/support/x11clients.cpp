@@ -1,0 +1,134 @@
+#include "tests/support/x11clients.h"
+
+#include <xcb/xcb.h>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <span>
+#include <string_view>
+
+namespace x11clients {
+
+namespace {
+
+struct Disconnect
+{
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+};
+
+struct Free
+{
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+template <typename T>
+using Reply = std::unique_ptr<T, Free>;
+
+/// One look at the display.
+class Display
+{
+public:
+    Display() : m_connection(xcb_connect(nullptr, nullptr))
+    {
+        if (xcb_connection_has_error(m_connection.get()) == 0)
+            m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())).data->root;
+    }
+
+    xcb_window_t root() const { return m_root; }
+
+    QList<uint32_t> numbers(xcb_window_t window, std::string_view property)
+    {
+        const auto reply = read(window, property);
+        if (!reply || reply->format != 32)
+            return {};
+        const auto* values = static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
+        return {values, values + xcb_get_property_value_length(reply.get()) / 4};
+    }
+
+    QString text(xcb_window_t window, std::string_view property)
+    {
+        const auto reply = read(window, property);
+        if (!reply)
+            return {};
+        return QString::fromUtf8(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                                 xcb_get_property_value_length(reply.get()));
+    }
+
+    QRect geometry(xcb_window_t window)
+    {
+        xcb_connection_t* const connection = m_connection.get();
+        const Reply<xcb_get_geometry_reply_t> size(
+            xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
+        const Reply<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
+            connection, xcb_translate_coordinates(connection, window, m_root, 0, 0), nullptr));
+        return size && place ? QRect(place->dst_x, place->dst_y, size->width, size->height) : QRect();
+    }
+
+    xcb_atom_t atom(std::string_view name)
+    {
+        const auto cookie = xcb_intern_atom(m_connection.get(), 0, static_cast<uint16_t>(name.size()), name.data());
+        const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection.get(), cookie, nullptr));
+        return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    }
+
+    /// A request to the window manager about one window.
+    void ask(xcb_window_t window, std::string_view request, const std::array<uint32_t, 5>& data)
+    {
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = window;
+        message.type = atom(request);
+        std::copy(data.begin(), data.end(), message.data.data32);
+        xcb_send_event(m_connection.get(), 0, m_root,
+                       XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                       reinterpret_cast<const char*>(&message));
+        // A reply says that the request before it has arrived.
+        const Reply<xcb_get_input_focus_reply_t> sync(
+            xcb_get_input_focus_reply(m_connection.get(), xcb_get_input_focus(m_connection.get()), nullptr));
+    }
+
+private:
+    Reply<xcb_get_property_reply_t> read(xcb_window_t window, std::string_view property)
+    {
+        constexpr uint32_t kLongestInWords = 4096;
+        const auto cookie = xcb_get_property(m_connection.get(), 0, window, atom(property), XCB_GET_PROPERTY_TYPE_ANY,
+                                             0, kLongestInWords);
+        return Reply<xcb_get_property_reply_t>(xcb_get_property_reply(m_connection.get(), cookie, nullptr));
+    }
+
+    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+    xcb_window_t m_root = XCB_WINDOW_NONE;
+};
+
+/// The source indication of requests that come from the user: a taskbar or a pager.
+constexpr uint32_t kFromTheUser = 2;
+
+} // namespace
+
+QList<Window> windowsOf(qint64 processId)
+{
+    Display display;
+    QList<Window> windows;
+    const QList<uint32_t> ids = display.numbers(display.root(), "_NET_CLIENT_LIST_STACKING");
+    for (const uint32_t id : ids) {
+        if (display.numbers(id, "_NET_WM_PID").value(0) != processId)
+            continue;
+        const bool minimised = display.numbers(id, "_NET_WM_STATE").contains(display.atom("_NET_WM_STATE_HIDDEN"));
+        windows.append({id, display.text(id, "_NET_WM_NAME"), display.geometry(id), minimised});
+    }
+    return windows;
+}
+
+void close(uint32_t id)
+{
+    Display().ask(id, "_NET_CLOSE_WINDOW", {XCB_CURRENT_TIME, kFromTheUser});
+}
+
+void activate(uint32_t id)
+{
+    Display().ask(id, "_NET_ACTIVE_WINDOW", {kFromTheUser, XCB_CURRENT_TIME});
+}
+
+} // namespace x11clients
