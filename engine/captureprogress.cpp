@@ -59,10 +59,31 @@ void CaptureProgress::onFrame(void* param, video_data* frame)
     auto& self = *static_cast<CaptureProgress*>(param);
     if (frame->timestamp >= self.m_markNs)
         ++self.m_framesSinceMark;
+    self.m_pictureGate.pass();
 }
 
 void CaptureProgress::onSound(void* param, std::size_t, audio_data* sound)
 {
     // The start of the block: its end is with the output only after this object.
-    static_cast<CaptureProgress*>(param)->m_soundNs = sound->timestamp;
+    auto& self = *static_cast<CaptureProgress*>(param);
+    self.m_soundNs = sound->timestamp;
+    self.m_soundGate.pass();
+}
+
+CaptureProgress::StandStill::StandStill(CaptureProgress& progress) : m_progress(progress)
+{
+    if (!progress.m_connected)
+        return;
+    // Both at once: the two waits then overlap.
+    progress.m_pictureGate.close();
+    progress.m_soundGate.close();
+    constexpr int kLongestMs = 1000;
+    progress.m_pictureGate.waitUntilHeld(kLongestMs);
+    progress.m_soundGate.waitUntilHeld(kLongestMs);
+}
+
+CaptureProgress::StandStill::~StandStill()
+{
+    m_progress.m_pictureGate.open();
+    m_progress.m_soundGate.open();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/linegate.h"
+
 #include <atomic>
 #include <cstdint>
 #include <limits>
@@ -39,12 +41,31 @@ public:
     /// before the mark is on its way, and 0 without a mark.
     std::int64_t soundSinceMarkNs() const;
 
+    /// Stands both lines still while it lives, so that the output is in no callback of theirs. The stock output frees
+    /// its encoders inside its stop without waiting for the line that may be encoding with them at that moment.
+    ///
+    /// Waits up to a second for each line; a line that does not move by then is not in a callback either, as far as can
+    /// be known. Does nothing while not connected.
+    class StandStill
+    {
+    public:
+        explicit StandStill(CaptureProgress& progress);
+        ~StandStill();
+        StandStill(const StandStill&) = delete;
+        StandStill& operator=(const StandStill&) = delete;
+
+    private:
+        CaptureProgress& m_progress;
+    };
+
 private:
     static constexpr std::uint64_t kNoMark = std::numeric_limits<std::uint64_t>::max();
 
     static void onFrame(void* param, video_data* frame);
     static void onSound(void* param, std::size_t mixerIndex, audio_data* sound);
 
+    LineGate m_pictureGate;
+    LineGate m_soundGate;
     bool m_connected = false;
     std::size_t m_mixerIndex = 0;
     std::atomic<std::uint64_t> m_markNs{kNoMark};

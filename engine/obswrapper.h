@@ -198,6 +198,7 @@ private:
 
     bool createTrackEncoders();
     void createMixEncoders();
+    void stopOutput(obs_output_t* output, bool force);
     void giveEncodersTheSound();
     int failToStart();
     void connectStopHandler();

@@ -225,10 +225,7 @@ int ObsWrapper::stopRecording(bool force)
         const std::uint64_t endedByItselfNs = m_endedByItselfNs;
         // Whoever hears of the end inside this call and prepares the next recording must not take this output away.
         const ObsOutputHandle output = std::move(m_output);
-        if (force)
-            obs_output_force_stop(output.get());
-        else
-            obs_output_stop(output.get());
+        stopOutput(output.get(), force);
         m_recordedFrames = static_cast<quint64>(obs_output_get_total_frames(output.get()));
         m_endedByItselfNs = endedByItselfNs;
         waitUntilOutputIsSettled();
@@ -238,6 +235,15 @@ int ObsWrapper::stopRecording(bool force)
     m_recording = false;
     m_paused = false;
     return 0;
+}
+
+void ObsWrapper::stopOutput(obs_output_t* output, bool force)
+{
+    const CaptureProgress::StandStill still(m_progress);
+    if (force)
+        obs_output_force_stop(output);
+    else
+        obs_output_stop(output);
 }
 
 bool ObsWrapper::isOutputStarting() const
