@@ -1,16 +1,122 @@
 #include "app/appidentity.h"
+#include "app/crashhandler.h"
+#include "app/sclogger.h"
+#include "app/sctranslator.h"
+#include "app/settings.h"
+#include "app/singleinstance.h"
 #include "mainwindow/scmainwindow.h"
 #include "platform/console.h"
+#include "platform/termination.h"
 
 #include <QApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QIcon>
+#include <QLocale>
+#include <QTimer>
+#include <QWindow>
+
+#include <cstdio>
+
+namespace {
+
+/// The engine is started when the window has been painted once, since starting it takes its time.
+constexpr int kInitializeCaptureDelayMs = 10;
+
+void openLog()
+{
+    const QString folder = appidentity::logFolder();
+    QDir().mkpath(folder);
+    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_HH-mm-ss"));
+    const QString path = folder + QLatin1String("/vexmoor_") + stamp + QLatin1String(".log");
+    if (!SCLogger::instance()->initialize(path)) {
+        std::fputs("Failed to initialize logger\n", stderr);
+        return;
+    }
+    SCLogger::info(QStringLiteral("Logger initialized successfully"));
+    SCLogger::info(QStringLiteral("Log file: %1").arg(path));
+}
+
+/// The application is the translator's parent and deletes it, after everybody who shares it is gone. The references
+/// say who uses it and delete nothing: an object with a parent cannot have a second owner.
+std::shared_ptr<SCTranslator> makeTranslator(QApplication& application)
+{
+    return {new SCTranslator(&application), [](SCTranslator*) {}};
+}
+
+QString chosenLanguage(const QSettings& settings)
+{
+    if (settings.contains(settingskeys::kLanguage))
+        return settings.value(settingskeys::kLanguage).toString();
+    const QString locale = QLocale::system().name();
+    SCLogger::info(QStringLiteral("System locale: %1").arg(locale));
+    return locale;
+}
+
+void installLanguage(SCTranslator& translator, const QString& code)
+{
+    const bool loaded = translator.loadLanguage(code);
+    if (!loaded)
+        translator.loadLanguage(QStringLiteral("en_US"));
+    QCoreApplication::installTranslator(&translator);
+    SCLogger::info(loaded ? QStringLiteral("Loaded translation for: %1").arg(code)
+                          : QStringLiteral("Loaded fallback translation (en_US)"));
+}
+
+void showWindow(SCMainWindow& window, const std::shared_ptr<SCTranslator>& translator)
+{
+    window.setTranslator(translator);
+    window.show();
+    SCLogger::info(QStringLiteral("Main window displayed"));
+    QTimer::singleShot(kInitializeCaptureDelayMs, &window, &SCMainWindow::initializeCapture);
+}
+
+void publishWindow(SingleInstance& guard, const SCMainWindow& window)
+{
+    const QWindow* const handle = window.windowHandle();
+    guard.publish(handle != nullptr ? handle->winId() : 0, QCoreApplication::applicationPid());
+}
+
+/// Runs the first copy, from its log to the end of its event loop.
+int run(QApplication& application, SingleInstance& guard)
+{
+    openLog();
+    SCLogger::info(QStringLiteral("Application starting..."));
+    QCoreApplication::setAttribute(Qt::AA_DontCreateNativeWidgetSiblings, true);
+    const std::unique_ptr<QSettings> settings = openSettings();
+    const std::shared_ptr<SCTranslator> translator = makeTranslator(application);
+    installLanguage(*translator, chosenLanguage(*settings));
+
+    SCLogger::info(QStringLiteral("Creating main window..."));
+    SCMainWindow window;
+    showWindow(window, translator);
+    publishWindow(guard, window);
+
+    // Quitting closes every window as the user would.
+    const platform::TerminationWatcher termination;
+    QObject::connect(&termination, &platform::TerminationWatcher::terminationRequested, &application,
+                     &QApplication::quit);
+    const int exitCode = QApplication::exec();
+    SCLogger::info(QStringLiteral("Application exiting..."));
+    guard.release();
+    return exitCode;
+}
+
+} // namespace
 
 int main(int argc, char* argv[])
 {
     platform::attachToParentConsole();
     appidentity::apply();
+    installCrashHandler();
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     QApplication application(argc, argv);
-    SCMainWindow window;
-    window.show();
-    return QApplication::exec();
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/resources/logo.ico")));
+
+    SingleInstance guard;
+    if (guard.claim() == SingleInstance::Role::Second) {
+        guard.handOver();
+        return 0;
+    }
+    return run(application, guard);
 }

@@ -34,9 +34,7 @@ SCLogger* SCLogger::instance()
     return logger;
 }
 
-SCLogger::SCLogger(QObject* parent)
-    : QObject(parent)
-{}
+SCLogger::SCLogger(QObject* parent) : QObject(parent) {}
 
 SCLogger::~SCLogger()
 {

@@ -1,0 +1,21 @@
+#include "app/crashhandler.h"
+
+#include "app/appidentity.h"
+#include "platform/crash_report.h"
+
+#include <QByteArray>
+#include <QDir>
+#include <QString>
+
+const QString& crashFolder()
+{
+    static const QString folder = appidentity::logFolder();
+    return folder;
+}
+
+void installCrashHandler()
+{
+    QDir().mkpath(crashFolder());
+    const QByteArray program = QByteArray(appidentity::kApplicationName) + ' ' + appidentity::kVersion;
+    platform::installCrashReporter(crashFolder(), program);
+}

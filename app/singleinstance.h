@@ -1,0 +1,85 @@
+#pragma once
+
+#include "platform/instance_lock.h"
+
+#include <QSharedMemory>
+#include <QString>
+
+/// Lets one copy of the program run per user session: the first publishes its main window in a shared-memory segment,
+/// and a later one finds it there, brings that window to the front and ends.
+///
+/// The segment holds, in native byte order, the main window's native handle (8 bytes, unsigned; 0 while there is none)
+/// and the process id (8 bytes, signed). It is all zero until the first copy has shown its window.
+///
+/// Windows removes a segment with the last process that holds it. Elsewhere it outlives a copy that is killed, so a
+/// segment alone does not prove that its maker lives; a lock that the kernel drops with its holder does
+/// (platform::InstanceLock). It is taken before the segment is made, held for life, and released after the segment is
+/// given up. What that comes to:
+///
+/// - Lock free, segment there: its maker is dead, whether or not it had stored its process id. The segment is attached,
+///   detached, which removes it, and created anew. Only the holder of the lock does so, so of a dozen simultaneous
+///   starts one makes the segment and the others find the lock taken. One of these may be attached to the dead copy's
+///   segment just then and keep it alive, so the holder tries again for a short while.
+/// - Lock held, segment there: another copy runs or starts; this one is the second.
+/// - Lock held, no segment: the other copy is between its first two steps, or between its last two. Both are tried
+/// again
+///   for a short while; then the other copy counts as one that has not published its window.
+/// - Killed between lock and segment: the lock went with it, there is no segment, the next copy is the first.
+/// - The first copy ends while another starts: the other finds either the segment, and hands over to a window that is
+///   about to go, or the lock or the segment gone, and becomes the first.
+/// - Created by somebody else between attach and create, where there is no lock: attached again, and this copy is the
+///   second.
+/// - Lock free, and the segment stays however often it is attached and detached: its maker runs, but could not lock
+///   (below), or somebody removed its lock file; being attached, it keeps the segment. This copy is the second.
+/// - Another user's segment: it may neither be attached nor made, and this copy runs unguarded. It gives the lock back,
+/// so
+///   that a second start of this user runs unguarded as well instead of waiting for a segment that never comes.
+/// - The lock cannot be made: the segment alone decides, as on Windows.
+class SingleInstance
+{
+public:
+    enum class Role
+    {
+        First,     ///< owns the segment
+        Second,    ///< another copy runs; hand over to it and end
+        Unguarded, ///< the segment can be neither attached nor created; runs all the same
+    };
+
+    explicit SingleInstance(const QString& key = QStringLiteral("TolvaranKestranoSingleInstance"));
+    ~SingleInstance();
+    SingleInstance(const SingleInstance&) = delete;
+    SingleInstance& operator=(const SingleInstance&) = delete;
+
+    /// Finds out which copy this is; takes a second at most, and hardly any time as a rule. Logs the making of the
+    /// segment, or what kept it from being made. Call once.
+    Role claim();
+
+    /// As the second copy: brings the first copy's window to the front, or logs that it has published none.
+    void handOver() const;
+
+    /// As the first copy: publishes the main window for later copies. Does nothing without a segment.
+    void publish(quint64 windowHandle, qint64 processId);
+
+    /// Gives up the segment, then the lock.
+    void release();
+
+private:
+    struct Block;
+    enum class Attempt
+    {
+        Again,
+        First,
+        Second,
+        Unguarded
+    };
+
+    Attempt claimOnce();
+    Attempt replaceStaleSegment();
+    Attempt create();
+    bool readFirstCopy();
+    Role giveUpGuard(const QString& reason);
+
+    QSharedMemory m_memory;
+    platform::InstanceLock m_lock;
+    quint64 m_firstWindow = 0;
+};

@@ -1,0 +1,264 @@
+#include "platform/crash_report.h"
+#include "platform/signal_safe_writer.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QFile>
+#include <QString>
+#include <QTimeZone>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <climits>
+#include <csignal>
+#include <cstddef>
+#include <cstring>
+#include <ctime>
+#include <execinfo.h>
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+constexpr std::array kFatalSignals = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
+constexpr std::size_t kAlternateStackSize = std::size_t{128} * 1024;
+constexpr int kMaximumFrames = 128;
+/// A handler that waits for a lock the crashed program holds must not keep the program from ending.
+constexpr unsigned kReportTimeoutSeconds = 20;
+constexpr int kClockChanges = 16;
+
+/// From this moment on (seconds since 1970, UTC) local time is ahead of UTC by so many seconds.
+struct ClockChange
+{
+    int64_t from;
+    int offset;
+};
+
+// What the handler needs, made ready at install: in a signal handler there is no allocating, no locking and no asking
+// the library for the local time.
+std::array<char, PATH_MAX> g_pathPrefix;
+std::array<char, 128> g_program;
+std::array<ClockChange, kClockChanges> g_clockChanges;
+std::array<char, kAlternateStackSize> g_alternateStack;
+std::atomic<pid_t> g_reportingThread = 0;
+
+pid_t currentThread()
+{
+    return static_cast<pid_t>(syscall(SYS_gettid));
+}
+
+// ---- Made ready at install ------------------------------------------------------------------------------------------
+
+template <std::size_t Size>
+bool keep(std::array<char, Size>& place, const QByteArray& text)
+{
+    if (static_cast<std::size_t>(text.size()) >= Size)
+        return false;
+    std::copy(text.begin(), text.end(), place.begin());
+    place.at(static_cast<std::size_t>(text.size())) = '\0';
+    return true;
+}
+
+/// The offset of local time now, and how it changes in the years to come.
+void keepClockChanges()
+{
+    const QTimeZone zone = QTimeZone::systemTimeZone();
+    QDateTime moment = QDateTime::currentDateTimeUtc();
+    g_clockChanges.fill({INT64_MIN, zone.offsetFromUtc(moment)});
+    for (std::size_t index = 1; index < g_clockChanges.size() && zone.hasTransitions(); ++index) {
+        const QTimeZone::OffsetData next = zone.nextTransition(moment);
+        if (!next.atUtc.isValid())
+            return;
+        std::fill(g_clockChanges.begin() + static_cast<std::ptrdiff_t>(index), g_clockChanges.end(),
+                  ClockChange{next.atUtc.toSecsSinceEpoch(), next.offsetFromUtc});
+        moment = next.atUtc;
+    }
+}
+
+/// Walking the stack for the first time loads a library, which a signal handler may not.
+void warmUpBacktrace()
+{
+    std::array<void*, 2> frames{};
+    backtrace(frames.data(), static_cast<int>(frames.size()));
+}
+
+// ---- In the handler -------------------------------------------------------------------------------------------------
+
+CivilTime localTime()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    int offset = 0;
+    for (const ClockChange& change : g_clockChanges) {
+        if (change.from <= now.tv_sec)
+            offset = change.offset;
+    }
+    return civilTime(now.tv_sec + offset);
+}
+
+std::string_view signalName(int number)
+{
+    switch (number) {
+    case SIGSEGV:
+        return "SIGSEGV (invalid memory access)";
+    case SIGBUS:
+        return "SIGBUS (memory that is not there)";
+    case SIGILL:
+        return "SIGILL (invalid instruction)";
+    case SIGFPE:
+        return "SIGFPE (arithmetic fault)";
+    default:
+        return "SIGABRT (aborted)";
+    }
+}
+
+int createReportFile(const CivilTime& now)
+{
+    SignalSafeWriter path(-1);
+    path.text(g_pathPrefix.data()).time(now, "_", "-").text(".dmp");
+    return open(path.buffer(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
+}
+
+void writeHead(SignalSafeWriter& report, const CivilTime& now, int number, const siginfo_t& information)
+{
+    report.text("Crash report of ").text(g_program.data()).text("\nTime: ").time(now, " ", ":");
+    report.text("\nSignal: ").decimal(number).text(" ").text(signalName(number));
+    report.text("\nCode: ").decimal(information.si_code);
+    if (information.si_code <= 0)
+        report.text("\nSent by process: ").decimal(information.si_pid);
+    else
+        report.text("\nAddress: ").hexadecimal(reinterpret_cast<uintptr_t>(information.si_addr));
+    report.text("\nProcess: ").decimal(getpid()).text("\nThread: ").decimal(currentThread()).text("\n");
+}
+
+/// Copies a small file of the kernel's into the report.
+void copyFile(SignalSafeWriter& report, const char* path)
+{
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return;
+    std::array<char, 1024> part{};
+    for (ssize_t count = 0; (count = read(file, part.data(), part.size())) > 0;)
+        report.text({part.data(), static_cast<std::size_t>(count)});
+    close(file);
+}
+
+/// A line with the thread's id and name; the name ends with a line end of its own.
+void writeThread(SignalSafeWriter& report, std::string_view id)
+{
+    SignalSafeWriter path(-1);
+    path.text("/proc/self/task/").text(id).text("/comm");
+    report.text("  ").text(id).text(" ");
+    copyFile(report, path.buffer());
+}
+
+/// How the kernel lays out an entry of a folder. The C library has the same structure under its own name, but its
+/// readdir() allocates.
+struct FolderEntry
+{
+    uint64_t inode;
+    int64_t offset;
+    uint16_t length;
+    uint8_t type;
+    char name[1];
+};
+
+void writeThreads(SignalSafeWriter& report)
+{
+    report.text("\nThreads:\n");
+    const int folder = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    alignas(FolderEntry) std::array<char, 4096> entries{};
+    for (long size = 0; (size = syscall(SYS_getdents64, folder, entries.data(), entries.size())) > 0;) {
+        for (long position = 0; position < size;) {
+            const char* const start = entries.data() + position;
+            uint16_t length = 0;
+            std::memcpy(&length, start + offsetof(FolderEntry, length), sizeof(length));
+            const char* const name = start + offsetof(FolderEntry, name);
+            if (name[0] != '.')
+                writeThread(report, name);
+            position += length;
+        }
+    }
+    close(folder);
+}
+
+void writeStack(SignalSafeWriter& report, int file)
+{
+    report.text("\nCall stack of the thread that crashed:\n").flush();
+    std::array<void*, kMaximumFrames> frames{};
+    const int count = backtrace(frames.data(), static_cast<int>(frames.size()));
+    backtrace_symbols_fd(frames.data(), count, file);
+}
+
+void writeReport(int number, const siginfo_t& information)
+{
+    const CivilTime now = localTime();
+    const int file = createReportFile(now);
+    if (file < 0)
+        return;
+    SignalSafeWriter report(file);
+    writeHead(report, now, number, information);
+    writeThreads(report);
+    report.text("\nLoaded objects:\n");
+    copyFile(report, "/proc/self/maps");
+    // Last, since walking a broken stack may be the end.
+    writeStack(report, file);
+    report.text("\nEnd of report\n").flush();
+    close(file);
+}
+
+void restoreDefault(int number)
+{
+    struct sigaction action = {};
+    action.sa_handler = SIG_DFL;
+    sigaction(number, &action, nullptr);
+}
+
+void onFatalSignal(int number, siginfo_t* information, void* /*context*/)
+{
+    pid_t reporting = 0;
+    if (g_reportingThread.compare_exchange_strong(reporting, currentThread())) {
+        restoreDefault(SIGALRM);
+        alarm(kReportTimeoutSeconds);
+        writeReport(number, *information);
+        alarm(0);
+    } else if (reporting != currentThread()) {
+        // Another thread is writing its report; the process ends with it.
+        for (;;)
+            pause();
+    }
+    // Held back while this handler runs: the default action follows as soon as it returns, on the stack that crashed.
+    restoreDefault(number);
+    raise(number);
+}
+
+void handleFatalSignals()
+{
+    stack_t stack = {};
+    stack.ss_sp = g_alternateStack.data();
+    stack.ss_size = g_alternateStack.size();
+    sigaltstack(&stack, nullptr);
+
+    struct sigaction action = {};
+    action.sa_sigaction = onFatalSignal;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    for (const int number : kFatalSignals)
+        sigaction(number, &action, nullptr);
+}
+
+} // namespace
+
+void installCrashReporter(const QString& folder, const QByteArray& program)
+{
+    if (!keep(g_pathPrefix, QFile::encodeName(folder) + "/crash_") || !keep(g_program, program))
+        return;
+    keepClockChanges();
+    warmUpBacktrace();
+    handleFatalSignals();
+}
+
+} // namespace platform
