@@ -13,6 +13,9 @@ struct CaptureScreen
 
     /// The size in physical pixels, truncated.
     QSize physicalSize() const;
+
+    /// The screen in physical pixels: its place on the desktop is the same in both kinds of pixels.
+    QRect physicalGeometry() const { return {geometry.topLeft(), physicalSize()}; }
 };
 
 /// What is cut off the picture of the whole primary screen, in physical pixels, truncated.

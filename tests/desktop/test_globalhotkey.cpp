@@ -1,0 +1,171 @@
+#include "platform/global_hotkey.h"
+
+#include <QApplication>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+
+using platform::GlobalHotkey;
+
+namespace {
+
+/// Presses and releases keys as a user does, through the X server.
+void xdotool(const QStringList& arguments)
+{
+    QCOMPARE(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
+}
+
+void setKeyboardLayout(const QString& layout)
+{
+    QCOMPARE(QProcess::execute(QStringLiteral("setxkbmap"), {layout}), 0);
+}
+
+} // namespace
+
+class TestGlobalHotkey : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { setKeyboardLayout(QStringLiteral("us")); }
+
+    void firesWithoutFocus()
+    {
+        GlobalHotkey hotkey(nullptr);
+        QVERIFY2(hotkey.registerKey(QKeySequence(Qt::Key_F9)), qPrintable(hotkey.failureReason()));
+        QSignalSpy activated(&hotkey, &GlobalHotkey::activated);
+        xdotool({"key", "F9"});
+        QTRY_COMPARE(activated.size(), 1);
+        xdotool({"key", "F8"});
+        QTest::qWait(200);
+        QCOMPARE(activated.size(), 1);
+    }
+
+    void lockKeysMakeNoDifference_data()
+    {
+        QTest::addColumn<QStringList>("locks");
+        QTest::newRow("Num Lock") << QStringList{"Num_Lock"};
+        QTest::newRow("Caps Lock") << QStringList{"Caps_Lock"};
+        QTest::newRow("Num Lock and Caps Lock") << QStringList{"Num_Lock", "Caps_Lock"};
+    }
+
+    void lockKeysMakeNoDifference()
+    {
+        QFETCH(QStringList, locks);
+        GlobalHotkey hotkey(nullptr);
+        QVERIFY2(hotkey.registerKey(QKeySequence(Qt::Key_F9)), qPrintable(hotkey.failureReason()));
+        QSignalSpy activated(&hotkey, &GlobalHotkey::activated);
+        for (const QString& lock : locks)
+            xdotool({"key", lock});
+        xdotool({"key", "F9"});
+        for (const QString& lock : locks)
+            xdotool({"key", lock});
+        QTRY_COMPARE(activated.size(), 1);
+    }
+
+    void otherModifiersAreOtherKeys()
+    {
+        GlobalHotkey hotkey(nullptr);
+        QVERIFY2(hotkey.registerKey(QKeySequence(Qt::CTRL | Qt::Key_F9)), qPrintable(hotkey.failureReason()));
+        QSignalSpy activated(&hotkey, &GlobalHotkey::activated);
+        xdotool({"key", "F9"});
+        xdotool({"key", "shift+F9"});
+        QTest::qWait(200);
+        QCOMPARE(activated.size(), 0);
+        xdotool({"key", "ctrl+F9"});
+        QTRY_COMPARE(activated.size(), 1);
+    }
+
+    void everyModifierIsKnown()
+    {
+        GlobalHotkey hotkey(nullptr);
+        QVERIFY2(hotkey.registerKey(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::ALT | Qt::Key_R)),
+                 qPrintable(hotkey.failureReason()));
+        QSignalSpy activated(&hotkey, &GlobalHotkey::activated);
+        xdotool({"key", "ctrl+shift+alt+r"});
+        QTRY_COMPARE(activated.size(), 1);
+        QVERIFY(hotkey.registerKey(QKeySequence(Qt::META | Qt::Key_R)));
+        xdotool({"key", "super+r"});
+        QTRY_COMPARE(activated.size(), 2);
+    }
+
+    void heldKeyFiresOnce()
+    {
+        GlobalHotkey hotkey(nullptr);
+        QVERIFY2(hotkey.registerKey(QKeySequence(Qt::Key_F9)), qPrintable(hotkey.failureReason()));
+        QSignalSpy activated(&hotkey, &GlobalHotkey::activated);
+        xdotool({"keydown", "F9"});
+        QTest::qWait(1500);
+        xdotool({"keyup", "F9"});
+        QTRY_COMPARE(activated.size(), 1);
+        xdotool({"key", "F9"});
+        QTRY_COMPARE(activated.size(), 2);
+    }
+
+    void keyHeldByAnotherProgramIsNamed()
+    {
+        // Each hotkey has a connection of its own: to the X server the first one is another program.
+        GlobalHotkey other(nullptr);
+        QVERIFY(other.registerKey(QKeySequence(Qt::Key_F9)));
+        GlobalHotkey hotkey(nullptr);
+        QVERIFY(!hotkey.registerKey(QKeySequence(Qt::Key_F9)));
+        QCOMPARE(hotkey.failureReason(), QStringLiteral("The hotkey F9 cannot be used: another program holds it"));
+        QVERIFY(other.registerKey(QKeySequence()));
+        QVERIFY(hotkey.registerKey(QKeySequence(Qt::Key_F9)));
+        QCOMPARE(hotkey.failureReason(), QString());
+    }
+
+    void keyThatTheKeyboardDoesNotHaveIsNamed()
+    {
+        GlobalHotkey hotkey(nullptr);
+        QVERIFY(!hotkey.registerKey(QKeySequence(Qt::Key_Select)));
+        QCOMPARE(hotkey.failureReason(),
+                 QStringLiteral("The hotkey Select cannot be used: the keyboard has no such key"));
+    }
+
+    void anotherKeyReplacesTheFirst()
+    {
+        GlobalHotkey hotkey(nullptr);
+        QVERIFY(hotkey.registerKey(QKeySequence(Qt::Key_F9)));
+        QVERIFY(hotkey.registerKey(QKeySequence(Qt::Key_F8)));
+        QSignalSpy activated(&hotkey, &GlobalHotkey::activated);
+        xdotool({"key", "F9"});
+        xdotool({"key", "F8"});
+        QTRY_COMPARE(activated.size(), 1);
+        QTest::qWait(200);
+        QCOMPARE(activated.size(), 1);
+    }
+
+    void destroyedHotkeyLetsGoOfItsKey()
+    {
+        auto first = std::make_unique<GlobalHotkey>(nullptr);
+        QVERIFY(first->registerKey(QKeySequence(Qt::Key_F9)));
+        first.reset();
+        GlobalHotkey second(nullptr);
+        QTRY_VERIFY(second.registerKey(QKeySequence(Qt::Key_F9)));
+    }
+
+    void followsTheKeyboardLayout()
+    {
+        GlobalHotkey hotkey(nullptr);
+        QVERIFY(hotkey.registerKey(QKeySequence(Qt::CTRL | Qt::Key_Y)));
+        QSignalSpy activated(&hotkey, &GlobalHotkey::activated);
+        setKeyboardLayout(QStringLiteral("de"));
+        QTest::qWait(300);
+        // The key that bears "y" on an English keyboard, by its place; "z" is on it now.
+        xdotool({"keydown", "ctrl", "key", "29", "keyup", "ctrl"});
+        QTest::qWait(300);
+        QCOMPARE(activated.size(), 0);
+        xdotool({"keydown", "ctrl", "key", "52", "keyup", "ctrl"});
+        QTRY_COMPARE(activated.size(), 1);
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    TestGlobalHotkey test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_globalhotkey.moc"
