@@ -1,0 +1,55 @@
+# shellcheck shell=bash
+# shellcheck disable=SC2034 # what is set here is used by the commands
+# What the commands in tools/ share: where the project is, how they speak, how they configure and build.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+command_name=${0##*/}
+started_at=$SECONDS
+
+# A step of the work, in one line.
+say() {
+    printf '==> %s\n' "$*"
+}
+
+# Ends the command with the reason.
+die() {
+    printf '\n%s: %s\n' "$command_name" "$*" >&2
+    exit 1
+}
+
+minutes() {
+    printf '%d min %02d s' "$(($1 / 60))" "$(($1 % 60))"
+}
+
+# logged <log file> <command>...: what the command says goes to the terminal when there is one, else to the log, whose
+# end is shown when the command fails.
+logged() {
+    local log=$1 status=0
+    shift
+    mkdir -p "$(dirname "$log")"
+    if [[ -t 1 ]]; then
+        "$@" || status=$?
+        return $status
+    fi
+    "$@" >"$log" 2>&1 || status=$?
+    if ((status != 0)); then
+        echo "    ... the end of $log:"
+        tail -n 60 "$log" | sed 's/^/    /'
+    fi
+    return $status
+}
+
+# build_preset <preset> <folder> [target]...: configures and builds one preset of CMakePresets.json.
+build_preset() {
+    local preset=$1 folder=$2 begun=$SECONDS
+    shift 2
+    local targets=()
+    (($# == 0)) || targets=(--target "$@")
+    cd "$root" || die "cannot enter $root"
+    say "Configuring (preset $preset, folder $folder)"
+    logged "$folder/logs/configure.log" cmake --preset "$preset" || die "configuring failed; the reason stands above"
+    say "Building"
+    logged "$folder/logs/build.log" cmake --build --preset "$preset" -j "$(nproc)" "${targets[@]}" ||
+        die "the build failed; the reason stands above"
+    say "Built in $(minutes $((SECONDS - begun)))"
+}
