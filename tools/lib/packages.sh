@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# shellcheck disable=SC2034 # the commands name the groups that they need
+# shellcheck disable=SC2034,SC2154 # the commands name the groups that they need; root comes from common.sh
 # Installs what is missing, and only that: on a machine that has everything neither apt nor sudo is called.
 
 # Compiles the program and its tests.
