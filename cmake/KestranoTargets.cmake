@@ -58,6 +58,8 @@ function(kestrano_add_executable)
   add_executable(kestrano WIN32 app/main.cpp)
   target_link_libraries(kestrano PRIVATE kestrano_mainwindow)
   set_target_properties(kestrano PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
+  kestrano_add_windows_resources(kestrano)
+  kestrano_install(kestrano)
 endfunction()
 
 # kestrano_add_test(<name> KIND unit|engine|desktop|recording SOURCES <files> [LINKS <libraries>]

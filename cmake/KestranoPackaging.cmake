@@ -1,0 +1,30 @@
+# What an executable and an installation carry besides code.
+
+include(GNUInstallDirs)
+
+# kestrano_add_windows_resources(<target>): icon, manifest and version of a Windows executable; nothing elsewhere.
+function(kestrano_add_windows_resources target)
+  if(NOT WIN32)
+    return()
+  endif()
+  set(KESTRANO_MANIFEST "${PROJECT_BINARY_DIR}/generated/kestrano.manifest")
+  configure_file("${PROJECT_SOURCE_DIR}/packaging/windows/kestrano.manifest.in" "${KESTRANO_MANIFEST}" @ONLY)
+  set(script "${PROJECT_BINARY_DIR}/generated/kestrano.rc")
+  configure_file("${PROJECT_SOURCE_DIR}/packaging/windows/kestrano.rc.in" "${script}" @ONLY)
+  set_source_files_properties(
+    "${script}" PROPERTIES OBJECT_DEPENDS "${KESTRANO_MANIFEST};${PROJECT_SOURCE_DIR}/resources/logo.ico")
+  target_sources(${target} PRIVATE "${script}")
+endfunction()
+
+# The program where the system looks for it; KestranoObsData installs the folder that stands beside it.
+function(kestrano_install target)
+  install(TARGETS ${target} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/COPYING" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+  if(WIN32)
+    return()
+  endif()
+  install(FILES "${PROJECT_SOURCE_DIR}/packaging/linux/kestrano.desktop"
+          DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
+  install(FILES "${PROJECT_SOURCE_DIR}/resources/logo.svg"
+          DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps" RENAME kestrano.svg)
+endfunction()
