@@ -2,6 +2,7 @@
 
 #include "app/settings.h"
 #include "platform/compositing.h"
+#include "platform/overlay_window.h"
 
 #include <QEventLoop>
 #include <QLabel>
@@ -62,6 +63,7 @@ QWidget* SCCountdownWidget::buildHint(const QString& hotkey)
 {
     auto* const hint = new QWidget(this);
     hint->setFixedSize(kHintSize);
+    hint->setAttribute(Qt::WA_StyledBackground);
     hint->setStyleSheet(kHintStyle);
     m_hintLabel = new QLabel(QStringLiteral("%1: %2").arg(tr("Start/Stop"), hotkey), hint);
     m_hintLabel->setObjectName(QStringLiteral("hintLabel"));
@@ -80,6 +82,7 @@ void SCCountdownWidget::start(int count)
     }
     m_count = count;
     updateCountdown();
+    platform::readyAsOverlay(*this);
     show();
     m_timer->start();
 }

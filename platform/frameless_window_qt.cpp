@@ -30,6 +30,7 @@ class FramelessWindow::Agent : public QObject
 {
 public:
     explicit Agent(QWidget& window);
+    ~Agent() override { showEdgeCursor({}); }
 
     void setTitleBar(QWidget* titleBar);
 

@@ -1,0 +1,7 @@
+#include "platform/overlay_window.h"
+
+namespace platform {
+
+void readyAsOverlay(QWidget&) {}
+
+} // namespace platform
