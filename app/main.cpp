@@ -80,6 +80,11 @@ void publishWindow(SingleInstance& guard, const SCMainWindow& window)
 /// Runs the first copy, from its log to the end of its event loop.
 int run(QApplication& application, SingleInstance& guard)
 {
+    // Quitting closes every window as the user would, as soon as the event loop runs.
+    const platform::TerminationWatcher termination;
+    QObject::connect(&termination, &platform::TerminationWatcher::terminationRequested, &application,
+                     &QApplication::quit);
+
     openLog();
     SCLogger::info(QStringLiteral("Application starting..."));
     QCoreApplication::setAttribute(Qt::AA_DontCreateNativeWidgetSiblings, true);
@@ -92,10 +97,6 @@ int run(QApplication& application, SingleInstance& guard)
     showWindow(window, translator);
     publishWindow(guard, window);
 
-    // Quitting closes every window as the user would.
-    const platform::TerminationWatcher termination;
-    QObject::connect(&termination, &platform::TerminationWatcher::terminationRequested, &application,
-                     &QApplication::quit);
     const int exitCode = QApplication::exec();
     SCLogger::info(QStringLiteral("Application exiting..."));
     guard.release();

@@ -32,6 +32,12 @@ void setAside(const QString& path)
     QFile::copy(path, copy);
 }
 
+/// A store that is not there yet counts as readable, and so does the registry.
+bool canBeRead(const QString& path)
+{
+    return !QFile::exists(path) || QFile(path).open(QIODevice::ReadOnly);
+}
+
 void reportTrouble(const QSettings& settings)
 {
     static bool reported = false;
@@ -63,9 +69,9 @@ QString settingsTrouble(const QSettings& settings)
         return QStringLiteral("The settings in %1 cannot be understood; a copy is kept beside them, and the defaults "
                               "apply")
             .arg(place);
-    if (settings.status() == QSettings::AccessError)
+    if (!canBeRead(settings.fileName()))
         return QStringLiteral("The settings in %1 cannot be read; the defaults apply").arg(place);
-    if (!settings.isWritable())
+    if (settings.status() == QSettings::AccessError || !settings.isWritable())
         return QStringLiteral("The settings in %1 cannot be written; changes last until the program ends").arg(place);
     return {};
 }

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QDir>
+#include <QMap>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+/// A user's profile, in which any number of copies of the program are started.
+class Profile
+{
+public:
+    Profile();
+
+    QDir root() const { return QDir(m_root.path()); }
+    QDir logFolder() const { return QDir(m_root.filePath(QStringLiteral("data/Tolvaran/Kestrano/logs"))); }
+    QString settingsPath() const { return m_root.filePath(QStringLiteral("config/Tolvaran/Kestrano.conf")); }
+    QStringList logFiles() const;
+    /// The messages of the one log file, without time and level.
+    QStringList loggedMessages() const;
+
+    void writeSettings(const QByteArray& content) const;
+    /// What the settings file holds, read as the program reads it.
+    QMap<QString, QVariant> settings() const;
+
+    /// The environment of a copy: this profile, and no language but what a test sets.
+    QProcessEnvironment environment;
+
+private:
+    QTemporaryDir m_root;
+};
+
+/// One start of the program. The destructor ends it.
+class StartedCopy
+{
+public:
+    explicit StartedCopy(const Profile& profile);
+    ~StartedCopy();
+    StartedCopy(const StartedCopy&) = delete;
+    StartedCopy& operator=(const StartedCopy&) = delete;
+
+    /// Waits for a message that contains text.
+    bool waitForMessage(const QString& text);
+    /// Waits until the program has shown its window and published it.
+    bool waitUntilPublished() { return waitForMessage(QStringLiteral("Stored window handle and process ID")); }
+    bool waitUntilEnded();
+    bool isRunning() const { return m_process.state() == QProcess::Running; }
+    /// The exit code; -1 while it runs, and when it was ended by a signal.
+    int exitCode() const;
+    qint64 processId() const { return m_process.processId(); }
+    void sendSignal(int number) const;
+    /// Everything it has said so far on its message output and standard error.
+    QStringList messages();
+    QString transcript() { return messages().join(QLatin1Char('\n')); }
+
+private:
+    QProcess m_process;
+    QByteArray m_output;
+};

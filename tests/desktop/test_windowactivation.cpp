@@ -1,0 +1,147 @@
+#include "platform/window_activation.h"
+
+#include <QApplication>
+#include <QProcess>
+#include <QTest>
+#include <QWidget>
+
+#include <memory>
+
+namespace {
+
+constexpr int kTimeoutMs = 10'000;
+
+QString outputOf(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    process.waitForFinished(kTimeoutMs);
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+QString stateOf(const QWidget& window)
+{
+    return outputOf("xprop", {"-id", QString::number(window.winId()), "_NET_WM_STATE"});
+}
+
+quint64 topmostWindow()
+{
+    const QString stacking = outputOf("xprop", {"-root", "_NET_CLIENT_LIST_STACKING"});
+    return stacking.mid(stacking.lastIndexOf(' ') + 1).toULongLong(nullptr, 16);
+}
+
+} // namespace
+
+/// What one program does with the window of another, under a window manager.
+class TestWindowActivation : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<QWidget> m_other;
+
+    quint64 handle() const { return m_window->winId(); }
+
+    static std::unique_ptr<QWidget> shownWindow(const QPoint& position)
+    {
+        auto window = std::make_unique<QWidget>();
+        window->setGeometry(QRect(position, QSize(320, 240)));
+        window->show();
+        return window;
+    }
+
+private slots:
+    void init()
+    {
+        m_window = shownWindow(QPoint(200, 150));
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        m_other = shownWindow(QPoint(300, 200));
+        QVERIFY(QTest::qWaitForWindowExposed(m_other.get()));
+        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), quint64{m_other->winId()}, kTimeoutMs);
+        QVERIFY(QTest::qWaitForWindowActive(m_other.get()));
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_other.reset();
+    }
+
+    void numbersThatAreNoWindowAreRefused_data()
+    {
+        QTest::addColumn<quint64>("number");
+        QTest::newRow("0") << quint64{0};
+        QTest::newRow("1") << quint64{1};
+        QTest::newRow("never given") << quint64{0x1ffffff1};
+        QTest::newRow("wider than a window id") << (quint64{1} << 40);
+    }
+
+    void numbersThatAreNoWindowAreRefused()
+    {
+        QFETCH(const quint64, number);
+        QVERIFY(!platform::isWindow(number));
+        QVERIFY(!platform::isMinimized(number));
+        QVERIFY(!platform::restoreWindow(number));
+        QVERIFY(!platform::raiseWindow(number));
+        QVERIFY(!platform::activateWindow(number));
+        QVERIFY(!platform::demandAttention(number, 3));
+    }
+
+    void aDestroyedWindowIsNone()
+    {
+        quint64 number = 0;
+        {
+            QWidget window;
+            window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            number = window.winId();
+            QVERIFY(platform::isWindow(number));
+        }
+        QTRY_VERIFY(!platform::isWindow(number));
+    }
+
+    void aMinimisedWindowIsRestored()
+    {
+        QVERIFY(!platform::isMinimized(handle()));
+        m_window->showMinimized();
+        QTRY_VERIFY_WITH_TIMEOUT(platform::isMinimized(handle()), kTimeoutMs);
+        QTest::qWait(300); // the toolkit reads the window's state some time after it changed
+        QVERIFY(platform::restoreWindow(handle()));
+        QTRY_VERIFY_WITH_TIMEOUT(!platform::isMinimized(handle()), kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_window->isMinimized(), kTimeoutMs);
+    }
+
+    void aCoveredWindowIsRaisedAndNotLeftTopmost()
+    {
+        const QRect before = m_window->geometry();
+        QVERIFY(platform::raiseWindow(handle()));
+        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), handle(), kTimeoutMs);
+        QVERIFY2(!stateOf(*m_window).contains("ABOVE"), qPrintable(stateOf(*m_window)));
+        QCOMPARE(m_window->geometry(), before);
+    }
+
+    void aWindowGetsTheFocus()
+    {
+        QVERIFY(platform::activateWindow(handle()));
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+
+    void aWindowInTheBackgroundDemandsAttentionUntilItComesToTheFront()
+    {
+        QVERIFY(platform::demandAttention(handle(), 3));
+        QTRY_VERIFY_WITH_TIMEOUT(stateOf(*m_window).contains("DEMANDS_ATTENTION"), kTimeoutMs);
+        QVERIFY(platform::activateWindow(handle()));
+        QTRY_VERIFY_WITH_TIMEOUT(!stateOf(*m_window).contains("DEMANDS_ATTENTION"), kTimeoutMs);
+    }
+
+    void theActiveWindowHasTheAttentionAlready()
+    {
+        QVERIFY(platform::demandAttention(m_other->winId(), 3));
+        QTest::qWait(200);
+        QVERIFY(!stateOf(*m_other).contains("DEMANDS_ATTENTION"));
+    }
+};
+
+QTEST_MAIN(TestWindowActivation)
+#include "test_windowactivation.moc"

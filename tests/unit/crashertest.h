@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QDir>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+/// One run of the test program that crashes, and what it left in the folder of crash reports.
+class CrasherRun
+{
+public:
+    /// Runs it to its end and collects the reports it made; the folder is empty afterwards.
+    explicit CrasherRun(const QString& way);
+
+    /// Names of the files in the crash folder.
+    const QStringList& reportNames() const { return m_names; }
+    /// Content of the one report.
+    const QByteArray& report() const { return m_report; }
+    /// Whether the one report has the name of a crash between this run's start and end.
+    bool isNamedAfterTheCrash() const;
+    const QString& folder() const { return m_folder; }
+    QProcess::ExitStatus exitStatus() const { return m_exitStatus; }
+    int exitCode() const { return m_exitCode; }
+    qint64 processId() const { return m_processId; }
+
+private:
+    QString m_folder;
+    QStringList m_names;
+    QByteArray m_report;
+    QDateTime m_started;
+    QDateTime m_ended;
+    qint64 m_processId = 0;
+    QProcess::ExitStatus m_exitStatus = QProcess::NormalExit;
+    int m_exitCode = -1;
+};

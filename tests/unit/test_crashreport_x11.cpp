@@ -1,0 +1,189 @@
+#include "platform/crash_report.h"
+#include "platform/signal_safe_writer.h"
+#include "tests/support/testprofile.h"
+#include "tests/unit/crashertest.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <csignal>
+
+namespace {
+
+/// The lines from a heading to the next empty line.
+QByteArray section(const QByteArray& report, const QByteArray& heading)
+{
+    const qsizetype start = report.indexOf(heading);
+    return start < 0 ? QByteArray() : report.mid(start, report.indexOf("\n\n", start) - start);
+}
+
+} // namespace
+
+class TestCrashReport : public QObject
+{
+    Q_OBJECT
+
+private:
+    TestProfile* m_profile;
+
+public:
+    explicit TestCrashReport(TestProfile* profile) : m_profile(profile) {}
+
+private slots:
+    void init() { QVERIFY(QDir(m_profile->path() + "/home").removeRecursively()); }
+
+    void aCrashIsReportedAndTakesItsUsualCourse_data()
+    {
+        QTest::addColumn<QString>("way");
+        QTest::addColumn<int>("signal");
+        QTest::addColumn<QByteArray>("line");
+        QTest::newRow("invalid access") << "segv" << SIGSEGV << QByteArray("Address: 0x10\n");
+        QTest::newRow("abort") << "abort" << SIGABRT << QByteArray("SIGABRT (aborted)\n");
+        QTest::newRow("arithmetic") << "fpe" << SIGFPE << QByteArray("SIGFPE (arithmetic fault)\n");
+        QTest::newRow("instruction") << "ill" << SIGILL << QByteArray("SIGILL (invalid instruction)\n");
+        QTest::newRow("uncaught exception") << "throw" << SIGABRT << QByteArray("SIGABRT (aborted)\n");
+        QTest::newRow("stack overflow") << "overflow" << SIGSEGV << QByteArray("SIGSEGV (invalid memory access)\n");
+    }
+
+    void aCrashIsReportedAndTakesItsUsualCourse()
+    {
+        QFETCH(const QString, way);
+        QFETCH(const int, signal);
+        QFETCH(const QByteArray, line);
+        const CrasherRun run(way);
+        QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
+        QVERIFY(run.folder().endsWith("/Tolvaran/Kestrano/logs"));
+        QVERIFY2(run.report().contains(line), run.report().constData());
+        QVERIFY(run.report().contains("Signal: " + QByteArray::number(signal)));
+        QVERIFY(run.report().endsWith("End of report\n"));
+        // As a shell sees it: ended by that very signal.
+        QCOMPARE(run.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(run.exitCode(), signal);
+    }
+
+    void theReportSaysWhatCrashedWhereAndWhen()
+    {
+        const CrasherRun run("segv");
+        QVERIFY(run.report().startsWith("Crash report of Kestrano 1.0.0\nTime: "));
+        const QByteArray stamp = run.reportNames().first().mid(6, 19).toLatin1();
+        const QByteArray time = stamp.left(10) + ' ' + stamp.mid(11).replace('-', ':');
+        QVERIFY(run.report().contains("Time: " + time + '\n'));
+        const QByteArray id = QByteArray::number(run.processId());
+        QVERIFY(run.report().contains("Process: " + id + '\n'));
+        QVERIFY(run.report().contains("Thread: " + id + '\n'));
+        QVERIFY(run.report().contains("Code: 1\n"));
+        QVERIFY(section(run.report(), "Call stack").contains("kestrano_test_crash_here+0x"));
+        QVERIFY(section(run.report(), "Loaded objects").contains("/kestrano_test_crasher\n"));
+        QVERIFY(section(run.report(), "Loaded objects").contains("/libQt6Core.so"));
+    }
+
+    void allThreadsAreListedByName()
+    {
+        const CrasherRun run("thread");
+        QVERIFY(run.isNamedAfterTheCrash());
+        const QByteArray threads = section(run.report(), "Threads:");
+        QCOMPARE(threads.count('\n'), 2);
+        QVERIFY2(threads.contains(" kestrano_test_c"), threads.constData());
+        QVERIFY2(threads.contains(" crashing-one"), threads.constData());
+        QVERIFY(!run.report().contains("Thread: " + QByteArray::number(run.processId()) + '\n'));
+    }
+
+    void aReportOfTheSameSecondIsReplaced()
+    {
+        const QString folder = m_profile->path() + "/home/.qttest/share/Tolvaran/Kestrano/logs";
+        QVERIFY(QDir().mkpath(folder));
+        QStringList names;
+        const QDateTime now = QDateTime::currentDateTime();
+        for (int second = 0; second < 10; ++second) {
+            QFile file(folder + now.addSecs(second).toString("'/crash_'yyyy-MM-dd_HH-mm-ss'.dmp'"));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(QByteArray(1024 * 1024, 'x'));
+        }
+        const CrasherRun run("abort");
+        QCOMPARE(run.folder(), folder);
+        QCOMPARE(run.reportNames().size(), 10);
+    }
+
+    void noFileMeansSilentlyNoReport()
+    {
+        // A file stands where the folder should be.
+        QVERIFY(QDir().mkpath(m_profile->path() + "/home/.qttest/share/Tolvaran/Kestrano"));
+        QFile blocker(m_profile->path() + "/home/.qttest/share/Tolvaran/Kestrano/logs");
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        const CrasherRun run("segv");
+        QVERIFY(run.reportNames().isEmpty());
+        QCOMPARE(run.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(run.exitCode(), SIGSEGV);
+    }
+
+    void withoutACrashThereIsNoReport()
+    {
+        const CrasherRun run("none");
+        QVERIFY(QDir(run.folder()).exists());
+        QVERIFY(run.reportNames().isEmpty());
+        QCOMPARE(run.exitCode(), 0);
+    }
+
+    void theNameHasLocalTime_data()
+    {
+        QTest::addColumn<QByteArray>("zone");
+        QTest::newRow("ahead of UTC") << QByteArray("Asia/Kolkata");
+        QTest::newRow("behind UTC") << QByteArray("America/St_Johns");
+        QTest::newRow("without rules") << QByteArray("XYZ-3:30");
+    }
+
+    void theNameHasLocalTime()
+    {
+        QFETCH(const QByteArray, zone);
+        const QByteArray before = qgetenv("TZ");
+        qputenv("TZ", zone);
+        tzset();
+        const CrasherRun run("abort");
+        const bool named = run.isNamedAfterTheCrash();
+        before.isNull() ? qunsetenv("TZ") : qputenv("TZ", before);
+        tzset();
+        QVERIFY2(named, qPrintable(run.reportNames().join(' ')));
+    }
+
+    void civilTimeAgreesWithTheToolkit()
+    {
+        QRandomGenerator random(11);
+        QList<qint64> moments{0, -1, 951782399, 951782400, 4107542400, -2203891200};
+        for (int round = 0; round < 2000; ++round)
+            moments.append(random.bounded(qint64{-20'000'000'000}, qint64{200'000'000'000}));
+        for (const qint64 moment : moments) {
+            const platform::CivilTime time = platform::civilTime(moment);
+            const QDateTime expected = QDateTime::fromSecsSinceEpoch(moment, Qt::UTC);
+            QCOMPARE(QDate(time.year, time.month, time.day), expected.date());
+            QCOMPARE(QTime(time.hour, time.minute, time.second), expected.time());
+        }
+    }
+
+    void numbersAreWrittenWithoutTheLibrary()
+    {
+        platform::SignalSafeWriter writer(-1);
+        writer.decimal(0).text(" ").decimal(-7).text(" ").decimal(5, 2).text(" ").decimal(INT64_MIN);
+        writer.text(" ").hexadecimal(0).text(" ").hexadecimal(UINT64_MAX).text(" ").hexadecimal(0xab0);
+        QCOMPARE(QByteArray(writer.buffer()), QByteArray("0 -7 05 -9223372036854775808 0x0 0xffffffffffffffff 0xab0"));
+    }
+
+    void whatDoesNotFitIsDroppedWithoutAFile()
+    {
+        platform::SignalSafeWriter writer(-1);
+        for (int round = 0; round < 1000; ++round)
+            writer.text("0123456789");
+        QCOMPARE(qstrlen(writer.buffer()), 4095U);
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    TestProfile profile;
+    const QCoreApplication application(argc, argv);
+    TestCrashReport test(&profile);
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_crashreport_x11.moc"
