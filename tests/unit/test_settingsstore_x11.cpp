@@ -137,4 +137,4 @@ int main(int argc, char* argv[])
     return QTest::qExec(&test, argc, argv);
 }
 
-#include "test_settings_x11.moc"
+#include "test_settingsstore_x11.moc"
