@@ -180,6 +180,7 @@ public:
     {
         report("STOP_REQUESTED");
         obs_output_stop(m_output);
+        report("STOPPED");
     }
 
     void reportFrames() const
@@ -191,7 +192,6 @@ public:
 private:
     static void onStopped(void* context, calldata_t* /*data*/)
     {
-        report("STOPPED");
         QMetaObject::invokeMethod(static_cast<Recording*>(context), &QCoreApplication::quit, Qt::QueuedConnection);
     }
 

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QtGlobal>
+
+/// What a process has used so far, read off /proc. All threads count.
+struct ProcessUsage
+{
+    double cpuSeconds = 0;
+    /// The most memory it had in use at one moment, in MiB.
+    double peakMiB = 0;
+};
+
+/// Zeros when there is no such process.
+ProcessUsage usageOf(qint64 processId);
