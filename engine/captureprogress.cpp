@@ -1,5 +1,7 @@
 #include "engine/captureprogress.h"
 
+#include "engine/pictureform.h"
+
 #include <obs.h>
 #include <util/platform.h>
 
@@ -18,7 +20,8 @@ void CaptureProgress::connect(std::size_t mixerIndex)
     m_framesSinceMark = 0;
     m_soundNs = 0;
     // In the lines' own form, so that nothing is converted.
-    obs_add_raw_video_callback(nullptr, &CaptureProgress::onFrame, this);
+    const video_scale_info form = enginePictureForm();
+    obs_add_raw_video_callback(&form, &CaptureProgress::onFrame, this);
     obs_add_raw_audio_callback(m_mixerIndex, nullptr, &CaptureProgress::onSound, this);
     m_connected = true;
 }

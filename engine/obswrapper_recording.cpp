@@ -1,6 +1,7 @@
 #include "engine/encoderdelay.h"
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper_p.h"
+#include "engine/pictureform.h"
 
 #include <QDebug>
 #include <QMutexLocker>
@@ -117,6 +118,8 @@ void ObsWrapper::setupFFmpeg(const QString& storePath, int srcWidth, int srcHeig
     qDebug() << "Setting mixer and media...";
     obs_output_set_mixer(m_output.get(), kRecordedMixer);
     obs_output_set_media(m_output.get(), obs_get_video(), obs_get_audio());
+    const video_scale_info form = pictureFormFor(m_format);
+    obs_output_set_video_conversion(m_output.get(), &form);
     obs_output_update(m_output.get(), settings.get());
     qDebug() << "FFmpeg setup completed";
 }

@@ -4,9 +4,10 @@
 #include "tests/support/testpicture.h"
 #include "tests/support/testtone.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QTest>
 
 #include <cmath>
@@ -64,7 +65,11 @@ class TestFormats : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { QCOMPARE(m_performance.begin(), QString()); }
+    void initTestCase()
+    {
+        m_screen = QGuiApplication::primaryScreen()->size();
+        QCOMPARE(m_performance.begin(), QString());
+    }
 
     void aRecordingHoldsTheScreenAndItsSound_data();
     void aRecordingHoldsTheScreenAndItsSound();
@@ -78,6 +83,7 @@ private:
     void checkSound(const MediaFile& file, const Take& take);
 
     Performance m_performance;
+    QSize m_screen;
 };
 
 void TestFormats::aRecordingHoldsTheScreenAndItsSound_data()
@@ -127,7 +133,7 @@ void TestFormats::checkStreams(const Expected& expected, const MediaFile& file)
     if (screen) {
         QCOMPARE(video->codec, QLatin1String(expected.videoCodec));
         QCOMPARE(video->codecId, expected.videoId);
-        QCOMPARE(video->size, QSize(1280, 720));
+        QCOMPARE(video->size, m_screen);
     } else if (video) {
         QCOMPARE(video->codec, QLatin1String("png"));
         QCOMPARE(video->codecId, 61);
@@ -145,9 +151,12 @@ void TestFormats::checkStreams(const Expected& expected, const MediaFile& file)
 
 void TestFormats::checkRate(const MediaFile& file)
 {
+    // The last frames are left out: what an encoder keeps at the end leaves holes between the last it gave out.
+    constexpr qsizetype kTail = kFramesPerSecond / 2;
     const QList<double>& times = file.video()->frameSeconds;
-    QVERIFY(times.size() > kFramesPerSecond);
-    const double rate = static_cast<double>(times.size() - 1) / (times.constLast() - times.constFirst());
+    QVERIFY(times.size() > 2 * kTail);
+    const qsizetype counted = times.size() - kTail;
+    const double rate = static_cast<double>(counted - 1) / (times.at(counted - 1) - times.constFirst());
     QVERIFY2(std::abs(rate - kFramesPerSecond) < 0.3, qPrintable(QString::number(rate)));
 }
 
@@ -212,5 +221,5 @@ void TestFormats::checkSound(const MediaFile& file, const Take& take)
     QVERIFY2(std::abs(heard - held) < 0.1, qPrintable(QStringLiteral("%1 s heard, %2 s held").arg(heard).arg(held)));
 }
 
-QTEST_GUILESS_MAIN(TestFormats)
+QTEST_MAIN(TestFormats)
 #include "test_formats.moc"

@@ -65,6 +65,9 @@ MediaStream streamFrom(const QJsonObject& json)
     stream.tag = json.value(QLatin1String("codec_tag_string")).toString();
     stream.size = {json.value(QLatin1String("width")).toInt(), json.value(QLatin1String("height")).toInt()};
     stream.rate = fraction(json.value(QLatin1String("avg_frame_rate")).toString());
+    stream.hasColourSpace = json.contains(QLatin1String("color_space")) ||
+                            json.value(QLatin1String("pix_fmt")).toString().startsWith(QLatin1String("bgr")) ||
+                            json.value(QLatin1String("pix_fmt")).toString().startsWith(QLatin1String("pal"));
     stream.sampleRate = static_cast<int>(number(json, "sample_rate"));
     stream.channels = json.value(QLatin1String("channels")).toInt();
     return stream;
@@ -136,8 +139,12 @@ QImage MediaFile::pictureAt(double seconds) const
 {
     if (!video())
         return {};
-    const QByteArray data = decode({"-ss", QString::number(seconds, 'f', 3), "-i", m_path, "-frames:v", "1", "-f",
-                                    "rawvideo", "-pix_fmt", "rgb24", "-"});
+    // Where the file does not say which colours it holds, those of high definition are taken for granted, as players
+    // do.
+    const QString filter =
+        video()->hasColourSpace ? QStringLiteral("null") : QStringLiteral("scale=in_color_matrix=bt709");
+    const QByteArray data = decode({"-ss", QString::number(seconds, 'f', 3), "-i", m_path, "-vf", filter, "-frames:v",
+                                    "1", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
     const QSize size = video()->size;
     if (data.size() != qsizetype{3} * size.width() * size.height())
         return {};

@@ -20,7 +20,8 @@ struct MediaStream
     int codecId = 0; ///< FFmpeg's number of the codec (AVCodecID), 0 where this system's FFmpeg does not know the name.
     QString tag;     ///< The four characters that the container stores, for example "avc1".
     QSize size;      ///< Pixels; empty for sound.
-    double rate = 0; ///< Average frames a second; 0 for sound.
+    bool hasColourSpace = false; ///< Whether the file says which colours it holds.
+    double rate = 0;             ///< Average frames a second; 0 for sound.
     int sampleRate = 0;
     int channels = 0;
     double startSeconds = 0;    ///< Time of the first frame in the file.
