@@ -30,7 +30,7 @@ struct Expected
     int videoId;
     const char* audioCodec; ///< Empty: no sound.
     int audioId;
-    bool hasMarkerPicture; ///< Sound formats that carry a picture of 2x2 pixels.
+    bool hasMarkerPicture; ///< The picture of 2x2 pixels that comes with the sound; FLAC's muxer leaves it out.
 };
 
 constexpr std::array<Expected, 7> kFormats{{{"MP4", "mp4", "h264", 27, "aac", 86018, false},
@@ -39,7 +39,7 @@ constexpr std::array<Expected, 7> kFormats{{{"MP4", "mp4", "h264", 27, "aac", 86
                                             {"GIF", "gif", "gif", 97, "", 0, false},
                                             {"MP3", "mp3", "", 0, "mp3", 86017, true},
                                             {"AAC", "aac", "", 0, "aac", 86018, false},
-                                            {"FLAC", "flac", "", 0, "flac", 86028, true}}};
+                                            {"FLAC", "flac", "", 0, "flac", 86028, false}}};
 
 double secondsBetween(int64_t fromNs, int64_t toNs)
 {
@@ -208,8 +208,13 @@ void TestFormats::checkSound(const MediaFile& file, const Take& take)
     const int silenceMs = leadingSilenceMs(samples);
     const qsizetype heardFrom = qsizetype{silenceMs} * testtone::kSamplesPerSecond / 1000;
     const auto first = testtone::momentOfSample(samples, heardFrom, kToneSpanMs, take.startedNs);
-    const auto last = testtone::momentOfSample(samples, samples.size() - kSpan, kToneSpanMs, take.stopRequestedNs);
-    QVERIFY(first && last);
+    QVERIFY(first.has_value());
+    // The scale repeats itself after some seconds: the end is looked for where it ought to be.
+    const qsizetype lastSpan = samples.size() - kSpan;
+    const double held = static_cast<double>(lastSpan - heardFrom) / testtone::kSamplesPerSecond;
+    const int64_t expectedLast = *first + static_cast<int64_t>(held * kNsPerSecond);
+    const auto last = testtone::momentOfSample(samples, lastSpan, kToneSpanMs, expectedLast);
+    QVERIFY(last.has_value());
     const double begins = secondsBetween(take.startedNs, *first) + kSoundServerSeconds;
     const double reaches = secondsBetween(take.stopRequestedNs, *last) + kToneSpanMs / 1000.0 + kSoundServerSeconds;
     qInfo("sound from %+.3f s after the start to %+.3f s after the stop request", begins, reaches);
@@ -217,7 +222,6 @@ void TestFormats::checkSound(const MediaFile& file, const Take& take)
     QVERIFY2(reaches >= 0.0, qPrintable(QString::number(reaches)));
     // Nothing was left out in between.
     const double heard = secondsBetween(*first, *last);
-    const double held = static_cast<double>(samples.size() - kSpan - heardFrom) / testtone::kSamplesPerSecond;
     QVERIFY2(std::abs(heard - held) < 0.1, qPrintable(QStringLiteral("%1 s heard, %2 s held").arg(heard).arg(held)));
 }
 

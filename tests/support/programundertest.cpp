@@ -93,7 +93,8 @@ bool ProgramUnderTest::start()
     m_process.setProcessEnvironment(environment);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_startedAtNs = monotonicNow();
-    m_process.start(m_executable, QStringList(), QIODevice::ReadOnly);
+    const QStringList command = m_wrapper + QStringList{m_executable};
+    m_process.start(command.constFirst(), command.mid(1), QIODevice::ReadOnly);
     return m_process.waitForStarted();
 }
 

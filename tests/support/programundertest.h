@@ -41,6 +41,11 @@ public:
     /// A value of the settings store; before start().
     void setSetting(const QString& key, const QVariant& value);
 
+    /// Starts the program through another one, which becomes it in the end ("unshare", "-m", "sh", ...); before
+    /// start().
+    void startThrough(const QStringList& command) { m_wrapper = command; }
+    QString executable() const { return m_executable; }
+
     /// Starts the program without waiting for anything.
     bool start();
     /// Starts the program and waits until its engine runs.
@@ -80,6 +85,7 @@ private:
 
     QTemporaryDir m_profile;
     QString m_executable;
+    QStringList m_wrapper;
     QMap<QString, QVariant> m_settings;
     QProcess m_process;
     QByteArray m_partialLine;
