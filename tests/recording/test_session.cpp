@@ -137,13 +137,13 @@ void TestSession::aTypedNameStaysInTheFolder()
     ProgramUnderTest program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     QVERIFY(focusNameField(program));
-    ProgramUnderTest::typeText(QStringLiteral("../a/b\\c:d"));
+    ProgramUnderTest::typeText(QStringLiteral("a/../b\\c:d"));
     const Take take = record(program, kMp4, kShortMs);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
     const QStringList files = filesIn(program.saveFolder());
     QCOMPARE(files.size(), 1);
     const QString name = QFileInfo(files.constFirst()).completeBaseName();
-    QVERIFY2(name.contains(QLatin1String("abcd")), qPrintable(name));
+    QVERIFY2(name.contains(QLatin1String("a..bcd")), qPrintable(name));
     QVERIFY2(!name.contains(QRegularExpression(QStringLiteral("[/\\\\:]"))), qPrintable(name));
     QVERIFY(QDir(program.saveFolder()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty());
 }
@@ -218,7 +218,7 @@ void TestSession::aFolderThatCannotBeMadeEndsInIdleWithAReason()
     QVERIFY(inTheWay.open(QIODevice::WriteOnly));
     program.setSetting(QStringLiteral("recording/saveLocation"), inTheWay.fileName() + QLatin1String("/below"));
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-    expectNothingRecorded(program, QStringLiteral("Error: The recording"));
+    expectNothingRecorded(program, QStringLiteral("could not be opened for writing"));
 }
 
 void TestSession::aFolderThatTakesNoFilesEndsInIdleWithAReason()
@@ -226,7 +226,7 @@ void TestSession::aFolderThatTakesNoFilesEndsInIdleWithAReason()
     ProgramUnderTest program;
     program.setSetting(QStringLiteral("recording/saveLocation"), QStringLiteral("/proc/self"));
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-    expectNothingRecorded(program, QStringLiteral("Error: The recording"));
+    expectNothingRecorded(program, QStringLiteral("could not be opened for writing"));
 }
 
 void TestSession::aFullDiskEndsTheRecordingWithAReason()

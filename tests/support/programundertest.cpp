@@ -4,7 +4,10 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QTest>
 #include <QTextStream>
+
+#include <cstdio>
 
 namespace {
 
@@ -43,6 +46,8 @@ ProgramUnderTest::ProgramUnderTest(const QString& executable)
 
 ProgramUnderTest::~ProgramUnderTest()
 {
+    if (QTest::currentTestFailed())
+        std::fprintf(stderr, "--- what the program said ---\n%s---\n", qPrintable(transcript()));
     if (!isRunning())
         return;
     m_process.terminate();
@@ -151,8 +156,9 @@ QString ProgramUnderTest::transcript()
 {
     QString text;
     for (const Line& line : messages())
-        text += QString::number(static_cast<double>(line.monotonicNs) / 1e9, 'f', 3) + QLatin1Char(' ') + line.text +
-                QLatin1Char('\n');
+        if (!line.text.startsWith(QLatin1String("debug: ")))
+            text += QString::number(static_cast<double>(line.monotonicNs) / 1e9, 'f', 3) + QLatin1Char(' ') +
+                    line.text + QLatin1Char('\n');
     return text;
 }
 
