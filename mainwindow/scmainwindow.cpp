@@ -19,7 +19,7 @@
 #include <QFileDialog>
 #include <QScreen>
 #include <QSettings>
-#include <QSignalBlocker>
+#include <QStyledItemDelegate>
 #include <QTimer>
 #include <QUrl>
 
@@ -96,6 +96,8 @@ void SCMainWindow::applyStoredSettings()
 {
     for (const auto& [position, name] : settingstables::recordingFormats())
         m_ui->formatBox->insertItem(position, name);
+    // The box's own delegate ignores how the style sheet draws its entries.
+    m_ui->formatBox->setItemDelegate(new QStyledItemDelegate(m_ui->formatBox));
     showStoredFormat();
     const QString folder = m_settings->value(settingskeys::kRecordingSaveLocation).toString();
     m_ui->saveLocationEdit->setText(folder);
