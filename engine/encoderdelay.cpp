@@ -1,19 +1,102 @@
 #include "engine/encoderdelay.h"
 
+#include "app/sclogger.h"
+#include "engine/obshandles.h"
+
+#include <QElapsedTimer>
+#include <QMutexLocker>
 #include <QThread>
+
+#include <media-io/video-frame.h>
+
+#include <cstring>
 
 namespace {
 
 /// libx264's defaults: a look-ahead of 40 pictures and, on top, up to 16 pictures for the order of B pictures.
 constexpr int kX264LookAheadFrames = 40;
-constexpr int kX264ReorderFrames = 16;
+constexpr int kX264OrderFrames = 16;
 /// FFmpeg's own encoders take a picture and give it out; two more if one of them ever reorders.
 constexpr int kPlainEncoderFrames = 2;
+/// Pictures leave libx264 in the order of decoding: among pyramids of B pictures, one comes up to two places later than
+/// it is shown. The trial sees only the first picture, which is never late.
+constexpr int kX264LatestPlace = 2;
+
+constexpr int kStartLimitMs = 5000;
+constexpr int kFrameLimitMs = 5000;
+/// How long the output's writing thread gets to take up a picture that the encoder gave out. Too short a time makes the
+/// answer too large by one, never too small.
+constexpr int kWriterLimitMs = 15;
 
 /// libx264 starts three threads for two processors; each holds one picture.
 int x264ThreadFrames()
 {
     return QThread::idealThreadCount() * 3 / 2 + 1;
+}
+
+/// Asks every millisecond until the condition holds or the time is over.
+template <typename Condition>
+bool waitFor(int limitMs, const std::atomic<bool>& cancelled, Condition condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (cancelled || timer.hasExpired(limitMs))
+            return false;
+        QThread::msleep(1);
+    }
+    return true;
+}
+
+ObsVideoLineHandle openLine(const video_output_info& form)
+{
+    video_output_info info = form;
+    info.name = "encoder delay";
+    video_t* line = nullptr;
+    return video_output_open(&line, &info) == VIDEO_OUTPUT_SUCCESS ? ObsVideoLineHandle(line) : nullptr;
+}
+
+ObsOutputHandle createTrialOutput(RecordingFormat format, const FfmpegRequest& request, video_t* line)
+{
+    const ObsDataHandle settings = buildFfmpegSettings(format, request);
+    // A container that is written nowhere. What the encoder holds back does not depend on it.
+    obs_data_set_string(settings.get(), "format_name", "null");
+    obs_data_erase(settings.get(), "format_mime_type");
+    obs_data_set_string(settings.get(), "url", "null");
+    ObsOutputHandle output(obs_output_create("ffmpeg_output", "encoder_delay_trial", settings.get(), nullptr));
+    obs_output_set_media(output.get(), line, obs_get_audio());
+    obs_output_set_mixers(output.get(), 0);
+    return output;
+}
+
+/// Hands a picture, grey in I420 and a different grey each time, to the line.
+bool pushFrame(video_t* line, int number)
+{
+    const video_output_info* info = video_output_get_info(line);
+    video_frame frame;
+    const auto timestamp = static_cast<uint64_t>(number + 1) * video_output_get_frame_time(line);
+    if (!video_output_lock_frame(line, &frame, 1, timestamp))
+        return false;
+    std::memset(frame.data[0], number * 4 % 256, static_cast<size_t>(frame.linesize[0]) * info->height);
+    for (int plane = 1; plane <= 2 && frame.data[plane]; ++plane)
+        std::memset(frame.data[plane], 128, static_cast<size_t>(frame.linesize[plane]) * ((info->height + 1) / 2));
+    video_output_unlock_frame(line);
+    return true;
+}
+
+std::optional<int> countFramesHeldBack(obs_output_t* output, video_t* line, int limit,
+                                       const std::atomic<bool>& cancelled)
+{
+    const auto isOut = [output] { return obs_output_get_total_bytes(output) > 0; };
+    for (int number = 0; number <= limit; ++number) {
+        const uint32_t before = video_output_get_total_frames(line);
+        const auto isEncoded = [line, before] { return video_output_get_total_frames(line) != before; };
+        if (!pushFrame(line, number) || !waitFor(kFrameLimitMs, cancelled, isEncoded))
+            return {};
+        if (waitFor(kWriterLimitMs, cancelled, isOut))
+            return number;
+    }
+    return {};
 }
 
 } // namespace
@@ -22,6 +105,88 @@ int encoderDelayBound(RecordingFormat format)
 {
     if (!hasVideo(format))
         return 0;
-    return format == RecordingFormat::Mp4 ? kX264LookAheadFrames + kX264ReorderFrames + x264ThreadFrames()
+    return format == RecordingFormat::Mp4 ? kX264LookAheadFrames + kX264OrderFrames + x264ThreadFrames()
                                           : kPlainEncoderFrames;
+}
+
+std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& request, const video_output_info& form,
+                                   const std::atomic<bool>& cancelled)
+{
+    const ObsVideoLineHandle line = openLine(form);
+    if (!line)
+        return {};
+    const ObsOutputHandle output = createTrialOutput(format, request, line.get());
+    if (!output || !obs_output_start(output.get()))
+        return {};
+    // Not given up when cancelled: libobs cannot let go of an output that is starting.
+    const std::atomic<bool> never{false};
+    if (!waitFor(kStartLimitMs, never, [&output] { return obs_output_active(output.get()); }))
+        return {};
+    std::optional<int> frames = countFramesHeldBack(output.get(), line.get(), encoderDelayBound(format), cancelled);
+    obs_output_force_stop(output.get());
+    if (frames && format == RecordingFormat::Mp4)
+        *frames += kX264LatestPlace;
+    return frames;
+}
+
+EncoderDelay::EncoderDelay() = default;
+
+EncoderDelay::~EncoderDelay()
+{
+    cancel();
+}
+
+void EncoderDelay::cancel()
+{
+    m_cancelled = true;
+    if (m_thread)
+        m_thread->wait();
+    m_thread.reset();
+    m_cancelled = false;
+}
+
+void EncoderDelay::measure(RecordingFormat format, const FfmpegRequest& request, const video_output_info& line)
+{
+    const bool busy = m_thread && m_thread->isRunning();
+    if (!hasVideo(format) || busy || isMeasured(format, request))
+        return;
+    m_thread.reset(QThread::create([this, format, request, line] {
+        if (const auto frames = runEncoderTrial(format, request, line, m_cancelled))
+            keep({format, request.widthPx, request.heightPx, *frames});
+    }));
+    m_thread->start(QThread::IdlePriority);
+}
+
+int EncoderDelay::frames(RecordingFormat format, const FfmpegRequest& request) const
+{
+    return find(format, request).value_or(encoderDelayBound(format));
+}
+
+bool EncoderDelay::isMeasured(RecordingFormat format, const FfmpegRequest& request) const
+{
+    return find(format, request).has_value();
+}
+
+std::optional<int> EncoderDelay::find(RecordingFormat format, const FfmpegRequest& request) const
+{
+    const QMutexLocker locker(&m_mutex);
+    std::optional<int> fewest;
+    for (const Finding& finding : m_findings) {
+        const bool covers =
+            finding.format == format && finding.widthPx >= request.widthPx && finding.heightPx >= request.heightPx;
+        if (covers && finding.frames < fewest.value_or(finding.frames + 1))
+            fewest = finding.frames;
+    }
+    return fewest;
+}
+
+void EncoderDelay::keep(const Finding& finding)
+{
+    const QString sentence = QStringLiteral("The %1 encoder holds back %2 pictures at %3x%4");
+    SCLogger::debug(sentence.arg(recordingFormatName(finding.format))
+                        .arg(finding.frames)
+                        .arg(finding.widthPx)
+                        .arg(finding.heightPx));
+    const QMutexLocker locker(&m_mutex);
+    m_findings.push_back(finding);
 }

@@ -1,7 +1,74 @@
 #pragma once
 
-#include "engine/recordingformat.h"
+#include "engine/ffmpegsettings.h"
+
+#include <QMutex>
+
+#include <obs.h>
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QThread;
 
 /// How many pictures have to follow a picture before the format's encoder has surely given that one out, whatever the
 /// computer: the longest look-ahead the encoder has with its default settings, plus its threads. 0 without a picture.
 int encoderDelayBound(RecordingFormat format);
+
+/// Lets a second output with the same settings encode blank pictures into nothing, and counts how many go in before the
+/// first one comes out. The pictures come from a line of their own, so the engine does not count as active and its
+/// video can be reset meanwhile. Needs a running engine with its modules; takes about a second; call on any thread.
+///
+/// @param line form of the engine's picture line: size, colours, pictures per second
+/// @param cancelled when it becomes true the trial ends without a result
+/// @return the number of pictures that have to follow; nothing when the output could not be run
+std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& request, const video_output_info& line,
+                                   const std::atomic<bool>& cancelled);
+
+/// Knows how many pictures the encoder of a recording holds back on this computer. It is measured in the background
+/// with the lowest priority: a recording that has started meanwhile goes first. What was found for a size holds for
+/// every smaller one: the encoders use fewer threads for a low picture, never more.
+///
+/// Belongs to one thread.
+class EncoderDelay
+{
+public:
+    EncoderDelay();
+    /// Waits for a trial under way to give up, at most some tens of milliseconds.
+    ~EncoderDelay();
+    EncoderDelay(const EncoderDelay&) = delete;
+    EncoderDelay& operator=(const EncoderDelay&) = delete;
+
+    /// Starts a trial unless the answer is known or a trial runs. A format without picture needs none.
+    void measure(RecordingFormat format, const FfmpegRequest& request, const video_output_info& line);
+
+    /// Ends a trial that is under way; none runs when it returns. Comes before every reset of the engine's video, which
+    /// a starting output looks at.
+    void cancel();
+
+    /// The pictures that have to follow; encoderDelayBound() until the answer is known.
+    int frames(RecordingFormat format, const FfmpegRequest& request) const;
+
+    /// Whether the answer is known.
+    bool isMeasured(RecordingFormat format, const FfmpegRequest& request) const;
+
+private:
+    struct Finding
+    {
+        RecordingFormat format;
+        int widthPx;
+        int heightPx;
+        int frames;
+    };
+
+    std::optional<int> find(RecordingFormat format, const FfmpegRequest& request) const;
+    void keep(const Finding& finding);
+
+    /// Guards m_findings, to which the trial's thread adds.
+    mutable QMutex m_mutex;
+    std::vector<Finding> m_findings;
+    std::atomic<bool> m_cancelled{false};
+    std::unique_ptr<QThread> m_thread;
+};

@@ -17,6 +17,8 @@ namespace {
 
 constexpr int kLevelIntervalMs = 16;
 constexpr uint32_t kSamplesPerSecond = 48000;
+/// Any: how long the encoder looks ahead does not depend on it.
+constexpr int kTrialBitRate = 4;
 constexpr char kConfigFolder[] = "/obs-cfg";
 
 void ignoreFader(void*, float) {}
@@ -105,6 +107,7 @@ ObsWrapper::~ObsWrapper()
 {
     // Nobody is left to be told; what still records is closed when its handle goes.
     m_endOwed = false;
+    m_encoderDelay.cancel();
     m_progress.disconnect();
     waitUntilOutputRuns();
     waitUntilOutputIsSettled();
@@ -124,6 +127,8 @@ bool ObsWrapper::initialize(int width, int height, int fps)
     obs_set_output_source(kMicrophoneChannel, m_micSource.get());
     obs_set_output_source(kDesktopChannel, m_desktopSource.get());
     m_levelTimer.start();
+    // In good time for the first recording, which is never larger than this.
+    measureEncoderDelay(RecordingFormat::Mp4, {QString(), width, height, fps, kTrialBitRate});
     return true;
 }
 
@@ -234,6 +239,7 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
     // A recording that ended by itself may have left this behind; libobs counts it as activity.
     if (!isRecording())
         m_progress.disconnect();
+    m_encoderDelay.cancel();
     const int result = obs_reset_video(&video);
     if (result == OBS_VIDEO_SUCCESS)
         stretchCaptureOverOutput(outputWidth, outputHeight);

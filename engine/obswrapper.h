@@ -3,6 +3,7 @@
 #include "engine/callbackgate.h"
 #include "engine/captureplatform.h"
 #include "engine/captureprogress.h"
+#include "engine/encoderdelay.h"
 #include "engine/obshandles.h"
 #include "engine/recordingend.h"
 #include "engine/recordingformat.h"
@@ -132,8 +133,12 @@ public:
 
     static constexpr int kRecordingEndTimeoutMs = 10000;
 
-    /// How many pictures have to follow a picture before the encoder of the last setupFFmpeg() has given that one out.
+    /// How many pictures have to follow a picture before the encoder of the last setupFFmpeg() has given that one out:
+    /// measured on this computer in the background since initialize() or setupFFmpeg(), and until then a safe upper
+    /// bound (about two seconds' worth for MP4).
     int encoderDelayFrames() const;
+    /// Whether encoderDelayFrames() is measured.
+    bool isEncoderDelayMeasured() const;
 
     /// Pictures that the present recording, or else the last one, has handed to its encoder.
     quint64 recordedFrames() const;
@@ -196,6 +201,7 @@ private:
     void putOnChannel(const AudioDevice& device, const QByteArray& deviceId);
     void emitLevels(MeterKind kind);
 
+    void measureEncoderDelay(RecordingFormat format, const FfmpegRequest& request);
     bool createTrackEncoders();
     void createMixEncoders();
     void stopOutput(obs_output_t* output, bool force);
@@ -214,6 +220,8 @@ private:
     /// The list that the capture targets were read from last.
     TargetList m_targets;
     RecordingFormat m_format = RecordingFormat::Mp4;
+    FfmpegRequest m_request;
+    EncoderDelay m_encoderDelay;
     CaptureProgress m_progress;
     quint64 m_recordedFrames = 0;
 

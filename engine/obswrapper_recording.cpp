@@ -1,4 +1,3 @@
-#include "engine/encoderdelay.h"
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper_p.h"
 #include "engine/pictureform.h"
@@ -111,8 +110,8 @@ void ObsWrapper::setupFFmpeg(const QString& storePath, int srcWidth, int srcHeig
                                  << "] srcHeight:[" << srcHeight << "] fps:[" << fps << "] bitRate:[" << bitRate
                                  << "] format:[" << diagnosticFormatName(format) << "]";
     m_format = recordingFormatFromIndex(format);
-    const FfmpegRequest request{storePath, evenSize(srcWidth), evenSize(srcHeight), fps, bitRate};
-    const ObsDataHandle settings = buildFfmpegSettings(m_format, request);
+    m_request = {storePath, evenSize(srcWidth), evenSize(srcHeight), fps, bitRate};
+    const ObsDataHandle settings = buildFfmpegSettings(m_format, m_request);
     qDebug().noquote() << QStringLiteral("Output file path (%1):").arg(recordingFormatName(m_format))
                        << recordingUrl(storePath, m_format);
     qDebug() << "Setting mixer and media...";
@@ -122,6 +121,13 @@ void ObsWrapper::setupFFmpeg(const QString& storePath, int srcWidth, int srcHeig
     obs_output_set_video_conversion(m_output.get(), &form);
     obs_output_update(m_output.get(), settings.get());
     qDebug() << "FFmpeg setup completed";
+    measureEncoderDelay(m_format, m_request);
+}
+
+void ObsWrapper::measureEncoderDelay(RecordingFormat format, const FfmpegRequest& request)
+{
+    if (const video_output_info* line = video_output_get_info(obs_get_video()))
+        m_encoderDelay.measure(format, request, *line);
 }
 
 void ObsWrapper::giveEncodersTheSound()
@@ -299,7 +305,12 @@ void ObsWrapper::setRecordingEnd(const RecordingEnd& end)
 
 int ObsWrapper::encoderDelayFrames() const
 {
-    return encoderDelayBound(m_format);
+    return m_encoderDelay.frames(m_format, m_request);
+}
+
+bool ObsWrapper::isEncoderDelayMeasured() const
+{
+    return m_encoderDelay.isMeasured(m_format, m_request);
 }
 
 RecordingEnd ObsWrapper::endReason() const

@@ -1,0 +1,46 @@
+#include "engine/capturetargets.h"
+
+#include <QRect>
+#include <QRegularExpression>
+#include <QStringList>
+
+#include <algorithm>
+
+namespace {
+
+/// The geometry at the end of a target's name; a null rectangle where there is none. A screen's own name comes before it
+/// and may hold a size as well.
+QRect geometryIn(const QString& name)
+{
+    static const QRegularExpression pattern(QStringLiteral(R"((\d+)x(\d+) @ (-?\d+),(-?\d+))"));
+    QRect geometry;
+    auto matches = pattern.globalMatch(name);
+    while (matches.hasNext()) {
+        const QRegularExpressionMatch match = matches.next();
+        geometry = QRect(match.captured(3).toInt(), match.captured(4).toInt(), match.captured(1).toInt(),
+                         match.captured(2).toInt());
+    }
+    return geometry;
+}
+
+template <typename Condition>
+QString firstWith(const QStringList& names, Condition condition)
+{
+    const auto found =
+        std::find_if(names.begin(), names.end(), [&](const QString& name) { return condition(geometryIn(name)); });
+    return found == names.end() ? QString() : *found;
+}
+
+} // namespace
+
+QString captureTargetForScreen(const QStringList& names, const QRect& screenPx)
+{
+    const QString exact = firstWith(names, [&](const QRect& geometry) { return geometry == screenPx; });
+    if (!exact.isEmpty())
+        return exact;
+    const QString there = firstWith(
+        names, [&](const QRect& geometry) { return !geometry.isNull() && geometry.topLeft() == screenPx.topLeft(); });
+    if (!there.isEmpty())
+        return there;
+    return names.size() == 1 ? names.first() : QString();
+}
