@@ -19,6 +19,8 @@ void CaptureProgress::connect(std::size_t mixerIndex)
     m_markNs = kNoMark;
     m_framesSinceMark = 0;
     m_soundNs = 0;
+    m_pictureGate.setBypassed(false);
+    m_soundGate.setBypassed(false);
     // In the lines' own form, so that nothing is converted.
     const video_scale_info form = enginePictureForm();
     obs_add_raw_video_callback(&form, &CaptureProgress::onFrame, this);
@@ -30,6 +32,9 @@ void CaptureProgress::disconnect()
 {
     if (!m_connected)
         return;
+    // libobs keeps its list of listeners locked while a line waits.
+    m_pictureGate.setBypassed(true);
+    m_soundGate.setBypassed(true);
     obs_remove_raw_audio_callback(m_mixerIndex, &CaptureProgress::onSound, this);
     obs_remove_raw_video_callback(&CaptureProgress::onFrame, this);
     m_connected = false;
@@ -75,14 +80,14 @@ void CaptureProgress::onSound(void* param, std::size_t, audio_data* sound)
 
 CaptureProgress::StandStill::StandStill(CaptureProgress& progress) : m_progress(progress)
 {
-    if (!progress.m_connected)
-        return;
     // Both at once: the two waits then overlap.
-    progress.m_pictureGate.close();
-    progress.m_soundGate.close();
+    m_progress.m_pictureGate.close();
+    m_progress.m_soundGate.close();
+    if (!m_progress.m_connected)
+        return;
     constexpr int kLongestMs = 1000;
-    progress.m_pictureGate.waitUntilHeld(kLongestMs);
-    progress.m_soundGate.waitUntilHeld(kLongestMs);
+    m_progress.m_pictureGate.waitUntilHeld(kLongestMs);
+    m_progress.m_soundGate.waitUntilHeld(kLongestMs);
 }
 
 CaptureProgress::StandStill::~StandStill()

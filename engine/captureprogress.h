@@ -45,7 +45,7 @@ public:
     /// its encoders inside its stop without waiting for the line that may be encoding with them at that moment.
     ///
     /// Waits up to a second for each line; a line that does not move by then is not in a callback either, as far as can
-    /// be known. Does nothing while not connected.
+    /// be known. Does nothing while not connected; disconnect() ends it.
     class StandStill
     {
     public:
@@ -66,7 +66,7 @@ private:
 
     LineGate m_pictureGate;
     LineGate m_soundGate;
-    bool m_connected = false;
+    std::atomic<bool> m_connected{false};
     std::size_t m_mixerIndex = 0;
     std::atomic<std::uint64_t> m_markNs{kNoMark};
     std::atomic<int> m_framesSinceMark{0};

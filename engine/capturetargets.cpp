@@ -2,14 +2,13 @@
 
 #include <QRect>
 #include <QRegularExpression>
-#include <QStringList>
 
 #include <algorithm>
 
 namespace {
 
-/// The geometry at the end of a target's name; a null rectangle where there is none. A screen's own name comes before it
-/// and may hold a size as well.
+/// The geometry at the end of a target's name; a null rectangle where there is none. A screen's own name comes before
+/// it and may hold a size as well.
 QRect geometryIn(const QString& name)
 {
     static const QRegularExpression pattern(QStringLiteral(R"((\d+)x(\d+) @ (-?\d+),(-?\d+))"));

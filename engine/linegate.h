@@ -7,7 +7,8 @@
 /// on.
 ///
 /// A line calls its listeners one after the other on a thread of its own: while it waits at this gate, no other
-/// listener of the line is being called. Thread-safe.
+/// listener of the line is being called. Thread-safe; several may close it, and it is open again when the last of them
+/// has opened it.
 class LineGate
 {
 public:
@@ -20,12 +21,18 @@ public:
     /// After close(): whether the line waits at the gate; false when none came within the time.
     bool waitUntilHeld(int timeoutMs);
 
-    /// Lets the line go on.
+    /// Undoes one close(); the last one lets the line go on.
     void open();
 
+    /// While set, nothing waits at the gate, and nobody waits for it: the line is being taken down.
+    void setBypassed(bool bypassed);
+
 private:
+    bool isShut() const { return m_closers > 0 && !m_bypassed; }
+
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_closed = false;
+    int m_closers = 0;
+    bool m_bypassed = false;
     bool m_held = false;
 };

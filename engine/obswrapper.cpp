@@ -105,11 +105,13 @@ ObsWrapper::ObsWrapper(CapturePlatform platform) : m_platform(std::move(platform
 
 ObsWrapper::~ObsWrapper()
 {
-    // Nobody is left to be told; what still records is closed when its handle goes.
+    // Nobody is left to be told.
     m_endOwed = false;
     m_encoderDelay.cancel();
-    m_progress.disconnect();
     waitUntilOutputRuns();
+    if (m_output && m_recording)
+        stopOutput(m_output.get(), false);
+    m_progress.disconnect();
     waitUntilOutputIsSettled();
 }
 

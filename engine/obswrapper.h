@@ -208,6 +208,7 @@ private:
     void giveEncodersTheSound();
     int failToStart();
     void connectStopHandler();
+    void noteStop(calldata_t* stopSignal);
     void endRecording();
     void setRecordingEnd(const RecordingEnd& end);
     bool isOutputStarting() const;

@@ -196,8 +196,7 @@ void ObsWrapper::onOutputStoppedEarly(void* wrapper, calldata_t* stopSignal)
 {
     auto& self = *static_cast<ObsWrapper*>(wrapper);
     const CallbackGate::Pass pass(self.m_stopHandlers);
-    self.setRecordingEnd(endFrom(stopSignal));
-    self.m_endedByItselfNs = os_gettime_ns();
+    self.noteStop(stopSignal);
     self.m_stoppedEarly = true;
 }
 
@@ -207,9 +206,20 @@ void ObsWrapper::onOutputStopped(void* wrapper, calldata_t* stopSignal)
     if (!self)
         return;
     const CallbackGate::Pass pass(self->m_stopHandlers);
-    self->setRecordingEnd(endFrom(stopSignal));
-    self->m_endedByItselfNs = os_gettime_ns();
+    self->noteStop(stopSignal);
     self->endRecording();
+}
+
+void ObsWrapper::noteStop(calldata_t* stopSignal)
+{
+    if (m_endOwed)
+        setRecordingEnd(endFrom(stopSignal));
+    if (QThread::currentThread() == thread())
+        return;
+    m_endedByItselfNs = os_gettime_ns();
+    // The output frees its encoders as soon as this returns. The lines pass it nothing any more, but may still be
+    // inside.
+    const CaptureProgress::StandStill still(m_progress);
 }
 
 void ObsWrapper::endRecording()

@@ -71,6 +71,35 @@ private slots:
         }
     }
 
+    void openOnlyWhenTheLastHasOpenedIt()
+    {
+        LineGate gate;
+        const Line line(gate);
+        gate.close();
+        gate.close();
+        QVERIFY(gate.waitUntilHeld(kLongMs));
+        const int items = line.items();
+        gate.open();
+        QVERIFY(gate.waitUntilHeld(kLongMs));
+        QTest::qWait(10);
+        QCOMPARE(line.items(), items);
+        gate.open();
+        QTRY_VERIFY(line.items() > items);
+    }
+
+    void aBypassedGateHoldsNothingAndNobodyWaitsForIt()
+    {
+        LineGate gate;
+        const Line line(gate);
+        gate.close();
+        QVERIFY(gate.waitUntilHeld(kLongMs));
+        gate.setBypassed(true);
+        const int items = line.items();
+        QTRY_VERIFY(line.items() > items + 2);
+        gate.waitUntilHeld(kLongMs);
+        gate.open();
+    }
+
     void aLineThatStandsStillIsNotWaitedForForEver()
     {
         LineGate gate;

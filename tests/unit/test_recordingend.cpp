@@ -1,0 +1,41 @@
+#include "engine/recordingend.h"
+
+#include <QTest>
+
+class TestRecordingEnd : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void codesInPlainWords_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("words");
+
+        QTest::newRow("asked for") << 0 << "the recording was ended as asked";
+        QTest::newRow("bad path") << -1 << "the path of the file is not valid";
+        QTest::newRow("not opened") << -2 << "the file could not be opened for writing";
+        QTest::newRow("refused") << -3 << "the file was refused as not valid";
+        QTest::newRow("not written") << -4 << "the file could not be written";
+        QTest::newRow("went away") << -5 << "the place where the file is written went away";
+        QTest::newRow("unsupported") << -6 << "the format is not supported on this computer";
+        QTest::newRow("disk full") << -7 << "the disk is full";
+        QTest::newRow("not encoded") << -8 << "the picture or the sound could not be encoded";
+        QTest::newRow("unknown") << -4711 << "the engine gave no known reason";
+    }
+
+    void codesInPlainWords()
+    {
+        QFETCH(const int, code);
+        QTEST(describe({code, QString()}), "words");
+    }
+
+    void outputsOwnWordsFollowInBrackets()
+    {
+        QCOMPARE(describe({-2, QStringLiteral("Couldn't open 'x'")}),
+                 QStringLiteral("the file could not be opened for writing (Couldn't open 'x')"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRecordingEnd)
+#include "test_recordingend.moc"
