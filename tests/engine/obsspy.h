@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/// Notes the program's calls of libobs in their order. The functions are defined once more in the test program, which
+/// comes before the library when names are looked up; each notes its name with what matters of its arguments and goes
+/// on to the real one.
+namespace obsspy {
+
+/// The calls since the last clear(), for example "obs_reset_video 640x480".
+QStringList calls();
+void clear();
+
+/// Lets the function of this name fail until told otherwise, without calling the real one. Only those that return a
+/// result which says so.
+void failAt(const QString& function);
+void failNowhere();
+
+} // namespace obsspy

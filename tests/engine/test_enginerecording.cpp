@@ -1,0 +1,567 @@
+#include "app/appidentity.h"
+#include "engine/obswrapper.h"
+#include "tests/engine/obsspy.h"
+#include "tests/engine/standins.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+
+#include <memory>
+#include <thread>
+
+using standins::behaviour;
+
+namespace {
+
+/// Signals that the output has stopped, the way a plug-in does.
+void signalStop(obs_output_t* output, int code)
+{
+    obs_output_signal_stop(output, code);
+}
+
+QList<int> statuses(const QSignalSpy& spy)
+{
+    QList<int> result;
+    for (const QList<QVariant>& arguments : spy)
+        result << arguments.first().toInt();
+    return result;
+}
+
+} // namespace
+
+/// Recording, on the real core with a stand-in for the file output.
+class TestEngineRecording : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        // Before there is an engine at all.
+        ObsWrapper wrapper(standins::platform());
+        MessageCapture log;
+        QVERIFY(!wrapper.createOutputMode());
+        wrapper.setupFFmpeg(QStringLiteral("/tmp/x"), 320, 240, 30, 4, 0);
+        QVERIFY(log.texts().contains("Failed to create ffmpeg_output!"));
+        QVERIFY(log.texts().contains("Error: fileOutput is null!"));
+        QCOMPARE(wrapper.startRecording(), -1);
+
+        QVERIFY(standins::startCore());
+        standins::registerSources();
+        standins::registerOutputs();
+    }
+
+    void init()
+    {
+        behaviour() = standins::Behaviour();
+        m_wrapper = std::make_unique<ObsWrapper>(standins::platform());
+        m_status = std::make_unique<QSignalSpy>(m_wrapper.get(), &ObsWrapper::recordStatusChanged);
+        standins::clearEvents();
+        obsspy::clear();
+    }
+
+    void cleanup()
+    {
+        m_status.reset();
+        m_wrapper.reset();
+        obsspy::failNowhere();
+        QTRY_VERIFY(!obs_video_active());
+    }
+
+    void createOutputModeMakesOutputAndEncodersInOrder()
+    {
+        MessageCapture log;
+        QVERIFY(m_wrapper->createOutputMode());
+        QCOMPARE(obsspy::calls(),
+                 (QStringList{
+                     "obs_output_create ffmpeg_output adv_ffmpeg_output",
+                     "obs_audio_encoder_create ffmpeg_aac adv_aac0 0", "obs_audio_encoder_create ffmpeg_aac adv_aac1 1",
+                     "obs_audio_encoder_create ffmpeg_aac adv_aac2 2", "obs_audio_encoder_create ffmpeg_aac adv_aac3 3",
+                     "obs_audio_encoder_create ffmpeg_aac adv_aac4 4", "obs_audio_encoder_create ffmpeg_aac adv_aac5 5",
+                     "obs_audio_encoder_create ffmpeg_aac adv_stream_audio 0",
+                     "obs_audio_encoder_create ffmpeg_aac adv_archive_audio 1"}));
+        QCOMPARE(log.texts(QtDebugMsg),
+                 (QStringList{"Creating output mode...", "Creating ffmpeg_output...",
+                              "ffmpeg_output created successfully", "Stream audio encoder created successfully",
+                              "Stream archive encoder created successfully", "Output mode created successfully"}));
+    }
+
+    void createOutputModeReplacesThePreviousOutput()
+    {
+        QVERIFY(m_wrapper->createOutputMode());
+        QVERIFY(m_wrapper->createOutputMode());
+        QCOMPARE(standins::countOf("create output"), 2);
+        QCOMPARE(standins::countOf("destroy output"), 1);
+    }
+
+    void createOutputModeWithoutOutputFails()
+    {
+        obsspy::failAt(QStringLiteral("obs_output_create"));
+        MessageCapture log;
+        QVERIFY(!m_wrapper->createOutputMode());
+        QCOMPARE(log.texts(QtDebugMsg).last(), QStringLiteral("Failed to create ffmpeg_output!"));
+        QVERIFY(obsspy::calls().filter("obs_audio_encoder_create").isEmpty());
+    }
+
+    void createOutputModeWithoutATrackEncoderFails()
+    {
+        obsspy::failAt(QStringLiteral("obs_audio_encoder_create adv_aac3"));
+        MessageCapture log;
+        QVERIFY(!m_wrapper->createOutputMode());
+        QCOMPARE(log.texts(QtDebugMsg).last(), QStringLiteral("Failed to create AAC encoder for track 3"));
+        QCOMPARE(obsspy::calls().filter("obs_audio_encoder_create").size(), 4);
+    }
+
+    void createOutputModeOnlyLogsMissingMixEncoders()
+    {
+        obsspy::failAt(QStringLiteral("obs_audio_encoder_create adv_stream_audio"));
+        {
+            MessageCapture log;
+            QVERIFY(m_wrapper->createOutputMode());
+            QVERIFY(log.texts().contains("Failed to create stream audio encoder"));
+        }
+        obsspy::failAt(QStringLiteral("obs_audio_encoder_create adv_archive_audio"));
+        MessageCapture log;
+        QVERIFY(m_wrapper->createOutputMode());
+        QVERIFY(log.texts().contains("Failed to create stream archive encoder"));
+    }
+
+    void setupWithoutOutputLogsAndReturns()
+    {
+        obsspy::failAt(QStringLiteral("obs_output_create"));
+        MessageCapture log;
+        setup(0);
+        QCOMPARE(log.texts(QtDebugMsg).last(), QStringLiteral("Error: fileOutput is null!"));
+        QVERIFY(!obsspy::calls().contains("obs_output_update"));
+    }
+
+    void setupGivesTheEncodersTheSoundThenConfiguresTheOutput()
+    {
+        setup(0);
+        QStringList calls = obsspy::calls();
+        calls.removeIf([](const QString& call) {
+            return call.startsWith(QLatin1String("obs_audio_encoder_create")) ||
+                   call.contains(QLatin1String("_release"));
+        });
+        QCOMPARE(calls, (QStringList{
+                            "obs_output_create ffmpeg_output adv_ffmpeg_output", "obs_encoder_set_audio adv_aac0",
+                            "obs_encoder_set_audio adv_aac1", "obs_encoder_set_audio adv_aac2",
+                            "obs_encoder_set_audio adv_aac3", "obs_encoder_set_audio adv_aac4",
+                            "obs_encoder_set_audio adv_aac5", "obs_encoder_set_audio adv_stream_audio",
+                            "obs_encoder_set_audio adv_archive_audio", "obs_output_set_mixer 1", "obs_output_update"}));
+        QCOMPARE(obs_output_video(standins::currentOutput()), obs_get_video());
+        QCOMPARE(obs_output_audio(standins::currentOutput()), obs_get_audio());
+        QCOMPARE(obs_output_get_mixer(standins::currentOutput()), size_t(1));
+    }
+
+    void setupLogsItsSteps()
+    {
+        MessageCapture log;
+        m_wrapper->setupFFmpeg(QStringLiteral("/videos/holiday"), 1279, 719, 30, 4, 0);
+        const QStringList texts = log.texts(QtDebugMsg);
+        QCOMPARE(texts.first(), QStringLiteral("Setting up FFmpeg..."));
+        QCOMPARE(texts.mid(texts.size() - 4),
+                 (QStringList{"set up ffpmeg with storePath:[/videos/holiday] srcWidth:[1279] srcHeight:[719] fps:[30] "
+                              "bitRate:[4] format:[MP4]",
+                              "Output file path (MP4): /videos/holiday.mp4", "Setting mixer and media...",
+                              "FFmpeg setup completed"}));
+    }
+
+    void setupNamesThreeFormatsInItsDiagnosticLine_data()
+    {
+        QTest::addColumn<int>("format");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("pathLine");
+
+        QTest::newRow("mp4") << 0 << "MP4"
+                             << "Output file path (MP4): /r.mp4";
+        QTest::newRow("avi") << 1 << "MP3"
+                             << "Output file path (AVI): /r.avi";
+        QTest::newRow("flv") << 2 << "MP3"
+                             << "Output file path (FLV): /r.flv";
+        QTest::newRow("gif") << 3 << "MP3"
+                             << "Output file path (GIF): /r.gif";
+        QTest::newRow("mp3") << 4 << "MP3"
+                             << "Output file path (MP3): /r.mp3";
+        QTest::newRow("aac") << 5 << "AAC"
+                             << "Output file path (AAC): /r.aac";
+        QTest::newRow("flac") << 6 << "MP3"
+                              << "Output file path (FLAC): /r.flac";
+        QTest::newRow("unknown") << 7 << "MP3"
+                                 << "Output file path (MP4): /r.mp4";
+    }
+
+    void setupNamesThreeFormatsInItsDiagnosticLine()
+    {
+        QFETCH(const int, format);
+        QFETCH(const QString, name);
+        QFETCH(const QString, pathLine);
+        MessageCapture log;
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, format);
+        QVERIFY(!log.texts().filter(QStringLiteral("format:[%1]").arg(name)).isEmpty());
+        QVERIFY(log.texts().contains(pathLine));
+    }
+
+    void outputSeesTheSettingsOfEveryFormat_data()
+    {
+        QTest::addColumn<int>("format");
+        QTest::addColumn<QJsonObject>("expected");
+
+        QTest::newRow("mp4") << 0 << picture(sound(container("mp4", "video/mp4"), "aac", 86018), "libx264", 27);
+        QTest::newRow("avi") << 1 << picture(sound(container("avi", "video/avi"), "libmp3lame", 86017), "mpeg4", 12);
+        QTest::newRow("flv") << 2 << picture(sound(container("flv", "video/flv"), "libmp3lame", 86017), "flv", 21);
+        QJsonObject gif = picture(container("gif", "video/gif"), "gif", 97);
+        gif["audio"] = false;
+        gif["audio_encoder"] = "none";
+        QTest::newRow("gif") << 3 << gif;
+        QTest::newRow("mp3") << 4 << token(sound(container("mp3", "audio/mpeg"), "libmp3lame", 86017));
+        QJsonObject aac = sound(container("aac", "audio/aac"), "aac", 86018);
+        aac["video"] = false;
+        aac["video_encoder"] = "none";
+        QTest::newRow("aac") << 5 << aac;
+        QTest::newRow("flac") << 6 << token(sound(container("flac", "audio/flac"), "flac", 86028));
+        const QJsonObject mp4 = picture(sound(container("mp4", "video/mp4"), "aac", 86018), "libx264", 27);
+        QTest::newRow("format 7 is an MP4 file with extension mp4") << 7 << mp4;
+        QTest::newRow("format -1 is an MP4 file with extension mp4") << -1 << mp4;
+    }
+
+    void outputSeesTheSettingsOfEveryFormat()
+    {
+        QFETCH(const int, format);
+        QFETCH(const QJsonObject, expected);
+        // Odd sizes: the table has the even ones.
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 1279, 719, 30, 4, format);
+        QCOMPARE(standins::lastOutputSettings(), expected);
+        QCOMPARE(standins::countOf("update output"), 1);
+    }
+
+    void startOrder()
+    {
+        setup(0);
+        obsspy::clear();
+        connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, this, [](int status) {
+            if (status == ObsWrapper::kStatusStarting)
+                QVERIFY(!obsspy::calls().contains("obs_output_start"));
+        });
+        MessageCapture log;
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QCOMPARE(statuses(*m_status), QList<int>{0});
+        QVERIFY(m_wrapper->isRecording());
+        QVERIFY(!m_wrapper->isPaused());
+        QCOMPARE(log.texts(QtDebugMsg), (QStringList{"Starting recording...", "Recording started successfully"}));
+        QVERIFY(obsspy::calls().lastIndexOf("signal_handler_connect_ref stop") >
+                obsspy::calls().indexOf("obs_output_start"));
+    }
+
+    void stopEndsWithStatusTwoAndDropsTheOutput()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QVERIFY(!m_wrapper->isRecording());
+        QCOMPARE(standins::countOf("stop output"), 1);
+        QCOMPARE(standins::countOf("force stop output"), 0);
+        QCOMPARE(standins::countOf("destroy output"), 1);
+        QCOMPARE(m_wrapper->endReason().code, 0);
+    }
+
+    void forcedStop()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QCOMPARE(m_wrapper->stopRecording(true), 0);
+        QCOMPARE(standins::countOf("force stop output"), 1);
+        QCOMPARE(standins::countOf("stop output"), 0);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void stopWithoutOutputOnlyClearsTheFlags()
+    {
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QCOMPARE(m_wrapper->stopRecording(true), 0);
+        QVERIFY(!m_wrapper->isRecording());
+        QVERIFY(!m_wrapper->isPaused());
+        QVERIFY(m_status->isEmpty());
+        QVERIFY(standins::events().isEmpty());
+    }
+
+    void everyRecordingHasAnOutputOfItsOwn()
+    {
+        for (int i = 0; i < 3; ++i) {
+            setup(i);
+            QCOMPARE(m_wrapper->startRecording(), 0);
+            QCOMPARE(m_wrapper->stopRecording(false), 0);
+        }
+        QCOMPARE(standins::countOf("create output"), 3);
+        QCOMPARE(standins::countOf("destroy output"), 3);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2, 0, 2, 0, 2}));
+    }
+
+    void failedStartWithoutErrorTextSaysNoErrorMessage()
+    {
+        behaviour().outputStarts = false;
+        setup(0);
+        MessageCapture log;
+        QCOMPARE(m_wrapper->startRecording(), -1);
+        QCOMPARE(log.texts(QtDebugMsg),
+                 (QStringList{"Starting recording...", "Failed to start recording. Error: No error message"}));
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QVERIFY(!m_wrapper->isRecording());
+        QVERIFY(m_wrapper->isRecordingEndReached());
+    }
+
+    void failedStartWithErrorText()
+    {
+        behaviour().outputStarts = false;
+        behaviour().outputError = "the shelf is full";
+        setup(0);
+        MessageCapture log;
+        QCOMPARE(m_wrapper->startRecording(), -1);
+        QCOMPARE(log.texts(QtDebugMsg).last(), QStringLiteral("Failed to start recording. Error: the shelf is full"));
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_ERROR);
+        QCOMPARE(m_wrapper->endReason().text, QStringLiteral("the shelf is full"));
+    }
+
+    void stopBeforeTheHandlerIsConnectedEndsWithStatusTwoOnce()
+    {
+        behaviour().duringStart = [](obs_output_t* output) {
+            obs_output_set_last_error(output, "no such folder");
+            signalStop(output, OBS_OUTPUT_CONNECT_FAILED);
+        };
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QVERIFY(!m_wrapper->isRecording());
+        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_CONNECT_FAILED);
+        QCOMPARE(m_wrapper->endReason().text, QStringLiteral("no such folder"));
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void stopBeforeTheHandlerIsConnectedOnAFailingStartEndsWithStatusTwoOnce()
+    {
+        behaviour().outputStarts = false;
+        behaviour().duringStart = [](obs_output_t* output) { signalStop(output, OBS_OUTPUT_ERROR); };
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), -1);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void outputThatStopsByItselfEndsWithStatusTwoOnce()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        RecordingEnd seen;
+        connect(
+            m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(),
+            [this, &seen](int) { seen = m_wrapper->endReason(); }, Qt::DirectConnection);
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_NO_SPACE); }).join();
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        // Known before the status was signalled.
+        QCOMPARE(seen.code, OBS_OUTPUT_NO_SPACE);
+        QVERIFY(!m_wrapper->isRecording());
+        signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR);
+        QTest::qWait(50);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
+    }
+
+    void statusOfAnotherThreadArrivesQueued()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QThread* receivedOn = nullptr;
+        QObject receiver;
+        connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, &receiver,
+                [&receivedOn](int) { receivedOn = QThread::currentThread(); });
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_SUCCESS); }).join();
+        QCOMPARE(receivedOn, static_cast<QThread*>(nullptr));
+        QTRY_COMPARE(receivedOn, thread());
+    }
+
+    void nextRecordingAfterOneThatStoppedByItself()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR); }).join();
+        setup(1);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QVERIFY(m_wrapper->isRecording());
+        QCOMPARE(m_wrapper->endReason().code, 0);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2, 0, 2}));
+    }
+
+    void receiverMayPrepareTheNextRecordingInsideTheStop()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(), [this](int status) {
+            if (status == ObsWrapper::kStatusEnded)
+                setup(1);
+        });
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QCOMPARE(standins::countOf("create output"), 2);
+        QCOMPARE(standins::countOf("destroy output"), 1);
+    }
+
+    void wrapperGoesWhileTheOutputIsStopping()
+    {
+        for (int round = 0; round < 50; ++round) {
+            ObsWrapper wrapper(standins::platform());
+            wrapper.setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, 1);
+            QCOMPARE(wrapper.startRecording(), 0);
+            obs_output_t* output = obs_output_get_ref(standins::currentOutput());
+            std::thread stopper([output] {
+                signalStop(output, OBS_OUTPUT_SUCCESS);
+                obs_output_release(output);
+            });
+            stopper.detach();
+        }
+        // The threads' outputs go with them.
+        QTRY_COMPARE(standins::countOf("destroy output"), 50);
+    }
+
+    void resetVideoWhileRecordingIsRefusedAndAfterwardsAllowed()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), OBS_VIDEO_CURRENTLY_ACTIVE);
+        QVERIFY(m_wrapper->isRecording());
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+    }
+
+    void resetVideoAfterARecordingThatStoppedByItself()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR); }).join();
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QTRY_COMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+    }
+
+    void endIsReachedOnlyAfterItWasRequestedAndEncoded()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 3);
+        QVERIFY(!m_wrapper->isRecordingEndReached());
+        const quint64 atRequest = m_wrapper->recordedFrames();
+        m_wrapper->requestRecordingEnd();
+        QVERIFY(!m_wrapper->isRecordingEndReached());
+        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
+        QVERIFY(m_wrapper->recordedFrames() > atRequest + static_cast<quint64>(m_wrapper->encoderDelayFrames()));
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QVERIFY(m_wrapper->isRecordingEndReached());
+        QVERIFY(m_wrapper->recordedFrames() > atRequest);
+    }
+
+    void endOfSoundOnlyIsReachedByTheSound()
+    {
+        setup(5);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QCOMPARE(m_wrapper->encoderDelayFrames(), 0);
+        m_wrapper->requestRecordingEnd();
+        QVERIFY(!m_wrapper->isRecordingEndReached());
+        QTRY_VERIFY(m_wrapper->isRecordingEndReached());
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+    }
+
+    void releaseOrder()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        standins::registerFadeTransition();
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(obs_output_active(standins::currentOutput()));
+        m_status.reset();
+        obsspy::clear();
+        m_wrapper.reset();
+        const QStringList expected{"obs_volmeter_remove_callback",
+                                   "obs_volmeter_remove_callback",
+                                   "obs_volmeter_destroy",
+                                   "obs_fader_destroy",
+                                   "obs_volmeter_destroy",
+                                   "obs_fader_destroy",
+                                   "signal_handler_disconnect stop",
+                                   "obs_encoder_release adv_archive_audio",
+                                   "obs_encoder_release adv_stream_audio",
+                                   "obs_encoder_release adv_aac5",
+                                   "obs_encoder_release adv_aac4",
+                                   "obs_encoder_release adv_aac3",
+                                   "obs_encoder_release adv_aac2",
+                                   "obs_encoder_release adv_aac1",
+                                   "obs_encoder_release adv_aac0",
+                                   "obs_scene_release",
+                                   "obs_source_release Fade",
+                                   "obs_output_release adv_ffmpeg_output",
+                                   "obs_source_release Computer_Monitor_Capture",
+                                   "obs_source_release Default Desktop Audio",
+                                   "obs_source_release Default Mic/Aux"};
+        QCOMPARE(obsspy::calls().join(QLatin1Char('\n')), expected.join(QLatin1Char('\n')));
+        QVERIFY(obs_initialized());
+    }
+
+private:
+    void setup(int format) { m_wrapper->setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, format); }
+
+    static QJsonObject container(const char* extension, const char* mimeType)
+    {
+        return {{"url", QLatin1String("/r.") + QLatin1String(extension)},
+                {"format_name", extension},
+                {"format_mime_type", mimeType},
+                {"muxer_settings", ""}};
+    }
+
+    static QJsonObject picture(QJsonObject settings, const char* encoder, int encoderId)
+    {
+        settings["gop_size"] = 300;
+        settings["video"] = true;
+        settings["video_bitrate"] = 4096;
+        settings["video_encoder"] = encoder;
+        settings["video_encoder_id"] = encoderId;
+        settings["scale_width"] = 1280;
+        settings["scale_height"] = 720;
+        return settings;
+    }
+
+    static QJsonObject token(QJsonObject settings)
+    {
+        settings["video_bitrate"] = 1024;
+        settings["video_encoder"] = "png";
+        settings["video_encoder_id"] = 61;
+        settings["scale_width"] = 2;
+        settings["scale_height"] = 2;
+        return settings;
+    }
+
+    static QJsonObject sound(QJsonObject settings, const char* encoder, int encoderId)
+    {
+        settings["audio_bitrate"] = 192;
+        settings["audio_encoder"] = encoder;
+        settings["audio_encoder_id"] = encoderId;
+        return settings;
+    }
+
+    std::unique_ptr<ObsWrapper> m_wrapper;
+    std::unique_ptr<QSignalSpy> m_status;
+};
+
+int main(int argc, char** argv)
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    TestEngineRecording test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_enginerecording.moc"
