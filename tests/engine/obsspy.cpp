@@ -25,12 +25,6 @@ Notes& notes()
     return instance;
 }
 
-void note(const char* function, const QString& what = QString())
-{
-    const QMutexLocker locker(&notes().mutex);
-    notes().calls << (what.isEmpty() ? QLatin1String(function) : QLatin1String(function) + QLatin1Char(' ') + what);
-}
-
 bool fails(const char* function)
 {
     const QMutexLocker locker(&notes().mutex);
@@ -52,6 +46,21 @@ struct Inside
 };
 
 thread_local int Inside::depth = 0;
+
+bool isProgramsThread()
+{
+    const QCoreApplication* application = QCoreApplication::instance();
+    return application && QThread::currentThread() == application->thread();
+}
+
+/// Leaves out what the library calls by itself.
+void note(const char* function, const QString& what = QString())
+{
+    if (Inside::depth > 0 || !isProgramsThread())
+        return;
+    const QMutexLocker locker(&notes().mutex);
+    notes().calls << (what.isEmpty() ? QLatin1String(function) : QLatin1String(function) + QLatin1Char(' ') + what);
+}
 
 } // namespace
 
@@ -187,8 +196,7 @@ void obs_encoder_set_audio(obs_encoder_t* encoder, audio_t* audio)
 
 obs_source_t* obs_source_create(const char* id, const char* name, obs_data_t* settings, obs_data_t* hotkeys)
 {
-    if (Inside::depth == 0)
-        note("obs_source_create", QStringLiteral("%1 %2").arg(QLatin1String(id), QLatin1String(name)));
+    note("obs_source_create", QStringLiteral("%1 %2").arg(QLatin1String(id), QLatin1String(name)));
     return REAL(obs_source_create)(id, name, settings, hotkeys);
 }
 
@@ -292,8 +300,7 @@ void obs_scene_release(obs_scene_t* scene)
 
 void obs_source_release(obs_source_t* source)
 {
-    const bool programs = Inside::depth == 0 && QThread::currentThread() == QCoreApplication::instance()->thread();
-    if (source && programs)
+    if (source)
         note("obs_source_release", QLatin1String(obs_source_get_name(source)));
     const Inside inside;
     REAL(obs_source_release)(source);
