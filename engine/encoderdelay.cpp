@@ -136,13 +136,15 @@ EncoderDelay::~EncoderDelay()
     cancel();
 }
 
-void EncoderDelay::cancel()
+bool EncoderDelay::cancel()
 {
+    const bool wasRunning = m_thread && m_thread->isRunning();
     m_cancelled = true;
     if (m_thread)
         m_thread->wait();
     m_thread.reset();
     m_cancelled = false;
+    return wasRunning;
 }
 
 void EncoderDelay::measure(RecordingFormat format, const FfmpegRequest& request, const video_output_info& line)

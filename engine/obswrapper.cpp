@@ -241,8 +241,10 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
     // A recording that ended by itself may have left this behind; libobs counts it as activity.
     if (!isRecording())
         m_progress.disconnect();
-    m_encoderDelay.cancel();
+    const bool trialEnded = m_encoderDelay.cancel();
     const int result = obs_reset_video(&video);
+    if (trialEnded)
+        measureEncoderDelay(m_trialFormat, m_trial);
     if (result == OBS_VIDEO_SUCCESS)
         stretchCaptureOverOutput(outputWidth, outputHeight);
     return result;

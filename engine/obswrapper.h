@@ -222,6 +222,9 @@ private:
     TargetList m_targets;
     RecordingFormat m_format = RecordingFormat::Mp4;
     FfmpegRequest m_request;
+    /// What was last put to the trial.
+    RecordingFormat m_trialFormat = RecordingFormat::Mp4;
+    FfmpegRequest m_trial;
     EncoderDelay m_encoderDelay;
     CaptureProgress m_progress;
     quint64 m_recordedFrames = 0;

@@ -126,8 +126,12 @@ void ObsWrapper::setupFFmpeg(const QString& storePath, int srcWidth, int srcHeig
 
 void ObsWrapper::measureEncoderDelay(RecordingFormat format, const FfmpegRequest& request)
 {
-    if (const video_output_info* line = video_output_get_info(obs_get_video()))
-        m_encoderDelay.measure(format, request, *line);
+    m_trialFormat = format;
+    m_trial = request;
+    obs_video_info video;
+    // The line of an engine whose video is not set up cannot even be asked for.
+    if (obs_get_video_info(&video))
+        m_encoderDelay.measure(format, request, *video_output_get_info(obs_get_video()));
 }
 
 void ObsWrapper::giveEncodersTheSound()

@@ -98,24 +98,28 @@ extern "C" {
 bool obs_startup(const char* locale, const char* config, profiler_name_store_t* store)
 {
     note("obs_startup", QStringLiteral("%1 %2").arg(QLatin1String(locale), QString::fromUtf8(config)));
+    const Inside inside;
     return !fails("obs_startup") && REAL(obs_startup)(locale, config, store);
 }
 
 void obs_add_module_path(const char* bin, const char* data)
 {
     note("obs_add_module_path", QString::fromUtf8(bin) + QLatin1Char(' ') + QString::fromUtf8(data));
+    const Inside inside;
     REAL(obs_add_module_path)(bin, data);
 }
 
 void obs_add_data_path(const char* path)
 {
     note("obs_add_data_path", QString::fromUtf8(path));
+    const Inside inside;
     REAL(obs_add_data_path)(path);
 }
 
 bool obs_reset_audio(const obs_audio_info* info)
 {
     note("obs_reset_audio", QStringLiteral("%1 %2").arg(info->samples_per_sec).arg(info->speakers));
+    const Inside inside;
     return !fails("obs_reset_audio") && REAL(obs_reset_audio)(info);
 }
 
@@ -136,6 +140,7 @@ int obs_reset_video(obs_video_info* info)
                                     .arg(info->colorspace)
                                     .arg(info->range)
                                     .arg(info->scale_type));
+    const Inside inside;
     return fails("obs_reset_video") ? OBS_VIDEO_INVALID_PARAM : REAL(obs_reset_video)(info);
 }
 
@@ -167,6 +172,7 @@ void obs_load_all_modules2(obs_module_failure_info* failures)
 void obs_post_load_modules(void)
 {
     note("obs_post_load_modules");
+    const Inside inside;
     REAL(obs_post_load_modules)();
 }
 
@@ -175,6 +181,7 @@ obs_output_t* obs_output_create(const char* id, const char* name, obs_data_t* se
     // The trial of the encoder's delay has a thread of its own, and with it an order of its own.
     if (qstrcmp(name, "encoder_delay_trial") != 0)
         note("obs_output_create", QStringLiteral("%1 %2").arg(QLatin1String(id), QLatin1String(name)));
+    const Inside inside;
     return fails("obs_output_create") ? nullptr : REAL(obs_output_create)(id, name, settings, hotkeys);
 }
 
@@ -183,6 +190,7 @@ obs_encoder_t* obs_audio_encoder_create(const char* id, const char* name, obs_da
 {
     const QString failing = QStringLiteral("obs_audio_encoder_create ") + QLatin1String(name);
     note("obs_audio_encoder_create", QStringLiteral("%1 %2 %3").arg(QLatin1String(id), QLatin1String(name)).arg(mixer));
+    const Inside inside;
     return fails(failing.toLatin1().constData()) ? nullptr
                                                  : REAL(obs_audio_encoder_create)(id, name, settings, mixer, hotkeys);
 }
@@ -217,6 +225,7 @@ void obs_set_output_source(uint32_t channel, obs_source_t* source)
 {
     const char* name = source ? obs_source_get_name(source) : "nothing";
     note("obs_set_output_source", QStringLiteral("%1 %2").arg(channel).arg(QLatin1String(name)));
+    const Inside inside;
     REAL(obs_set_output_source)(channel, source);
 }
 
