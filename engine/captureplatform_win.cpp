@@ -6,3 +6,5 @@ CapturePlatform CapturePlatform::current()
 }
 
 void prepareLibobsStart() {}
+
+void prepareProcessEnd() {}

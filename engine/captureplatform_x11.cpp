@@ -1,6 +1,9 @@
 #include "engine/captureplatform.h"
 
 #include <obs-nix-platform.h>
+#include <obs.h>
+
+#include <cstdlib>
 
 CapturePlatform CapturePlatform::current()
 {
@@ -12,4 +15,11 @@ void prepareLibobsStart()
     // No platform display: libobs then opens a connection of its own. On a shared one it would take the toolkit's
     // events.
     obs_set_nix_platform(OBS_NIX_PLATFORM_X11_EGL);
+}
+
+void prepareProcessEnd()
+{
+    // Handlers run in the reverse order: this one before those of the drawing libraries, which were loaded by now. The
+    // graphics context is entered and never left, so the picture thread waits for it until the process is gone.
+    std::atexit([] { obs_enter_graphics(); });
 }

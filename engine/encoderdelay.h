@@ -46,7 +46,9 @@ public:
 
     /// Ends a trial that is under way; none runs when it returns. Comes before every reset of the engine's video, which
     /// a starting output looks at.
-    void cancel();
+    ///
+    /// @return whether there was one
+    bool cancel();
 
     /// The pictures that have to follow; encoderDelayBound() until the answer is known.
     int frames(RecordingFormat format, const FfmpegRequest& request) const;

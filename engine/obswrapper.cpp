@@ -152,6 +152,7 @@ bool ObsWrapper::startEngine(int width, int height, int fps)
         qCritical() << "obs reset video failed!with" << result;
         return false;
     }
+    prepareProcessEnd();
     loadModules();
     return true;
 }

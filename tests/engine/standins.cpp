@@ -311,8 +311,10 @@ bool startCore()
     video.gpu_conversion = true;
     video.colorspace = VIDEO_CS_709;
     video.range = VIDEO_RANGE_FULL;
-    return obs_startup("en-US", config.constData(), nullptr) && obs_reset_audio(&audio) &&
-           obs_reset_video(&video) == OBS_VIDEO_SUCCESS;
+    const bool started = obs_startup("en-US", config.constData(), nullptr) && obs_reset_audio(&audio) &&
+                         obs_reset_video(&video) == OBS_VIDEO_SUCCESS;
+    prepareProcessEnd();
+    return started;
 }
 
 void registerSources()
