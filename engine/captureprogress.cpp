@@ -18,6 +18,8 @@ void CaptureProgress::connect(std::size_t mixerIndex)
     m_mixerIndex = mixerIndex;
     m_markNs = kNoMark;
     m_framesSinceMark = 0;
+    m_picture = nullptr;
+    m_pictureNs = 0;
     m_soundNs = 0;
     m_pictureGate.setBypassed(false);
     m_soundGate.setBypassed(false);
@@ -65,7 +67,13 @@ std::int64_t CaptureProgress::soundSinceMarkNs() const
 void CaptureProgress::onFrame(void* param, video_data* frame)
 {
     auto& self = *static_cast<CaptureProgress*>(param);
-    if (frame->timestamp >= self.m_markNs)
+    // An engine that is late hands a picture out several times, each time with the next time stamp: the first one is
+    // when it was taken. Another picture lies elsewhere in the line's buffer.
+    if (frame->data[0] != self.m_picture) {
+        self.m_picture = frame->data[0];
+        self.m_pictureNs = frame->timestamp;
+    }
+    if (self.m_pictureNs >= self.m_markNs)
         ++self.m_framesSinceMark;
     self.m_pictureGate.pass();
 }

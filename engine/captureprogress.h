@@ -68,6 +68,9 @@ private:
     LineGate m_soundGate;
     std::atomic<bool> m_connected{false};
     std::size_t m_mixerIndex = 0;
+    /// Where the line keeps the latest picture, and when that was taken. Used on the line's thread only.
+    const std::uint8_t* m_picture = nullptr;
+    std::uint64_t m_pictureNs = 0;
     std::atomic<std::uint64_t> m_markNs{kNoMark};
     std::atomic<int> m_framesSinceMark{0};
     std::atomic<std::uint64_t> m_soundNs{0};
