@@ -91,7 +91,9 @@ QString firstFreePath(const QString& base, const QString& extension)
 QString cleanedRecordingName(const QString& typedName)
 {
     const QString legible = withoutBlanksAndFinalDots(withoutForbiddenCharacters(typedName));
-    return withoutBlanksAndFinalDots(shortened(withoutDeviceNames(legible)));
+    // Shortened before the devices are looked for: the cut may leave nothing but a device's name.
+    const QString fitting = withoutBlanksAndFinalDots(shortened(legible));
+    return withoutBlanksAndFinalDots(withoutDeviceNames(fitting));
 }
 
 QString defaultRecordingName(const QDateTime& now)

@@ -98,6 +98,7 @@ void RecordingSession::startOutput()
     const RecordingFormat format = recordingFormatFromIndex(choices.formatIndex);
     m_recorder.setupFFmpeg(path.withoutExtension(), choices.widthPx, choices.heightPx, kFramesPerSecond, kVideoBitRate,
                            static_cast<int>(format));
+    m_stopAsked = false;
     m_starting = true;
     m_recorder.startRecording();
     m_starting = false;
@@ -128,6 +129,12 @@ void RecordingSession::beginStop()
 
 void RecordingSession::pollDrain()
 {
+    if (!m_recorder.isRecording()) {
+        // It ended by itself meanwhile, and its last word is on the way here.
+        m_drainTimer.stop();
+        m_confirmTimer.start(m_patience.confirmMs);
+        return;
+    }
     const bool reached = m_recorder.isRecordingEndReached();
     if (!reached && !m_sinceStopRequest.hasExpired(m_patience.drainMs))
         return;
@@ -141,6 +148,7 @@ void RecordingSession::stopOutput()
 {
     // Armed first: the engine may report the end before its stop returns.
     m_confirmTimer.start(m_patience.confirmMs);
+    m_stopAsked = true;
     const int result = m_recorder.stopRecording(false);
     SCLogger::info(QStringLiteral("Recording stopped... %1").arg(result));
 }
@@ -183,12 +191,11 @@ void RecordingSession::onRecordStatusChanged(int status)
 void RecordingSession::logEndReason() const
 {
     const QString reason = m_recorder.endReason();
-    const bool stopAsked = m_state == RecordingState::Stopping && !m_drainTimer.isActive();
-    if (stopAsked && reason.isEmpty())
+    if (m_stopAsked && reason.isEmpty())
         return;
-    const QString text = m_starting  ? QStringLiteral("The recording could not start: %1")
-                         : stopAsked ? QStringLiteral("The recording's end could not be written: %1")
-                                     : QStringLiteral("The recording ended by itself: %1");
+    const QString text = m_starting    ? QStringLiteral("The recording could not start: %1")
+                         : m_stopAsked ? QStringLiteral("The recording's end could not be written: %1")
+                                       : QStringLiteral("The recording ended by itself: %1");
     SCLogger::error(text.arg(reason.isEmpty() ? QStringLiteral("the engine gave no reason") : reason));
 }
 

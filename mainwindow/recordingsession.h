@@ -103,6 +103,8 @@ private:
     RecordingState m_state = RecordingState::Idle;
     bool m_countdownCancelled = false;
     bool m_starting = false;
+    /// Whether the engine was told to stop the present recording.
+    bool m_stopAsked = false;
     QTime m_elapsed{0, 0, 0};
 
     QTimer m_drainTimer;

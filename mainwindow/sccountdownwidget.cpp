@@ -128,6 +128,13 @@ void SCCountdownWidget::finish()
         m_waiting->quit();
 }
 
+void SCCountdownWidget::closeEvent(QCloseEvent* event)
+{
+    // Not refused: that would keep the whole program from quitting.
+    QWidget::closeEvent(event);
+    emit closed();
+}
+
 void SCCountdownWidget::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+class QCloseEvent;
 class QEventLoop;
 class QLabel;
 class QSettings;
@@ -42,7 +43,11 @@ public slots:
 signals:
     void countdownFinished();
 
+    /// The widget's window was closed from outside, by the task switcher or a session that ends.
+    void closed();
+
 protected:
+    void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:

@@ -139,12 +139,25 @@ void SCMainWindow::registerRecordingHotkey()
 {
     m_recordingHotkey = new platform::GlobalHotkey(this);
     connect(m_recordingHotkey, &platform::GlobalHotkey::activated, &m_session, &RecordingSession::toggle);
+    connect(m_recordingHotkey, &platform::GlobalHotkey::availabilityChanged, this,
+            &SCMainWindow::onHotkeyAvailabilityChanged);
     const QString stored = m_settings->value(settingskeys::kRecordingHotkey).toString();
     const bool wanted = stored != QLatin1String("None");
     if (wanted && m_recordingHotkey->registerKey(QKeySequence::fromString(stored, QKeySequence::PortableText)))
         m_hotkeyInForce = stored;
     else if (wanted)
-        SCLogger::warning(m_recordingHotkey->failureReason());
+        SCLogger::warning(
+            QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(stored, m_recordingHotkey->failureReason()));
+    showHotkey();
+}
+
+void SCMainWindow::onHotkeyAvailabilityChanged(bool available, const QString& reason)
+{
+    const QString stored = m_settings->value(settingskeys::kRecordingHotkey).toString();
+    m_hotkeyInForce = available ? stored : QString();
+    SCLogger::warning(
+        available ? QStringLiteral("The hotkey \"%1\" works again").arg(stored)
+                  : QStringLiteral("The hotkey \"%1\" is lost with the new keyboard layout: %2").arg(stored, reason));
     showHotkey();
 }
 
@@ -224,7 +237,10 @@ void SCMainWindow::applyCaptureArea()
 bool SCMainWindow::resetRecordingArea()
 {
     const CaptureScreen screen = primaryScreen();
-    if (m_captureArea.isUnset()) {
+    // The whole screen follows the screen: its size or place may have changed since the last recording.
+    const bool screenChanged =
+        m_captureArea.mode() == CaptureMode::FullScreen && m_captureArea.rect() != screen.geometry;
+    if (m_captureArea.isUnset() || screenChanged) {
         m_captureArea.setRect(screen.geometry);
         applyCaptureArea();
     }
@@ -248,6 +264,9 @@ bool SCMainWindow::setCaptureTarget(const CaptureMargins& margins)
 void SCMainWindow::onChangeLocationClicked()
 {
     SCLogger::info(QStringLiteral("Save location clicked"));
+    // A dialog opened over a countdown would hold it up, and start the recording whenever the dialog is closed.
+    if (m_session.state() != RecordingState::Idle)
+        return;
     const QString folder =
         QFileDialog::getExistingDirectory(this, tr("Choose Save Location"), m_ui->saveLocationEdit->text());
     if (folder.isEmpty())
@@ -264,8 +283,6 @@ void SCMainWindow::onFormatChosen(int index)
 
 void SCMainWindow::onStateChanged(RecordingState state)
 {
-    const bool ending = state == RecordingState::Stopping || state == RecordingState::Ended;
-    m_ui->recordButton->setEnabled(!ending);
     if (state == RecordingState::Idle && m_closeRequested)
         close();
 }
@@ -332,6 +349,7 @@ void SCMainWindow::countDown(int from)
     m_countdown = new SCCountdownWidget(nullptr);
     const QPoint centre = captureCentre(m_captureArea.rectOn(primaryScreen()));
     m_countdown->move(centre - QPoint(m_countdown->width() / 2, m_countdown->height() / 2));
+    connect(m_countdown, &SCCountdownWidget::closed, &m_session, &RecordingSession::cancelCountdown);
     m_countdown->start(from);
     m_countdown->exec();
     // Still counting: the program is about to quit, which is no reason to begin a recording.

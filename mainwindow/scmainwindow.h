@@ -61,6 +61,7 @@ private:
     void connectControls();
     void connectSession();
     void registerRecordingHotkey();
+    void onHotkeyAvailabilityChanged(bool available, const QString& reason);
     void showHotkey();
     void openFirstRunPage();
 

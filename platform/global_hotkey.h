@@ -28,15 +28,19 @@ public:
     ///         keyboard or the system does not know it; failureReason() then has the words for the log.
     bool registerKey(const QKeySequence& sequence);
 
-    /// Why the last registerKey() failed, in plain words that name the key; empty when it did not.
+    /// Why the last registerKey() failed, in plain words to follow "cannot be used: "; empty when it did not.
     QString failureReason() const { return m_failureReason; }
+
+    /// How one system, or QHotkey, takes a key. Known to the implementations only.
+    class Backend;
 
 signals:
     void activated();
 
-private:
-    class Backend;
+    /// A key that was taken is lost with a new keyboard layout (available is false, reason says why), or works again.
+    void availabilityChanged(bool available, const QString& reason);
 
+private:
     std::unique_ptr<Backend> m_backend;
     QString m_failureReason;
 };

@@ -1,34 +1,38 @@
-#include "platform/global_hotkey.h"
+#include "platform/global_hotkey_backend.h"
 
 #include <QHotkey>
 
 namespace platform {
 
-class GlobalHotkey::Backend
+namespace {
+
+class QHotkeyBackend : public GlobalHotkey::Backend
 {
 public:
-    explicit Backend(GlobalHotkey& owner)
+    explicit QHotkeyBackend(GlobalHotkey& owner)
     {
-        QObject::connect(&hotkey, &QHotkey::activated, &owner, &GlobalHotkey::activated, Qt::QueuedConnection);
+        QObject::connect(&m_hotkey, &QHotkey::activated, &owner, &GlobalHotkey::activated, Qt::QueuedConnection);
     }
 
-    QHotkey hotkey;
+    QString take(const QKeyCombination& key) override
+    {
+        m_hotkey.setShortcut(QKeySequence(key), true);
+        // Asked, for setShortcut() also reports success when there was nothing to register.
+        return m_hotkey.isRegistered() ? QString()
+                                       : QStringLiteral("another program holds it, or the keyboard does not have it");
+    }
+
+    void release() override { m_hotkey.resetShortcut(); }
+
+private:
+    QHotkey m_hotkey;
 };
 
-GlobalHotkey::GlobalHotkey(QObject* parent) : QObject(parent), m_backend(std::make_unique<Backend>(*this)) {}
+} // namespace
 
-GlobalHotkey::~GlobalHotkey() = default;
-
-bool GlobalHotkey::registerKey(const QKeySequence& sequence)
+std::unique_ptr<GlobalHotkey::Backend> GlobalHotkey::Backend::create(GlobalHotkey& owner)
 {
-    m_backend->hotkey.resetShortcut();
-    m_failureReason.clear();
-    if (sequence.isEmpty() || m_backend->hotkey.setShortcut(sequence, true))
-        return true;
-    m_failureReason =
-        QStringLiteral("The hotkey %1 cannot be used: another program holds it, or the keyboard does not have it")
-            .arg(sequence.toString(QKeySequence::PortableText));
-    return false;
+    return std::make_unique<QHotkeyBackend>(owner);
 }
 
 } // namespace platform

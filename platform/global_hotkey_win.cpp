@@ -1,7 +1,4 @@
-#include "platform/global_hotkey.h"
-
-#include <QAbstractNativeEventFilter>
-#include <QCoreApplication>
+#include "platform/global_hotkey_backend.h"
 
 #include <windows.h>
 
@@ -59,38 +56,36 @@ UINT virtualKeyOf(Qt::Key key)
     return scanned == -1 ? 0 : static_cast<UINT>(scanned & 0xFF);
 }
 
-} // namespace
+LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-/// A registration with the system; its message arrives at the thread, not at a window.
-class GlobalHotkey::Backend : public QAbstractNativeEventFilter
+/// A registration with the system, whose message goes to a window of its own that is never shown: one sent to the
+/// thread would be lost in the loops that Windows runs by itself, while a window is dragged or a system dialog is open.
+class WindowsBackend : public GlobalHotkey::Backend
 {
 public:
-    explicit Backend(GlobalHotkey& owner) : m_owner(owner), m_identifier(nextIdentifier())
+    explicit WindowsBackend(GlobalHotkey& owner) : m_owner(owner), m_identifier(nextIdentifier())
     {
-        QCoreApplication::instance()->installNativeEventFilter(this);
+        static const ATOM windowClass = registerWindowClass();
+        m_window = CreateWindowExW(0, MAKEINTATOM(windowClass), nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                                   GetModuleHandleW(nullptr), nullptr);
+        if (m_window != nullptr)
+            SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     }
 
-    ~Backend() override { release(); }
-    Backend(const Backend&) = delete;
-    Backend& operator=(const Backend&) = delete;
-
-    bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override
+    ~WindowsBackend() override
     {
-        const MSG* const windowsMessage = static_cast<MSG*>(message);
-        if (windowsMessage->message != WM_HOTKEY || windowsMessage->wParam != static_cast<WPARAM>(m_identifier))
-            return false;
-        // Queued: what follows may run events of its own, which must not happen inside the dispatcher's filter.
-        QMetaObject::invokeMethod(&m_owner, &GlobalHotkey::activated, Qt::QueuedConnection);
-        return true;
+        letGo();
+        if (m_window != nullptr)
+            DestroyWindow(m_window);
     }
 
-    /// Empty on success, else why not.
-    QString take(const QKeyCombination& key)
+    QString take(const QKeyCombination& key) override
     {
         const UINT virtualKey = virtualKeyOf(key.key());
         if (virtualKey == 0)
             return QStringLiteral("the keyboard has no such key");
-        m_registered = RegisterHotKey(nullptr, m_identifier, modifiersOf(key), virtualKey) != 0;
+        // Without a window of its own the message would go to the thread, where nobody reads it.
+        m_registered = m_window != nullptr && RegisterHotKey(m_window, m_identifier, modifiersOf(key), virtualKey) != 0;
         if (m_registered)
             return {};
         const DWORD error = GetLastError();
@@ -98,34 +93,52 @@ public:
                                                         : QStringLiteral("Windows error %1").arg(error);
     }
 
-    void release()
+    void release() override { letGo(); }
+
+    void onHotkey(int identifier)
     {
-        if (m_registered)
-            UnregisterHotKey(nullptr, m_identifier);
-        m_registered = false;
+        if (m_registered && identifier == m_identifier)
+            QMetaObject::invokeMethod(&m_owner, &GlobalHotkey::activated, Qt::QueuedConnection);
     }
 
 private:
+    static ATOM registerWindowClass()
+    {
+        WNDCLASSEXW description{};
+        description.cbSize = sizeof(description);
+        description.lpfnWndProc = &windowProcedure;
+        description.hInstance = GetModuleHandleW(nullptr);
+        description.lpszClassName = L"KestranoGlobalHotkey";
+        return RegisterClassExW(&description);
+    }
+
+    void letGo()
+    {
+        if (m_registered)
+            UnregisterHotKey(m_window, m_identifier);
+        m_registered = false;
+    }
+
     GlobalHotkey& m_owner;
     int m_identifier;
+    HWND m_window = nullptr;
     bool m_registered = false;
 };
 
-GlobalHotkey::GlobalHotkey(QObject* parent) : QObject(parent), m_backend(std::make_unique<Backend>(*this)) {}
-
-GlobalHotkey::~GlobalHotkey() = default;
-
-bool GlobalHotkey::registerKey(const QKeySequence& sequence)
+LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    m_backend->release();
-    m_failureReason.clear();
-    if (sequence.isEmpty())
-        return true;
-    const QString trouble = m_backend->take(sequence[0]);
-    if (!trouble.isEmpty())
-        m_failureReason = QStringLiteral("The hotkey %1 cannot be used: %2")
-                              .arg(sequence.toString(QKeySequence::PortableText), trouble);
-    return trouble.isEmpty();
+    if (message != WM_HOTKEY)
+        return DefWindowProcW(window, message, wParam, lParam);
+    if (auto* const backend = reinterpret_cast<WindowsBackend*>(GetWindowLongPtrW(window, GWLP_USERDATA)))
+        backend->onHotkey(static_cast<int>(wParam));
+    return 0;
+}
+
+} // namespace
+
+std::unique_ptr<GlobalHotkey::Backend> GlobalHotkey::Backend::create(GlobalHotkey& owner)
+{
+    return std::make_unique<WindowsBackend>(owner);
 }
 
 } // namespace platform

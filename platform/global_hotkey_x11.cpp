@@ -1,4 +1,4 @@
-#include "platform/global_hotkey.h"
+#include "platform/global_hotkey_backend.h"
 #include "platform/x11_keyboard.h"
 
 #include <QSocketNotifier>
@@ -33,18 +33,15 @@ struct Grab
 
 constexpr std::uint8_t kEventTypeMask = 0x7f;
 
-} // namespace
-
 /// Passive grabs on the root windows, on a connection of their own: Qt's event stream and error handling stay
 /// untouched.
-class GlobalHotkey::Backend
+class X11Backend : public GlobalHotkey::Backend
 {
 public:
-    explicit Backend(GlobalHotkey& owner);
+    explicit X11Backend(GlobalHotkey& owner);
 
-    /// Empty on success, else why not.
-    QString take(const QKeyCombination& key);
-    void release();
+    QString take(const QKeyCombination& key) override;
+    void release() override;
 
 private:
     bool isConnected() const { return xcb_connection_has_error(m_connection.get()) == 0; }
@@ -65,7 +62,7 @@ private:
     xcb_timestamp_t m_releasedAt = 0;
 };
 
-GlobalHotkey::Backend::Backend(GlobalHotkey& owner) : m_owner(owner), m_connection(xcb_connect(nullptr, nullptr))
+X11Backend::X11Backend(GlobalHotkey& owner) : m_owner(owner), m_connection(xcb_connect(nullptr, nullptr))
 {
     if (!isConnected())
         return;
@@ -73,7 +70,7 @@ GlobalHotkey::Backend::Backend(GlobalHotkey& owner) : m_owner(owner), m_connecti
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, &owner, [this] { readEvents(); });
 }
 
-QString GlobalHotkey::Backend::take(const QKeyCombination& key)
+QString X11Backend::take(const QKeyCombination& key)
 {
     if (!isConnected())
         return QStringLiteral("the X server does not answer");
@@ -84,14 +81,14 @@ QString GlobalHotkey::Backend::take(const QKeyCombination& key)
     return trouble;
 }
 
-void GlobalHotkey::Backend::release()
+void X11Backend::release()
 {
     ungrabAll();
     m_key.reset();
     m_held = false;
 }
 
-QString GlobalHotkey::Backend::grabAll()
+QString X11Backend::grabAll()
 {
     const X11Keyboard keyboard(m_connection.get());
     const std::vector<xcb_keycode_t> keycodes = keyboard.keycodesOf(m_key->key());
@@ -112,7 +109,7 @@ QString GlobalHotkey::Backend::grabAll()
     return {};
 }
 
-bool GlobalHotkey::Backend::grab(const Grab& wanted)
+bool X11Backend::grab(const Grab& wanted)
 {
     const xcb_void_cookie_t cookie = xcb_grab_key_checked(m_connection.get(), 0, wanted.root, wanted.modifiers,
                                                           wanted.keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
@@ -122,7 +119,7 @@ bool GlobalHotkey::Backend::grab(const Grab& wanted)
     return !error;
 }
 
-void GlobalHotkey::Backend::ungrabAll()
+void X11Backend::ungrabAll()
 {
     for (const Grab& made : m_grabs)
         xcb_ungrab_key(m_connection.get(), made.keycode, made.root, made.modifiers);
@@ -130,7 +127,7 @@ void GlobalHotkey::Backend::ungrabAll()
     xcb_flush(m_connection.get());
 }
 
-void GlobalHotkey::Backend::readEvents()
+void X11Backend::readEvents()
 {
     while (isConnected()) {
         const std::unique_ptr<xcb_generic_event_t, FreeEvent> event(xcb_poll_for_event(m_connection.get()));
@@ -142,7 +139,7 @@ void GlobalHotkey::Backend::readEvents()
     m_notifier->setEnabled(false);
 }
 
-void GlobalHotkey::Backend::handle(const xcb_generic_event_t& event)
+void X11Backend::handle(const xcb_generic_event_t& event)
 {
     switch (event.response_type & kEventTypeMask) {
     case XCB_KEY_PRESS:
@@ -160,7 +157,7 @@ void GlobalHotkey::Backend::handle(const xcb_generic_event_t& event)
     }
 }
 
-void GlobalHotkey::Backend::onKeyPress(const xcb_key_press_event_t& event)
+void X11Backend::onKeyPress(const xcb_key_press_event_t& event)
 {
     // A key that repeats comes as a release and a press of the same moment.
     const bool repeated = m_held || event.time == m_releasedAt;
@@ -169,31 +166,25 @@ void GlobalHotkey::Backend::onKeyPress(const xcb_key_press_event_t& event)
         QMetaObject::invokeMethod(&m_owner, &GlobalHotkey::activated, Qt::QueuedConnection);
 }
 
-void GlobalHotkey::Backend::onMappingChanged(const xcb_mapping_notify_event_t& event)
+void X11Backend::onMappingChanged(const xcb_mapping_notify_event_t& event)
 {
     if (event.request == XCB_MAPPING_POINTER || !m_key)
         return;
+    const bool wasTaken = !m_grabs.empty();
     ungrabAll();
     const QString trouble = grabAll();
-    if (!trouble.isEmpty())
-        qWarning("The hotkey is lost with the new keyboard layout: %s", qUtf8Printable(trouble));
+    const bool isTaken = trouble.isEmpty();
+    if (isTaken != wasTaken)
+        QMetaObject::invokeMethod(
+            &m_owner, [&owner = m_owner, isTaken, trouble] { emit owner.availabilityChanged(isTaken, trouble); },
+            Qt::QueuedConnection);
 }
 
-GlobalHotkey::GlobalHotkey(QObject* parent) : QObject(parent), m_backend(std::make_unique<Backend>(*this)) {}
+} // namespace
 
-GlobalHotkey::~GlobalHotkey() = default;
-
-bool GlobalHotkey::registerKey(const QKeySequence& sequence)
+std::unique_ptr<GlobalHotkey::Backend> GlobalHotkey::Backend::create(GlobalHotkey& owner)
 {
-    m_backend->release();
-    m_failureReason.clear();
-    if (sequence.isEmpty())
-        return true;
-    const QString trouble = m_backend->take(sequence[0]);
-    if (!trouble.isEmpty())
-        m_failureReason = QStringLiteral("The hotkey %1 cannot be used: %2")
-                              .arg(sequence.toString(QKeySequence::PortableText), trouble);
-    return trouble.isEmpty();
+    return std::make_unique<X11Backend>(owner);
 }
 
 } // namespace platform

@@ -109,7 +109,7 @@ private slots:
         QVERIFY(other.registerKey(QKeySequence(Qt::Key_F9)));
         GlobalHotkey hotkey(nullptr);
         QVERIFY(!hotkey.registerKey(QKeySequence(Qt::Key_F9)));
-        QCOMPARE(hotkey.failureReason(), QStringLiteral("The hotkey F9 cannot be used: another program holds it"));
+        QCOMPARE(hotkey.failureReason(), QStringLiteral("another program holds it"));
         QVERIFY(other.registerKey(QKeySequence()));
         QVERIFY(hotkey.registerKey(QKeySequence(Qt::Key_F9)));
         QCOMPARE(hotkey.failureReason(), QString());
@@ -119,8 +119,7 @@ private slots:
     {
         GlobalHotkey hotkey(nullptr);
         QVERIFY(!hotkey.registerKey(QKeySequence(Qt::Key_Select)));
-        QCOMPARE(hotkey.failureReason(),
-                 QStringLiteral("The hotkey Select cannot be used: the keyboard has no such key"));
+        QCOMPARE(hotkey.failureReason(), QStringLiteral("the keyboard has no such key"));
     }
 
     void anotherKeyReplacesTheFirst()
@@ -158,6 +157,20 @@ private slots:
         QCOMPARE(activated.size(), 0);
         xdotool({"keydown", "ctrl", "key", "52", "keyup", "ctrl"});
         QTRY_COMPARE(activated.size(), 1);
+    }
+
+    void saysWhenALayoutLacksTheKeyAndWhenItIsBack()
+    {
+        setKeyboardLayout(QStringLiteral("de"));
+        GlobalHotkey hotkey(nullptr);
+        QTRY_VERIFY(hotkey.registerKey(QKeySequence(Qt::CTRL | Qt::Key_Adiaeresis)));
+        const QSignalSpy available(&hotkey, &GlobalHotkey::availabilityChanged);
+        setKeyboardLayout(QStringLiteral("us"));
+        QTRY_COMPARE(available.size(), 1);
+        QCOMPARE(available.at(0), (QVariantList{false, QStringLiteral("the keyboard has no such key")}));
+        setKeyboardLayout(QStringLiteral("de"));
+        QTRY_COMPARE(available.size(), 2);
+        QCOMPARE(available.at(1), (QVariantList{true, QString()}));
     }
 };
 

@@ -77,6 +77,7 @@ private slots:
         row("device name with an ending", "con.demo", "demo");
         row("two device names", "aux.prn.demo", "demo");
         row("device name and a blank", "NUL .demo", "demo");
+        row("device name that the cut leaves", "CON" + QString(236, u' ') + QChar(u'録'), "");
         row("device name within a word stays", "console", "console");
         row("percent signs stay", "100%d %1", "100%d %1");
         row("one dot", ".", "");

@@ -443,6 +443,20 @@ private slots:
         QCOMPARE(logged().last(), QStringLiteral("Error: The recording ended by itself: disk full"));
     }
 
+    void recordingWhoseEndIsOnItsWayIsNotStoppedAgain()
+    {
+        m_session->requestStart();
+        m_recorder->pollsUntilDrained = kNever;
+        m_session->requestStop();
+        // The engine's flag is down before its queued word has arrived.
+        m_recorder->recording = false;
+        QTest::qWait(50);
+        QCOMPARE(m_calls.count(QStringLiteral("stop 0")), 0);
+        m_recorder->endByItself(QStringLiteral("disk full"));
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(logged().last(), QStringLiteral("Error: The recording ended by itself: disk full"));
+    }
+
     void lateEndOfAnEndedRecordingIsIgnored()
     {
         m_session->onRecordStatusChanged(2);

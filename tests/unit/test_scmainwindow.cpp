@@ -12,10 +12,12 @@
 #include <QDesktopServices>
 #include <QElapsedTimer>
 #include <QEnterEvent>
+#include <QFile>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSet>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -182,9 +184,61 @@ private slots:
     {
         SCMainWindow window;
         window.show();
+        const MessageCapture messages;
         QTimer::singleShot(200, &window, &QWidget::close);
+        QElapsedTimer elapsed;
+        elapsed.start();
         child<QPushButton>(window, "recordButton")->click();
+        QVERIFY(elapsed.elapsed() < 2000);
+        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
         QTRY_VERIFY(!window.isVisible());
+    }
+
+    void closingTheCountdownItselfCancelsIt()
+    {
+        SCMainWindow window;
+        window.show();
+        const MessageCapture messages;
+        QTimer::singleShot(200, &window, [] {
+            for (QWidget* const shown : QApplication::topLevelWidgets()) {
+                if (shown->inherits("SCCountdownWidget"))
+                    shown->close();
+            }
+        });
+        child<QPushButton>(window, "recordButton")->click();
+        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
+        QVERIFY(messages.texts().filter(QStringLiteral("OBS wrapper")).isEmpty());
+    }
+
+    void cancelledCountdownLeavesTheKeyboardFocusWhereItWas()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const button = child<QPushButton>(window, "recordButton");
+        button->setFocus();
+        QTimer::singleShot(200, button, &QPushButton::click);
+        button->click();
+        QCoreApplication::processEvents();
+        QCOMPARE(window.focusWidget(), button);
+    }
+
+    void folderDialogDoesNotOpenDuringTheCountdown()
+    {
+        SCMainWindow window;
+        window.show();
+        const QWidget* dialog = nullptr;
+        QTimer::singleShot(200, &window, [&window, &dialog] {
+            // Should one open after all, it must not hold the test up.
+            QTimer::singleShot(200, &window, [&dialog] {
+                dialog = QApplication::activeModalWidget();
+                if (dialog != nullptr)
+                    QApplication::activeModalWidget()->close();
+            });
+            child<QPushButton>(window, "changeLocationButton")->click();
+        });
+        QTimer::singleShot(600, child<QPushButton>(window, "recordButton"), &QPushButton::click);
+        child<QPushButton>(window, "recordButton")->click();
+        QCOMPARE(dialog, nullptr);
     }
 
     void programThatEndsDuringTheCountdownStartsNothing()
@@ -267,22 +321,60 @@ private slots:
         SCMainWindow window;
         for (const char* name : {"closeBtn", "minimizeBtn"}) {
             auto* const button = child<QPushButton>(window, name);
-            const qint64 normal = button->icon().cacheKey();
+            const QString base = QStringLiteral(":/res/forms/images/%1").arg(QLatin1String(name).chopped(3).toString());
             QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
             QCoreApplication::sendEvent(button, &enter);
-            const qint64 light = button->icon().cacheKey();
-            QVERIFY(light != normal);
+            QCOMPARE(picture(button->icon()), picture(QIcon(base + QLatin1String("-white.svg"))));
             QEvent leave(QEvent::Leave);
             QCoreApplication::sendEvent(button, &leave);
-            QVERIFY(button->icon().cacheKey() != light);
+            QCOMPARE(picture(button->icon()), picture(QIcon(base + QLatin1String(".svg"))));
         }
     }
 
-    void missingEntryOfTheHotkeyShowsNoHint()
+    void noHotkeyShowsNoHint()
     {
         SCMainWindow window;
         window.show();
         QVERIFY(!child<QLabel>(window, "hotkeyLabel")->isVisible());
+    }
+
+    void hotkeyThatNamesNoKeyIsLoggedWithItsTextAndShowsNoHint()
+    {
+        openSettings()->setValue(settingskeys::kRecordingHotkey, QStringLiteral("garbage"));
+        const MessageCapture messages;
+        SCMainWindow window;
+        window.show();
+        QVERIFY(!child<QLabel>(window, "hotkeyLabel")->isVisible());
+        QVERIFY(messages.texts().contains(
+            QStringLiteral("[WARNING] The hotkey \"garbage\" cannot be used: there is no such key")));
+    }
+
+    void everyTextOfTheWindowIsAKeyOfTheTranslations()
+    {
+        class Listing : public QTranslator
+        {
+        public:
+            QString translate(const char* context, const char* text, const char*, int) const override
+            {
+                // What Qt's own widgets ask for is Qt's to translate.
+                if (QLatin1String(context) == QLatin1String("SCMainWindow"))
+                    asked.insert(QString::fromUtf8(text));
+                return {};
+            }
+            bool isEmpty() const override { return false; }
+
+            mutable QSet<QString> asked;
+        };
+        Listing listing;
+        QApplication::installTranslator(&listing);
+        const SCMainWindow window;
+        QApplication::removeTranslator(&listing);
+        QVERIFY(listing.asked.contains(QStringLiteral("Start Recording")));
+        QFile file(QStringLiteral(":/locales/en_US.ini"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString keys = QString::fromUtf8(file.readAll());
+        for (const QString& text : std::as_const(listing.asked))
+            QVERIFY2(keys.contains(text + QLatin1String(" = \"")), qPrintable(text));
     }
 
     void styleSheetIsLoaded()
@@ -296,6 +388,9 @@ private slots:
     }
 
 private:
+    /// What the icon shows; empty where the system has no plug-in for its format.
+    static QImage picture(const QIcon& icon) { return icon.pixmap(QSize(24, 24)).toImage(); }
+
     template <typename Widget>
     static Widget* child(const SCMainWindow& window, const char* name)
     {
