@@ -48,7 +48,7 @@ QString chosenLanguage(const QSettings& settings)
 {
     if (settings.contains(settingskeys::kLanguage))
         return settings.value(settingskeys::kLanguage).toString();
-    const QString locale = QLocale::system().name();
+    QString locale = QLocale::system().name();
     SCLogger::info(QStringLiteral("System locale: %1").arg(locale));
     return locale;
 }
