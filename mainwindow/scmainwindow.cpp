@@ -4,6 +4,7 @@
 #include "app/settings.h"
 #include "app/settingstables.h"
 #include "app/webaddresses.h"
+#include "engine/capturetargets.h"
 #include "engine/obswrapper.h"
 #include "mainwindow/sccountdownwidget.h"
 #include "platform/capture_exclusion.h"
@@ -256,9 +257,15 @@ bool SCMainWindow::resetRecordingArea()
 
 bool SCMainWindow::setCaptureTarget(const CaptureMargins& margins)
 {
-    const QByteArray target = m_obs->captureTargetNames().value(0).toUtf8();
-    return m_obs->setCaptureTarget(target.constData(), ObsWrapper::kCaptureMonitor, margins.cropped, margins.left,
-                                   margins.right, margins.top, margins.bottom);
+    const QStringList& names = m_obs->captureTargetNames();
+    const QString target = captureTargetForScreen(names, primaryScreen().physicalGeometry());
+    const bool found =
+        m_obs->setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped, margins.left,
+                                margins.right, margins.top, margins.bottom);
+    if (!found)
+        SCLogger::warning(QStringLiteral("The primary screen is none of the engine's screens: \"%1\"")
+                              .arg(names.join(QLatin1String("\", \""))));
+    return found;
 }
 
 void SCMainWindow::onChangeLocationClicked()
@@ -367,6 +374,8 @@ void SCMainWindow::cancelCountdown()
 
 bool SCMainWindow::prepareCapture()
 {
+    // Screens come and go between recordings.
+    m_obs->refreshCaptureTargets(false);
     return resetRecordingArea() && setCaptureTarget(m_captureArea.margins(primaryScreen()));
 }
 
