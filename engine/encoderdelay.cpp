@@ -73,7 +73,7 @@ ObsOutputHandle createTrialOutput(RecordingFormat format, const FfmpegRequest& r
 bool pushFrame(video_t* line, int number)
 {
     const video_output_info* info = video_output_get_info(line);
-    video_frame frame;
+    video_frame frame{};
     const auto timestamp = static_cast<uint64_t>(number + 1) * video_output_get_frame_time(line);
     if (!video_output_lock_frame(line, &frame, 1, timestamp))
         return false;

@@ -128,7 +128,7 @@ void ObsWrapper::measureEncoderDelay(RecordingFormat format, const FfmpegRequest
 {
     m_trialFormat = format;
     m_trial = request;
-    obs_video_info video;
+    obs_video_info video{};
     // The line of an engine whose video is not set up cannot even be asked for.
     if (obs_get_video_info(&video))
         m_encoderDelay.measure(format, request, *video_output_get_info(obs_get_video()));
