@@ -20,6 +20,7 @@ void CaptureProgress::connect(std::size_t mixerIndex)
     m_framesSinceMark = 0;
     m_picture = nullptr;
     m_pictureNs = 0;
+    m_hasPicture = false;
     m_soundNs = 0;
     m_pictureGate.setBypassed(false);
     m_soundGate.setBypassed(false);
@@ -40,6 +41,14 @@ void CaptureProgress::disconnect()
     obs_remove_raw_audio_callback(m_mixerIndex, &CaptureProgress::onSound, this);
     obs_remove_raw_video_callback(&CaptureProgress::onFrame, this);
     m_connected = false;
+}
+
+bool CaptureProgress::waitForPicture(int timeoutMs) const
+{
+    constexpr int kStepMs = 2;
+    for (int waitedMs = 0; !m_hasPicture && waitedMs < timeoutMs; waitedMs += kStepMs)
+        os_sleep_ms(kStepMs);
+    return m_hasPicture;
 }
 
 void CaptureProgress::mark()
@@ -67,6 +76,7 @@ std::int64_t CaptureProgress::soundSinceMarkNs() const
 void CaptureProgress::onFrame(void* param, video_data* frame)
 {
     auto& self = *static_cast<CaptureProgress*>(param);
+    self.m_hasPicture = true;
     // An engine that is late hands a picture out several times, each time with the next time stamp: the first one is
     // when it was taken. Another picture lies elsewhere in the line's buffer.
     if (frame->data[0] != self.m_picture) {

@@ -30,6 +30,12 @@ public:
     /// Stops following; no callback runs any more when it returns. The engine must still be running.
     void disconnect();
 
+    /// Waits until a picture has come since connect(). The first one after an idle time can take some tenths of a
+    /// second, for which the output would leave out the sound.
+    ///
+    /// @return false when none came within the time
+    bool waitForPicture(int timeoutMs) const;
+
     /// Takes the present moment as the mark, unless one was taken since connect().
     void mark();
     bool isMarked() const;
@@ -72,6 +78,7 @@ private:
     const std::uint8_t* m_picture = nullptr;
     std::uint64_t m_pictureNs = 0;
     std::atomic<std::uint64_t> m_markNs{kNoMark};
+    std::atomic<bool> m_hasPicture{false};
     std::atomic<int> m_framesSinceMark{0};
     std::atomic<std::uint64_t> m_soundNs{0};
 };

@@ -18,6 +18,8 @@ constexpr size_t kRecordedMixer = 1;
 constexpr size_t kStreamMixer = 0;
 constexpr size_t kArchiveMixer = 1;
 
+/// The first picture comes after tens of milliseconds, or some hundreds when shaders have to be compiled for it.
+constexpr int kFirstPictureLimitMs = 1000;
 /// Opening a file and its encoders takes tens of milliseconds; an output that needs longer is not waited for.
 constexpr int kOutputStartLimitMs = 3000;
 /// An output that ended by itself still closes its file after it has said so, on a thread that libobs does not join.
@@ -151,12 +153,15 @@ int ObsWrapper::startRecording()
     m_stoppedEarly = false;
     m_endedByItselfNs = 0;
     setRecordingEnd({});
+    if (m_output) {
+        m_progress.connect(kRecordedMixer);
+        m_progress.waitForPicture(kFirstPictureLimitMs);
+    }
     emit recordStatusChanged(kStatusStarting);
     qDebug() << "Starting recording...";
     if (!m_output)
         return failToStart();
 
-    m_progress.connect(kRecordedMixer);
     // The output runs on threads of its own and may fail before obs_output_start() has even returned.
     ObsSignalConnection early(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStoppedEarly, this);
     if (!obs_output_start(m_output.get()))
