@@ -151,12 +151,14 @@ void TestFormats::checkStreams(const Expected& expected, const MediaFile& file)
 
 void TestFormats::checkRate(const MediaFile& file)
 {
-    // The last frames are left out: what an encoder keeps at the end leaves holes between the last it gave out.
+    // The ends are left out: the MPEG-4 encoder's second frame comes a place late, and what an encoder keeps at the end
+    // leaves holes between the last frames it gave out.
+    constexpr qsizetype kHead = 2;
     constexpr qsizetype kTail = kFramesPerSecond / 2;
     const QList<double>& times = file.video()->frameSeconds;
-    QVERIFY(times.size() > 2 * kTail);
-    const qsizetype counted = times.size() - kTail;
-    const double rate = static_cast<double>(counted - 1) / (times.at(counted - 1) - times.constFirst());
+    QVERIFY(times.size() > 2 * (kHead + kTail));
+    const qsizetype last = times.size() - kTail;
+    const double rate = static_cast<double>(last - kHead) / (times.at(last) - times.at(kHead));
     QVERIFY2(std::abs(rate - kFramesPerSecond) < 0.3, qPrintable(QString::number(rate)));
 }
 
