@@ -58,6 +58,7 @@ using Copies = std::vector<std::unique_ptr<StartedCopy>>;
 Copies startDozen(const Profile& profile)
 {
     Copies copies;
+    copies.reserve(12);
     for (int copy = 0; copy < 12; ++copy)
         copies.push_back(std::make_unique<StartedCopy>(profile));
     return copies;

@@ -50,7 +50,7 @@ void inNamedThread()
 
 [[gnu::noinline]] int recurse(int depth)
 {
-    volatile char frame[4096];
+    volatile char frame[4096] = {};
     frame[depth % 4096] = static_cast<char>(depth);
     return depth < g_deepest ? recurse(depth + 1) + frame[0] : 0;
 }

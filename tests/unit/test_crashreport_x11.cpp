@@ -99,7 +99,7 @@ private slots:
         for (int second = 0; second < 10; ++second) {
             QFile file(folder + now.addSecs(second).toString("'/crash_'yyyy-MM-dd_HH-mm-ss'.dmp'"));
             QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(QByteArray(1024 * 1024, 'x'));
+            file.write(QByteArray(1'000'000, 'x'));
         }
         const CrasherRun run("abort");
         QCOMPARE(run.folder(), folder);

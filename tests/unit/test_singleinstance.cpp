@@ -136,6 +136,7 @@ private slots:
         for (int round = 0; round < 5; ++round) {
             constexpr int kCopies = 12;
             std::vector<std::unique_ptr<SingleInstance>> copies;
+            copies.reserve(kCopies);
             for (int copy = 0; copy < kCopies; ++copy)
                 copies.push_back(std::make_unique<SingleInstance>(m_key));
             std::atomic<int> waiting = kCopies;
