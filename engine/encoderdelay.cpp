@@ -23,10 +23,16 @@ constexpr int kPlainEncoderFrames = 2;
 constexpr int kX264LatestPlace = 2;
 
 constexpr int kStartLimitMs = 5000;
-constexpr int kFrameLimitMs = 5000;
+/// An output that says that it failed to start has a few lines left to run.
+constexpr int kFailureSettleMs = 50;
+/// A picture takes milliseconds; an output must not be stopped while one is inside its encoder.
+constexpr int kFrameLimitMs = 60000;
 /// How long the output's writing thread gets to take up a picture that the encoder gave out. Too short a time makes the
 /// answer too large by one, never too small.
 constexpr int kWriterLimitMs = 15;
+
+/// For what has to be waited for, cancelled or not.
+const std::atomic<bool> kNotCancelled{false};
 
 /// libx264 starts three threads for two processors; each holds one picture.
 int x264ThreadFrames()
@@ -84,6 +90,11 @@ bool pushFrame(video_t* line, int number)
     return true;
 }
 
+void noteFailure(void* failed, calldata_t*)
+{
+    *static_cast<std::atomic<bool>*>(failed) = true;
+}
+
 std::optional<int> countFramesHeldBack(obs_output_t* output, video_t* line, int limit,
                                        const std::atomic<bool>& cancelled)
 {
@@ -91,7 +102,7 @@ std::optional<int> countFramesHeldBack(obs_output_t* output, video_t* line, int 
     for (int number = 0; number <= limit; ++number) {
         const uint32_t before = video_output_get_total_frames(line);
         const auto isEncoded = [line, before] { return video_output_get_total_frames(line) != before; };
-        if (!pushFrame(line, number) || !waitFor(kFrameLimitMs, cancelled, isEncoded))
+        if (cancelled || !pushFrame(line, number) || !waitFor(kFrameLimitMs, kNotCancelled, isEncoded))
             return {};
         if (waitFor(kWriterLimitMs, cancelled, isOut))
             return number;
@@ -116,12 +127,18 @@ std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& 
     if (!line)
         return {};
     const ObsOutputHandle output = createTrialOutput(format, request, line.get());
-    if (!output || !obs_output_start(output.get()))
+    if (!output)
+        return {};
+    std::atomic<bool> failed{false};
+    const ObsSignalConnection stop(obs_output_get_signal_handler(output.get()), "stop", &noteFailure, &failed);
+    if (!obs_output_start(output.get()))
         return {};
     // Not given up when cancelled: libobs cannot let go of an output that is starting.
-    const std::atomic<bool> never{false};
-    if (!waitFor(kStartLimitMs, never, [&output] { return obs_output_active(output.get()); }))
+    const auto isDecided = [&] { return failed || obs_output_active(output.get()); };
+    if (!waitFor(kStartLimitMs, kNotCancelled, isDecided) || failed) {
+        QThread::msleep(kFailureSettleMs);
         return {};
+    }
     std::optional<int> frames = countFramesHeldBack(output.get(), line.get(), encoderDelayBound(format), cancelled);
     obs_output_force_stop(output.get());
     if (frames && format == RecordingFormat::Mp4)
@@ -156,7 +173,7 @@ void EncoderDelay::measure(RecordingFormat format, const FfmpegRequest& request,
         if (const auto frames = runEncoderTrial(format, request, line, m_cancelled))
             keep({format, request.widthPx, request.heightPx, *frames});
     }));
-    m_thread->start(QThread::IdlePriority);
+    m_thread->start(QThread::LowPriority);
 }
 
 int EncoderDelay::frames(RecordingFormat format, const FfmpegRequest& request) const

@@ -28,8 +28,8 @@ std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& 
                                    const std::atomic<bool>& cancelled);
 
 /// Knows how many pictures the encoder of a recording holds back on this computer. It is measured in the background
-/// with the lowest priority: a recording that has started meanwhile goes first. What was found for a size holds for
-/// every smaller one: the encoders use fewer threads for a low picture, never more.
+/// with low priority. What was found for a size holds for every smaller one: the encoders use fewer threads for a low
+/// picture, never more.
 ///
 /// Belongs to one thread.
 class EncoderDelay

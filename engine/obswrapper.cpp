@@ -112,6 +112,8 @@ ObsWrapper::~ObsWrapper()
     if (m_output && m_recording)
         stopOutput(m_output.get(), false);
     m_progress.disconnect();
+    // The handler empties its own record: the record must not go while one is inside.
+    m_stopHandlers.waitUntilEmpty();
     waitUntilOutputIsSettled();
 }
 
@@ -130,7 +132,7 @@ bool ObsWrapper::initialize(int width, int height, int fps)
     obs_set_output_source(kDesktopChannel, m_desktopSource.get());
     m_levelTimer.start();
     // In good time for the first recording, which is never larger than this.
-    measureEncoderDelay(RecordingFormat::Mp4, {QString(), width, height, fps, kTrialBitRate});
+    measureEncoderDelay(RecordingFormat::Mp4, {QString(), evenSize(width), evenSize(height), fps, kTrialBitRate});
     return true;
 }
 

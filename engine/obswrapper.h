@@ -108,6 +108,8 @@ public:
 
     /// Starts the prepared recording, after status 0.
     ///
+    /// Not from a slot that status 2 calls directly: that returns -1 without a further signal. Connect it queued.
+    ///
     /// @return 0 when the output started, though it may still end by itself with status 2; -1, after status 2, when not
     int startRecording();
 
@@ -208,6 +210,9 @@ private:
     void giveEncodersTheSound();
     int failToStart();
     void connectStopHandler();
+    void dropStopHandler();
+    void stopFollowing();
+    static void waitUntilWritten(const obs_output_t* output);
     void noteStop(calldata_t* stopSignal);
     void endRecording();
     void setRecordingEnd(const RecordingEnd& end);
@@ -235,6 +240,8 @@ private:
     /// A started recording whose end has not been signalled yet: what makes status 2 come exactly once.
     std::atomic<bool> m_endOwed{false};
     std::atomic<bool> m_stoppedEarly{false};
+    /// Status 2 is being signalled from inside a call on this object's own thread.
+    bool m_endingOnOwnThread = false;
     /// When the output ended by itself, on libobs' clock; 0 when it did not.
     std::atomic<std::uint64_t> m_endedByItselfNs{0};
     /// Guards m_outputSignal, which the stop handler empties, and m_recordingEnd.

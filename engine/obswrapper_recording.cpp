@@ -61,6 +61,10 @@ bool ObsWrapper::createOutputMode()
 {
     qDebug() << "Creating output mode...";
     qDebug() << "Creating ffmpeg_output...";
+    if (m_output && m_recording) {
+        waitUntilOutputRuns();
+        stopOutput(m_output.get(), false);
+    }
     waitUntilOutputIsSettled();
     m_output.reset(obs_initialized() ? obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr)
                                      : nullptr);
@@ -147,6 +151,10 @@ void ObsWrapper::giveEncodersTheSound()
 
 int ObsWrapper::startRecording()
 {
+    if (m_endingOnOwnThread) {
+        qWarning() << "A recording cannot start before the end of the last one has been signalled to everybody";
+        return -1;
+    }
     // A handler of the previous recording may still be at its last lines.
     m_stopHandlers.waitUntilEmpty();
     m_endOwed = true;
@@ -184,9 +192,25 @@ void ObsWrapper::connectStopHandler()
         previous = std::move(m_outputSignal);
     }
     previous.reset();
-    const QMutexLocker locker(&m_endMutex);
-    m_outputSignal =
-        ObsSignalConnection(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStopped, this);
+    // Connected without the lock: libobs calls handlers while it holds the signal's own, and they take this one.
+    ObsSignalConnection connection(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStopped, this);
+    {
+        const QMutexLocker locker(&m_endMutex);
+        m_outputSignal = std::move(connection);
+    }
+    // Ended in between: the handler found nothing to take off.
+    if (!m_endOwed)
+        dropStopHandler();
+}
+
+void ObsWrapper::dropStopHandler()
+{
+    ObsSignalConnection connection;
+    {
+        const QMutexLocker locker(&m_endMutex);
+        connection = std::move(m_outputSignal);
+    }
+    connection.reset();
 }
 
 int ObsWrapper::failToStart()
@@ -229,19 +253,27 @@ void ObsWrapper::noteStop(calldata_t* stopSignal)
     // The output frees its encoders as soon as this returns. The lines pass it nothing any more, but may still be
     // inside.
     const CaptureProgress::StandStill still(m_progress);
+    // While it follows the lines the engine counts as active, and reads every picture back for nobody.
+    QMetaObject::invokeMethod(this, &ObsWrapper::stopFollowing, Qt::QueuedConnection);
+}
+
+void ObsWrapper::stopFollowing()
+{
+    if (!isRecording())
+        m_progress.disconnect();
 }
 
 void ObsWrapper::endRecording()
 {
     if (!m_endOwed.exchange(false))
         return;
+    const bool onOwnThread = QThread::currentThread() == thread();
+    if (onOwnThread)
+        m_endingOnOwnThread = true;
     emit recordStatusChanged(kStatusEnded);
-    ObsSignalConnection connection;
-    {
-        const QMutexLocker locker(&m_endMutex);
-        connection = std::move(m_outputSignal);
-    }
-    connection.reset();
+    if (onOwnThread)
+        m_endingOnOwnThread = false;
+    dropStopHandler();
     m_recording = false;
     m_paused = false;
 }
@@ -250,12 +282,10 @@ int ObsWrapper::stopRecording(bool force)
 {
     if (m_output) {
         waitUntilOutputRuns();
-        const std::uint64_t endedByItselfNs = m_endedByItselfNs;
         // Whoever hears of the end inside this call and prepares the next recording must not take this output away.
         const ObsOutputHandle output = std::move(m_output);
         stopOutput(output.get(), force);
         m_recordedFrames = static_cast<quint64>(obs_output_get_total_frames(output.get()));
-        m_endedByItselfNs = endedByItselfNs;
         waitUntilOutputIsSettled();
         m_endedByItselfNs = 0;
     }
@@ -268,10 +298,27 @@ int ObsWrapper::stopRecording(bool force)
 void ObsWrapper::stopOutput(obs_output_t* output, bool force)
 {
     const CaptureProgress::StandStill still(m_progress);
-    if (force)
+    if (force) {
         obs_output_force_stop(output);
-    else
-        obs_output_stop(output);
+        return;
+    }
+    waitUntilWritten(output);
+    obs_output_stop(output);
+}
+
+void ObsWrapper::waitUntilWritten(const obs_output_t* output)
+{
+    // A stop throws away what the encoders have given out and the disk has not taken yet.
+    constexpr int kStepMs = 10;
+    constexpr int kQuietSteps = 3;
+    constexpr int kLimitMs = 1000;
+    std::uint64_t bytes = obs_output_get_total_bytes(output);
+    for (int waitedMs = 0, quiet = 0; quiet < kQuietSteps && waitedMs < kLimitMs; waitedMs += kStepMs) {
+        QThread::msleep(kStepMs);
+        const std::uint64_t now = obs_output_get_total_bytes(output);
+        quiet = now == bytes ? quiet + 1 : 0;
+        bytes = now;
+    }
 }
 
 bool ObsWrapper::isOutputStarting() const
@@ -306,7 +353,10 @@ bool ObsWrapper::isRecordingEndReached() const
         return true;
     if (!m_progress.isMarked())
         return false;
-    const bool picture = !hasVideo(m_format) || m_progress.framesSinceMark() > encoderDelayFrames();
+    const int delay = encoderDelayFrames();
+    // Pictures that passed while the file was still being opened have not reached the encoder.
+    const bool picture =
+        !hasVideo(m_format) || (m_progress.framesSinceMark() > delay && recordedFrames() > static_cast<quint64>(delay));
     const bool sound = m_format == RecordingFormat::Gif || m_progress.soundSinceMarkNs() > kSoundDelayNs;
     return picture && sound;
 }

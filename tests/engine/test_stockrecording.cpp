@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QImage>
 #include <QPixmap>
@@ -97,9 +98,41 @@ private slots:
             QVERIFY(!obs_video_active());
             QTest::qWait(5);
         }
+    }
+
+    void cancelledTrialFindsNothing()
+    {
+        EncoderDelay delay;
+        const FfmpegRequest request{QString(), m_screen.width(), m_screen.height(), kFps, kBitRate};
+        delay.measure(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()));
         delay.cancel();
         QVERIFY(!delay.isMeasured(RecordingFormat::Mp4, request));
         QCOMPARE(delay.frames(RecordingFormat::Mp4, request), encoderDelayBound(RecordingFormat::Mp4));
+    }
+
+    void trialCanBeCancelledAtAnyMoment()
+    {
+        // Never with a picture inside the encoder, which goes with the trial: that would crash.
+        const FfmpegRequest request{QString(), m_screen.width(), m_screen.height(), kFps, kBitRate};
+        for (int round = 0; round < 10; ++round) {
+            EncoderDelay delay;
+            delay.measure(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()));
+            QTest::qWait(25 + 27 * round);
+            delay.cancel();
+        }
+    }
+
+    void trialWhoseOutputCannotBeOpenedEndsAtOnce()
+    {
+        // libx264 refuses an odd width of I420.
+        EncoderDelay delay;
+        const FfmpegRequest request{QString(), m_screen.width() - 1, m_screen.height(), kFps, kBitRate};
+        delay.measure(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()));
+        QElapsedTimer timer;
+        timer.start();
+        delay.cancel();
+        QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY(!delay.isMeasured(RecordingFormat::Mp4, request));
     }
 
     void delayOfALargePictureHoldsForSmallerOnes()
