@@ -1,16 +1,17 @@
 #include "app/singleinstance.h"
 
 #include "app/sclogger.h"
+#include "platform/shared_segment.h"
 #include "platform/window_activation.h"
 
 #include <QThread>
-
-#include <cstring>
 
 namespace {
 
 constexpr int kAttempts = 20;
 constexpr unsigned long kAttemptIntervalMs = 50;
+/// A visit at the segment takes well under a millisecond.
+constexpr unsigned long kGateIntervalMs = 5;
 constexpr int kFlashes = 3;
 
 void bringToFront(quint64 window)
@@ -31,9 +32,15 @@ struct SingleInstance::Block
     qint64 processId;
 };
 
-SingleInstance::SingleInstance(const QString& key) : m_memory(key), m_lock(key)
+SingleInstance::SingleInstance(const QString& key) : m_lock(key), m_gate(gateName(key))
 {
     static_assert(sizeof(Block) == 16);
+    platform::nameSegment(m_memory, key);
+}
+
+QString SingleInstance::gateName(const QString& key)
+{
+    return key + QLatin1String("-gate");
 }
 
 SingleInstance::~SingleInstance()
@@ -43,24 +50,48 @@ SingleInstance::~SingleInstance()
 
 SingleInstance::Role SingleInstance::claim()
 {
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        switch (claimOnce()) {
-        case Attempt::First:
-            SCLogger::info(QStringLiteral("Created shared memory for single instance"));
-            return Role::First;
-        case Attempt::Second:
-            m_lock.release();
-            return Role::Second;
-        case Attempt::Unguarded:
-            return giveUpGuard(m_memory.errorString());
-        case Attempt::Again:
-            QThread::msleep(kAttemptIntervalMs);
-        }
+    for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+        // Whoever keeps the gate shut for so long is stopped and does nothing behind it.
+        if (!enterGate() && attempt < kAttempts)
+            continue;
+        const Attempt outcome = claimOnce();
+        m_gate.release();
+        if (outcome != Attempt::Again)
+            return conclude(outcome);
+        QThread::msleep(kAttemptIntervalMs);
     }
     // Somebody holds the lock and shows no segment, or a segment that nobody may remove.
-    readFirstCopy();
+    return conclude(Attempt::Second);
+}
+
+SingleInstance::Role SingleInstance::conclude(Attempt outcome)
+{
+    if (outcome == Attempt::First) {
+        SCLogger::info(QStringLiteral("Created shared memory for single instance"));
+        return Role::First;
+    }
     m_lock.release();
-    return Role::Second;
+    if (outcome == Attempt::Second)
+        return Role::Second;
+    SCLogger::error(QStringLiteral("Unable to create shared memory: %1").arg(m_memory.errorString()));
+    return Role::Unguarded;
+}
+
+bool SingleInstance::enterGate()
+{
+    using State = platform::InstanceLock::State;
+    for (unsigned long waited = 0; waited < kAttemptIntervalMs; waited += kGateIntervalMs) {
+        if (m_gate.tryLock() != State::HeldByAnother)
+            return true;
+        QThread::msleep(kGateIntervalMs);
+    }
+    return false;
+}
+
+void SingleInstance::enterGateOrWaitItOut()
+{
+    for (int attempt = 0; attempt < kAttempts && !enterGate(); ++attempt) {
+    }
 }
 
 SingleInstance::Attempt SingleInstance::claimOnce()
@@ -76,8 +107,8 @@ SingleInstance::Attempt SingleInstance::claimOnce()
 
 SingleInstance::Attempt SingleInstance::replaceStaleSegment()
 {
-    // Detaching removes the segment, unless somebody else is attached: for a moment a second copy that looks at it, or
-    // for life a first copy without a lock. The moment passes; what is still there after the last attempt is alive.
+    // Detaching removes the segment, unless somebody else is attached: for life a first copy without a lock, or a
+    // second copy that was stopped while it looked. What is still there after the last attempt is alive.
     if (m_memory.attach())
         m_memory.detach();
     const Attempt attempt = create();
@@ -100,19 +131,10 @@ bool SingleInstance::readFirstCopy()
     if (!m_memory.attach())
         return false;
     Block block{};
-    m_memory.lock();
-    std::memcpy(&block, m_memory.constData(), sizeof(block));
-    m_memory.unlock();
+    platform::readSegment(m_memory, &block, sizeof(block));
     m_memory.detach();
     m_firstWindow = block.windowHandle;
     return true;
-}
-
-SingleInstance::Role SingleInstance::giveUpGuard(const QString& reason)
-{
-    SCLogger::error(QStringLiteral("Unable to create shared memory: %1").arg(reason));
-    m_lock.release();
-    return Role::Unguarded;
 }
 
 void SingleInstance::handOver() const
@@ -128,15 +150,18 @@ void SingleInstance::publish(quint64 windowHandle, qint64 processId)
     if (!m_memory.isAttached())
         return;
     const Block block{windowHandle, processId};
-    m_memory.lock();
-    std::memcpy(m_memory.data(), &block, sizeof(block));
-    m_memory.unlock();
+    enterGateOrWaitItOut();
+    platform::writeSegment(m_memory, &block, sizeof(block));
+    m_gate.release();
     SCLogger::info(QStringLiteral("Stored window handle and process ID in shared memory"));
 }
 
 void SingleInstance::release()
 {
-    if (m_memory.isAttached())
+    if (m_memory.isAttached()) {
+        enterGateOrWaitItOut();
         m_memory.detach();
+    }
     m_lock.release();
+    m_gate.release();
 }

@@ -14,27 +14,30 @@
 /// Windows removes a segment with the last process that holds it. Elsewhere it outlives a copy that is killed, so a
 /// segment alone does not prove that its maker lives; a lock that the kernel drops with its holder does
 /// (platform::InstanceLock). It is taken before the segment is made, held for life, and released after the segment is
-/// given up. What that comes to:
+/// given up.
+///
+/// A second lock of that kind, the gate, is held for the moment in which a copy looks at, makes, fills or gives up the
+/// segment. One that is killed in there leaves nothing shut behind it, as the segment's own lock on those systems would
+/// be (platform::nameSegment). One that is stopped in there is waited for, for a short while, and then passed by.
+///
+/// What that comes to:
 ///
 /// - Lock free, segment there: its maker is dead, whether or not it had stored its process id. The segment is attached,
 ///   detached, which removes it, and created anew. Only the holder of the lock does so, so of a dozen simultaneous
-///   starts one makes the segment and the others find the lock taken. One of these may be attached to the dead copy's
-///   segment just then and keep it alive, so the holder tries again for a short while.
+///   starts one makes the segment and the others find the lock taken.
 /// - Lock held, segment there: another copy runs or starts; this one is the second.
-/// - Lock held, no segment: the other copy is between its first two steps, or between its last two. Both are tried
-/// again
-///   for a short while; then the other copy counts as one that has not published its window.
+/// - Lock held, no segment: the other copy was stopped between the two. It is tried again for a short while; then the
+///   other copy counts as one that has not published its window.
 /// - Killed between lock and segment: the lock went with it, there is no segment, the next copy is the first.
-/// - The first copy ends while another starts: the other finds either the segment, and hands over to a window that is
-///   about to go, or the lock or the segment gone, and becomes the first.
+/// - The first copy ends while another starts: the other finds either lock and segment, and hands over to a window that
+///   is about to go, or neither, and becomes the first.
 /// - Created by somebody else between attach and create, where there is no lock: attached again, and this copy is the
 ///   second.
 /// - Lock free, and the segment stays however often it is attached and detached: its maker runs, but could not lock
 ///   (below), or somebody removed its lock file; being attached, it keeps the segment. This copy is the second.
 /// - Another user's segment: it may neither be attached nor made, and this copy runs unguarded. It gives the lock back,
-/// so
-///   that a second start of this user runs unguarded as well instead of waiting for a segment that never comes.
-/// - The lock cannot be made: the segment alone decides, as on Windows.
+///   so that a second start of this user runs unguarded as well instead of waiting for a segment that never comes.
+/// - The locks cannot be made: the segment alone decides, as on Windows.
 class SingleInstance
 {
 public:
@@ -50,7 +53,7 @@ public:
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
-    /// Finds out which copy this is; takes a second at most, and hardly any time as a rule. Logs the making of the
+    /// Finds out which copy this is; takes two seconds at most, and hardly any time as a rule. Logs the making of the
     /// segment, or what kept it from being made. Call once.
     Role claim();
 
@@ -62,6 +65,9 @@ public:
 
     /// Gives up the segment, then the lock.
     void release();
+
+    /// The name of the lock (platform::InstanceLock) that is the gate to the segment of that key.
+    static QString gateName(const QString& key);
 
 private:
     struct Block;
@@ -77,9 +83,12 @@ private:
     Attempt replaceStaleSegment();
     Attempt create();
     bool readFirstCopy();
-    Role giveUpGuard(const QString& reason);
+    Role conclude(Attempt outcome);
+    bool enterGate();
+    void enterGateOrWaitItOut();
 
     QSharedMemory m_memory;
     platform::InstanceLock m_lock;
+    platform::InstanceLock m_gate;
     quint64 m_firstWindow = 0;
 };

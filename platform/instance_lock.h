@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// A lock that a running copy of the program holds for life and that cannot outlive it: proof that the owner of a
-/// shared segment is alive.
+/// A lock that cannot outlive the copy of the program that holds it. Held for life it proves that the owner of a shared
+/// segment is alive; held for a moment it keeps other copies from the segment without ever being left shut.
 ///
 /// On Windows a segment goes with the last process that holds it, so nothing needs proving and tryLock() says
 /// NotNeeded. On X11 systems a segment stays behind when its owner is killed; there the lock is an advisory lock

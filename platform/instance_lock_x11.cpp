@@ -69,6 +69,8 @@ void InstanceLock::release()
 {
     if (m_descriptor < 0)
         return;
+    // Not left to closing: a process that is just being started may still have a copy of the descriptor.
+    flock(m_descriptor, LOCK_UN);
     close(m_descriptor);
     m_descriptor = -1;
 }

@@ -1,21 +1,79 @@
 #include "app/appidentity.h"
 #include "app/singleinstance.h"
+#include "platform/instance_lock.h"
+#include "platform/shared_segment.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
+#include <QProcess>
 #include <QSharedMemory>
 #include <QTest>
+#include <QThread>
 
 #include <atomic>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <thread>
 #include <vector>
 
 using Role = SingleInstance::Role;
+
+namespace {
+
+/// What a user does not notice, with room for a busy machine.
+constexpr int kPromptMs = 2000;
+constexpr int kTimeoutMs = 20'000;
+
+/// Another copy of the program that stands still inside the gate, where this test program plays it (see main()).
+class CopyInTheGate
+{
+public:
+    /// @param with what it holds beside the gate: "lock", "segment".
+    CopyInTheGate(const QString& key, const QStringList& with)
+    {
+        m_process.start(QCoreApplication::applicationFilePath(), QStringList{"stand-in-the-gate", key} + with);
+        m_isThere = m_process.waitForReadyRead(kTimeoutMs) && m_process.readLine().trimmed() == "there";
+    }
+    ~CopyInTheGate() { kill(); }
+    CopyInTheGate(const CopyInTheGate&) = delete;
+    CopyInTheGate& operator=(const CopyInTheGate&) = delete;
+
+    bool isThere() const { return m_isThere; }
+
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished(kTimeoutMs);
+    }
+
+private:
+    QProcess m_process;
+    bool m_isThere = false;
+};
+
+/// What CopyInTheGate runs; does not return before it is killed.
+int standInTheGate(const QString& key, const QStringList& with)
+{
+    platform::InstanceLock gate(SingleInstance::gateName(key));
+    platform::InstanceLock lock(key);
+    QSharedMemory segment;
+    platform::nameSegment(segment, key);
+    gate.tryLock();
+    if (with.contains("lock"))
+        lock.tryLock();
+    if (with.contains("segment") && !segment.create(16))
+        return 1;
+    std::puts("there");
+    std::fflush(stdout);
+    for (;;)
+        QThread::sleep(1);
+}
+
+} // namespace
 
 class TestSingleInstance : public QObject
 {
@@ -131,6 +189,62 @@ private slots:
         QVERIFY(capture.texts().isEmpty());
     }
 
+    void aCopyKilledInsideTheGateLeavesItOpen_data()
+    {
+        QTest::addColumn<QStringList>("with");
+        QTest::newRow("gate") << QStringList();
+        QTest::newRow("gate and lock") << QStringList{"lock"};
+        QTest::newRow("gate, lock and segment") << QStringList{"lock", "segment"};
+    }
+
+    void aCopyKilledInsideTheGateLeavesItOpen()
+    {
+        QFETCH(const QStringList, with);
+        CopyInTheGate killed(m_key, with);
+        QVERIFY(killed.isThere());
+        killed.kill();
+        QElapsedTimer taken;
+        taken.start();
+        SingleInstance next(m_key);
+        QCOMPARE(next.claim(), Role::First);
+        next.publish(1, QCoreApplication::applicationPid());
+        SingleInstance second(m_key);
+        QCOMPARE(second.claim(), Role::Second);
+        QVERIFY2(taken.elapsed() < kPromptMs, qPrintable(QString::number(taken.elapsed())));
+    }
+
+    void aCopyStoppedInsideTheGateIsPassedBy()
+    {
+        const CopyInTheGate stopped(m_key, {});
+        QVERIFY(stopped.isThere());
+        QElapsedTimer taken;
+        taken.start();
+        SingleInstance next(m_key);
+        QCOMPARE(next.claim(), Role::First);
+        QVERIFY2(taken.elapsed() < 2 * kPromptMs, qPrintable(QString::number(taken.elapsed())));
+    }
+
+    void theFirstCopyIsFoundBehindAGateThatSomebodyStoppedIn()
+    {
+        SingleInstance first(m_key);
+        QCOMPARE(first.claim(), Role::First);
+        const CopyInTheGate stopped(m_key, {});
+        QVERIFY(stopped.isThere());
+        SingleInstance second(m_key);
+        QCOMPARE(second.claim(), Role::Second);
+    }
+
+    void noLockIsMadeThatOutlivesItsHolder()
+    {
+        SingleInstance first(m_key);
+        QCOMPARE(first.claim(), Role::First);
+        SingleInstance second(m_key);
+        QCOMPARE(second.claim(), Role::Second);
+        first.publish(1, QCoreApplication::applicationPid());
+        // The toolkit's semaphores are files there.
+        QCOMPARE(QDir::temp().entryList({"qipc_systemsem_*"}, QDir::Files), QStringList());
+    }
+
     void aDozenAtOnceLeaveExactlyOne()
     {
         for (int round = 0; round < 5; ++round) {
@@ -164,6 +278,9 @@ private slots:
 
 int main(int argc, char* argv[])
 {
+    // In the profile of the test that started it.
+    if (argc > 2 && QString(argv[1]) == "stand-in-the-gate")
+        return standInTheGate(argv[2], QStringList(argv + 3, argv + argc));
     const TestProfile profile;
     appidentity::apply();
     const QCoreApplication application(argc, argv);
