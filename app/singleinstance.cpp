@@ -1,6 +1,7 @@
 #include "app/singleinstance.h"
 
 #include "app/sclogger.h"
+#include "platform/process_life.h"
 #include "platform/shared_segment.h"
 #include "platform/window_activation.h"
 
@@ -98,8 +99,8 @@ SingleInstance::Attempt SingleInstance::claimOnce()
 {
     using State = platform::InstanceLock::State;
     const State lock = m_lock.tryLock();
-    if (lock == State::HeldByAnother)
-        return readFirstCopy() ? Attempt::Second : Attempt::Again;
+    if (lock == State::HeldByAnother) // by the maker of the segment, or by a copy that has yet to replace it
+        return readFirstCopy() && !m_isSegmentStale ? Attempt::Second : Attempt::Again;
     if (lock == State::Acquired)
         return replaceStaleSegment();
     return readFirstCopy() ? Attempt::Second : create();
@@ -133,7 +134,9 @@ bool SingleInstance::readFirstCopy()
     Block block{};
     platform::readSegment(m_memory, &block, sizeof(block));
     m_memory.detach();
-    m_firstWindow = block.windowHandle;
+    m_isSegmentStale = platform::isProcessGone(block.processId);
+    // The system may have given the window's handle to another program since.
+    m_firstWindow = m_isSegmentStale ? 0 : block.windowHandle;
     return true;
 }
 

@@ -26,8 +26,10 @@
 ///   detached, which removes it, and created anew. Only the holder of the lock does so, so of a dozen simultaneous
 ///   starts one makes the segment and the others find the lock taken.
 /// - Lock held, segment there: another copy runs or starts; this one is the second.
-/// - Lock held, no segment: the other copy was stopped between the two. It is tried again for a short while; then the
-///   other copy counts as one that has not published its window.
+/// - Lock held, and no segment, or one with the id of a process that is gone: the other copy was stopped before it
+/// could
+///   make the segment anew. It is tried again for a short while; then the other copy counts as one that has not
+///   published its window. A window of a dead copy is never handed over to: its handle may be another program's by now.
 /// - Killed between lock and segment: the lock went with it, there is no segment, the next copy is the first.
 /// - The first copy ends while another starts: the other finds either lock and segment, and hands over to a window that
 ///   is about to go, or neither, and becomes the first.
@@ -91,4 +93,5 @@ private:
     platform::InstanceLock m_lock;
     platform::InstanceLock m_gate;
     quint64 m_firstWindow = 0;
+    bool m_isSegmentStale = false;
 };

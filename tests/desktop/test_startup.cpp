@@ -3,14 +3,17 @@
 #include "tests/support/x11clients.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTest>
+#include <QThread>
 
 #include <algorithm>
 #include <csignal>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -51,6 +54,17 @@ quint64 topmostWindow()
 int countMessages(StartedCopy& copy, const QString& text)
 {
     return static_cast<int>(copy.messages().filter(text).size());
+}
+
+/// The id of a process that has ended.
+qint64 endedProcess()
+{
+    QProcess process;
+    process.start("sleep", {"0"});
+    process.waitForStarted(kTimeoutMs);
+    const qint64 id = process.processId();
+    process.waitForFinished(kTimeoutMs);
+    return id;
 }
 
 using Copies = std::vector<std::unique_ptr<StartedCopy>>;
@@ -138,6 +152,51 @@ private slots:
         QVERIFY(profile.logFiles().isEmpty());
     }
 
+    void aDeadCopysWindowIsNotHandedOverTo()
+    {
+        // As if this process had started after a crash and not yet replaced the segment, and a window of another
+        // program had been given the dead copy's handle.
+        const Profile profile;
+        qputenv("TMPDIR", profile.environment.value("TMPDIR").toLocal8Bit());
+        SingleInstance starting;
+        QCOMPARE(starting.claim(), SingleInstance::Role::First);
+        QWidget covered;
+        covered.showMaximized();
+        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), quint64{covered.winId()}, kTimeoutMs);
+        QWidget other;
+        other.showMaximized();
+        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), quint64{other.winId()}, kTimeoutMs);
+        starting.publish(covered.winId(), endedProcess());
+
+        StartedCopy second(profile);
+        QVERIFY(second.waitUntilEnded());
+        QCOMPARE(second.exitCode(), 0);
+        QVERIFY2(second.transcript().contains("[ERROR] Stored window handle is invalid"),
+                 qPrintable(second.transcript()));
+        QCOMPARE(topmostWindow(), quint64{other.winId()});
+    }
+
+    void aSegmentOfADeadCopyIsWaitedOut()
+    {
+        const Profile profile;
+        qputenv("TMPDIR", profile.environment.value("TMPDIR").toLocal8Bit());
+        SingleInstance starting;
+        QCOMPARE(starting.claim(), SingleInstance::Role::First);
+        starting.publish(1, endedProcess());
+        QElapsedTimer waited;
+        waited.start();
+        std::thread publisher([&starting] {
+            QThread::msleep(300);
+            starting.publish(1, QCoreApplication::applicationPid());
+        });
+        SingleInstance second;
+        const SingleInstance::Role role = second.claim();
+        publisher.join();
+        QCOMPARE(role, SingleInstance::Role::Second);
+        QVERIFY2(waited.elapsed() >= 300, qPrintable(QString::number(waited.elapsed())));
+        QVERIFY2(waited.elapsed() < 1000, qPrintable(QString::number(waited.elapsed())));
+    }
+
     void aDozenAtOnceLeaveExactlyOne()
     {
         const Profile profile;
@@ -162,7 +221,13 @@ private slots:
         QVERIFY(killed.waitUntilEnded());
         const Copies copies = startDozen(profile);
         QTRY_COMPARE_WITH_TIMEOUT(countRunning(copies), 1, 60'000);
-        QTest::qWait(500);
+        for (const auto& copy : copies) {
+            if (copy->isRunning())
+                QVERIFY2(copy->waitUntilPublished(), qPrintable(copy->transcript()));
+            else
+                QCOMPARE(copy->exitCode(), 0);
+            QCOMPARE(countMessages(*copy, "Unable to create shared memory"), 0);
+        }
         QCOMPARE(countRunning(copies), 1);
     }
 
