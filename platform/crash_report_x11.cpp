@@ -30,6 +30,8 @@ constexpr int kMaximumFrames = 128;
 /// A handler that waits for a lock the crashed program holds must not keep the program from ending.
 constexpr unsigned kReportTimeoutSeconds = 20;
 constexpr int kClockChanges = 16;
+/// Room for what makes a path of the prefix: "yyyy-MM-dd_HH-mm-ss.dmp".
+constexpr std::size_t kStampSize = 32;
 
 /// From this moment on (seconds since 1970, UTC) local time is ahead of UTC by so many seconds.
 struct ClockChange
@@ -40,11 +42,12 @@ struct ClockChange
 
 // What the handler needs, made ready at install: in a signal handler there is no allocating, no locking and no asking
 // the library for the local time.
-std::array<char, PATH_MAX> g_pathPrefix;
+std::array<char, PATH_MAX - kStampSize> g_pathPrefix;
 std::array<char, 128> g_program;
 std::array<ClockChange, kClockChanges> g_clockChanges;
 std::array<char, kAlternateStackSize> g_alternateStack;
 std::atomic<pid_t> g_reportingThread = 0;
+std::atomic<int> g_fatalSignal = 0;
 
 pid_t currentThread()
 {
@@ -147,13 +150,19 @@ void copyFile(SignalSafeWriter& report, const char* path)
     close(file);
 }
 
-/// A line with the thread's id and name; the name ends with a line end of its own.
+/// A line with the thread's id and name; without the name if it has ended since it was listed.
 void writeThread(SignalSafeWriter& report, std::string_view id)
 {
     SignalSafeWriter path(-1);
     path.text("/proc/self/task/").text(id).text("/comm");
     report.text("  ").text(id).text(" ");
-    copyFile(report, path.buffer());
+    // The kernel gives at most 16 bytes, a line end included.
+    std::array<char, 32> name{};
+    const int file = open(path.buffer(), O_RDONLY | O_CLOEXEC);
+    const ssize_t count = file < 0 ? 0 : read(file, name.data(), name.size());
+    close(file);
+    const std::string_view text(name.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    report.text(text.substr(0, text.find('\n'))).text("\n");
 }
 
 /// How the kernel lays out an entry of a folder. The C library has the same structure under its own name, but its
@@ -191,6 +200,13 @@ void writeStack(SignalSafeWriter& report, int file)
     report.text("\nCall stack of the thread that crashed:\n").flush();
     std::array<void*, kMaximumFrames> frames{};
     const int count = backtrace(frames.data(), static_cast<int>(frames.size()));
+    // First without names: with the loaded objects these will do, if asking the loader for names should hang because
+    // the program crashed, or another thread stands, inside it.
+    for (int frame = 0; frame < count; ++frame)
+        report.text("  ")
+            .hexadecimal(reinterpret_cast<uintptr_t>(frames.at(static_cast<std::size_t>(frame))))
+            .text("\n");
+    report.text("\nThe same with names:\n").flush();
     backtrace_symbols_fd(frames.data(), count, file);
 }
 
@@ -218,12 +234,38 @@ void restoreDefault(int number)
     sigaction(number, &action, nullptr);
 }
 
+/// Ends the process by the signal it crashed with, where its report hangs.
+void onReportTimeout(int /*number*/)
+{
+    const int number = g_fatalSignal;
+    restoreDefault(number);
+    sigset_t fatal = {};
+    sigemptyset(&fatal);
+    sigaddset(&fatal, number);
+    // The thread that hangs holds it back, and any thread may be the one that the alarm interrupts.
+    pthread_sigmask(SIG_UNBLOCK, &fatal, nullptr);
+    raise(number);
+}
+
+void startReportTimeout(int fatalSignal)
+{
+    g_fatalSignal = fatalSignal;
+    struct sigaction action = {};
+    action.sa_handler = onReportTimeout;
+    action.sa_flags = SA_ONSTACK;
+    sigaction(SIGALRM, &action, nullptr);
+    sigset_t timeout = {};
+    sigemptyset(&timeout);
+    sigaddset(&timeout, SIGALRM);
+    pthread_sigmask(SIG_UNBLOCK, &timeout, nullptr);
+    alarm(kReportTimeoutSeconds);
+}
+
 void onFatalSignal(int number, siginfo_t* information, void* /*context*/)
 {
     pid_t reporting = 0;
     if (g_reportingThread.compare_exchange_strong(reporting, currentThread())) {
-        restoreDefault(SIGALRM);
-        alarm(kReportTimeoutSeconds);
+        startReportTimeout(number);
         writeReport(number, *information);
         alarm(0);
     } else if (reporting != currentThread()) {

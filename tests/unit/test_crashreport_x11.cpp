@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <sys/stat.h>
 
 namespace {
 
@@ -74,9 +75,35 @@ private slots:
         QVERIFY(run.report().contains("Process: " + id + '\n'));
         QVERIFY(run.report().contains("Thread: " + id + '\n'));
         QVERIFY(run.report().contains("Code: 1\n"));
-        QVERIFY(section(run.report(), "Call stack").contains("kestrano_test_crash_here+0x"));
+        QVERIFY(section(run.report(), "The same with names:").contains("kestrano_test_crash_here+0x"));
         QVERIFY(section(run.report(), "Loaded objects").contains("/kestrano_test_crasher\n"));
         QVERIFY(section(run.report(), "Loaded objects").contains("/libQt6Core.so"));
+    }
+
+    void theStackIsThereWithoutNamesFirst()
+    {
+        const CrasherRun run("segv");
+        const QList<QByteArray> frames = section(run.report(), "Call stack").split('\n').mid(1);
+        const QByteArray named = section(run.report(), "The same with names:");
+        QVERIFY2(frames.size() >= 4, run.report().constData());
+        for (const QByteArray& frame : frames)
+            QVERIFY2(named.contains('[' + frame.trimmed() + ']'), run.report().constData());
+    }
+
+    void aReportThatHangsDoesNotChangeHowTheProgramEnds()
+    {
+        // Nobody reads from the pipes that stand where the report's file would be made.
+        const QString folder = m_profile->path() + "/home/.qttest/share/Tolvaran/Kestrano/logs";
+        QVERIFY(QDir().mkpath(folder));
+        const QDateTime now = QDateTime::currentDateTime();
+        for (int second = 0; second < 20; ++second) {
+            const QString path = folder + now.addSecs(second).toString("'/crash_'yyyy-MM-dd_HH-mm-ss'.dmp'");
+            QCOMPARE(mkfifo(QFile::encodeName(path).constData(), S_IRUSR | S_IWUSR), 0);
+        }
+        const CrasherRun run("abort");
+        QCOMPARE(run.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(run.exitCode(), SIGABRT);
+        QVERIFY(now.secsTo(QDateTime::currentDateTime()) >= 19);
     }
 
     void allThreadsAreListedByName()
