@@ -1,10 +1,12 @@
 #pragma once
 
+#include "tests/support/settingsrefuge.h"
+
 #include <QTemporaryDir>
 
 /// A user profile of its own for one test program: home, XDG folders and the folder of temporary files (and with it the
-/// single-instance segment) lie under a temporary directory that goes with the object. Make it first thing in main(),
-/// before the application object.
+/// single-instance segment) lie under a temporary directory that goes with the object, and on Windows the registry is
+/// an empty one. Make it first thing in main(), before the application object.
 class TestProfile
 {
 public:
@@ -15,4 +17,5 @@ public:
 
 private:
     QTemporaryDir m_root;
+    SettingsRefuge m_settings;
 };

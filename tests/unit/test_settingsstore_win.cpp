@@ -1,43 +1,9 @@
 #include "app/appidentity.h"
 #include "app/settings.h"
+#include "tests/support/settingsrefuge.h"
 
 #include <QCoreApplication>
 #include <QTest>
-
-#include <windows.h>
-
-#include <string>
-
-namespace {
-
-/// Puts an empty key in the place of the current user's registry, for this process, while the object lives.
-class PrivateRegistry
-{
-public:
-    PrivateRegistry() : m_path(QString("Software\\KestranoTest%1").arg(GetCurrentProcessId()).toStdWString())
-    {
-        RegCreateKeyExW(HKEY_CURRENT_USER, m_path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr,
-                        &m_key, nullptr);
-        m_isPrivate = m_key != nullptr && RegOverridePredefKey(HKEY_CURRENT_USER, m_key) == ERROR_SUCCESS;
-    }
-    ~PrivateRegistry()
-    {
-        RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
-        RegCloseKey(m_key);
-        RegDeleteTreeW(HKEY_CURRENT_USER, m_path.c_str());
-    }
-    PrivateRegistry(const PrivateRegistry&) = delete;
-    PrivateRegistry& operator=(const PrivateRegistry&) = delete;
-
-    bool isPrivate() const { return m_isPrivate; }
-
-private:
-    std::wstring m_path;
-    HKEY m_key = nullptr;
-    bool m_isPrivate = false;
-};
-
-} // namespace
 
 /// The one place that opens the store, where it is the registry.
 class TestSettingsStore : public QObject
@@ -45,14 +11,10 @@ class TestSettingsStore : public QObject
     Q_OBJECT
 
 private:
-    PrivateRegistry m_registry;
+    SettingsRefuge m_registry;
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_registry.isPrivate());
-        appidentity::apply();
-    }
+    void initTestCase() { appidentity::apply(); }
 
     void cleanup() { openSettings()->clear(); }
 

@@ -1,0 +1,5 @@
+#include "tests/support/settingsrefuge.h"
+
+SettingsRefuge::SettingsRefuge() = default;
+
+SettingsRefuge::~SettingsRefuge() = default;
