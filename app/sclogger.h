@@ -24,9 +24,8 @@ public:
     /// Opens the log at path; an empty path means a new file "vexmoor_<time>.log" in the log folder. Missing folders
     /// are made. A no-op returning true when a log is open already.
     ///
-    /// @return false when the file cannot be opened ("Failed to open log file:" goes to the message output); a later
-    /// call
-    ///         may try again.
+    /// @return false when the file cannot be opened ("Failed to open log file:" goes to the message output); a
+    ///         later call may try again.
     bool initialize(const QString& path = QString());
 
     static void debug(const QString& message);

@@ -37,8 +37,7 @@ inline constexpr QLatin1String kMouseShowHighlight("mouse/showHighlight");
 /// a default of your own: applyDefaultSettings() has filled in what was missing, and an absent key is false or the
 /// empty string. Never fails: a store that cannot be read or written gets one warning in the log per process, and what
 /// is written to it lives as long as the process. A store whose file is no settings file is set aside under the file's
-/// name
-/// + ".unreadable" and started anew.
+/// name with ".unreadable" added, and started anew.
 std::unique_ptr<QSettings> openSettings();
 
 /// What keeps a store from being read or written, in plain words for the log; empty when all is well.
