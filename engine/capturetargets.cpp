@@ -34,10 +34,10 @@ QString firstWith(const QStringList& names, Condition condition)
 
 QString captureTargetForScreen(const QStringList& names, const QRect& screenPx)
 {
-    const QString exact = firstWith(names, [&](const QRect& geometry) { return geometry == screenPx; });
+    QString exact = firstWith(names, [&](const QRect& geometry) { return geometry == screenPx; });
     if (!exact.isEmpty())
         return exact;
-    const QString there = firstWith(
+    QString there = firstWith(
         names, [&](const QRect& geometry) { return !geometry.isNull() && geometry.topLeft() == screenPx.topLeft(); });
     if (!there.isEmpty())
         return there;

@@ -30,14 +30,14 @@ enum class Picture
 
 struct FormatRow
 {
-    const char* name;
-    const char* mimeType;
-    Picture picture;
+    const char* name = nullptr;
+    const char* mimeType = nullptr;
+    Picture picture = Picture::None;
     std::optional<bool> video;
-    const char* videoEncoder;
+    const char* videoEncoder = nullptr;
     std::optional<int> videoEncoderId;
     std::optional<bool> audio;
-    const char* audioEncoder;
+    const char* audioEncoder = nullptr;
     std::optional<int> audioEncoderId;
 };
 
@@ -66,7 +66,7 @@ void setPictureSize(obs_data_t* settings, int widthPx, int heightPx, int bitRate
 void setPicture(obs_data_t* settings, const FormatRow& row, const FfmpegRequest& request)
 {
     if (row.picture == Picture::Full) {
-        obs_data_set_int(settings, "gop_size", request.fps * kSecondsBetweenKeyFrames);
+        obs_data_set_int(settings, "gop_size", static_cast<long long>(request.fps) * kSecondsBetweenKeyFrames);
         setPictureSize(settings, request.widthPx, request.heightPx, request.bitRate * 1024);
     } else if (row.picture == Picture::Token) {
         setPictureSize(settings, kTokenPictureSizePx, kTokenPictureSizePx, kTokenPictureBitRate);

@@ -260,9 +260,8 @@ void ObsWrapper::stretchCaptureOverOutput(int outputWidth, int outputHeight)
     obs_sceneitem_t* item = obs_scene_find_source(m_scene.get(), obs_source_get_name(m_videoCapture.get()));
     if (!item)
         return;
-    vec2 position;
-    vec2_zero(&position);
-    vec2 bounds;
+    vec2 position{};
+    vec2 bounds{};
     vec2_set(&bounds, static_cast<float>(outputWidth), static_cast<float>(outputHeight));
     obs_sceneitem_set_pos(item, &position);
     obs_sceneitem_set_alignment(item, OBS_ALIGN_LEFT | OBS_ALIGN_TOP);
