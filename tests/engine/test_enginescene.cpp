@@ -70,7 +70,7 @@ void playTone(uint32_t channel)
 QString nameOnChannel(uint32_t channel)
 {
     obs_source_t* source = obs_get_output_source(channel);
-    const QString name = source ? QString::fromUtf8(obs_source_get_name(source)) : QStringLiteral("nothing");
+    QString name = source ? QString::fromUtf8(obs_source_get_name(source)) : QStringLiteral("nothing");
     obs_source_release(source);
     return name;
 }

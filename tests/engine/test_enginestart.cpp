@@ -29,7 +29,7 @@ constexpr char kScenarioOption[] = "--scenario";
 QString nameOnChannel(uint32_t channel)
 {
     obs_source_t* source = obs_get_output_source(channel);
-    const QString name = source ? QString::fromUtf8(obs_source_get_name(source)) : QString();
+    QString name = source ? QString::fromUtf8(obs_source_get_name(source)) : QString();
     obs_source_release(source);
     return name;
 }
