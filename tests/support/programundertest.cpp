@@ -47,7 +47,8 @@ ProgramUnderTest::ProgramUnderTest(const QString& executable)
 ProgramUnderTest::~ProgramUnderTest()
 {
     if (QTest::currentTestFailed())
-        std::fprintf(stderr, "--- what the program said ---\n%s---\n", qPrintable(transcript()));
+        std::fprintf(stderr, "--- what the program said ---\n%s--- exit %d ---\n%s", qPrintable(transcript()),
+                     m_process.exitCode(), qPrintable(crashReport()));
     if (!isRunning())
         return;
     m_process.terminate();
@@ -186,8 +187,18 @@ void ProgramUnderTest::keepLine(const QByteArray& line)
 
 QString ProgramUnderTest::logText() const
 {
+    return newestText(QStringLiteral("vexmoor_*.log"));
+}
+
+QString ProgramUnderTest::crashReport() const
+{
+    return newestText(QStringLiteral("crash_*.dmp"));
+}
+
+QString ProgramUnderTest::newestText(const QString& pattern) const
+{
     const QDir folder(profile().filePath(QStringLiteral("data/Tolvaran/Kestrano/logs")));
-    const QStringList names = folder.entryList({QStringLiteral("vexmoor_*.log")}, QDir::Files, QDir::Name);
+    const QStringList names = folder.entryList({pattern}, QDir::Files, QDir::Name);
     QFile file(names.isEmpty() ? QString() : folder.filePath(names.constLast()));
     return !names.isEmpty() && file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }

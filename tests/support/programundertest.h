@@ -67,6 +67,8 @@ public:
     QString transcript();
     /// The newest log file's text.
     QString logText() const;
+    /// The newest crash report's text, empty when the program did not crash.
+    QString crashReport() const;
 
     /// Presses and releases a key ("F9") or a combination ("ctrl+a"), wherever the focus is. Returns CLOCK_MONOTONIC at
     /// the moment it was surely pressed.
@@ -82,6 +84,7 @@ private:
     void readMessages();
     void keepLine(const QByteArray& line);
     bool writeSettings() const;
+    QString newestText(const QString& pattern) const;
 
     QTemporaryDir m_profile;
     QString m_executable;
