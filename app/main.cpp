@@ -4,6 +4,7 @@
 #include "app/sctranslator.h"
 #include "app/settings.h"
 #include "app/singleinstance.h"
+#include "engine/captureplatform.h"
 #include "mainwindow/scmainwindow.h"
 #include "platform/console.h"
 #include "platform/termination.h"
@@ -119,5 +120,7 @@ int main(int argc, char* argv[])
         guard.handOver();
         return 0;
     }
-    return run(application, guard);
+    const int exitCode = run(application, guard);
+    holdPictureThread();
+    return exitCode;
 }

@@ -8,3 +8,5 @@ CapturePlatform CapturePlatform::current()
 void prepareLibobsStart() {}
 
 void prepareProcessEnd() {}
+
+void holdPictureThread() {}
