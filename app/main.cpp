@@ -4,7 +4,6 @@
 #include "app/sctranslator.h"
 #include "app/settings.h"
 #include "app/singleinstance.h"
-#include "engine/captureplatform.h"
 #include "mainwindow/scmainwindow.h"
 #include "platform/console.h"
 #include "platform/termination.h"
@@ -18,6 +17,7 @@
 #include <QWindow>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -104,9 +104,8 @@ int run(QApplication& application, SingleInstance& guard)
     return exitCode;
 }
 
-} // namespace
-
-int main(int argc, char* argv[])
+/// Runs the program from its first step to the last object's end; the process has only to end after it.
+int runProcess(int argc, char* argv[])
 {
     platform::attachToParentConsole();
     appidentity::apply();
@@ -120,7 +119,16 @@ int main(int argc, char* argv[])
         guard.handOver();
         return 0;
     }
-    const int exitCode = run(application, guard);
-    holdPictureThread();
-    return exitCode;
+    return run(application, guard);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const int exitCode = runProcess(argc, argv);
+    // The engine is never shut down and goes on drawing. The usual end would take from under its threads what they use,
+    // one library's data after the other: they would crash, or wait for each other for ever.
+    std::fflush(nullptr);
+    std::_Exit(exitCode);
 }

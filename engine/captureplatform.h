@@ -86,8 +86,3 @@ void prepareLibobsStart();
 /// On X11 the drawing libraries take their display down in exit handlers while the engine's picture thread goes on
 /// drawing; it is held from then on. On Windows the system ends the other threads first.
 void prepareProcessEnd();
-
-/// Holds the engine's picture thread for good. Call last thing before the process begins to end, when nothing needs the
-/// engine any more: what the drawing libraries set up while they draw is taken down before any handler that
-/// prepareProcessEnd() could have registered. Does nothing without a running engine, nor on Windows.
-void holdPictureThread();

@@ -8,5 +8,3 @@ CapturePlatform CapturePlatform::current()
 void prepareLibobsStart() {}
 
 void prepareProcessEnd() {}
-
-void holdPictureThread() {}

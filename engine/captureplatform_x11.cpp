@@ -23,9 +23,3 @@ void prepareProcessEnd()
     // graphics context is entered and never left, so the picture thread waits for it until the process is gone.
     std::atexit([] { obs_enter_graphics(); });
 }
-
-void holdPictureThread()
-{
-    if (obs_initialized())
-        obs_enter_graphics();
-}
