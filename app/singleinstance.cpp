@@ -2,7 +2,6 @@
 
 #include "app/sclogger.h"
 #include "platform/process_life.h"
-#include "platform/shared_segment.h"
 #include "platform/window_activation.h"
 
 #include <QThread>
@@ -33,10 +32,9 @@ struct SingleInstance::Block
     qint64 processId;
 };
 
-SingleInstance::SingleInstance(const QString& key) : m_lock(key), m_gate(gateName(key))
+SingleInstance::SingleInstance(const QString& key) : m_segment(key), m_lock(key), m_gate(gateName(key))
 {
     static_assert(sizeof(Block) == 16);
-    platform::nameSegment(m_memory, key);
 }
 
 QString SingleInstance::gateName(const QString& key)
@@ -74,7 +72,7 @@ SingleInstance::Role SingleInstance::conclude(Attempt outcome)
     m_lock.release();
     if (outcome == Attempt::Second)
         return Role::Second;
-    SCLogger::error(QStringLiteral("Unable to create shared memory: %1").arg(m_memory.errorString()));
+    SCLogger::error(QStringLiteral("Unable to create shared memory: %1").arg(m_segment.errorString()));
     return Role::Unguarded;
 }
 
@@ -110,30 +108,30 @@ SingleInstance::Attempt SingleInstance::replaceStaleSegment()
 {
     // Detaching removes the segment, unless somebody else is attached: for life a first copy without a lock, or a
     // second copy that was stopped while it looked. What is still there after the last attempt is alive.
-    if (m_memory.attach())
-        m_memory.detach();
+    if (m_segment.attach())
+        m_segment.detach();
     const Attempt attempt = create();
     return attempt == Attempt::Second ? Attempt::Again : attempt;
 }
 
 SingleInstance::Attempt SingleInstance::create()
 {
-    if (m_memory.create(sizeof(Block)))
+    if (m_segment.create(sizeof(Block)))
         return Attempt::First;
-    if (m_memory.error() != QSharedMemory::AlreadyExists)
+    if (m_segment.error() != QSharedMemory::AlreadyExists)
         return Attempt::Unguarded;
     if (readFirstCopy())
         return Attempt::Second;
-    return m_memory.error() == QSharedMemory::PermissionDenied ? Attempt::Unguarded : Attempt::Again;
+    return m_segment.error() == QSharedMemory::PermissionDenied ? Attempt::Unguarded : Attempt::Again;
 }
 
 bool SingleInstance::readFirstCopy()
 {
-    if (!m_memory.attach())
+    if (!m_segment.attach())
         return false;
     Block block{};
-    platform::readSegment(m_memory, &block, sizeof(block));
-    m_memory.detach();
+    m_segment.read(&block, sizeof(block));
+    m_segment.detach();
     m_isSegmentStale = platform::isProcessGone(block.processId);
     // The system may have given the window's handle to another program since.
     m_firstWindow = m_isSegmentStale ? 0 : block.windowHandle;
@@ -150,20 +148,20 @@ void SingleInstance::handOver() const
 
 void SingleInstance::publish(quint64 windowHandle, qint64 processId)
 {
-    if (!m_memory.isAttached())
+    if (!m_segment.isAttached())
         return;
     const Block block{windowHandle, processId};
     enterGateOrWaitItOut();
-    platform::writeSegment(m_memory, &block, sizeof(block));
+    m_segment.write(&block, sizeof(block));
     m_gate.release();
     SCLogger::info(QStringLiteral("Stored window handle and process ID in shared memory"));
 }
 
 void SingleInstance::release()
 {
-    if (m_memory.isAttached()) {
+    if (m_segment.isAttached()) {
         enterGateOrWaitItOut();
-        m_memory.detach();
+        m_segment.detach();
     }
     m_lock.release();
     m_gate.release();

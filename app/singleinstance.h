@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/instance_lock.h"
+#include "platform/shared_segment.h"
 
-#include <QSharedMemory>
 #include <QString>
 
 /// Lets one copy of the program run per user session: the first publishes its main window in a shared-memory segment,
@@ -18,7 +18,7 @@
 ///
 /// A second lock of that kind, the gate, is held for the moment in which a copy looks at, makes, fills or gives up the
 /// segment. One that is killed in there leaves nothing shut behind it, as the segment's own lock on those systems would
-/// be (platform::nameSegment). One that is stopped in there is waited for, for a short while, and then passed by.
+/// be (platform::SharedSegment). One that is stopped in there is waited for, for a short while, and then passed by.
 ///
 /// What that comes to:
 ///
@@ -27,9 +27,10 @@
 ///   starts one makes the segment and the others find the lock taken.
 /// - Lock held, segment there: another copy runs or starts; this one is the second.
 /// - Lock held, and no segment, or one with the id of a process that is gone: the other copy was stopped before it
-/// could
-///   make the segment anew. It is tried again for a short while; then the other copy counts as one that has not
+///   could make the segment anew. It is tried again for a short while; then the other copy counts as one that has not
 ///   published its window. A window of a dead copy is never handed over to: its handle may be another program's by now.
+/// - Lock free, no segment to attach, and yet one is there when it is to be made: a leftover of another key, since the
+///   system's own keys have 16 bits of the key file's number in them. It can be attached now; removed as above.
 /// - Killed between lock and segment: the lock went with it, there is no segment, the next copy is the first.
 /// - The first copy ends while another starts: the other finds either lock and segment, and hands over to a window that
 ///   is about to go, or neither, and becomes the first.
@@ -89,7 +90,7 @@ private:
     bool enterGate();
     void enterGateOrWaitItOut();
 
-    QSharedMemory m_memory;
+    platform::SharedSegment m_segment;
     platform::InstanceLock m_lock;
     platform::InstanceLock m_gate;
     quint64 m_firstWindow = 0;

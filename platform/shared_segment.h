@@ -1,24 +1,56 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QSharedMemory>
+#include <QString>
 
-class QSharedMemory;
-class QString;
+#include <memory>
 
 namespace platform {
 
-/// Gives the segment its system-wide name, which on every system is the one that QSharedMemory makes of key.
+/// A segment of memory that processes share by a key. On every system its system-wide name is the one that
+/// QSharedMemory makes of the key.
 ///
-/// On X11 systems the segment gets no lock of the toolkit's along with it: that is a System V semaphore, which a
-/// process killed at the wrong moment leaves taken for ever, and which making a segment sets free whoever holds it.
-/// There the caller excludes other copies himself, by a lock that the kernel drops with its holder
-/// (platform::InstanceLock), whenever he attaches, makes, reads, writes or detaches the segment.
-void nameSegment(QSharedMemory& segment, const QString& key);
+/// On Windows reading and writing is guarded by the segment's own lock. On X11 systems the segment gets no lock of the
+/// toolkit's along with it: that is a System V semaphore, which a process killed at the wrong moment leaves taken for
+/// ever, and which making a segment sets free whoever holds it. There the caller excludes other copies himself, by a
+/// lock that the kernel drops with its holder (platform::InstanceLock), whenever he attaches, makes, reads, writes or
+/// detaches the segment.
+class SharedSegment
+{
+public:
+    explicit SharedSegment(QString key);
 
-/// Copies the first size bytes of an attached segment, on Windows under the segment's own lock.
-void readSegment(QSharedMemory& segment, void* destination, qsizetype size);
+    /// Attaches the segment of that key; false where there is none, or where the user may not.
+    bool attach();
 
-/// Writes the first size bytes of an attached segment, on Windows under the segment's own lock.
-void writeSegment(QSharedMemory& segment, const void* source, qsizetype size);
+    /// Makes the segment and attaches it; false, with the reason in error(), where it exists already or cannot be made.
+    /// After a failure, attach() and create() may be called again.
+    bool create(qsizetype size);
+
+    /// Detaches; the last one to do so removes the segment.
+    void detach();
+
+    bool isAttached() const { return m_memory->isAttached(); }
+
+    /// Why the last attach() or create() failed.
+    QSharedMemory::SharedMemoryError error() const { return m_error; }
+    QString errorString() const { return m_errorString; }
+
+    /// Copies the first size bytes of the attached segment.
+    void read(void* destination, qsizetype size);
+    /// Writes the first size bytes of the attached segment.
+    void write(const void* source, qsizetype size);
+
+private:
+    /// An object that has neither made nor attached anything yet.
+    static std::unique_ptr<QSharedMemory> makeMemory(const QString& key);
+
+    bool noteResult(bool succeeded);
+
+    QString m_key;
+    std::unique_ptr<QSharedMemory> m_memory;
+    QSharedMemory::SharedMemoryError m_error = QSharedMemory::NoError;
+    QString m_errorString;
+};
 
 } // namespace platform

@@ -1,28 +1,26 @@
 #include "platform/shared_segment.h"
 
-#include <QSharedMemory>
-
 #include <cstring>
 
 namespace platform {
 
-void nameSegment(QSharedMemory& segment, const QString& key)
+std::unique_ptr<QSharedMemory> SharedSegment::makeMemory(const QString& key)
 {
-    segment.setKey(key);
+    return std::make_unique<QSharedMemory>(key);
 }
 
-void readSegment(QSharedMemory& segment, void* destination, qsizetype size)
+void SharedSegment::read(void* destination, qsizetype size)
 {
-    segment.lock();
-    std::memcpy(destination, segment.constData(), static_cast<std::size_t>(size));
-    segment.unlock();
+    m_memory->lock();
+    std::memcpy(destination, m_memory->constData(), static_cast<std::size_t>(size));
+    m_memory->unlock();
 }
 
-void writeSegment(QSharedMemory& segment, const void* source, qsizetype size)
+void SharedSegment::write(const void* source, qsizetype size)
 {
-    segment.lock();
-    std::memcpy(segment.data(), source, static_cast<std::size_t>(size));
-    segment.unlock();
+    m_memory->lock();
+    std::memcpy(m_memory->data(), source, static_cast<std::size_t>(size));
+    m_memory->unlock();
 }
 
 } // namespace platform

@@ -1,26 +1,25 @@
 #include "platform/shared_segment.h"
 
-#include <QSharedMemory>
-#include <QString>
-
 #include <cstring>
 
 namespace platform {
 
-void nameSegment(QSharedMemory& segment, const QString& key)
+std::unique_ptr<QSharedMemory> SharedSegment::makeMemory(const QString& key)
 {
     // A segment that is named by its native key is one whose access the toolkit leaves to the caller.
-    segment.setNativeKey(QSharedMemory(key).nativeKey());
+    auto memory = std::make_unique<QSharedMemory>();
+    memory->setNativeKey(QSharedMemory(key).nativeKey());
+    return memory;
 }
 
-void readSegment(QSharedMemory& segment, void* destination, qsizetype size)
+void SharedSegment::read(void* destination, qsizetype size)
 {
-    std::memcpy(destination, segment.constData(), static_cast<std::size_t>(size));
+    std::memcpy(destination, m_memory->constData(), static_cast<std::size_t>(size));
 }
 
-void writeSegment(QSharedMemory& segment, const void* source, qsizetype size)
+void SharedSegment::write(const void* source, qsizetype size)
 {
-    std::memcpy(segment.data(), source, static_cast<std::size_t>(size));
+    std::memcpy(m_memory->data(), source, static_cast<std::size_t>(size));
 }
 
 } // namespace platform

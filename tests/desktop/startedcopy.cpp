@@ -67,6 +67,16 @@ QMap<QString, QVariant> Profile::settings() const
     return values;
 }
 
+InTemporaryFolderOf::InTemporaryFolderOf(const Profile& profile) : m_before(qgetenv("TMPDIR"))
+{
+    qputenv("TMPDIR", profile.environment.value(QStringLiteral("TMPDIR")).toLocal8Bit());
+}
+
+InTemporaryFolderOf::~InTemporaryFolderOf()
+{
+    qputenv("TMPDIR", m_before);
+}
+
 StartedCopy::StartedCopy(const Profile& profile)
 {
     m_process.setProcessEnvironment(profile.environment);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDir>
 #include <QMap>
 #include <QProcess>
@@ -29,6 +30,19 @@ public:
 
 private:
     QTemporaryDir m_root;
+};
+
+/// While it lives, this process uses the temporary folder of the profile's copies, and so their segment.
+class InTemporaryFolderOf
+{
+public:
+    explicit InTemporaryFolderOf(const Profile& profile);
+    ~InTemporaryFolderOf();
+    InTemporaryFolderOf(const InTemporaryFolderOf&) = delete;
+    InTemporaryFolderOf& operator=(const InTemporaryFolderOf&) = delete;
+
+private:
+    QByteArray m_before;
 };
 
 /// One start of the program. The destructor ends it.

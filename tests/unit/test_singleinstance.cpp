@@ -60,8 +60,7 @@ int standInTheGate(const QString& key, const QStringList& with)
 {
     platform::InstanceLock gate(SingleInstance::gateName(key));
     platform::InstanceLock lock(key);
-    QSharedMemory segment;
-    platform::nameSegment(segment, key);
+    platform::SharedSegment segment(key);
     gate.tryLock();
     if (with.contains("lock"))
         lock.tryLock();
@@ -243,6 +242,21 @@ private slots:
         first.publish(1, QCoreApplication::applicationPid());
         // The toolkit's semaphores are files there.
         QCOMPARE(QDir::temp().entryList({"qipc_systemsem_*"}, QDir::Files), QStringList());
+    }
+
+    void aSegmentThatTurnsOutToExistCanBeAttached()
+    {
+        platform::SharedSegment theirs(m_key);
+        QVERIFY(theirs.create(16));
+        platform::SharedSegment ours(m_key);
+        for (int time = 0; time < 2; ++time) {
+            QVERIFY(!ours.create(16));
+            QCOMPARE(ours.error(), QSharedMemory::AlreadyExists);
+            QVERIFY2(ours.attach(), qPrintable(ours.errorString()));
+            ours.detach();
+        }
+        theirs.detach();
+        QVERIFY2(ours.create(16), qPrintable(ours.errorString()));
     }
 
     void aDozenAtOnceLeaveExactlyOne()
