@@ -117,6 +117,15 @@ ObsWrapper::~ObsWrapper()
     waitUntilOutputIsSettled();
 }
 
+ObsWrapper::ReleasedSources::~ReleasedSources()
+{
+    if (!obs_initialized())
+        return;
+    for (const uint32_t channel : {kVideoChannel, kDesktopChannel, kMicrophoneChannel})
+        obs_set_output_source(channel, nullptr);
+    obs_wait_for_destroy_queue();
+}
+
 bool ObsWrapper::initialize(int width, int height, int fps)
 {
     if (!obs_initialized() && !startEngine(width, height, fps))

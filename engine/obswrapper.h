@@ -222,6 +222,15 @@ private:
     static void onOutputStopped(void* wrapper, calldata_t* stopSignal);
     static void onOutputStoppedEarly(void* wrapper, calldata_t* stopSignal);
 
+    /// Empties the engine's channels after every handle below was released, and waits until libobs, on a thread of its
+    /// own, has done away with what was on them. The engine goes on without this object, and so would they: on X11 a
+    /// capture source holds shared memory that outlasts the process.
+    struct ReleasedSources
+    {
+        ~ReleasedSources();
+    };
+
+    ReleasedSources m_releasedSources;
     CapturePlatform m_platform;
     /// The list that the capture targets were read from last.
     TargetList m_targets;

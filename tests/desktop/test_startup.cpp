@@ -67,6 +67,19 @@ qint64 endedProcess()
     return id;
 }
 
+/// System V segments of memory, which outlast their maker unless it removes them.
+qsizetype countSegmentsMadeBy(qint64 processId)
+{
+    constexpr qsizetype kCreatorColumn = 4;
+    QFile table("/proc/sysvipc/shm");
+    if (!table.open(QIODevice::ReadOnly))
+        return -1;
+    const QStringList lines = QString::fromLatin1(table.readAll()).split(u'\n');
+    return std::count_if(lines.begin(), lines.end(), [processId](const QString& line) {
+        return line.simplified().section(u' ', kCreatorColumn, kCreatorColumn) == QString::number(processId);
+    });
+}
+
 using Copies = std::vector<std::unique_ptr<StartedCopy>>;
 
 Copies startDozen(const Profile& profile)
@@ -141,7 +154,7 @@ private slots:
     {
         // This process is the first copy, and takes its time before it shows a window.
         const Profile profile;
-        qputenv("TMPDIR", profile.environment.value("TMPDIR").toLocal8Bit());
+        const InTemporaryFolderOf profilesFolder(profile);
         SingleInstance first;
         QCOMPARE(first.claim(), SingleInstance::Role::First);
         StartedCopy second(profile);
@@ -157,7 +170,7 @@ private slots:
         // As if this process had started after a crash and not yet replaced the segment, and a window of another
         // program had been given the dead copy's handle.
         const Profile profile;
-        qputenv("TMPDIR", profile.environment.value("TMPDIR").toLocal8Bit());
+        const InTemporaryFolderOf profilesFolder(profile);
         SingleInstance starting;
         QCOMPARE(starting.claim(), SingleInstance::Role::First);
         QWidget covered;
@@ -179,7 +192,7 @@ private slots:
     void aSegmentOfADeadCopyIsWaitedOut()
     {
         const Profile profile;
-        qputenv("TMPDIR", profile.environment.value("TMPDIR").toLocal8Bit());
+        const InTemporaryFolderOf profilesFolder(profile);
         SingleInstance starting;
         QCOMPARE(starting.claim(), SingleInstance::Role::First);
         starting.publish(1, endedProcess());
@@ -435,6 +448,18 @@ private slots:
         QVERIFY(copy.waitUntilEnded());
         QCOMPARE(copy.exitCode(), 0);
         QVERIFY(profile.loggedMessages().contains("Application exiting..."));
+    }
+
+    void anOrderlyEndLeavesNoSharedMemoryBehind()
+    {
+        const Profile profile;
+        StartedCopy copy(profile);
+        QVERIFY(copy.waitForMessage("OBS initialized successfully"));
+        const qint64 processId = copy.processId();
+        QTRY_VERIFY_WITH_TIMEOUT(countSegmentsMadeBy(processId) >= 2, kTimeoutMs); // the guard's and a capture's
+        copy.sendSignal(SIGTERM);
+        QVERIFY(copy.waitUntilEnded());
+        QCOMPARE(countSegmentsMadeBy(processId), 0);
     }
 
     void closingTheWindowEndsTheProgram()

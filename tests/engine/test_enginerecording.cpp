@@ -505,9 +505,14 @@ private slots:
                                    "obs_output_release adv_ffmpeg_output",
                                    "obs_source_release Computer_Monitor_Capture",
                                    "obs_source_release Default Desktop Audio",
-                                   "obs_source_release Default Mic/Aux"};
+                                   "obs_source_release Default Mic/Aux",
+                                   "obs_set_output_source 0 nothing",
+                                   "obs_set_output_source 1 nothing",
+                                   "obs_set_output_source 2 nothing"};
         QCOMPARE(obsspy::calls().join(QLatin1Char('\n')), expected.join(QLatin1Char('\n')));
         QVERIFY(obs_initialized());
+        for (const char* const kind : {"monitor_capture", "wasapi_input_capture", "wasapi_output_capture"})
+            QCOMPARE(standins::countOf(QStringLiteral("destroy %1").arg(QLatin1String(kind))), 1);
     }
 
 private:
