@@ -151,6 +151,18 @@ OBSDataAutoRelease outputSettings(const Format& format, const QString& path, con
     return settings;
 }
 
+/// The picture just as the core makes it: asked for nothing, libobs converts every picture of full range.
+video_scale_info asMade(const QSize& size)
+{
+    video_scale_info form{};
+    form.format = VIDEO_FORMAT_I420;
+    form.width = static_cast<uint32_t>(size.width());
+    form.height = static_cast<uint32_t>(size.height());
+    form.range = VIDEO_RANGE_FULL;
+    form.colorspace = VIDEO_CS_709;
+    return form;
+}
+
 /// One recording from READY to STOPPED; ends the event loop when libobs says that the file is closed.
 class Recording : public QObject
 {
@@ -162,6 +174,8 @@ public:
         obs_output_set_mixer(m_output, 1);
         obs_output_set_media(m_output, obs_get_video(), obs_get_audio());
         obs_output_update(m_output, settings);
+        const video_scale_info form = asMade(size);
+        obs_output_set_video_conversion(m_output, &form);
         signal_handler_connect(obs_output_get_signal_handler(m_output), "stop", &Recording::onStopped, this);
     }
 
