@@ -189,6 +189,9 @@ void ObsWrapper::updateCrop(int left, int right, int top, int bottom)
     obs_data_set_int(crop.get(), "cx", 0);
     obs_data_set_int(crop.get(), "cy", 0);
     obs_source_update(filter.get(), crop.get());
+    // It draws the whole picture into a texture first, whatever it crops: without a graphics card that is more than a
+    // third of what a recording of the screen costs.
+    obs_source_set_enabled(filter.get(), left != 0 || right != 0 || top != 0 || bottom != 0);
 }
 
 void ObsWrapper::setCaptureCursor(bool show)

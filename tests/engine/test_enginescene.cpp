@@ -1,4 +1,5 @@
 #include "app/appidentity.h"
+#include "engine/obshandles.h"
 #include "engine/obswrapper.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
@@ -312,6 +313,22 @@ private slots:
         QCOMPARE(standins::lastSettings("crop_filter"), expected);
     }
 
+    void cropFilterWorksOnlyWhereThereIsSomethingToCrop()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->refreshCaptureTargets(false);
+        QVERIFY(m_wrapper->setCaptureTarget("Left: 1280x720 @ 0,0", 1, false, 0, 0, 0, 0));
+        QVERIFY(!isCropFilterEnabled());
+        for (int side = 0; side < 4; ++side) {
+            const auto margin = [side](int of) { return of == side ? 1 : 0; };
+            QVERIFY(m_wrapper->setCaptureTarget("Left: 1280x720 @ 0,0", 1, true, margin(0), margin(1), margin(2),
+                                                margin(3)));
+            QVERIFY(isCropFilterEnabled());
+        }
+        QVERIFY(m_wrapper->setCaptureTarget("Left: 1280x720 @ 0,0", 1, false, 0, 0, 0, 0));
+        QVERIFY(!isCropFilterEnabled());
+    }
+
     void secondTargetReusesTheCropFilter()
     {
         QCOMPARE(m_wrapper->setupScene(1), 0);
@@ -561,6 +578,13 @@ private slots:
     }
 
 private:
+    static bool isCropFilterEnabled()
+    {
+        const ObsSourceHandle capture(obs_get_source_by_name("Computer_Monitor_Capture"));
+        const ObsSourceHandle filter(obs_source_get_filter_by_name(capture.get(), "Crop/Pad"));
+        return filter && obs_source_enabled(filter.get());
+    }
+
     struct Layout
     {
         float x;
