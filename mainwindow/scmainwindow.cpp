@@ -51,9 +51,11 @@ QIcon image(const char* name)
 
 } // namespace
 
-SCMainWindow::SCMainWindow()
+SCMainWindow::SCMainWindow() : SCMainWindow(std::make_unique<ObsWrapper>()) {}
+
+SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     : m_ui(std::make_unique<Ui::SCMainWindow>())
-    , m_obs(std::make_unique<ObsWrapper>())
+    , m_obs(std::move(engine))
     , m_settings(openSettings())
     , m_recorder(*m_obs)
     , m_session(m_recorder, *this, nullptr)
@@ -204,6 +206,8 @@ void SCMainWindow::setUpScene()
     if (result != 0)
         SCLogger::error(QStringLiteral("The capture scene could not be made: code %1").arg(result));
     m_obs->refreshCaptureTargets(false);
+    m_obs->setDesktopAudioDevice(true, kDefaultDevice);
+    m_obs->setMicDevice(true, kDefaultDevice);
 }
 
 void SCMainWindow::restoreSwitches()
@@ -235,13 +239,18 @@ void SCMainWindow::applyCaptureArea()
     setCaptureTarget(m_captureArea.margins(screen));
 }
 
+bool SCMainWindow::areaFollowsScreen() const
+{
+    // The whole screen follows the screen: its size or place may have changed since the last recording.
+    const bool screenChanged =
+        m_captureArea.mode() == CaptureMode::FullScreen && m_captureArea.rect() != primaryScreen().geometry;
+    return m_captureArea.isUnset() || screenChanged;
+}
+
 bool SCMainWindow::resetRecordingArea()
 {
     const CaptureScreen screen = primaryScreen();
-    // The whole screen follows the screen: its size or place may have changed since the last recording.
-    const bool screenChanged =
-        m_captureArea.mode() == CaptureMode::FullScreen && m_captureArea.rect() != screen.geometry;
-    if (m_captureArea.isUnset() || screenChanged) {
+    if (areaFollowsScreen()) {
         m_captureArea.setRect(screen.geometry);
         applyCaptureArea();
     }
@@ -255,17 +264,15 @@ bool SCMainWindow::resetRecordingArea()
     return true;
 }
 
-bool SCMainWindow::setCaptureTarget(const CaptureMargins& margins)
+void SCMainWindow::setCaptureTarget(const CaptureMargins& margins)
 {
     const QStringList& names = m_obs->captureTargetNames();
     const QString target = captureTargetForScreen(names, primaryScreen().physicalGeometry());
-    const bool found =
-        m_obs->setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped, margins.left,
-                                margins.right, margins.top, margins.bottom);
-    if (!found)
+    m_targetFound = m_obs->setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped,
+                                            margins.left, margins.right, margins.top, margins.bottom);
+    if (!m_targetFound)
         SCLogger::warning(QStringLiteral("The primary screen is none of the engine's screens: \"%1\"")
                               .arg(names.join(QLatin1String("\", \""))));
-    return found;
 }
 
 void SCMainWindow::onChangeLocationClicked()
@@ -376,7 +383,13 @@ bool SCMainWindow::prepareCapture()
 {
     // Screens come and go between recordings.
     m_obs->refreshCaptureTargets(false);
-    return resetRecordingArea() && setCaptureTarget(m_captureArea.margins(primaryScreen()));
+    // An area that is applied anew takes its target along.
+    const bool applied = areaFollowsScreen();
+    if (!resetRecordingArea())
+        return false;
+    if (!applied)
+        setCaptureTarget(m_captureArea.margins(primaryScreen()));
+    return m_targetFound;
 }
 
 RecordingChoices SCMainWindow::choices() const

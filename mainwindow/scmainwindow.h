@@ -36,6 +36,10 @@ public:
     /// Builds the window, fills in missing settings, takes the hotkeys and, on a profile's first run, opens the maker's
     /// page. The engine stands still until initializeCapture().
     SCMainWindow();
+
+    /// The same window over an engine that the caller has made, for one that captures by another table than the running
+    /// system's.
+    explicit SCMainWindow(std::unique_ptr<ObsWrapper> engine);
     ~SCMainWindow() override;
 
     /// Shares the application's translator with the window, which reloads it when the user chooses another language.
@@ -68,8 +72,9 @@ private:
     void setUpScene();
     void restoreSwitches();
     void applyCaptureArea();
+    bool areaFollowsScreen() const;
     bool resetRecordingArea();
-    bool setCaptureTarget(const CaptureMargins& margins);
+    void setCaptureTarget(const CaptureMargins& margins);
 
     void onChangeLocationClicked();
     void onFormatChosen(int index);
@@ -99,6 +104,8 @@ private:
     QString m_hotkeyInForce;
     QTimer* m_recordingClock = nullptr;
     QPointer<SCCountdownWidget> m_countdown;
+    /// Whether the engine knew the primary screen when it was last told to capture it.
+    bool m_targetFound = false;
     int m_shownStatus;
     bool m_closeRequested = false;
 };

@@ -1,0 +1,312 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "engine/obswrapper.h"
+#include "mainwindow/scmainwindow.h"
+#include "tests/engine/obsspy.h"
+#include "tests/engine/standins.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QSettings>
+#include <QTest>
+
+#include <dlfcn.h>
+
+using standins::behaviour;
+
+namespace {
+
+/// Physical pixels per logical one. With it the private desktop's 1280x720 pixels are exactly 1024x576 logical ones.
+constexpr char kScaleFactor[] = "1.25";
+/// The countdown's three seconds, and what a busy machine needs besides.
+constexpr int kRoadTimeoutMs = 30'000;
+
+bool screensAreGone = false;
+
+QString nameOnChannel(uint32_t channel)
+{
+    obs_source_t* source = obs_get_output_source(channel);
+    QString name = source ? QString::fromUtf8(obs_source_get_name(source)) : QStringLiteral("nothing");
+    obs_source_release(source);
+    return name;
+}
+
+QMap<QString, QVariant> storedSettings()
+{
+    const auto settings = openSettings();
+    QMap<QString, QVariant> values;
+    const QStringList keys = settings->allKeys();
+    for (const QString& key : keys)
+        values.insert(key, settings->value(key));
+    return values;
+}
+
+/// A setting of a source; the library hands it to sources of pictures with the next picture.
+QJsonValue settingOf(const char* sourceType, const char* key)
+{
+    return standins::lastSettings(QLatin1String(sourceType)).value(QLatin1String(key));
+}
+
+QImage picture(const QIcon& icon)
+{
+    return icon.pixmap(QSize(24, 24)).toImage();
+}
+
+} // namespace
+
+/// Comes before the toolkit's own when the program's calls are bound, so that a session without a screen can be had.
+QScreen* QGuiApplication::primaryScreen()
+{
+    using Function = QScreen* (*)();
+    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "_ZN15QGuiApplication13primaryScreenEv"));
+    return screensAreGone ? nullptr : real();
+}
+
+/// The main window and its engine together, on the real core with stand-ins under the names of the Windows plug-ins.
+class TestWindowEngine : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(standins::startCore());
+        standins::registerSources();
+        standins::registerOutputs();
+        standins::registerFadeTransition();
+        QCOMPARE(QGuiApplication::primaryScreen()->size() * 1.25, QSize(1280, 720));
+    }
+
+    void init()
+    {
+        behaviour() = standins::Behaviour();
+        // The primary screen's entry is not the first.
+        behaviour().monitors = {{"Right: 1920x1080 @ 1280,0", "\\\\.\\right"}, {"Left: 1280x720 @ 0,0", "\\\\.\\left"}};
+        const auto settings = openSettings();
+        settings->clear();
+        settings->setValue(settingskeys::kFirstRun, false);
+        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
+        settings->setValue(settingskeys::kMicSwitch, false);
+        settings->setValue(settingskeys::kSpeakerSwitch, true);
+        auto engine = std::make_unique<ObsWrapper>(standins::platform());
+        m_engine = engine.get();
+        m_window = std::make_unique<SCMainWindow>(std::move(engine));
+        m_window->show();
+        standins::clearEvents();
+        obsspy::clear();
+    }
+
+    void cleanup()
+    {
+        screensAreGone = false;
+        obsspy::failNowhere();
+        m_window.reset();
+        QTRY_VERIFY(!obs_video_active());
+    }
+
+    void targetIsThePrimaryScreensEntry()
+    {
+        m_window->initializeCapture();
+        QTRY_COMPARE(settingOf("monitor_capture", "monitor_id"), QJsonValue("\\\\.\\left"));
+        for (const char* margin : {"left", "top", "right", "bottom"})
+            QTRY_COMPARE(settingOf("crop_filter", margin), QJsonValue(0));
+    }
+
+    void fieldsShowPhysicalPixels()
+    {
+        m_window->initializeCapture();
+        QCOMPARE(field("widthEdit"), QStringLiteral("1280"));
+        QCOMPARE(field("heightEdit"), QStringLiteral("720"));
+        QCOMPARE(obsspy::calls().filter("obs_source_create monitor_capture").size(), 1);
+    }
+
+    void screenAndAreaAreLoggedInLogicalPixels()
+    {
+        const MessageCapture messages;
+        m_window->initializeCapture();
+        const QStringList debug = messages.texts(QtDebugMsg);
+        const auto screen = debug.indexOf("[DEBUG] Screen geometry: x=0, y=0, width=1024, height=576");
+        QVERIFY2(screen >= 0, qPrintable(debug.join('\n')));
+        QCOMPARE(debug.value(screen + 1), QStringLiteral("[DEBUG] position 0 0 1024 576"));
+        QVERIFY(messages.texts(QtInfoMsg).contains("[INFO] OBS initialized successfully"));
+    }
+
+    void microphoneShownAsOffIsOff()
+    {
+        m_window->initializeCapture();
+        QCOMPARE(nameOnChannel(1), QStringLiteral("Desktop Audio"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("nothing"));
+    }
+
+    void everySwitchReachesTheEngine()
+    {
+        const auto settings = openSettings();
+        settings->setValue(settingskeys::kMicSwitch, true);
+        settings->setValue(settingskeys::kSpeakerSwitch, false);
+        settings->setValue(settingskeys::kMouseSwitch, false);
+        m_window->initializeCapture();
+        QCOMPARE(nameOnChannel(1), QStringLiteral("nothing"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("Mic/Aux"));
+        QTRY_COMPARE(settingOf("monitor_capture", "capture_cursor"), QJsonValue(false));
+    }
+
+    void defaultDevicesAreSetUpBeforeTheAreaAndTheSwitchesComeLast()
+    {
+        m_window->initializeCapture();
+        QStringList calls = obsspy::calls();
+        // From the scene's last step on.
+        calls.remove(0, calls.indexOf("obs_source_create monitor_capture Computer_Monitor_Capture") + 1);
+        calls.removeIf([](const QString& call) {
+            return !call.startsWith("obs_set_output_source") && !call.startsWith("obs_source_create");
+        });
+        QCOMPARE(calls,
+                 (QStringList{"obs_source_create wasapi_output_capture Desktop Audio",
+                              "obs_set_output_source 1 Desktop Audio", "obs_source_create wasapi_input_capture Mic/Aux",
+                              "obs_set_output_source 2 Mic/Aux", "obs_source_create crop_filter Crop/Pad",
+                              "obs_set_output_source 1 Desktop Audio", "obs_set_output_source 2 nothing"}));
+        QCOMPARE(settingOf("wasapi_input_capture", "device_id"), QJsonValue("default"));
+    }
+
+    void restoringTheSwitchesWritesNoSetting()
+    {
+        const auto before = storedSettings();
+        m_window->initializeCapture();
+        QCOMPARE(storedSettings(), before);
+    }
+
+    void sessionWithoutAScreenStartsNoEngine()
+    {
+        const MessageCapture messages;
+        screensAreGone = true;
+        m_window->initializeCapture();
+        screensAreGone = false;
+        QCOMPARE(messages.texts(), QStringList{"Failed to get primary screen"});
+        QCOMPARE(obsspy::calls(), QStringList());
+        QCOMPARE(attemptToRecord(), QStringList{"[WARNING] OBS wrapper not initialized"});
+    }
+
+    void failedStartOfTheEngineIsLoggedAndRestoresNoSwitch()
+    {
+        const MessageCapture messages;
+        obsspy::failAt(QStringLiteral("obs_output_create"));
+        m_window->initializeCapture();
+        QVERIFY(messages.texts().contains("[WARNING] Failed to initialize OBS"));
+        QVERIFY(!messages.texts().contains("[INFO] OBS initialized successfully"));
+        QVERIFY(obsspy::calls().filter("obs_set_output_source").isEmpty());
+        QCOMPARE(field("widthEdit"), QString());
+    }
+
+    void sceneThatCannotBeMadeIsLoggedWithItsCode()
+    {
+        const MessageCapture messages;
+        obsspy::failAt(QStringLiteral("obs_scene_create"));
+        m_window->initializeCapture();
+        QVERIFY(messages.texts().contains("[ERROR] The capture scene could not be made: code -2"));
+        QVERIFY(messages.texts().contains("[INFO] OBS initialized successfully"));
+    }
+
+    void primaryScreenThatIsNoneOfTheMonitorsIsLoggedAndNotRecorded()
+    {
+        behaviour().monitors = {{"A: 640x480 @ 1280,0", "a"}, {"B: 640x480 @ 1920,0", "b"}};
+        const QString warning = QStringLiteral(
+            "[WARNING] The primary screen is none of the engine's screens: \"A: 640x480 @ 1280,0\", \"B: 640x480 @ "
+            "1920,0\"");
+        {
+            const MessageCapture messages;
+            m_window->initializeCapture();
+            QCOMPARE(messages.texts(QtWarningMsg), QStringList{warning});
+        }
+        QCOMPARE(attemptToRecord(), (QStringList{warning, "[ERROR] Failed to prepare recording"}));
+    }
+
+    void failedVideoResetIsLoggedAndNothingIsRecorded()
+    {
+        m_window->initializeCapture();
+        obsspy::failAt(QStringLiteral("obs_reset_video"));
+        QCOMPARE(attemptToRecord(),
+                 (QStringList{"[WARNING] Failed to reset video", "[ERROR] Failed to prepare recording"}));
+        QCOMPARE(standins::countOf(QStringLiteral("start output")), 0);
+    }
+
+    void pointerAndItsEffectsAreChosenApart_data()
+    {
+        QTest::addColumn<bool>("pointer");
+        QTest::addColumn<bool>("effects");
+        QTest::newRow("pointer alone") << true << false;
+        QTest::newRow("effects alone") << false << true;
+    }
+
+    void pointerAndItsEffectsAreChosenApart()
+    {
+        QFETCH(const bool, pointer);
+        QFETCH(const bool, effects);
+        openSettings()->setValue(settingskeys::kMouseShowCursor, pointer);
+        openSettings()->setValue(settingskeys::kMouseSwitch, effects);
+        m_window->initializeCapture();
+        behaviour().outputStarts = false;
+        attemptToRecord();
+        QTRY_COMPARE(settingOf("monitor_capture", "show_left_click"), QJsonValue(effects));
+        QTRY_COMPARE(settingOf("monitor_capture", "capture_cursor"), QJsonValue(pointer));
+    }
+
+    void buttonShowsTheStateOfTheRecording()
+    {
+        m_window->initializeCapture();
+        expectLook("Start Recording", "start-recording");
+        button()->click();
+        QTRY_COMPARE_WITH_TIMEOUT(standins::countOf(QStringLiteral("start output")), 1, kRoadTimeoutMs);
+        expectLook("Stop Recording", "stop-recording");
+        QVERIFY(m_window->isMinimized());
+        emit m_engine->recordStatusChanged(1);
+        expectLook("Pause Recording", "pause-recording");
+        emit m_engine->recordStatusChanged(0);
+        expectLook("Stop Recording", "stop-recording");
+        button()->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_window->isMinimized(), kRoadTimeoutMs);
+        expectLook("Start Recording", "start-recording");
+        QCOMPARE(standins::countOf(QStringLiteral("stop output")), 1);
+    }
+
+private:
+    QPushButton* button() const { return m_window->findChild<QPushButton*>(QStringLiteral("recordButton")); }
+
+    QString field(const char* name) const { return m_window->findChild<QLineEdit*>(QLatin1String(name))->text(); }
+
+    void expectLook(const char* text, const char* icon) const
+    {
+        QCOMPARE(button()->text(), QLatin1String(text));
+        const QIcon expected(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(icon)));
+        QVERIFY(!picture(expected).isNull());
+        QCOMPARE(picture(button()->icon()), picture(expected));
+    }
+
+    /// Presses the button and waits until the window is back; what was warned of meanwhile.
+    QStringList attemptToRecord() const
+    {
+        const MessageCapture messages;
+        button()->click();
+        [this] { QTRY_VERIFY_WITH_TIMEOUT(!m_window->isMinimized(), kRoadTimeoutMs); }();
+        return messages.texts(QtWarningMsg) + messages.texts(QtCriticalMsg);
+    }
+
+    std::unique_ptr<SCMainWindow> m_window;
+    ObsWrapper* m_engine = nullptr;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    qputenv("QT_SCALE_FACTOR", kScaleFactor);
+    QApplication application(argc, argv);
+    // A window that goes must not end the test program.
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestWindowEngine test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_windowengine.moc"
