@@ -4,19 +4,12 @@
 #include "engine/recordingformat.h"
 #include "mainwindow/recorderport.h"
 #include "mainwindow/recordingpath.h"
+#include "mainwindow/recordstatus.h"
 
 namespace {
 
 constexpr int kCountdownFrom = 3;
-constexpr int kFramesPerSecond = 30;
 constexpr int kVideoBitRate = 4;
-
-enum RecordStatus
-{
-    kStarted = 0,
-    kPaused = 1,
-    kEnded = 2
-};
 
 } // namespace
 
@@ -176,11 +169,11 @@ void RecordingSession::finish()
 
 void RecordingSession::onRecordStatusChanged(int status)
 {
-    if (status == kStarted) {
+    if (status == recordstatus::kStarted) {
         setState(RecordingState::Recording);
-        emit statusChanged(kStarted);
-    } else if (status == kPaused) {
-        emit statusChanged(kPaused);
+        emit statusChanged(recordstatus::kStarted);
+    } else if (status == recordstatus::kPaused) {
+        emit statusChanged(recordstatus::kPaused);
         m_stage.minimiseWindow();
     } else if (m_state == RecordingState::Recording || m_state == RecordingState::Stopping) {
         logEndReason();
@@ -204,7 +197,7 @@ void RecordingSession::conclude()
     m_drainTimer.stop();
     m_confirmTimer.stop();
     setState(RecordingState::Ended);
-    emit statusChanged(kEnded);
+    emit statusChanged(recordstatus::kEnded);
     m_stage.setClockRunning(false);
     m_stage.setExcludedFromCapture(false);
     showElapsed(QTime(0, 0, 0));

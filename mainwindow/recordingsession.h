@@ -31,6 +31,9 @@ class RecordingSession : public QObject
     Q_OBJECT
 
 public:
+    /// Pictures per second of every recording.
+    static constexpr int kFramesPerSecond = 30;
+
     /// How long a stop waits for the last frames and for the engine's word, in milliseconds.
     struct Patience
     {
@@ -65,7 +68,7 @@ public slots:
     /// Brings what runs to its end, for a program that is about to exit; stateChanged(Idle) says when.
     void finish();
 
-    /// The engine's status numbers: 0 started, 1 paused, 2 ended or failed to start.
+    /// The engine's numbers, see recordstatus.
     void onRecordStatusChanged(int status);
 
     /// One second has passed on the recording clock.
@@ -74,7 +77,7 @@ public slots:
 signals:
     void stateChanged(RecordingState state);
 
-    /// For everything that mirrors the recording: 0 show it as running, 1 as paused, 2 as not recording.
+    /// For everything that mirrors the recording: a number of recordstatus.
     void statusChanged(int status);
 
     /// The recorded time as "hh:mm:ss".

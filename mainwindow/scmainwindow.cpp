@@ -6,6 +6,7 @@
 #include "app/webaddresses.h"
 #include "engine/capturetargets.h"
 #include "engine/obswrapper.h"
+#include "mainwindow/recordstatus.h"
 #include "mainwindow/sccountdownwidget.h"
 #include "platform/capture_exclusion.h"
 #include "platform/frameless_window.h"
@@ -32,10 +33,12 @@
 namespace {
 
 constexpr int kRecordingClockIntervalMs = 1000;
-constexpr int kFramesPerSecond = 30;
-constexpr int kStatusEnded = 2;
 const auto kStyleSheet = QStringLiteral(":/res/style/main-window.qss");
 const auto kDefaultDevice = QStringLiteral("default");
+
+// The engine's numbers and the window's are the same.
+static_assert(ObsWrapper::kStatusStarting == recordstatus::kStarted &&
+              ObsWrapper::kStatusEnded == recordstatus::kEnded);
 
 /// The primary screen; a session without one gets an empty screen.
 CaptureScreen primaryScreen()
@@ -59,7 +62,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     , m_settings(openSettings())
     , m_recorder(*m_obs)
     , m_session(m_recorder, *this, nullptr)
-    , m_shownStatus(kStatusEnded)
+    , m_shownStatus(recordstatus::kEnded)
 {
     m_ui->setupUi(this);
     setUpFrame();
@@ -158,9 +161,11 @@ void SCMainWindow::onHotkeyAvailabilityChanged(bool available, const QString& re
 {
     const QString stored = m_settings->value(settingskeys::kRecordingHotkey).toString();
     m_hotkeyInForce = available ? stored : QString();
-    SCLogger::warning(
-        available ? QStringLiteral("The hotkey \"%1\" works again").arg(stored)
-                  : QStringLiteral("The hotkey \"%1\" is lost with the new keyboard layout: %2").arg(stored, reason));
+    if (available)
+        SCLogger::info(QStringLiteral("The hotkey \"%1\" works again").arg(stored));
+    else
+        SCLogger::warning(
+            QStringLiteral("The hotkey \"%1\" is lost with the new keyboard layout: %2").arg(stored, reason));
     showHotkey();
 }
 
@@ -189,7 +194,7 @@ void SCMainWindow::initializeCapture()
         return;
     }
     const QSize size = primaryScreen().physicalSize();
-    if (!m_obs->initialize(size.width(), size.height(), kFramesPerSecond)) {
+    if (!m_obs->initialize(size.width(), size.height(), RecordingSession::kFramesPerSecond)) {
         SCLogger::warning(QStringLiteral("Failed to initialize OBS"));
         return;
     }
@@ -257,7 +262,8 @@ bool SCMainWindow::resetRecordingArea()
     const QSize logical = m_captureArea.rectOn(screen).size();
     SCLogger::debug(QStringLiteral("Recording area set to: %1x%2").arg(logical.width()).arg(logical.height()));
     const QSize size = m_captureArea.physicalSize(screen);
-    if (m_obs->resetVideo(size.width(), size.height(), size.width(), size.height(), kFramesPerSecond) != 0) {
+    if (m_obs->resetVideo(size.width(), size.height(), size.width(), size.height(),
+                          RecordingSession::kFramesPerSecond) != 0) {
         SCLogger::warning(QStringLiteral("Failed to reset video"));
         return false;
     }

@@ -4,15 +4,9 @@
 #include <QEvent>
 #include <QIcon>
 
-HoverIcons::HoverIcons(QAbstractButton* button, const QString& name) : QObject(button), m_button(*button)
+HoverIcons::HoverIcons(QAbstractButton* button, const QString& name) : QObject(button), m_button(*button), m_name(name)
 {
     button->installEventFilter(this);
-    setName(name);
-}
-
-void HoverIcons::setName(const QString& name)
-{
-    m_name = name;
     showIcon(m_button.underMouse());
 }
 

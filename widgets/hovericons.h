@@ -14,9 +14,6 @@ class HoverIcons : public QObject
 public:
     HoverIcons(QAbstractButton* button, const QString& name);
 
-    /// Changes the pair of icons, for a button that shows a state.
-    void setName(const QString& name);
-
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
