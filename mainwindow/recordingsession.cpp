@@ -6,6 +6,8 @@
 #include "mainwindow/recordingpath.h"
 #include "mainwindow/recordstatus.h"
 
+#include <QThread>
+
 namespace {
 
 constexpr int kCountdownFrom = 3;
@@ -165,6 +167,24 @@ void RecordingSession::finish()
 {
     cancelCountdown();
     requestStop();
+}
+
+void RecordingSession::finishAtOnce()
+{
+    finish();
+    if (m_state != RecordingState::Stopping || !m_recorder.isRecording())
+        return;
+    SCLogger::info(QStringLiteral("The session ends, the recording is finished first"));
+    waitForDrain();
+    m_drainTimer.stop();
+    stopOutput();
+}
+
+void RecordingSession::waitForDrain() const
+{
+    // Events have to wait as well: one of them could be the stop that is about to be carried out here.
+    while (!m_recorder.isRecordingEndReached() && !m_sinceStopRequest.hasExpired(m_patience.sessionEndDrainMs))
+        QThread::msleep(static_cast<unsigned long>(m_patience.pollMs));
 }
 
 void RecordingSession::onRecordStatusChanged(int status)

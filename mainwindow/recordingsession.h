@@ -42,6 +42,8 @@ public:
         int drainMs = 10000;
         /// The longest wait for the engine to report a closed file. A long file on a slow disk takes its time.
         int confirmMs = 60000;
+        /// The longest wait for the encoder when the user's session ends: the system grants five seconds in all.
+        int sessionEndDrainMs = 1000;
     };
 
     RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent);
@@ -68,6 +70,10 @@ public slots:
     /// Brings what runs to its end, for a program that is about to exit; stateChanged(Idle) says when.
     void finish();
 
+    /// The same for a user's session that ends: the file is closed when this returns, since the process may be ended at
+    /// any moment from then on. The events that lead back to idle follow where there is still time for them.
+    void finishAtOnce();
+
     /// The engine's numbers, see recordstatus.
     void onRecordStatusChanged(int status);
 
@@ -93,6 +99,7 @@ private:
     RecordingPath choosePath(const RecordingChoices& choices) const;
     void beginStop();
     void pollDrain();
+    void waitForDrain() const;
     void stopOutput();
     void giveUpWaiting();
     void logEndReason() const;

@@ -139,6 +139,9 @@ void SCMainWindow::connectSession()
     connect(&m_session, &RecordingSession::stateChanged, this, &SCMainWindow::onStateChanged);
     connect(&m_session, &RecordingSession::statusChanged, this, &SCMainWindow::showRecordStatus);
     connect(&m_session, &RecordingSession::fileProduced, this, &SCMainWindow::fileProduced);
+    // Asked while the user's session waits for the answer, after which the system ends the process.
+    connect(qGuiApp, &QGuiApplication::commitDataRequest, &m_session, &RecordingSession::finishAtOnce,
+            Qt::DirectConnection);
 }
 
 void SCMainWindow::registerRecordingHotkey()

@@ -27,7 +27,7 @@ class GlobalHotkey;
 /// The program's one top-level window. It owns the engine and everything that works on a recording, and wires them:
 /// what is captured is in CaptureArea, how a recording goes in RecordingSession, whose stage it is.
 ///
-/// Closing it while a recording runs finishes the file first.
+/// Closing it while a recording runs finishes the file first, and so does the end of the user's session.
 class SCMainWindow : public QMainWindow, private RecordingStage
 {
     Q_OBJECT

@@ -7,8 +7,10 @@
 #include <QFileInfo>
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
 #include <unistd.h>
 
 namespace {
@@ -78,9 +80,12 @@ private slots:
     void aTakenNameGetsANumber();
     void aFolderThatCannotBeMadeEndsInIdleWithAReason();
     void aFolderThatTakesNoFilesEndsInIdleWithAReason();
+    void aFailedRecordingLeavesTheNextOneWhole();
+    void aFailedPreparationEndsInIdleWithAReason();
     void aFullDiskEndsTheRecordingWithAReason();
     void threeRecordingsInARow();
     void closingTheWindowWhileRecordingFinishesTheFile();
+    void terminatedWhileRecordingTheProgramFinishesTheFile();
     void closingTheWindowDuringTheCountdownRecordsNothing();
     void aRecordingStoppedAtOnceIsPlayable();
     void theHotkeyHammeredLeavesPlayableFiles();
@@ -229,6 +234,43 @@ void TestSession::aFolderThatTakesNoFilesEndsInIdleWithAReason()
     expectNothingRecorded(program, QStringLiteral("could not be opened for writing"));
 }
 
+void TestSession::aFailedRecordingLeavesTheNextOneWhole()
+{
+    ProgramUnderTest program;
+    QFile inTheWay(program.saveFolder());
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    expectNothingRecorded(program, QStringLiteral("could not be opened for writing"));
+    QVERIFY(inTheWay.remove());
+    const Take take = record(program, kMp4, kShortMs);
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+    QVERIFY(isPlayable(take.path));
+}
+
+void TestSession::aFailedPreparationEndsInIdleWithAReason()
+{
+    // The same program beside engine data that lack what captures the screen.
+    const QTemporaryDir folder;
+    const QDir original(QCoreApplication::applicationDirPath());
+    const QString plugins = QStringLiteral("obs-data/obs-plugins/64bit");
+    const QDir copy(folder.path());
+    QVERIFY(QFile::copy(original.filePath(QStringLiteral("kestrano")), copy.filePath(QStringLiteral("kestrano"))));
+    QVERIFY(copy.mkpath(plugins));
+    QVERIFY(QFile::link(original.filePath(QStringLiteral("obs-data/data")),
+                        copy.filePath(QStringLiteral("obs-data/data"))));
+    for (const QFileInfo& plugin : QDir(original.filePath(plugins)).entryInfoList({QStringLiteral("*.so")}))
+        if (!plugin.fileName().contains(QLatin1String("linux-capture")))
+            QVERIFY(
+                QFile::link(plugin.absoluteFilePath(), copy.filePath(plugins + QLatin1Char('/') + plugin.fileName())));
+    ProgramUnderTest program(copy.filePath(QStringLiteral("kestrano")));
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const QString scene = QStringLiteral("The capture scene could not be made: code -3");
+    QVERIFY2(program.waitForMessage(scene, kMessageTimeoutMs).has_value(), qPrintable(program.transcript()));
+    expectNothingRecorded(program, QStringLiteral("Failed to prepare recording"));
+    QCOMPARE(countMessages(program, kStarted), 0);
+    QVERIFY(!QFileInfo::exists(program.saveFolder()));
+}
+
 void TestSession::aFullDiskEndsTheRecordingWithAReason()
 {
     ProgramUnderTest program;
@@ -273,6 +315,19 @@ void TestSession::closingTheWindowWhileRecordingFinishesTheFile()
     const auto window = program.mainWindow(true, kWindowTimeoutMs);
     QVERIFY(window.has_value());
     x11clients::close(window->id);
+    QVERIFY2(program.waitUntilEnded(kMessageTimeoutMs), qPrintable(program.transcript()));
+    QVERIFY2(program.endedWell(), qPrintable(program.transcript()));
+    QVERIFY(isPlayable(take.path));
+}
+
+void TestSession::terminatedWhileRecordingTheProgramFinishesTheFile()
+{
+    ProgramUnderTest program;
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const Take take = beginTake(program, kMp4);
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+    QTest::qWait(kShortMs);
+    QCOMPARE(kill(static_cast<pid_t>(program.processId()), SIGTERM), 0);
     QVERIFY2(program.waitUntilEnded(kMessageTimeoutMs), qPrintable(program.transcript()));
     QVERIFY2(program.endedWell(), qPrintable(program.transcript()));
     QVERIFY(isPlayable(take.path));

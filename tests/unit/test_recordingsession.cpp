@@ -4,6 +4,7 @@
 #include "mainwindow/recordingstage.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -122,7 +123,7 @@ private:
 };
 
 const Calls kStartOrder{"minimise",  "countdown 3", "prepare", "cursor 1",
-                        "effects 1", "exclude 1",   "clock 1", "setup 1920x1080 30 4 0",
+                        "effects 0", "exclude 1",   "clock 1", "setup 1920x1080 30 4 0",
                         "start"};
 const Calls kWayBack{"clock 0", "exclude 0", "restore"};
 
@@ -151,9 +152,9 @@ private slots:
                            1920,
                            1080,
                            true,
-                           true};
+                           false};
         m_session = std::make_unique<RecordingSession>(*m_recorder, *m_stage, nullptr);
-        m_session->setPatience({1, 300, 200});
+        m_session->setPatience({1, 300, 200, 50});
         m_recorder->onStatus = [this](int status) { m_session->onRecordStatusChanged(status); };
         m_logSize = log().size();
     }
@@ -544,6 +545,58 @@ private slots:
     void finishWhileIdleDoesNothing()
     {
         m_session->finish();
+        QCOMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls, Calls());
+    }
+
+    void endOfTheSessionClosesTheFileBeforeItGoesOn()
+    {
+        m_session->requestStart();
+        m_calls.clear();
+        m_recorder->pollsUntilDrained = 5;
+        m_session->finishAtOnce();
+        QCOMPARE(m_calls, (Calls{"end here", "stop 0"}));
+        QVERIFY(!m_recorder->recording);
+        QVERIFY(m_recorder->pollsUntilDrained < 0);
+        QTest::qWait(50);
+        QCOMPARE(m_calls.count(QStringLiteral("stop 0")), 1);
+        m_session->onRecordStatusChanged(2);
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+    }
+
+    void endOfTheSessionDoesNotWaitLongForAStalledEncoder()
+    {
+        m_session->requestStart();
+        m_recorder->pollsUntilDrained = kNever;
+        QElapsedTimer elapsed;
+        elapsed.start();
+        m_session->finishAtOnce();
+        QVERIFY(elapsed.elapsed() < 1000);
+        QVERIFY(!m_recorder->recording);
+    }
+
+    void endOfTheSessionShortensAStopThatIsHeldBack()
+    {
+        m_session->requestStart();
+        m_recorder->pollsUntilDrained = kNever;
+        m_session->requestStop();
+        m_session->finishAtOnce();
+        QCOMPARE(m_calls.count(QStringLiteral("end here")), 1);
+        QCOMPARE(m_calls.count(QStringLiteral("stop 0")), 1);
+        QVERIFY(!m_recorder->recording);
+    }
+
+    void endOfTheSessionCancelsACountdown()
+    {
+        m_stage->duringCountdown = [this] { m_session->finishAtOnce(); };
+        m_session->requestStart();
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_calls, (Calls{"minimise", "countdown 3", "cancel countdown"} + kWayBack));
+    }
+
+    void endOfTheSessionWhileIdleDoesNothing()
+    {
+        m_session->finishAtOnce();
         QCOMPARE(m_session->state(), RecordingState::Idle);
         QCOMPARE(m_calls, Calls());
     }
