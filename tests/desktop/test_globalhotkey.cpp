@@ -1,26 +1,13 @@
 #include "platform/global_hotkey.h"
+#include "tests/desktop/userinput.h"
 
 #include <QApplication>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
 
 using platform::GlobalHotkey;
-
-namespace {
-
-/// Presses and releases keys as a user does, through the X server.
-void xdotool(const QStringList& arguments)
-{
-    QCOMPARE(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
-}
-
-void setKeyboardLayout(const QString& layout)
-{
-    QCOMPARE(QProcess::execute(QStringLiteral("setxkbmap"), {layout}), 0);
-}
-
-} // namespace
+using userinput::setKeyboardLayout;
+using userinput::xdotool;
 
 class TestGlobalHotkey : public QObject
 {

@@ -4,12 +4,14 @@
 #include "mainwindow/scmainwindow.h"
 #include "platform/capture_exclusion.h"
 #include "platform/compositing.h"
+#include "platform/global_hotkey.h"
+#include "tests/desktop/userinput.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
-#include <QProcess>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
@@ -18,22 +20,14 @@
 
 #include <algorithm>
 
+using userinput::pointTo;
+using userinput::xdotool;
+
 namespace {
 
 constexpr QRgb kBackdrop = qRgb(10, 200, 30);
 constexpr QRgb kCountdownFill = qRgb(0x28, 0x28, 0x2e);
 constexpr QRgb kCountdownRing = qRgb(0x00, 0x7a, 0xcc);
-
-/// Moves the pointer and presses keys and buttons as a user does, through the X server.
-void xdotool(const QStringList& arguments)
-{
-    QCOMPARE(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
-}
-
-void pointTo(const QPoint& global)
-{
-    xdotool({"mousemove", QString::number(global.x()), QString::number(global.y())});
-}
 
 /// Presses at a place, moves in steps, which a window manager needs to take it for a drag, and lets go.
 void drag(const QPoint& from, const QPoint& distance)
@@ -85,6 +79,12 @@ private slots:
     }
 
     void init() { pointTo({3, 3}); }
+
+    void cleanup()
+    {
+        userinput::setKeyboardLayout(QStringLiteral("us"));
+        openSettings()->setValue(settingskeys::kRecordingHotkey, QStringLiteral("F9"));
+    }
 
     void windowHasNoFrameOfTheSystem()
     {
@@ -275,6 +275,48 @@ private slots:
         countdown.cancel();
     }
 
+    void hotkeyIsNamedBelowTheButton()
+    {
+        SCMainWindow window;
+        showAndWait(window);
+        QVERIFY(hint(window)->isVisible());
+        QCOMPARE(hint(window)->text(), QStringLiteral("Start/Stop: F9"));
+    }
+
+    void hotkeyHeldByAnotherProgramIsWarnedOfAndNotNamed()
+    {
+        // It has a connection of its own: to the X server it is another program.
+        platform::GlobalHotkey other(nullptr);
+        QVERIFY(other.registerKey(QKeySequence(Qt::Key_F9)));
+        const MessageCapture messages;
+        SCMainWindow window;
+        showAndWait(window);
+        QVERIFY(!hint(window)->isVisible());
+        QCOMPARE(messages.texts(QtWarningMsg).filter(QStringLiteral("hotkey")),
+                 QStringList{"[WARNING] The hotkey \"F9\" cannot be used: another program holds it"});
+    }
+
+    void hotkeyThatALayoutLacksIsNamedAgainWhenItIsBack()
+    {
+        userinput::setKeyboardLayout(QStringLiteral("de"));
+        const QString key = QKeySequence(Qt::CTRL | Qt::Key_Adiaeresis).toString(QKeySequence::PortableText);
+        openSettings()->setValue(settingskeys::kRecordingHotkey, key);
+        SCMainWindow window;
+        showAndWait(window);
+        QVERIFY(hint(window)->isVisible());
+        const MessageCapture messages;
+        userinput::setKeyboardLayout(QStringLiteral("us"));
+        QTRY_VERIFY(!hint(window)->isVisible());
+        QCOMPARE(messages.texts(QtWarningMsg).filter(QStringLiteral("hotkey")),
+                 QStringList{QStringLiteral("[WARNING] The hotkey \"%1\" is lost with the new keyboard layout: the "
+                                            "keyboard has no such key")
+                                 .arg(key)});
+        userinput::setKeyboardLayout(QStringLiteral("de"));
+        QTRY_VERIFY(hint(window)->isVisible());
+        QCOMPARE(hint(window)->text(), QStringLiteral("Start/Stop: ") + key);
+        QVERIFY(messages.texts(QtInfoMsg).contains(QStringLiteral("[INFO] The hotkey \"%1\" works again").arg(key)));
+    }
+
     void x11CannotExcludeAWindowFromCapture()
     {
         QWidget window;
@@ -306,6 +348,8 @@ private:
     {
         return window.findChild<QPushButton*>(QStringLiteral("recordButton"));
     }
+
+    static QLabel* hint(const SCMainWindow& window) { return window.findChild<QLabel*>(QStringLiteral("hotkeyLabel")); }
 
     static SCCountdownWidget* visibleCountdown()
     {

@@ -10,6 +10,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
+#include <QTranslator>
 
 class TestSCCountdownWidget : public QObject
 {
@@ -61,7 +62,7 @@ private slots:
         QVERIFY(!countdown.isCounting());
     }
 
-    void lookIsAsStated()
+    void looksRoundAndDark()
     {
         const SCCountdownWidget countdown(nullptr);
         QCOMPARE(static_cast<int>(countdown.windowFlags() & ~Qt::Window), 0x40812 & ~static_cast<int>(Qt::Window));
@@ -92,6 +93,25 @@ private slots:
                  QStringLiteral("QLabel {color: #FFFFFF;background-color: transparent;padding: 4px 12px;}"));
         QCOMPARE(hint->alignment(), Qt::AlignRight | Qt::AlignVCenter);
         QCOMPARE(hint->font().pointSize(), 10);
+        QCOMPARE(hint->font().family(), QStringLiteral("Segoe UI"));
+    }
+
+    void hintIsTranslated()
+    {
+        class Translation : public QTranslator
+        {
+        public:
+            QString translate(const char*, const char* text, const char*, int) const override
+            {
+                return qstrcmp(text, "Start/Stop") == 0 ? QStringLiteral("Anfang/Ende") : QString();
+            }
+            bool isEmpty() const override { return false; }
+        };
+        Translation translation;
+        QApplication::installTranslator(&translation);
+        const SCCountdownWidget countdown(nullptr);
+        QApplication::removeTranslator(&translation);
+        QCOMPARE(countdown.findChild<QLabel*>(QStringLiteral("hintLabel"))->text(), QStringLiteral("Anfang/Ende: F9"));
     }
 
     void circleStandsTenPixelsAboveTheHint()
