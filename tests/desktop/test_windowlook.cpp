@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
@@ -185,7 +186,7 @@ private slots:
         });
         button(window)->click();
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        QCOMPARE(seen, QRect(screen.width() / 2 - 100, screen.height() / 2 - 120, 200, 240));
+        QCOMPARE(seen, QRect(screen.x() + screen.width() / 2 - 100, screen.y() + screen.height() / 2 - 120, 200, 240));
         QVERIFY(minimised);
     }
 
@@ -317,6 +318,28 @@ private slots:
         QVERIFY(messages.texts(QtInfoMsg).contains(QStringLiteral("[INFO] The hotkey \"%1\" works again").arg(key)));
     }
 
+    void nothingIsCutOff()
+    {
+        SCMainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const QSize screen = window.screen()->size();
+        QCOMPARE(window.size().boundedTo(screen), window.size());
+        const QList<QWidget*> parts = window.findChildren<QWidget*>();
+        int looked = 0;
+        for (const QWidget* const part : parts) {
+            if (!part->isVisible() || part->objectName().startsWith(QLatin1String("qt_")))
+                continue;
+            ++looked;
+            QVERIFY2(part->parentWidget()->rect().contains(part->geometry()), qPrintable(part->objectName()));
+            const bool bearsText = qobject_cast<const QLabel*>(part) || qobject_cast<const QPushButton*>(part);
+            QVERIFY2(!bearsText || (part->width() >= part->minimumSizeHint().width() &&
+                                    part->height() >= part->minimumSizeHint().height()),
+                     qPrintable(part->objectName()));
+        }
+        QVERIFY(looked > 20);
+    }
+
     void x11CannotExcludeAWindowFromCapture()
     {
         QWidget window;
@@ -376,9 +399,27 @@ private:
     QWidget m_backdrop;
 };
 
+namespace {
+
+/// Splits the display in two screens, of which the right one is the primary, where the environment asks for it.
+bool splitDisplayWhereAsked()
+{
+    const auto monitor = [](const char* name, const char* area, const char* output) {
+        return QProcess::execute(QStringLiteral("xrandr"), {QStringLiteral("--setmonitor"), QLatin1String(name),
+                                                            QLatin1String(area), QLatin1String(output)}) == 0;
+    };
+    return !qEnvironmentVariableIsSet("KESTRANO_TEST_TWO_SCREENS") ||
+           (monitor("*Right", "640/170x720/190+640+0", "screen") && monitor("Left", "640/170x720/190+0+0", "none"));
+}
+
+} // namespace
+
 int main(int argc, char* argv[])
 {
     const TestProfile profile;
+    // Before the toolkit looks at the screens.
+    if (!splitDisplayWhereAsked())
+        return EXIT_FAILURE;
     appidentity::apply();
     QApplication application(argc, argv);
     // Windows closed by a test must not end the test program.

@@ -1,6 +1,8 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/programundertest.h"
+#include "tests/support/testpicture.h"
+#include "tests/support/testtone.h"
 
 #include <QDir>
 #include <QFile>
@@ -48,6 +50,72 @@ qsizetype countMessages(ProgramUnderTest& program, const QString& text)
                          [&](const ProgramUnderTest::Line& line) { return line.text.contains(text); });
 }
 
+/// A tone that the microphone hears, for as long as the object lives. What a sink plays is no device to the program, so
+/// the desktop's microphone gets one that is.
+class VoiceAtTheMicrophone
+{
+public:
+    static constexpr int kFrequencyHz = 720;
+
+    VoiceAtTheMicrophone()
+    {
+        const QString heard = qEnvironmentVariable("KESTRANO_TEST_MICROPHONE");
+        m_ready = pactl({"load-module", "module-remap-source", "source_name=voice", "master=" + heard}) &&
+                  pactl({"set-default-source", "voice"});
+        const QString tone = QStringLiteral("sine=frequency=%1:sample_rate=48000").arg(kFrequencyHz);
+        m_player.start(QStringLiteral("ffmpeg"),
+                       {"-hide_banner", "-nostdin", "-re", "-f", "lavfi", "-i", tone, "-f", "pulse", "-device",
+                        qEnvironmentVariable("KESTRANO_TEST_MICROPHONE_SINK"), "voice"});
+    }
+
+    ~VoiceAtTheMicrophone()
+    {
+        m_player.kill();
+        m_player.waitForFinished();
+        pactl({"set-default-source", qEnvironmentVariable("KESTRANO_TEST_MICROPHONE")});
+        pactl({"unload-module", "module-remap-source"});
+    }
+
+    bool isHeard() { return m_ready && m_player.waitForStarted() && m_player.state() == QProcess::Running; }
+
+private:
+    static bool pactl(const QStringList& arguments)
+    {
+        return QProcess::execute(QStringLiteral("pactl"), arguments) == 0;
+    }
+
+    QProcess m_player;
+    bool m_ready = false;
+};
+
+/// The display split in two screens, of which the right one is the primary, for as long as the object lives.
+class TwoScreens
+{
+public:
+    TwoScreens()
+    {
+        m_made = xrandr({"--setmonitor", "*Right", "320/85x360/95+320+0", "screen"}) &&
+                 xrandr({"--setmonitor", "Left", "320/85x360/95+0+0", "none"});
+    }
+
+    ~TwoScreens()
+    {
+        xrandr({"--delmonitor", "Left"});
+        xrandr({"--delmonitor", "Right"});
+    }
+
+    bool areMade() const { return m_made; }
+    static QRect primary() { return {320, 0, 320, 360}; }
+
+private:
+    static bool xrandr(const QStringList& arguments)
+    {
+        return QProcess::execute(QStringLiteral("xrandr"), arguments) == 0;
+    }
+
+    bool m_made = false;
+};
+
 /// The main window with the keyboard's focus in the file name field: the record button has it after the start, and the
 /// field is the next in the order of the Tab key.
 bool focusNameField(ProgramUnderTest& program)
@@ -84,6 +152,9 @@ private slots:
     void aFailedPreparationEndsInIdleWithAReason();
     void aFullDiskEndsTheRecordingWithAReason();
     void threeRecordingsInARow();
+    void theMicrophoneIsHeardWhereItIsSwitchedOn_data();
+    void theMicrophoneIsHeardWhereItIsSwitchedOn();
+    void aPrimaryScreenOffTheOriginIsRecorded();
     void closingTheWindowWhileRecordingFinishesTheFile();
     void terminatedWhileRecordingTheProgramFinishesTheFile();
     void closingTheWindowDuringTheCountdownRecordsNothing();
@@ -303,6 +374,60 @@ void TestSession::threeRecordingsInARow()
         QVERIFY2(isPlayable(take.path), qPrintable(take.path));
         QCOMPARE(filesIn(program.saveFolder()).size(), number);
     }
+}
+
+void TestSession::theMicrophoneIsHeardWhereItIsSwitchedOn_data()
+{
+    QTest::addColumn<bool>("on");
+    QTest::newRow("on") << true;
+    QTest::newRow("off") << false;
+}
+
+void TestSession::theMicrophoneIsHeardWhereItIsSwitchedOn()
+{
+    QFETCH(const bool, on);
+    VoiceAtTheMicrophone voice;
+    QVERIFY(voice.isHeard());
+    ProgramUnderTest program;
+    program.setSetting(QStringLiteral("recording/micSwitch"), on);
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const Take take = record(program, kMp4, 2 * kShortMs);
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+    QVERIFY(voice.isHeard());
+    constexpr int kSpan = testtone::kSamplesPerSecond / 2;
+    const QList<float> samples = MediaFile(take.path).samples(testtone::kSamplesPerSecond);
+    const auto loudness = [&samples](double frequencyHz) {
+        return testtone::amplitude(samples, samples.size() / 2, kSpan, frequencyHz, testtone::kSamplesPerSecond);
+    };
+    const double heard = loudness(VoiceAtTheMicrophone::kFrequencyHz);
+    QVERIFY2(on ? heard > 0.05 : heard < 0.005, qPrintable(QString::number(heard)));
+    // The sound of the computer is in the file beside it.
+    QVERIFY2(loudness(testtone::kBaseFrequencyHz) > 0.05, qPrintable(QString::number(loudness(440.0))));
+}
+
+void TestSession::aPrimaryScreenOffTheOriginIsRecorded()
+{
+    const TwoScreens screens;
+    QVERIFY(screens.areMade());
+    ProgramUnderTest program;
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const Take take = record(program, kMp4, kShortMs);
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+    const MediaFile file(take.path);
+    QVERIFY2(file.isReadable() && file.video(), qPrintable(file.error()));
+    QCOMPARE(file.video()->size, TwoScreens::primary().size());
+    const QImage picture = file.pictureAt(file.durationSeconds() / 2);
+    int compared = 0;
+    const QList<TestPicture::Patch> patches = TestPicture({640, 360}).patches();
+    for (const TestPicture::Patch& patch : patches) {
+        if (!TwoScreens::primary().contains(patch.area))
+            continue;
+        const QColor found = meanColour(picture, patch.area.center() - TwoScreens::primary().topLeft(), 4);
+        QVERIFY2(colourDistance(found, patch.colour) <= 12,
+                 qPrintable(patch.colour.name() + QLatin1String(" came out as ") + found.name()));
+        ++compared;
+    }
+    QCOMPARE(compared, 4);
 }
 
 void TestSession::closingTheWindowWhileRecordingFinishesTheFile()
