@@ -12,6 +12,8 @@ constexpr int kAttempts = 20;
 constexpr unsigned long kAttemptIntervalMs = 50;
 /// A visit at the segment takes well under a millisecond.
 constexpr unsigned long kGateIntervalMs = 5;
+/// One new number of 65536 is as good as certain to be free.
+constexpr int kRenumberings = 5;
 constexpr int kFlashes = 3;
 
 void bringToFront(quint64 window)
@@ -49,29 +51,34 @@ SingleInstance::~SingleInstance()
 
 SingleInstance::Role SingleInstance::claim()
 {
-    for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+    Attempt last;
+    for (int count = 1; count <= kAttempts; ++count) {
         // Whoever keeps the gate shut for so long is stopped and does nothing behind it.
-        if (!enterGate() && attempt < kAttempts)
+        if (!enterGate() && count < kAttempts)
             continue;
-        const Attempt outcome = claimOnce();
+        last = claimOnce();
         m_gate.release();
-        if (outcome != Attempt::Again)
-            return conclude(outcome);
+        if (last.result != Result::Again)
+            return conclude(last);
         QThread::msleep(kAttemptIntervalMs);
     }
     // Somebody holds the lock and shows no segment, or a segment that nobody may remove.
-    return conclude(Attempt::Second);
+    last.result = Result::Second;
+    return conclude(last);
 }
 
-SingleInstance::Role SingleInstance::conclude(Attempt outcome)
+SingleInstance::Role SingleInstance::conclude(const Attempt& attempt)
 {
-    if (outcome == Attempt::First) {
+    if (attempt.result == Result::First) {
         SCLogger::info(QStringLiteral("Created shared memory for single instance"));
         return Role::First;
     }
     m_lock.release();
-    if (outcome == Attempt::Second)
+    if (attempt.result == Result::Second) {
+        // The system may have given the window of a copy that is gone to another program since.
+        m_firstWindow = attempt.met.isGone ? 0 : attempt.met.window;
         return Role::Second;
+    }
     SCLogger::error(QStringLiteral("Unable to create shared memory: %1").arg(m_segment.errorString()));
     return Role::Unguarded;
 }
@@ -97,45 +104,75 @@ SingleInstance::Attempt SingleInstance::claimOnce()
 {
     using State = platform::InstanceLock::State;
     const State lock = m_lock.tryLock();
-    if (lock == State::HeldByAnother) // by the maker of the segment, or by a copy that has yet to replace it
-        return readFirstCopy() && !m_isSegmentStale ? Attempt::Second : Attempt::Again;
+    if (lock == State::HeldByAnother)
+        return secondOnceItLives();
     if (lock == State::Acquired)
         return replaceStaleSegment();
-    return readFirstCopy() ? Attempt::Second : create();
+    if (const std::optional<OtherCopy> first = lookAtOtherCopy())
+        return {Result::Second, *first};
+    const Attempt made = create();
+    return made.result == Result::Exists ? meetItsMaker() : made;
+}
+
+SingleInstance::Attempt SingleInstance::secondOnceItLives()
+{
+    // The lock is held by the maker of the segment, or by a copy that has yet to replace it.
+    const OtherCopy first = lookAtOtherCopy().value_or(OtherCopy{0, true});
+    return {first.isGone ? Result::Again : Result::Second, first};
 }
 
 SingleInstance::Attempt SingleInstance::replaceStaleSegment()
 {
-    // Detaching removes the segment, unless somebody else is attached: for life a first copy without a lock, or a
-    // second copy that was stopped while it looked. What is still there after the last attempt is alive.
+    // Detaching removes the segment, unless somebody else is attached: for life a first copy without a lock or a
+    // stranger, or a second copy that was stopped while it looked.
     if (m_segment.attach())
         m_segment.detach();
-    const Attempt attempt = create();
-    return attempt == Attempt::Second ? Attempt::Again : attempt;
+    const bool wasKeyUnused = m_segment.isKeyUnused();
+    const Attempt made = create();
+    if (made.result != Result::Exists)
+        return made;
+    Attempt attempt = meetItsMaker();
+    // A running copy's files may have been cleared away, and the number of the old key file given to the new one.
+    if (attempt.met.isGone || (wasKeyUnused && !platform::isWindow(attempt.met.window)))
+        return createUnderAnotherNumber();
+    // What is still there after the last attempt is alive.
+    if (attempt.result == Result::Second)
+        attempt.result = Result::Again;
+    return attempt;
+}
+
+SingleInstance::Attempt SingleInstance::createUnderAnotherNumber()
+{
+    for (int count = 0; count < kRenumberings; ++count) {
+        const Attempt made = m_segment.renumber() ? create() : Attempt{Result::Exists, {}};
+        if (made.result != Result::Exists)
+            return made;
+    }
+    return {Result::Unguarded, {}};
 }
 
 SingleInstance::Attempt SingleInstance::create()
 {
     if (m_segment.create(sizeof(Block)))
-        return Attempt::First;
-    if (m_segment.error() != QSharedMemory::AlreadyExists)
-        return Attempt::Unguarded;
-    if (readFirstCopy())
-        return Attempt::Second;
-    return m_segment.error() == QSharedMemory::PermissionDenied ? Attempt::Unguarded : Attempt::Again;
+        return {Result::First, {}};
+    return {m_segment.error() == QSharedMemory::AlreadyExists ? Result::Exists : Result::Unguarded, {}};
 }
 
-bool SingleInstance::readFirstCopy()
+SingleInstance::Attempt SingleInstance::meetItsMaker()
+{
+    if (const std::optional<OtherCopy> maker = lookAtOtherCopy())
+        return {Result::Second, *maker};
+    return {m_segment.error() == QSharedMemory::PermissionDenied ? Result::Unguarded : Result::Again, {}};
+}
+
+std::optional<SingleInstance::OtherCopy> SingleInstance::lookAtOtherCopy()
 {
     if (!m_segment.attach())
-        return false;
+        return std::nullopt;
     Block block{};
-    m_segment.read(&block, sizeof(block));
+    const bool isBlock = m_segment.read(&block, sizeof(block));
     m_segment.detach();
-    m_isSegmentStale = platform::isProcessGone(block.processId);
-    // The system may have given the window's handle to another program since.
-    m_firstWindow = m_isSegmentStale ? 0 : block.windowHandle;
-    return true;
+    return OtherCopy{block.windowHandle, !isBlock || platform::isProcessGone(block.processId)};
 }
 
 void SingleInstance::handOver() const

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <optional>
+
 /// Lets one copy of the program run per user session: the first publishes its main window in a shared-memory segment,
 /// and a later one finds it there, brings that window to the front and ends.
 ///
@@ -29,8 +31,9 @@
 /// - Lock held, and no segment, or one with the id of a process that is gone: the other copy was stopped before it
 ///   could make the segment anew. It is tried again for a short while; then the other copy counts as one that has not
 ///   published its window. A window of a dead copy is never handed over to: its handle may be another program's by now.
-/// - Lock free, no segment to attach, and yet one is there when it is to be made: a leftover of another key, since the
-///   system's own keys have 16 bits of the key file's number in them. It can be attached now; removed as above.
+/// - Lock free, the key never used, and yet a segment is there when it is to be made: a stranger's, since the system's
+///   own keys have 16 bits of a file's number in them. The key is given another number (platform::SharedSegment). The
+///   same where the segment that stays cannot be a living copy's.
 /// - Killed between lock and segment: the lock went with it, there is no segment, the next copy is the first.
 /// - The first copy ends while another starts: the other finds either lock and segment, and hands over to a window that
 ///   is about to go, or neither, and becomes the first.
@@ -74,19 +77,38 @@ public:
 
 private:
     struct Block;
-    enum class Attempt
+    enum class Result
     {
         Again,
         First,
         Second,
+        Exists, ///< the segment could not be made, since it is there
         Unguarded
     };
 
+    /// What a look at another copy's segment showed.
+    struct OtherCopy
+    {
+        quint64 window = 0;
+        /// Its process has ended, or the segment is no copy's.
+        bool isGone = false;
+    };
+
+    /// How one attempt to claim the segment ended, and the copy that it met.
+    struct Attempt
+    {
+        Result result = Result::Again;
+        OtherCopy met;
+    };
+
     Attempt claimOnce();
+    Attempt secondOnceItLives();
     Attempt replaceStaleSegment();
+    Attempt createUnderAnotherNumber();
     Attempt create();
-    bool readFirstCopy();
-    Role conclude(Attempt outcome);
+    Attempt meetItsMaker();
+    std::optional<OtherCopy> lookAtOtherCopy();
+    Role conclude(const Attempt& attempt);
     bool enterGate();
     void enterGateOrWaitItOut();
 
@@ -94,5 +116,4 @@ private:
     platform::InstanceLock m_lock;
     platform::InstanceLock m_gate;
     quint64 m_firstWindow = 0;
-    bool m_isSegmentStale = false;
 };

@@ -9,11 +9,24 @@ std::unique_ptr<QSharedMemory> SharedSegment::makeMemory(const QString& key)
     return std::make_unique<QSharedMemory>(key);
 }
 
-void SharedSegment::read(void* destination, qsizetype size)
+bool SharedSegment::isKeyUnused() const
 {
+    return false;
+}
+
+bool SharedSegment::renumber()
+{
+    return false;
+}
+
+bool SharedSegment::read(void* destination, qsizetype size)
+{
+    if (m_memory->size() < size)
+        return false;
     m_memory->lock();
     std::memcpy(destination, m_memory->constData(), static_cast<std::size_t>(size));
     m_memory->unlock();
+    return true;
 }
 
 void SharedSegment::write(const void* source, qsizetype size)

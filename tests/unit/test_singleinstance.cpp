@@ -13,6 +13,7 @@
 #include <QTest>
 #include <QThread>
 
+#include <array>
 #include <atomic>
 #include <cstdio>
 #include <cstring>
@@ -28,19 +29,19 @@ namespace {
 constexpr int kPromptMs = 2000;
 constexpr int kTimeoutMs = 20'000;
 
-/// Another copy of the program that stands still inside the gate, where this test program plays it (see main()).
-class CopyInTheGate
+/// Another copy of the program that stands still, where this test program plays it (see main()).
+class StandingCopy
 {
 public:
-    /// @param with what it holds beside the gate: "lock", "segment".
-    CopyInTheGate(const QString& key, const QStringList& with)
+    /// @param with what it holds: "gate", "lock", "segment"; and whether its process id is "published" there.
+    StandingCopy(const QString& key, const QStringList& with)
     {
-        m_process.start(QCoreApplication::applicationFilePath(), QStringList{"stand-in-the-gate", key} + with);
+        m_process.start(QCoreApplication::applicationFilePath(), QStringList{"stand-still", key} + with);
         m_isThere = m_process.waitForReadyRead(kTimeoutMs) && m_process.readLine().trimmed() == "there";
     }
-    ~CopyInTheGate() { kill(); }
-    CopyInTheGate(const CopyInTheGate&) = delete;
-    CopyInTheGate& operator=(const CopyInTheGate&) = delete;
+    ~StandingCopy() { kill(); }
+    StandingCopy(const StandingCopy&) = delete;
+    StandingCopy& operator=(const StandingCopy&) = delete;
 
     bool isThere() const { return m_isThere; }
 
@@ -55,17 +56,21 @@ private:
     bool m_isThere = false;
 };
 
-/// What CopyInTheGate runs; does not return before it is killed.
-int standInTheGate(const QString& key, const QStringList& with)
+/// What StandingCopy runs; does not return before it is killed.
+int standStill(const QString& key, const QStringList& with)
 {
     platform::InstanceLock gate(SingleInstance::gateName(key));
     platform::InstanceLock lock(key);
     platform::SharedSegment segment(key);
-    gate.tryLock();
+    const std::array<qint64, 2> block{0, QCoreApplication::applicationPid()};
+    if (with.contains("gate"))
+        gate.tryLock();
     if (with.contains("lock"))
         lock.tryLock();
-    if (with.contains("segment") && !segment.create(16))
+    if (with.contains("segment") && !segment.create(sizeof(block)))
         return 1;
+    if (with.contains("published"))
+        segment.write(block.data(), sizeof(block));
     std::puts("there");
     std::fflush(stdout);
     for (;;)
@@ -191,15 +196,15 @@ private slots:
     void aCopyKilledInsideTheGateLeavesItOpen_data()
     {
         QTest::addColumn<QStringList>("with");
-        QTest::newRow("gate") << QStringList();
-        QTest::newRow("gate and lock") << QStringList{"lock"};
-        QTest::newRow("gate, lock and segment") << QStringList{"lock", "segment"};
+        QTest::newRow("gate") << QStringList{"gate"};
+        QTest::newRow("gate and lock") << QStringList{"gate", "lock"};
+        QTest::newRow("gate, lock and segment") << QStringList{"gate", "lock", "segment"};
     }
 
     void aCopyKilledInsideTheGateLeavesItOpen()
     {
         QFETCH(const QStringList, with);
-        CopyInTheGate killed(m_key, with);
+        StandingCopy killed(m_key, with);
         QVERIFY(killed.isThere());
         killed.kill();
         QElapsedTimer taken;
@@ -214,7 +219,7 @@ private slots:
 
     void aCopyStoppedInsideTheGateIsPassedBy()
     {
-        const CopyInTheGate stopped(m_key, {});
+        const StandingCopy stopped(m_key, {"gate"});
         QVERIFY(stopped.isThere());
         QElapsedTimer taken;
         taken.start();
@@ -227,10 +232,48 @@ private slots:
     {
         SingleInstance first(m_key);
         QCOMPARE(first.claim(), Role::First);
-        const CopyInTheGate stopped(m_key, {});
+        const StandingCopy stopped(m_key, {"gate"});
         QVERIFY(stopped.isThere());
         SingleInstance second(m_key);
         QCOMPARE(second.claim(), Role::Second);
+    }
+
+    void aSegmentThatALivingCopyHoldsWithoutTheLockMakesUsTheSecond_data()
+    {
+        QTest::addColumn<QStringList>("with");
+        QTest::newRow("starting") << QStringList{"segment"};
+        QTest::newRow("running") << QStringList{"segment", "published"};
+    }
+
+    void aSegmentThatALivingCopyHoldsWithoutTheLockMakesUsTheSecond()
+    {
+        QFETCH(const QStringList, with);
+        const StandingCopy first(m_key, with);
+        QVERIFY(first.isThere());
+        const MessageCapture capture;
+        SingleInstance second(m_key);
+        QCOMPARE(second.claim(), Role::Second);
+        QVERIFY2(capture.texts().isEmpty(), qPrintable(capture.texts().join('\n')));
+    }
+
+    void aSegmentCanBeMadeAgainByTheObjectThatGaveItUp()
+    {
+        platform::SharedSegment segment(m_key);
+        for (int time = 0; time < 2; ++time) {
+            QVERIFY2(segment.create(16), qPrintable(segment.errorString()));
+            segment.detach();
+        }
+    }
+
+    void aSmallerSegmentIsNotRead()
+    {
+        QSharedMemory small(m_key);
+        QVERIFY(small.create(8));
+        platform::SharedSegment segment(m_key);
+        QVERIFY(segment.attach());
+        std::array<char, 8> bytes{};
+        QVERIFY(segment.read(bytes.data(), bytes.size()));
+        QVERIFY(!segment.read(bytes.data(), small.size() + 1));
     }
 
     void noLockIsMadeThatOutlivesItsHolder()
@@ -293,8 +336,8 @@ private slots:
 int main(int argc, char* argv[])
 {
     // In the profile of the test that started it.
-    if (argc > 2 && QString(argv[1]) == "stand-in-the-gate")
-        return standInTheGate(argv[2], QStringList(argv + 3, argv + argc));
+    if (argc > 2 && QString(argv[1]) == "stand-still")
+        return standStill(argv[2], QStringList(argv + 3, argv + argc));
     const TestProfile profile;
     appidentity::apply();
     const QCoreApplication application(argc, argv);
