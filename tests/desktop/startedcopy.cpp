@@ -15,6 +15,8 @@ constexpr int kTimeoutMs = 30'000;
 constexpr int kPollMs = 20;
 /// "2026-01-31 12:00:00.000 - "
 constexpr qsizetype kStampLength = 26;
+/// Until its input is closed.
+constexpr char kHeldStart[] = "echo held; read -r _; exec \"$0\"";
 
 } // namespace
 
@@ -74,14 +76,21 @@ InTemporaryFolderOf::InTemporaryFolderOf(const Profile& profile) : m_before(qget
 
 InTemporaryFolderOf::~InTemporaryFolderOf()
 {
-    qputenv("TMPDIR", m_before);
+    if (m_before.isNull())
+        qunsetenv("TMPDIR");
+    else
+        qputenv("TMPDIR", m_before);
 }
 
-StartedCopy::StartedCopy(const Profile& profile)
+StartedCopy::StartedCopy(const Profile& profile, Start start)
 {
+    const QString program = QCoreApplication::applicationDirPath() + QLatin1String("/kestrano");
     m_process.setProcessEnvironment(profile.environment);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
-    m_process.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano"), QStringList());
+    if (start == Start::AtOnce)
+        m_process.start(program, QStringList());
+    else
+        m_process.start(QStringLiteral("sh"), {QStringLiteral("-c"), QLatin1String(kHeldStart), program});
     m_process.waitForStarted();
 }
 

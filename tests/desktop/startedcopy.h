@@ -49,10 +49,19 @@ private:
 class StartedCopy
 {
 public:
-    explicit StartedCopy(const Profile& profile);
+    enum class Start
+    {
+        AtOnce,
+        Held ///< the process is there and waits for release() before it becomes the program
+    };
+
+    explicit StartedCopy(const Profile& profile, Start start = Start::AtOnce);
     ~StartedCopy();
     StartedCopy(const StartedCopy&) = delete;
     StartedCopy& operator=(const StartedCopy&) = delete;
+
+    bool waitUntilHeld() { return waitForMessage(QStringLiteral("held")); }
+    void release() { m_process.closeWriteChannel(); }
 
     /// Waits for a message that contains text.
     bool waitForMessage(const QString& text);

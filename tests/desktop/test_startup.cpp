@@ -1,32 +1,21 @@
-#include "app/singleinstance.h"
 #include "tests/desktop/startedcopy.h"
 #include "tests/support/x11clients.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QScreen>
+#include <QSharedMemory>
 #include <QTest>
-#include <QThread>
 
 #include <algorithm>
 #include <csignal>
-#include <memory>
-#include <thread>
-#include <vector>
 
 namespace {
 
 constexpr int kTimeoutMs = 20'000;
-
-QString outputOf(const QString& program, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    process.waitForFinished(kTimeoutMs);
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
-}
+constexpr char kSegmentKey[] = "TolvaranKestranoSingleInstance";
 
 /// The window the window manager manages for the copy; id 0 while there is none.
 x11clients::Window mainWindowOf(const StartedCopy& copy)
@@ -35,263 +24,58 @@ x11clients::Window mainWindowOf(const StartedCopy& copy)
     return windows.value(0);
 }
 
-quint64 activeWindow()
-{
-    return outputOf("xdotool", {"getactivewindow"}).toULongLong();
-}
-
-QString windowState(quint64 window)
-{
-    return outputOf("xprop", {"-id", QString::number(window), "_NET_WM_STATE"});
-}
-
-quint64 topmostWindow()
-{
-    const QString stacking = outputOf("xprop", {"-root", "_NET_CLIENT_LIST_STACKING"});
-    return stacking.mid(stacking.lastIndexOf(' ') + 1).toULongLong(nullptr, 16);
-}
-
 int countMessages(StartedCopy& copy, const QString& text)
 {
     return static_cast<int>(copy.messages().filter(text).size());
 }
 
-/// The id of a process that has ended.
-qint64 endedProcess()
+/// The sizes of the System V segments of memory that the process made; they outlast it unless it removes them. Without
+/// those that go as soon as nobody is attached.
+QList<qint64> sizesOfSegmentsMadeBy(qint64 processId)
 {
-    QProcess process;
-    process.start("sleep", {"0"});
-    process.waitForStarted(kTimeoutMs);
-    const qint64 id = process.processId();
-    process.waitForFinished(kTimeoutMs);
-    return id;
-}
-
-/// System V segments of memory, which outlast their maker unless it removes them.
-qsizetype countSegmentsMadeBy(qint64 processId)
-{
-    constexpr qsizetype kCreatorColumn = 4;
+    enum Column
+    {
+        Mode = 2,
+        Size = 3,
+        Creator = 4
+    };
+    constexpr int kGoesWithTheLast = 01000;
     QFile table("/proc/sysvipc/shm");
     if (!table.open(QIODevice::ReadOnly))
-        return -1;
+        return {-1};
+    QList<qint64> sizes;
     const QStringList lines = QString::fromLatin1(table.readAll()).split(u'\n');
-    return std::count_if(lines.begin(), lines.end(), [processId](const QString& line) {
-        return line.simplified().section(u' ', kCreatorColumn, kCreatorColumn) == QString::number(processId);
-    });
+    for (const QString& line : lines) {
+        const QStringList row = line.simplified().split(u' ');
+        if (row.value(Creator).toLongLong() == processId && (row.value(Mode).toInt(nullptr, 8) & kGoesWithTheLast) == 0)
+            sizes.append(row.value(Size).toLongLong());
+    }
+    return sizes;
 }
 
-using Copies = std::vector<std::unique_ptr<StartedCopy>>;
-
-Copies startDozen(const Profile& profile)
+/// What a picture of the whole screen takes.
+qint64 screenBytes()
 {
-    Copies copies;
-    copies.reserve(12);
-    for (int copy = 0; copy < 12; ++copy)
-        copies.push_back(std::make_unique<StartedCopy>(profile));
-    return copies;
-}
-
-int countRunning(const Copies& copies)
-{
-    return static_cast<int>(
-        std::count_if(copies.begin(), copies.end(), [](const auto& copy) { return copy->isRunning(); }));
+    const QSize size = QGuiApplication::primaryScreen()->size();
+    return qint64{4} * size.width() * size.height();
 }
 
 } // namespace
 
-/// The program as a user starts it: alone, twice, a dozen times, after a crash, and in broken surroundings.
+/// The program as a user starts it: for the first time and again, after a crash, and in broken surroundings.
 class TestStartup : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void aSecondStartRestoresRaisesAndActivatesTheMinimisedWindow()
-    {
-        const Profile profile;
-        StartedCopy first(profile);
-        QVERIFY2(first.waitUntilPublished(), qPrintable(first.transcript()));
-        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(first).id != 0, kTimeoutMs);
-        const quint64 window = mainWindowOf(first).id;
-        outputOf("xdotool", {"windowminimize", QString::number(window)});
-        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(first).isMinimised, kTimeoutMs);
-
-        QWidget other;
-        other.showMaximized();
-        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), quint64{other.winId()}, kTimeoutMs);
-
-        StartedCopy second(profile);
-        QVERIFY(second.waitUntilEnded());
-        QCOMPARE(second.exitCode(), 0);
-        QVERIFY2(second.messages().isEmpty(), qPrintable(second.transcript()));
-        QTRY_VERIFY_WITH_TIMEOUT(!mainWindowOf(first).isMinimised, kTimeoutMs);
-        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), window, kTimeoutMs);
-        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), window, kTimeoutMs);
-        QVERIFY2(!windowState(window).contains("ABOVE"), qPrintable(windowState(window)));
-        QTRY_VERIFY_WITH_TIMEOUT(!windowState(window).contains("DEMANDS_ATTENTION"), kTimeoutMs);
-        QCOMPARE(profile.logFiles().size(), 1);
-    }
-
-    void aSecondStartRaisesACoveredWindow()
-    {
-        const Profile profile;
-        StartedCopy first(profile);
-        QVERIFY(first.waitUntilPublished());
-        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(first).id != 0, kTimeoutMs);
-        const x11clients::Window before = mainWindowOf(first);
-        QWidget other;
-        other.showMaximized();
-        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), quint64{other.winId()}, kTimeoutMs);
-
-        StartedCopy second(profile);
-        QVERIFY(second.waitUntilEnded());
-        QCOMPARE(second.exitCode(), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), quint64{before.id}, kTimeoutMs);
-        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), quint64{before.id}, kTimeoutMs);
-        QCOMPARE(mainWindowOf(first).geometry, before.geometry);
-    }
-
-    void aSecondStartDuringTheFirstOnesStartEndsWithoutAWindow()
-    {
-        // This process is the first copy, and takes its time before it shows a window.
-        const Profile profile;
-        const InTemporaryFolderOf profilesFolder(profile);
-        SingleInstance first;
-        QCOMPARE(first.claim(), SingleInstance::Role::First);
-        StartedCopy second(profile);
-        QVERIFY(second.waitUntilEnded());
-        QCOMPARE(second.exitCode(), 0);
-        QVERIFY2(second.transcript().contains("[ERROR] Stored window handle is invalid"),
-                 qPrintable(second.transcript()));
-        QVERIFY(profile.logFiles().isEmpty());
-    }
-
-    void aDeadCopysWindowIsNotHandedOverTo()
-    {
-        // As if this process had started after a crash and not yet replaced the segment, and a window of another
-        // program had been given the dead copy's handle.
-        const Profile profile;
-        const InTemporaryFolderOf profilesFolder(profile);
-        SingleInstance starting;
-        QCOMPARE(starting.claim(), SingleInstance::Role::First);
-        QWidget covered;
-        covered.showMaximized();
-        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), quint64{covered.winId()}, kTimeoutMs);
-        QWidget other;
-        other.showMaximized();
-        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), quint64{other.winId()}, kTimeoutMs);
-        starting.publish(covered.winId(), endedProcess());
-
-        StartedCopy second(profile);
-        QVERIFY(second.waitUntilEnded());
-        QCOMPARE(second.exitCode(), 0);
-        QVERIFY2(second.transcript().contains("[ERROR] Stored window handle is invalid"),
-                 qPrintable(second.transcript()));
-        QCOMPARE(topmostWindow(), quint64{other.winId()});
-    }
-
-    void aSegmentOfADeadCopyIsWaitedOut()
-    {
-        const Profile profile;
-        const InTemporaryFolderOf profilesFolder(profile);
-        SingleInstance starting;
-        QCOMPARE(starting.claim(), SingleInstance::Role::First);
-        starting.publish(1, endedProcess());
-        QElapsedTimer waited;
-        waited.start();
-        std::thread publisher([&starting] {
-            QThread::msleep(300);
-            starting.publish(1, QCoreApplication::applicationPid());
-        });
-        SingleInstance second;
-        const SingleInstance::Role role = second.claim();
-        publisher.join();
-        QCOMPARE(role, SingleInstance::Role::Second);
-        QVERIFY2(waited.elapsed() >= 300, qPrintable(QString::number(waited.elapsed())));
-        QVERIFY2(waited.elapsed() < 1000, qPrintable(QString::number(waited.elapsed())));
-    }
-
-    void aDozenAtOnceLeaveExactlyOne()
-    {
-        const Profile profile;
-        const Copies copies = startDozen(profile);
-        QTRY_COMPARE_WITH_TIMEOUT(countRunning(copies), 1, 60'000);
-        for (const auto& copy : copies) {
-            if (copy->isRunning())
-                QVERIFY2(copy->waitUntilPublished(), qPrintable(copy->transcript()));
-            else
-                QCOMPARE(copy->exitCode(), 0);
-        }
-        QCOMPARE(countRunning(copies), 1);
-        QCOMPARE(profile.logFiles().size(), 1);
-    }
-
-    void aDozenAtOnceAfterAKillLeaveExactlyOne()
-    {
-        const Profile profile;
-        StartedCopy killed(profile);
-        QVERIFY(killed.waitUntilPublished());
-        killed.sendSignal(SIGKILL);
-        QVERIFY(killed.waitUntilEnded());
-        const Copies copies = startDozen(profile);
-        QTRY_COMPARE_WITH_TIMEOUT(countRunning(copies), 1, 60'000);
-        for (const auto& copy : copies) {
-            if (copy->isRunning())
-                QVERIFY2(copy->waitUntilPublished(), qPrintable(copy->transcript()));
-            else
-                QCOMPARE(copy->exitCode(), 0);
-            QCOMPARE(countMessages(*copy, "Unable to create shared memory"), 0);
-        }
-        QCOMPARE(countRunning(copies), 1);
-    }
-
-    void aStartAfterAKillIsTheFirstCopyAgain()
-    {
-        const Profile profile;
-        {
-            StartedCopy killed(profile);
-            QVERIFY(killed.waitUntilPublished());
-            killed.sendSignal(SIGKILL);
-            QVERIFY(killed.waitUntilEnded());
-        }
-        StartedCopy next(profile);
-        QVERIFY2(next.waitUntilPublished(), qPrintable(next.transcript()));
-        QCOMPARE(countMessages(next, "[INFO] Created shared memory for single instance"), 1);
-    }
-
-    void aStartAfterAKillBeforeTheProcessIdWasStored()
-    {
-        const Profile profile;
-        {
-            StartedCopy killed(profile);
-            QVERIFY(killed.waitForMessage("Created shared memory for single instance"));
-            killed.sendSignal(SIGKILL);
-            QVERIFY(killed.waitUntilEnded());
-            QCOMPARE(countMessages(killed, "Stored window handle"), 0);
-        }
-        StartedCopy next(profile);
-        QVERIFY2(next.waitUntilPublished(), qPrintable(next.transcript()));
-    }
-
-    void withoutASegmentTheProgramRunsUnguarded()
-    {
-        Profile profile;
-        profile.environment.insert("TMPDIR", "/proc");
-        StartedCopy first(profile);
-        QVERIFY2(first.waitForMessage("Main window displayed"), qPrintable(first.transcript()));
-        QCOMPARE(countMessages(first, "[ERROR] Unable to create shared memory: "), 1);
-        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(first).id != 0, kTimeoutMs);
-        QCOMPARE(countMessages(first, "Stored window handle"), 0);
-        StartedCopy second(profile);
-        QVERIFY2(second.waitForMessage("Main window displayed"), qPrintable(second.transcript()));
-    }
-
     void theStepsComeInTheirOrder()
     {
         const Profile profile;
         StartedCopy copy(profile);
-        QVERIFY(copy.waitUntilPublished());
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
+        QVERIFY2(copy.waitForMessage("OBS initialized successfully"), qPrintable(copy.transcript()));
         copy.sendSignal(SIGTERM);
-        QVERIFY(copy.waitUntilEnded());
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
         QCOMPARE(copy.exitCode(), 0);
         const QString path = profile.logFolder().filePath(profile.logFiles().value(0));
         const QStringList steps{"=== Application Started ===",
@@ -304,6 +88,7 @@ private slots:
                                 "Creating main window...",
                                 "Main window displayed",
                                 "Stored window handle and process ID in shared memory",
+                                "OBS initialized successfully",
                                 "Application exiting..."};
         QStringList logged;
         for (const QString& message : profile.loggedMessages()) {
@@ -313,16 +98,43 @@ private slots:
         QCOMPARE(logged, steps);
     }
 
+    void theWindowHasTheProgramsIcon()
+    {
+        const Profile profile;
+        StartedCopy copy(profile);
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
+        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(copy).id != 0, kTimeoutMs);
+        const QList<uint32_t> icon = x11clients::iconOf(mainWindowOf(copy).id);
+        QVERIFY(icon.value(0) >= 16 && icon.value(1) >= 16);
+        // Pixels that are not all transparent.
+        QVERIFY(std::any_of(icon.begin() + 2, icon.end(), [](uint32_t pixel) { return pixel != 0; }));
+    }
+
+    void aFractionOfAScaleFactorIsNotRounded()
+    {
+        QList<double> widths;
+        for (const char* const factor : {"1", "1.25"}) {
+            Profile profile;
+            profile.environment.insert("QT_SCALE_FACTOR", factor);
+            StartedCopy copy(profile);
+            QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
+            QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(copy).id != 0, kTimeoutMs);
+            widths.append(mainWindowOf(copy).geometry.width());
+        }
+        QVERIFY2(qAbs(widths.at(1) - 1.25 * widths.at(0)) < 2,
+                 qPrintable(QString("%1 and %2").arg(widths.at(0)).arg(widths.at(1))));
+    }
+
     void eachStartHasALogFileOfItsOwn()
     {
         const Profile profile;
         QVERIFY(!profile.logFolder().exists());
         for (int start = 1; start <= 2; ++start) {
             StartedCopy copy(profile);
-            QVERIFY(copy.waitUntilPublished());
+            QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
             QCOMPARE(profile.logFiles().size(), start);
             copy.sendSignal(SIGTERM);
-            QVERIFY(copy.waitUntilEnded());
+            QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
             QTest::qWait(1000); // file names have seconds
         }
     }
@@ -332,7 +144,7 @@ private slots:
         Profile profile;
         profile.environment.insert("LC_ALL", "sv_SE.UTF-8");
         StartedCopy copy(profile);
-        QVERIFY(copy.waitUntilPublished());
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
         const QStringList messages = profile.loggedMessages();
         const qsizetype locale = messages.indexOf("System locale: sv_SE");
         QVERIFY2(locale >= 0, qPrintable(messages.join('\n')));
@@ -344,11 +156,11 @@ private slots:
         const Profile profile;
         profile.writeSettings("[general]\nfirstRun=false\nlanguage=\"fr_FR\"\n");
         StartedCopy copy(profile);
-        QVERIFY(copy.waitUntilPublished());
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
         QCOMPARE(countMessages(copy, "Loaded fallback translation (en_US)"), 1);
         QCOMPARE(countMessages(copy, "System locale:"), 0);
         copy.sendSignal(SIGTERM);
-        QVERIFY(copy.waitUntilEnded());
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
         QCOMPARE(profile.settings().value("general/language").toString(), QString("fr_FR"));
     }
 
@@ -358,10 +170,10 @@ private slots:
         profile.environment.insert("LC_ALL", "sv_SE.UTF-8");
         for (const char* const expected : {"System locale: sv_SE", "Loaded translation for: en_US"}) {
             StartedCopy copy(profile);
-            QVERIFY(copy.waitUntilPublished());
+            QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
             QCOMPARE(countMessages(copy, expected), 1);
             copy.sendSignal(SIGTERM);
-            QVERIFY(copy.waitUntilEnded());
+            QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
         }
         QCOMPARE(profile.settings().value("general/language").toString(), QString("en_US"));
     }
@@ -370,9 +182,9 @@ private slots:
     {
         const Profile profile;
         StartedCopy copy(profile);
-        QVERIFY(copy.waitUntilPublished());
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
         copy.sendSignal(SIGTERM);
-        QVERIFY(copy.waitUntilEnded());
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
         const QMap<QString, QVariant> settings = profile.settings();
         QCOMPARE(settings.size(), 15);
         QCOMPARE(settings.value("general/firstRun"), QVariant(false));
@@ -385,9 +197,9 @@ private slots:
         const Profile profile;
         profile.writeSettings("[recording]\nformat=\"MKV\"\nwebcamSwitch=false\n");
         StartedCopy copy(profile);
-        QVERIFY(copy.waitUntilPublished());
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
         copy.sendSignal(SIGTERM);
-        QVERIFY(copy.waitUntilEnded());
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
         QCOMPARE(copy.exitCode(), 0);
         QCOMPARE(profile.settings().value("recording/format").toString(), QString("MKV"));
         QCOMPARE(profile.settings().size(), 15);
@@ -398,13 +210,26 @@ private slots:
         const Profile profile;
         profile.writeSettings("[general]\nfirstRun=false\n[mouse]\nshowHighlight=false\nswitch=false\n");
         StartedCopy copy(profile);
-        QVERIFY(copy.waitUntilPublished());
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
         copy.sendSignal(SIGTERM);
-        QVERIFY(copy.waitUntilEnded());
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
         const QMap<QString, QVariant> settings = profile.settings();
         QCOMPARE(settings.value("mouse/showCursor"), QVariant(true));
         QCOMPARE(settings.value("mouse/showHighlight"), QVariant(false));
         QCOMPARE(settings.value("mouse/switch"), QVariant(false));
+    }
+
+    void aStoredWebcamSwitchIsNeitherRestoredNorWritten()
+    {
+        const Profile profile;
+        profile.writeSettings("[recording]\nwebcamSwitch=true\n");
+        StartedCopy copy(profile);
+        QVERIFY2(copy.waitForMessage("OBS initialized successfully"), qPrintable(copy.transcript()));
+        // The webcam has a window of its own.
+        QCOMPARE(x11clients::windowsOf(copy.processId()).size(), 1);
+        copy.sendSignal(SIGTERM);
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
+        QCOMPARE(profile.settings().value("recording/webcamSwitch"), QVariant(true));
     }
 
     void aLogFolderThatCannotBeMadeIsSaidOnStandardError()
@@ -442,10 +267,10 @@ private slots:
         QFETCH(const int, signal);
         const Profile profile;
         StartedCopy copy(profile);
-        QVERIFY(copy.waitUntilPublished());
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
         QTest::qWait(200); // into the event loop
         copy.sendSignal(signal);
-        QVERIFY(copy.waitUntilEnded());
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
         QCOMPARE(copy.exitCode(), 0);
         QVERIFY(profile.loggedMessages().contains("Application exiting..."));
     }
@@ -454,35 +279,40 @@ private slots:
     {
         const Profile profile;
         StartedCopy copy(profile);
-        QVERIFY(copy.waitForMessage("OBS initialized successfully"));
+        QVERIFY2(copy.waitForMessage("OBS initialized successfully"), qPrintable(copy.transcript()));
         const qint64 processId = copy.processId();
-        QTRY_VERIFY_WITH_TIMEOUT(countSegmentsMadeBy(processId) >= 2, kTimeoutMs); // the guard's and a capture's
+        QTRY_VERIFY_WITH_TIMEOUT(sizesOfSegmentsMadeBy(processId).contains(screenBytes()), kTimeoutMs);
         copy.sendSignal(SIGTERM);
-        QVERIFY(copy.waitUntilEnded());
-        QCOMPARE(countSegmentsMadeBy(processId), 0);
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
+        QCOMPARE(sizesOfSegmentsMadeBy(processId), QList<qint64>());
     }
 
     void closingTheWindowEndsTheProgram()
     {
         const Profile profile;
         StartedCopy copy(profile);
-        QVERIFY(copy.waitUntilPublished());
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
         QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(copy).id != 0, kTimeoutMs);
         x11clients::close(mainWindowOf(copy).id);
-        QVERIFY(copy.waitUntilEnded());
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
         QCOMPARE(copy.exitCode(), 0);
         QVERIFY(profile.loggedMessages().contains("Application exiting..."));
+
+        const InTemporaryFolderOf profilesFolder(profile);
+        QSharedMemory segment(kSegmentKey);
+        QVERIFY(!segment.attach());
+        QVERIFY(!QFile::exists(QSharedMemory(kSegmentKey).nativeKey()));
         StartedCopy next(profile);
-        QVERIFY(next.waitUntilPublished());
+        QVERIFY2(next.waitUntilPublished(), qPrintable(next.transcript()));
     }
 
     void aCrashLeavesAReportNextToTheLog()
     {
         const Profile profile;
         StartedCopy copy(profile);
-        QVERIFY(copy.waitUntilPublished());
+        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
         copy.sendSignal(SIGSEGV);
-        QVERIFY(copy.waitUntilEnded());
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
         QCOMPARE(copy.exitCode(), -1);
         const QStringList reports = profile.logFolder().entryList({"crash_*.dmp"}, QDir::Files);
         QCOMPARE(reports.size(), 1);

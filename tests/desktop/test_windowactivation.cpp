@@ -1,7 +1,7 @@
 #include "platform/window_activation.h"
+#include "tests/support/x11clients.h"
 
 #include <QApplication>
-#include <QProcess>
 #include <QTest>
 #include <QWidget>
 
@@ -11,23 +11,9 @@ namespace {
 
 constexpr int kTimeoutMs = 10'000;
 
-QString outputOf(const QString& program, const QStringList& arguments)
+bool hasState(const QWidget& window, const char* state)
 {
-    QProcess process;
-    process.start(program, arguments);
-    process.waitForFinished(kTimeoutMs);
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
-}
-
-QString stateOf(const QWidget& window)
-{
-    return outputOf("xprop", {"-id", QString::number(window.winId()), "_NET_WM_STATE"});
-}
-
-quint64 topmostWindow()
-{
-    const QString stacking = outputOf("xprop", {"-root", "_NET_CLIENT_LIST_STACKING"});
-    return stacking.mid(stacking.lastIndexOf(' ') + 1).toULongLong(nullptr, 16);
+    return x11clients::statesOf(static_cast<uint32_t>(window.winId())).contains(QLatin1String(state));
 }
 
 } // namespace
@@ -58,7 +44,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         m_other = shownWindow(QPoint(300, 200));
         QVERIFY(QTest::qWaitForWindowExposed(m_other.get()));
-        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), quint64{m_other->winId()}, kTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(quint64{x11clients::topmostWindow()}, quint64{m_other->winId()}, kTimeoutMs);
         QVERIFY(QTest::qWaitForWindowActive(m_other.get()));
     }
 
@@ -116,8 +102,8 @@ private slots:
     {
         const QRect before = m_window->geometry();
         QVERIFY(platform::raiseWindow(handle()));
-        QTRY_COMPARE_WITH_TIMEOUT(topmostWindow(), handle(), kTimeoutMs);
-        QVERIFY2(!stateOf(*m_window).contains("ABOVE"), qPrintable(stateOf(*m_window)));
+        QTRY_COMPARE_WITH_TIMEOUT(quint64{x11clients::topmostWindow()}, handle(), kTimeoutMs);
+        QVERIFY(!hasState(*m_window, "_NET_WM_STATE_ABOVE"));
         QCOMPARE(m_window->geometry(), before);
     }
 
@@ -130,16 +116,16 @@ private slots:
     void aWindowInTheBackgroundDemandsAttentionUntilItComesToTheFront()
     {
         QVERIFY(platform::demandAttention(handle(), 3));
-        QTRY_VERIFY_WITH_TIMEOUT(stateOf(*m_window).contains("DEMANDS_ATTENTION"), kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(hasState(*m_window, "_NET_WM_STATE_DEMANDS_ATTENTION"), kTimeoutMs);
         QVERIFY(platform::activateWindow(handle()));
-        QTRY_VERIFY_WITH_TIMEOUT(!stateOf(*m_window).contains("DEMANDS_ATTENTION"), kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!hasState(*m_window, "_NET_WM_STATE_DEMANDS_ATTENTION"), kTimeoutMs);
     }
 
     void theActiveWindowHasTheAttentionAlready()
     {
         QVERIFY(platform::demandAttention(m_other->winId(), 3));
         QTest::qWait(200);
-        QVERIFY(!stateOf(*m_other).contains("DEMANDS_ATTENTION"));
+        QVERIFY(!hasState(*m_other, "_NET_WM_STATE_DEMANDS_ATTENTION"));
     }
 };
 

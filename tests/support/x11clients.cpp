@@ -72,6 +72,15 @@ public:
         return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
     }
 
+    QString atomName(xcb_atom_t atom)
+    {
+        const Reply<xcb_get_atom_name_reply_t> reply(
+            xcb_get_atom_name_reply(m_connection.get(), xcb_get_atom_name(m_connection.get(), atom), nullptr));
+        return reply ? QString::fromLatin1(xcb_get_atom_name_name(reply.get()),
+                                           xcb_get_atom_name_name_length(reply.get()))
+                     : QString();
+    }
+
     /// A request to the window manager about one window.
     void ask(xcb_window_t window, std::string_view request, const std::array<uint32_t, 5>& data)
     {
@@ -119,6 +128,42 @@ QList<Window> windowsOf(qint64 processId)
         windows.append({id, display.text(id, "_NET_WM_NAME"), display.geometry(id), minimised});
     }
     return windows;
+}
+
+uint32_t topmostWindow()
+{
+    Display display;
+    const QList<uint32_t> ids = display.numbers(display.root(), "_NET_CLIENT_LIST_STACKING");
+    return ids.isEmpty() ? 0 : ids.constLast();
+}
+
+uint32_t activeWindow()
+{
+    Display display;
+    return display.numbers(display.root(), "_NET_ACTIVE_WINDOW").value(0);
+}
+
+QStringList statesOf(uint32_t id)
+{
+    Display display;
+    QStringList names;
+    const QList<uint32_t> states = display.numbers(id, "_NET_WM_STATE");
+    for (const uint32_t state : states)
+        names.append(display.atomName(state));
+    return names;
+}
+
+QList<uint32_t> iconOf(uint32_t id)
+{
+    Display display;
+    const QList<uint32_t> icons = display.numbers(id, "_NET_WM_ICON");
+    return icons.mid(0, 2 + qsizetype{icons.value(0)} * icons.value(1));
+}
+
+void minimise(uint32_t id)
+{
+    constexpr uint32_t kIconicState = 3;
+    Display().ask(id, "WM_CHANGE_STATE", {kIconicState});
 }
 
 void close(uint32_t id)

@@ -55,11 +55,11 @@ void CrasherRun::collectReports()
 {
     constexpr qint64 kReadAtMost = qint64{64} * 1024 * 1024;
     const QDir folder(m_folder);
-    m_names = m_folder.isEmpty() ? QStringList() : folder.entryList(QDir::Files);
+    m_names = m_folder.isEmpty() ? QStringList() : folder.entryList(QDir::Files, QDir::Name);
     for (const QString& name : m_names) {
         QFile file(folder.filePath(name));
         if (file.open(QIODevice::ReadOnly))
-            m_report = file.read(kReadAtMost);
+            m_reports.append(file.read(kReadAtMost));
         file.remove();
     }
 }

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QDir>
+#include <QList>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -19,8 +20,10 @@ public:
 
     /// Names of the files in the crash folder.
     const QStringList& reportNames() const { return m_names; }
-    /// Content of the one report.
-    const QByteArray& report() const { return m_report; }
+    /// Content of the one report; of the last by name where there are several.
+    QByteArray report() const { return m_reports.isEmpty() ? QByteArray() : m_reports.constLast(); }
+    /// Content of all of them, by name.
+    const QList<QByteArray>& reports() const { return m_reports; }
     /// Whether the one report has the name of a crash between this run's start and end.
     bool isNamedAfterTheCrash() const;
     const QString& folder() const { return m_folder; }
@@ -35,7 +38,7 @@ private:
 
     QString m_folder;
     QStringList m_names;
-    QByteArray m_report;
+    QList<QByteArray> m_reports;
     QDateTime m_started;
     QDateTime m_ended;
     qint64 m_processId = 0;

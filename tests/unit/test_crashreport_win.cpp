@@ -1,6 +1,8 @@
 #include "tests/unit/crashertest.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
 #include <QTest>
 
 #include <cstring>
@@ -64,6 +66,9 @@ private slots:
         const CrasherRun run("throw", kEnoughBytes);
         QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
         QVERIFY(run.report().startsWith("MDMP"));
+        QCOMPARE(dumpFlags(run.report()), quint64{0x1027});
+        // Nothing is known of where it was thrown.
+        QVERIFY(!hasStream(run.report(), kExceptionStream));
     }
 
     void aCrashInAnotherThreadLeavesAMinidump()
@@ -71,6 +76,22 @@ private slots:
         const CrasherRun run("thread", kEnoughBytes);
         QVERIFY(run.isNamedAfterTheCrash());
         QVERIFY(hasStream(run.report(), kExceptionStream));
+    }
+
+    void noFileMeansSilentlyNoReport()
+    {
+        const QString folder = CrasherRun("none").folder();
+        QVERIFY(QDir(folder).exists());
+        QVERIFY(QDir(folder).removeRecursively());
+        // A file stands where the folder should be.
+        QFile blocker(folder);
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        const CrasherRun run("segv");
+        blocker.close();
+        QVERIFY(blocker.remove());
+        QVERIFY(run.reportNames().isEmpty());
+        QCOMPARE(run.folder(), folder);
+        QCOMPARE(run.exitStatus(), QProcess::CrashExit);
     }
 
     void withoutACrashThereIsNoReport()

@@ -8,6 +8,7 @@
 #include <QRandomGenerator>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <sys/stat.h>
 
@@ -121,7 +122,6 @@ private slots:
     {
         const QString folder = m_profile->path() + "/home/.qttest/share/Tolvaran/Kestrano/logs";
         QVERIFY(QDir().mkpath(folder));
-        QStringList names;
         const QDateTime now = QDateTime::currentDateTime();
         for (int second = 0; second < 10; ++second) {
             QFile file(folder + now.addSecs(second).toString("'/crash_'yyyy-MM-dd_HH-mm-ss'.dmp'"));
@@ -130,7 +130,13 @@ private slots:
         }
         const CrasherRun run("abort");
         QCOMPARE(run.folder(), folder);
-        QCOMPARE(run.reportNames().size(), 10);
+        QCOMPARE(run.reports().size(), 10);
+        const auto isWhole = [](const QByteArray& report) {
+            return report.startsWith("Crash report of ") && report.endsWith("End of report\n") &&
+                   !report.contains("xxx");
+        };
+        QCOMPARE(std::count_if(run.reports().begin(), run.reports().end(), isWhole), 1);
+        QCOMPARE(run.reports().count(QByteArray(1'000'000, 'x')), 9);
     }
 
     void noFileMeansSilentlyNoReport()

@@ -1,7 +1,10 @@
 #include "app/settings.h"
 #include "app/settingsfile.h"
 #include "app/settingstables.h"
+#include "tests/support/testprofile.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -112,6 +115,8 @@ private slots:
         const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation) + "/Kestrano";
         QCOMPARE(settings.value("recording/saveLocation").toString(), movies);
         QCOMPARE(settings.value("screenshot/saveLocation").toString(), pictures);
+        QVERIFY(!QDir(movies).exists());
+        QVERIFY(!QDir(pictures).exists());
     }
 
     void aStoredValueOutsideItsTableIsNotRepaired()
@@ -169,5 +174,12 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSettings)
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    const QCoreApplication application(argc, argv);
+    TestSettings test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "test_settings.moc"

@@ -34,12 +34,18 @@ class StandingCopy
 {
 public:
     /// @param with what it holds: "gate", "lock", "segment"; and whether its process id is "published" there.
-    StandingCopy(const QString& key, const QStringList& with)
+    StandingCopy(const QString& key, const QStringList& with) : m_segment(key)
     {
         m_process.start(QCoreApplication::applicationFilePath(), QStringList{"stand-still", key} + with);
         m_isThere = m_process.waitForReadyRead(kTimeoutMs) && m_process.readLine().trimmed() == "there";
     }
-    ~StandingCopy() { kill(); }
+    ~StandingCopy()
+    {
+        kill();
+        // Where its segment outlives it, this removes it.
+        if (m_segment.attach())
+            m_segment.detach();
+    }
     StandingCopy(const StandingCopy&) = delete;
     StandingCopy& operator=(const StandingCopy&) = delete;
 
@@ -52,6 +58,7 @@ public:
     }
 
 private:
+    platform::SharedSegment m_segment;
     QProcess m_process;
     bool m_isThere = false;
 };

@@ -1,0 +1,184 @@
+#include "app/appidentity.h"
+#include "app/singleinstance.h"
+#include "platform/instance_lock.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/testprofile.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QSharedMemory>
+#include <QTest>
+
+#include <functional>
+#include <sys/shm.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using Role = SingleInstance::Role;
+using State = platform::InstanceLock::State;
+/// Puts something in the place of a lock file.
+using Make = std::function<bool(const QByteArray&)>;
+
+Q_DECLARE_METATYPE(Make)
+
+namespace {
+
+constexpr uid_t kSomebodyElse = 65534;
+
+/// Where the lock of that name has its file, for the user that this process runs as.
+QByteArray lockFile(const QString& name)
+{
+    return QFile::encodeName(QDir::tempPath() + '/' + name + '-' + QString::number(geteuid()) + ".lock");
+}
+
+bool makeFile(const QByteArray& path)
+{
+    return QFile(QFile::decodeName(path)).open(QIODevice::WriteOnly);
+}
+
+/// Does away with the rights of the process in the segment of that key, for as long as the object lives. Root has
+/// rights in everything, and becomes another user for that.
+class SegmentOfAnotherUser
+{
+public:
+    explicit SegmentOfAnotherUser(const QString& key) : m_segment(key)
+    {
+        m_segment.create(16);
+        m_number = ftok(QFile::encodeName(m_segment.nativeKey()).constData(), 'Q');
+        m_id = shmget(m_number, 0, 0);
+        allow(0);
+        m_isForbidden = (!m_isRoot || seteuid(kSomebodyElse) == 0) && shmget(m_number, 0, 0600) < 0;
+    }
+    ~SegmentOfAnotherUser()
+    {
+        if (m_isRoot && seteuid(0) != 0)
+            qFatal("The test cannot become root again");
+        allow(0600);
+    }
+    SegmentOfAnotherUser(const SegmentOfAnotherUser&) = delete;
+    SegmentOfAnotherUser& operator=(const SegmentOfAnotherUser&) = delete;
+
+    bool isForbidden() const { return m_isForbidden; }
+
+private:
+    void allow(unsigned short mode) const
+    {
+        shmid_ds status = {};
+        shmctl(m_id, IPC_STAT, &status);
+        status.shm_perm.mode = mode;
+        shmctl(m_id, IPC_SET, &status);
+    }
+
+    QSharedMemory m_segment;
+    bool m_isRoot = geteuid() == 0;
+    bool m_isForbidden = false;
+    key_t m_number = 0;
+    int m_id = -1;
+};
+
+} // namespace
+
+/// The lock files of X11 systems: what may stand in their place, and what the guard makes of it.
+class TestInstanceLock : public QObject
+{
+    Q_OBJECT
+
+private:
+    const QString m_root;
+    QString m_key;
+
+public:
+    explicit TestInstanceLock(QString root) : m_root(std::move(root)) {}
+
+private slots:
+    void init()
+    {
+        static int count = 0;
+        m_key = QString("KestranoTest%1").arg(++count);
+    }
+
+    void oneHolderAtATime()
+    {
+        platform::InstanceLock first(m_key);
+        platform::InstanceLock second(m_key);
+        QCOMPARE(first.tryLock(), State::Acquired);
+        QCOMPARE(first.tryLock(), State::Acquired);
+        QCOMPARE(second.tryLock(), State::HeldByAnother);
+        first.release();
+        QCOMPARE(second.tryLock(), State::Acquired);
+    }
+
+    void whatIsNoFileOfTheUsersIsNotLocked_data()
+    {
+        QTest::addColumn<Make>("make");
+        QTest::newRow("a folder") << Make([](const QByteArray& path) { return mkdir(path.constData(), 0700) == 0; });
+        QTest::newRow("a pipe") << Make([](const QByteArray& path) { return mkfifo(path.constData(), 0600) == 0; });
+        QTest::newRow("a link") << Make([](const QByteArray& path) {
+            return makeFile(path + "-target") && symlink((path + "-target").constData(), path.constData()) == 0;
+        });
+        // Nobody else can give a file away.
+        if (geteuid() == 0)
+            QTest::newRow("another user's file") << Make([](const QByteArray& path) {
+                return makeFile(path) && chown(path.constData(), kSomebodyElse, kSomebodyElse) == 0;
+            });
+    }
+
+    void whatIsNoFileOfTheUsersIsNotLocked()
+    {
+        QFETCH(const Make, make);
+        QVERIFY(make(lockFile(m_key)));
+        platform::InstanceLock lock(m_key);
+        QCOMPARE(lock.tryLock(), State::Unavailable);
+        lock.release();
+
+        // The segment alone decides then, as long as its maker is not killed.
+        QVERIFY(make(lockFile(SingleInstance::gateName(m_key))));
+        SingleInstance first(m_key);
+        QCOMPARE(first.claim(), Role::First);
+        SingleInstance second(m_key);
+        QCOMPARE(second.claim(), Role::Second);
+        first.release();
+        SingleInstance next(m_key);
+        QCOMPARE(next.claim(), Role::First);
+    }
+
+    void withoutItsLockFileTheRunningCopyIsStillTheFirst()
+    {
+        SingleInstance first(m_key);
+        QCOMPARE(first.claim(), Role::First);
+        first.publish(1, QCoreApplication::applicationPid());
+        QVERIFY(QFile::remove(QFile::decodeName(lockFile(m_key))));
+        SingleInstance second(m_key);
+        QCOMPARE(second.claim(), Role::Second);
+    }
+
+    void whereAnotherUserHasTheSegmentEveryCopyRunsUnguarded()
+    {
+        // Users who share a folder of temporary files.
+        QVERIFY(chmod(QFile::encodeName(m_root).constData(), 0711) == 0);
+        QVERIFY(chmod(QFile::encodeName(QDir::tempPath()).constData(), 01777) == 0);
+        const SegmentOfAnotherUser theirs(m_key);
+        QVERIFY(theirs.isForbidden());
+        const MessageCapture capture;
+        for (int start = 1; start <= 2; ++start) {
+            SingleInstance ours(m_key);
+            QCOMPARE(ours.claim(), Role::Unguarded);
+            QCOMPARE(capture.texts(QtCriticalMsg).size(), start);
+        }
+        QVERIFY2(capture.texts(QtCriticalMsg).first().startsWith("[ERROR] Unable to create shared memory: "),
+                 qPrintable(capture.texts().join('\n')));
+        QVERIFY(capture.texts(QtCriticalMsg).first().endsWith(": permission denied"));
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    const QCoreApplication application(argc, argv);
+    TestInstanceLock test(profile.path());
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_instancelock.moc"
