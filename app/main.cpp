@@ -128,7 +128,8 @@ int main(int argc, char* argv[])
 {
     const int exitCode = runProcess(argc, argv);
     // The engine is never shut down and goes on drawing. The usual end would take from under its threads what they use,
-    // one library's data after the other: they would crash, or wait for each other for ever.
-    std::fflush(nullptr);
+    // one library's data after the other: they would crash, or wait for each other for ever. Standard output is not
+    // written out either: one of those threads may hold it, waiting for somebody to read. Nothing of the program's own
+    // goes there.
     std::_Exit(exitCode);
 }

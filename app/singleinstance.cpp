@@ -108,6 +108,8 @@ SingleInstance::Attempt SingleInstance::claimOnce()
         return secondOnceItLives();
     if (lock == State::Acquired)
         return replaceStaleSegment();
+    if (lock == State::Unavailable)
+        SCLogger::debug(QStringLiteral("The single instance has no lock; its shared memory alone decides"));
     if (const std::optional<OtherCopy> first = lookAtOtherCopy())
         return {Result::Second, *first};
     const Attempt made = create();

@@ -80,8 +80,8 @@ struct CapturePlatform
 /// Tells libobs what it must know before it is started: on X11 the kind of display connection, on Windows nothing.
 void prepareLibobsStart();
 
-/// Sees to it that a process that ends with the engine running ends well. Call once, after the engine's video was set
-/// up.
+/// Sees to it that a process that somebody ends by exit() while the engine runs ends well: the toolkit does so when the
+/// display is lost. The program's own end runs no exit handlers. Call once, after the engine's video was set up.
 ///
 /// On X11 the drawing libraries take their display down in exit handlers while the engine's picture thread goes on
 /// drawing; it is held from then on. On Windows the system ends the other threads first.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 class QByteArray;
 class QString;
 
@@ -18,6 +20,9 @@ namespace platform {
 /// Replaces the handlers that are there. Call once, on the main thread, before the application object is made.
 ///
 /// @param program name and version, for the report's head.
-void installCrashReporter(const QString& folder, const QByteArray& program);
+/// @param timeout a report that waits for what the crashed program holds is given up after that time. Not
+///        on Windows, where a report takes the time that it takes.
+void installCrashReporter(const QString& folder, const QByteArray& program,
+                          std::chrono::seconds timeout = std::chrono::seconds(20));
 
 } // namespace platform

@@ -63,7 +63,7 @@ LONG WINAPI onUnhandledException(EXCEPTION_POINTERS* exception)
 
 } // namespace
 
-void installCrashReporter(const QString& folder, const QByteArray& /*program*/)
+void installCrashReporter(const QString& folder, const QByteArray& /*program*/, std::chrono::seconds /*timeout*/)
 {
     const QString prefix = QDir::toNativeSeparators(folder + QLatin1String("/crash_"));
     if (static_cast<std::size_t>(prefix.size()) >= kPathLength)

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstddef>
@@ -27,8 +28,6 @@ namespace {
 constexpr std::array kFatalSignals = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
 constexpr std::size_t kAlternateStackSize = std::size_t{128} * 1024;
 constexpr int kMaximumFrames = 128;
-/// A handler that waits for a lock the crashed program holds must not keep the program from ending.
-constexpr unsigned kReportTimeoutSeconds = 20;
 constexpr int kClockChanges = 16;
 /// Room for what makes a path of the prefix: "yyyy-MM-dd_HH-mm-ss.dmp".
 constexpr std::size_t kStampSize = 32;
@@ -48,6 +47,7 @@ std::array<ClockChange, kClockChanges> g_clockChanges;
 std::array<char, kAlternateStackSize> g_alternateStack;
 std::atomic<pid_t> g_reportingThread = 0;
 std::atomic<int> g_fatalSignal = 0;
+std::atomic<unsigned> g_timeoutSeconds = 0;
 
 pid_t currentThread()
 {
@@ -138,6 +138,17 @@ void writeHead(SignalSafeWriter& report, const CivilTime& now, int number, const
     report.text("\nProcess: ").decimal(getpid()).text("\nThread: ").decimal(currentThread()).text("\n");
 }
 
+/// As read(), and again where a signal cut it short.
+template <std::size_t Size>
+ssize_t readSome(int file, std::array<char, Size>& place)
+{
+    ssize_t count = -1;
+    do
+        count = read(file, place.data(), place.size());
+    while (count < 0 && errno == EINTR);
+    return count;
+}
+
 /// Copies a small file of the kernel's into the report.
 void copyFile(SignalSafeWriter& report, const char* path)
 {
@@ -145,7 +156,7 @@ void copyFile(SignalSafeWriter& report, const char* path)
     if (file < 0)
         return;
     std::array<char, 1024> part{};
-    for (ssize_t count = 0; (count = read(file, part.data(), part.size())) > 0;)
+    for (ssize_t count = 0; (count = readSome(file, part)) > 0;)
         report.text({part.data(), static_cast<std::size_t>(count)});
     close(file);
 }
@@ -159,8 +170,9 @@ void writeThread(SignalSafeWriter& report, std::string_view id)
     // The kernel gives at most 16 bytes, a line end included.
     std::array<char, 32> name{};
     const int file = open(path.buffer(), O_RDONLY | O_CLOEXEC);
-    const ssize_t count = file < 0 ? 0 : read(file, name.data(), name.size());
-    close(file);
+    const ssize_t count = file < 0 ? 0 : readSome(file, name);
+    if (file >= 0)
+        close(file);
     const std::string_view text(name.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     report.text(text.substr(0, text.find('\n'))).text("\n");
 }
@@ -180,6 +192,8 @@ void writeThreads(SignalSafeWriter& report)
 {
     report.text("\nThreads:\n");
     const int folder = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0)
+        return;
     alignas(FolderEntry) std::array<char, 4096> entries{};
     for (long size = 0; (size = syscall(SYS_getdents64, folder, entries.data(), entries.size())) > 0;) {
         for (long position = 0; position < size;) {
@@ -234,15 +248,15 @@ void restoreDefault(int number)
     sigaction(number, &action, nullptr);
 }
 
-/// Ends the process by the signal it crashed with, where its report hangs.
-void onReportTimeout(int /*number*/)
+/// Ends the process by the signal it crashed with, where its report does not come to an end.
+void endWithoutReport()
 {
     const int number = g_fatalSignal;
     restoreDefault(number);
     sigset_t fatal = {};
     sigemptyset(&fatal);
     sigaddset(&fatal, number);
-    // The thread that hangs holds it back, and any thread may be the one that the alarm interrupts.
+    // The thread that reports holds it back, and any thread may be the one that the alarm interrupts.
     pthread_sigmask(SIG_UNBLOCK, &fatal, nullptr);
     raise(number);
 }
@@ -251,14 +265,14 @@ void startReportTimeout(int fatalSignal)
 {
     g_fatalSignal = fatalSignal;
     struct sigaction action = {};
-    action.sa_handler = onReportTimeout;
+    action.sa_handler = [](int /*number*/) { endWithoutReport(); };
     action.sa_flags = SA_ONSTACK;
     sigaction(SIGALRM, &action, nullptr);
     sigset_t timeout = {};
     sigemptyset(&timeout);
     sigaddset(&timeout, SIGALRM);
     pthread_sigmask(SIG_UNBLOCK, &timeout, nullptr);
-    alarm(kReportTimeoutSeconds);
+    alarm(g_timeoutSeconds);
 }
 
 void onFatalSignal(int number, siginfo_t* information, void* /*context*/)
@@ -268,7 +282,10 @@ void onFatalSignal(int number, siginfo_t* information, void* /*context*/)
         startReportTimeout(number);
         writeReport(number, *information);
         alarm(0);
-    } else if (reporting != currentThread()) {
+    } else if (reporting == currentThread()) {
+        // Writing the report went wrong in its turn.
+        endWithoutReport();
+    } else {
         // Another thread is writing its report; the process ends with it.
         for (;;)
             pause();
@@ -294,8 +311,9 @@ void handleFatalSignals()
 
 } // namespace
 
-void installCrashReporter(const QString& folder, const QByteArray& program)
+void installCrashReporter(const QString& folder, const QByteArray& program, std::chrono::seconds timeout)
 {
+    g_timeoutSeconds = static_cast<unsigned>(timeout.count());
     if (!keep(g_pathPrefix, QFile::encodeName(folder) + "/crash_") || !keep(g_program, program))
         return;
     keepClockChanges();

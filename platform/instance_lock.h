@@ -10,7 +10,9 @@ namespace platform {
 /// On Windows a segment goes with the last process that holds it, so nothing needs proving and tryLock() says
 /// NotNeeded. On X11 systems a segment stays behind when its owner is killed; there the lock is an advisory lock
 /// (flock) on a file, which the kernel drops with the process, however it ends. A lock file with the owner's process id
-/// in it would not do: ids are used again, and between being made and being filled in it proves nothing.
+/// in it would not do: ids are used again, and between being made and being filled in it proves nothing. What clears
+/// away old temporary files may take that file from a copy that runs for many days; a lock of the same name is free
+/// then.
 class InstanceLock
 {
 public:

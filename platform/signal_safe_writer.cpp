@@ -1,5 +1,6 @@
 #include "platform/signal_safe_writer.h"
 
+#include <cerrno>
 #include <unistd.h>
 
 namespace platform {
@@ -98,6 +99,8 @@ void SignalSafeWriter::flush()
     std::size_t written = 0;
     while (written < m_used) {
         const ssize_t count = write(m_descriptor, m_buffer + written, m_used - written);
+        if (count < 0 && errno == EINTR)
+            continue;
         if (count <= 0)
             break;
         written += static_cast<std::size_t>(count);

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include <atomic>
+#include <mutex>
 
 namespace platform {
 
@@ -10,15 +10,29 @@ namespace {
 
 constexpr DWORD kOrderlyEndTimeoutMs = 5000;
 
-std::atomic<TerminationWatcher*> g_watcher = nullptr;
+std::mutex g_mutex;
+/// Who listens; only looked at, and only taken away, under the mutex.
+TerminationWatcher* g_watcher = nullptr;
 
-/// Called by the system on a thread of its own.
+void setWatcher(TerminationWatcher* watcher)
+{
+    const std::lock_guard locker(g_mutex);
+    g_watcher = watcher;
+}
+
+/// What is posted to a watcher goes with it.
+bool tellWatcher()
+{
+    const std::lock_guard locker(g_mutex);
+    return g_watcher != nullptr &&
+           QMetaObject::invokeMethod(g_watcher, &TerminationWatcher::terminationRequested, Qt::QueuedConnection);
+}
+
+/// Called by the system on a thread of its own, which may still be in here when the handler has been taken off.
 BOOL WINAPI onConsoleEvent(DWORD event)
 {
-    TerminationWatcher* const watcher = g_watcher;
-    if (watcher == nullptr)
+    if (!tellWatcher())
         return FALSE;
-    QMetaObject::invokeMethod(watcher, &TerminationWatcher::terminationRequested, Qt::QueuedConnection);
     // After a close, log-off or shutdown event the process ends as soon as this returns.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         Sleep(kOrderlyEndTimeoutMs);
@@ -32,14 +46,14 @@ struct TerminationWatcher::Private
 
 TerminationWatcher::TerminationWatcher(QObject* parent) : QObject(parent), m_private(std::make_unique<Private>())
 {
-    g_watcher = this;
+    setWatcher(this);
     SetConsoleCtrlHandler(onConsoleEvent, TRUE);
 }
 
 TerminationWatcher::~TerminationWatcher()
 {
     SetConsoleCtrlHandler(onConsoleEvent, FALSE);
-    g_watcher = nullptr;
+    setWatcher(nullptr);
 }
 
 } // namespace platform

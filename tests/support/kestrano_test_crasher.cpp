@@ -1,7 +1,10 @@
 // Installs the crash handler as the program does, says where the report will be, and crashes as it is told.
+//
+// Usage: kestrano_test_crasher WAY [SECONDS THAT A REPORT MAY TAKE]
 
 #include "app/appidentity.h"
 #include "app/crashhandler.h"
+#include "platform/crash_report.h"
 
 #include <QStandardPaths>
 #include <QString>
@@ -81,11 +84,13 @@ extern "C" [[gnu::noinline]] void kestrano_test_crash_here(const char* way)
 
 int main(int argc, char* argv[])
 {
-    if (argc != 2)
+    if (argc < 2)
         return 2;
     QStandardPaths::setTestModeEnabled(true);
     appidentity::apply();
     installCrashHandler();
+    if (argc > 2)
+        platform::installCrashReporter(crashFolder(), "Kestrano", std::chrono::seconds(std::atoi(argv[2])));
     std::printf("%s\n", qPrintable(crashFolder()));
     std::fflush(stdout);
     kestrano_test_crash_here(argv[1]);

@@ -12,10 +12,10 @@ constexpr int kPollMs = 20;
 
 } // namespace
 
-CrasherRun::CrasherRun(const QString& way, qint64 enoughBytes) : m_started(QDateTime::currentDateTime())
+CrasherRun::CrasherRun(const QStringList& arguments, qint64 enoughBytes) : m_started(QDateTime::currentDateTime())
 {
     QProcess process;
-    process.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano_test_crasher"), {way});
+    process.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano_test_crasher"), arguments);
     process.waitForStarted(kTimeoutMs);
     m_processId = process.processId();
     process.waitForReadyRead(kTimeoutMs);

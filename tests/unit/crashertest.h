@@ -16,7 +16,10 @@ public:
     ///
     /// @param enoughBytes when not 0, the program is ended once it has written that much of its report: a dump of the
     ///        whole memory takes minutes under Wine.
-    explicit CrasherRun(const QString& way, qint64 enoughBytes = 0);
+    explicit CrasherRun(const QString& way, qint64 enoughBytes = 0) : CrasherRun(QStringList{way}, enoughBytes) {}
+
+    /// @param arguments the way to crash, and how many seconds its report may take.
+    explicit CrasherRun(const QStringList& arguments, qint64 enoughBytes = 0);
 
     /// Names of the files in the crash folder.
     const QStringList& reportNames() const { return m_names; }
