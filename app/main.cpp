@@ -9,8 +9,6 @@
 #include "platform/termination.h"
 
 #include <QApplication>
-#include <QDateTime>
-#include <QDir>
 #include <QIcon>
 #include <QLocale>
 #include <QTimer>
@@ -26,10 +24,7 @@ constexpr int kInitializeCaptureDelayMs = 10;
 
 void openLog()
 {
-    const QString folder = appidentity::logFolder();
-    QDir().mkpath(folder);
-    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_HH-mm-ss"));
-    const QString path = folder + QLatin1String("/vexmoor_") + stamp + QLatin1String(".log");
+    const QString path = SCLogger::defaultPath();
     if (!SCLogger::instance()->initialize(path)) {
         std::fputs("Failed to initialize logger\n", stderr);
         return;

@@ -17,12 +17,6 @@ QString timeStamp()
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
 }
 
-QString defaultLogPath()
-{
-    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_HH-mm-ss"));
-    return appidentity::logFolder() + QLatin1String("/vexmoor_") + stamp + QLatin1String(".log");
-}
-
 } // namespace
 
 SCLogger* SCLogger::instance()
@@ -44,13 +38,19 @@ SCLogger::~SCLogger()
     }
 }
 
+QString SCLogger::defaultPath()
+{
+    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_HH-mm-ss"));
+    return appidentity::logFolder() + QLatin1String("/vexmoor_") + stamp + QLatin1String(".log");
+}
+
 bool SCLogger::initialize(const QString& path)
 {
     const QMutexLocker locker(&m_mutex);
     if (m_initialized)
         return true;
 
-    m_filePath = path.isEmpty() ? defaultLogPath() : path;
+    m_filePath = path.isEmpty() ? defaultPath() : path;
     QDir().mkpath(QFileInfo(m_filePath).absolutePath());
     if (!openForAppending())
         return false;

@@ -21,8 +21,11 @@ public:
 
     ~SCLogger() override;
 
-    /// Opens the log at path; an empty path means a new file "vexmoor_<time>.log" in the log folder. Missing folders
-    /// are made. A no-op returning true when a log is open already.
+    /// The path of the log of a program that is started now: "vexmoor_<time>.log" in the log folder.
+    static QString defaultPath();
+
+    /// Opens the log at path; an empty path means defaultPath(). Missing folders are made. A no-op returning true when
+    /// a log is open already.
     ///
     /// @return false when the file cannot be opened ("Failed to open log file:" goes to the message output); a
     ///         later call may try again.
