@@ -80,7 +80,7 @@ struct WatchedWindow::Private
 
     QString described(const xcb_client_message_event_t& message) const
     {
-        const QString request = name(message.type);
+        QString request = name(message.type);
         if (request != QLatin1String("_NET_WM_STATE"))
             return request;
         const QString action = message.data.data32[0] == 0 ? QStringLiteral("remove") : QStringLiteral("add");
