@@ -212,7 +212,8 @@ private:
     void connectStopHandler();
     void dropStopHandler();
     void stopFollowing();
-    static void waitUntilWritten(const obs_output_t* output);
+    void waitUntilWritten(const obs_output_t* output) const;
+    bool hasEndedByItself() const { return m_endedByItselfNs != 0; }
     void noteStop(calldata_t* stopSignal);
     void endRecording();
     void setRecordingEnd(const RecordingEnd& end);

@@ -297,23 +297,29 @@ int ObsWrapper::stopRecording(bool force)
 
 void ObsWrapper::stopOutput(obs_output_t* output, bool force)
 {
+    if (hasEndedByItself())
+        return;
     const CaptureProgress::StandStill still(m_progress);
     if (force) {
         obs_output_force_stop(output);
         return;
     }
     waitUntilWritten(output);
-    obs_output_stop(output);
+    // A file that could not be written to its end has been given up, and the output is closing it on a thread of its
+    // own: a stop would have this thread close it as well.
+    if (!hasEndedByItself())
+        obs_output_stop(output);
 }
 
-void ObsWrapper::waitUntilWritten(const obs_output_t* output)
+void ObsWrapper::waitUntilWritten(const obs_output_t* output) const
 {
     // A stop throws away what the encoders have given out and the disk has not taken yet.
     constexpr int kStepMs = 10;
     constexpr int kQuietSteps = 3;
     constexpr int kLimitMs = 1000;
     std::uint64_t bytes = obs_output_get_total_bytes(output);
-    for (int waitedMs = 0, quiet = 0; quiet < kQuietSteps && waitedMs < kLimitMs; waitedMs += kStepMs) {
+    for (int waitedMs = 0, quiet = 0; quiet < kQuietSteps && waitedMs < kLimitMs && !hasEndedByItself();
+         waitedMs += kStepMs) {
         QThread::msleep(kStepMs);
         const std::uint64_t now = obs_output_get_total_bytes(output);
         quiet = now == bytes ? quiet + 1 : 0;

@@ -228,6 +228,12 @@ void updateOutput(void*, obs_data_t* settings)
     record().outputSettings = standins::toJson(settings);
 }
 
+uint64_t bytesWritten(void*)
+{
+    const auto& count = standins::behaviour().bytesWritten;
+    return count ? count() : 0;
+}
+
 void registerAudioEncoder()
 {
     static int encoder = 0;
@@ -358,6 +364,7 @@ void registerOutputs()
     info.raw_video = [](void*, video_data*) {};
     info.raw_audio = [](void*, audio_data*) {};
     info.update = updateOutput;
+    info.get_total_bytes = bytesWritten;
     obs_register_output(&info);
     registerAudioEncoder();
 }

@@ -39,6 +39,8 @@ struct Behaviour
     const char* outputError = nullptr;
     /// Called inside the output's start.
     std::function<void(obs_output_t*)> duringStart;
+    /// Bytes that the output says it has written.
+    std::function<uint64_t()> bytesWritten;
 };
 
 Behaviour& behaviour();

@@ -6,6 +6,7 @@
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
@@ -382,6 +383,40 @@ private slots:
         std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_SUCCESS); }).join();
         QCOMPARE(receivedOn, static_cast<QThread*>(nullptr));
         QTRY_COMPARE(receivedOn, thread());
+    }
+
+    void outputThatFailsWhileItsStopWaitsIsNotStoppedOnceMore()
+    {
+        // The stop waits while bytes are written; the disk is full before they all are.
+        QElapsedTimer sinceStop;
+        behaviour().bytesWritten = [&sinceStop]() -> uint64_t { return sinceStop.isValid() ? sinceStop.elapsed() : 0; };
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        obs_output_t* output = standins::currentOutput();
+        sinceStop.start();
+        std::thread disk([output] {
+            QThread::msleep(200);
+            signalStop(output, OBS_OUTPUT_NO_SPACE);
+        });
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        disk.join();
+        QVERIFY(!standins::events().contains("stop output"));
+        QVERIFY(!standins::events().contains("force stop output"));
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
+        QTest::qWait(50);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void forcedStopOfAnOutputThatFailedStopsItNotOnceMore()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_NO_SPACE); }).join();
+        QCOMPARE(m_wrapper->stopRecording(true), 0);
+        QVERIFY(!standins::events().contains("force stop output"));
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
 
     void nextRecordingAfterOneThatStoppedByItself()
