@@ -17,9 +17,20 @@ video_scale_info enginePictureForm()
 video_scale_info pictureFormFor(RecordingFormat format)
 {
     video_scale_info form = enginePictureForm();
-    if (format != RecordingFormat::Mp4)
+    switch (format) {
+    case RecordingFormat::Avi:
+    case RecordingFormat::Flv:
         form.range = VIDEO_RANGE_PARTIAL;
-    if (format == RecordingFormat::Gif)
+        break;
+    case RecordingFormat::Gif:
+        form.range = VIDEO_RANGE_PARTIAL;
         form.colorspace = VIDEO_CS_601;
+        break;
+    case RecordingFormat::Mp4:
+    case RecordingFormat::Mp3:
+    case RecordingFormat::Aac:
+    case RecordingFormat::Flac:
+        break;
+    }
     return form;
 }
