@@ -30,6 +30,8 @@ public:
     /// Stops following; no callback runs any more when it returns. The engine must still be running.
     void disconnect();
 
+    bool isConnected() const { return m_connected; }
+
     /// Waits until a picture has come since connect(). The first one after an idle time can take some tenths of a
     /// second, for which the output would leave out the sound.
     ///

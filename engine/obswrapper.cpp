@@ -23,17 +23,6 @@ constexpr char kConfigFolder[] = "/obs-cfg";
 
 void ignoreFader(void*, float) {}
 
-/// The source on the channel, or a new one for the system's default device.
-ObsSourceHandle sourceOnChannel(uint32_t channel, const char* typeId, const char* name)
-{
-    ObsSourceHandle source(obs_get_output_source(channel));
-    if (source)
-        return source;
-    const ObsDataHandle settings(obs_data_create());
-    obs_data_set_string(settings.get(), kDeviceKey, kDefaultDevice);
-    return ObsSourceHandle(obs_source_create(typeId, name, settings.get(), nullptr));
-}
-
 template <typename Handle, typename Create>
 void remake(Handle& handle, Create create)
 {
@@ -121,8 +110,11 @@ ObsWrapper::ReleasedSources::~ReleasedSources()
 {
     if (!obs_initialized())
         return;
-    for (const uint32_t channel : {kVideoChannel, kDesktopChannel, kMicrophoneChannel})
-        obs_set_output_source(channel, nullptr);
+    for (const uint32_t channel : {kVideoChannel, kDesktopChannel, kMicrophoneChannel}) {
+        const ObsSourceHandle source(obs_get_output_source(channel));
+        if (source && source.get() == made.at(channel))
+            obs_set_output_source(channel, nullptr);
+    }
     obs_wait_for_destroy_queue();
 }
 
@@ -185,8 +177,9 @@ void ObsWrapper::loadModules()
 
 void ObsWrapper::createAudioSources()
 {
-    m_micSource = sourceOnChannel(kMicrophoneChannel, m_platform.microphoneId, "Default Mic/Aux");
-    m_desktopSource = sourceOnChannel(kDesktopChannel, m_platform.desktopAudioId, "Default Desktop Audio");
+    m_micSource = sourceOnChannel(kMicrophoneChannel, m_platform.microphoneId, "Default Mic/Aux", kDefaultDevice);
+    m_desktopSource =
+        sourceOnChannel(kDesktopChannel, m_platform.desktopAudioId, "Default Desktop Audio", kDefaultDevice);
 }
 
 void ObsWrapper::createMeters()
@@ -257,9 +250,13 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
     const int result = obs_reset_video(&video);
     if (trialEnded)
         measureEncoderDelay(m_trialFormat, m_trial);
-    if (result == OBS_VIDEO_SUCCESS)
-        stretchCaptureOverOutput(outputWidth, outputHeight);
-    return result;
+    if (result != OBS_VIDEO_SUCCESS)
+        return result;
+    // The picture line is another one now.
+    if (m_output)
+        giveOutputTheLines();
+    stretchCaptureOverOutput(outputWidth, outputHeight);
+    return OBS_VIDEO_SUCCESS;
 }
 
 void ObsWrapper::stretchCaptureOverOutput(int outputWidth, int outputHeight)

@@ -99,7 +99,8 @@ public:
     /// Makes a new file output and its audio encoders, releasing the previous ones.
     bool createOutputMode();
 
-    /// Prepares the output for one recording.
+    /// Prepares the output for one recording and waits until the engine hands out pictures for it, a second at most. It
+    /// goes on doing so until the recording has ended: start it soon.
     ///
     /// @param storePath target file without extension
     /// @param bitRate picture bit rate; the encoder is given 1024 times it
@@ -183,6 +184,7 @@ private:
     bool startEngine(int width, int height, int fps);
     void loadModules();
     void createAudioSources();
+    ObsSourceHandle sourceOnChannel(uint32_t channel, const char* typeId, const char* name, const QByteArray& deviceId);
     void createMeters();
     void attachMeters();
     void startLevelTimer();
@@ -208,6 +210,8 @@ private:
     void createMixEncoders();
     void stopOutput(obs_output_t* output, bool force);
     void giveEncodersTheSound();
+    void giveOutputTheLines();
+    void letPicturesFlow();
     int failToStart();
     void connectStopHandler();
     void dropStopHandler();
@@ -223,12 +227,15 @@ private:
     static void onOutputStopped(void* wrapper, calldata_t* stopSignal);
     static void onOutputStoppedEarly(void* wrapper, calldata_t* stopSignal);
 
-    /// Empties the engine's channels after every handle below was released, and waits until libobs, on a thread of its
-    /// own, has done away with what was on them. The engine goes on without this object, and so would they: on X11 a
-    /// capture source holds shared memory that outlasts the process.
+    /// Takes the sources that this object made off the engine's channels after every handle below was released, and
+    /// waits until libobs, on a thread of its own, has done away with them. The engine goes on without this object, and
+    /// so would they: on X11 a capture source holds shared memory that outlasts the process. What somebody else has put
+    /// on a channel stays.
     struct ReleasedSources
     {
         ~ReleasedSources();
+        /// The last source made for each channel. Only to compare with: it may have gone since.
+        std::array<const obs_source_t*, 3> made{};
     };
 
     ReleasedSources m_releasedSources;

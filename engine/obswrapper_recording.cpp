@@ -46,6 +46,14 @@ const char* diagnosticFormatName(int format)
     }
 }
 
+/// An engine that failed to start is there all the same, but has no picture line. libobs does not ask whether there is
+/// one.
+bool isVideoSetUp()
+{
+    obs_video_info video{};
+    return obs_initialized() && obs_get_video_info(&video);
+}
+
 RecordingEnd endFrom(calldata_t* stopSignal)
 {
     long long code = OBS_OUTPUT_SUCCESS;
@@ -66,8 +74,8 @@ bool ObsWrapper::createOutputMode()
         stopOutput(m_output.get(), false);
     }
     waitUntilOutputIsSettled();
-    m_output.reset(obs_initialized() ? obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr)
-                                     : nullptr);
+    m_output.reset(isVideoSetUp() ? obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr)
+                                  : nullptr);
     if (!m_output) {
         qDebug() << "Failed to create ffmpeg_output!";
         return false;
@@ -122,21 +130,25 @@ void ObsWrapper::setupFFmpeg(const QString& storePath, int srcWidth, int srcHeig
                        << recordingUrl(storePath, m_format);
     qDebug() << "Setting mixer and media...";
     obs_output_set_mixer(m_output.get(), kRecordedMixer);
+    giveOutputTheLines();
+    obs_output_update(m_output.get(), settings.get());
+    qDebug() << "FFmpeg setup completed";
+    letPicturesFlow();
+    measureEncoderDelay(m_format, m_request);
+}
+
+void ObsWrapper::giveOutputTheLines()
+{
     obs_output_set_media(m_output.get(), obs_get_video(), obs_get_audio());
     const video_scale_info form = pictureFormFor(m_format);
     obs_output_set_video_conversion(m_output.get(), &form);
-    obs_output_update(m_output.get(), settings.get());
-    qDebug() << "FFmpeg setup completed";
-    measureEncoderDelay(m_format, m_request);
 }
 
 void ObsWrapper::measureEncoderDelay(RecordingFormat format, const FfmpegRequest& request)
 {
     m_trialFormat = format;
     m_trial = request;
-    obs_video_info video{};
-    // The line of an engine whose video is not set up cannot even be asked for.
-    if (obs_get_video_info(&video))
+    if (isVideoSetUp())
         m_encoderDelay.measure(format, request, *video_output_get_info(obs_get_video()));
 }
 
@@ -147,6 +159,13 @@ void ObsWrapper::giveEncodersTheSound()
         obs_encoder_set_audio(encoder.get(), sound);
     obs_encoder_set_audio(m_streamAudioEncoder.get(), sound);
     obs_encoder_set_audio(m_archiveAudioEncoder.get(), sound);
+}
+
+/// An idle engine needs some tenths of a second for its first picture. Here they are no part of the recording.
+void ObsWrapper::letPicturesFlow()
+{
+    m_progress.connect(kRecordedMixer);
+    m_progress.waitForPicture(kFirstPictureLimitMs);
 }
 
 int ObsWrapper::startRecording()
@@ -161,15 +180,14 @@ int ObsWrapper::startRecording()
     m_stoppedEarly = false;
     m_endedByItselfNs = 0;
     setRecordingEnd({});
-    if (m_output) {
-        m_progress.connect(kRecordedMixer);
-        m_progress.waitForPicture(kFirstPictureLimitMs);
-    }
     emit recordStatusChanged(kStatusStarting);
     qDebug() << "Starting recording...";
     if (!m_output)
         return failToStart();
 
+    // A reset of the video has ended it, or the end of the last recording, which said so late.
+    if (!m_progress.isConnected())
+        letPicturesFlow();
     // The output runs on threads of its own and may fail before obs_output_start() has even returned.
     ObsSignalConnection early(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStoppedEarly, this);
     if (!obs_output_start(m_output.get()))
@@ -219,7 +237,9 @@ int ObsWrapper::failToStart()
     const char* text = m_output ? obs_output_get_last_error(m_output.get()) : nullptr;
     qDebug() << "Failed to start recording. Error:" << (text ? text : "No error message");
     if (m_endOwed.exchange(false)) {
-        setRecordingEnd({OBS_OUTPUT_ERROR, QString::fromUtf8(text)});
+        // An output that ended while it was being started has said more precisely why.
+        if (endReason().code == OBS_OUTPUT_SUCCESS)
+            setRecordingEnd({OBS_OUTPUT_ERROR, QString::fromUtf8(text)});
         emit recordStatusChanged(kStatusEnded);
     }
     return -1;

@@ -38,6 +38,8 @@ ListItems readList(obs_properties_t* properties, const TargetList& list)
 
 ListItems readDevices(const char* sourceId)
 {
+    if (!obs_initialized())
+        return {};
     const ObsPropertiesHandle properties(obs_get_source_properties(sourceId));
     return readList(properties.get(), {kDeviceKey, ListKind::Text});
 }
@@ -109,6 +111,7 @@ bool ObsWrapper::createTransition()
         if (transition && qstrcmp(id, kTransitionId) == 0)
             m_transition = std::move(transition);
     }
+    m_releasedSources.made.at(kVideoChannel) = m_transition.get();
     return m_transition != nullptr;
 }
 
@@ -241,7 +244,7 @@ void ObsWrapper::setDesktopAudioDevice(bool enabled, const QString& deviceId)
 
 void ObsWrapper::setAudioDevice(const AudioDevice& device, bool enabled, const QString& deviceId)
 {
-    if (!obs_initialized() || readDevices(device.typeId).names.isEmpty())
+    if (readDevices(device.typeId).names.isEmpty())
         return;
     const QByteArray wanted = enabled ? deviceId.toUtf8() : QByteArray(kNoDevice);
     if (wanted == kNoDevice)
@@ -259,14 +262,23 @@ void ObsWrapper::switchOff(const AudioDevice& device)
     emitLevels(device.kind);
 }
 
+/// The source on the channel, or a new one for the device.
+ObsSourceHandle ObsWrapper::sourceOnChannel(uint32_t channel, const char* typeId, const char* name,
+                                            const QByteArray& deviceId)
+{
+    ObsSourceHandle source(obs_get_output_source(channel));
+    if (source)
+        return source;
+    const ObsDataHandle settings(obs_data_create());
+    obs_data_set_string(settings.get(), kDeviceKey, deviceId.constData());
+    source.reset(obs_source_create(typeId, name, settings.get(), nullptr));
+    m_releasedSources.made.at(channel) = source.get();
+    return source;
+}
+
 void ObsWrapper::putOnChannel(const AudioDevice& device, const QByteArray& deviceId)
 {
-    ObsSourceHandle source(obs_get_output_source(device.channel));
-    if (!source) {
-        const ObsDataHandle settings(obs_data_create());
-        obs_data_set_string(settings.get(), kDeviceKey, deviceId.constData());
-        source.reset(obs_source_create(device.typeId, device.sourceName, settings.get(), nullptr));
-    }
+    ObsSourceHandle source = sourceOnChannel(device.channel, device.typeId, device.sourceName, deviceId);
     obs_set_output_source(device.channel, source.get());
     const ObsDataHandle settings(obs_source_get_settings(source.get()));
     if (deviceId != obs_data_get_string(settings.get(), kDeviceKey)) {

@@ -12,7 +12,7 @@ const char* wordsFor(int code)
     case OBS_OUTPUT_BAD_PATH:
         return "the path of the file is not valid";
     case OBS_OUTPUT_CONNECT_FAILED:
-        return "the file could not be opened for writing";
+        return "the file could not be opened for writing, or its encoder not be started";
     case OBS_OUTPUT_INVALID_STREAM:
         return "the file was refused as not valid";
     case OBS_OUTPUT_ERROR:

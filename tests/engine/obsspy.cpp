@@ -16,7 +16,9 @@ struct Notes
 {
     QMutex mutex;
     QStringList calls;
-    QString failing;
+    QStringList failing;
+    int stopConnections = 0;
+    int delayMs = 0;
 };
 
 Notes& notes()
@@ -28,7 +30,7 @@ Notes& notes()
 bool fails(const char* function)
 {
     const QMutexLocker locker(&notes().mutex);
-    return notes().failing == QLatin1String(function);
+    return notes().failing.contains(QLatin1String(function));
 }
 
 template <typename Function>
@@ -51,6 +53,13 @@ bool isProgramsThread()
 {
     const QCoreApplication* application = QCoreApplication::instance();
     return application && QThread::currentThread() == application->thread();
+}
+
+/// How long this connection to "stop" is to be held up.
+int delayOfStopConnection()
+{
+    const QMutexLocker locker(&notes().mutex);
+    return ++notes().stopConnections == 2 ? notes().delayMs : 0;
 }
 
 /// Leaves out what the library calls by itself.
@@ -83,12 +92,20 @@ void clear()
 void failAt(const QString& function)
 {
     const QMutexLocker locker(&notes().mutex);
-    notes().failing = function;
+    notes().failing << function;
 }
 
 void failNowhere()
 {
-    failAt(QString());
+    const QMutexLocker locker(&notes().mutex);
+    notes().failing.clear();
+}
+
+void delaySecondStopConnection(int delayMs)
+{
+    const QMutexLocker locker(&notes().mutex);
+    notes().stopConnections = 0;
+    notes().delayMs = delayMs;
 }
 
 } // namespace obsspy
@@ -167,6 +184,12 @@ void obs_load_all_modules2(obs_module_failure_info* failures)
     memcpy(name, kFailed, sizeof(kFailed));
     failures->failed_modules[0] = name;
     failures->count = 1;
+}
+
+void obs_module_failure_info_free(obs_module_failure_info* failures)
+{
+    note("obs_module_failure_info_free", QString::number(failures->count));
+    REAL(obs_module_failure_info_free)(failures);
 }
 
 void obs_post_load_modules(void)
@@ -334,10 +357,18 @@ void obs_output_update(obs_output_t* output, obs_data_t* settings)
     REAL(obs_output_update)(output, settings);
 }
 
+void obs_add_raw_video_callback(const video_scale_info* form, void (*callback)(void*, video_data*), void* param)
+{
+    note("obs_add_raw_video_callback");
+    REAL(obs_add_raw_video_callback)(form, callback, param);
+}
+
 void signal_handler_connect_ref(signal_handler_t* handler, const char* signal, signal_callback_t callback, void* data)
 {
-    if (qstrcmp(signal, "stop") == 0)
+    if (qstrcmp(signal, "stop") == 0 && isProgramsThread()) {
         note("signal_handler_connect_ref", QLatin1String(signal));
+        QThread::msleep(static_cast<unsigned long>(delayOfStopConnection()));
+    }
     REAL(signal_handler_connect_ref)(handler, signal, callback, data);
 }
 

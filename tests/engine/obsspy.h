@@ -12,9 +12,12 @@ namespace obsspy {
 QStringList calls();
 void clear();
 
-/// Lets the function of this name fail until told otherwise, without calling the real one. Only those that return a
-/// result which says so.
+/// Lets the function of this name fail until told otherwise, without calling the real one; called again, further ones
+/// as well. Only those that return a result which says so.
 void failAt(const QString& function);
 void failNowhere();
+
+/// From now on, whoever connects to an output's "stop" for the second time is held up for so long; 0 for not at all.
+void delaySecondStopConnection(int delayMs);
 
 } // namespace obsspy

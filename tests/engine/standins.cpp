@@ -6,6 +6,8 @@
 #include <QMutexLocker>
 #include <QStandardPaths>
 
+#include <util/platform.h>
+
 namespace {
 
 struct Record
@@ -15,6 +17,7 @@ struct Record
     QMap<QString, QJsonObject> settings;
     QJsonObject outputSettings;
     obs_output_t* output = nullptr;
+    std::vector<std::uint64_t> encodedPictures;
 };
 
 Record& record()
@@ -188,6 +191,7 @@ void* createOutput(obs_data_t* settings, obs_output_t* output)
     note(QStringLiteral("create output"));
     const QMutexLocker locker(&record().mutex);
     record().output = output;
+    record().encodedPictures.clear();
     record().outputSettings = standins::toJson(settings);
     return output;
 }
@@ -226,6 +230,13 @@ void updateOutput(void*, obs_data_t* settings)
     note(QStringLiteral("update output"));
     const QMutexLocker locker(&record().mutex);
     record().outputSettings = standins::toJson(settings);
+}
+
+void encodePicture(void*, video_data* picture)
+{
+    os_sleep_ms(static_cast<uint32_t>(standins::behaviour().encodeMs));
+    const QMutexLocker locker(&record().mutex);
+    record().encodedPictures.push_back(picture->timestamp);
 }
 
 uint64_t bytesWritten(void*)
@@ -297,6 +308,12 @@ obs_output_t* currentOutput()
     return record().output;
 }
 
+std::vector<std::uint64_t> encodedPictures()
+{
+    const QMutexLocker locker(&record().mutex);
+    return record().encodedPictures;
+}
+
 QJsonObject toJson(obs_data_t* settings)
 {
     return QJsonDocument::fromJson(obs_data_get_json(settings)).object();
@@ -361,7 +378,7 @@ void registerOutputs()
     info.destroy = destroyOutput;
     info.start = startOutput;
     info.stop = stopOutput;
-    info.raw_video = [](void*, video_data*) {};
+    info.raw_video = encodePicture;
     info.raw_audio = [](void*, audio_data*) {};
     info.update = updateOutput;
     info.get_total_bytes = bytesWritten;

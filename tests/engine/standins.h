@@ -39,6 +39,8 @@ struct Behaviour
     const char* outputError = nullptr;
     /// Called inside the output's start.
     std::function<void(obs_output_t*)> duringStart;
+    /// How long the output takes to encode a picture.
+    int encodeMs = 0;
     /// Bytes that the output says it has written.
     std::function<uint64_t()> bytesWritten;
 };
@@ -56,6 +58,8 @@ QJsonObject lastSettings(const QString& typeId);
 /// Settings that the output was last updated with, and the output itself; null when there is none.
 QJsonObject lastOutputSettings();
 obs_output_t* currentOutput();
+/// The moments, on libobs' clock, at which the pictures were taken that the output has finished encoding.
+std::vector<std::uint64_t> encodedPictures();
 
 QJsonObject toJson(obs_data_t* settings);
 

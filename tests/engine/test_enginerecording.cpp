@@ -1,5 +1,6 @@
 #include "app/appidentity.h"
 #include "engine/obswrapper.h"
+#include "engine/pictureform.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
 #include "tests/support/messagecapture.h"
@@ -11,6 +12,9 @@
 #include <QTest>
 #include <QThread>
 
+#include <util/platform.h>
+
+#include <algorithm>
 #include <memory>
 #include <thread>
 
@@ -50,6 +54,12 @@ private slots:
         QVERIFY(log.texts().contains("Failed to create ffmpeg_output!"));
         QVERIFY(log.texts().contains("Error: fileOutput is null!"));
         QCOMPARE(wrapper.startRecording(), -1);
+        wrapper.refreshMicDevices();
+        wrapper.refreshDesktopDevices();
+        QCOMPARE(wrapper.micDeviceNames(), QStringList{"No Device"});
+        QCOMPARE(wrapper.micDeviceIds(), QStringList{"default"});
+        QCOMPARE(wrapper.desktopDeviceNames(), QStringList{"No Device"});
+        QCOMPARE(wrapper.desktopDeviceIds(), QStringList{"default"});
 
         QVERIFY(standins::startCore());
         standins::registerSources();
@@ -70,6 +80,7 @@ private slots:
         m_status.reset();
         m_wrapper.reset();
         obsspy::failNowhere();
+        obsspy::delaySecondStopConnection(0);
         QTRY_VERIFY(!obs_video_active());
     }
 
@@ -146,7 +157,7 @@ private slots:
         QStringList calls = obsspy::calls();
         calls.removeIf([](const QString& call) {
             return call.startsWith(QLatin1String("obs_audio_encoder_create")) ||
-                   call.contains(QLatin1String("_release"));
+                   call.contains(QLatin1String("_release")) || call == QLatin1String("obs_add_raw_video_callback");
         });
         QCOMPARE(calls, (QStringList{
                             "obs_output_create ffmpeg_output adv_ffmpeg_output", "obs_encoder_set_audio adv_aac0",
@@ -230,6 +241,14 @@ private slots:
         QTest::newRow("format -1 is an MP4 file with extension mp4") << -1 << mp4;
     }
 
+    void keyFramesAndBitRateFollowTheRequest()
+    {
+        // A key frame every ten seconds; thousands of 1024 bits.
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 320, 240, 25, 7, 0);
+        QCOMPARE(standins::lastOutputSettings().value("gop_size"), QJsonValue(250));
+        QCOMPARE(standins::lastOutputSettings().value("video_bitrate"), QJsonValue(7168));
+    }
+
     void outputSeesTheSettingsOfEveryFormat()
     {
         QFETCH(const int, format);
@@ -240,22 +259,96 @@ private slots:
         QCOMPARE(standins::countOf("update output"), 1);
     }
 
+    void pictureFormOfEveryFormat_data()
+    {
+        QTest::addColumn<RecordingFormat>("format");
+        QTest::addColumn<bool>("limitedRange");
+        QTest::addColumn<bool>("olderColours");
+
+        QTest::newRow("mp4") << RecordingFormat::Mp4 << false << false;
+        QTest::newRow("avi") << RecordingFormat::Avi << true << false;
+        QTest::newRow("flv") << RecordingFormat::Flv << true << false;
+        QTest::newRow("gif") << RecordingFormat::Gif << true << true;
+        QTest::newRow("mp3") << RecordingFormat::Mp3 << false << false;
+        QTest::newRow("aac") << RecordingFormat::Aac << false << false;
+        QTest::newRow("flac") << RecordingFormat::Flac << false << false;
+    }
+
+    void pictureFormOfEveryFormat()
+    {
+        QFETCH(const RecordingFormat, format);
+        QFETCH(const bool, limitedRange);
+        QFETCH(const bool, olderColours);
+        // Where it is the line's own form, libobs converts nothing.
+        const video_output_info* line = video_output_get_info(obs_get_video());
+        const video_scale_info form = pictureFormFor(format);
+        QCOMPARE(form.format, line->format);
+        QCOMPARE(form.width, line->width);
+        QCOMPARE(form.height, line->height);
+        QCOMPARE(form.range, limitedRange ? VIDEO_RANGE_PARTIAL : line->range);
+        QCOMPARE(form.colorspace, olderColours ? VIDEO_CS_601 : line->colorspace);
+        QCOMPARE(line->range, VIDEO_RANGE_FULL);
+        QCOMPARE(line->colorspace, VIDEO_CS_709);
+    }
+
     void startOrder()
     {
         setup(0);
         obsspy::clear();
-        connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, this, [](int status) {
-            if (status == ObsWrapper::kStatusStarting)
-                QVERIFY(!obsspy::calls().contains("obs_output_start"));
-        });
+        QStringList callsAtStatus{"no status"};
+        QStringList textsAtStatus{"no status"};
         MessageCapture log;
+        connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, this, [&](int) {
+            callsAtStatus = obsspy::calls();
+            textsAtStatus = log.texts();
+        });
         QCOMPARE(m_wrapper->startRecording(), 0);
+        // The status is the first thing of all.
+        QCOMPARE(callsAtStatus, QStringList());
+        QCOMPARE(textsAtStatus, QStringList());
         QCOMPARE(statuses(*m_status), QList<int>{0});
         QVERIFY(m_wrapper->isRecording());
         QVERIFY(!m_wrapper->isPaused());
         QCOMPARE(log.texts(QtDebugMsg), (QStringList{"Starting recording...", "Recording started successfully"}));
-        QVERIFY(obsspy::calls().lastIndexOf("signal_handler_connect_ref stop") >
-                obsspy::calls().indexOf("obs_output_start"));
+        // The output's end is followed from before its start.
+        QCOMPARE(obsspy::calls(), (QStringList{"signal_handler_connect_ref stop", "obs_output_start",
+                                               "signal_handler_connect_ref stop", "signal_handler_disconnect stop"}));
+    }
+
+    void picturesFlowWhenTheRecordingIsSetUp()
+    {
+        QVERIFY(!obs_video_active());
+        setup(0);
+        QVERIFY(obs_video_active());
+        obsspy::clear();
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QVERIFY(!obsspy::calls().contains("obs_add_raw_video_callback"));
+    }
+
+    void picturesFlowAgainAtTheStartWhenTheVideoWasResetAfterTheSetUp()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+        QVERIFY(!obs_video_active());
+        obsspy::clear();
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QVERIFY(obsspy::calls().indexOf("obs_add_raw_video_callback") >= 0);
+        QVERIFY(obsspy::calls().indexOf("obs_add_raw_video_callback") < obsspy::calls().indexOf("obs_output_start"));
+        // From the line that the engine has now.
+        QCOMPARE(obs_output_video(standins::currentOutput()), obs_get_video());
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+    }
+
+    void picturesFlowThoughTheLastRecordingsEndArrivesAfterTheSetUp()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR); }).join();
+        setup(1);
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        m_wrapper->requestRecordingEnd();
+        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
     }
 
     void stopEndsWithStatusTwoAndDropsTheOutput()
@@ -278,6 +371,60 @@ private slots:
         QVERIFY(standins::events().contains("force stop output"));
         QVERIFY(!standins::events().contains("stop output"));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void stopAfterARecordingThatEndedByItselfSignalsNothing()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR); }).join();
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QVERIFY(!m_wrapper->isRecording());
+        QVERIFY(!m_wrapper->isPaused());
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void stopHandlerIsTakenOffByTheEndItself()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        obsspy::clear();
+        signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR);
+        QCOMPARE(obsspy::calls(), QStringList{"signal_handler_disconnect stop"});
+        obsspy::clear();
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QVERIFY(!obsspy::calls().contains("signal_handler_disconnect stop"));
+    }
+
+    void engineIsIdleAfterARecordingThatEndedByItself()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QVERIFY(obs_video_active());
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_NO_SPACE); }).join();
+        QTRY_VERIFY(!obs_video_active());
+    }
+
+    void startInsideTheSignalOfTheEndIsRefused()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        int result = 0;
+        connect(
+            m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(),
+            [this, &result](int) {
+                setup(1);
+                result = m_wrapper->startRecording();
+            },
+            Qt::DirectConnection);
+        MessageCapture log;
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QCOMPARE(result, -1);
+        QCOMPARE(log.texts(QtWarningMsg).size(), 1);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QVERIFY(!m_wrapper->isRecording());
     }
 
     void stopWithoutOutputOnlyClearsTheFlags()
@@ -351,6 +498,44 @@ private slots:
         setup(0);
         QCOMPARE(m_wrapper->startRecording(), -1);
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void stopWhileItsHandlerIsBeingConnectedEndsWithStatusTwoOnce_data()
+    {
+        QTest::addColumn<int>("stopAfterMs");
+        QTest::newRow("before") << 30;
+        QTest::newRow("at the same moment") << 100;
+        QTest::newRow("after") << 130;
+    }
+
+    void stopWhileItsHandlerIsBeingConnectedEndsWithStatusTwoOnce()
+    {
+        QFETCH(const int, stopAfterMs);
+        std::thread disk;
+        behaviour().duringStart = [&disk, stopAfterMs](obs_output_t* output) {
+            disk = std::thread([output, stopAfterMs] {
+                QThread::msleep(static_cast<unsigned long>(stopAfterMs));
+                signalStop(output, OBS_OUTPUT_NO_SPACE);
+            });
+        };
+        setup(0);
+        obsspy::delaySecondStopConnection(100);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        disk.join();
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QVERIFY(!m_wrapper->isRecording());
+        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
+        QTest::qWait(50);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void failingStartKeepsTheReasonOfItsStop()
+    {
+        behaviour().outputStarts = false;
+        behaviour().duringStart = [](obs_output_t* output) { signalStop(output, OBS_OUTPUT_NO_SPACE); };
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), -1);
+        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
     }
 
     void outputThatStopsByItselfEndsWithStatusTwoOnce()
@@ -498,6 +683,51 @@ private slots:
         QVERIFY(m_wrapper->recordedFrames() > atRequest);
     }
 
+    void onlyTheFirstRequestOfTheEndCounts()
+    {
+        setup(5);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        // Sound reaches the end a certain time after it: put off by a second request, it would not be reached here.
+        m_wrapper->requestRecordingEnd();
+        QTRY_VERIFY(m_wrapper->isRecordingEndReached());
+        m_wrapper->requestRecordingEnd();
+        QVERIFY(m_wrapper->isRecordingEndReached());
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+    }
+
+    void endMayBeRequestedWhileTheFileIsBeingOpened()
+    {
+        behaviour().duringStart = [this](obs_output_t*) { m_wrapper->requestRecordingEnd(); };
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        obs_output_t* output = standins::currentOutput();
+        // The pictures that pass now never reach the encoder.
+        QTest::qWait(500);
+        QVERIFY(!m_wrapper->isRecordingEndReached());
+        QVERIFY(obs_output_begin_data_capture(output, 0));
+        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
+        QVERIFY(m_wrapper->recordedFrames() > static_cast<quint64>(m_wrapper->encoderDelayFrames()));
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void endIsReachedOnlyWhenALaggingEncoderHasCaughtUp()
+    {
+        behaviour().encodeMs = 100;
+        setup(1);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(standins::encodedPictures().size() > 3);
+        const std::uint64_t requestNs = os_gettime_ns();
+        m_wrapper->requestRecordingEnd();
+        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
+        const std::vector<std::uint64_t> encoded = standins::encodedPictures();
+        const auto after =
+            std::count_if(encoded.begin(), encoded.end(), [requestNs](auto taken) { return taken >= requestNs; });
+        QVERIFY2(after > m_wrapper->encoderDelayFrames(), qPrintable(QString::number(after)));
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+    }
+
     void endOfSoundOnlyIsReachedByTheSound()
     {
         setup(5);
@@ -541,9 +771,11 @@ private slots:
                                    "obs_source_release Computer_Monitor_Capture",
                                    "obs_source_release Default Desktop Audio",
                                    "obs_source_release Default Mic/Aux",
+                                   "obs_get_output_source 0",
                                    "obs_set_output_source 0 nothing",
-                                   "obs_set_output_source 1 nothing",
-                                   "obs_set_output_source 2 nothing"};
+                                   "obs_source_release Fade",
+                                   "obs_get_output_source 1",
+                                   "obs_get_output_source 2"};
         QCOMPARE(obsspy::calls().join(QLatin1Char('\n')), expected.join(QLatin1Char('\n')));
         QVERIFY(obs_initialized());
         for (const char* const kind : {"monitor_capture", "wasapi_input_capture", "wasapi_output_capture"})

@@ -249,7 +249,8 @@ private slots:
         QVERIFY(!m_engine->isRecording());
         QCOMPARE(m_engine->endReason().code, OBS_OUTPUT_CONNECT_FAILED);
         QVERIFY(
-            describe(m_engine->endReason()).startsWith(QLatin1String("the file could not be opened for writing (")));
+            describe(m_engine->endReason()).startsWith(QLatin1String("the file could not be opened for writing, ")));
+        QVERIFY(!m_engine->endReason().text.isEmpty());
     }
 
     void fullDiskEndsWithStatusTwoOnceAndAReason()

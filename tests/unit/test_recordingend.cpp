@@ -14,7 +14,7 @@ private slots:
 
         QTest::newRow("asked for") << 0 << "the recording was ended as asked";
         QTest::newRow("bad path") << -1 << "the path of the file is not valid";
-        QTest::newRow("not opened") << -2 << "the file could not be opened for writing";
+        QTest::newRow("not opened") << -2 << "the file could not be opened for writing, or its encoder not be started";
         QTest::newRow("refused") << -3 << "the file was refused as not valid";
         QTest::newRow("not written") << -4 << "the file could not be written";
         QTest::newRow("went away") << -5 << "the place where the file is written went away";
@@ -33,7 +33,8 @@ private slots:
     void outputsOwnWordsFollowInBrackets()
     {
         QCOMPARE(describe({-2, QStringLiteral("Couldn't open 'x'")}),
-                 QStringLiteral("the file could not be opened for writing (Couldn't open 'x')"));
+                 QStringLiteral("the file could not be opened for writing, or its encoder not be started "
+                                "(Couldn't open 'x')"));
     }
 };
 
