@@ -7,10 +7,13 @@
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 
 using standins::behaviour;
@@ -19,31 +22,53 @@ namespace {
 
 using LevelArray = std::array<float, ObsWrapper::kLevelChannels>;
 
-/// The magnitudes of the level signals, copied while they are valid.
+/// The three arrays of a level signal.
+struct LevelSignal
+{
+    LevelArray magnitude{};
+    LevelArray peak{};
+    LevelArray inputPeak{};
+
+    bool operator==(const LevelSignal&) const = default;
+};
+
+/// The level signals, copied while they are valid, and the order they came in.
 struct LevelNotes
 {
-    QList<LevelArray> microphone;
-    QList<LevelArray> desktop;
+    QList<LevelSignal> microphone;
+    QList<LevelSignal> desktop;
+    /// 'd' for the desktop, 'm' for the microphone.
+    QByteArray order;
+
+    void clear()
+    {
+        microphone.clear();
+        desktop.clear();
+        order.clear();
+    }
 
     explicit LevelNotes(ObsWrapper& wrapper)
     {
         QObject::connect(&wrapper, &ObsWrapper::micVolumeDataChange, &context,
                          [this](const float* magnitude, const float* peak, const float* inputPeak) {
-                             microphone << sum(magnitude, peak, inputPeak);
+                             microphone << copy(magnitude, peak, inputPeak);
+                             order += 'm';
                          });
         QObject::connect(&wrapper, &ObsWrapper::playerVolumeDataChange, &context,
                          [this](const float* magnitude, const float* peak, const float* inputPeak) {
-                             desktop << sum(magnitude, peak, inputPeak);
+                             desktop << copy(magnitude, peak, inputPeak);
+                             order += 'd';
                          });
     }
 
 private:
-    static LevelArray sum(const float* magnitude, const float* peak, const float* inputPeak)
+    static LevelSignal copy(const float* magnitude, const float* peak, const float* inputPeak)
     {
-        LevelArray result{};
-        for (std::size_t i = 0; i < result.size(); ++i)
-            result.at(i) = magnitude[i] + peak[i] + inputPeak[i];
-        return result;
+        LevelSignal signal;
+        std::copy_n(magnitude, signal.magnitude.size(), signal.magnitude.begin());
+        std::copy_n(peak, signal.peak.size(), signal.peak.begin());
+        std::copy_n(inputPeak, signal.inputPeak.size(), signal.inputPeak.begin());
+        return signal;
     }
 
     QObject context;
@@ -76,7 +101,15 @@ QString nameOnChannel(uint32_t channel)
     return name;
 }
 
-constexpr LevelArray kSilence{};
+constexpr LevelSignal kSilence{};
+
+/// Waits for a signal of the tone that playTone() plays: an array of its own for each of the three levels.
+bool hasTone(const LevelSignal& signal)
+{
+    const float magnitude = signal.magnitude.at(0);
+    return magnitude < 0.0F && std::isfinite(magnitude) && signal.peak.at(0) < 0.0F &&
+           std::isfinite(signal.peak.at(0)) && signal.inputPeak.at(0) < 0.0F && std::isfinite(signal.inputPeak.at(0));
+}
 
 } // namespace
 
@@ -169,9 +202,18 @@ private slots:
         obs_source_release(transition);
     }
 
-    void setupSceneForAWindow()
+    void everyCaptureTypeButOneIsAWindow_data()
     {
-        QCOMPARE(m_wrapper->setupScene(2), 0);
+        QTest::addColumn<int>("captureType");
+        QTest::newRow("2") << 2;
+        QTest::newRow("0") << 0;
+        QTest::newRow("-1") << -1;
+    }
+
+    void everyCaptureTypeButOneIsAWindow()
+    {
+        QFETCH(const int, captureType);
+        QCOMPARE(m_wrapper->setupScene(captureType), 0);
         QCOMPARE(standins::countOf("create window_capture as Window_Capture"), 1);
         QCOMPARE(standins::countOf("create monitor_capture as Computer_Monitor_Capture"), 0);
     }
@@ -215,10 +257,27 @@ private slots:
         // The channels still hold the sources of the first time.
         QVERIFY(calls.filter("obs_source_create").isEmpty());
         QCOMPARE(nameOnChannel(2), first);
-        QCOMPARE(calls.filter("obs_fader_create").size(), 2);
-        QCOMPARE(calls.filter("obs_volmeter_create").size(), 2);
         // Callbacks leave the old meters before those go.
-        QVERIFY(calls.indexOf("obs_volmeter_remove_callback") < calls.indexOf("obs_volmeter_destroy"));
+        const QStringList ofMeters{"obs_volmeter_remove_callback",
+                                   "obs_volmeter_remove_callback",
+                                   "obs_fader_destroy",
+                                   "obs_fader_create 2",
+                                   "obs_volmeter_destroy",
+                                   "obs_volmeter_create 2",
+                                   "obs_fader_destroy",
+                                   "obs_fader_create 2",
+                                   "obs_volmeter_destroy",
+                                   "obs_volmeter_create 2",
+                                   "obs_fader_add_callback",
+                                   "obs_volmeter_add_callback",
+                                   "obs_fader_add_callback",
+                                   "obs_volmeter_add_callback",
+                                   "obs_fader_attach_source Default Mic/Aux",
+                                   "obs_volmeter_attach_source Default Mic/Aux",
+                                   "obs_fader_attach_source Default Desktop Audio",
+                                   "obs_volmeter_attach_source Default Desktop Audio"};
+        static const QRegularExpression meter(QStringLiteral("^obs_(fader|volmeter)_"));
+        QCOMPARE(calls.filter(meter).join(QLatin1Char('\n')), ofMeters.join(QLatin1Char('\n')));
     }
 
     void targetsOfTheMonitorListAreTexts()
@@ -247,6 +306,18 @@ private slots:
         const QJsonObject settings = standins::lastSettings("monitor_capture");
         QCOMPARE(settings.value("monitor"), QJsonValue(1));
         QVERIFY(!settings.contains("monitor_id"));
+    }
+
+    void ofEqualNamesTheFirstIsTaken()
+    {
+        behaviour().monitors = {{"Other", "\\\\.\\other"}, {"Same", "\\\\.\\first"}, {"Same", "\\\\.\\second"}};
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->refreshCaptureTargets(false);
+        QVERIFY(m_wrapper->setCaptureTarget("Same", 1, false, 0, 0, 0, 0));
+        m_wrapper->setCaptureCursor(true);
+        waitForUpdates();
+        QCOMPARE(standins::lastSettings("monitor_capture").value("monitor_id").toString(),
+                 QStringLiteral("\\\\.\\first"));
     }
 
     void refreshReplacesTheList()
@@ -457,26 +528,54 @@ private slots:
         QCOMPARE(standins::events(), QStringList{"update wasapi_input_capture"});
         QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QStringLiteral("mic-1"));
         QCOMPARE(nameOnChannel(2), QStringLiteral("Default Mic/Aux"));
+        standins::clearEvents();
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("out-1"));
+        QCOMPARE(standins::events(), QStringList{"update wasapi_output_capture"});
+        QCOMPARE(standins::lastSettings("wasapi_output_capture").value("device_id").toString(),
+                 QStringLiteral("out-1"));
     }
 
     void switchingTheMicrophoneOffEmitsOneSignalOfZeros()
     {
         QVERIFY(m_wrapper->initialize(320, 240, 30));
         LevelNotes levels(*m_wrapper);
+        playTone(2);
+        QTRY_VERIFY(!levels.microphone.isEmpty() && hasTone(levels.microphone.last()));
+        levels.clear();
         m_wrapper->setMicDevice(false, QStringLiteral("default"));
-        QCOMPARE(levels.microphone, QList<LevelArray>{kSilence});
+        QCOMPARE(levels.microphone, QList<LevelSignal>{kSilence});
         QVERIFY(levels.desktop.isEmpty());
         QCOMPARE(nameOnChannel(2), QStringLiteral("nothing"));
         QCOMPARE(nameOnChannel(1), QStringLiteral("Default Desktop Audio"));
+        // And zeros at every tick that follows.
+        QTRY_VERIFY(levels.microphone.size() > 5);
+        QCOMPARE(levels.microphone.count(kSilence), levels.microphone.size());
     }
 
     void switchingTheDesktopSoundOffEmitsOneSignalOfZeros()
     {
         QVERIFY(m_wrapper->initialize(320, 240, 30));
         LevelNotes levels(*m_wrapper);
+        playTone(1);
+        QTRY_VERIFY(!levels.desktop.isEmpty() && hasTone(levels.desktop.last()));
+        levels.clear();
         m_wrapper->setDesktopAudioDevice(false, QStringLiteral("default"));
-        QCOMPARE(levels.desktop, QList<LevelArray>{kSilence});
+        QCOMPARE(levels.desktop, QList<LevelSignal>{kSilence});
         QVERIFY(levels.microphone.isEmpty());
+        QCOMPARE(nameOnChannel(1), QStringLiteral("nothing"));
+        QTRY_VERIFY(levels.desktop.size() > 5);
+        QCOMPARE(levels.desktop.count(kSilence), levels.desktop.size());
+    }
+
+    void deviceNamedDisabledIsNoDeviceThoughEnabled()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        LevelNotes levels(*m_wrapper);
+        m_wrapper->setMicDevice(true, QStringLiteral("disabled"));
+        QCOMPARE(levels.microphone, QList<LevelSignal>{kSilence});
+        QCOMPARE(nameOnChannel(2), QStringLiteral("nothing"));
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("disabled"));
+        QCOMPARE(levels.desktop, QList<LevelSignal>{kSilence});
         QCOMPARE(nameOnChannel(1), QStringLiteral("nothing"));
     }
 
@@ -484,10 +583,38 @@ private slots:
     {
         QVERIFY(m_wrapper->initialize(320, 240, 30));
         LevelNotes levels(*m_wrapper);
-        playTone(2);
-        QTRY_VERIFY(levels.microphone.size() >= 20);
-        QVERIFY(levels.microphone.last().at(0) != 0.0F);
-        QCOMPARE(levels.desktop.size(), levels.microphone.size());
+        QTest::qWait(1000);
+        // 62 in a second; fewer on a busy machine, never many more.
+        QVERIFY2(levels.order.size() >= 2 * 40, qPrintable(QString::number(levels.order.size())));
+        QVERIFY2(levels.order.size() <= 2 * 70, qPrintable(QString::number(levels.order.size())));
+    }
+
+    void desktopLevelsComeBeforeTheMicrophonesAtEveryTick()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        LevelNotes levels(*m_wrapper);
+        QTRY_VERIFY(levels.order.size() >= 20);
+        QCOMPARE(levels.order, QByteArray("dm").repeated(levels.order.size() / 2));
+    }
+
+    void everyChannelHasLevelsOfItsOwn_data()
+    {
+        QTest::addColumn<bool>("desktop");
+        QTest::newRow("microphone") << false;
+        QTest::newRow("desktop") << true;
+    }
+
+    void everyChannelHasLevelsOfItsOwn()
+    {
+        QFETCH(const bool, desktop);
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        LevelNotes levels(*m_wrapper);
+        const QList<LevelSignal>& sounding = desktop ? levels.desktop : levels.microphone;
+        const QList<LevelSignal>& silent = desktop ? levels.microphone : levels.desktop;
+        playTone(desktop ? 1 : 2);
+        QTRY_VERIFY(!sounding.isEmpty() && hasTone(sounding.last()));
+        QVERIFY(!silent.isEmpty());
+        QCOMPARE(silent.count(kSilence), silent.size());
     }
 
     void switchedOffMicrophoneStaysAtZeroThoughItsSourceGoesOn()
@@ -502,8 +629,7 @@ private slots:
         obs_set_output_source(5, nullptr);
         obs_source_release(microphone);
         QTRY_VERIFY(levels.microphone.size() >= 10);
-        for (const LevelArray& level : levels.microphone)
-            QCOMPARE(level, kSilence);
+        QCOMPARE(levels.microphone.count(kSilence), levels.microphone.size());
     }
 
     void meterFollowsTheDeviceThatWasSwitchedOnAgain()
@@ -513,7 +639,36 @@ private slots:
         m_wrapper->setMicDevice(true, QStringLiteral("default"));
         LevelNotes levels(*m_wrapper);
         playTone(2);
-        QTRY_VERIFY(!levels.microphone.isEmpty() && levels.microphone.last().at(0) != 0.0F);
+        QTRY_VERIFY(!levels.microphone.isEmpty() && hasTone(levels.microphone.last()));
+    }
+
+    void wrapperThatGoesLeavesTheChannelsEmpty()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        m_wrapper.reset();
+        for (uint32_t channel = 0; channel < 3; ++channel)
+            QCOMPARE(nameOnChannel(channel), QStringLiteral("nothing"));
+        for (const char* const kind : {"monitor_capture", "wasapi_input_capture", "wasapi_output_capture"})
+            QCOMPARE(standins::countOf(QStringLiteral("destroy %1").arg(QLatin1String(kind))),
+                     standins::events().filter(QStringLiteral("create %1 ").arg(QLatin1String(kind))).size());
+    }
+
+    void wrapperThatGoesLeavesTheChannelsOfAnother()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        {
+            ObsWrapper other(standins::platform());
+            QVERIFY(other.initialize(320, 240, 30));
+        }
+        QCOMPARE(nameOnChannel(0), QStringLiteral("Fade"));
+        QCOMPARE(nameOnChannel(1), QStringLiteral("Desktop Audio"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("Mic/Aux"));
     }
 
     void meterAndOutputChannels()
@@ -534,6 +689,15 @@ private slots:
     {
         behaviour().captureFails = true;
         QCOMPARE(m_wrapper->setupScene(1), -3);
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+    }
+
+    void resetVideoWithASceneThatDoesNotHoldTheCaptureSourceSucceeds()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        obs_source_t* sceneSource = obs_get_source_by_name("CurrentDesktopCapture");
+        obs_sceneitem_remove(obs_scene_find_source(obs_scene_from_source(sceneSource), "Computer_Monitor_Capture"));
+        obs_source_release(sceneSource);
         QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
     }
 

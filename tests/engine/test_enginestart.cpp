@@ -6,7 +6,9 @@
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -53,11 +55,21 @@ QJsonObject play(const QString& scenario)
     ObsWrapper wrapper(platformFor(scenario));
     if (scenario.startsWith(QLatin1String("obs_")))
         obsspy::failAt(scenario);
+    if (scenario == QLatin1String("video fails, then again")) {
+        obsspy::failAt(QStringLiteral("obs_reset_video"));
+        outcome["first"] = wrapper.initialize(640, 480, 30);
+        obsspy::clear();
+    }
     if (scenario == QLatin1String("reset video first"))
         outcome["reset"] = wrapper.resetVideo(640, 480, 640, 480, 30);
     else
         outcome["initialized"] = wrapper.initialize(640, 480, 30);
     outcome["calls"] = QJsonArray::fromStringList(obsspy::calls());
+    if (scenario == QLatin1String("video fails, then again")) {
+        wrapper.setupFFmpeg(QStringLiteral("/r"), 640, 480, 30, 4, 0);
+        outcome["started"] = wrapper.startRecording();
+        outcome["scene"] = wrapper.setupScene(ObsWrapper::kCaptureMonitor);
+    }
     obsspy::failNowhere();
     if (obs_initialized()) {
         outcome["desktop"] = nameOnChannel(1);
@@ -94,7 +106,7 @@ class TestEngineStart : public QObject
     Q_OBJECT
 
 private slots:
-    void startsInTheStatedOrder()
+    void startsInThisOrder()
     {
         const QJsonObject outcome = run("whole");
         QVERIFY(outcome.value("initialized").toBool());
@@ -139,6 +151,15 @@ private slots:
         QCOMPARE(outcome.value("microphone").toString(), QStringLiteral("Default Mic/Aux"));
     }
 
+    void makesTheApplicationsFolderWhereItIsMissing()
+    {
+        const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+        QVERIFY(QDir(folder).removeRecursively());
+        QVERIFY(!QFileInfo::exists(folder));
+        QVERIFY(run("whole").value("initialized").toBool());
+        QVERIFY(QFileInfo(folder).isDir());
+    }
+
     void opensOnlyTheModulesBesideTheProgram()
     {
         QStringList opened = texts(run("whole"), "calls").filter("obs_init_module");
@@ -179,6 +200,19 @@ private slots:
         QVERIFY(texts(outcome, "calls").last().startsWith(lastCall));
     }
 
+    void secondAttemptAfterAFailedVideoResetFailsAsWell()
+    {
+        // The engine itself runs by then, and its start-up is skipped; but there is no picture line to record.
+        const QJsonObject outcome = run("video fails, then again");
+        QCOMPARE(outcome.value("first"), QJsonValue(false));
+        QCOMPARE(outcome.value("initialized"), QJsonValue(false));
+        QCOMPARE(texts(outcome, "calls"), QStringList());
+        QCOMPARE(texts(outcome, "critical"),
+                 (QStringList{"obs reset video failed!with -3", "obs create output mode failed!"}));
+        QCOMPARE(outcome.value("started"), QJsonValue(-1));
+        QCOMPARE(outcome.value("scene"), QJsonValue(-1));
+    }
+
     void failedTrackEncoderFailsTheStart()
     {
         const QJsonObject outcome = run("obs_audio_encoder_create adv_aac0");
@@ -192,8 +226,11 @@ private slots:
         QVERIFY(outcome.value("initialized").toBool());
         const QStringList critical = texts(outcome, "critical");
         QCOMPARE(critical.first(), QStringLiteral("Failed to load 5 OBS modules:"));
-        QVERIFY(critical.contains("  - Failed module: obs-ffmpeg"));
-        QVERIFY(critical.contains("[ERROR] Failed to load OBS module: obs-ffmpeg"));
+        for (const char* const name :
+             {"linux-capture", "linux-pulseaudio", "obs-ffmpeg", "obs-filters", "obs-transitions"}) {
+            QVERIFY(critical.contains(QLatin1String("  - Failed module: ") + QLatin1String(name)));
+            QVERIFY(critical.contains(QLatin1String("[ERROR] Failed to load OBS module: ") + QLatin1String(name)));
+        }
         QVERIFY(!texts(outcome, "info").contains("All OBS modules loaded successfully"));
     }
 
@@ -203,6 +240,8 @@ private slots:
         QVERIFY(outcome.value("initialized").toBool());
         QVERIFY(texts(outcome, "calls").contains("obs_load_all_modules2"));
         QVERIFY(!texts(outcome, "calls").contains("obs_find_modules2"));
+        QCOMPARE(texts(outcome, "calls").filter("obs_module_failure_info_free"),
+                 QStringList{"obs_module_failure_info_free 1"});
         const QStringList critical = texts(outcome, "critical");
         // The one that failed and the five that are not there.
         QCOMPARE(critical.first(), QStringLiteral("Failed to load 6 OBS modules:"));
