@@ -22,7 +22,6 @@ constexpr int kPlainEncoderFrames = 2;
 /// it is shown. The trial sees only the first picture, which is never late.
 constexpr int kX264LatestPlace = 2;
 
-constexpr int kStartLimitMs = 5000;
 /// An output that says that it failed to start has a few lines left to run.
 constexpr int kFailureSettleMs = 50;
 /// A picture takes milliseconds; an output must not be stopped while one is inside its encoder.
@@ -33,6 +32,7 @@ constexpr int kWriterLimitMs = 15;
 
 /// For what has to be waited for, cancelled or not.
 const std::atomic<bool> kNotCancelled{false};
+constexpr int kNoLimit = -1;
 
 /// libx264 starts three threads for two processors; each holds one picture.
 int x264ThreadFrames()
@@ -40,7 +40,7 @@ int x264ThreadFrames()
     return QThread::idealThreadCount() * 3 / 2 + 1;
 }
 
-/// Asks every millisecond until the condition holds or the time is over.
+/// Asks every millisecond until the condition holds or the time, if there is a limit to it, is over.
 template <typename Condition>
 bool waitFor(int limitMs, const std::atomic<bool>& cancelled, Condition condition)
 {
@@ -133,9 +133,9 @@ std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& 
     const ObsSignalConnection stop(obs_output_get_signal_handler(output.get()), "stop", &noteFailure, &failed);
     if (!obs_output_start(output.get()))
         return {};
-    // Not given up when cancelled: libobs cannot let go of an output that is starting.
-    const auto isDecided = [&] { return failed || obs_output_active(output.get()); };
-    if (!waitFor(kStartLimitMs, kNotCancelled, isDecided) || failed) {
+    // Never given up: libobs cannot let go of an output that is starting.
+    waitFor(kNoLimit, kNotCancelled, [&] { return failed || obs_output_active(output.get()); });
+    if (failed) {
         QThread::msleep(kFailureSettleMs);
         return {};
     }
@@ -167,7 +167,7 @@ bool EncoderDelay::cancel()
 void EncoderDelay::measure(RecordingFormat format, const FfmpegRequest& request, const video_output_info& line)
 {
     const bool busy = m_thread && m_thread->isRunning();
-    if (!hasVideo(format) || busy || isMeasured(format, request))
+    if (format != RecordingFormat::Mp4 || busy || isMeasured(format, request))
         return;
     m_thread.reset(QThread::create([this, format, request, line] {
         if (const auto frames = runEncoderTrial(format, request, line, m_cancelled))

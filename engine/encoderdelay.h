@@ -36,16 +36,18 @@ class EncoderDelay
 {
 public:
     EncoderDelay();
-    /// Waits for a trial under way to give up, at most some tens of milliseconds.
+    /// Cancels a trial that is under way.
     ~EncoderDelay();
     EncoderDelay(const EncoderDelay&) = delete;
     EncoderDelay& operator=(const EncoderDelay&) = delete;
 
-    /// Starts a trial unless the answer is known or a trial runs. A format without picture needs none.
+    /// Starts a trial unless the answer is known or a trial runs. Only MP4's encoder is put to it: the others hold back
+    /// so little that the bound serves as well.
     void measure(RecordingFormat format, const FfmpegRequest& request, const video_output_info& line);
 
     /// Ends a trial that is under way; none runs when it returns. Comes before every reset of the engine's video, which
-    /// a starting output looks at.
+    /// a starting output looks at. Waits until the trial's encoder has been opened, and until a picture inside it has
+    /// been encoded: some tens of milliseconds, and as much longer as the machine is slow.
     ///
     /// @return whether there was one
     bool cancel();

@@ -56,8 +56,6 @@ public:
     /// Disconnects, if connected, and empties the record.
     void reset();
 
-    bool isConnected() const { return m_handler != nullptr; }
-
 private:
     signal_handler_t* m_handler = nullptr;
     const char* m_signal = nullptr;

@@ -16,6 +16,8 @@
 namespace {
 
 constexpr int kLevelIntervalMs = 16;
+/// The video is reset for a recording that starts right after it; a trial would take processor time from that.
+constexpr int kRepeatTrialMs = 500;
 constexpr uint32_t kSamplesPerSecond = 48000;
 /// Any: how long the encoder looks ahead does not depend on it.
 constexpr int kTrialBitRate = 4;
@@ -90,6 +92,8 @@ ObsWrapper::ObsWrapper(CapturePlatform platform) : m_platform(std::move(platform
 {
     m_levelTimer.setInterval(kLevelIntervalMs);
     connect(&m_levelTimer, &QTimer::timeout, this, &ObsWrapper::onLevelTick);
+    m_repeatTrial.setInterval(kRepeatTrialMs);
+    connect(&m_repeatTrial, &QTimer::timeout, this, &ObsWrapper::repeatTrial);
 }
 
 ObsWrapper::~ObsWrapper()
@@ -103,7 +107,8 @@ ObsWrapper::~ObsWrapper()
     m_progress.disconnect();
     // The handler empties its own record: the record must not go while one is inside.
     m_stopHandlers.waitUntilEmpty();
-    waitUntilOutputIsSettled();
+    if (hasEndedByItself())
+        letEndedOutputRest(std::move(m_output));
 }
 
 ObsWrapper::ReleasedSources::~ReleasedSources()
@@ -133,7 +138,7 @@ bool ObsWrapper::initialize(int width, int height, int fps)
     obs_set_output_source(kDesktopChannel, m_desktopSource.get());
     m_levelTimer.start();
     // In good time for the first recording, which is never larger than this.
-    measureEncoderDelay(RecordingFormat::Mp4, {QString(), evenSize(width), evenSize(height), fps, kTrialBitRate});
+    measureEncoderDelay({QString(), evenSize(width), evenSize(height), fps, kTrialBitRate});
     return true;
 }
 
@@ -249,7 +254,7 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
     const bool trialEnded = m_encoderDelay.cancel();
     const int result = obs_reset_video(&video);
     if (trialEnded)
-        measureEncoderDelay(m_trialFormat, m_trial);
+        m_repeatTrial.start();
     if (result != OBS_VIDEO_SUCCESS)
         return result;
     // The picture line is another one now.

@@ -7,6 +7,7 @@
 #include "engine/obshandles.h"
 #include "engine/recordingend.h"
 #include "engine/recordingformat.h"
+#include "engine/restingoutputs.h"
 
 #include <QMutex>
 #include <QObject>
@@ -53,9 +54,8 @@ public:
 
     /// Gives the engine a new picture size. The captured picture is stretched over the whole output.
     ///
-    /// @return libobs' result: 0, or a negative code (the previous layout is then untouched). While a recording runs
-    /// the
-    ///         engine refuses.
+    /// @return libobs' result: 0, or a negative code (the previous layout is then untouched). The engine
+    /// refuses while a recording runs.
     int resetVideo(int srcWidth, int srcHeight, int outputWidth, int outputHeight, int fps);
 
     /// Builds transition, scene and capture source and clears channels 1 and 2; setMicDevice() and
@@ -114,7 +114,8 @@ public:
     /// @return 0 when the output started, though it may still end by itself with status 2; -1, after status 2, when not
     int startRecording();
 
-    /// Stops the output, at once when force is set, and lets go of it. Returns 0 with the file closed.
+    /// Stops the output, at once when force is set, and lets go of it. Returns 0 with the file closed; only one that
+    /// ended by itself may still be closing its file.
     ///
     /// The output throws away what its encoder holds back. To keep the end of the picture, call requestRecordingEnd()
     /// first, and this when isRecordingEndReached().
@@ -137,8 +138,8 @@ public:
     static constexpr int kRecordingEndTimeoutMs = 10000;
 
     /// How many pictures have to follow a picture before the encoder of the last setupFFmpeg() has given that one out:
-    /// measured on this computer in the background since initialize() or setupFFmpeg(), and until then a safe upper
-    /// bound (about two seconds' worth for MP4).
+    /// for MP4 measured on this computer in the background since initialize() or setupFFmpeg(), and until then a safe
+    /// upper bound (about two seconds' worth). The other formats' bound is two pictures at most.
     int encoderDelayFrames() const;
     /// Whether encoderDelayFrames() is measured.
     bool isEncoderDelayMeasured() const;
@@ -205,7 +206,8 @@ private:
     void putOnChannel(const AudioDevice& device, const QByteArray& deviceId);
     void emitLevels(MeterKind kind);
 
-    void measureEncoderDelay(RecordingFormat format, const FfmpegRequest& request);
+    void measureEncoderDelay(const FfmpegRequest& request);
+    void repeatTrial();
     bool createTrackEncoders();
     void createMixEncoders();
     void stopOutput(obs_output_t* output, bool force);
@@ -223,7 +225,7 @@ private:
     void setRecordingEnd(const RecordingEnd& end);
     bool isOutputStarting() const;
     void waitUntilOutputRuns() const;
-    void waitUntilOutputIsSettled() const;
+    void letEndedOutputRest(ObsOutputHandle output);
     static void onOutputStopped(void* wrapper, calldata_t* stopSignal);
     static void onOutputStoppedEarly(void* wrapper, calldata_t* stopSignal);
 
@@ -244,10 +246,11 @@ private:
     TargetList m_targets;
     RecordingFormat m_format = RecordingFormat::Mp4;
     FfmpegRequest m_request;
-    /// What was last put to the trial.
-    RecordingFormat m_trialFormat = RecordingFormat::Mp4;
+    /// What MP4's encoder was last put to the trial with.
     FfmpegRequest m_trial;
     EncoderDelay m_encoderDelay;
+    /// Runs after a trial was broken off, until it has been begun again.
+    QTimer m_repeatTrial;
     CaptureProgress m_progress;
     quint64 m_recordedFrames = 0;
 
@@ -271,6 +274,7 @@ private:
     ObsSourceHandle m_micSource;
     ObsSourceHandle m_desktopSource;
     ObsSourceHandle m_videoCapture;
+    RestingOutputs m_restingOutputs;
     ObsOutputHandle m_output;
     ObsSourceHandle m_transition;
     ObsSceneHandle m_scene;

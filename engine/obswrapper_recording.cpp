@@ -1,3 +1,4 @@
+#include "app/sclogger.h"
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper_p.h"
 #include "engine/pictureform.h"
@@ -22,8 +23,6 @@ constexpr size_t kArchiveMixer = 1;
 constexpr int kFirstPictureLimitMs = 1000;
 /// Opening a file and its encoders takes tens of milliseconds; an output that needs longer is not waited for.
 constexpr int kOutputStartLimitMs = 3000;
-/// An output that ended by itself still closes its file after it has said so, on a thread that libobs does not join.
-constexpr std::uint64_t kOutputSettleNs = 500'000'000;
 /// The longest block that one of the sound encoders collects (FLAC: 4608 samples of 48000 a second), twice: one block
 /// to fill, one that the encoder holds back.
 constexpr std::int64_t kSoundDelayNs = 192'000'000;
@@ -73,7 +72,7 @@ bool ObsWrapper::createOutputMode()
         waitUntilOutputRuns();
         stopOutput(m_output.get(), false);
     }
-    waitUntilOutputIsSettled();
+    letEndedOutputRest(std::move(m_output));
     m_output.reset(isVideoSetUp() ? obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr)
                                   : nullptr);
     if (!m_output) {
@@ -134,7 +133,8 @@ void ObsWrapper::setupFFmpeg(const QString& storePath, int srcWidth, int srcHeig
     obs_output_update(m_output.get(), settings.get());
     qDebug() << "FFmpeg setup completed";
     letPicturesFlow();
-    measureEncoderDelay(m_format, m_request);
+    if (m_format == RecordingFormat::Mp4)
+        measureEncoderDelay(m_request);
 }
 
 void ObsWrapper::giveOutputTheLines()
@@ -144,12 +144,19 @@ void ObsWrapper::giveOutputTheLines()
     obs_output_set_video_conversion(m_output.get(), &form);
 }
 
-void ObsWrapper::measureEncoderDelay(RecordingFormat format, const FfmpegRequest& request)
+void ObsWrapper::measureEncoderDelay(const FfmpegRequest& request)
 {
-    m_trialFormat = format;
     m_trial = request;
     if (isVideoSetUp())
-        m_encoderDelay.measure(format, request, *video_output_get_info(obs_get_video()));
+        m_encoderDelay.measure(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()));
+}
+
+void ObsWrapper::repeatTrial()
+{
+    if (isRecording())
+        return;
+    m_repeatTrial.stop();
+    measureEncoderDelay(m_trial);
 }
 
 void ObsWrapper::giveEncodersTheSound()
@@ -303,11 +310,10 @@ int ObsWrapper::stopRecording(bool force)
     if (m_output) {
         waitUntilOutputRuns();
         // Whoever hears of the end inside this call and prepares the next recording must not take this output away.
-        const ObsOutputHandle output = std::move(m_output);
+        ObsOutputHandle output = std::move(m_output);
         stopOutput(output.get(), force);
         m_recordedFrames = static_cast<quint64>(obs_output_get_total_frames(output.get()));
-        waitUntilOutputIsSettled();
-        m_endedByItselfNs = 0;
+        letEndedOutputRest(std::move(output));
     }
     m_progress.disconnect();
     m_recording = false;
@@ -333,13 +339,18 @@ void ObsWrapper::stopOutput(obs_output_t* output, bool force)
 
 void ObsWrapper::waitUntilWritten(const obs_output_t* output) const
 {
-    // A stop throws away what the encoders have given out and the disk has not taken yet.
+    // A stop throws away what the encoders have given out and the disk has not taken yet. The output counts a packet
+    // before it writes it, so a disk that is busy with one looks as quiet as one that has nothing left to do.
     constexpr int kStepMs = 10;
-    constexpr int kQuietSteps = 3;
-    constexpr int kLimitMs = 1000;
+    constexpr int kQuietSteps = 12;
+    constexpr int kLimitMs = 5000;
     std::uint64_t bytes = obs_output_get_total_bytes(output);
-    for (int waitedMs = 0, quiet = 0; quiet < kQuietSteps && waitedMs < kLimitMs && !hasEndedByItself();
-         waitedMs += kStepMs) {
+    int quiet = 0;
+    for (int waitedMs = 0; quiet < kQuietSteps && !hasEndedByItself(); waitedMs += kStepMs) {
+        if (waitedMs >= kLimitMs) {
+            SCLogger::warning(QStringLiteral("The disk is slow, the recording ends without what it has not taken yet"));
+            return;
+        }
         QThread::msleep(kStepMs);
         const std::uint64_t now = obs_output_get_total_bytes(output);
         quiet = now == bytes ? quiet + 1 : 0;
@@ -360,12 +371,11 @@ void ObsWrapper::waitUntilOutputRuns() const
         QThread::msleep(kStepMs);
 }
 
-void ObsWrapper::waitUntilOutputIsSettled() const
+void ObsWrapper::letEndedOutputRest(ObsOutputHandle output)
 {
-    const std::uint64_t ended = m_endedByItselfNs;
-    const std::uint64_t sinceNs = ended ? os_gettime_ns() - ended : kOutputSettleNs;
-    if (sinceNs < kOutputSettleNs)
-        QThread::usleep(static_cast<unsigned long>((kOutputSettleNs - sinceNs) / 1000));
+    const std::uint64_t endedNs = m_endedByItselfNs.exchange(0);
+    if (output && endedNs != 0)
+        m_restingOutputs.keep(std::move(output), endedNs);
 }
 
 void ObsWrapper::requestRecordingEnd()
