@@ -1,6 +1,7 @@
 #include "app/appidentity.h"
 #include "engine/obswrapper.h"
 #include "engine/pictureform.h"
+#include "tests/engine/enginerecordingtest.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
 #include "tests/support/messagecapture.h"
@@ -20,26 +21,8 @@
 
 using standins::behaviour;
 
-namespace {
-
-/// Signals that the output has stopped, the way a plug-in does.
-void signalStop(obs_output_t* output, int code)
-{
-    obs_output_signal_stop(output, code);
-}
-
-QList<int> statuses(const QSignalSpy& spy)
-{
-    QList<int> result;
-    for (const QList<QVariant>& arguments : spy)
-        result << arguments.first().toInt();
-    return result;
-}
-
-} // namespace
-
 /// Recording, on the real core with a stand-in for the file output.
-class TestEngineRecording : public QObject
+class TestEngineRecording : public EngineRecordingTest
 {
     Q_OBJECT
 
@@ -64,24 +47,6 @@ private slots:
         QVERIFY(standins::startCore());
         standins::registerSources();
         standins::registerOutputs();
-    }
-
-    void init()
-    {
-        behaviour() = standins::Behaviour();
-        m_wrapper = std::make_unique<ObsWrapper>(standins::platform());
-        m_status = std::make_unique<QSignalSpy>(m_wrapper.get(), &ObsWrapper::recordStatusChanged);
-        standins::clearEvents();
-        obsspy::clear();
-    }
-
-    void cleanup()
-    {
-        m_status.reset();
-        m_wrapper.reset();
-        obsspy::failNowhere();
-        obsspy::delaySecondStopConnection(0);
-        QTRY_VERIFY(!obs_video_active());
     }
 
     void createOutputModeMakesOutputAndEncodersInOrder()
@@ -339,18 +304,6 @@ private slots:
         QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
     }
 
-    void picturesFlowThoughTheLastRecordingsEndArrivesAfterTheSetUp()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR); }).join();
-        setup(1);
-        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        m_wrapper->requestRecordingEnd();
-        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
-    }
-
     void stopEndsWithStatusTwoAndDropsTheOutput()
     {
         setup(0);
@@ -371,60 +324,6 @@ private slots:
         QVERIFY(standins::events().contains("force stop output"));
         QVERIFY(!standins::events().contains("stop output"));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-    }
-
-    void stopAfterARecordingThatEndedByItselfSignalsNothing()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR); }).join();
-        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QVERIFY(!m_wrapper->isRecording());
-        QVERIFY(!m_wrapper->isPaused());
-        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-    }
-
-    void stopHandlerIsTakenOffByTheEndItself()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        obsspy::clear();
-        signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR);
-        QCOMPARE(obsspy::calls(), QStringList{"signal_handler_disconnect stop"});
-        obsspy::clear();
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QVERIFY(!obsspy::calls().contains("signal_handler_disconnect stop"));
-    }
-
-    void engineIsIdleAfterARecordingThatEndedByItself()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QVERIFY(obs_video_active());
-        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_NO_SPACE); }).join();
-        QTRY_VERIFY(!obs_video_active());
-    }
-
-    void startInsideTheSignalOfTheEndIsRefused()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        int result = 0;
-        connect(
-            m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(),
-            [this, &result](int) {
-                setup(1);
-                result = m_wrapper->startRecording();
-            },
-            Qt::DirectConnection);
-        MessageCapture log;
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QCOMPARE(result, -1);
-        QCOMPARE(log.texts(QtWarningMsg).size(), 1);
-        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QVERIFY(!m_wrapper->isRecording());
     }
 
     void stopWithoutOutputOnlyClearsTheFlags()
@@ -475,270 +374,6 @@ private slots:
         QCOMPARE(m_wrapper->endReason().text, QStringLiteral("the shelf is full"));
     }
 
-    void stopBeforeTheHandlerIsConnectedEndsWithStatusTwoOnce()
-    {
-        behaviour().duringStart = [](obs_output_t* output) {
-            obs_output_set_last_error(output, "no such folder");
-            signalStop(output, OBS_OUTPUT_CONNECT_FAILED);
-        };
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QVERIFY(!m_wrapper->isRecording());
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_CONNECT_FAILED);
-        QCOMPARE(m_wrapper->endReason().text, QStringLiteral("no such folder"));
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-    }
-
-    void stopBeforeTheHandlerIsConnectedOnAFailingStartEndsWithStatusTwoOnce()
-    {
-        behaviour().outputStarts = false;
-        behaviour().duringStart = [](obs_output_t* output) { signalStop(output, OBS_OUTPUT_ERROR); };
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), -1);
-        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-    }
-
-    void stopWhileItsHandlerIsBeingConnectedEndsWithStatusTwoOnce_data()
-    {
-        QTest::addColumn<int>("stopAfterMs");
-        QTest::newRow("before") << 30;
-        QTest::newRow("at the same moment") << 100;
-        QTest::newRow("after") << 130;
-    }
-
-    void stopWhileItsHandlerIsBeingConnectedEndsWithStatusTwoOnce()
-    {
-        QFETCH(const int, stopAfterMs);
-        std::thread disk;
-        behaviour().duringStart = [&disk, stopAfterMs](obs_output_t* output) {
-            disk = std::thread([output, stopAfterMs] {
-                QThread::msleep(static_cast<unsigned long>(stopAfterMs));
-                signalStop(output, OBS_OUTPUT_NO_SPACE);
-            });
-        };
-        setup(0);
-        obsspy::delaySecondStopConnection(100);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        disk.join();
-        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QVERIFY(!m_wrapper->isRecording());
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
-        QTest::qWait(50);
-        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-    }
-
-    void failingStartKeepsTheReasonOfItsStop()
-    {
-        behaviour().outputStarts = false;
-        behaviour().duringStart = [](obs_output_t* output) { signalStop(output, OBS_OUTPUT_NO_SPACE); };
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), -1);
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
-    }
-
-    void outputThatStopsByItselfEndsWithStatusTwoOnce()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        RecordingEnd seen;
-        connect(
-            m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(),
-            [this, &seen](int) { seen = m_wrapper->endReason(); }, Qt::DirectConnection);
-        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_NO_SPACE); }).join();
-        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        // Known before the status was signalled.
-        QCOMPARE(seen.code, OBS_OUTPUT_NO_SPACE);
-        QVERIFY(!m_wrapper->isRecording());
-        signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR);
-        QTest::qWait(50);
-        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
-    }
-
-    void statusOfAnotherThreadArrivesQueued()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QThread* receivedOn = nullptr;
-        QObject receiver;
-        connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, &receiver,
-                [&receivedOn](int) { receivedOn = QThread::currentThread(); });
-        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_SUCCESS); }).join();
-        QCOMPARE(receivedOn, static_cast<QThread*>(nullptr));
-        QTRY_COMPARE(receivedOn, thread());
-    }
-
-    void outputThatFailsWhileItsStopWaitsIsNotStoppedOnceMore()
-    {
-        // The stop waits while bytes are written; the disk is full before they all are.
-        QElapsedTimer sinceStop;
-        behaviour().bytesWritten = [&sinceStop]() -> uint64_t { return sinceStop.isValid() ? sinceStop.elapsed() : 0; };
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
-        obs_output_t* output = standins::currentOutput();
-        sinceStop.start();
-        std::thread disk([output] {
-            QThread::msleep(200);
-            signalStop(output, OBS_OUTPUT_NO_SPACE);
-        });
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        disk.join();
-        QVERIFY(!standins::events().contains("stop output"));
-        QVERIFY(!standins::events().contains("force stop output"));
-        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
-        QTest::qWait(50);
-        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-    }
-
-    void forcedStopOfAnOutputThatFailedStopsItNotOnceMore()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_NO_SPACE); }).join();
-        QCOMPARE(m_wrapper->stopRecording(true), 0);
-        QVERIFY(!standins::events().contains("force stop output"));
-        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
-    }
-
-    void nextRecordingAfterOneThatStoppedByItself()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR); }).join();
-        setup(1);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QVERIFY(m_wrapper->isRecording());
-        QCOMPARE(m_wrapper->endReason().code, 0);
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2, 0, 2}));
-    }
-
-    void receiverMayPrepareTheNextRecordingInsideTheStop()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(), [this](int status) {
-            if (status == ObsWrapper::kStatusEnded)
-                setup(1);
-        });
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QCOMPARE(standins::countOf("create output"), 2);
-        QCOMPARE(standins::countOf("destroy output"), 1);
-    }
-
-    void wrapperGoesWhileTheOutputIsStopping()
-    {
-        constexpr int kRounds = 6;
-        for (int round = 0; round < kRounds; ++round) {
-            ObsWrapper wrapper(standins::platform());
-            wrapper.setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, 1);
-            QCOMPARE(wrapper.startRecording(), 0);
-            obs_output_t* output = obs_output_get_ref(standins::currentOutput());
-            std::thread stopper([output] {
-                signalStop(output, OBS_OUTPUT_SUCCESS);
-                obs_output_release(output);
-            });
-            stopper.detach();
-        }
-        // The threads' outputs go with them.
-        QTRY_COMPARE(standins::countOf("destroy output"), kRounds);
-    }
-
-    void resetVideoWhileRecordingIsRefusedAndAfterwardsAllowed()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), OBS_VIDEO_CURRENTLY_ACTIVE);
-        QVERIFY(m_wrapper->isRecording());
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
-    }
-
-    void resetVideoAfterARecordingThatStoppedByItself()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR); }).join();
-        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QTRY_COMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
-    }
-
-    void endIsReachedOnlyAfterItWasRequestedAndEncoded()
-    {
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QTRY_VERIFY(m_wrapper->recordedFrames() > 3);
-        QVERIFY(!m_wrapper->isRecordingEndReached());
-        const quint64 atRequest = m_wrapper->recordedFrames();
-        m_wrapper->requestRecordingEnd();
-        QVERIFY(!m_wrapper->isRecordingEndReached());
-        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
-        QVERIFY(m_wrapper->recordedFrames() > atRequest + static_cast<quint64>(m_wrapper->encoderDelayFrames()));
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QVERIFY(m_wrapper->isRecordingEndReached());
-        QVERIFY(m_wrapper->recordedFrames() > atRequest);
-    }
-
-    void onlyTheFirstRequestOfTheEndCounts()
-    {
-        setup(5);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
-        // Sound reaches the end a certain time after it: put off by a second request, it would not be reached here.
-        m_wrapper->requestRecordingEnd();
-        QTRY_VERIFY(m_wrapper->isRecordingEndReached());
-        m_wrapper->requestRecordingEnd();
-        QVERIFY(m_wrapper->isRecordingEndReached());
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-    }
-
-    void endMayBeRequestedWhileTheFileIsBeingOpened()
-    {
-        behaviour().duringStart = [this](obs_output_t*) { m_wrapper->requestRecordingEnd(); };
-        setup(0);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        obs_output_t* output = standins::currentOutput();
-        // The pictures that pass now never reach the encoder.
-        QTest::qWait(500);
-        QVERIFY(!m_wrapper->isRecordingEndReached());
-        QVERIFY(obs_output_begin_data_capture(output, 0));
-        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
-        QVERIFY(m_wrapper->recordedFrames() > static_cast<quint64>(m_wrapper->encoderDelayFrames()));
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
-    }
-
-    void endIsReachedOnlyWhenALaggingEncoderHasCaughtUp()
-    {
-        behaviour().encodeMs = 100;
-        setup(1);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QTRY_VERIFY(standins::encodedPictures().size() > 3);
-        const std::uint64_t requestNs = os_gettime_ns();
-        m_wrapper->requestRecordingEnd();
-        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
-        const std::vector<std::uint64_t> encoded = standins::encodedPictures();
-        const auto after =
-            std::count_if(encoded.begin(), encoded.end(), [requestNs](auto taken) { return taken >= requestNs; });
-        QVERIFY2(after > m_wrapper->encoderDelayFrames(), qPrintable(QString::number(after)));
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-    }
-
-    void endOfSoundOnlyIsReachedByTheSound()
-    {
-        setup(5);
-        QCOMPARE(m_wrapper->startRecording(), 0);
-        QCOMPARE(m_wrapper->encoderDelayFrames(), 0);
-        m_wrapper->requestRecordingEnd();
-        QVERIFY(!m_wrapper->isRecordingEndReached());
-        QTRY_VERIFY(m_wrapper->isRecordingEndReached());
-        QCOMPARE(m_wrapper->stopRecording(false), 0);
-    }
-
     void releaseOrder()
     {
         QVERIFY(m_wrapper->initialize(320, 240, 30));
@@ -783,8 +418,6 @@ private slots:
     }
 
 private:
-    void setup(int format) { m_wrapper->setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, format); }
-
     static QJsonObject container(const char* extension, const char* mimeType)
     {
         return {{"url", QLatin1String("/r.") + QLatin1String(extension)},
@@ -822,9 +455,6 @@ private:
         settings["audio_encoder_id"] = encoderId;
         return settings;
     }
-
-    std::unique_ptr<ObsWrapper> m_wrapper;
-    std::unique_ptr<QSignalSpy> m_status;
 };
 
 int main(int argc, char** argv)

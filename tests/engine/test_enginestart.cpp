@@ -1,6 +1,7 @@
 #include "app/appidentity.h"
 #include "app/sclogger.h"
 #include "engine/obswrapper.h"
+#include "tests/engine/channels.h"
 #include "tests/engine/obsspy.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
@@ -27,14 +28,6 @@
 namespace {
 
 constexpr char kScenarioOption[] = "--scenario";
-
-QString nameOnChannel(uint32_t channel)
-{
-    obs_source_t* source = obs_get_output_source(channel);
-    QString name = source ? QString::fromUtf8(obs_source_get_name(source)) : QString();
-    obs_source_release(source);
-    return name;
-}
 
 CapturePlatform platformFor(const QString& scenario)
 {

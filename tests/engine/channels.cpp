@@ -1,0 +1,9 @@
+#include "tests/engine/channels.h"
+
+#include "engine/obshandles.h"
+
+QString nameOnChannel(std::uint32_t channel)
+{
+    const ObsSourceHandle source(obs_get_output_source(channel));
+    return source ? QString::fromUtf8(obs_source_get_name(source.get())) : QStringLiteral("nothing");
+}

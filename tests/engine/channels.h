@@ -1,0 +1,8 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+
+/// The name of the source on one of the engine's channels, or "nothing".
+QString nameOnChannel(std::uint32_t channel);

@@ -1,0 +1,375 @@
+#include "app/appidentity.h"
+#include "engine/obswrapper.h"
+#include "tests/engine/channels.h"
+#include "tests/engine/obsspy.h"
+#include "tests/engine/standins.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QTest>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+
+using standins::behaviour;
+
+namespace {
+
+using LevelArray = std::array<float, ObsWrapper::kLevelChannels>;
+
+/// The three arrays of a level signal.
+struct LevelSignal
+{
+    LevelArray magnitude{};
+    LevelArray peak{};
+    LevelArray inputPeak{};
+
+    bool operator==(const LevelSignal&) const = default;
+};
+
+/// The level signals, copied while they are valid, and the order they came in.
+struct LevelNotes
+{
+    QList<LevelSignal> microphone;
+    QList<LevelSignal> desktop;
+    /// 'd' for the desktop, 'm' for the microphone.
+    QByteArray order;
+
+    void clear()
+    {
+        microphone.clear();
+        desktop.clear();
+        order.clear();
+    }
+
+    explicit LevelNotes(ObsWrapper& wrapper)
+    {
+        QObject::connect(&wrapper, &ObsWrapper::micVolumeDataChange, &context,
+                         [this](const float* magnitude, const float* peak, const float* inputPeak) {
+                             microphone << copy(magnitude, peak, inputPeak);
+                             order += 'm';
+                         });
+        QObject::connect(&wrapper, &ObsWrapper::playerVolumeDataChange, &context,
+                         [this](const float* magnitude, const float* peak, const float* inputPeak) {
+                             desktop << copy(magnitude, peak, inputPeak);
+                             order += 'd';
+                         });
+    }
+
+private:
+    static LevelSignal copy(const float* magnitude, const float* peak, const float* inputPeak)
+    {
+        LevelSignal signal;
+        std::copy_n(magnitude, signal.magnitude.size(), signal.magnitude.begin());
+        std::copy_n(peak, signal.peak.size(), signal.peak.begin());
+        std::copy_n(inputPeak, signal.inputPeak.size(), signal.inputPeak.begin());
+        return signal;
+    }
+
+    QObject context;
+};
+
+/// A tone from the stand-in on the channel, as its plug-in would send it.
+void playTone(uint32_t channel)
+{
+    std::array<float, 480> samples{};
+    samples.fill(0.5F);
+    obs_source_audio audio{};
+    audio.data[0] = reinterpret_cast<const uint8_t*>(samples.data());
+    audio.frames = samples.size();
+    audio.speakers = SPEAKERS_MONO;
+    audio.format = AUDIO_FORMAT_FLOAT;
+    audio.samples_per_sec = 48000;
+    obs_source_t* source = obs_get_output_source(channel);
+    for (int block = 0; block < 20; ++block) {
+        audio.timestamp = static_cast<uint64_t>(block) * 10'000'000 + 1;
+        obs_source_output_audio(source, &audio);
+    }
+    obs_source_release(source);
+}
+
+constexpr LevelSignal kSilence{};
+
+/// Waits for a signal of the tone that playTone() plays: an array of its own for each of the three levels.
+bool hasTone(const LevelSignal& signal)
+{
+    const float magnitude = signal.magnitude.at(0);
+    return magnitude < 0.0F && std::isfinite(magnitude) && signal.peak.at(0) < 0.0F &&
+           std::isfinite(signal.peak.at(0)) && signal.inputPeak.at(0) < 0.0F && std::isfinite(signal.inputPeak.at(0));
+}
+
+} // namespace
+
+/// The sound devices and their levels, on the real core with stand-ins under the names of the Windows plug-ins.
+class TestEngineSound : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(standins::startCore());
+        standins::registerSources();
+        standins::registerOutputs();
+        standins::registerFadeTransition();
+    }
+
+    void init()
+    {
+        behaviour() = standins::Behaviour();
+        m_wrapper = std::make_unique<ObsWrapper>(standins::platform());
+        standins::clearEvents();
+        obsspy::clear();
+    }
+
+    void cleanup()
+    {
+        m_wrapper.reset();
+        for (uint32_t channel = 0; channel < 3; ++channel)
+            obs_set_output_source(channel, nullptr);
+        obs_wait_for_destroy_queue();
+    }
+
+    void deviceLists()
+    {
+        m_wrapper->refreshMicDevices();
+        QCOMPARE(m_wrapper->micDeviceNames(), (QStringList{"Default", "Desk microphone"}));
+        QCOMPARE(m_wrapper->micDeviceIds(), (QStringList{"default", "mic-1"}));
+        m_wrapper->refreshDesktopDevices();
+        QCOMPARE(m_wrapper->desktopDeviceNames(), (QStringList{"Default", "Headphones"}));
+        QCOMPARE(m_wrapper->desktopDeviceIds(), (QStringList{"default", "out-1"}));
+    }
+
+    void deviceWithoutIdentifierHasAnEmptyOne()
+    {
+        behaviour().microphones = {{"Nameless", nullptr}};
+        m_wrapper->refreshMicDevices();
+        QCOMPARE(m_wrapper->micDeviceIds(), QStringList{QString()});
+    }
+
+    void withoutDevicesTheListsHoldExactlyNoDeviceAndDefault()
+    {
+        behaviour().microphones.clear();
+        behaviour().speakers.clear();
+        m_wrapper->refreshMicDevices();
+        m_wrapper->refreshDesktopDevices();
+        QCOMPARE(m_wrapper->micDeviceNames(), QStringList{"No Device"});
+        QCOMPARE(m_wrapper->micDeviceIds(), QStringList{"default"});
+        QCOMPARE(m_wrapper->desktopDeviceNames(), QStringList{"No Device"});
+        QCOMPARE(m_wrapper->desktopDeviceIds(), QStringList{"default"});
+    }
+
+    void withoutDevicesSettingOneDoesNothing()
+    {
+        behaviour().microphones.clear();
+        behaviour().speakers.clear();
+        LevelNotes levels(*m_wrapper);
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        m_wrapper->setMicDevice(false, QString());
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        m_wrapper->setDesktopAudioDevice(false, QString());
+        QVERIFY(obsspy::calls().filter("obs_set_output_source").isEmpty());
+        QVERIFY(levels.microphone.isEmpty());
+        QVERIFY(levels.desktop.isEmpty());
+    }
+
+    void deviceOnAnEmptyChannelIsCreatedWithItsIdentifier()
+    {
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("Mic/Aux"));
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QStringLiteral("mic-1"));
+        QCOMPARE(standins::countOf("update wasapi_input_capture"), 0);
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("out-1"));
+        QCOMPARE(nameOnChannel(1), QStringLiteral("Desktop Audio"));
+        QCOMPARE(standins::lastSettings("wasapi_output_capture").value("device_id").toString(),
+                 QStringLiteral("out-1"));
+    }
+
+    void equalDeviceDoesNotUpdateTheSource()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        standins::clearEvents();
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        QVERIFY(standins::events().isEmpty());
+    }
+
+    void otherDeviceUpdatesTheSourceOnTheChannel()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        standins::clearEvents();
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        QCOMPARE(standins::events(), QStringList{"update wasapi_input_capture"});
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QStringLiteral("mic-1"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("Default Mic/Aux"));
+        standins::clearEvents();
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("out-1"));
+        QCOMPARE(standins::events(), QStringList{"update wasapi_output_capture"});
+        QCOMPARE(standins::lastSettings("wasapi_output_capture").value("device_id").toString(),
+                 QStringLiteral("out-1"));
+    }
+
+    void switchingTheMicrophoneOffEmitsOneSignalOfZeros()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        LevelNotes levels(*m_wrapper);
+        playTone(2);
+        QTRY_VERIFY(!levels.microphone.isEmpty() && hasTone(levels.microphone.last()));
+        levels.clear();
+        m_wrapper->setMicDevice(false, QStringLiteral("default"));
+        QCOMPARE(levels.microphone, QList<LevelSignal>{kSilence});
+        QVERIFY(levels.desktop.isEmpty());
+        QCOMPARE(nameOnChannel(2), QStringLiteral("nothing"));
+        QCOMPARE(nameOnChannel(1), QStringLiteral("Default Desktop Audio"));
+        // And zeros at every tick that follows.
+        QTRY_VERIFY(levels.microphone.size() > 5);
+        QCOMPARE(levels.microphone.count(kSilence), levels.microphone.size());
+    }
+
+    void switchingTheDesktopSoundOffEmitsOneSignalOfZeros()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        LevelNotes levels(*m_wrapper);
+        playTone(1);
+        QTRY_VERIFY(!levels.desktop.isEmpty() && hasTone(levels.desktop.last()));
+        levels.clear();
+        m_wrapper->setDesktopAudioDevice(false, QStringLiteral("default"));
+        QCOMPARE(levels.desktop, QList<LevelSignal>{kSilence});
+        QVERIFY(levels.microphone.isEmpty());
+        QCOMPARE(nameOnChannel(1), QStringLiteral("nothing"));
+        QTRY_VERIFY(levels.desktop.size() > 5);
+        QCOMPARE(levels.desktop.count(kSilence), levels.desktop.size());
+    }
+
+    void deviceNamedDisabledIsNoDeviceThoughEnabled()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        LevelNotes levels(*m_wrapper);
+        m_wrapper->setMicDevice(true, QStringLiteral("disabled"));
+        QCOMPARE(levels.microphone, QList<LevelSignal>{kSilence});
+        QCOMPARE(nameOnChannel(2), QStringLiteral("nothing"));
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("disabled"));
+        QCOMPARE(levels.desktop, QList<LevelSignal>{kSilence});
+        QCOMPARE(nameOnChannel(1), QStringLiteral("nothing"));
+    }
+
+    void levelsArriveEverySixteenMilliseconds()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        LevelNotes levels(*m_wrapper);
+        QTest::qWait(1000);
+        // 62 in a second; fewer on a busy machine, never many more.
+        QVERIFY2(levels.order.size() >= 2 * 40, qPrintable(QString::number(levels.order.size())));
+        QVERIFY2(levels.order.size() <= 2 * 70, qPrintable(QString::number(levels.order.size())));
+    }
+
+    void desktopLevelsComeBeforeTheMicrophonesAtEveryTick()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        LevelNotes levels(*m_wrapper);
+        QTRY_VERIFY(levels.order.size() >= 20);
+        QCOMPARE(levels.order, QByteArray("dm").repeated(levels.order.size() / 2));
+    }
+
+    void everyChannelHasLevelsOfItsOwn_data()
+    {
+        QTest::addColumn<bool>("desktop");
+        QTest::newRow("microphone") << false;
+        QTest::newRow("desktop") << true;
+    }
+
+    void everyChannelHasLevelsOfItsOwn()
+    {
+        QFETCH(const bool, desktop);
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        LevelNotes levels(*m_wrapper);
+        const QList<LevelSignal>& sounding = desktop ? levels.desktop : levels.microphone;
+        const QList<LevelSignal>& silent = desktop ? levels.microphone : levels.desktop;
+        playTone(desktop ? 1 : 2);
+        QTRY_VERIFY(!sounding.isEmpty() && hasTone(sounding.last()));
+        QVERIFY(!silent.isEmpty());
+        QCOMPARE(silent.count(kSilence), silent.size());
+    }
+
+    void switchedOffMicrophoneStaysAtZeroThoughItsSourceGoesOn()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        obs_source_t* microphone = obs_get_output_source(2);
+        m_wrapper->setMicDevice(false, QString());
+        LevelNotes levels(*m_wrapper);
+        // What a microphone does that is not on its channel any more.
+        obs_set_output_source(5, microphone);
+        playTone(5);
+        obs_set_output_source(5, nullptr);
+        obs_source_release(microphone);
+        QTRY_VERIFY(levels.microphone.size() >= 10);
+        QCOMPARE(levels.microphone.count(kSilence), levels.microphone.size());
+    }
+
+    void meterFollowsTheDeviceThatWasSwitchedOnAgain()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        m_wrapper->setMicDevice(false, QString());
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        LevelNotes levels(*m_wrapper);
+        playTone(2);
+        QTRY_VERIFY(!levels.microphone.isEmpty() && hasTone(levels.microphone.last()));
+    }
+
+    void wrapperThatGoesLeavesTheChannelsEmpty()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        m_wrapper.reset();
+        for (uint32_t channel = 0; channel < 3; ++channel)
+            QCOMPARE(nameOnChannel(channel), QStringLiteral("nothing"));
+        for (const char* const kind : {"monitor_capture", "wasapi_input_capture", "wasapi_output_capture"})
+            QCOMPARE(standins::countOf(QStringLiteral("destroy %1").arg(QLatin1String(kind))),
+                     standins::events().filter(QStringLiteral("create %1 ").arg(QLatin1String(kind))).size());
+    }
+
+    void wrapperThatGoesLeavesTheChannelsOfAnother()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        {
+            ObsWrapper other(standins::platform());
+            QVERIFY(other.initialize(320, 240, 30));
+        }
+        QCOMPARE(nameOnChannel(0), QStringLiteral("Fade"));
+        QCOMPARE(nameOnChannel(1), QStringLiteral("Desktop Audio"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("Mic/Aux"));
+    }
+
+    void meterAndOutputChannels()
+    {
+        QCOMPARE(m_wrapper->micMeterChannels(), 0);
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        QCOMPARE(m_wrapper->audioOutputChannels(), 2);
+        QVERIFY(m_wrapper->micMeterChannels() <= ObsWrapper::kLevelChannels);
+        playTone(2);
+        playTone(1);
+        QVERIFY(m_wrapper->micMeterChannels() > 0);
+        QVERIFY(m_wrapper->desktopMeterChannels() > 0);
+    }
+
+private:
+    std::unique_ptr<ObsWrapper> m_wrapper;
+};
+
+int main(int argc, char** argv)
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    TestEngineSound test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_enginesound.moc"
