@@ -86,7 +86,7 @@ function(kestrano_add_test name)
   endif()
   if(arg_KIND STREQUAL "unit")
     add_test(NAME ${name} COMMAND ${name})
-    list(APPEND environment "QT_QPA_PLATFORM=offscreen")
+    list(APPEND environment "QT_QPA_PLATFORM=offscreen" "DISPLAY=")
   else()
     add_test(NAME ${name} COMMAND "${PROJECT_SOURCE_DIR}/tools/private-desktop" ${arg_DESKTOP_ARGS} --
                                   $<TARGET_FILE:${name}>)

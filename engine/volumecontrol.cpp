@@ -1,0 +1,153 @@
+#include "engine/volumecontrol.h"
+
+#include <QMutexLocker>
+#include <QPainter>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr int kRepaintIntervalMs = 40;
+/// The frame's share of the width, on both sides together.
+constexpr int kFrameWidthPx = 4;
+/// Up to this width there is nothing but the frame.
+constexpr int kNarrowestRowPx = 10;
+constexpr int kGapPx = 3;
+/// A segment and its gap, at the narrowest.
+constexpr int kSegmentStepPx = 6;
+constexpr double kSilentDb = -60.0;
+constexpr double kQuietDb = -40.0;
+constexpr float kFrameRadius = 4.0F;
+constexpr float kSegmentRadius = 1.0F;
+
+/// Truncates towards zero; what does not fit is the nearest value that does.
+int saturated(float value)
+{
+    if (value >= 2147483648.0F)
+        return std::numeric_limits<int>::max();
+    if (value < -2147483648.0F)
+        return std::numeric_limits<int>::min();
+    return static_cast<int>(value);
+}
+
+/// The colour of a lit segment; place is its position in the row, from 0 to 1.
+QColor litColor(float place)
+{
+    if (place < 0.5F)
+        return QColor(89, 103, 242).lighter(static_cast<int>(place * 40.0F + 100.0F));
+    if (place < 0.75F)
+        return QColor(76, 175, 80).lighter(static_cast<int>((place - 0.5F) * 60.0F + 100.0F));
+    return QColor(255, 152, 0).darker(static_cast<int>((place - 0.75F) * 100.0F + 100.0F));
+}
+
+} // namespace
+
+VolumeControl::VolumeControl(QWidget* parent) : QWidget(parent)
+{
+    m_repaintTimer.setInterval(kRepaintIntervalMs);
+    m_repaintTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_repaintTimer, &QTimer::timeout, this, qOverload<>(&QWidget::update));
+    m_repaintTimer.start();
+}
+
+VolumeControl::~VolumeControl()
+{
+    m_repaintTimer.stop();
+}
+
+void VolumeControl::setLevels(const float* magnitudeDb, const float* peakDb, const float* inputPeakDb)
+{
+    const QMutexLocker locker(&m_levelLock);
+    std::copy_n(magnitudeDb, kMaxChannels, m_magnitude.begin());
+    std::copy_n(peakDb, kMaxChannels, m_peak.begin());
+    std::copy_n(inputPeakDb, kMaxChannels, m_inputPeak.begin());
+}
+
+void VolumeControl::resetLevels()
+{
+    const QMutexLocker locker(&m_levelLock);
+    m_magnitude.fill(0.0F);
+    m_peak.fill(0.0F);
+    m_inputPeak.fill(0.0F);
+    update();
+}
+
+void VolumeControl::setActive(bool active)
+{
+    m_active = active;
+    update();
+}
+
+void VolumeControl::setFillFromMinimum(bool fill)
+{
+    m_fillFromMinimum = fill;
+}
+
+void VolumeControl::setChannelCount(int count)
+{
+    m_channelCount = std::min(count, kMaxChannels);
+}
+
+void VolumeControl::setAudioChannelCount(int count)
+{
+    m_audioChannelCount = count;
+}
+
+void VolumeControl::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    paintFrame(painter);
+    if (width() > kNarrowestRowPx)
+        paintSegments(painter);
+}
+
+void VolumeControl::paintFrame(QPainter& painter) const
+{
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(40, 40, 46));
+    painter.drawRoundedRect(rect(), kFrameRadius, kFrameRadius);
+    painter.setPen(QPen(QColor(30, 30, 30), 1.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(rect().adjusted(0, 0, -1, -1), kFrameRadius, kFrameRadius);
+}
+
+void VolumeControl::paintSegments(QPainter& painter) const
+{
+    const int count = (width() + kGapPx) / kSegmentStepPx;
+    const float segmentWidth = static_cast<float>(width() - (count - 1) * kGapPx) / static_cast<float>(count);
+    const auto draw = [&](int index, const QColor& color) {
+        painter.setBrush(color);
+        const double left = static_cast<double>(static_cast<float>(index) * (segmentWidth + kGapPx));
+        painter.drawRoundedRect(QRectF(left, 2.0, segmentWidth, height() - 3), kSegmentRadius, kSegmentRadius);
+    };
+    painter.setPen(Qt::NoPen);
+    for (int segment = 0; segment < count; ++segment)
+        draw(segment, QColor(57, 57, 61));
+    const int lit = litSegmentCount(count);
+    for (int segment = 0; segment < lit; ++segment)
+        draw(segment, litColor(static_cast<float>(segment) / static_cast<float>(count)));
+}
+
+/// The length of the lit bar, in logical pixels, within the frame.
+int VolumeControl::barLengthPx(double magnitudeDb) const
+{
+    const int innerWidth = width() - kFrameWidthPx;
+    const qint64 raw = saturated(static_cast<float>(innerWidth / m_minimumLevelDb * magnitudeDb));
+    return static_cast<int>(std::clamp<qint64>(m_fillFromMinimum ? innerWidth - raw : raw, 0, innerWidth));
+}
+
+int VolumeControl::litSegmentCount(int segmentCount) const
+{
+    const double magnitudeDb = m_magnitude[0];
+    const bool isReset = magnitudeDb == 0.0 && m_peak[0] == 0.0F && m_inputPeak[0] == 0.0F;
+    if (!m_active || isReset || magnitudeDb <= kSilentDb)
+        return 0;
+    const int candidate = std::min(barLengthPx(magnitudeDb) / kSegmentStepPx, segmentCount);
+    if (magnitudeDb > kQuietDb)
+        return candidate;
+    // Between silent and quiet the row fades in instead of jumping.
+    const double share = (magnitudeDb - kSilentDb) / (kQuietDb - kSilentDb);
+    return std::max(1, static_cast<int>(static_cast<float>(candidate * share)));
+}

@@ -1,0 +1,113 @@
+#include "overlays/areaselector.h"
+
+#include "platform/compositing.h"
+
+#include <QDebug>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+
+#include <algorithm>
+
+namespace {
+
+constexpr QColor kVeil(0, 0, 0, 100);
+constexpr QColor kSelection(255, 255, 255, 50);
+constexpr int kOutlinePx = 2;
+
+QPixmap picture(QScreen& screen, const QWidget& window)
+{
+    const QRect geometry = window.geometry().translated(-screen.geometry().topLeft());
+    return screen.grabWindow(0, geometry.x(), geometry.y(), geometry.width(), geometry.height());
+}
+
+} // namespace
+
+AreaSelector::AreaSelector(QWidget* parent) : QWidget(parent)
+{
+    setAttribute(Qt::WA_TranslucentBackground);
+    setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    setGeometry(QGuiApplication::primaryScreen()->geometry());
+    setCursor(Qt::CrossCursor);
+}
+
+AreaSelector::~AreaSelector() = default;
+
+/// Both corners are inside it, whichever way the drag goes; QRect::normalized() would leave them out of one that goes
+/// up or to the left.
+QRect AreaSelector::dragged() const
+{
+    const QPoint topLeft(std::min(m_startPoint.x(), m_currentPoint.x()),
+                         std::min(m_startPoint.y(), m_currentPoint.y()));
+    const QPoint bottomRight(std::max(m_startPoint.x(), m_currentPoint.x()),
+                             std::max(m_startPoint.y(), m_currentPoint.y()));
+    return {topLeft, bottomRight};
+}
+
+void AreaSelector::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_selecting = true;
+    m_startPoint = m_currentPoint = event->position().toPoint();
+    setCursor(Qt::CrossCursor);
+    update();
+}
+
+void AreaSelector::mouseMoveEvent(QMouseEvent* event)
+{
+    if (!m_selecting)
+        return;
+    m_currentPoint = event->position().toPoint();
+    update();
+}
+
+void AreaSelector::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || !m_selecting)
+        return;
+    m_selecting = false;
+    m_selectedRect = dragged();
+    qDebug() << "Selected Area - X:" << m_selectedRect.x() << "Y:" << m_selectedRect.y()
+             << "Width:" << m_selectedRect.width() << "Height:" << m_selectedRect.height();
+    QGuiApplication::restoreOverrideCursor();
+    update();
+    emit areaSelected(m_selectedRect);
+}
+
+void AreaSelector::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        QGuiApplication::restoreOverrideCursor();
+        hide();
+    }
+    QWidget::keyPressEvent(event);
+}
+
+/// Comes before the window is on the screen.
+void AreaSelector::showEvent(QShowEvent* event)
+{
+    m_backdrop = platform::isCompositing() ? QPixmap() : picture(*screen(), *this);
+    QWidget::showEvent(event);
+}
+
+void AreaSelector::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    if (!m_backdrop.isNull())
+        painter.drawPixmap(0, 0, m_backdrop);
+    painter.fillRect(rect(), kVeil);
+    if (m_selecting)
+        paintSelection(painter);
+}
+
+void AreaSelector::paintSelection(QPainter& painter) const
+{
+    const QRect selection = dragged();
+    painter.fillRect(selection, kSelection);
+    painter.setPen(QPen(Qt::white, kOutlinePx, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    painter.drawRect(selection);
+    painter.drawText(selection.center(), QStringLiteral("%1 x %2").arg(selection.width()).arg(selection.height()));
+}

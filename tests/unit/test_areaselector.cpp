@@ -1,0 +1,190 @@
+#include "overlays/areaselector.h"
+#include "tests/support/messagecapture.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+QImage pictureOf(QWidget& widget)
+{
+    QImage picture(widget.size(), QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    widget.render(&picture, QPoint(), QRegion(), QWidget::RenderFlags());
+    return picture;
+}
+
+QImage veil(const QSize& size)
+{
+    QImage picture(size, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter(&picture).fillRect(QRect(QPoint(), size), QColor(0, 0, 0, 100));
+    return picture;
+}
+
+void press(QWidget& widget, Qt::MouseButton button, const QPoint& place)
+{
+    QTest::mousePress(&widget, button, Qt::NoModifier, place);
+}
+
+void release(QWidget& widget, Qt::MouseButton button, const QPoint& place)
+{
+    QTest::mouseRelease(&widget, button, Qt::NoModifier, place);
+}
+
+} // namespace
+
+class TestAreaSelector : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup()
+    {
+        while (QGuiApplication::overrideCursor() != nullptr)
+            QGuiApplication::restoreOverrideCursor();
+    }
+
+    void coversThePrimaryScreenOnly()
+    {
+        const AreaSelector selector;
+        QCOMPARE(selector.geometry(), QGuiApplication::primaryScreen()->geometry());
+        QVERIFY(selector.testAttribute(Qt::WA_TranslucentBackground));
+        QCOMPARE(selector.windowFlags() & ~Qt::Window, Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        QCOMPARE(selector.windowType(), Qt::Window);
+        QCOMPARE(selector.cursor().shape(), Qt::CrossCursor);
+    }
+
+    void aDragReportsItsRectangleOnce_data()
+    {
+        QTest::addColumn<QPoint>("from");
+        QTest::addColumn<QPoint>("to");
+        QTest::addColumn<QRect>("area");
+        const QRect area(QPoint(10, 20), QPoint(309, 219));
+        QTest::newRow("down to the right") << QPoint(10, 20) << QPoint(309, 219) << area;
+        QTest::newRow("up to the left") << QPoint(309, 219) << QPoint(10, 20) << area;
+        QTest::newRow("up to the right") << QPoint(10, 219) << QPoint(309, 20) << area;
+        QTest::newRow("down to the left") << QPoint(309, 20) << QPoint(10, 219) << area;
+        QTest::newRow("a click without a move") << QPoint(7, 8) << QPoint(7, 8) << QRect(7, 8, 1, 1);
+        QTest::newRow("one column, upwards") << QPoint(7, 8) << QPoint(7, 6) << QRect(7, 6, 1, 3);
+        QTest::newRow("one pixel back") << QPoint(7, 8) << QPoint(6, 7) << QRect(6, 7, 2, 2);
+    }
+
+    void aDragReportsItsRectangleOnce()
+    {
+        QFETCH(const QPoint, from);
+        QFETCH(const QPoint, to);
+        QFETCH(const QRect, area);
+        AreaSelector selector;
+        const QSignalSpy selected(&selector, &AreaSelector::areaSelected);
+        QGuiApplication::setOverrideCursor(Qt::CrossCursor);
+        selector.show();
+        press(selector, Qt::LeftButton, from);
+        QTest::mouseMove(&selector, to);
+        QCOMPARE(selected.size(), 0);
+        const MessageCapture capture;
+        release(selector, Qt::LeftButton, to);
+        QCOMPARE(selected, QList<QVariantList>{{area}});
+        QCOMPARE(capture.texts(QtDebugMsg),
+                 QStringList(QStringLiteral("Selected Area - X: %1 Y: %2 Width: %3 Height: %4")
+                                 .arg(area.x())
+                                 .arg(area.y())
+                                 .arg(area.width())
+                                 .arg(area.height())));
+        QVERIFY(QGuiApplication::overrideCursor() == nullptr);
+        QVERIFY(selector.isVisible());
+        release(selector, Qt::LeftButton, to);
+        QCOMPARE(selected.size(), 1);
+    }
+
+    void otherButtonsNeitherStartNorEnd()
+    {
+        AreaSelector selector;
+        const QSignalSpy selected(&selector, &AreaSelector::areaSelected);
+        selector.show();
+        for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton}) {
+            press(selector, button, QPoint(5, 5));
+            QTest::mouseMove(&selector, QPoint(50, 50));
+            release(selector, button, QPoint(50, 50));
+        }
+        QCOMPARE(selected.size(), 0);
+        press(selector, Qt::LeftButton, QPoint(10, 10));
+        QTest::mouseMove(&selector, QPoint(30, 30));
+        release(selector, Qt::RightButton, QPoint(30, 30));
+        QCOMPARE(selected.size(), 0);
+        release(selector, Qt::LeftButton, QPoint(30, 30));
+        QCOMPARE(selected, (QList<QVariantList>{{QRect(10, 10, 21, 21)}}));
+    }
+
+    void escapeHidesAndKeepsTheDrag()
+    {
+        AreaSelector selector;
+        const QSignalSpy selected(&selector, &AreaSelector::areaSelected);
+        QGuiApplication::setOverrideCursor(Qt::CrossCursor);
+        selector.show();
+        press(selector, Qt::LeftButton, QPoint(10, 10));
+        QTest::keyClick(&selector, Qt::Key_Escape);
+        QVERIFY(!selector.isVisible());
+        QVERIFY(QGuiApplication::overrideCursor() == nullptr);
+        QCOMPARE(selected.size(), 0);
+        selector.show();
+        QTest::mouseMove(&selector, QPoint(40, 60));
+        QVERIFY(pictureOf(selector) != veil(selector.size()));
+        QCOMPARE(pictureOf(selector).pixelColor(25, 55).value(), lightened().value());
+        press(selector, Qt::LeftButton, QPoint(100, 100));
+        QTest::mouseMove(&selector, QPoint(130, 130));
+        QCOMPARE(pictureOf(selector).pixelColor(25, 55), QColor(0, 0, 0, 100));
+        release(selector, Qt::LeftButton, QPoint(130, 130));
+        QCOMPARE(selected, (QList<QVariantList>{{QRect(100, 100, 31, 31)}}));
+    }
+
+    void otherKeysDoNothing()
+    {
+        AreaSelector selector;
+        QGuiApplication::setOverrideCursor(Qt::CrossCursor);
+        selector.show();
+        QTest::keyClick(&selector, Qt::Key_Return);
+        QVERIFY(selector.isVisible());
+        QVERIFY(QGuiApplication::overrideCursor() != nullptr);
+    }
+
+    void theRectangleShowsOnlyWhileItIsDragged()
+    {
+        AreaSelector selector;
+        selector.show();
+        QCOMPARE(pictureOf(selector), veil(selector.size()));
+        press(selector, Qt::LeftButton, QPoint(40, 30));
+        QTest::mouseMove(&selector, QPoint(239, 129));
+
+        QImage expected = veil(selector.size());
+        {
+            QPainter painter(&expected);
+            painter.setFont(selector.font());
+            const QRect area(40, 30, 200, 100);
+            painter.fillRect(area, QColor(255, 255, 255, 50));
+            painter.setPen(QPen(Qt::white, 2, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+            painter.drawRect(area);
+            painter.drawText(QPoint(139, 79), QStringLiteral("200 x 100"));
+        }
+
+        QCOMPARE(pictureOf(selector), expected);
+        release(selector, Qt::LeftButton, QPoint(239, 129));
+        QCOMPARE(pictureOf(selector), veil(selector.size()));
+    }
+
+private:
+    /// White at 50 of 255 over black at 100 of 255.
+    static QColor lightened()
+    {
+        QImage pixel = veil(QSize(1, 1));
+        QPainter(&pixel).fillRect(0, 0, 1, 1, QColor(255, 255, 255, 50));
+        return pixel.pixelColor(0, 0);
+    }
+};
+
+QTEST_MAIN(TestAreaSelector)
+#include "test_areaselector.moc"
