@@ -1,0 +1,160 @@
+#include "overlays/framegeometry.h"
+
+#include <algorithm>
+#include <array>
+
+namespace framegeometry {
+
+namespace {
+
+/// A rectangle by its edges, right and bottom included.
+struct Edges
+{
+    int left;
+    int top;
+    int right;
+    int bottom;
+
+    int width() const { return right - left; }
+    int height() const { return bottom - top; }
+    QRect rect() const { return {left, top, width(), height()}; }
+};
+
+bool movesLeft(HitArea area)
+{
+    return area == HitArea::TopLeft || area == HitArea::BottomLeft || area == HitArea::Left;
+}
+
+bool movesRight(HitArea area)
+{
+    return area == HitArea::TopRight || area == HitArea::BottomRight || area == HitArea::Right;
+}
+
+bool movesTop(HitArea area)
+{
+    return area == HitArea::TopLeft || area == HitArea::TopRight || area == HitArea::Top;
+}
+
+bool movesBottom(HitArea area)
+{
+    return area == HitArea::BottomLeft || area == HitArea::BottomRight || area == HitArea::Bottom;
+}
+
+/// Gives the frame the other dimension that belongs to the dragged one.
+void applyRatio(HitArea area, Edges& edges, const QRect& start)
+{
+    const double ratio = static_cast<double>(start.width()) / start.height();
+    const int height = static_cast<int>(edges.width() / ratio);
+    const int startBottom = start.top() + start.height();
+    if (area == HitArea::Top || area == HitArea::Bottom) {
+        const int grown = (static_cast<int>(edges.height() * ratio) - start.width()) / 2;
+        edges.left = start.left() - grown;
+        edges.right = start.left() + start.width() + grown;
+    } else if (area == HitArea::Left || area == HitArea::Right) {
+        const int grown = (height - start.height()) / 2;
+        edges.top = start.top() - grown;
+        edges.bottom = startBottom + grown;
+    } else if (movesTop(area)) {
+        edges.top = startBottom - height;
+    } else {
+        edges.bottom = start.top() + height;
+    }
+}
+
+void applyMinimum(HitArea area, Edges& edges, const QSize& minimum)
+{
+    if (edges.width() < minimum.width()) {
+        if (movesLeft(area))
+            edges.left = edges.right - minimum.width();
+        else
+            edges.right = edges.left + minimum.width();
+    }
+    if (edges.height() < minimum.height()) {
+        if (movesTop(area))
+            edges.top = edges.bottom - minimum.height();
+        else if (movesBottom(area))
+            edges.bottom = edges.top + minimum.height();
+    }
+}
+
+} // namespace
+
+HitArea hitAreaAt(const QPoint& point, const QSize& frame)
+{
+    const int right = frame.width() - kMarginPx;
+    const int bottom = frame.height() - kMarginPx;
+    const int betweenX = right - kMarginPx;
+    const int betweenY = bottom - kMarginPx;
+    struct Place
+    {
+        HitArea area = HitArea::None;
+        QRect rect;
+    };
+    const std::array<Place, 8> places{{{HitArea::TopLeft, {0, 0, kMarginPx, kMarginPx}},
+                                       {HitArea::TopRight, {right, 0, kMarginPx, kMarginPx}},
+                                       {HitArea::BottomLeft, {0, bottom, kMarginPx, kMarginPx}},
+                                       {HitArea::BottomRight, {right, bottom, kMarginPx, kMarginPx}},
+                                       {HitArea::Left, {0, kMarginPx, kMarginPx, betweenY}},
+                                       {HitArea::Right, {right, kMarginPx, kMarginPx, betweenY}},
+                                       {HitArea::Top, {kMarginPx, 0, betweenX, kMarginPx}},
+                                       {HitArea::Bottom, {kMarginPx, bottom, betweenX, kMarginPx}}}};
+    const auto* const hit =
+        std::find_if(places.begin(), places.end(), [&](const Place& place) { return place.rect.contains(point); });
+    return hit == places.end() ? HitArea::Move : hit->area;
+}
+
+bool isResize(HitArea area)
+{
+    return area >= HitArea::TopLeft && area <= HitArea::Bottom;
+}
+
+Qt::CursorShape cursorOf(HitArea area)
+{
+    switch (area) {
+    case HitArea::Drawing:
+        return Qt::CrossCursor;
+    case HitArea::TopLeft:
+    case HitArea::BottomRight:
+        return Qt::SizeFDiagCursor;
+    case HitArea::TopRight:
+    case HitArea::BottomLeft:
+        return Qt::SizeBDiagCursor;
+    case HitArea::Left:
+    case HitArea::Right:
+        return Qt::SizeHorCursor;
+    case HitArea::Top:
+    case HitArea::Bottom:
+        return Qt::SizeVerCursor;
+    case HitArea::Move:
+        return Qt::SizeAllCursor;
+    case HitArea::None:
+        break;
+    }
+    return Qt::ArrowCursor;
+}
+
+QRect resized(HitArea area, const QRect& start, const QPoint& delta, const QSize& minimum, bool lockRatio)
+{
+    if (!isResize(area))
+        return start;
+    Edges edges{start.left(), start.top(), start.left() + start.width(), start.top() + start.height()};
+    edges.left += movesLeft(area) ? delta.x() : 0;
+    edges.right += movesRight(area) ? delta.x() : 0;
+    edges.top += movesTop(area) ? delta.y() : 0;
+    edges.bottom += movesBottom(area) ? delta.y() : 0;
+    if (lockRatio)
+        applyRatio(area, edges, start);
+    applyMinimum(area, edges, minimum);
+    return edges.rect();
+}
+
+QPoint moved(const QRect& start, const QPoint& delta, const QRect& available, int extraBelowPx)
+{
+    const QPoint place = start.topLeft() + delta;
+    const int rightmost = available.left() + available.width() - start.width();
+    const int lowest = available.top() + available.height() + extraBelowPx - start.height();
+    return {std::max(available.left(), std::min(rightmost, place.x())),
+            std::max(available.top(), std::min(lowest, place.y()))};
+}
+
+} // namespace framegeometry

@@ -1,0 +1,167 @@
+#include "overlays/framegeometry.h"
+
+#include <QTest>
+
+using framegeometry::HitArea;
+
+Q_DECLARE_METATYPE(HitArea)
+
+namespace {
+
+/// 800 x 600 with its corners at (100, 100) and (900, 700).
+constexpr QRect kStart(100, 100, 800, 600);
+constexpr QSize kMinimum(200, 150);
+
+QRect byEdges(int left, int top, int right, int bottom)
+{
+    return {left, top, right - left, bottom - top};
+}
+
+} // namespace
+
+class TestFrameGeometry : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void hitAreas_data()
+    {
+        QTest::addColumn<QPoint>("point");
+        QTest::addColumn<HitArea>("area");
+        QTest::addColumn<Qt::CursorShape>("cursor");
+        const auto row = [](const char* name, const QPoint& point, HitArea area, Qt::CursorShape cursor) {
+            QTest::newRow(name) << point << area << cursor;
+        };
+        row("top left, its first pixel", {0, 0}, HitArea::TopLeft, Qt::SizeFDiagCursor);
+        row("top left, its last pixel", {9, 9}, HitArea::TopLeft, Qt::SizeFDiagCursor);
+        row("top edge begins", {10, 9}, HitArea::Top, Qt::SizeVerCursor);
+        row("left edge begins", {9, 10}, HitArea::Left, Qt::SizeHorCursor);
+        row("inside begins", {10, 10}, HitArea::Move, Qt::SizeAllCursor);
+        row("top edge ends", {189, 0}, HitArea::Top, Qt::SizeVerCursor);
+        row("top right", {190, 9}, HitArea::TopRight, Qt::SizeBDiagCursor);
+        row("right edge begins", {199, 10}, HitArea::Right, Qt::SizeHorCursor);
+        row("right edge ends", {190, 139}, HitArea::Right, Qt::SizeHorCursor);
+        row("bottom right", {190, 140}, HitArea::BottomRight, Qt::SizeFDiagCursor);
+        row("bottom edge ends", {189, 149}, HitArea::Bottom, Qt::SizeVerCursor);
+        row("bottom edge begins", {10, 140}, HitArea::Bottom, Qt::SizeVerCursor);
+        row("bottom left", {9, 149}, HitArea::BottomLeft, Qt::SizeBDiagCursor);
+        row("left edge ends", {0, 139}, HitArea::Left, Qt::SizeHorCursor);
+        row("inside ends", {189, 139}, HitArea::Move, Qt::SizeAllCursor);
+        row("outside", {-1, -1}, HitArea::Move, Qt::SizeAllCursor);
+    }
+
+    void hitAreas()
+    {
+        QFETCH(const QPoint, point);
+        QFETCH(const HitArea, area);
+        QFETCH(const Qt::CursorShape, cursor);
+        QCOMPARE(framegeometry::hitAreaAt(point, QSize(200, 150)), area);
+        QCOMPARE(framegeometry::cursorOf(area), cursor);
+    }
+
+    void otherCursors()
+    {
+        QCOMPARE(framegeometry::cursorOf(HitArea::Drawing), Qt::CrossCursor);
+        QCOMPARE(framegeometry::cursorOf(HitArea::None), Qt::ArrowCursor);
+        QCOMPARE(framegeometry::cursorOf(static_cast<HitArea>(11)), Qt::ArrowCursor);
+    }
+
+    void cornersWinInAFrameSmallerThanItsMargins()
+    {
+        QCOMPARE(framegeometry::hitAreaAt(QPoint(5, 5), QSize(12, 12)), HitArea::TopLeft);
+        QCOMPARE(framegeometry::hitAreaAt(QPoint(11, 5), QSize(12, 12)), HitArea::TopRight);
+        QCOMPARE(framegeometry::hitAreaAt(QPoint(11, 11), QSize(12, 12)), HitArea::BottomRight);
+    }
+
+    void resizing_data()
+    {
+        QTest::addColumn<HitArea>("area");
+        QTest::addColumn<QPoint>("delta");
+        QTest::addColumn<bool>("lockRatio");
+        QTest::addColumn<QRect>("expected");
+        const auto row = [](const char* name, HitArea area, const QPoint& delta, bool lockRatio,
+                            const QRect& expected) { QTest::newRow(name) << area << delta << lockRatio << expected; };
+        // Each area moves its own edges.
+        row("top left", HitArea::TopLeft, {30, -20}, false, byEdges(130, 80, 900, 700));
+        row("top right", HitArea::TopRight, {30, -20}, false, byEdges(100, 80, 930, 700));
+        row("bottom left", HitArea::BottomLeft, {30, -20}, false, byEdges(130, 100, 900, 680));
+        row("bottom right", HitArea::BottomRight, {30, -20}, false, byEdges(100, 100, 930, 680));
+        row("left", HitArea::Left, {30, -20}, false, byEdges(130, 100, 900, 700));
+        row("right", HitArea::Right, {30, -20}, false, byEdges(100, 100, 930, 700));
+        row("top", HitArea::Top, {30, -20}, false, byEdges(100, 80, 900, 700));
+        row("bottom", HitArea::Bottom, {30, -20}, false, byEdges(100, 100, 900, 680));
+        row("not at all", HitArea::BottomRight, {0, 0}, false, kStart);
+        row("moving is no resizing", HitArea::Move, {30, -20}, false, kStart);
+        row("drawing is no resizing", HitArea::Drawing, {30, -20}, false, kStart);
+        row("nothing is no resizing", HitArea::None, {30, -20}, false, kStart);
+
+        // Past the minimum, with the other edges in place.
+        row("top left past the minimum", HitArea::TopLeft, {700, 590}, false, byEdges(700, 550, 900, 700));
+        row("top right past the minimum", HitArea::TopRight, {-700, 590}, false, byEdges(100, 550, 300, 700));
+        row("bottom left past the minimum", HitArea::BottomLeft, {700, -590}, false, byEdges(700, 100, 900, 250));
+        row("bottom right past the minimum", HitArea::BottomRight, {-700, -590}, false, byEdges(100, 100, 300, 250));
+        row("bottom right past the other corner", HitArea::BottomRight, {-2000, -2000}, false,
+            byEdges(100, 100, 300, 250));
+        row("left past the minimum", HitArea::Left, {601, 0}, false, byEdges(700, 100, 900, 700));
+        row("left at the minimum", HitArea::Left, {600, 0}, false, byEdges(700, 100, 900, 700));
+        row("left before the minimum", HitArea::Left, {599, 0}, false, byEdges(699, 100, 900, 700));
+        row("right past the minimum", HitArea::Right, {-799, 0}, false, byEdges(100, 100, 300, 700));
+        row("top past the minimum", HitArea::Top, {0, 599}, false, byEdges(100, 550, 900, 700));
+        row("bottom past the minimum", HitArea::Bottom, {0, -599}, false, byEdges(100, 100, 900, 250));
+
+        // The ratio is 4 : 3. A corner's height follows its width, whatever the mouse says.
+        row("locked, top left", HitArea::TopLeft, {-80, 500}, true, byEdges(20, 40, 900, 700));
+        row("locked, top right", HitArea::TopRight, {80, 500}, true, byEdges(100, 40, 980, 700));
+        row("locked, bottom left", HitArea::BottomLeft, {-80, 500}, true, byEdges(20, 100, 900, 760));
+        row("locked, bottom right", HitArea::BottomRight, {-80, 500}, true, byEdges(100, 100, 820, 640));
+        // An edge grows both neighbours alike about the middle.
+        row("locked, left", HitArea::Left, {-80, 0}, true, byEdges(20, 70, 900, 730));
+        row("locked, right", HitArea::Right, {-80, 0}, true, byEdges(100, 130, 820, 670));
+        row("locked, top", HitArea::Top, {0, -60}, true, byEdges(60, 40, 940, 700));
+        row("locked, bottom", HitArea::Bottom, {0, -60}, true, byEdges(140, 100, 860, 640));
+        // 801 / (4 / 3) is 600.75, and half of nothing is nothing.
+        row("locked, fractions are cut off", HitArea::BottomRight, {1, 0}, true, byEdges(100, 100, 901, 700));
+        row("locked, half pixels are cut off", HitArea::Right, {2, 0}, true, byEdges(100, 100, 902, 700));
+        row("locked, left past the minimum", HitArea::Left, {640, 0}, true, byEdges(700, 340, 900, 460));
+        row("locked, bottom right past the minimum", HitArea::BottomRight, {-700, 0}, true,
+            byEdges(100, 100, 300, 250));
+    }
+
+    void resizing()
+    {
+        QFETCH(const HitArea, area);
+        QFETCH(const QPoint, delta);
+        QFETCH(const bool, lockRatio);
+        QFETCH(const QRect, expected);
+        QCOMPARE(framegeometry::resized(area, kStart, delta, kMinimum, lockRatio), expected);
+        QCOMPARE(framegeometry::isResize(area), area >= HitArea::TopLeft && area <= HitArea::Bottom);
+    }
+
+    void moving_data()
+    {
+        QTest::addColumn<QPoint>("delta");
+        QTest::addColumn<QPoint>("expected");
+        QTest::newRow("within") << QPoint(20, -30) << QPoint(120, 70);
+        QTest::newRow("past the left") << QPoint(-300, 0) << QPoint(50, 100);
+        QTest::newRow("past the top") << QPoint(0, -300) << QPoint(100, 25);
+        QTest::newRow("past the right") << QPoint(5000, 0) << QPoint(1050, 100);
+        QTest::newRow("past the bottom, by the bar's height") << QPoint(0, 5000) << QPoint(100, 455);
+    }
+
+    void moving()
+    {
+        QFETCH(const QPoint, delta);
+        QFETCH(const QPoint, expected);
+        const QRect available(50, 25, 1800, 1000);
+        QCOMPARE(framegeometry::moved(kStart, delta, available, 30), expected);
+    }
+
+    void aFrameLargerThanTheScreenStartsAtItsTopLeft()
+    {
+        const QRect available(50, 25, 640, 480);
+        QCOMPARE(framegeometry::moved(kStart, QPoint(10, 10), available, 30), QPoint(50, 25));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestFrameGeometry)
+#include "test_framegeometry.moc"
