@@ -59,6 +59,7 @@ Measurement middleOf(const std::vector<Measurement>& measurements)
     Measurement middle = good.empty() ? measurements.front() : good.front();
     for (const Column& column : kColumns) {
         std::vector<double> values;
+        values.reserve(good.size());
         for (const Measurement& measurement : good)
             values.push_back(measurement.*column.member);
         if (!values.empty())
@@ -127,6 +128,7 @@ bool measureRate(const Job& job, int repeat, QJsonArray& results)
     bool good = true;
     for (const Measure measure : {&measureProgram, &measureBareLibobs, &measureX11Grab}) {
         std::vector<Measurement> measurements;
+        measurements.reserve(static_cast<std::size_t>(repeat));
         for (int run = 0; run < repeat; ++run)
             measurements.push_back(measure(job));
         const Measurement middle = middleOf(measurements);
