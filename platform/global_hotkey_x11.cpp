@@ -75,7 +75,7 @@ QString X11Backend::take(const QKeyCombination& key)
     if (!isConnected())
         return QStringLiteral("the X server does not answer");
     m_key = key;
-    const QString trouble = grabAll();
+    QString trouble = grabAll();
     // Requests that waited for an answer may have read events along with it.
     readEvents();
     return trouble;
@@ -172,7 +172,7 @@ void X11Backend::onMappingChanged(const xcb_mapping_notify_event_t& event)
         return;
     const bool wasTaken = !m_grabs.empty();
     ungrabAll();
-    const QString trouble = grabAll();
+    QString trouble = grabAll();
     const bool isTaken = trouble.isEmpty();
     if (isTaken != wasTaken)
         QMetaObject::invokeMethod(
