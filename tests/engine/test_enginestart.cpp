@@ -86,7 +86,8 @@ int playInThisProcess(const QString& scenario, const QString& outcomePath)
 QStringList texts(const QJsonObject& outcome, const char* key)
 {
     QStringList result;
-    for (const QJsonValue& value : outcome.value(QLatin1String(key)).toArray())
+    const QJsonArray values = outcome.value(QLatin1String(key)).toArray();
+    for (const auto& value : values)
         result << value.toString();
     return result;
 }
