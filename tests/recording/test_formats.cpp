@@ -130,7 +130,7 @@ void TestFormats::checkStreams(const Expected& expected, const MediaFile& file)
     const MediaStream* const video = file.video();
     const bool screen = *expected.videoCodec != '\0';
     QCOMPARE(video != nullptr, screen || expected.hasMarkerPicture);
-    if (screen) {
+    if (video && screen) {
         QCOMPARE(video->codec, QLatin1String(expected.videoCodec));
         QCOMPARE(video->codecId, expected.videoId);
         QCOMPARE(video->size, m_screen);
@@ -199,7 +199,7 @@ void TestFormats::checkColours(const Expected& expected, const MediaFile& file)
 
 void TestFormats::checkSound(const MediaFile& file, const Take& take)
 {
-    constexpr int kSpan = testtone::kSamplesPerSecond / 1000 * kToneSpanMs;
+    constexpr qsizetype kSpan = qsizetype{testtone::kSamplesPerSecond} / 1000 * kToneSpanMs;
     const QList<float> samples = file.samples(testtone::kSamplesPerSecond);
     QVERIFY(samples.size() > 3 * kSpan);
     const qsizetype middle = samples.size() / 2;
