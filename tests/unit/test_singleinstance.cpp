@@ -26,7 +26,7 @@ using Role = SingleInstance::Role;
 namespace {
 
 /// What a user does not notice, with room for a busy machine.
-constexpr int kPromptMs = 2000;
+constexpr qint64 kPromptMs = 2000;
 constexpr int kTimeoutMs = 20'000;
 
 /// Another copy of the program that stands still, where this test program plays it (see main()).
