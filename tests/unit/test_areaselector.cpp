@@ -1,5 +1,6 @@
 #include "overlays/areaselector.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/widgetpicture.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -9,14 +10,6 @@
 #include <QTest>
 
 namespace {
-
-QImage pictureOf(QWidget& widget)
-{
-    QImage picture(widget.size(), QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::transparent);
-    widget.render(&picture, QPoint(), QRegion(), QWidget::RenderFlags());
-    return picture;
-}
 
 QImage veil(const QSize& size)
 {

@@ -1,4 +1,5 @@
 #include "overlays/scswitchwidget.h"
+#include "tests/support/widgetpicture.h"
 
 #include <QImage>
 #include <QPainter>
@@ -9,14 +10,6 @@
 namespace {
 
 constexpr int kAnimationMs = 150;
-
-QImage pictureOf(QWidget& widget)
-{
-    QImage picture(widget.size(), QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::transparent);
-    widget.render(&picture, QPoint(), QRegion(), QWidget::RenderFlags());
-    return picture;
-}
 
 /// A switch's picture: its track's place, radius and colour, and its knob's.
 QImage expectedPicture(const QSize& size, const QRect& track, int radius, const QColor& trackColor, const QRect& knob,

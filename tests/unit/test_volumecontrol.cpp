@@ -1,4 +1,5 @@
 #include "engine/volumecontrol.h"
+#include "tests/support/widgetpicture.h"
 
 #include <QImage>
 #include <QPainter>
@@ -23,14 +24,6 @@ void setFirstChannel(VolumeControl& meter, float magnitudeDb, float peakDb, floa
     levels[1][0] = peakDb;
     levels[2][0] = inputPeakDb;
     meter.setLevels(levels[0].data(), levels[1].data(), levels[2].data());
-}
-
-QImage pictureOf(QWidget& widget)
-{
-    QImage picture(widget.size(), QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::transparent);
-    widget.render(&picture, QPoint(), QRegion(), QWidget::RenderFlags());
-    return picture;
 }
 
 /// The picture of a meter of that size with the first lit of the 17 segments of a meter 100 pixels wide.
