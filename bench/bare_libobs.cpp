@@ -3,9 +3,11 @@
 // costs can be told from what libobs costs.
 //
 //   bare_libobs --output PATH_WITHOUT_EXTENSION [--format mp4|avi|flv|gif] [--seconds N]
+//   bare_libobs --idle [--seconds N]
 //
 // Prints one line for each event, with CLOCK_MONOTONIC in nanoseconds: READY, STARTED, STOP_REQUESTED, STOPPED, and
-// then FRAMES total lagged skipped, counted from the start of the recording.
+// then FRAMES total lagged skipped, counted from the start of the recording. Idle it records nothing and shows nothing:
+// READY, and the end.
 #include "tests/support/testpicture.h"
 
 #include <QCommandLineParser>
@@ -215,6 +217,18 @@ private:
     uint32_t m_firstSkipped = 0;
 };
 
+int idle(int milliseconds)
+{
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    if (!startCore(screen->size() * screen->devicePixelRatio())) {
+        std::fputs("bare_libobs: the libobs core did not start\n", stderr);
+        return EXIT_FAILURE;
+    }
+    report("READY");
+    QTimer::singleShot(milliseconds, qApp, &QCoreApplication::quit);
+    return QCoreApplication::exec();
+}
+
 int record(const Format& format, const QString& path, int milliseconds)
 {
     const QScreen* const screen = QGuiApplication::primaryScreen();
@@ -254,17 +268,19 @@ int main(int argc, char* argv[])
                                     QStringLiteral("format"), QStringLiteral("mp4"));
     const QCommandLineOption seconds(QStringLiteral("seconds"), QStringLiteral("Length of the recording."),
                                      QStringLiteral("seconds"), QStringLiteral("10"));
+    const QCommandLineOption nothing(QStringLiteral("idle"), QStringLiteral("Records nothing."));
     parser.addHelpOption();
-    parser.addOptions({output, format, seconds});
+    parser.addOptions({output, format, seconds, nothing});
     parser.process(application);
+    const int milliseconds = static_cast<int>(parser.value(seconds).toDouble() * 1000);
     const auto found = std::find_if(kFormats.begin(), kFormats.end(), [&](const Format& candidate) {
         return parser.value(format) == QLatin1String(candidate.name);
     });
-    if (found == kFormats.end() || !parser.isSet(output)) {
+    if (!parser.isSet(nothing) && (found == kFormats.end() || !parser.isSet(output))) {
         std::fputs("bare_libobs: --output and a known --format are wanted\n", stderr);
         return EXIT_FAILURE;
     }
-    const int result = record(*found, parser.value(output), static_cast<int>(parser.value(seconds).toDouble() * 1000));
+    const int result = parser.isSet(nothing) ? idle(milliseconds) : record(*found, parser.value(output), milliseconds);
     // libobs stays up to the end of the process, as it does in the program; only what has been said must be out.
     std::fflush(stdout);
     std::_Exit(result);

@@ -1,7 +1,7 @@
 // Measures the program, a bare libobs and FFmpeg's own screen capture on the display it runs on, one after the other,
 // and prints a table. tools/bench runs it on private desktops of several sizes.
 //
-//   kestrano_bench [--seconds N] [--repeat N] [--json FILE]
+//   kestrano_bench [--seconds N] [--repeat N] [--idle-seconds N] [--json FILE]
 #include "bench/recorders.h"
 #include "tests/recording/recordinghelpers.h"
 
@@ -139,6 +139,29 @@ bool measureRate(const Job& job, int repeat, QJsonArray& results)
     return good;
 }
 
+/// What the program and a bare libobs cost while they record nothing; false when one of them failed.
+bool measureIdle(int seconds, QJsonArray& results)
+{
+    std::printf("\nidle for %d s\n", seconds);
+    bool good = true;
+    for (const auto measure : {&measureIdleProgram, &measureIdleLibobs}) {
+        const IdleMeasurement measurement = measure(seconds);
+        QJsonObject object{{"process", measurement.process}};
+        if (measurement.failure.isEmpty()) {
+            std::printf("%s%6.1f %% of one core\n", qPrintable(measurement.process.leftJustified(12)),
+                        measurement.corePercent);
+            object.insert("corePercent", measurement.corePercent);
+        } else {
+            std::printf("%s: %s\n", qPrintable(measurement.process), qPrintable(measurement.failure));
+            object.insert("failure", measurement.failure);
+            good = false;
+        }
+        std::fflush(stdout);
+        results.append(object);
+    }
+    return good;
+}
+
 bool writeJson(const QString& path, const QJsonObject& object)
 {
     QFile file(path);
@@ -153,9 +176,11 @@ int main(int argc, char* argv[])
     QCommandLineParser parser;
     const QCommandLineOption seconds("seconds", "Length of each recording.", "seconds", "10");
     const QCommandLineOption repeat("repeat", "Recordings of each kind; the middle value counts.", "times", "1");
+    const QCommandLineOption idleSeconds("idle-seconds", "How long the idle program is looked at; 0 for not at all.",
+                                         "seconds", "20");
     const QCommandLineOption json("json", "Writes the figures to this file as well.", "file");
     parser.addHelpOption();
-    parser.addOptions({seconds, repeat, json});
+    parser.addOptions({seconds, repeat, idleSeconds, json});
     parser.process(application);
 
     const QTemporaryDir folder;
@@ -163,10 +188,13 @@ int main(int argc, char* argv[])
     job.seconds = std::max(2, parser.value(seconds).toInt());
     job.screen = QGuiApplication::primaryScreen()->size();
     job.folder = folder.path();
+    bool good = true;
+    QJsonArray idle;
+    if (const int idleFor = parser.value(idleSeconds).toInt(); idleFor > 0)
+        good = measureIdle(idleFor, idle);
     const double framesPerSecond = encoderFramesPerSecond();
     printHeading(job, framesPerSecond);
     QJsonArray results;
-    bool good = true;
     for (const int rate : {30, 15}) {
         job.rate = rate;
         good = measureRate(job, std::max(1, parser.value(repeat).toInt()), results) && good;
@@ -175,6 +203,7 @@ int main(int argc, char* argv[])
                              {"height", job.screen.height()},
                              {"seconds", job.seconds},
                              {"machineFramesPerSecond", framesPerSecond},
+                             {"idle", idle},
                              {"measurements", results}};
     if (parser.isSet(json) && !writeJson(parser.value(json), report)) {
         std::fprintf(stderr, "kestrano_bench: cannot write %s\n", qPrintable(parser.value(json)));

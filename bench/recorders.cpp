@@ -18,6 +18,8 @@ namespace {
 constexpr int kToolTimeoutMs = 60'000;
 /// Processor time counts from here on: opening files and encoders is over by then.
 constexpr int kSettleMs = 1000;
+/// The program tries its encoder out in the first seconds, once.
+constexpr int kIdleSettleMs = 5000;
 constexpr double kNsPerMs = 1e6;
 constexpr int kVideoBitrateKbit = 4096;
 
@@ -31,10 +33,14 @@ public:
 
     void writeTo(Measurement& measurement) const
     {
-        const ProcessUsage usage = usageOf(m_processId);
+        measurement.cpuSeconds = secondsPerSecond();
+        measurement.peakMiB = usageOf(m_processId).peakMiB;
+    }
+
+    double secondsPerSecond() const
+    {
         const double wallSeconds = static_cast<double>(monotonicNow() - m_beganNs) / 1e9;
-        measurement.cpuSeconds = (usage.cpuSeconds - m_before) / wallSeconds;
-        measurement.peakMiB = usage.peakMiB;
+        return (usageOf(m_processId).cpuSeconds - m_before) / wallSeconds;
     }
 
 private:
@@ -259,6 +265,45 @@ Measurement measureX11Grab(const Job& job)
     measurement.laggedPercent = percent(lastProgressValue(progress, "dup_frames"), frames);
     measurement.skippedPercent = percent(lastProgressValue(progress, "drop_frames"), frames);
     readFile(measurement, path);
+    return measurement;
+}
+
+IdleMeasurement measureIdleProgram(int seconds)
+{
+    IdleMeasurement measurement{QStringLiteral("kestrano"), {}, 0};
+    ProgramUnderTest program;
+    if (!program.startAndWaitUntilReady() || !program.mainWindow(false, kToolTimeoutMs)) {
+        measurement.failure = program.transcript();
+        return measurement;
+    }
+    QTest::qWait(kIdleSettleMs);
+    const CpuMeter meter(program.processId());
+    QTest::qWait(seconds * 1000);
+    measurement.corePercent = meter.secondsPerSecond() * 100;
+    if (!program.isRunning())
+        measurement.failure = program.transcript();
+    return measurement;
+}
+
+IdleMeasurement measureIdleLibobs(int seconds)
+{
+    IdleMeasurement measurement{QStringLiteral("bare libobs"), {}, 0};
+    QProcess process;
+    process.setStandardErrorFile(QProcess::nullDevice());
+    const int lifeSeconds = seconds + kIdleSettleMs / 1000 + 1;
+    process.start(executable(QStringLiteral("bare_libobs")),
+                  {QStringLiteral("--idle"), QStringLiteral("--seconds"), QString::number(lifeSeconds)});
+    QByteArray output;
+    if (waitForWord(process, output, "READY", kToolTimeoutMs) < 0) {
+        measurement.failure = QStringLiteral("bare_libobs did not get ready");
+        return measurement;
+    }
+    QTest::qWait(kIdleSettleMs);
+    const CpuMeter meter(process.processId());
+    QTest::qWait(seconds * 1000);
+    measurement.corePercent = meter.secondsPerSecond() * 100;
+    if (!process.waitForFinished(kToolTimeoutMs) || process.exitCode() != 0)
+        measurement.failure = QStringLiteral("bare_libobs did not end well");
     return measurement;
 }
 

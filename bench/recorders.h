@@ -45,6 +45,21 @@ Measurement measureBareLibobs(const Job& job);
 /// FFmpeg's own capture of the X screen, with the same encoders.
 Measurement measureX11Grab(const Job& job);
 
+/// What a process costs that records nothing.
+struct IdleMeasurement
+{
+    QString process;
+    /// Why there is nothing to read below; empty when there is.
+    QString failure;
+    /// Processor time, of one core, in per cent of the time that passed.
+    double corePercent = 0;
+};
+
+/// The program with its window on the screen, its engine started and nothing recorded yet.
+IdleMeasurement measureIdleProgram(int seconds);
+/// libobs with nothing on its channels.
+IdleMeasurement measureIdleLibobs(int seconds);
+
 /// Frames a second at which FFmpeg encodes a synthetic picture of 1280x720 with the encoder's settings: how fast the
 /// machine is at this moment.
 double encoderFramesPerSecond();

@@ -39,6 +39,7 @@ CapturePlatform CapturePlatform::windows()
                        .secondChoice = {},
                        .selectedByName = true};
     platform.cursorKey = "capture_cursor";
+    platform.picturesUntilDrawn = 6;
     platform.desktopAudioId = "wasapi_output_capture";
     platform.microphoneId = "wasapi_input_capture";
     platform.neededModules = {"obs-ffmpeg", "obs-filters", "obs-transitions", "win-capture", "win-wasapi"};

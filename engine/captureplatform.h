@@ -65,6 +65,10 @@ struct CapturePlatform
     CaptureSourceKind window;
     /// Boolean setting of both capture kinds that draws the pointer.
     const char* cursorKey = nullptr;
+    /// How many pictures the engine has to render from the moment the scene is put on until one shows the screen as it
+    /// is: the one it is at, one that was begun afterwards, and more where the system sends the first one in its own
+    /// time.
+    int picturesUntilDrawn = 2;
     const char* desktopAudioId = nullptr;
     const char* microphoneId = nullptr;
     /// Modules without which the program cannot do its job. One that did not load counts as failed.

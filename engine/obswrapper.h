@@ -71,6 +71,16 @@ public:
     /// @return false, and nothing changed, when target is not in the list or there is no capture source
     bool setCaptureTarget(const char* target, int captureType, bool cropped, int left, int right, int top, int bottom);
 
+    /// Whether the engine renders the scene, as it does from setupScene() on. Rendering it costs most of a processor
+    /// where there is no graphics card, and nobody sees it while nothing is recorded; the sound and its levels do not
+    /// depend on it.
+    ///
+    /// Switching it on waits, half a second at most, until the engine has drawn the screen as it is now: what the
+    /// capture source holds from before is old, or nothing. Do so before setupFFmpeg(), whatever the format. Switching
+    /// it off is refused while a recording runs, whose picture would go black.
+    void setSceneRendered(bool rendered);
+    bool isSceneRendered() const;
+
     /// Reads the capture source's list of windows or of monitors into captureTargetNames() and captureTargetValues().
     void refreshCaptureTargets(bool window);
 
@@ -192,6 +202,7 @@ private:
     void onLevelTick();
     void stretchCaptureOverOutput(int outputWidth, int outputHeight);
 
+    void waitUntilSceneIsDrawn() const;
     bool createTransition();
     bool createScene();
     bool createCaptureSource(int captureType);

@@ -1,6 +1,12 @@
+#include "app/sclogger.h"
 #include "engine/obswrapper_p.h"
 
+#include <QElapsedTimer>
+#include <QThread>
+
 namespace {
+
+constexpr int kSceneDrawnLimitMs = 500;
 
 constexpr char kSceneName[] = "CurrentDesktopCapture";
 constexpr char kTransitionId[] = "fade_transition";
@@ -78,6 +84,13 @@ ObsSourceHandle findCropFilter(obs_source_t* capture)
     return filter;
 }
 
+/// Pictures that the engine has rendered, which counts one that it is late with as often as it hands it out.
+std::int64_t renderedPictures()
+{
+    const std::int64_t handedOut = obs_get_total_frames();
+    return handedOut - obs_get_lagged_frames();
+}
+
 void addToScene(void* source, obs_scene_t* scene)
 {
     obs_scene_add(scene, static_cast<obs_source_t*>(source));
@@ -98,6 +111,40 @@ int ObsWrapper::setupScene(int captureType)
     obs_set_output_source(kVideoChannel, m_transition.get());
     obs_transition_set(m_transition.get(), obs_scene_get_source(m_scene.get()));
     return createCaptureSource(captureType) ? 0 : -3;
+}
+
+void ObsWrapper::setSceneRendered(bool rendered)
+{
+    if (!m_transition || rendered == isSceneRendered())
+        return;
+    if (rendered) {
+        obs_set_output_source(kVideoChannel, m_transition.get());
+        waitUntilSceneIsDrawn();
+    } else if (isRecording()) {
+        SCLogger::warning(QStringLiteral("The scene stays: a recording runs"));
+    } else {
+        obs_set_output_source(kVideoChannel, nullptr);
+    }
+}
+
+bool ObsWrapper::isSceneRendered() const
+{
+    if (!m_transition)
+        return false;
+    const ObsSourceHandle shown(obs_get_output_source(kVideoChannel));
+    return shown == m_transition;
+}
+
+void ObsWrapper::waitUntilSceneIsDrawn() const
+{
+    QElapsedTimer timer;
+    timer.start();
+    const auto isInTime = [&timer] { return !timer.hasExpired(kSceneDrawnLimitMs); };
+    while (m_videoCapture && obs_source_get_width(m_videoCapture.get()) == 0 && isInTime())
+        QThread::msleep(1);
+    const std::int64_t before = renderedPictures();
+    while (renderedPictures() - before < m_platform.picturesUntilDrawn && isInTime())
+        QThread::msleep(1);
 }
 
 bool ObsWrapper::createTransition()

@@ -18,6 +18,7 @@ struct Record
     QJsonObject outputSettings;
     obs_output_t* output = nullptr;
     std::vector<std::uint64_t> encodedPictures;
+    qsizetype capturedPictures = 0;
 };
 
 Record& record()
@@ -75,6 +76,14 @@ void updateSource(void* data, obs_data_t* settings)
     const auto* source = static_cast<Source*>(data);
     note(QStringLiteral("update %1").arg(QLatin1String(source->typeId)));
     noteSettings(source->typeId, settings);
+}
+
+void capturePicture(void* data, float)
+{
+    if (!obs_source_showing(static_cast<Source*>(data)->source))
+        return;
+    const QMutexLocker locker(&record().mutex);
+    ++record().capturedPictures;
 }
 
 uint32_t captureWidth(void*)
@@ -142,6 +151,7 @@ void registerCapture(const char* id, const char* (*name)(void*), obs_properties_
     info.get_name = name;
     info.create = createCapture;
     info.get_properties = properties;
+    info.video_tick = capturePicture;
     info.get_width = captureWidth;
     info.get_height = captureHeight;
     info.video_render = [](void*, gs_effect_t*) {};
@@ -312,6 +322,12 @@ std::vector<std::uint64_t> encodedPictures()
 {
     const QMutexLocker locker(&record().mutex);
     return record().encodedPictures;
+}
+
+qsizetype capturedPictures()
+{
+    const QMutexLocker locker(&record().mutex);
+    return record().capturedPictures;
 }
 
 QJsonObject toJson(obs_data_t* settings)

@@ -60,6 +60,8 @@ QJsonObject lastOutputSettings();
 obs_output_t* currentOutput();
 /// The moments, on libobs' clock, at which the pictures were taken that the output has finished encoding.
 std::vector<std::uint64_t> encodedPictures();
+/// Pictures that captures have taken, which they do while they are shown: one for each that the engine renders.
+qsizetype capturedPictures();
 
 QJsonObject toJson(obs_data_t* settings);
 

@@ -297,6 +297,24 @@ private slots:
         QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
     }
 
+    void sceneIsTakenOffOnlyWhenTheRecordingHasEnded()
+    {
+        standins::registerFadeTransition();
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        MessageCapture log;
+        m_wrapper->setSceneRendered(false);
+        QVERIFY(m_wrapper->isSceneRendered());
+        QVERIFY(!log.texts(QtWarningMsg).filter(QStringLiteral("a recording runs")).isEmpty());
+        // Whoever hears of the end, even inside the stop, may do so.
+        connect(
+            m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(),
+            [this] { m_wrapper->setSceneRendered(false); }, Qt::DirectConnection);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QVERIFY(!m_wrapper->isSceneRendered());
+    }
+
     void resetVideoAfterARecordingThatStoppedByItself()
     {
         setup(0);

@@ -8,7 +8,9 @@
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <memory>
@@ -142,6 +144,100 @@ private slots:
         QCOMPARE(standins::countOf("create monitor_capture as Computer_Monitor_Capture"), 2);
         QCOMPARE(standins::countOf("destroy monitor_capture"), 1);
         QCOMPARE(standins::countOf("destroy fade_transition"), 1);
+    }
+
+    void sceneIsRenderedFromItsSetUpOn()
+    {
+        QVERIFY(!m_wrapper->isSceneRendered());
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(!m_wrapper->isSceneRendered());
+        QCOMPARE(nameOnChannel(0), QStringLiteral("nothing"));
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        QVERIFY(m_wrapper->isSceneRendered());
+    }
+
+    void sceneIsTakenOffAndPutBack()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        obsspy::clear();
+        m_wrapper->setSceneRendered(false);
+        QVERIFY(!m_wrapper->isSceneRendered());
+        QCOMPARE(nameOnChannel(0), QStringLiteral("nothing"));
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(m_wrapper->isSceneRendered());
+        QCOMPARE(nameOnChannel(0), QStringLiteral("Fade"));
+        QCOMPARE(obsspy::calls().filter(QLatin1String("obs_set_output_source")),
+                 (QStringList{"obs_set_output_source 0 nothing", "obs_set_output_source 0 Fade"}));
+    }
+
+    void sceneThatIsThereAlreadyIsNotWaitedFor()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        obsspy::clear();
+        QElapsedTimer timer;
+        timer.start();
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(timer.elapsed() < 30);
+        QVERIFY(obsspy::calls().filter(QLatin1String("obs_set_output_source")).isEmpty());
+    }
+
+    void sceneThatComesBackIsDrawnWhenTheCallReturns()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setSceneRendered(false);
+        QTest::qWait(200);
+        const qsizetype before = standins::capturedPictures();
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(standins::capturedPictures() - before >= 2);
+        m_wrapper->setSceneRendered(false);
+        QTest::qWait(100);
+        const qsizetype after = standins::capturedPictures();
+        QTest::qWait(200);
+        QCOMPARE(standins::capturedPictures(), after);
+    }
+
+    void sceneLeavesTheSoundAlone()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        QSignalSpy levels(m_wrapper.get(), &ObsWrapper::micVolumeDataChange);
+        m_wrapper->setSceneRendered(false);
+        QCOMPARE(nameOnChannel(1), QStringLiteral("Desktop Audio"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("Mic/Aux"));
+        QTRY_VERIFY(levels.size() > 5);
+    }
+
+    void sceneThatIsOffStaysOffWhenTheVideoIsReset()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setSceneRendered(false);
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+        QVERIFY(!m_wrapper->isSceneRendered());
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(m_wrapper->isSceneRendered());
+        QCOMPARE(m_wrapper->resetVideo(320, 240, 320, 240, 30), 0);
+        QVERIFY(m_wrapper->isSceneRendered());
+    }
+
+    void wrapperThatGoesWithItsSceneOffLeavesNothingBehind()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setSceneRendered(false);
+        m_wrapper.reset();
+        QCOMPARE(standins::countOf("destroy monitor_capture"), 1);
+        QCOMPARE(standins::countOf("destroy fade_transition"), 1);
+    }
+
+    void whatSomebodyElsePutOnTheChannelIsNotTakenForTheScene()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        const ObsSourceHandle other(obs_source_create_private("cut_transition", "Other", nullptr));
+        obs_set_output_source(0, other.get());
+        QVERIFY(!m_wrapper->isSceneRendered());
+        m_wrapper->setSceneRendered(false);
+        QCOMPARE(nameOnChannel(0), QStringLiteral("Other"));
     }
 
     void runningEngineSkipsStartUpYetRemakesOutputsSourcesAndMeters()

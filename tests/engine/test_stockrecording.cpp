@@ -174,6 +174,25 @@ private slots:
                  qPrintable(QStringLiteral("last picture %1, at the request %2").arg(*numbers.last).arg(m_lastNumber)));
     }
 
+    void recordingBeginsWithTheScreenAsItIsWhenTheSceneComesBack()
+    {
+        for (int round = 0; round < 5; ++round) {
+            m_engine->setSceneRendered(false);
+            QTest::qWait(500);
+            const std::optional<uint32_t> atReturn = numberOnScreen();
+            QVERIFY(atReturn.has_value());
+            m_engine->setSceneRendered(true);
+            const QString path = m_folder.filePath(QStringLiteral("return%1").arg(round));
+            record(path, 1, 200);
+            const MediaFile file(recordingUrl(path, RecordingFormat::Avi));
+            const NumbersHeld numbers = countNumbers(file.numbers(TestPicture(m_screen.size())));
+            // Neither black nor what was on the screen when the scene was taken off.
+            QCOMPARE(numbers.unreadable, 0);
+            QVERIFY(numbers.first.has_value());
+            QVERIFY2(*numbers.first >= *atReturn, qPrintable(QString::number(*atReturn - *numbers.first)));
+        }
+    }
+
     void stopWithoutHoldingBackLosesTheTail()
     {
         // What the hold is for: with no hold at all the pictures that the encoder keeps are lost.

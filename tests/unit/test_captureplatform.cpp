@@ -75,6 +75,13 @@ private slots:
         QCOMPARE(platform.microphoneId, "pulse_input_capture");
     }
 
+    void windowsIsGivenMoreTimeForItsFirstPicture()
+    {
+        // On X11 the very next picture is captured as it is drawn.
+        QCOMPARE(CapturePlatform::x11().picturesUntilDrawn, 2);
+        QVERIFY(CapturePlatform::windows().picturesUntilDrawn > 2);
+    }
+
     void neededModules()
     {
         QCOMPARE(moduleNames(CapturePlatform::windows()),
