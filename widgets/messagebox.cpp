@@ -3,6 +3,7 @@
 #include "widgets/stylesheet.h"
 
 #include <QMessageBox>
+#include <QPushButton>
 
 namespace messagebox {
 
@@ -29,6 +30,8 @@ void show(const Call& call)
     QMessageBox box(iconOf(call.kind), call.title, call.text, QMessageBox::Ok, call.parent);
     // A device's or a file's name may look like markup.
     box.setTextFormat(Qt::PlainText);
+    // Some desktops put a picture of their own on it.
+    box.button(QMessageBox::Ok)->setIcon({});
     applyStyleSheet(box, QStringLiteral(":/res/style/message-box.qss"));
     box.exec();
 }

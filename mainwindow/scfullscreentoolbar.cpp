@@ -1,0 +1,371 @@
+#include "mainwindow/scfullscreentoolbar.h"
+
+#include "platform/compositing.h"
+#include "platform/overlay_window.h"
+#include "platform/window_alpha.h"
+#include "widgets/stylesheet.h"
+
+#include <QCursor>
+#include <QEvent>
+#include <QGraphicsOpacityEffect>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainterPath>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QScreen>
+#include <QStyle>
+#include <QTimer>
+#include <QWindow>
+
+namespace {
+
+constexpr QSize kBarSize(280, 40);
+constexpr QSize kButtonSize(40, 40);
+constexpr QSize kIconSize(24, 24);
+constexpr int kAudioOnlyIconPx = 20;
+/// As in the style sheet.
+constexpr int kCornerRadiusPx = 8;
+/// Qt::WindowStaysOnTopHint and the bits of Qt::Tool and Qt::SubWindow.
+constexpr int kWindowFlags = 0x4001B;
+constexpr int kFadeMs = 150;
+constexpr int kMousePollMs = 50;
+constexpr int kTopEdgePx = 10;
+constexpr double kHighestAlpha = 230.0;
+
+QString image(const char* name)
+{
+    return QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(name));
+}
+
+QPushButton* makeButton(const char* objectName, QWidget* parent)
+{
+    auto* const button = new QPushButton(parent);
+    button->setObjectName(QLatin1String(objectName));
+    button->setFixedSize(kButtonSize);
+    button->setIconSize(kIconSize);
+    button->setFocusPolicy(Qt::NoFocus);
+    return button;
+}
+
+QIcon pinIcon()
+{
+    QIcon icon(image("pin"));
+    icon.addFile(image("pin-white"), {}, QIcon::Normal, QIcon::On);
+    return icon;
+}
+
+/// A button bears no text: what it does is told by its tool tip, and to screen readers by its name.
+void setMeaning(QPushButton& button, const QString& meaning)
+{
+    button.setToolTip(meaning);
+    button.setAccessibleName(meaning);
+}
+
+} // namespace
+
+SCFullscreenToolbar::SCFullscreenToolbar(QWidget* parent)
+    : QWidget(parent)
+    , m_layout(new QHBoxLayout(this))
+    , m_opacityEffect(new QGraphicsOpacityEffect(this))
+    , m_opacityAnimation(new QPropertyAnimation(m_opacityEffect, "opacity", this))
+    , m_mousePollTimer(new QTimer(this))
+{
+    setFixedSize(kBarSize);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_NoSystemBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_AlwaysShowToolTips);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    overrideWindowFlags(Qt::WindowFlags::fromInt(kWindowFlags));
+    applyStyleSheet(*this, QStringLiteral(":/res/style/fullscreen-toolbar.qss"));
+
+    m_layout->setContentsMargins(0, 0, 0, 0);
+    m_layout->setSpacing(0);
+    m_layout->addWidget(buildContainer());
+    retranslate();
+    connect(m_autoHideButton, &QPushButton::toggled, this, &SCFullscreenToolbar::onAutoHideToggled);
+    connect(m_recordButton, &QPushButton::clicked, this, &SCFullscreenToolbar::toggleRecording);
+    connect(m_pauseButton, &QPushButton::clicked, this, [this] { emit pauseToggled(!m_paused); });
+
+    setUpAnimation();
+    m_mousePollTimer->setInterval(kMousePollMs);
+    connect(m_mousePollTimer, &QTimer::timeout, this, &SCFullscreenToolbar::checkMousePosition);
+    qApp->installEventFilter(this);
+}
+
+SCFullscreenToolbar::~SCFullscreenToolbar()
+{
+    qApp->removeEventFilter(this);
+}
+
+QWidget* SCFullscreenToolbar::buildContainer()
+{
+    m_container = new QWidget(this);
+    m_container->setObjectName(QStringLiteral("containerWidget"));
+    m_container->setFixedSize(kBarSize);
+    m_recordButton = makeButton("recordButton", m_container);
+    m_pauseButton = makeButton("pauseButton", m_container);
+    m_audioOnlyLabel = new QLabel(m_container);
+    m_audioOnlyLabel->setObjectName(QStringLiteral("audioOnlyLabel"));
+    m_audioOnlyLabel->setPixmap(QIcon(image("audio-only")).pixmap({kAudioOnlyIconPx, kAudioOnlyIconPx}));
+    m_audioOnlyLabel->hide();
+    m_timerLabel = new QLabel(QStringLiteral("00:00:00"), m_container);
+    m_timerLabel->setObjectName(QStringLiteral("timerLabel"));
+    m_timerLabel->setAlignment(Qt::AlignCenter);
+    m_autoHideButton = makeButton("autoHideButton", m_container);
+    m_autoHideButton->setIcon(pinIcon());
+    m_autoHideButton->setCheckable(true);
+    // It stays where it is until the user takes the pin out.
+    m_autoHideButton->setChecked(true);
+
+    auto* const layout = new QHBoxLayout(m_container);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_recordButton);
+    layout->addWidget(m_pauseButton);
+    layout->addStretch();
+    layout->addWidget(m_audioOnlyLabel);
+    layout->addWidget(m_timerLabel);
+    layout->addStretch();
+    layout->addWidget(m_autoHideButton);
+    return m_container;
+}
+
+void SCFullscreenToolbar::setUpAnimation()
+{
+    m_opacityEffect->setOpacity(1.0);
+    setGraphicsEffect(m_opacityEffect);
+    m_opacityAnimation->setDuration(kFadeMs);
+    connect(m_opacityAnimation, &QPropertyAnimation::finished, this, [this] {
+        if (m_opacityAnimation->endValue().toDouble() == 0.0)
+            QWidget::setVisible(false);
+    });
+    connect(m_opacityAnimation, &QPropertyAnimation::valueChanged, this, [this](const QVariant& value) {
+        if (isVisible() && internalWinId() != 0)
+            platform::setWindowAlpha(*this, layeredAlpha(value.toDouble()));
+    });
+}
+
+int SCFullscreenToolbar::layeredAlpha(double opacity)
+{
+    return static_cast<int>(opacity * kHighestAlpha);
+}
+
+/// The widget's own flags hold no hint about frames: the native window alone is told to have none, and to leave the
+/// keyboard to others when it is clicked.
+void SCFullscreenToolbar::readyNativeWindow()
+{
+    winId();
+    windowHandle()->setFlags(windowHandle()->flags() | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
+    platform::readyAsOverlay(*this);
+}
+
+/// Where nothing mixes the see-through corners with the desktop they would be black.
+void SCFullscreenToolbar::updateOutline()
+{
+    if (platform::isCompositing()) {
+        clearMask();
+        return;
+    }
+    QPainterPath outline;
+    outline.addRoundedRect(rect(), kCornerRadiusPx, kCornerRadiusPx);
+    setMask(QRegion(outline.toFillPolygon().toPolygon()));
+}
+
+void SCFullscreenToolbar::setRecording(bool recording)
+{
+    m_isRecording = recording;
+    updateRecordButton();
+    if (!recording)
+        setPaused(false);
+}
+
+void SCFullscreenToolbar::updateRecordButton()
+{
+    m_recordButton->setIcon(QIcon(image(m_isRecording ? "stop-recording" : "start-recording")));
+    setMeaning(*m_recordButton, m_isRecording ? tr("Stop Recording") : tr("Start Recording"));
+}
+
+void SCFullscreenToolbar::setTimeText(const QString& text)
+{
+    m_timerLabel->setText(text);
+}
+
+void SCFullscreenToolbar::setAudioOnly(bool audioOnly)
+{
+    m_audioOnlyLabel->setVisible(audioOnly);
+    m_container->setProperty("audioOnly", audioOnly);
+    // Style sheets look at properties only when they are applied.
+    m_container->style()->unpolish(m_container);
+    m_container->style()->polish(m_container);
+}
+
+void SCFullscreenToolbar::setPausable(bool pausable)
+{
+    m_pausable = pausable;
+    updatePauseButton();
+}
+
+void SCFullscreenToolbar::setPaused(bool paused)
+{
+    m_paused = paused;
+    updatePauseButton();
+}
+
+void SCFullscreenToolbar::updatePauseButton()
+{
+    m_pauseButton->setEnabled(m_pausable);
+    m_pauseButton->setIcon(QIcon(image(m_paused ? "resume-recording" : "pause-recording")));
+    setMeaning(*m_pauseButton, m_paused ? tr("Resume Recording") : tr("Pause Recording"));
+    if (!m_pausable)
+        m_pauseButton->setToolTip(tr("This format cannot be paused"));
+    m_timerLabel->setProperty("paused", m_paused);
+    m_timerLabel->style()->unpolish(m_timerLabel);
+    m_timerLabel->style()->polish(m_timerLabel);
+}
+
+void SCFullscreenToolbar::retranslate()
+{
+    setWindowTitle(tr("Recording Toolbar"));
+    updateRecordButton();
+    updatePauseButton();
+    setMeaning(*m_autoHideButton, tr("Toggle Auto-Hide"));
+    m_timerLabel->setAccessibleName(tr("Elapsed Time"));
+    m_audioOnlyLabel->setAccessibleName(tr("Sound Only"));
+    m_audioOnlyLabel->setToolTip(tr("Sound Only"));
+}
+
+void SCFullscreenToolbar::setTopEdgeOnly(bool topEdgeOnly)
+{
+    if (topEdgeOnly == m_topEdgeOnly)
+        return;
+    m_topEdgeOnly = topEdgeOnly;
+    updatePolling();
+    if (m_wish != Wish::Shown)
+        return;
+    if (comesAndGoes())
+        checkMousePosition();
+    else
+        comeBack();
+}
+
+void SCFullscreenToolbar::setVisible(bool visible)
+{
+    m_wish = visible ? Wish::Shown : Wish::Hidden;
+    updatePolling();
+    const bool mustWait = visible && m_topEdgeOnly && !isPointerAtTopEdge();
+    if (!mustWait)
+        QWidget::setVisible(visible);
+}
+
+void SCFullscreenToolbar::onAutoHideToggled(bool checked)
+{
+    m_autoHide = !checked;
+    m_autoHideButton->setChecked(checked);
+    updatePolling();
+    if (!comesAndGoes() && m_wish == Wish::Shown)
+        comeBack();
+}
+
+/// A bar that was put away, or is not wanted yet, has nothing to look out for.
+void SCFullscreenToolbar::updatePolling()
+{
+    const bool looksOut = m_wish == Wish::Shown ? comesAndGoes() : m_wish == Wish::None && m_autoHide;
+    if (!looksOut)
+        m_mousePollTimer->stop();
+    else if (!m_mousePollTimer->isActive())
+        m_mousePollTimer->start();
+}
+
+void SCFullscreenToolbar::checkMousePosition()
+{
+    if (m_wish == Wish::Hidden)
+        return;
+    // Where the bar stands at the top edge, its place is not enough to bring it back: the pointer has to go up.
+    const bool stands = isVisible() || (!m_topEdgeOnly && y() > screen()->geometry().y() + kTopEdgePx);
+    if (isPointerAtTopEdge() || (stands && isPointerInside()))
+        comeBack();
+    else
+        fadeOut();
+}
+
+bool SCFullscreenToolbar::isPointerAtTopEdge() const
+{
+    const QScreen* const primary = QGuiApplication::primaryScreen();
+    return primary != nullptr && QCursor::pos().y() <= primary->geometry().top() + kTopEdgePx;
+}
+
+bool SCFullscreenToolbar::isPointerInside() const
+{
+    return geometry().contains(QCursor::pos());
+}
+
+void SCFullscreenToolbar::comeBack()
+{
+    QWidget::setVisible(true);
+    fadeTo(1.0);
+}
+
+void SCFullscreenToolbar::fadeOut()
+{
+    if (isVisible())
+        fadeTo(0.0);
+}
+
+void SCFullscreenToolbar::fadeTo(double opacity)
+{
+    const bool isFading = m_opacityAnimation->state() == QAbstractAnimation::Running;
+    // The pointer is looked at more often than a fade takes: one begun anew each time would never end.
+    if (isFading ? m_opacityAnimation->endValue().toDouble() == opacity : m_opacityEffect->opacity() == opacity)
+        return;
+    m_opacityAnimation->stop();
+    m_opacityAnimation->setStartValue(m_opacityEffect->opacity());
+    m_opacityAnimation->setEndValue(opacity);
+    m_opacityAnimation->start();
+}
+
+void SCFullscreenToolbar::toggleRecording()
+{
+    m_isRecording = !m_isRecording;
+    emit recordingToggled(m_isRecording);
+}
+
+/// Over the program's own windows the bar need not wait for the next look at the pointer.
+bool SCFullscreenToolbar::eventFilter(QObject* /*watched*/, QEvent* event)
+{
+    if (event->type() == QEvent::MouseMove && m_mousePollTimer->isActive())
+        checkMousePosition();
+    return false;
+}
+
+void SCFullscreenToolbar::leaveEvent(QEvent* event)
+{
+    if (comesAndGoes() && !isPointerInside())
+        checkMousePosition();
+    QWidget::leaveEvent(event);
+}
+
+/// Before the window is on the screen.
+void SCFullscreenToolbar::showEvent(QShowEvent* event)
+{
+    readyNativeWindow();
+    updateOutline();
+    fadeTo(1.0);
+    QWidget::showEvent(event);
+}
+
+/// An interrupted fade goes on from where it was when the bar comes back.
+void SCFullscreenToolbar::hideEvent(QHideEvent* event)
+{
+    m_opacityAnimation->stop();
+    QWidget::hideEvent(event);
+}
+
+void SCFullscreenToolbar::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        retranslate();
+    QWidget::changeEvent(event);
+}

@@ -1,0 +1,255 @@
+#include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/toolbarplacement.h"
+#include "tests/desktop/userinput.h"
+#include "tests/support/testprofile.h"
+#include "tests/support/x11clients.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+#include <QToolTip>
+
+#include <algorithm>
+
+using userinput::xdotool;
+
+namespace {
+
+constexpr QRgb kBackdrop = qRgb(10, 200, 30);
+/// Longer than a fade, two looks at the pointer and a picture.
+constexpr int kFadeIsOverMs = 500;
+
+double scale()
+{
+    return QGuiApplication::primaryScreen()->devicePixelRatio();
+}
+
+QPoint inPixels(const QPoint& logical)
+{
+    return (QPointF(logical) * scale()).toPoint();
+}
+
+void pointTo(const QPoint& logical)
+{
+    userinput::pointTo(inPixels(logical));
+}
+
+void click(const QPoint& logical)
+{
+    pointTo(logical);
+    xdotool({"click", "1"});
+}
+
+QRgb pixel(const QPoint& logical)
+{
+    const QImage picture = QGuiApplication::primaryScreen()->grabWindow().toImage();
+    return picture.pixel(inPixels(logical)) | 0xff000000;
+}
+
+QPoint centreOf(const SCFullscreenToolbar& bar, const char* name)
+{
+    const auto* const widget = bar.findChild<QWidget*>(QLatin1String(name));
+    return widget->mapToGlobal(widget->rect().center());
+}
+
+/// Of 4294967295, as compositors read it; -1 where it was never set.
+qint64 opacityOf(const QWidget& window)
+{
+    QProcess xprop;
+    xprop.start(QStringLiteral("xprop"), {QStringLiteral("-id"), QString::number(window.internalWinId()),
+                                          QStringLiteral("_NET_WM_WINDOW_OPACITY")});
+    xprop.waitForFinished();
+    const QString answer = QString::fromUtf8(xprop.readAll());
+    return answer.contains(QLatin1String(" = ")) ? answer.section(QStringLiteral(" = "), 1).trimmed().toLongLong() : -1;
+}
+
+} // namespace
+
+class TestToolbarLook : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        m_backdrop.setStyleSheet(QStringLiteral("background-color: rgb(10, 200, 30)"));
+        m_backdrop.setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint);
+        m_backdrop.setGeometry(QGuiApplication::primaryScreen()->geometry());
+        m_backdrop.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&m_backdrop));
+    }
+
+    void init() { pointTo(kAway); }
+
+    void barLooksFramelessAndStandsAtTheTopCentre()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QCOMPARE(bar.windowFlags().toInt(), 0x4001B);
+        QCOMPARE(bar.frameGeometry(), bar.geometry());
+        QCOMPARE(bar.geometry(), QRect((screen.width() - 280) / 2, 0, 280, 40));
+        const QPoint middle(bar.geometry().center());
+        QTRY_VERIFY(pixel(middle - QPoint(100, 0)) != kBackdrop);
+        QCOMPARE(pixel({bar.x() - 2, middle.y()}), kBackdrop);
+        QCOMPARE(pixel({bar.geometry().right() + 3, middle.y()}), kBackdrop);
+        QCOMPARE(pixel({middle.x(), bar.geometry().bottom() + 3}), kBackdrop);
+        // A window manager that does not have it can put no frame around it.
+        const QList<x11clients::Window> managed = x11clients::windowsOf(QCoreApplication::applicationPid());
+        QVERIFY(std::ranges::none_of(managed, [&](const auto& window) { return window.id == bar.internalWinId(); }));
+    }
+
+    void cornersAreSeenThrough()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        for (const QPoint& corner : {bar.geometry().topLeft(), bar.geometry().topRight(), bar.geometry().bottomLeft(),
+                                     bar.geometry().bottomRight()})
+            QTRY_COMPARE(pixel(corner), kBackdrop);
+    }
+
+    void barLeavesTheFocusToTheRecordedProgram()
+    {
+        QLineEdit other;
+        other.setGeometry(300, 250, 200, 40);
+        other.show();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        const QSignalSpy toggled(&bar, &SCFullscreenToolbar::recordingToggled);
+        click(centreOf(bar, "recordButton"));
+        QTRY_COMPARE(toggled, (QList<QVariantList>{{true}}));
+        QVERIFY(other.isActiveWindow());
+        QVERIFY(!bar.isActiveWindow());
+        xdotool({"key", "a"});
+        QTRY_COMPARE(other.text(), QStringLiteral("a"));
+    }
+
+    void barStandsAboveAFocusedFullScreenWindow()
+    {
+        QWidget film;
+        film.setStyleSheet(QStringLiteral("background-color: rgb(10, 200, 30)"));
+        film.showFullScreen();
+        QVERIFY(QTest::qWaitForWindowActive(&film));
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        QTRY_VERIFY(pixel(bar.geometry().center() - QPoint(100, 0)) != kBackdrop);
+        film.raise();
+        film.activateWindow();
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(pixel(bar.geometry().center() - QPoint(100, 0)) != kBackdrop);
+        QVERIFY(film.isActiveWindow());
+    }
+
+    void buttonsAnswerThePointer()
+    {
+        SCFullscreenToolbar bar;
+        bar.setRecording(true);
+        showAtTop(bar);
+        const QSignalSpy recording(&bar, &SCFullscreenToolbar::recordingToggled);
+        const QSignalSpy paused(&bar, &SCFullscreenToolbar::pauseToggled);
+        click(centreOf(bar, "pauseButton"));
+        QTRY_COMPARE(paused, (QList<QVariantList>{{true}}));
+        bar.setPausable(false);
+        click(centreOf(bar, "pauseButton"));
+        click(centreOf(bar, "recordButton"));
+        QTRY_COMPARE(recording, (QList<QVariantList>{{false}}));
+        QCOMPARE(paused.size(), 1);
+    }
+
+    void pinLetsTheBarFadeAndTheTopEdgeBringsItBack()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        const QPoint fill = bar.geometry().center() + QPoint(80, 0);
+        click(centreOf(bar, "autoHideButton"));
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+        pointTo(kAway);
+        QTRY_VERIFY(!bar.isVisible());
+        QTRY_COMPARE(pixel(fill), kBackdrop);
+        pointTo({20, 0});
+        QTRY_VERIFY(bar.isVisible());
+        QTRY_VERIFY(pixel(fill) != kBackdrop);
+        // Down onto the bar, which stays; the pin goes in again, and the bar stays altogether.
+        click(centreOf(bar, "autoHideButton"));
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+        pointTo(kAway);
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+        QVERIFY(pixel(fill) != kBackdrop);
+    }
+
+    void barIsAlwaysALittleTransparentWhileItFades()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        bar.onAutoHideToggled(false);
+        QTRY_VERIFY(!bar.isVisible());
+        pointTo({20, 0});
+        QTRY_VERIFY(bar.isVisible());
+        constexpr qint64 kHighest = 0xffffffffLL * 230 / 255;
+        QTRY_VERIFY(opacityOf(bar) >= kHighest - 1);
+        QVERIFY(opacityOf(bar) <= kHighest + 1);
+    }
+
+    void topEdgeOnlyShowsTheBarOnlyWhileThePointerIsThere()
+    {
+        SCFullscreenToolbar bar;
+        bar.move(toolbarTopCentre(QGuiApplication::primaryScreen()->geometry(), bar.size()));
+        bar.setTopEdgeOnly(true);
+        bar.show();
+        const QPoint fill = bar.geometry().center() + QPoint(80, 0);
+        QTest::qWait(kFadeIsOverMs);
+        QCOMPARE(pixel(fill), kBackdrop);
+        pointTo({20, 5});
+        QTRY_VERIFY(pixel(fill) != kBackdrop);
+        pointTo(kAway);
+        QTRY_COMPARE(pixel(fill), kBackdrop);
+        QTRY_VERIFY(!bar.isVisible());
+    }
+
+    void toolTipsShowThoughTheBarIsNeverActive()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        const QPoint pin = centreOf(bar, "autoHideButton");
+        pointTo(pin);
+        QTest::qWait(50);
+        pointTo(pin + QPoint(1, 1));
+        QTRY_VERIFY(QToolTip::isVisible());
+        QCOMPARE(QToolTip::text(), QStringLiteral("Toggle Auto-Hide"));
+        QToolTip::hideText();
+        pointTo(kAway);
+        QTRY_VERIFY(!QToolTip::isVisible());
+    }
+
+private:
+    static constexpr QPoint kAway{400, 400};
+
+    static void showAtTop(SCFullscreenToolbar& bar)
+    {
+        bar.move(toolbarTopCentre(QGuiApplication::primaryScreen()->geometry(), bar.size()));
+        bar.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&bar));
+        QTest::qWait(100);
+    }
+
+    QWidget m_backdrop;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestToolbarLook test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_toolbarlook.moc"

@@ -1,0 +1,558 @@
+#include "mainwindow/scfullscreentoolbar.h"
+#include "tests/support/messagecapture.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QFile>
+#include <QGraphicsOpacityEffect>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+#include <QTranslator>
+
+namespace {
+
+/// Longer than a fade and two looks at the pointer.
+constexpr int kFadeIsOverMs = 400;
+
+QPushButton* button(const SCFullscreenToolbar& bar, const char* name)
+{
+    return bar.findChild<QPushButton*>(QLatin1String(name));
+}
+
+QLabel* label(const SCFullscreenToolbar& bar, const char* name)
+{
+    return bar.findChild<QLabel*>(QLatin1String(name));
+}
+
+QTimer* pollTimer(const SCFullscreenToolbar& bar)
+{
+    return bar.findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+QGraphicsOpacityEffect* effect(const SCFullscreenToolbar& bar)
+{
+    return qobject_cast<QGraphicsOpacityEffect*>(bar.graphicsEffect());
+}
+
+QPropertyAnimation* animation(const SCFullscreenToolbar& bar)
+{
+    return bar.findChild<QPropertyAnimation*>();
+}
+
+bool hasIcon(const QPushButton& button, const char* name)
+{
+    const QIcon wanted(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(name)));
+    return button.icon().pixmap(24, 24).toImage() == wanted.pixmap(24, 24).toImage();
+}
+
+QPoint screenPoint(int x, int y)
+{
+    return QGuiApplication::primaryScreen()->geometry().topLeft() + QPoint(x, y);
+}
+
+/// Far from the bar and from the top edge.
+void pointAway()
+{
+    QCursor::setPos(screenPoint(700, 700));
+}
+
+/// At its place at the top, shown, and the pointer elsewhere.
+void showAtTop(SCFullscreenToolbar& bar)
+{
+    pointAway();
+    bar.move(screenPoint(260, 0));
+    bar.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&bar));
+}
+
+/// Every text in angle brackets.
+class MarkingTranslator : public QTranslator
+{
+public:
+    using QTranslator::QTranslator;
+
+    bool isEmpty() const override { return false; }
+    QString translate(const char*, const char* text, const char*, int) const override
+    {
+        return QStringLiteral("<%1>").arg(QLatin1String(text));
+    }
+};
+
+} // namespace
+
+class TestSCFullscreenToolbar : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void barIsMadeAsItIsToBe()
+    {
+        SCFullscreenToolbar bar;
+        QCOMPARE(bar.size(), QSize(280, 40));
+        QCOMPARE(bar.minimumSize(), bar.maximumSize());
+        QCOMPARE(bar.windowFlags().toInt(), 0x4001B);
+        QVERIFY(bar.testAttribute(Qt::WA_TranslucentBackground));
+        QVERIFY(bar.testAttribute(Qt::WA_NoSystemBackground));
+        const auto* const layout = qobject_cast<QHBoxLayout*>(bar.layout());
+        QVERIFY(layout != nullptr);
+        QCOMPARE(layout->contentsMargins(), QMargins());
+        QCOMPARE(layout->spacing(), 0);
+        const auto* const container = bar.findChild<QWidget*>(QStringLiteral("containerWidget"));
+        QVERIFY(container != nullptr);
+        QCOMPARE(container->minimumSize(), QSize(280, 40));
+        QCOMPARE(container->maximumSize(), QSize(280, 40));
+        QVERIFY(!bar.isVisible());
+        showAtTop(bar);
+        QCOMPARE(bar.windowFlags().toInt(), 0x4001B);
+    }
+
+    void controlsHaveTheirNamesIconsAndTexts()
+    {
+        const SCFullscreenToolbar bar;
+        const QPushButton* const record = button(bar, "recordButton");
+        QVERIFY(hasIcon(*record, "start-recording"));
+        QCOMPARE(record->toolTip(), QStringLiteral("Start Recording"));
+        const QPushButton* const pin = button(bar, "autoHideButton");
+        QVERIFY(pin->isCheckable());
+        QVERIFY(hasIcon(*pin, "pin"));
+        QCOMPARE(pin->toolTip(), QStringLiteral("Toggle Auto-Hide"));
+        QCOMPARE(label(bar, "timerLabel")->text(), QStringLiteral("00:00:00"));
+        for (const QPushButton* const each : bar.findChildren<QPushButton*>())
+            QVERIFY2(!each->accessibleName().isEmpty(), qPrintable(each->objectName()));
+        for (const QLabel* const each : bar.findChildren<QLabel*>())
+            QVERIFY2(!each->accessibleName().isEmpty(), qPrintable(each->objectName()));
+    }
+
+    void styleSheetIsLoadedAndSaidSo()
+    {
+        const MessageCapture messages;
+        const SCFullscreenToolbar bar;
+        QCOMPARE(messages.texts(QtDebugMsg),
+                 QStringList{"Loaded stylesheet from: \":/res/style/fullscreen-toolbar.qss\""});
+        QFile file(QStringLiteral(":/res/style/fullscreen-toolbar.qss"));
+        QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
+        QCOMPARE(bar.styleSheet(), QString::fromUtf8(file.readAll()));
+    }
+
+    void nothingIsCutOff()
+    {
+        SCFullscreenToolbar bar;
+        bar.setAudioOnly(true);
+        bar.setTimeText(QStringLiteral("88:88:88"));
+        showAtTop(bar);
+        for (const QWidget* const part : bar.findChildren<QWidget*>()) {
+            if (!part->isVisible())
+                continue;
+            QVERIFY2(part->parentWidget()->rect().contains(part->geometry()), qPrintable(part->objectName()));
+            QVERIFY2(part->width() >= part->minimumSizeHint().width(), qPrintable(part->objectName()));
+        }
+    }
+
+    void autoHideIsOffUntilThePinIsUsed()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        QVERIFY(!pollTimer(bar)->isActive());
+        QVERIFY(button(bar, "autoHideButton")->isChecked());
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+        QCOMPARE(effect(bar)->opacity(), 1.0);
+        button(bar, "autoHideButton")->click();
+        QVERIFY(pollTimer(bar)->isActive());
+        QCOMPARE(pollTimer(bar)->interval(), 50);
+        QTRY_VERIFY(!bar.isVisible());
+    }
+
+    void pressedPinKeepsTheBarInPlace()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        bar.onAutoHideToggled(false);
+        QVERIFY(!button(bar, "autoHideButton")->isChecked());
+        QVERIFY(pollTimer(bar)->isActive());
+        bar.onAutoHideToggled(true);
+        QVERIFY(button(bar, "autoHideButton")->isChecked());
+        QVERIFY(!pollTimer(bar)->isActive());
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+    }
+
+    void pinPressedDuringAFadeBringsTheBarBack()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        bar.onAutoHideToggled(false);
+        QTRY_VERIFY(effect(bar)->opacity() < 1.0);
+        bar.onAutoHideToggled(true);
+        QTRY_COMPARE(effect(bar)->opacity(), 1.0);
+        QVERIFY(bar.isVisible());
+    }
+
+    void withAutoHideOnThePointerAtTheVeryTopBringsTheBarBack_data()
+    {
+        QTest::addColumn<int>("y");
+        QTest::addColumn<bool>("comesBack");
+        QTest::newRow("first row of the screen") << 0 << true;
+        QTest::newRow("10 pixels below") << 10 << true;
+        QTest::newRow("11 pixels below") << 11 << false;
+        QTest::newRow("in the bar's place") << 30 << false;
+    }
+
+    void withAutoHideOnThePointerAtTheVeryTopBringsTheBarBack()
+    {
+        QFETCH(const int, y);
+        QFETCH(const bool, comesBack);
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        bar.onAutoHideToggled(false);
+        QTRY_VERIFY(!bar.isVisible());
+        // The column does not matter.
+        QCursor::setPos(screenPoint(comesBack ? 5 : 400, y));
+        QTest::qWait(kFadeIsOverMs);
+        QCOMPARE(bar.isVisible(), comesBack);
+        QCOMPARE(effect(bar)->opacity(), comesBack ? 1.0 : 0.0);
+    }
+
+    void aFadeOutThatFinishesAtOpacityZeroHidesTheBar()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        const QSignalSpy finished(animation(bar), &QPropertyAnimation::finished);
+        QCOMPARE(animation(bar)->duration(), 150);
+        bar.onAutoHideToggled(false);
+        bar.checkMousePosition();
+        QCOMPARE(animation(bar)->endValue().toDouble(), 0.0);
+        QVERIFY(bar.isVisible());
+        QTRY_COMPARE(finished.size(), 1);
+        QCOMPARE(effect(bar)->opacity(), 0.0);
+        QVERIFY(!bar.isVisible());
+    }
+
+    void anInterruptedFadeDoesNotHideTheBar()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        bar.onAutoHideToggled(false);
+        QTRY_VERIFY(effect(bar)->opacity() < 1.0);
+        QVERIFY(effect(bar)->opacity() > 0.0);
+        QCursor::setPos(screenPoint(400, 0));
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+        QCOMPARE(effect(bar)->opacity(), 1.0);
+    }
+
+    /// It is looked at three times during a fade.
+    void lookingAtThePointerDoesNotHoldUpTheFade()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        bar.onAutoHideToggled(false);
+        bar.checkMousePosition();
+        QTest::qWait(60);
+        const double before = effect(bar)->opacity();
+        QVERIFY(before < 1.0);
+        bar.checkMousePosition();
+        QCOMPARE(animation(bar)->startValue().toDouble(), 1.0);
+        QTRY_VERIFY_WITH_TIMEOUT(!bar.isVisible(), 1000);
+    }
+
+    void pointerInsideKeepsTheBar()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        QCursor::setPos(screenPoint(400, 30));
+        bar.onAutoHideToggled(false);
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+        QCOMPARE(effect(bar)->opacity(), 1.0);
+    }
+
+    void leavingTheBarFadesItOut()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        QCursor::setPos(screenPoint(400, 30));
+        bar.onAutoHideToggled(false);
+        pollTimer(bar)->stop();
+        QEvent leave(QEvent::Leave);
+        // Onto one of its own tool tips, say.
+        QApplication::sendEvent(&bar, &leave);
+        QCOMPARE(animation(bar)->state(), QAbstractAnimation::Stopped);
+        pointAway();
+        QApplication::sendEvent(&bar, &leave);
+        QCOMPARE(animation(bar)->endValue().toDouble(), 0.0);
+        QTRY_VERIFY(!bar.isVisible());
+    }
+
+    void leavingAPinnedBarChangesNothing()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(&bar, &leave);
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+    }
+
+    void barThatStandsElsewhereComesBackUnderThePointer()
+    {
+        SCFullscreenToolbar bar;
+        pointAway();
+        bar.move(screenPoint(260, 400));
+        bar.show();
+        bar.onAutoHideToggled(false);
+        QTRY_VERIFY(!bar.isVisible());
+        QCursor::setPos(screenPoint(400, 420));
+        QTRY_VERIFY(bar.isVisible());
+    }
+
+    void theLayeredAlphaNeverExceeds230Of255()
+    {
+        QCOMPARE(SCFullscreenToolbar::layeredAlpha(0.0), 0);
+        QCOMPARE(SCFullscreenToolbar::layeredAlpha(0.5), 115);
+        QCOMPARE(SCFullscreenToolbar::layeredAlpha(0.9999), 229);
+        QCOMPARE(SCFullscreenToolbar::layeredAlpha(1.0), 230);
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        int highest = 0;
+        connect(animation(bar), &QPropertyAnimation::valueChanged, this, [&highest](const QVariant& value) {
+            highest = std::max(highest, SCFullscreenToolbar::layeredAlpha(value.toDouble()));
+        });
+        bar.onAutoHideToggled(false);
+        QTRY_VERIFY(!bar.isVisible());
+        QCursor::setPos(screenPoint(400, 0));
+        QTRY_COMPARE(effect(bar)->opacity(), 1.0);
+        QCOMPARE(highest, 230);
+    }
+
+    void barThatIsPutAwayStaysAwayAndLooksOutForNothing()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        QCursor::setPos(screenPoint(400, 0));
+        bar.onAutoHideToggled(false);
+        bar.hide();
+        QVERIFY(!pollTimer(bar)->isActive());
+        bar.checkMousePosition();
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(!bar.isVisible());
+        bar.show();
+        QVERIFY(bar.isVisible());
+        QVERIFY(pollTimer(bar)->isActive());
+    }
+
+    void barThatHadFadedAwayIsSeenWhenItIsShownAgain()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        bar.onAutoHideToggled(false);
+        QTRY_VERIFY(!bar.isVisible());
+        bar.hide();
+        bar.onAutoHideToggled(true);
+        QVERIFY(!bar.isVisible());
+        bar.show();
+        QTRY_COMPARE(effect(bar)->opacity(), 1.0);
+        QVERIFY(bar.isVisible());
+    }
+
+    void topEdgeOnlyWaitsForThePointer()
+    {
+        SCFullscreenToolbar bar;
+        pointAway();
+        bar.move(screenPoint(260, 0));
+        bar.setTopEdgeOnly(true);
+        QVERIFY(!bar.isVisible());
+        bar.show();
+        QVERIFY(!bar.isVisible());
+        QVERIFY(button(bar, "autoHideButton")->isChecked());
+        QCursor::setPos(screenPoint(400, 30));
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(!bar.isVisible());
+        QCursor::setPos(screenPoint(400, 10));
+        QTRY_VERIFY(bar.isVisible());
+        QCursor::setPos(screenPoint(400, 30));
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+        pointAway();
+        QTRY_VERIFY(!bar.isVisible());
+        bar.hide();
+        QCursor::setPos(screenPoint(400, 0));
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(!bar.isVisible());
+    }
+
+    void topEdgeOnlyLeavesThePinAsItIs()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        bar.setTopEdgeOnly(true);
+        QVERIFY(button(bar, "autoHideButton")->isChecked());
+        QTRY_VERIFY(!bar.isVisible());
+        bar.setTopEdgeOnly(false);
+        QTRY_COMPARE(effect(bar)->opacity(), 1.0);
+        QVERIFY(bar.isVisible());
+        QVERIFY(!pollTimer(bar)->isActive());
+    }
+
+    void topEdgeOnlyShowsNothingThatIsNotWanted()
+    {
+        SCFullscreenToolbar bar;
+        QCursor::setPos(screenPoint(400, 0));
+        bar.setTopEdgeOnly(true);
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(!bar.isVisible());
+        bar.show();
+        QVERIFY(bar.isVisible());
+    }
+
+    void recordButtonTogglesAndTells()
+    {
+        SCFullscreenToolbar bar;
+        const QSignalSpy toggled(&bar, &SCFullscreenToolbar::recordingToggled);
+        button(bar, "recordButton")->click();
+        QCOMPARE(toggled, (QList<QVariantList>{{true}}));
+        button(bar, "recordButton")->click();
+        QCOMPARE(toggled, (QList<QVariantList>{{true}, {false}}));
+        bar.setRecording(true);
+        QCOMPARE(toggled.size(), 2);
+        bar.toggleRecording();
+        QCOMPARE(toggled.last(), QVariantList{false});
+    }
+
+    void recordButtonShowsWhetherARecordingRuns()
+    {
+        SCFullscreenToolbar bar;
+        const QPushButton* const record = button(bar, "recordButton");
+        bar.setRecording(true);
+        QVERIFY(hasIcon(*record, "stop-recording"));
+        QCOMPARE(record->toolTip(), QStringLiteral("Stop Recording"));
+        QCOMPARE(record->accessibleName(), QStringLiteral("Stop Recording"));
+        bar.setRecording(false);
+        QVERIFY(hasIcon(*record, "start-recording"));
+        QCOMPARE(record->toolTip(), QStringLiteral("Start Recording"));
+    }
+
+    void timeIsShown()
+    {
+        SCFullscreenToolbar bar;
+        bar.setTimeText(QStringLiteral("01:02:03"));
+        QCOMPARE(label(bar, "timerLabel")->text(), QStringLiteral("01:02:03"));
+    }
+
+    void pauseButtonTellsAndShowsWhatTheOwnerSays()
+    {
+        SCFullscreenToolbar bar;
+        bar.setRecording(true);
+        const QPushButton* const pause = button(bar, "pauseButton");
+        const QSignalSpy toggled(&bar, &SCFullscreenToolbar::pauseToggled);
+        QVERIFY(hasIcon(*pause, "pause-recording"));
+        QCOMPARE(pause->toolTip(), QStringLiteral("Pause Recording"));
+        button(bar, "pauseButton")->click();
+        QCOMPARE(toggled, (QList<QVariantList>{{true}}));
+        QCOMPARE(pause->toolTip(), QStringLiteral("Pause Recording"));
+        bar.setPaused(true);
+        QVERIFY(hasIcon(*pause, "resume-recording"));
+        QCOMPARE(pause->toolTip(), QStringLiteral("Resume Recording"));
+        QCOMPARE(pause->accessibleName(), QStringLiteral("Resume Recording"));
+        button(bar, "pauseButton")->click();
+        QCOMPARE(toggled, (QList<QVariantList>{{true}, {false}}));
+        bar.setRecording(false);
+        QVERIFY(hasIcon(*pause, "pause-recording"));
+        QCOMPARE(toggled.size(), 2);
+    }
+
+    void formatThatCannotPauseSaysSoByADisabledButton()
+    {
+        SCFullscreenToolbar bar;
+        QPushButton* const pause = button(bar, "pauseButton");
+        QVERIFY(pause->isEnabled());
+        const QSignalSpy toggled(&bar, &SCFullscreenToolbar::pauseToggled);
+        bar.setPausable(false);
+        QVERIFY(!pause->isEnabled());
+        QCOMPARE(pause->toolTip(), QStringLiteral("This format cannot be paused"));
+        pause->click();
+        QCOMPARE(toggled.size(), 0);
+        bar.setPausable(true);
+        QVERIFY(pause->isEnabled());
+        QCOMPARE(pause->toolTip(), QStringLiteral("Pause Recording"));
+    }
+
+    void audioOnlyLooksDifferentAndBackAgain()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        const QImage picture = bar.grab().toImage();
+        bar.setAudioOnly(true);
+        QVERIFY(label(bar, "audioOnlyLabel")->isVisible());
+        QCoreApplication::sendPostedEvents();
+        const QImage audio = bar.grab().toImage();
+        QVERIFY(audio != picture);
+        QCOMPARE(audio.pixelColor(100, 0).name(), QStringLiteral("#007acc"));
+        bar.setAudioOnly(false);
+        QVERIFY(!label(bar, "audioOnlyLabel")->isVisible());
+        QCoreApplication::sendPostedEvents();
+        QCOMPARE(bar.grab().toImage(), picture);
+    }
+
+    void languageChangeChangesEveryText()
+    {
+        SCFullscreenToolbar bar;
+        bar.setRecording(true);
+        MarkingTranslator translator;
+        QVERIFY(QCoreApplication::installTranslator(&translator));
+        QCoreApplication::sendPostedEvents();
+        QCOMPARE(button(bar, "recordButton")->toolTip(), QStringLiteral("<Stop Recording>"));
+        QCOMPARE(button(bar, "pauseButton")->toolTip(), QStringLiteral("<Pause Recording>"));
+        QCOMPARE(button(bar, "autoHideButton")->toolTip(), QStringLiteral("<Toggle Auto-Hide>"));
+        QCOMPARE(label(bar, "timerLabel")->accessibleName(), QStringLiteral("<Elapsed Time>"));
+        QCOMPARE(label(bar, "audioOnlyLabel")->toolTip(), QStringLiteral("<Sound Only>"));
+        bar.setPaused(true);
+        bar.setPausable(false);
+        QCOMPARE(button(bar, "pauseButton")->accessibleName(), QStringLiteral("<Resume Recording>"));
+        QCOMPARE(button(bar, "pauseButton")->toolTip(), QStringLiteral("<This format cannot be paused>"));
+        QCoreApplication::removeTranslator(&translator);
+    }
+
+    void everyTextIsInTheTableOfTexts()
+    {
+        QFile file(QStringLiteral(":/locales/en_US.ini"));
+        QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
+        const QString table = QString::fromUtf8(file.readAll());
+        for (const char* const text :
+             {"Start Recording", "Stop Recording", "Pause Recording", "Resume Recording", "Toggle Auto-Hide",
+              "This format cannot be paused", "Recording Toolbar", "Elapsed Time", "Sound Only"})
+            QVERIFY2(table.contains(QStringLiteral("%1 = \"%1\"\n").arg(QLatin1String(text))), text);
+    }
+
+    /// A pointer that moves over the program's own windows need not be waited for.
+    void pointerMovingOverTheProgramsWindowsIsNoticedAtOnce()
+    {
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        QWidget other;
+        other.show();
+        bar.onAutoHideToggled(false);
+        QVERIFY(animation(bar)->state() == QAbstractAnimation::Stopped);
+        QTest::mouseMove(&other, QPoint(5, 5));
+        pointAway();
+        QMouseEvent move(QEvent::MouseMove, QPointF(5, 5), QPointF(5, 5), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(&other, &move);
+        QCOMPARE(animation(bar)->state(), QAbstractAnimation::Running);
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestSCFullscreenToolbar test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_scfullscreentoolbar.moc"
