@@ -20,6 +20,8 @@ void CaptureProgress::connect(std::size_t mixerIndex)
     m_framesSinceMark = 0;
     m_picture = nullptr;
     m_pictureNs = 0;
+    m_lineNs = 0;
+    m_resume.callOff();
     m_hasPicture = false;
     m_soundNs = 0;
     m_pictureGate.setBypassed(false);
@@ -36,11 +38,13 @@ void CaptureProgress::disconnect()
     if (!m_connected)
         return;
     // libobs keeps its list of listeners locked while a line waits.
+    m_resume.callOff();
     m_pictureGate.setBypassed(true);
     m_soundGate.setBypassed(true);
     obs_remove_raw_audio_callback(m_mixerIndex, &CaptureProgress::onSound, this);
     obs_remove_raw_video_callback(&CaptureProgress::onFrame, this);
     m_connected = false;
+    releaseHolds();
 }
 
 bool CaptureProgress::waitForPicture(int timeoutMs) const
@@ -51,10 +55,10 @@ bool CaptureProgress::waitForPicture(int timeoutMs) const
     return m_hasPicture;
 }
 
-void CaptureProgress::mark()
+void CaptureProgress::mark(std::uint64_t momentNs)
 {
     std::uint64_t expected = kNoMark;
-    m_markNs.compare_exchange_strong(expected, os_gettime_ns());
+    m_markNs.compare_exchange_strong(expected, momentNs);
 }
 
 bool CaptureProgress::isMarked() const
@@ -73,6 +77,13 @@ std::int64_t CaptureProgress::soundSinceMarkNs() const
     return isMarked() ? static_cast<std::int64_t>(m_soundNs) - static_cast<std::int64_t>(m_markNs.load()) : 0;
 }
 
+std::uint64_t CaptureProgress::pauseTakesEffectNs(std::uint64_t nowNs) const
+{
+    const std::uint64_t beatNs = video_output_get_frame_time(obs_get_video());
+    const std::uint64_t lineNs = m_lineNs;
+    return lineNs + (nowNs - lineNs + 2 * beatNs) / beatNs * beatNs;
+}
+
 void CaptureProgress::onFrame(void* param, video_data* frame)
 {
     auto& self = *static_cast<CaptureProgress*>(param);
@@ -85,6 +96,8 @@ void CaptureProgress::onFrame(void* param, video_data* frame)
     }
     if (self.m_pictureNs >= self.m_markNs)
         ++self.m_framesSinceMark;
+    self.m_lineNs = frame->timestamp;
+    self.m_resume.pictureArrives(frame->timestamp);
     self.m_pictureGate.pass();
 }
 
@@ -93,11 +106,34 @@ void CaptureProgress::onSound(void* param, std::size_t, audio_data* sound)
     // The start of the block: its end is with the output only after this object.
     auto& self = *static_cast<CaptureProgress*>(param);
     self.m_soundNs = sound->timestamp;
+    const std::uint32_t rate = audio_output_get_sample_rate(obs_get_audio());
+    self.m_resume.soundHasPassed(sound->timestamp, sound->timestamp + audio_frames_to_ns(rate, sound->frames));
     self.m_soundGate.pass();
+}
+
+void CaptureProgress::holdPicture()
+{
+    if (!m_pictureIsHeld.exchange(true))
+        m_pictureGate.close();
+}
+
+void CaptureProgress::holdSound()
+{
+    if (!m_soundIsHeld.exchange(true))
+        m_soundGate.close();
+}
+
+void CaptureProgress::releaseHolds()
+{
+    if (m_pictureIsHeld.exchange(false))
+        m_pictureGate.open();
+    if (m_soundIsHeld.exchange(false))
+        m_soundGate.open();
 }
 
 CaptureProgress::StandStill::StandStill(CaptureProgress& progress) : m_progress(progress)
 {
+    m_progress.m_resume.callOff();
     // Both at once: the two waits then overlap.
     m_progress.m_pictureGate.close();
     m_progress.m_soundGate.close();
@@ -110,6 +146,7 @@ CaptureProgress::StandStill::StandStill(CaptureProgress& progress) : m_progress(
 
 CaptureProgress::StandStill::~StandStill()
 {
+    m_progress.releaseHolds();
     m_progress.m_pictureGate.open();
     m_progress.m_soundGate.open();
 }

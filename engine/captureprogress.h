@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/linegate.h"
+#include "engine/resumemeeting.h"
 
 #include <atomic>
 #include <cstdint>
@@ -38,8 +39,8 @@ public:
     /// @return false when none came within the time
     bool waitForPicture(int timeoutMs) const;
 
-    /// Takes the present moment as the mark, unless one was taken since connect().
-    void mark();
+    /// Takes a moment as the mark, unless one was taken since connect().
+    void mark(std::uint64_t momentNs);
     bool isMarked() const;
 
     /// How many pictures taken at or after the mark have been handed to the output for certain; 0 without a mark.
@@ -48,6 +49,23 @@ public:
     /// Nanoseconds of sound after the mark that have been handed to the output for certain; negative while sound from
     /// before the mark is on its way, and 0 without a mark.
     std::int64_t soundSinceMarkNs() const;
+
+    /// The picture with which a pause begins or ends that the library is told of at the given moment: one or two
+    /// pictures later, on the beat of the line. The sound begins or ends at the same moment.
+    std::uint64_t pauseTakesEffectNs(std::uint64_t nowNs) const;
+
+    /// Lets an output whose pause ends at the moment go on with picture and sound together.
+    void meetAt(std::uint64_t momentNs) { m_resume.appoint(momentNs); }
+
+    void meetingIsOff() { m_resume.callOff(); }
+
+    /// Whether both lines have passed the last moment of meetAt(). Waits for it.
+    bool waitUntilMet(int timeoutMs) { return m_resume.waitUntilOver(timeoutMs); }
+
+    /// Lets the line wait until a StandStill has passed or disconnect(): its end has been reached, and what follows
+    /// shall not get into the file while the other line is on its way.
+    void holdPicture();
+    void holdSound();
 
     /// Stands both lines still while it lives, so that the output is in no callback of theirs. The stock output frees
     /// its encoders inside its stop without waiting for the line that may be encoding with them at that moment.
@@ -69,16 +87,22 @@ public:
 private:
     static constexpr std::uint64_t kNoMark = std::numeric_limits<std::uint64_t>::max();
 
+    void releaseHolds();
     static void onFrame(void* param, video_data* frame);
     static void onSound(void* param, std::size_t mixerIndex, audio_data* sound);
 
     LineGate m_pictureGate;
     LineGate m_soundGate;
+    ResumeMeeting m_resume;
+    std::atomic<bool> m_pictureIsHeld{false};
+    std::atomic<bool> m_soundIsHeld{false};
     std::atomic<bool> m_connected{false};
     std::size_t m_mixerIndex = 0;
     /// Where the line keeps the latest picture, and when that was taken. Used on the line's thread only.
     const std::uint8_t* m_picture = nullptr;
     std::uint64_t m_pictureNs = 0;
+    /// The time stamp of the last picture, repeated ones included.
+    std::atomic<std::uint64_t> m_lineNs{0};
     std::atomic<std::uint64_t> m_markNs{kNoMark};
     std::atomic<bool> m_hasPicture{false};
     std::atomic<int> m_framesSinceMark{0};

@@ -133,17 +133,30 @@ public:
 
     /// Whether a recording runs. May be called from any thread.
     bool isRecording() const { return m_recording && m_endOwed; }
+
+    /// Pauses the running recording, or lets it go on. What happens during a pause is not in the file, which goes on
+    /// seamlessly, sound and picture together. Either takes effect after one or two pictures; one that comes right
+    /// after another waits for that, some tenths of a second at most. Sends no status.
+    ///
+    /// @return false, and nothing changed, when no recording runs, its file is still being opened, or the output cannot
+    /// pause
+    bool pauseRecording(bool pause);
     /// Whether a running recording is paused. May be called from any thread.
-    bool isPaused() const { return m_paused; }
+    bool isRecordingPaused() const { return m_paused; }
+    /// Whether the output that is set up can pause.
+    bool canPauseRecording() const;
 
     /// Takes the present moment as the end that the running recording shall have. Only the first call of a recording
-    /// counts.
+    /// counts. A paused recording ends at the moment of its pause or a few pictures later: it goes on, so that what its
+    /// encoder holds back comes out.
     void requestRecordingEnd();
 
     /// Whether everything captured up to the requested end has been encoded, so that a stop loses nothing of it. True
-    /// as well when nothing records; false before an end was requested. Ask every few milliseconds, and stop asking
-    /// after kRecordingEndTimeoutMs: pictures stop arriving when the engine stalls.
-    bool isRecordingEndReached() const;
+    /// as well when nothing records; false before an end was requested. Ask every few milliseconds: of picture and
+    /// sound, the one that has got there stands still from then on, so that it runs no further into the file than it
+    /// has to. Stop asking after kRecordingEndTimeoutMs, for pictures stop arriving when the engine stalls; in any case
+    /// stopRecording() has to follow.
+    bool isRecordingEndReached();
 
     static constexpr int kRecordingEndTimeoutMs = 10000;
 
@@ -235,6 +248,8 @@ private:
     void endRecording();
     void setRecordingEnd(const RecordingEnd& end);
     bool isOutputStarting() const;
+    void waitUntilPauseHasBegun() const;
+    bool tellOutputToPause(bool pause);
     void waitUntilOutputRuns() const;
     void letEndedOutputRest(ObsOutputHandle output);
     static void onOutputStopped(void* wrapper, calldata_t* stopSignal);
@@ -268,6 +283,8 @@ private:
     // What the stop handlers use on libobs' threads outlasts their connections, which are among the handles below.
     std::atomic<bool> m_recording{false};
     std::atomic<bool> m_paused{false};
+    /// The moment from which the last pause, or the recording after it, runs, on libobs' clock.
+    std::uint64_t m_pauseEffectNs = 0;
     /// A started recording whose end has not been signalled yet: what makes status 2 come exactly once.
     std::atomic<bool> m_endOwed{false};
     std::atomic<bool> m_stoppedEarly{false};

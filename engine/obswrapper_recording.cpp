@@ -10,6 +10,8 @@
 #include <util/platform.h>
 #include <utility>
 
+#include <algorithm>
+
 namespace {
 
 constexpr char kStopSignal[] = "stop";
@@ -26,6 +28,10 @@ constexpr int kOutputStartLimitMs = 3000;
 /// The longest block that one of the sound encoders collects (FLAC: 4608 samples of 48000 a second), twice: one block
 /// to fill, one that the encoder holds back.
 constexpr std::int64_t kSoundDelayNs = 192'000'000;
+/// The lines meet again a few tenths of a second after a pause, or give up after a second each.
+constexpr int kPauseLimitMs = 2000;
+/// Ample for a call of libobs that does nothing but note a moment.
+constexpr std::uint64_t kPauseCallNs = 5'000'000;
 
 ObsEncoderHandle createAudioEncoder(const char* name, size_t mixerIndex)
 {
@@ -202,6 +208,7 @@ int ObsWrapper::startRecording()
     qDebug() << "Recording started successfully";
     m_recording = true;
     m_paused = false;
+    m_pauseEffectNs = 0;
     connectStopHandler();
     early.reset();
     if (m_stoppedEarly)
@@ -378,12 +385,61 @@ void ObsWrapper::letEndedOutputRest(ObsOutputHandle output)
         m_restingOutputs.keep(std::move(output), endedNs);
 }
 
-void ObsWrapper::requestRecordingEnd()
+bool ObsWrapper::canPauseRecording() const
 {
-    m_progress.mark();
+    return m_output && obs_output_can_pause(m_output.get());
 }
 
-bool ObsWrapper::isRecordingEndReached() const
+bool ObsWrapper::pauseRecording(bool pause)
+{
+    // Before its first picture an output has no beat yet for a pause to begin on.
+    if (!isRecording() || !canPauseRecording() || recordedFrames() == 0)
+        return false;
+    if (pause == m_paused)
+        return true;
+    m_progress.waitUntilMet(kPauseLimitMs);
+    if (!pause)
+        waitUntilPauseHasBegun();
+    return tellOutputToPause(pause);
+}
+
+/// A pause shorter than a block of sound would end in the block in which it begins, which libobs cannot do.
+void ObsWrapper::waitUntilPauseHasBegun() const
+{
+    const std::uint64_t beatNs = video_output_get_frame_time(obs_get_video());
+    while (m_progress.pauseTakesEffectNs(os_gettime_ns()) <= m_pauseEffectNs + beatNs)
+        QThread::msleep(1);
+}
+
+bool ObsWrapper::tellOutputToPause(bool pause)
+{
+    const auto effectAfterNs = [this](std::uint64_t delayNs) {
+        return m_progress.pauseTakesEffectNs(os_gettime_ns() + delayNs);
+    };
+    // Not just before the line's next beat: the moment would be another one when libobs looks at the clock.
+    while (effectAfterNs(kPauseCallNs) != effectAfterNs(0))
+        QThread::msleep(1);
+    m_pauseEffectNs = effectAfterNs(0);
+    // The lines must not get there before they know.
+    if (!pause)
+        m_progress.meetAt(m_pauseEffectNs);
+    if (!obs_output_pause(m_output.get(), pause)) {
+        m_progress.meetingIsOff();
+        return false;
+    }
+    m_paused = pause;
+    return true;
+}
+
+void ObsWrapper::requestRecordingEnd()
+{
+    if (m_paused)
+        pauseRecording(false);
+    // What passes before a pause has ended does not reach the encoder.
+    m_progress.mark(std::max<std::uint64_t>(os_gettime_ns(), m_pauseEffectNs));
+}
+
+bool ObsWrapper::isRecordingEndReached()
 {
     if (!isRecording())
         return true;
@@ -391,10 +447,13 @@ bool ObsWrapper::isRecordingEndReached() const
         return false;
     const int delay = encoderDelayFrames();
     // Pictures that passed while the file was still being opened have not reached the encoder.
-    const bool picture =
-        !hasVideo(m_format) || (m_progress.framesSinceMark() > delay && recordedFrames() > static_cast<quint64>(delay));
-    const bool sound = m_format == RecordingFormat::Gif || m_progress.soundSinceMarkNs() > kSoundDelayNs;
-    return picture && sound;
+    const bool picture = m_progress.framesSinceMark() > delay && recordedFrames() > static_cast<quint64>(delay);
+    const bool sound = m_progress.soundSinceMarkNs() > kSoundDelayNs;
+    if (picture)
+        m_progress.holdPicture();
+    if (sound)
+        m_progress.holdSound();
+    return (picture || !hasVideo(m_format)) && (sound || m_format == RecordingFormat::Gif);
 }
 
 quint64 ObsWrapper::recordedFrames() const

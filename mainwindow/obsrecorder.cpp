@@ -35,6 +35,21 @@ int ObsRecorder::stopRecording(bool force)
     return m_obs.stopRecording(force);
 }
 
+bool ObsRecorder::pauseRecording(bool pause)
+{
+    return m_obs.pauseRecording(pause);
+}
+
+bool ObsRecorder::isRecordingPaused() const
+{
+    return m_obs.isRecordingPaused();
+}
+
+bool ObsRecorder::canPauseRecording() const
+{
+    return m_obs.canPauseRecording();
+}
+
 void ObsRecorder::requestRecordingEnd()
 {
     m_obs.requestRecordingEnd();

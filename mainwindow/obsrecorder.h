@@ -20,6 +20,9 @@ public:
     void setupFFmpeg(const QString& storePath, int widthPx, int heightPx, int fps, int bitRate, int format) override;
     int startRecording() override;
     int stopRecording(bool force) override;
+    bool pauseRecording(bool pause) override;
+    bool isRecordingPaused() const override;
+    bool canPauseRecording() const override;
     void requestRecordingEnd() override;
     bool isRecordingEndReached() const override;
     QString endReason() const override;

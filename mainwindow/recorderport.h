@@ -27,7 +27,17 @@ public:
     virtual int startRecording() = 0;
     virtual int stopRecording(bool force) = 0;
 
-    /// Takes the present moment as the end that the running recording shall have.
+    /// Pauses the running recording, or lets it go on. What happens meanwhile is not in the file. No status number
+    /// tells of it.
+    ///
+    /// @return false, and nothing changed, when that is not possible, for instance in the first tenths of a second
+    virtual bool pauseRecording(bool pause) = 0;
+    virtual bool isRecordingPaused() const = 0;
+    /// Whether a recording of the format that is set up can pause.
+    virtual bool canPauseRecording() const = 0;
+
+    /// Takes the present moment as the end that the running recording shall have; a paused one ends where its pause
+    /// began, and is no longer paused.
     virtual void requestRecordingEnd() = 0;
 
     /// Whether everything captured up to the requested end has left the encoder, so that a stop loses nothing of it. An

@@ -208,6 +208,20 @@ obs_output_t* obs_output_create(const char* id, const char* name, obs_data_t* se
     return fails("obs_output_create") ? nullptr : REAL(obs_output_create)(id, name, settings, hotkeys);
 }
 
+bool obs_output_can_pause(const obs_output_t* output)
+{
+    return !fails("obs_output_can_pause") && REAL(obs_output_can_pause)(output);
+}
+
+bool obs_output_pause(obs_output_t* output, bool pause)
+{
+    // The library ends a pause with every stop, whether there is one or not.
+    if (pause || obs_output_paused(output))
+        note("obs_output_pause", QString::number(int(pause)));
+    const Inside inside;
+    return !fails("obs_output_pause") && REAL(obs_output_pause)(output, pause);
+}
+
 obs_encoder_t* obs_audio_encoder_create(const char* id, const char* name, obs_data_t* settings, size_t mixer,
                                         obs_data_t* hotkeys)
 {

@@ -388,7 +388,7 @@ void registerOutputs()
 {
     obs_output_info info{};
     info.id = "ffmpeg_output";
-    info.flags = OBS_OUTPUT_AV;
+    info.flags = OBS_OUTPUT_AV | OBS_OUTPUT_CAN_PAUSE;
     info.get_name = [](void*) { return "FFmpeg Output"; };
     info.create = createOutput;
     info.destroy = destroyOutput;

@@ -273,7 +273,7 @@ private slots:
         QCOMPARE(textsAtStatus, QStringList());
         QCOMPARE(statuses(*m_status), QList<int>{0});
         QVERIFY(m_wrapper->isRecording());
-        QVERIFY(!m_wrapper->isPaused());
+        QVERIFY(!m_wrapper->isRecordingPaused());
         QCOMPARE(log.texts(QtDebugMsg), (QStringList{"Starting recording...", "Recording started successfully"}));
         // The output's end is followed from before its start.
         QCOMPARE(obsspy::calls(), (QStringList{"signal_handler_connect_ref stop", "obs_output_start",
@@ -331,7 +331,7 @@ private slots:
         QCOMPARE(m_wrapper->stopRecording(false), 0);
         QCOMPARE(m_wrapper->stopRecording(true), 0);
         QVERIFY(!m_wrapper->isRecording());
-        QVERIFY(!m_wrapper->isPaused());
+        QVERIFY(!m_wrapper->isRecordingPaused());
         QVERIFY(m_status->isEmpty());
         QVERIFY(standins::events().isEmpty());
     }

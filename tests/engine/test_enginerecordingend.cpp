@@ -69,7 +69,7 @@ private slots:
         QCOMPARE(m_wrapper->stopRecording(false), 0);
         QCOMPARE(m_wrapper->stopRecording(false), 0);
         QVERIFY(!m_wrapper->isRecording());
-        QVERIFY(!m_wrapper->isPaused());
+        QVERIFY(!m_wrapper->isRecordingPaused());
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
 
@@ -295,6 +295,107 @@ private slots:
         QVERIFY(m_wrapper->isRecording());
         QCOMPARE(m_wrapper->stopRecording(false), 0);
         QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+    }
+
+    void pauseAndResumeReachTheOutputAndSendNoStatus()
+    {
+        setup(0);
+        QVERIFY(m_wrapper->canPauseRecording());
+        QVERIFY(!m_wrapper->pauseRecording(true));
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        obsspy::clear();
+        QVERIFY(m_wrapper->pauseRecording(true));
+        QVERIFY(m_wrapper->pauseRecording(true));
+        QVERIFY(m_wrapper->isRecordingPaused());
+        QVERIFY(m_wrapper->isRecording());
+        QTest::qWait(200);
+        const quint64 paused = m_wrapper->recordedFrames();
+        QTest::qWait(200);
+        QCOMPARE(m_wrapper->recordedFrames(), paused);
+        QVERIFY(m_wrapper->pauseRecording(false));
+        QVERIFY(!m_wrapper->isRecordingPaused());
+        QTRY_VERIFY(m_wrapper->recordedFrames() > paused);
+        QCOMPARE(obsspy::calls(), (QStringList{"obs_output_pause 1", "obs_output_pause 0"}));
+        QCOMPARE(statuses(*m_status), QList<int>{0});
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+    }
+
+    void pauseFollowedAtOnceByAResumeAndAPauseWaitsForThem()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        for (int i = 0; i < 5; ++i) {
+            QVERIFY(m_wrapper->pauseRecording(true));
+            QVERIFY(m_wrapper->pauseRecording(false));
+        }
+        const quint64 before = m_wrapper->recordedFrames();
+        QTRY_VERIFY(m_wrapper->recordedFrames() > before + 3);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+    }
+
+    void outputThatCannotPauseGoesOn()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        obsspy::failAt(QStringLiteral("obs_output_can_pause"));
+        QVERIFY(!m_wrapper->canPauseRecording());
+        QVERIFY(!m_wrapper->pauseRecording(true));
+        obsspy::failNowhere();
+        obsspy::failAt(QStringLiteral("obs_output_pause"));
+        QVERIFY(!m_wrapper->pauseRecording(true));
+        QVERIFY(!m_wrapper->isRecordingPaused());
+        const quint64 before = m_wrapper->recordedFrames();
+        QTRY_VERIFY(m_wrapper->recordedFrames() > before);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+    }
+
+    void endRequestedWhilePausedIsReached()
+    {
+        setup(1);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        QVERIFY(m_wrapper->pauseRecording(true));
+        QTest::qWait(300);
+        m_wrapper->requestRecordingEnd();
+        QVERIFY(!m_wrapper->isRecordingPaused());
+        QVERIFY(!m_wrapper->isRecordingEndReached());
+        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void pausedOutputThatEndsByItselfIsPausedNoMore()
+    {
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        QVERIFY(m_wrapper->pauseRecording(true));
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_NO_SPACE); }).join();
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QVERIFY(!m_wrapper->isRecordingPaused());
+        QVERIFY(!m_wrapper->pauseRecording(true));
+    }
+
+    void linesThatHaveReachedTheEndStandStillUntilTheStop()
+    {
+        setup(1);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        m_wrapper->requestRecordingEnd();
+        QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
+        QTest::qWait(100);
+        const quint64 atEnd = m_wrapper->recordedFrames();
+        QTest::qWait(300);
+        QCOMPARE(m_wrapper->recordedFrames(), atEnd);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        // And go on afterwards.
+        setup(1);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 3);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
     }
 
     void sceneIsTakenOffOnlyWhenTheRecordingHasEnded()

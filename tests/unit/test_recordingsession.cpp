@@ -55,6 +55,15 @@ public:
         return 0;
     }
 
+    bool pauseRecording(bool pause) override
+    {
+        note("pause %1", pause);
+        paused = pause;
+        return true;
+    }
+
+    bool isRecordingPaused() const override { return paused; }
+    bool canPauseRecording() const override { return true; }
     void requestRecordingEnd() override { m_calls << QStringLiteral("end here"); }
     bool isRecordingEndReached() const override { return pollsUntilDrained-- <= 0; }
     QString endReason() const override { return error; }
@@ -71,6 +80,7 @@ public:
     bool ready = true;
     bool recording = false;
     bool startWorks = true;
+    bool paused = false;
     mutable int pollsUntilDrained = 0;
     QString path;
     QString error;

@@ -1,0 +1,60 @@
+#include "engine/resumemeeting.h"
+
+#include <chrono>
+
+namespace {
+
+/// A line that has not come by then does not move at all; the other one is not held up for it.
+constexpr std::chrono::milliseconds kPatience{1000};
+
+} // namespace
+
+void ResumeMeeting::appoint(std::uint64_t momentNs)
+{
+    const std::lock_guard lock(m_mutex);
+    m_momentNs = momentNs;
+    m_pictureIsThere = false;
+    m_soundIsThrough = false;
+}
+
+void ResumeMeeting::pictureArrives(std::uint64_t takenNs)
+{
+    std::unique_lock lock(m_mutex);
+    if (m_momentNs == kNone || takenNs < m_momentNs)
+        return;
+    m_pictureIsThere = true;
+    m_changed.notify_all();
+    m_changed.wait_for(lock, kPatience, [this] { return m_soundIsThrough || m_momentNs == kNone; });
+    m_momentNs = kNone;
+    m_changed.notify_all();
+}
+
+void ResumeMeeting::soundHasPassed(std::uint64_t beginNs, std::uint64_t endNs)
+{
+    std::unique_lock lock(m_mutex);
+    if (m_momentNs == kNone)
+        return;
+    if (endNs >= m_momentNs) {
+        m_soundIsThrough = true;
+        m_changed.notify_all();
+        return;
+    }
+    const std::uint64_t nextEndNs = endNs + (endNs - beginNs);
+    if (nextEndNs >= m_momentNs)
+        m_changed.wait_for(lock, kPatience, [this] { return m_pictureIsThere || m_momentNs == kNone; });
+}
+
+void ResumeMeeting::callOff()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_momentNs = kNone;
+    }
+    m_changed.notify_all();
+}
+
+bool ResumeMeeting::waitUntilOver(int timeoutMs)
+{
+    std::unique_lock lock(m_mutex);
+    return m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return m_momentNs == kNone; });
+}

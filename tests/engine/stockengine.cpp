@@ -1,0 +1,97 @@
+#include "tests/engine/stockengine.h"
+
+#include "engine/capturetargets.h"
+#include "tests/support/testpicture.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
+#include <QScreen>
+#include <QTest>
+
+namespace {
+
+constexpr int kStartTimeoutMs = 10'000;
+const auto kDefaultDevice = QStringLiteral("default");
+
+} // namespace
+
+StockEngine::~StockEngine()
+{
+    for (QProcess* process : {&m_picture, &m_tone}) {
+        process->terminate();
+        process->waitForFinished();
+    }
+}
+
+QString StockEngine::perform(QProcess& process, const char* name, const QStringList& arguments)
+{
+    process.start(QStringLiteral(KESTRANO_BINARY_DIR "/") + QLatin1String(name), arguments);
+    return process.waitForReadyRead(kStartTimeoutMs) ? QString() : QLatin1String(name) + QLatin1String(" is not there");
+}
+
+QString StockEngine::showPicture()
+{
+    return perform(m_picture, "kestrano_test_picture", {QStringLiteral("--rate"), QString::number(kPictureRate)});
+}
+
+QString StockEngine::playTone()
+{
+    return perform(m_tone, "kestrano_test_tone", {});
+}
+
+QString StockEngine::start()
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    m_screen = QRect(screen->geometry().topLeft(), screen->size() * screen->devicePixelRatio());
+    m_engine = std::make_unique<ObsWrapper>();
+    if (!m_engine->initialize(m_screen.width(), m_screen.height(), kFps))
+        return QStringLiteral("the engine does not start");
+    if (m_engine->setupScene(ObsWrapper::kCaptureMonitor) != 0)
+        return QStringLiteral("there is no scene");
+    m_engine->setDesktopAudioDevice(true, kDefaultDevice);
+    m_engine->refreshCaptureTargets(false);
+    if (!setMargins(0, 0, 0, 0))
+        return QStringLiteral("the screen is none of ") + m_engine->captureTargetNames().join(QLatin1Char('|'));
+    m_engine->setCaptureCursor(true);
+    return {};
+}
+
+bool StockEngine::setMargins(int left, int right, int top, int bottom)
+{
+    m_size = m_screen.marginsRemoved({left, top, right, bottom}).size();
+    const QString target = captureTargetForScreen(m_engine->captureTargetNames(), m_screen);
+    return m_engine->resetVideo(m_size.width(), m_size.height(), m_size.width(), m_size.height(), kFps) == 0 &&
+           m_engine->setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor,
+                                      m_size != m_screen.size(), left, right, top, bottom);
+}
+
+QString StockEngine::begin(const QString& storePath, int format)
+{
+    m_engine->setupFFmpeg(storePath, m_size.width(), m_size.height(), kFps, kBitRate, format);
+    if (m_engine->startRecording() != 0)
+        return QStringLiteral("the recording does not start");
+    // Opening the file takes its time on a busy machine.
+    return QTest::qWaitFor([this] { return m_engine->recordedFrames() > 0; }, kStartTimeoutMs)
+               ? QString()
+               : QStringLiteral("no picture arrives");
+}
+
+QString StockEngine::end()
+{
+    m_engine->requestRecordingEnd();
+    const bool reached =
+        QTest::qWaitFor([this] { return m_engine->isRecordingEndReached(); }, ObsWrapper::kRecordingEndTimeoutMs);
+    m_engine->stopRecording(false);
+    return reached ? QString() : QStringLiteral("the end is not reached");
+}
+
+std::optional<uint32_t> StockEngine::numberOnScreen()
+{
+    const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+    const TestPicture picture(screen.size());
+    QList<int> brightness;
+    for (int i = 0; i < picture.blockCount(); ++i)
+        brightness << qGray(screen.pixel(picture.block(i).center()));
+    return TestPicture::numberFromBlocks(brightness);
+}

@@ -1,0 +1,299 @@
+#include "app/appidentity.h"
+#include "engine/ffmpegsettings.h"
+#include "tests/engine/stockengine.h"
+#include "tests/support/mediafile.h"
+#include "tests/support/testpicture.h"
+#include "tests/support/testprofile.h"
+#include "tests/support/testtone.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+
+namespace {
+
+constexpr double kNsPerSecond = 1e9;
+constexpr int kTakeMs = 1500;
+constexpr int kPauseMs = 1100;
+
+/// One stretch of a recording that no pause interrupts.
+struct Stretch
+{
+    qsizetype firstFrame = 0;
+    qsizetype frames = 0;
+    uint32_t firstNumber = 0;
+    uint32_t lastNumber = 0;
+};
+
+/// The stretches of a file's numbers: a gap of more than a third of a second parts them.
+QList<Stretch> stretchesOf(const QList<std::optional<uint32_t>>& numbers)
+{
+    QList<Stretch> stretches;
+    for (qsizetype frame = 0; frame < numbers.size(); ++frame) {
+        const uint32_t number = numbers.at(frame).value_or(0);
+        if (stretches.isEmpty() || number > stretches.last().lastNumber + StockEngine::kPictureRate / 3)
+            stretches.append({frame, 0, number, number});
+        ++stretches.last().frames;
+        stretches.last().lastNumber = number;
+    }
+    return stretches;
+}
+
+/// The most frames in a row that show the same number.
+int longestStandstill(const QList<std::optional<uint32_t>>& numbers)
+{
+    int longest = 0;
+    int here = 0;
+    for (qsizetype frame = 0; frame < numbers.size(); ++frame) {
+        here = frame > 0 && numbers.at(frame) == numbers.at(frame - 1) ? here + 1 : 1;
+        longest = std::max(longest, here);
+    }
+    return longest;
+}
+
+} // namespace
+
+/// Pausing real recordings of a desktop that shows and sounds the time, with the stock plug-ins.
+class TestStockPause : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QCOMPARE(m_stock.showPicture(), QString());
+        QCOMPARE(m_stock.playTone(), QString());
+        QCOMPARE(m_stock.start(), QString());
+        QTRY_VERIFY_WITH_TIMEOUT(m_stock.engine().isEncoderDelayMeasured(), 30'000);
+    }
+
+    void cleanupTestCase() { m_stock.release(); }
+
+    void nothingToPauseWithoutARecording()
+    {
+        QVERIFY(!m_stock.engine().pauseRecording(true));
+        QVERIFY(!m_stock.engine().isRecordingPaused());
+    }
+
+    void twoPausesAreNotInTheFile_data()
+    {
+        QTest::addColumn<int>("format");
+        for (int format = 0; format < kRecordingFormatCount; ++format)
+            QTest::newRow(qPrintable(recordingFormatName(recordingFormatFromIndex(format)))) << format;
+    }
+
+    void twoPausesAreNotInTheFile()
+    {
+        QFETCH(const int, format);
+        const QString path = m_folder.filePath(QStringLiteral("two%1").arg(format));
+        QSignalSpy status(&m_stock.engine(), &ObsWrapper::recordStatusChanged);
+        QCOMPARE(m_stock.begin(path, format), QString());
+        QVERIFY(m_stock.engine().canPauseRecording());
+        double expected = take();
+        for (int pause = 0; pause < 2; ++pause) {
+            QVERIFY(m_stock.engine().pauseRecording(true));
+            QVERIFY(m_stock.engine().isRecordingPaused());
+            QVERIFY(m_stock.engine().isRecording());
+            QTest::qWait(kPauseMs);
+            QVERIFY(m_stock.engine().pauseRecording(false));
+            QVERIFY(!m_stock.engine().isRecordingPaused());
+            expected += take();
+        }
+        QCOMPARE(m_stock.end(), QString());
+        // The wrapper tells of the start and of the end only.
+        QTRY_COMPARE(status.size(), 2);
+        const RecordingFormat recorded = recordingFormatFromIndex(format);
+        const MediaFile file(recordingUrl(path, recorded));
+        QVERIFY2(file.isReadable(), qPrintable(file.error()));
+        if (hasVideo(recorded))
+            checkPicture(file, 3, expected);
+        if (recorded != RecordingFormat::Gif)
+            checkSoundLength(file, expected);
+        if (hasVideo(recorded) && recorded != RecordingFormat::Gif)
+            checkTogether(file);
+    }
+
+    void manyHastyPausesDoNotDriveSoundAndPictureApart()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("hasty"));
+        QCOMPARE(m_stock.begin(path, 0), QString());
+        QTest::qWait(kTakeMs);
+        for (int pause = 0; pause < 10; ++pause) {
+            QVERIFY(m_stock.engine().pauseRecording(true));
+            QTest::qWait(pause * 13);
+            QVERIFY(m_stock.engine().pauseRecording(false));
+            QTest::qWait((9 - pause) * 17);
+        }
+        QTest::qWait(kTakeMs);
+        QCOMPARE(m_stock.end(), QString());
+        const MediaFile file(path + QLatin1String(".mp4"));
+        QVERIFY2(file.isReadable(), qPrintable(file.error()));
+        checkTogether(file);
+    }
+
+    void stopWhilePausedKeepsAllThatCameBefore_data()
+    {
+        QTest::addColumn<int>("format");
+        QTest::newRow("mp4") << 0;
+        QTest::newRow("avi") << 1;
+        QTest::newRow("gif") << 3;
+    }
+
+    void stopWhilePausedKeepsAllThatCameBefore()
+    {
+        QFETCH(const int, format);
+        const QString path = m_folder.filePath(QStringLiteral("stop%1").arg(format));
+        QCOMPARE(m_stock.begin(path, format), QString());
+        QTest::qWait(kTakeMs);
+        const std::optional<uint32_t> atPause = StockEngine::numberOnScreen();
+        QVERIFY(m_stock.engine().pauseRecording(true));
+        QTest::qWait(kPauseMs);
+        QCOMPARE(m_stock.end(), QString());
+        QVERIFY(!m_stock.engine().isRecordingPaused());
+        const MediaFile file(recordingUrl(path, recordingFormatFromIndex(format)));
+        const QList<Stretch> stretches = stretchesOf(file.numbers(TestPicture(m_stock.size())));
+        QVERIFY(!stretches.isEmpty() && stretches.size() <= 2);
+        QVERIFY2(stretches.first().lastNumber >= *atPause, qPrintable(QString::number(stretches.first().lastNumber)));
+        // What is in it from after the pause is a few pictures at most.
+        if (stretches.size() == 2)
+            QVERIFY2(stretches.last().frames <= 8, qPrintable(QString::number(stretches.last().frames)));
+    }
+
+    void soundReachesToThePauseThatTheRecordingIsStoppedIn()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("sound"));
+        QCOMPARE(m_stock.begin(path, 4), QString());
+        const int64_t first = monotonicNow();
+        QTest::qWait(kTakeMs);
+        const double asked = static_cast<double>(monotonicNow() - first) / kNsPerSecond;
+        QVERIFY(m_stock.engine().pauseRecording(true));
+        QTest::qWait(kPauseMs);
+        QCOMPARE(m_stock.end(), QString());
+        const double seconds =
+            static_cast<double>(MediaFile(path + QLatin1String(".mp3")).samples(48000).size()) / 48000.0;
+        QVERIFY2(seconds >= asked - 0.02 && seconds < asked + 0.5, qPrintable(QString::number(seconds - asked)));
+    }
+
+    void endRequestedRightAfterAPauseIsHeldBackFor()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("after"));
+        QCOMPARE(m_stock.begin(path, 0), QString());
+        QTest::qWait(kTakeMs);
+        QVERIFY(m_stock.engine().pauseRecording(true));
+        QTest::qWait(kPauseMs);
+        QVERIFY(m_stock.engine().pauseRecording(false));
+        QTest::qWait(kTakeMs);
+        QVERIFY(m_stock.engine().pauseRecording(true));
+        QTest::qWait(kPauseMs);
+        QVERIFY(m_stock.engine().pauseRecording(false));
+        QTest::qWait(300);
+        const std::optional<uint32_t> atRequest = StockEngine::numberOnScreen();
+        QCOMPARE(m_stock.end(), QString());
+        const NumbersHeld numbers =
+            countNumbers(MediaFile(path + QLatin1String(".mp4")).numbers(TestPicture(m_stock.size())));
+        QVERIFY(numbers.last.has_value());
+        QVERIFY2(*numbers.last >= *atRequest, qPrintable(QString::number(*atRequest - *numbers.last)));
+    }
+
+    void pausedRecordingThatIsForcedToStopClosesItsFile()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("forced"));
+        QCOMPARE(m_stock.begin(path, 0), QString());
+        QTest::qWait(2 * kTakeMs);
+        QVERIFY(m_stock.engine().pauseRecording(true));
+        QTest::qWait(100);
+        QCOMPARE(m_stock.engine().stopRecording(true), 0);
+        QVERIFY(!m_stock.engine().isRecordingPaused());
+        QVERIFY(MediaFile(path + QLatin1String(".mp4")).isReadable());
+    }
+
+    void stopInTheMiddleOfAResumeIsNotHeldUp()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("middle"));
+        QCOMPARE(m_stock.begin(path, 1), QString());
+        QTest::qWait(kTakeMs);
+        QVERIFY(m_stock.engine().pauseRecording(true));
+        QTest::qWait(kPauseMs);
+        QVERIFY(m_stock.engine().pauseRecording(false));
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(m_stock.engine().stopRecording(false), 0);
+        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY(MediaFile(path + QLatin1String(".avi")).isReadable());
+    }
+
+private:
+    /// Lets a recording run for a time, which is returned in seconds.
+    static double take()
+    {
+        const int64_t began = monotonicNow();
+        QTest::qWait(kTakeMs);
+        return static_cast<double>(monotonicNow() - began) / kNsPerSecond;
+    }
+
+    void checkPicture(const MediaFile& file, int takes, double expected) const
+    {
+        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(m_stock.size()));
+        QVERIFY(!numbers.contains(std::nullopt));
+        const QList<Stretch> stretches = stretchesOf(numbers);
+        QCOMPARE(stretches.size(), takes);
+        double shown = 0;
+        for (const Stretch& stretch : stretches)
+            shown += static_cast<double>(stretch.lastNumber - stretch.firstNumber + 1) / StockEngine::kPictureRate;
+        const double length = file.video()->durationSeconds;
+        qInfo("picture: %.3f s for %.3f s, at most %d alike in a row", length, expected, longestStandstill(numbers));
+        QVERIFY2(std::abs(length - expected) < 0.3, qPrintable(QString::number(length - expected)));
+        QVERIFY2(std::abs(length - shown) < 0.15, qPrintable(QString::number(length - shown)));
+        QVERIFY2(longestStandstill(numbers) <= 5, qPrintable(QString::number(longestStandstill(numbers))));
+    }
+
+    void checkSoundLength(const MediaFile& file, double expected) const
+    {
+        const double seconds =
+            static_cast<double>(file.samples(testtone::kSamplesPerSecond).size()) / testtone::kSamplesPerSecond;
+        qInfo("sound: %.3f s for %.3f s", seconds, expected);
+        QVERIFY2(std::abs(seconds - expected) < 0.3, qPrintable(QString::number(seconds - expected)));
+    }
+
+    /// In the middle of each long stretch the sound and the picture tell the same time, as far apart as the sound
+    /// server held the sound back.
+    void checkTogether(const MediaFile& file) const
+    {
+        constexpr int kSpanMs = 300;
+        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(m_stock.size()));
+        const QList<float> samples = file.samples(testtone::kSamplesPerSecond);
+        std::optional<double> firstMs;
+        for (const Stretch& stretch : stretchesOf(numbers)) {
+            if (stretch.frames < StockEngine::kFps)
+                continue;
+            const qsizetype frame = stretch.firstFrame + stretch.frames / 2;
+            const double at = file.video()->frameSeconds.at(frame) - file.video()->startSeconds;
+            const int64_t seen =
+                momentOfNumber(numbers.at(frame).value_or(0), StockEngine::kPictureRate, monotonicNow());
+            const auto heard = testtone::momentOfSample(
+                samples, static_cast<qsizetype>(at * testtone::kSamplesPerSecond), kSpanMs, seen);
+            QVERIFY(heard.has_value());
+            const double apartMs = static_cast<double>(*heard - seen) / 1e6;
+            qInfo("at %.2f s the sound is %+.0f ms apart", at, apartMs);
+            firstMs = firstMs.value_or(apartMs);
+            QVERIFY2(std::abs(apartMs - *firstMs) < 40, qPrintable(QString::number(apartMs)));
+        }
+    }
+
+    StockEngine m_stock;
+    QTemporaryDir m_folder;
+};
+
+int main(int argc, char** argv)
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    TestStockPause test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_stockpause.moc"
