@@ -4,17 +4,32 @@
 #include <QFile>
 #include <QWidget>
 
+namespace {
+
+QString inQuotes(const QString& text)
+{
+    return u'"' + text + u'"';
+}
+
+} // namespace
+
 bool applyStyleSheet(QWidget& widget, const QString& path)
+{
+    return applyStyleSheet({&widget}, path, QStringLiteral("stylesheet"));
+}
+
+bool applyStyleSheet(const QList<QWidget*>& widgets, const QString& path, const QString& name)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        qWarning() << "Failed to load stylesheet from:" << path;
+        qWarning().noquote() << "Failed to load" << name << "from:" << inQuotes(path);
         qWarning() << "Error:" << file.errorString();
         return false;
     }
     const QString styleSheet = QString::fromUtf8(file.readAll());
     file.close();
-    widget.setStyleSheet(styleSheet);
-    qDebug() << "Loaded stylesheet from:" << path;
+    for (QWidget* const widget : widgets)
+        widget->setStyleSheet(styleSheet);
+    qDebug().noquote() << "Loaded" << name << "from:" << inQuotes(path);
     return true;
 }

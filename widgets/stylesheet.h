@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtContainerFwd>
+
 class QString;
 class QWidget;
 
@@ -11,3 +13,7 @@ class QWidget;
 ///
 /// @return whether the style sheet was set.
 bool applyStyleSheet(QWidget& widget, const QString& path);
+
+/// The same for several widgets at once, each of which gets the whole style sheet. The messages call it by the given
+/// name ("Loaded <name> from:").
+bool applyStyleSheet(const QList<QWidget*>& widgets, const QString& path, const QString& name);

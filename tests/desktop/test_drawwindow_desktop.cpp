@@ -1,0 +1,555 @@
+#include "overlays/drawwindow.h"
+#include "platform/compositing.h"
+#include "tests/desktop/userinput.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <xcb/xcb.h>
+
+#include <cmath>
+#include <functional>
+
+using userinput::pointTo;
+using userinput::xdotool;
+
+namespace {
+
+constexpr QRgb kBackdrop = qRgb(10, 200, 30);
+constexpr QRgb kBlue = qRgb(0, 122, 204);
+constexpr QRgb kRed = qRgb(255, 0, 0);
+constexpr QRgb kBar = qRgb(0x28, 0x28, 0x2e);
+constexpr int kBorderPx = 4;
+/// At places that are whole pixels at all scales of these tests.
+constexpr QRect kPlace(200, 160, 400, 240);
+
+/// The window below the frame, which counts what reaches it.
+class Backdrop : public QWidget
+{
+public:
+    Backdrop() : QWidget(nullptr, Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint) {}
+
+    int presses = 0;
+
+protected:
+    void mousePressEvent(QMouseEvent* /*event*/) override { ++presses; }
+};
+
+double scale()
+{
+    return QGuiApplication::primaryScreen()->devicePixelRatio();
+}
+
+QPoint inPixels(const QPoint& logical)
+{
+    return (QPointF(logical) * scale()).toPoint();
+}
+
+void pointToLogical(const QPoint& logical)
+{
+    pointTo(inPixels(logical));
+}
+
+void click(const QPoint& logical, const char* button = "1")
+{
+    pointToLogical(logical);
+    QTest::qWait(60);
+    xdotool({"click", button});
+    QTest::qWait(60);
+}
+
+void dragBy(const QPoint& from, const QPoint& distance)
+{
+    pointToLogical(from);
+    QTest::qWait(60);
+    xdotool({"mousedown", "1"});
+    QTest::qWait(60);
+    constexpr int kSteps = 4;
+    for (int step = 1; step <= kSteps; ++step) {
+        pointToLogical(from + distance * step / kSteps);
+        QTest::qWait(40);
+    }
+    xdotool({"mouseup", "1"});
+    QTest::qWait(100);
+}
+
+/// What everybody sees, and a recording takes: the root window's pixels.
+QImage screenshot()
+{
+    return QGuiApplication::primaryScreen()->grabWindow().toImage();
+}
+
+bool isLike(QRgb seen, QRgb expected)
+{
+    // The unseen fill of drawing mode takes the last bit.
+    constexpr int kTolerance = 2;
+    return std::abs(qRed(seen) - qRed(expected)) <= kTolerance &&
+           std::abs(qGreen(seen) - qGreen(expected)) <= kTolerance &&
+           std::abs(qBlue(seen) - qBlue(expected)) <= kTolerance;
+}
+
+QString named(QRgb colour)
+{
+    return QColor(colour).name();
+}
+
+/// The first pixel of an area, physical, that is on the screen and not of the colour; empty when there is none.
+QString otherThan(QRgb expected, const QImage& picture, const QRect& wholeArea)
+{
+    const QRect area = wholeArea & picture.rect();
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (!isLike(picture.pixel(x, y), expected))
+                return QStringLiteral("(%1, %2) is %3").arg(x).arg(y).arg(named(picture.pixel(x, y)));
+        }
+    }
+    return {};
+}
+
+/// The first pixel of an area, physical, that is neither the border nor what is below nor a mixture of both.
+QString otherThanBorderAndBackdrop(const QImage& picture, const QRect& area)
+{
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            const QRgb seen = picture.pixel(x, y);
+            const double share = double(qBlue(seen) - qBlue(kBackdrop)) / (qBlue(kBlue) - qBlue(kBackdrop));
+            const auto mixed = [share](int below, int border) { return qRound(below + share * (border - below)); };
+            if (!isLike(seen, qRgb(mixed(qRed(kBackdrop), qRed(kBlue)), mixed(qGreen(kBackdrop), qGreen(kBlue)),
+                                   qBlue(seen))))
+                return QStringLiteral("(%1, %2) is %3").arg(x).arg(y).arg(named(seen));
+        }
+    }
+    return {};
+}
+
+int pixelsLike(QRgb expected, const QImage& picture, const QRect& area)
+{
+    int count = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x)
+            count += isLike(picture.pixel(x, y), expected) ? 1 : 0;
+    }
+    return count;
+}
+
+QRect physical(const QRect& logical)
+{
+    return {inPixels(logical.topLeft()), (QSizeF(logical.size()) * scale()).toSize()};
+}
+
+/// What a horizontal stroke fills at every scale, physical.
+QRect lineOf(const QPoint& from, int lengthPx)
+{
+    const QPoint start = inPixels(from);
+    return QRect(start, inPixels(from + QPoint(lengthPx, 0))).adjusted(2, -1, -2, 0);
+}
+
+QRect insideOf(const QRect& frame)
+{
+    return frame.adjusted(kBorderPx, kBorderPx, -kBorderPx, -kBorderPx);
+}
+
+QWidget* toolBar()
+{
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == QLatin1String("buttonBackground") && window->isVisible())
+            return window;
+    }
+    return nullptr;
+}
+
+/// Where the tool bar has no button.
+QPoint freePlaceOfTheBar()
+{
+    return toolBar()->geometry().topRight() + QPoint(-40, 15);
+}
+
+QPoint centreOf(const char* button)
+{
+    const auto* const found = toolBar()->findChild<QPushButton*>(QLatin1String(button));
+    return found->mapToGlobal(found->rect().center());
+}
+
+/// The frame, the four strips of its border and nothing else, is where it belongs and as it should look.
+QString wrongInTheLook(const QRect& frame)
+{
+    const QImage picture = screenshot();
+    const QRect outer = physical(frame);
+    const QRect inner = physical(insideOf(frame));
+    const QRect above(outer.left(), outer.top(), outer.width(), inner.top() - outer.top());
+    const QRect below(outer.left(), inner.bottom() + 1, outer.width(), outer.bottom() - inner.bottom());
+    const QRect left(outer.left(), outer.top(), inner.left() - outer.left(), outer.height());
+    const QRect right(inner.right() + 1, outer.top(), outer.right() - inner.right(), outer.height());
+    QStringList wrong;
+    for (const QRect& strip : {above, below, left, right})
+        wrong.append(otherThan(kBlue, picture, strip));
+    wrong.append(otherThan(kBackdrop, picture, inner));
+    wrong.append(otherThan(kBackdrop, picture, QRect(outer.left(), outer.bottom() + 1, outer.width(), 3)));
+    wrong.append(otherThan(kBackdrop, picture, QRect(outer.left() - 3, outer.top(), 3, outer.height())));
+    wrong.append(otherThan(kBackdrop, picture, QRect(outer.right() + 1, outer.top(), 3, outer.height())));
+    wrong.removeAll(QString());
+    return wrong.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+class TestDrawWindowDesktop : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QCOMPARE(platform::isCompositing(), !qEnvironmentVariableIsSet("KESTRANO_TEST_WITHOUT_COMPOSITOR"));
+        m_backdrop.setStyleSheet(QStringLiteral("background-color: rgb(10, 200, 30)"));
+        m_backdrop.setGeometry(QGuiApplication::primaryScreen()->geometry());
+        m_backdrop.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&m_backdrop));
+    }
+
+    void init()
+    {
+        pointTo({3, 3});
+        m_window = std::make_unique<DrawWindow>();
+        m_window->setGeometry(kPlace);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        QTest::qWait(150);
+        m_backdrop.presses = 0;
+    }
+
+    void cleanup() { m_window.reset(); }
+
+    void standsExactlyWhereItIsPut_data()
+    {
+        QTest::addColumn<QRect>("place");
+        QTest::newRow("in the middle") << kPlace;
+        QTest::newRow("in the corner, its bar above the screen") << QRect(0, 0, 400, 240);
+        QTest::newRow("far to the right") << QRect(440, 240, 400, 240);
+        QTest::newRow("smallest") << QRect(300, 200, 200, 150);
+    }
+
+    void standsExactlyWhereItIsPut()
+    {
+        QFETCH(const QRect, place);
+        m_window->setGeometry(place);
+        QTRY_COMPARE(wrongInTheLook(place), QString());
+        QCOMPARE(m_window->geometry(), place);
+        QCOMPARE(m_window->frameGeometry(), place);
+        QCOMPARE(toolBar()->geometry(), QRect(place.left(), place.top() - 30, place.width(), 30));
+    }
+
+    void isCleanAtOddPlacesToo_data()
+    {
+        QTest::addColumn<QRect>("place");
+        QTest::newRow("odd place") << kPlace.translated(1, 1);
+        QTest::newRow("odd size") << kPlace.adjusted(0, 0, 1, 1);
+        QTest::newRow("odd place and size") << kPlace.adjusted(1, 1, 2, 2);
+        QTest::newRow("odd place, wider by two") << kPlace.adjusted(1, 1, 3, 3);
+    }
+
+    /// Where pixels are no whole ones the border may end a pixel further in or out, but nothing else is ever seen.
+    void isCleanAtOddPlacesToo()
+    {
+        QFETCH(const QRect, place);
+        m_window->setGeometry(place);
+        const QRect clear = physical(insideOf(place)).adjusted(1, 1, -1, -1);
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), clear), QString());
+        QCOMPARE(otherThanBorderAndBackdrop(screenshot(), physical(place).adjusted(-2, 2, 2, 2)), QString());
+        click(centreOf("drawToggleButton"));
+        pointToLogical({3, 3});
+        QTest::qWait(100);
+        QCOMPARE(otherThan(kBackdrop, screenshot(), clear), QString());
+        QCOMPARE(otherThanBorderAndBackdrop(screenshot(), physical(place).adjusted(-2, 2, 2, 2)), QString());
+    }
+
+    void mayLiePartlyBelowTheScreen()
+    {
+        const int bottom = QGuiApplication::primaryScreen()->geometry().height();
+        const int down = bottom - 40 - kPlace.top();
+        dragBy(freePlaceOfTheBar(), {0, down});
+        QTRY_COMPARE(m_window->geometry(), kPlace.translated(0, down));
+        QTRY_COMPARE(wrongInTheLook(kPlace.translated(0, down)), QString());
+        QCOMPARE(toolBar()->y(), bottom - 70);
+    }
+
+    void toolBarStandsOnTopOfTheFrame()
+    {
+        const QPoint place(kPlace.right() - 40, kPlace.top() - 15);
+        QTRY_COMPARE(named(screenshot().pixel(inPixels(place))), named(kBar));
+        QTRY_COMPARE(named(screenshot().pixel(inPixels(kPlace.topRight() + QPoint(-40, -2)))), named(kBar));
+        QVERIFY(isLike(screenshot().pixel(inPixels(kPlace.topRight() + QPoint(-40, -32))), kBackdrop));
+    }
+
+    void standsAboveAFocusedFullScreenWindow()
+    {
+        QWidget full;
+        full.setStyleSheet(QStringLiteral("background-color: rgb(10, 200, 30)"));
+        full.showFullScreen();
+        QVERIFY(QTest::qWaitForWindowActive(&full));
+        QTest::qWait(200);
+        QTRY_COMPARE(wrongInTheLook(kPlace), QString());
+        QVERIFY(full.isActiveWindow());
+    }
+
+    void clickOnItLeavesTheFocusWhereItIs()
+    {
+        m_backdrop.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&m_backdrop));
+        click(kPlace.topLeft() + QPoint(1, 1));
+        click(centreOf("drawToggleButton"));
+        click(kPlace.center());
+        QTest::qWait(100);
+        QVERIFY(m_backdrop.isActiveWindow());
+    }
+
+    void toolBarMovesIt()
+    {
+        const QSignalSpy changed(m_window.get(), &DrawWindow::windowGeometryChanged);
+        dragBy(freePlaceOfTheBar(), {80, 40});
+        const QRect moved = kPlace.translated(80, 40);
+        QTRY_COMPARE(m_window->geometry(), moved);
+        QTRY_COMPARE(wrongInTheLook(moved), QString());
+        QVERIFY(changed.size() >= 4);
+        QCOMPARE(changed.constFirst().at(0).toBool(), true);
+        QCOMPARE(changed.constLast(), (QVariantList{false, insideOf(moved).topLeft(), insideOf(moved).bottomRight()}));
+    }
+
+    void eachHandleResizesIt_data()
+    {
+        QTest::addColumn<QPoint>("handle");
+        QTest::addColumn<QRect>("resized");
+        const int right = kPlace.width() - 2;
+        const int bottom = kPlace.height() - 2;
+        QTest::newRow("top left") << QPoint(2, 2) << kPlace.adjusted(40, 24, 0, 0);
+        QTest::newRow("top right") << QPoint(right, 2) << kPlace.adjusted(0, 24, 40, 0);
+        QTest::newRow("bottom left") << QPoint(2, bottom) << kPlace.adjusted(40, 0, 0, 24);
+        QTest::newRow("bottom right") << QPoint(right, bottom) << kPlace.adjusted(0, 0, 40, 24);
+        QTest::newRow("left") << QPoint(2, 120) << kPlace.adjusted(40, 0, 0, 0);
+        QTest::newRow("right") << QPoint(right, 120) << kPlace.adjusted(0, 0, 40, 0);
+        QTest::newRow("top") << QPoint(200, 2) << kPlace.adjusted(0, 24, 0, 0);
+        QTest::newRow("bottom") << QPoint(200, bottom) << kPlace.adjusted(0, 0, 0, 24);
+    }
+
+    void eachHandleResizesIt()
+    {
+        QFETCH(const QPoint, handle);
+        QFETCH(const QRect, resized);
+        const QSignalSpy changed(m_window.get(), &DrawWindow::windowGeometryChanged);
+        dragBy(kPlace.topLeft() + handle, {40, 24});
+        QTRY_COMPARE(m_window->geometry(), resized);
+        QTRY_COMPARE(wrongInTheLook(resized), QString());
+        QCOMPARE(changed, QList<QVariantList>({{false, insideOf(resized).topLeft(), insideOf(resized).bottomRight()}}));
+    }
+
+    void pointerReachesWhatIsBelowTheInsideInFrameMode()
+    {
+        click(kPlace.center());
+        QTRY_COMPARE(m_backdrop.presses, 1);
+        click(kPlace.topLeft() + QPoint(6, 6));
+        QTRY_COMPARE(m_backdrop.presses, 2);
+        click(kPlace.topLeft() + QPoint(2, 2));
+        click(kPlace.bottomRight() - QPoint(2, 2));
+        QTest::qWait(100);
+        QCOMPARE(m_backdrop.presses, 2);
+        QVERIFY(m_window->isVisible());
+        QCOMPARE(m_window->geometry(), kPlace);
+    }
+
+    void insideShowsWhatChangesBelow()
+    {
+        m_backdrop.setStyleSheet(QStringLiteral("background-color: rgb(90, 30, 200)"));
+        QTRY_COMPARE(named(screenshot().pixel(inPixels(kPlace.center()))), named(qRgb(90, 30, 200)));
+        click(centreOf("drawToggleButton"));
+        m_backdrop.setStyleSheet(QStringLiteral("background-color: rgb(10, 200, 30)"));
+        QTRY_VERIFY(isLike(screenshot().pixel(inPixels(kPlace.center())), kBackdrop));
+    }
+
+    void penDrawsWhatIsOnTheScreen()
+    {
+        click(centreOf("drawToggleButton"));
+        pointToLogical(kPlace.center());
+        QTest::qWait(100);
+        QTRY_COMPARE(wrongInTheLook(kPlace), QString());
+        const QPoint from = kPlace.topLeft() + QPoint(60, 80);
+        dragBy(from, {200, 0});
+        const QRect line = lineOf(from, 200);
+        QTRY_COMPARE(otherThan(kRed, screenshot(), line), QString());
+        const QRect aboveLine = physical(QRect(from + QPoint(-20, -60), QSize(240, 57)));
+        QCOMPARE(otherThan(kBackdrop, screenshot(), aboveLine), QString());
+        QCOMPARE(m_backdrop.presses, 0);
+        QCOMPARE(m_window->geometry(), kPlace);
+
+        click(centreOf("drawToggleButton"));
+        QTRY_COMPARE(wrongInTheLook(kPlace), QString());
+        click(kPlace.center());
+        QTRY_COMPARE(m_backdrop.presses, 1);
+        click(centreOf("drawToggleButton"));
+        QTRY_COMPARE(otherThan(kRed, screenshot(), line), QString());
+        click(centreOf("clearButton"));
+        pointToLogical({3, 3});
+        QTRY_COMPARE(wrongInTheLook(kPlace), QString());
+    }
+
+    void strokeIsSeenWhileItIsDrawn()
+    {
+        click(centreOf("drawToggleButton"));
+        const QPoint from = kPlace.topLeft() + QPoint(60, 80);
+        pointToLogical(from);
+        QTest::qWait(60);
+        xdotool({"mousedown", "1"});
+        pointToLogical(from + QPoint(50, 50));
+        QTest::qWait(60);
+        pointToLogical(from + QPoint(100, 0));
+        const QRect around = physical(QRect(from, QSize(100, 60)));
+        QTRY_VERIFY(pixelsLike(kRed, screenshot(), around) > 50);
+        const QImage picture = screenshot();
+        QVERIFY(isLike(picture.pixel(inPixels(from + QPoint(50, 10))), kBackdrop));
+        xdotool({"mouseup", "1"});
+    }
+
+    void penDrawsWhereTheFrameWasMovedTo()
+    {
+        click(centreOf("drawToggleButton"));
+        dragBy(freePlaceOfTheBar(), {80, 40});
+        QTRY_COMPARE(m_window->geometry(), kPlace.translated(80, 40));
+        const QPoint from = m_window->geometry().bottomRight() - QPoint(240, 20);
+        dragBy(from, {200, 0});
+        QTRY_COMPARE(otherThan(kRed, screenshot(), lineOf(from, 200)), QString());
+        // Where it was, nothing takes the pointer any more.
+        click(kPlace.topLeft() + QPoint(40, 20));
+        QTRY_COMPARE(m_backdrop.presses, 1);
+    }
+
+    void rightClickClosesIt_data()
+    {
+        QTest::addColumn<bool>("pen");
+        QTest::addColumn<QPoint>("place");
+        QTest::newRow("on the border") << false << kPlace.topLeft() + QPoint(2, 2);
+        QTest::newRow("inside, with the pen") << true << kPlace.center();
+        QTest::newRow("on the border, with the pen") << true << kPlace.topLeft() + QPoint(2, 2);
+    }
+
+    void rightClickClosesIt()
+    {
+        QFETCH(const bool, pen);
+        QFETCH(const QPoint, place);
+        if (pen)
+            click(centreOf("drawToggleButton"));
+        click(place, "3");
+        QTRY_VERIFY(!m_window->isVisible());
+        QVERIFY(toolBar() == nullptr);
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), physical(kPlace.adjusted(0, -30, 0, 0))), QString());
+        click(kPlace.center());
+        QTRY_COMPARE(m_backdrop.presses, 1);
+    }
+
+    void hiddenWithThePenOnItTakesNoPointer()
+    {
+        click(centreOf("drawToggleButton"));
+        m_window->hide();
+        QTest::qWait(100);
+        click(kPlace.center());
+        QTRY_COMPARE(m_backdrop.presses, 1);
+        m_window->show();
+        QTest::qWait(200);
+        click(kPlace.center());
+        QTest::qWait(100);
+        QCOMPARE(m_backdrop.presses, 1);
+    }
+
+    void closeButtonHidesIt()
+    {
+        const QSignalSpy hidden(m_window.get(), &DrawWindow::hideDrawWindow);
+        click(centreOf("closeButton"));
+        QTRY_VERIFY(!m_window->isVisible());
+        QCOMPARE(hidden.size(), 1);
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), physical(kPlace.adjusted(0, -30, 0, 0))), QString());
+    }
+
+    void recordingButtonIsPressed()
+    {
+        const QSignalSpy started(m_window.get(), &DrawWindow::startRecording);
+        const QSignalSpy stopped(m_window.get(), &DrawWindow::stopRecording);
+        click(centreOf("startButton"));
+        QTRY_COMPARE(started.size(), 1);
+        click(centreOf("startButton"));
+        QTRY_COMPARE(stopped.size(), 1);
+        QCOMPARE(started.size(), 1);
+    }
+
+    void cursorFollowsThePointer()
+    {
+        const auto shapeAt = [this](const QPoint& place) {
+            pointToLogical(kPlace.topLeft() + place);
+            QTest::qWait(80);
+            return m_window->cursor().shape();
+        };
+        const int right = kPlace.width() - 2;
+        const int bottom = kPlace.height() - 2;
+        QCOMPARE(shapeAt({2, 2}), Qt::SizeFDiagCursor);
+        QCOMPARE(shapeAt({200, 2}), Qt::SizeVerCursor);
+        QCOMPARE(shapeAt({right, 2}), Qt::SizeBDiagCursor);
+        QCOMPARE(shapeAt({right, 120}), Qt::SizeHorCursor);
+        QCOMPARE(shapeAt({right, bottom}), Qt::SizeFDiagCursor);
+        QCOMPARE(shapeAt({200, bottom}), Qt::SizeVerCursor);
+        QCOMPARE(shapeAt({2, bottom}), Qt::SizeBDiagCursor);
+        QCOMPARE(shapeAt({2, 120}), Qt::SizeHorCursor);
+        click(centreOf("drawToggleButton"));
+        QCOMPARE(shapeAt({2, 2}), Qt::CrossCursor);
+        QCOMPARE(shapeAt({200, 120}), Qt::CrossCursor);
+    }
+
+    void tipsStandAboveTheToolBarAndNotInThePicture()
+    {
+        for (const char* const name : {"drawToggleButton", "clearButton", "startButton", "closeButton"}) {
+            pointToLogical(centreOf(name));
+            QTRY_VERIFY2(tip() != nullptr, name);
+            QVERIFY2(tip()->geometry().bottom() < toolBar()->geometry().top(), name);
+            QVERIFY2(tip()->geometry().top() >= 0, name);
+            pointToLogical({3, 3});
+            QTRY_VERIFY2(tip() == nullptr, name);
+        }
+    }
+
+    void tipWithoutRoomAboveStaysAwayFromARecording()
+    {
+        m_window->setGeometry(kPlace.left(), 30, kPlace.width(), kPlace.height());
+        pointToLogical(centreOf("clearButton"));
+        QTRY_VERIFY(tip() != nullptr);
+        pointToLogical({3, 300});
+        QTRY_VERIFY(tip() == nullptr);
+        m_window->setRecording(true);
+        pointToLogical(centreOf("clearButton"));
+        QTest::qWait(1500);
+        QVERIFY(tip() == nullptr);
+    }
+
+private:
+    static QWidget* tip()
+    {
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            if (window->inherits("QTipLabel") && window->isVisible())
+                return window;
+        }
+        return nullptr;
+    }
+
+    Backdrop m_backdrop;
+    std::unique_ptr<DrawWindow> m_window;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    const QApplication application(argc, argv);
+    TestDrawWindowDesktop test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_drawwindow_desktop.moc"

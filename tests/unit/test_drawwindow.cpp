@@ -1,0 +1,788 @@
+#include "overlays/drawwindow.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/widgetpicture.h"
+
+#include <QApplication>
+#include <QEnterEvent>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTranslator>
+
+namespace {
+
+constexpr QColor kBlue(0, 122, 204, 255);
+constexpr QRect kPlace(150, 120, 400, 300);
+
+/// Puts a mark before every text, so that translated texts are told from others.
+class MarkingTranslator : public QTranslator
+{
+public:
+    QString translate(const char*, const char* text, const char*, int) const override
+    {
+        return u'~' + QString::fromUtf8(text);
+    }
+    bool isEmpty() const override { return false; }
+};
+
+QWidget* toolBar()
+{
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == QLatin1String("buttonBackground"))
+            return window;
+    }
+    return nullptr;
+}
+
+QPushButton* button(const char* name)
+{
+    return toolBar()->findChild<QPushButton*>(QLatin1String(name));
+}
+
+QLabel* timerLabel()
+{
+    return toolBar()->findChild<QLabel*>(QStringLiteral("timerLabel"));
+}
+
+void click(const char* name)
+{
+    QTest::mouseClick(button(name), Qt::LeftButton);
+}
+
+/// Mouse events that say where on the desktop they are, as the system's do; the frame may be elsewhere by then.
+void mouse(QWidget& widget, QEvent::Type type, const QPoint& global, Qt::MouseButton changed = Qt::NoButton,
+           Qt::MouseButtons held = Qt::NoButton)
+{
+    QMouseEvent event(type, widget.mapFromGlobal(global), global, changed, held, Qt::NoModifier);
+    QApplication::sendEvent(&widget, &event);
+}
+
+void press(QWidget& widget, const QPoint& global)
+{
+    mouse(widget, QEvent::MouseButtonPress, global, Qt::LeftButton, Qt::LeftButton);
+}
+
+void moveHeld(QWidget& widget, const QPoint& global)
+{
+    mouse(widget, QEvent::MouseMove, global, Qt::NoButton, Qt::LeftButton);
+}
+
+void release(QWidget& widget, const QPoint& global)
+{
+    mouse(widget, QEvent::MouseButtonRelease, global, Qt::LeftButton);
+}
+
+void drag(QWidget& widget, const QPoint& from, const QPoint& distance)
+{
+    press(widget, from);
+    moveHeld(widget, from + distance / 2);
+    moveHeld(widget, from + distance);
+    release(widget, from + distance);
+}
+
+void hover(QPushButton* button, bool entered)
+{
+    if (entered) {
+        QEnterEvent event(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
+        QApplication::sendEvent(button, &event);
+    } else {
+        QEvent event(QEvent::Leave);
+        QApplication::sendEvent(button, &event);
+    }
+}
+
+/// Pictures are compared, so that it is the icon's looks that counts. Without the SVG plug-in they are all blank.
+QImage picture(const QIcon& icon)
+{
+    return icon.pixmap(24, 24).toImage();
+}
+
+bool shows(const QPushButton* button, const char* image)
+{
+    const QImage expected = picture(QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(image))));
+    return picture(button->icon()) == expected;
+}
+
+QImage frame(const QSize& size, int borderPx)
+{
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.fillRect(QRect(QPoint(), size), kBlue);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(QRect(QPoint(), size).adjusted(borderPx, borderPx, -borderPx, -borderPx), Qt::transparent);
+    return image;
+}
+
+/// The frame in drawing mode with some lines drawn on it.
+QImage drawnFrame(const QSize& size, const QList<QPolygonF>& lines)
+{
+    QImage image = frame(size, 4);
+    QPainter painter(&image);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(QRect(QPoint(), size).adjusted(4, 4, -4, -4), QColor(0, 0, 0, 1));
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::red, 2));
+    for (const QPolygonF& line : lines)
+        painter.drawPolyline(line);
+    return image;
+}
+
+QPolygonF line(std::initializer_list<QPointF> points)
+{
+    return {QList<QPointF>(points)};
+}
+
+using Report = QVariantList;
+
+Report report(bool isMoving, const QRect& inside)
+{
+    return {isMoving, inside.topLeft(), inside.bottomRight()};
+}
+
+} // namespace
+
+class TestDrawWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void isATopLevelWindowWithoutFrameThatStaysOnTop()
+    {
+        const DrawWindow window;
+        QVERIFY(window.isWindow());
+        QVERIFY(window.parentWidget() == nullptr);
+        QCOMPARE(window.windowFlags() & ~Qt::Window,
+                 (Qt::SubWindow | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) & ~Qt::Window);
+        QCOMPARE(window.windowTitle(), QStringLiteral("Drawing Window"));
+        QCOMPARE(window.minimumSize(), QSize(200, 150));
+        QVERIFY(window.testAttribute(Qt::WA_TranslucentBackground));
+        QVERIFY(window.testAttribute(Qt::WA_StaticContents));
+        QVERIFY(window.testAttribute(Qt::WA_MouseTracking));
+        QVERIFY(!window.isVisible());
+    }
+
+    void startsAtItsFirstPlaceWithItsFirstValues()
+    {
+        const DrawWindow window;
+        QCOMPARE(window.geometry(), QRect(100, 100, 800, 600));
+        QCOMPARE(window.property("lockRatio"), QVariant(false));
+        QCOMPARE(window.property("borderWidth"), QVariant(4));
+        QVERIFY(!window.isRecording());
+    }
+
+    void toolBarHoldsItsPartsFromLeftToRight()
+    {
+        const DrawWindow window;
+        QVERIFY(toolBar() != nullptr);
+        QCOMPARE(toolBar()->windowFlags() & ~Qt::Window,
+                 (Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) & ~Qt::Window);
+        QVERIFY(toolBar()->testAttribute(Qt::WA_AlwaysShowToolTips));
+        const auto* const layout = qobject_cast<QHBoxLayout*>(toolBar()->layout());
+        QVERIFY(layout != nullptr);
+        QCOMPARE(layout->contentsMargins(), QMargins());
+        QCOMPARE(layout->spacing(), 0);
+        QCOMPARE(layout->alignment(), Qt::AlignLeft);
+        QStringList names;
+        for (int index = 0; index < layout->count(); ++index)
+            names.append(layout->itemAt(index)->widget()->objectName());
+        QCOMPARE(names, QStringList({"drawToggleButton", "clearButton", "timerLabel", "startButton", "closeButton"}));
+        QCOMPARE(timerLabel()->text(), QStringLiteral("00:00:00"));
+        QCOMPARE(timerLabel()->size(), QSize(100, 30));
+        QCOMPARE(timerLabel()->alignment(), Qt::AlignCenter);
+        QCOMPARE(layout->itemAt(2)->alignment(), Qt::AlignCenter);
+    }
+
+    void buttonsSayWhatTheyDo_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("checkable");
+        QTest::addColumn<QString>("image");
+        QTest::newRow("drawToggleButton") << "Start Drawing" << true << "pen";
+        QTest::newRow("clearButton") << "Clear Drawing" << false << "clear";
+        QTest::newRow("startButton") << "Start Recording" << true << "start-recording";
+        QTest::newRow("closeButton") << "Close Window" << false << "close";
+    }
+
+    void buttonsSayWhatTheyDo()
+    {
+        QFETCH(const QString, text);
+        QFETCH(const bool, checkable);
+        QFETCH(const QString, image);
+        DrawWindow window;
+        const QPushButton* const looked = button(QTest::currentDataTag());
+        QCOMPARE(looked->size(), QSize(30, 30));
+        QCOMPARE(looked->text(), QString());
+        QCOMPARE(looked->isCheckable(), checkable);
+        QVERIFY(looked->testAttribute(Qt::WA_Hover));
+        QVERIFY(shows(looked, qPrintable(image)));
+        QCOMPARE(looked->toolTip(), text);
+        QCOMPARE(looked->accessibleName(), text);
+
+        MarkingTranslator translator;
+        QApplication::installTranslator(&translator);
+        QApplication::processEvents();
+        QCOMPARE(looked->toolTip(), u'~' + text);
+        QCOMPARE(looked->accessibleName(), u'~' + text);
+        QApplication::removeTranslator(&translator);
+    }
+
+    void languageChangeKeepsWhatTheRecordingButtonDoesNow()
+    {
+        DrawWindow window;
+        window.setRecording(true);
+        MarkingTranslator translator;
+        QApplication::installTranslator(&translator);
+        QApplication::processEvents();
+        QCOMPARE(button("startButton")->toolTip(), QStringLiteral("~Stop Recording"));
+        QApplication::removeTranslator(&translator);
+    }
+
+    void styleSheetIsGivenToEveryPart()
+    {
+        const MessageCapture messages;
+        const DrawWindow window;
+        QCOMPARE(messages.texts(),
+                 QStringList(QStringLiteral("Loaded draw window stylesheet from: \":/res/style/draw-window.qss\"")));
+        QVERIFY(!window.styleSheet().isEmpty());
+        QCOMPARE(toolBar()->styleSheet(), window.styleSheet());
+        QCOMPARE(timerLabel()->styleSheet(), window.styleSheet());
+        for (const char* const name : {"drawToggleButton", "clearButton", "startButton", "closeButton"})
+            QCOMPARE(button(name)->styleSheet(), window.styleSheet());
+    }
+
+    void isShownAndHiddenWithItsToolBar()
+    {
+        DrawWindow window;
+        QVERIFY(!toolBar()->isVisible());
+        window.show();
+        QVERIFY(window.isVisible());
+        QVERIFY(toolBar()->isVisible());
+        const QWidgetList parts{timerLabel(), button("drawToggleButton"), button("clearButton"), button("startButton"),
+                                button("closeButton")};
+        for (const QWidget* const part : parts)
+            QVERIFY(part->isVisible());
+        window.hide();
+        QVERIFY(!window.isVisible());
+        QVERIFY(!toolBar()->isVisible());
+        for (const QWidget* const part : parts)
+            QVERIFY(part->isHidden());
+        window.show();
+        for (const QWidget* const part : parts)
+            QVERIFY(part->isVisible());
+    }
+
+    void toolBarStandsOnTopOfTheFrameAndIsAsWide()
+    {
+        DrawWindow window;
+        window.show();
+        QCOMPARE(toolBar()->geometry(), QRect(100, 70, 800, 30));
+        window.setGeometry(kPlace);
+        QCOMPARE(toolBar()->geometry(), QRect(150, 90, 400, 30));
+        window.move(0, 0);
+        QCOMPARE(toolBar()->geometry(), QRect(0, -30, 400, 30));
+        window.resize(200, 150);
+        QCOMPARE(toolBar()->geometry(), QRect(0, -30, 200, 30));
+    }
+
+    void toolBarTakesItsPlaceWhenShown()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        toolBar()->move(0, 0);
+        window.show();
+        QCOMPARE(toolBar()->geometry(), QRect(150, 90, 400, 30));
+    }
+
+    void timeIsShown()
+    {
+        DrawWindow window;
+        window.setTimeText(QStringLiteral("01:02:03"));
+        QCOMPARE(timerLabel()->text(), QStringLiteral("01:02:03"));
+    }
+
+    void cursorFollowsTheHitAreas_data()
+    {
+        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<Qt::CursorShape>("shape");
+        QTest::newRow("top left") << QPoint(9, 9) << Qt::SizeFDiagCursor;
+        QTest::newRow("top right") << QPoint(390, 0) << Qt::SizeBDiagCursor;
+        QTest::newRow("bottom left") << QPoint(0, 290) << Qt::SizeBDiagCursor;
+        QTest::newRow("bottom right") << QPoint(399, 299) << Qt::SizeFDiagCursor;
+        QTest::newRow("left") << QPoint(9, 10) << Qt::SizeHorCursor;
+        QTest::newRow("right") << QPoint(390, 289) << Qt::SizeHorCursor;
+        QTest::newRow("top") << QPoint(10, 9) << Qt::SizeVerCursor;
+        QTest::newRow("bottom") << QPoint(389, 290) << Qt::SizeVerCursor;
+        QTest::newRow("inside") << QPoint(10, 10) << Qt::SizeAllCursor;
+    }
+
+    void cursorFollowsTheHitAreas()
+    {
+        QFETCH(const QPoint, place);
+        QFETCH(const Qt::CursorShape, shape);
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        mouse(window, QEvent::MouseMove, kPlace.topLeft() + place);
+        QCOMPARE(window.cursor().shape(), shape);
+        button("drawToggleButton")->setChecked(true);
+        QCOMPARE(window.cursor().shape(), Qt::CrossCursor);
+        mouse(window, QEvent::MouseMove, kPlace.topLeft() + place);
+        QCOMPARE(window.cursor().shape(), Qt::CrossCursor);
+        button("drawToggleButton")->setChecked(false);
+        QCOMPARE(window.cursor().shape(), Qt::ArrowCursor);
+    }
+
+    void eachHandleResizes_data()
+    {
+        QTest::addColumn<QPoint>("handle");
+        QTest::addColumn<QRect>("resized");
+        QTest::newRow("top left") << QPoint(2, 2) << kPlace.adjusted(20, 10, 0, 0);
+        QTest::newRow("top right") << QPoint(397, 2) << kPlace.adjusted(0, 10, 20, 0);
+        QTest::newRow("bottom left") << QPoint(2, 297) << kPlace.adjusted(20, 0, 0, 10);
+        QTest::newRow("bottom right") << QPoint(397, 297) << kPlace.adjusted(0, 0, 20, 10);
+        QTest::newRow("left") << QPoint(2, 150) << kPlace.adjusted(20, 0, 0, 0);
+        QTest::newRow("right") << QPoint(397, 150) << kPlace.adjusted(0, 0, 20, 0);
+        QTest::newRow("top") << QPoint(200, 2) << kPlace.adjusted(0, 10, 0, 0);
+        QTest::newRow("bottom") << QPoint(200, 297) << kPlace.adjusted(0, 0, 0, 10);
+        QTest::newRow("move") << QPoint(200, 150) << kPlace.translated(20, 10);
+    }
+
+    void eachHandleResizes()
+    {
+        QFETCH(const QPoint, handle);
+        QFETCH(const QRect, resized);
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        const QPoint from = kPlace.topLeft() + handle;
+        press(window, from);
+        moveHeld(window, from + QPoint(7, -3));
+        moveHeld(window, from + QPoint(20, 10));
+        QCOMPARE(window.geometry(), resized);
+        QCOMPARE(toolBar()->geometry(), QRect(resized.left(), resized.top() - 30, resized.width(), 30));
+        QCOMPARE(changed.size(), 0);
+        release(window, from + QPoint(20, 10));
+        QCOMPARE(changed, QList<Report>{report(false, resized.adjusted(4, 4, -4, -4))});
+        moveHeld(window, from + QPoint(90, 90));
+        QCOMPARE(window.geometry(), resized);
+    }
+
+    void bottomRightCornerDraggedInwardStopsAtTheMinimumAnchoredAtTheTopLeft()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        drag(window, kPlace.bottomRight(), {-350, -280});
+        QCOMPARE(window.geometry(), QRect(kPlace.topLeft(), QSize(200, 150)));
+    }
+
+    void lockedRightEdgeChangesTheHeightEvenlyAboutTheMiddle()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        QVERIFY(window.setProperty("lockRatio", true));
+        drag(window, {kPlace.right(), kPlace.center().y()}, {80, 0});
+        QCOMPARE(window.geometry(), kPlace.adjusted(0, -30, 80, 30));
+    }
+
+    void lockedCornerTakesItsHeightFromItsWidth()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.setLockRatio(true);
+        drag(window, kPlace.bottomRight(), {80, 7});
+        QCOMPARE(window.geometry(), kPlace.adjusted(0, 0, 80, 60));
+        window.setLockRatio(false);
+        drag(window, window.geometry().bottomRight(), {0, -60});
+        QCOMPARE(window.geometry(), kPlace.adjusted(0, 0, 80, 0));
+    }
+
+    void draggedFrameStaysInTheAvailableAreaButForTheToolBarsHeightBelow()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        const QRect available = window.screen()->availableGeometry();
+        drag(window, kPlace.center(), {-5000, -5000});
+        QCOMPARE(window.pos(), available.topLeft());
+        QCOMPARE(toolBar()->y(), available.top() - 30);
+        drag(window, window.geometry().center(), {5000, 5000});
+        QCOMPARE(window.pos(),
+                 QPoint(available.left() + available.width() - 400, available.top() + available.height() + 30 - 300));
+    }
+
+    void clickOnTheFrameReportsItsArea()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        drag(window, kPlace.topLeft(), {0, 0});
+        QCOMPARE(changed, QList<Report>{report(false, kPlace.adjusted(4, 4, -4, -4))});
+    }
+
+    void reportedAreaIsInsideAnyBorder()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        QVERIFY(window.setProperty("borderWidth", 10));
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        drag(window, kPlace.topLeft(), {0, 0});
+        QCOMPARE(changed, QList<Report>{report(false, kPlace.adjusted(10, 10, -10, -10))});
+    }
+
+    void otherButtonsOnTheFrameDoNothing()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        const QPoint place = kPlace.topLeft();
+        mouse(window, QEvent::MouseButtonPress, place, Qt::MiddleButton, Qt::MiddleButton);
+        mouse(window, QEvent::MouseMove, place + QPoint(30, 30), Qt::NoButton, Qt::MiddleButton);
+        mouse(window, QEvent::MouseButtonRelease, place + QPoint(30, 30), Qt::MiddleButton);
+        QCOMPARE(window.geometry(), kPlace);
+        QCOMPARE(changed.size(), 0);
+        press(window, place);
+        mouse(window, QEvent::MouseButtonRelease, place, Qt::MiddleButton, Qt::LeftButton);
+        moveHeld(window, place + QPoint(5, 5));
+        QCOMPARE(window.geometry(), kPlace.adjusted(5, 5, 0, 0));
+        release(window, place + QPoint(5, 5));
+    }
+
+    void rightClickClosesTheFrameAlsoInDrawingMode_data()
+    {
+        QTest::addColumn<bool>("drawing");
+        QTest::newRow("frame mode") << false;
+        QTest::newRow("drawing mode") << true;
+    }
+
+    void rightClickClosesTheFrameAlsoInDrawingMode()
+    {
+        QFETCH(const bool, drawing);
+        DrawWindow window;
+        window.show();
+        button("drawToggleButton")->setChecked(drawing);
+        const QSignalSpy hidden(&window, &DrawWindow::hideDrawWindow);
+        mouse(window, QEvent::MouseButtonPress, window.geometry().center(), Qt::RightButton, Qt::RightButton);
+        QVERIFY(!window.isVisible());
+        QVERIFY(!toolBar()->isVisible());
+        QCOMPARE(hidden.size(), 0);
+        window.show();
+        QVERIFY(toolBar()->isVisible());
+        QVERIFY(button("closeButton")->isVisible());
+    }
+
+    void neitherFrameNorToolBarKeepsTheProgramRunning()
+    {
+        DrawWindow window;
+        QVERIFY(!window.testAttribute(Qt::WA_QuitOnClose));
+        QVERIFY(!toolBar()->testAttribute(Qt::WA_QuitOnClose));
+    }
+
+    void toolBarDragsTheFrame()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        const QPoint from = toolBar()->geometry().center();
+        press(*toolBar(), from);
+        QCOMPARE(changed.size(), 0);
+        moveHeld(*toolBar(), from + QPoint(10, 5));
+        moveHeld(*toolBar(), from + QPoint(20, -300));
+        QCOMPARE(window.geometry(), kPlace.translated(20, -300));
+        QCOMPARE(toolBar()->pos(), window.pos() - QPoint(0, 30));
+        release(*toolBar(), from + QPoint(20, -300));
+        moveHeld(*toolBar(), from);
+        const QRect inside = kPlace.adjusted(4, 4, -4, -4);
+        QCOMPARE(changed,
+                 (QList<Report>{report(true, inside.translated(10, 5)), report(true, inside.translated(20, -300)),
+                                report(false, inside.translated(20, -300))}));
+        QCOMPARE(window.geometry(), kPlace.translated(20, -300));
+    }
+
+    void toolBarDragsTheFrameInDrawingModeToo()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        button("drawToggleButton")->setChecked(true);
+        drag(*toolBar(), toolBar()->geometry().center(), {20, 30});
+        QCOMPARE(window.geometry(), kPlace.translated(20, 30));
+    }
+
+    void toolBarDragStaysBetweenTheSidesOfTheScreenOnly()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        const QRect available = window.screen()->availableGeometry();
+        drag(*toolBar(), toolBar()->geometry().center(), {-5000, -5000});
+        QCOMPARE(window.pos(), QPoint(available.left(), kPlace.y() - 5000));
+        drag(*toolBar(), toolBar()->geometry().center(), {9000, 9000});
+        QCOMPARE(window.pos(), QPoint(available.left() + available.width() - 400, kPlace.y() + 4000));
+    }
+
+    void otherButtonsOnTheToolBarDoNothing()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        const QPoint from = toolBar()->geometry().center();
+        mouse(*toolBar(), QEvent::MouseButtonPress, from, Qt::RightButton, Qt::RightButton);
+        mouse(*toolBar(), QEvent::MouseMove, from + QPoint(9, 9), Qt::NoButton, Qt::RightButton);
+        mouse(*toolBar(), QEvent::MouseButtonRelease, from + QPoint(9, 9), Qt::RightButton);
+        QCOMPARE(window.geometry(), kPlace);
+        QCOMPARE(changed.size(), 0);
+    }
+
+    void moveOfTheToolBarIsConsumedPressAndReleaseArePassedOn()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        const QPoint from = toolBar()->geometry().center();
+        const auto filtered = [&window](QEvent::Type type, const QPoint& place, Qt::MouseButton changed) {
+            QMouseEvent event(type, QPointF(5, 5), place, changed, Qt::LeftButton, Qt::NoModifier);
+            return static_cast<QObject&>(window).eventFilter(toolBar(), &event);
+        };
+        QVERIFY(!filtered(QEvent::MouseMove, from, Qt::NoButton));
+        QVERIFY(!filtered(QEvent::MouseButtonPress, from, Qt::LeftButton));
+        QVERIFY(filtered(QEvent::MouseMove, from, Qt::NoButton));
+        QVERIFY(!filtered(QEvent::MouseButtonRelease, from, Qt::LeftButton));
+    }
+
+    void recordingButtonStartsAndStops()
+    {
+        DrawWindow window;
+        const QSignalSpy started(&window, &DrawWindow::startRecording);
+        const QSignalSpy stopped(&window, &DrawWindow::stopRecording);
+        click("startButton");
+        QCOMPARE(started.size(), 1);
+        QCOMPARE(stopped.size(), 0);
+        QVERIFY(window.isRecording());
+        QCOMPARE(button("startButton")->toolTip(), QStringLiteral("Stop Recording"));
+        QVERIFY(shows(button("startButton"), "stop-recording"));
+        click("startButton");
+        QCOMPARE(started.size(), 1);
+        QCOMPARE(stopped.size(), 1);
+        QVERIFY(!window.isRecording());
+        QCOMPARE(button("startButton")->toolTip(), QStringLiteral("Start Recording"));
+        QVERIFY(shows(button("startButton"), "start-recording"));
+    }
+
+    void recordingStateFromOutsideEmitsNothing()
+    {
+        DrawWindow window;
+        const QSignalSpy started(&window, &DrawWindow::startRecording);
+        const QSignalSpy stopped(&window, &DrawWindow::stopRecording);
+        window.setRecording(true);
+        QVERIFY(window.isRecording());
+        QVERIFY(button("startButton")->isChecked());
+        QCOMPARE(button("startButton")->toolTip(), QStringLiteral("Stop Recording"));
+        QVERIFY(shows(button("startButton"), "stop-recording"));
+        window.setRecording(false);
+        QCOMPARE(button("startButton")->toolTip(), QStringLiteral("Start Recording"));
+        QVERIFY(shows(button("startButton"), "start-recording"));
+        QVERIFY(!button("startButton")->isChecked());
+        QCOMPARE(started.size() + stopped.size(), 0);
+        window.setRecording(true);
+        click("startButton");
+        QCOMPARE(stopped.size(), 1);
+    }
+
+    void closeButtonWhileRecordingEmitsStopRecordingBeforeHideDrawWindow()
+    {
+        DrawWindow window;
+        window.show();
+        window.setRecording(true);
+        button("drawToggleButton")->setChecked(true);
+        QStringList order;
+        connect(&window, &DrawWindow::stopRecording, this, [&] { order.append(QStringLiteral("stop")); });
+        connect(&window, &DrawWindow::hideDrawWindow, this, [&] {
+            order.append(QStringLiteral("hide"));
+            order.append(button("drawToggleButton")->isChecked() ? "pen on" : "pen off");
+            order.append(window.isVisible() ? "visible" : "hidden");
+        });
+        click("closeButton");
+        QCOMPARE(order, QStringList({"stop", "hide", "pen off", "visible"}));
+        QVERIFY(!window.isRecording());
+        QCOMPARE(button("startButton")->toolTip(), QStringLiteral("Start Recording"));
+        QVERIFY(!window.isVisible());
+        QVERIFY(!toolBar()->isVisible());
+    }
+
+    void closeButtonWithoutRecordingStopsNothingAndForgetsTheStrokes()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        button("drawToggleButton")->setChecked(true);
+        drag(window, kPlace.center(), {50, 40});
+        const QSignalSpy stopped(&window, &DrawWindow::stopRecording);
+        const QSignalSpy hidden(&window, &DrawWindow::hideDrawWindow);
+        click("closeButton");
+        QCOMPARE(stopped.size(), 0);
+        QCOMPARE(hidden.size(), 1);
+        window.show();
+        QCOMPARE(pictureOf(window), frame(kPlace.size(), 4));
+        button("drawToggleButton")->setChecked(true);
+        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
+    }
+
+    void hoveredButtonsTurnLight()
+    {
+        DrawWindow window;
+        for (const QByteArray name : {"close", "clear"}) {
+            QPushButton* const hovered = button(name + "Button");
+            hover(hovered, true);
+            QVERIFY(shows(hovered, name + "-white"));
+            hover(hovered, false);
+            QVERIFY(shows(hovered, name));
+        }
+        hover(button("startButton"), true);
+        QVERIFY(shows(button("startButton"), "start-recording"));
+    }
+
+    void penIsLightWhileItIsHoveredOrOn()
+    {
+        DrawWindow window;
+        QPushButton* const pen = button("drawToggleButton");
+        hover(pen, true);
+        QVERIFY(shows(pen, "pen-white"));
+        hover(pen, false);
+        QVERIFY(shows(pen, "pen"));
+        pen->setChecked(true);
+        QVERIFY(shows(pen, "pen-white"));
+        hover(pen, true);
+        hover(pen, false);
+        QVERIFY(shows(pen, "pen-white"));
+        pen->setChecked(false);
+        QVERIFY(shows(pen, "pen"));
+    }
+
+    void insideIsClearInFrameMode()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        QCOMPARE(pictureOf(window), frame(kPlace.size(), 4));
+        window.resize(333, 221);
+        QCOMPARE(pictureOf(window), frame(QSize(333, 221), 4));
+        window.setBorderWidth(8);
+        QCOMPARE(pictureOf(window), frame(QSize(333, 221), 8));
+    }
+
+    void borderStaysAtTheEdgeOfAResizedWindow()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        window.resize(500, 350);
+        QTest::qWait(50);
+        const QImage shown = window.windowHandle()->screen()->grabWindow(window.winId()).toImage();
+        if (!shown.isNull() && shown.size() == QSize(500, 350))
+            QVERIFY(shown.pixelColor(398, 100) != kBlue);
+        QCOMPARE(pictureOf(window), frame(QSize(500, 350), 4));
+    }
+
+    void drawingModeFillsTheWindowWithWhatOnlyThePointerFeels()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        button("drawToggleButton")->setChecked(true);
+        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
+        button("drawToggleButton")->setChecked(false);
+        QCOMPARE(pictureOf(window), frame(kPlace.size(), 4));
+    }
+
+    void strokesAreDrawnAndKeptWhileThePenIsOff()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        button("drawToggleButton")->setChecked(true);
+        const QPoint origin = kPlace.topLeft();
+        press(window, origin + QPoint(50, 60));
+        moveHeld(window, origin + QPoint(90, 100));
+        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {line({{50, 60}, {90, 100}})}));
+        moveHeld(window, origin + QPoint(150, 70));
+        release(window, origin + QPoint(160, 80));
+        drag(window, origin + QPoint(200, 200), {40, -20});
+        const QList<QPolygonF> strokes{line({{50, 60}, {90, 100}, {150, 70}, {160, 80}}),
+                                       line({{200, 200}, {220, 190}, {240, 180}, {240, 180}})};
+        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), strokes));
+        button("drawToggleButton")->setChecked(false);
+        QCOMPARE(pictureOf(window), frame(kPlace.size(), 4));
+        button("drawToggleButton")->setChecked(true);
+        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), strokes));
+        click("clearButton");
+        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
+    }
+
+    void drawingNeitherMovesNorReports()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        button("drawToggleButton")->setChecked(true);
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        drag(window, kPlace.topLeft(), {60, 60});
+        drag(window, kPlace.center(), {60, 60});
+        QCOMPARE(window.geometry(), kPlace);
+        QCOMPARE(changed.size(), 0);
+    }
+
+    void clearingDuringAStrokeDropsIt()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        button("drawToggleButton")->setChecked(true);
+        press(window, kPlace.center());
+        moveHeld(window, kPlace.center() + QPoint(30, 30));
+        button("clearButton")->click();
+        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
+        moveHeld(window, kPlace.center() + QPoint(60, 10));
+        release(window, kPlace.center() + QPoint(70, 20));
+        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
+        drag(window, kPlace.topLeft() + QPoint(20, 20), {10, 10});
+        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {line({{20, 20}, {25, 25}, {30, 30}, {30, 30}})}));
+    }
+
+    void pressInsideInFrameModeFindsNoWindow()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        QVERIFY(isReached(window, QRegion(0, 0, 400, 300) - QRegion(4, 4, 392, 292)));
+        button("drawToggleButton")->setChecked(true);
+        QVERIFY(isReached(window, QRegion(0, 0, 400, 300)));
+    }
+
+private:
+    /// Whether the pointer reaches the window exactly there: in its shape, or by what it paints.
+    static bool isReached(QWidget& window, const QRegion& expected)
+    {
+        const QRegion reached = window.mask().isEmpty() ? opaquePixels(window) : window.mask();
+        return reached.xored(expected).isEmpty();
+    }
+
+    /// Where a window that is mixed by its alpha takes the pointer.
+    static QRegion opaquePixels(QWidget& window)
+    {
+        const QImage image = pictureOf(window);
+        QRegion region;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0, end = 0; x < image.width(); x = end + 1) {
+                for (end = x; end < image.width() && qAlpha(image.pixel(end, y)) != 0;)
+                    ++end;
+                region += QRect(x, y, end - x, 1);
+            }
+        }
+        return region;
+    }
+};
+
+QTEST_MAIN(TestDrawWindow)
+#include "test_drawwindow.moc"
