@@ -5,12 +5,9 @@
 
 #include <algorithm>
 
-namespace {
-
-/// The geometry at the end of a target's name; a null rectangle where there is none. A screen's own name comes before
-/// it and may hold a size as well.
-QRect geometryIn(const QString& name)
+QRect captureTargetGeometry(const QString& name)
 {
+    // A screen's own name comes before the geometry and may hold a size as well.
     static const QRegularExpression pattern(QStringLiteral(R"((\d+)x(\d+) @ (-?\d+),(-?\d+))"));
     QRect geometry;
     auto matches = pattern.globalMatch(name);
@@ -22,11 +19,13 @@ QRect geometryIn(const QString& name)
     return geometry;
 }
 
+namespace {
+
 template <typename Condition>
 QString firstWith(const QStringList& names, Condition condition)
 {
-    const auto found =
-        std::find_if(names.begin(), names.end(), [&](const QString& name) { return condition(geometryIn(name)); });
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&](const QString& name) { return condition(captureTargetGeometry(name)); });
     return found == names.end() ? QString() : *found;
 }
 

@@ -4,6 +4,10 @@
 
 class QRect;
 
+/// The geometry of a screen that a capture target's name ends with, in physical pixels of the desktop; a null rectangle
+/// where there is none.
+QRect captureTargetGeometry(const QString& name);
+
 /// Finds the capture target that shows a screen. The engine numbers and names the screens in an order of its own, but
 /// each name tells where the screen lies: "Screen HDMI-1 (1920x1080 @ 1280,0)", "Display: 2560x1440 @ -2560,0 (Primary
 /// Monitor)".

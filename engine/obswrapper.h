@@ -87,7 +87,8 @@ public:
     /// Whether the pointer is captured.
     void setCaptureCursor(bool show);
 
-    /// Whether the pointer gets a highlight and its clicks are marked.
+    /// Whether the pointer of a captured monitor gets a highlight and its clicks are marked, in the recorded picture
+    /// only.
     void setCursorEffects(bool show);
 
     /// Puts a device on its channel, or with enabled false takes it off: its levels then become zero, signalled once.
@@ -222,6 +223,7 @@ private:
     const CaptureSourceKind& captureKind(bool window) const;
     TargetList targetListOf(const CaptureSourceKind& kind) const;
     void selectTarget(bool window, qsizetype index);
+    void tellPointerEffects(bool window, const QString& target);
     void updateCrop(int left, int right, int top, int bottom);
     AudioDevice microphone();
     AudioDevice desktopAudio();
@@ -302,6 +304,7 @@ private:
     ObsSourceHandle m_micSource;
     ObsSourceHandle m_desktopSource;
     ObsSourceHandle m_videoCapture;
+    ObsSourceHandle m_pointerEffects;
     RestingOutputs m_restingOutputs;
     ObsOutputHandle m_output;
     ObsSourceHandle m_transition;

@@ -1,7 +1,12 @@
 #include "app/sclogger.h"
+#include "engine/capturetargets.h"
 #include "engine/obswrapper_p.h"
+#include "engine/pointereffects.h"
 
 #include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QRect>
+#include <QScreen>
 #include <QThread>
 
 namespace {
@@ -172,11 +177,14 @@ bool ObsWrapper::createScene()
 bool ObsWrapper::createCaptureSource(int captureType)
 {
     const CaptureSourceKind& kind = captureKind(captureType != kCaptureMonitor);
+    m_pointerEffects.reset();
     m_videoCapture.reset();
     m_videoCapture = onlyIfReal(ObsSourceHandle(obs_source_create(kind.sourceId, kind.sourceName, nullptr, nullptr)));
     if (!m_videoCapture)
         return false;
     obs_scene_atomic_update(m_scene.get(), addToScene, m_videoCapture.get());
+    // Before the filter that crops: what comes later is applied later.
+    m_pointerEffects = pointereffects::addTo(m_videoCapture.get());
     return true;
 }
 
@@ -207,6 +215,7 @@ bool ObsWrapper::setCaptureTarget(const char* target, int captureType, bool, int
     if (index < 0 || !m_videoCapture)
         return false;
     selectTarget(captureType != kCaptureMonitor, index);
+    tellPointerEffects(captureType != kCaptureMonitor, m_captureTargetNames.at(index));
     updateCrop(left, right, top, bottom);
     return true;
 }
@@ -225,6 +234,16 @@ void ObsWrapper::selectTarget(bool window, qsizetype index)
         obs_data_set_string(settings.get(), list.key, value.toUtf8().constData());
     if (kind.methodKey)
         obs_data_set_int(settings.get(), kind.methodKey, kind.method);
+}
+
+void ObsWrapper::tellPointerEffects(bool window, const QString& target)
+{
+    if (!m_pointerEffects)
+        return;
+    // Where a window lies on the desktop is not known here.
+    const auto origin = window ? std::nullopt : std::optional(captureTargetGeometry(target).topLeft());
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    pointereffects::setMonitor(m_pointerEffects.get(), origin, screen ? screen->devicePixelRatio() : 1.0);
 }
 
 void ObsWrapper::updateCrop(int left, int right, int top, int bottom)

@@ -407,9 +407,18 @@ private slots:
         waitForUpdates();
         QCOMPARE(standins::countOf("create crop_filter as Crop/Pad"), 1);
         QCOMPARE(standins::lastSettings("crop_filter").value("left").toInt(), 0);
-        obs_source_t* capture = obs_get_source_by_name("Computer_Monitor_Capture");
-        QCOMPARE(obs_source_filter_count(capture), size_t(1));
-        obs_source_release(capture);
+        QCOMPARE(filtersOfTheCapture().count(QStringLiteral("crop_filter")), 1);
+    }
+
+    void pointerEffectsAreAppliedBeforeTheCrop()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->refreshCaptureTargets(false);
+        QVERIFY(m_wrapper->setCaptureTarget("Left: 1280x720 @ 0,0", 1, true, 10, 20, 30, 40));
+        QCOMPARE(filtersOfTheCapture(), (QStringList{"kestrano_pointer_effects", "crop_filter"}));
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        QVERIFY(m_wrapper->setCaptureTarget("Left: 1280x720 @ 0,0", 1, true, 10, 20, 30, 40));
+        QCOMPARE(filtersOfTheCapture(), (QStringList{"kestrano_pointer_effects", "crop_filter"}));
     }
 
     void cursorSwitch()
@@ -513,6 +522,19 @@ private slots:
     }
 
 private:
+    /// The types of the capture source's filters, in the order in which they are applied.
+    static QStringList filtersOfTheCapture()
+    {
+        QStringList types;
+        const ObsSourceHandle capture(obs_get_source_by_name("Computer_Monitor_Capture"));
+        obs_source_enum_filters(
+            capture.get(),
+            [](obs_source_t*, obs_source_t* filter, void* list) {
+                static_cast<QStringList*>(list)->append(QString::fromUtf8(obs_source_get_id(filter)));
+            },
+            &types);
+        return types;
+    }
     static bool isCropFilterEnabled()
     {
         const ObsSourceHandle capture(obs_get_source_by_name("Computer_Monitor_Capture"));

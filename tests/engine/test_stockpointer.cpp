@@ -1,0 +1,348 @@
+#include "app/appidentity.h"
+#include "engine/capturetargets.h"
+#include "engine/obshandles.h"
+#include "engine/pointereffects.h"
+#include "tests/engine/stockengine.h"
+#include "tests/support/mediafile.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QImage>
+#include <QPixmap>
+#include <QProcess>
+#include <QScreen>
+#include <QTest>
+#include <QWidget>
+
+#include <atomic>
+#include <cstdint>
+
+namespace {
+
+const QColor kGround(100, 100, 100);
+/// The ground with the circles' colours mixed in: 0.3 of the highlight, and then 0.7 of a click.
+const QColor kHighlight(70, 147, 108);
+const QColor kLeftClick(21, 44, 211);
+const QColor kRightClick(200, 44, 32);
+/// What halved colours and full-range conversion make of them.
+constexpr int kColourError = 6;
+
+/// Distances from the pointer: in the click's circle, in the highlight's only, and outside of both.
+const QPoint kInClick(0, 0);
+const QPoint kInHighlight(16, 0);
+const QPoint kOutside(23, 0);
+
+/// The picture as the engine hands it to its outputs.
+class PictureTap
+{
+public:
+    /// The picture after a few that show what has just been set.
+    static QImage take(const QSize& size)
+    {
+        PictureTap tap(size);
+        video_scale_info form{};
+        form.format = VIDEO_FORMAT_BGRA;
+        form.width = static_cast<uint32_t>(size.width());
+        form.height = static_cast<uint32_t>(size.height());
+        form.range = VIDEO_RANGE_FULL;
+        form.colorspace = VIDEO_CS_709;
+        obs_add_raw_video_callback(&form, &PictureTap::onFrame, &tap);
+        const int64_t before = rendered();
+        const bool came =
+            QTest::qWaitFor([&] { return rendered() - before >= kPicturesUntilShown && tap.m_hasPicture; }, 10'000);
+        obs_remove_raw_video_callback(&PictureTap::onFrame, &tap);
+        return came ? tap.m_image : QImage();
+    }
+
+private:
+    static constexpr int kPicturesUntilShown = 6;
+
+    explicit PictureTap(const QSize& size) : m_image(size, QImage::Format_RGB32) {}
+
+    /// Pictures that were drawn, not repeated ones: those show what was there before.
+    static int64_t rendered() { return int64_t{obs_get_total_frames()} - obs_get_lagged_frames(); }
+
+    static void onFrame(void* param, video_data* frame)
+    {
+        auto& self = *static_cast<PictureTap*>(param);
+        for (int y = 0; y < self.m_image.height(); ++y)
+            std::copy_n(frame->data[0] + static_cast<std::size_t>(frame->linesize[0]) * static_cast<std::size_t>(y),
+                        4 * static_cast<std::size_t>(self.m_image.width()), self.m_image.scanLine(y));
+        self.m_hasPicture = true;
+    }
+
+    QImage m_image;
+    std::atomic<bool> m_hasPicture{false};
+};
+
+void xdotool(const QStringList& arguments)
+{
+    QCOMPARE(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
+}
+
+void movePointer(const QPoint& place)
+{
+    xdotool({QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y())});
+}
+
+/// A button that is held down for as long as the object lives.
+class HeldButton
+{
+public:
+    explicit HeldButton(int button) : m_button(QString::number(button))
+    {
+        xdotool({QStringLiteral("mousedown"), m_button});
+    }
+    ~HeldButton() { xdotool({QStringLiteral("mouseup"), m_button}); }
+    HeldButton(const HeldButton&) = delete;
+    HeldButton& operator=(const HeldButton&) = delete;
+
+private:
+    QString m_button;
+};
+
+ObsSourceHandle captureSource()
+{
+    return ObsSourceHandle(obs_get_source_by_name("Computer_Monitor_Capture"));
+}
+
+} // namespace
+
+/// The circles around the pointer in the picture of a real desktop, with the stock capture. The desktop is grey, and
+/// the pointer itself is not captured unless a test says so.
+class TestStockPointer : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        m_ground.setWindowFlags(Qt::Window | Qt::X11BypassWindowManagerHint | Qt::WindowStaysOnTopHint);
+        m_ground.setPalette(kGround);
+        m_ground.setGeometry(QGuiApplication::primaryScreen()->geometry());
+        m_ground.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&m_ground));
+        QCOMPARE(m_stock.start(), QString());
+        m_stock.engine().setCaptureCursor(false);
+    }
+
+    void init()
+    {
+        QVERIFY(m_stock.setMargins(0, 0, 0, 0));
+        m_stock.engine().setCursorEffects(true);
+    }
+
+    void cleanupTestCase() { m_stock.release(); }
+
+    void highlightIsDrawnAtThePointer()
+    {
+        for (const QPoint place : {QPoint(200, 150), QPoint(420, 300)}) {
+            movePointer(place);
+            const QImage picture = take();
+            QVERIFY(isColour(picture, place + kInClick, kHighlight));
+            QVERIFY(isColour(picture, place + kInHighlight, kHighlight));
+            QVERIFY(isColour(picture, place - kInHighlight, kHighlight));
+            QVERIFY(isColour(picture, place + kOutside, kGround));
+            QVERIFY(isColour(picture, place - kOutside, kGround));
+            QVERIFY(isColour(picture, place + kOutside.transposed(), kGround));
+        }
+    }
+
+    void nothingIsDrawnWhenSwitchedOff()
+    {
+        movePointer({200, 150});
+        m_stock.engine().setCursorEffects(false);
+        const HeldButton left(1);
+        QVERIFY(isColour(take(), {200, 150}, kGround));
+        QVERIFY(!isFilterEnabled());
+        m_stock.engine().setCursorEffects(true);
+        QVERIFY(isColour(take(), {200 + kInHighlight.x(), 150}, kHighlight));
+        QVERIFY(isFilterEnabled());
+    }
+
+    void clicksAreDrawnWhileAButtonIsDown_data()
+    {
+        QTest::addColumn<int>("button");
+        QTest::addColumn<QColor>("colour");
+        QTest::newRow("left") << 1 << kLeftClick;
+        QTest::newRow("middle") << 2 << kHighlight;
+        QTest::newRow("right") << 3 << kRightClick;
+    }
+
+    void clicksAreDrawnWhileAButtonIsDown()
+    {
+        QFETCH(const int, button);
+        QFETCH(const QColor, colour);
+        const QPoint place(300, 200);
+        movePointer(place);
+        {
+            const HeldButton held(button);
+            const QImage picture = take();
+            QVERIFY(isColour(picture, place + kInClick, colour));
+            QVERIFY(isColour(picture, place + kInHighlight, kHighlight));
+            QVERIFY(isColour(picture, place + kOutside, kGround));
+        }
+        QVERIFY(isColour(take(), place, kHighlight));
+    }
+
+    void circlesAreDrawnBelowTheCrop()
+    {
+        const QPoint place(260, 210);
+        movePointer(place);
+        QVERIFY(m_stock.setMargins(100, 60, 50, 70));
+        const HeldButton left(1);
+        const QImage picture = take();
+        const QPoint inPicture = place - QPoint(100, 50);
+        QVERIFY(isColour(picture, inPicture + kInClick, kLeftClick));
+        QVERIFY(isColour(picture, inPicture + kInHighlight, kHighlight));
+        QVERIFY(isColour(picture, inPicture + kOutside, kGround));
+        QVERIFY(isColour(picture, place, kGround));
+    }
+
+    void circlesAreCutOffByTheCrop()
+    {
+        // The pointer stands ten pixels outside of the region.
+        movePointer({90, 210});
+        QVERIFY(m_stock.setMargins(100, 60, 50, 70));
+        const QImage picture = take();
+        QVERIFY(isColour(picture, {4, 160}, kHighlight));
+        QVERIFY(isColour(picture, {14, 160}, kGround));
+    }
+
+    void circleAtTheEdgeOfTheScreen()
+    {
+        movePointer({0, 0});
+        const QImage picture = take();
+        QVERIFY(isColour(picture, {4, 4}, kHighlight));
+        QVERIFY(isColour(picture, {24, 24}, kGround));
+        QVERIFY(isColour(picture, {picture.width() - 4, 4}, kGround));
+    }
+
+    void monitorAwayFromTheOriginHasItsOwnPixels()
+    {
+        const auto xrandr = [](const QStringList& arguments) {
+            return QProcess::execute(QStringLiteral("xrandr"), arguments) == 0;
+        };
+        QVERIFY(xrandr({"--setmonitor", "*Right", "320/85x480/127+320+0", "screen"}));
+        QVERIFY(xrandr({"--setmonitor", "Left", "320/85x480/127+0+0", "none"}));
+        const QRect monitor(320, 0, 320, 480);
+        ObsWrapper& engine = m_stock.engine();
+        engine.refreshCaptureTargets(false);
+        const QString target = captureTargetForScreen(engine.captureTargetNames(), monitor);
+        QVERIFY(!target.isEmpty());
+        QCOMPARE(engine.resetVideo(320, 480, 320, 480, StockEngine::kFps), 0);
+        QVERIFY(engine.setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, false, 0, 0, 0, 0));
+        engine.setCursorEffects(true);
+        movePointer({470, 300});
+        const QImage onIt = PictureTap::take(monitor.size());
+        movePointer({150, 300});
+        const QImage besideIt = PictureTap::take(monitor.size());
+        QVERIFY(xrandr({"--delmonitor", "Left"}));
+        QVERIFY(xrandr({"--delmonitor", "Right"}));
+        engine.refreshCaptureTargets(false);
+        QVERIFY(isColour(onIt, {150, 300}, kHighlight));
+        QVERIFY(isColour(besideIt, {150, 300}, kGround));
+    }
+
+    void nothingIsDrawnOnTheScreenItself()
+    {
+        const QPoint place(200, 150);
+        movePointer(place);
+        QVERIFY(isColour(take(), place, kHighlight));
+        const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+        QVERIFY(isColour(screen, place, kGround));
+    }
+
+    void circlesFollowTheKeysOfTheCaptureSource()
+    {
+        const QPoint place(200, 150);
+        movePointer(place);
+        const HeldButton left(1);
+        set("fixed_circle_color", "1.0, 1.0, 1.0, 1.0");
+        set("left_click_color", "0.0, 0.0, 0.0, 1.0");
+        const QImage picture = take();
+        QVERIFY(isColour(picture, place + kInHighlight, Qt::white));
+        QVERIFY(isColour(picture, place + kInClick, Qt::black));
+    }
+
+    void circleWithABrokenColourIsNotDrawn()
+    {
+        const QPoint place(200, 150);
+        movePointer(place);
+        const HeldButton left(1);
+        set("fixed_circle_color", "no colour at all");
+        const QImage picture = take();
+        QVERIFY(isColour(picture, place + kInHighlight, kGround));
+        QVERIFY(!isColour(picture, place + kInClick, kGround));
+    }
+
+    void pointerItselfIsCapturedOrNotBesideTheCircles()
+    {
+        const QPoint place(200, 150);
+        movePointer(place);
+        m_stock.engine().setCaptureCursor(false);
+        const QImage without = take();
+        m_stock.engine().setCaptureCursor(true);
+        const QImage with = take();
+        m_stock.engine().setCaptureCursor(false);
+        QVERIFY(isColour(without, place + QPoint(2, 4), kHighlight));
+        QVERIFY(differs(without, with, QRect(place, QSize(12, 16))));
+        QVERIFY(isColour(with, place - kInHighlight, kHighlight));
+    }
+
+private:
+    QImage take() { return PictureTap::take(m_stock.size()); }
+
+    static bool isColour(const QImage& picture, const QPoint& place, const QColor& expected)
+    {
+        const QColor found = meanColour(picture, place, 1);
+        const bool same = colourDistance(found, expected) <= kColourError;
+        if (!same)
+            qWarning() << "at" << place << "there is" << found.name() << "and not" << expected.name();
+        return same;
+    }
+
+    static bool differs(const QImage& left, const QImage& right, const QRect& area)
+    {
+        for (int y = area.top(); y <= area.bottom(); ++y)
+            for (int x = area.left(); x <= area.right(); ++x)
+                if (colourDistance(left.pixelColor(x, y), right.pixelColor(x, y)) > 4 * kColourError)
+                    return true;
+        return false;
+    }
+
+    static bool isFilterEnabled()
+    {
+        bool enabled = false;
+        obs_source_enum_filters(
+            captureSource().get(),
+            [](obs_source_t*, obs_source_t* filter, void* found) {
+                if (qstrcmp(obs_source_get_id(filter), "kestrano_pointer_effects") == 0)
+                    *static_cast<bool*>(found) = obs_source_enabled(filter);
+            },
+            &enabled);
+        return enabled;
+    }
+
+    static void set(const char* key, const char* value)
+    {
+        const ObsDataHandle settings(obs_data_create());
+        obs_data_set_string(settings.get(), key, value);
+        obs_source_update(captureSource().get(), settings.get());
+    }
+
+    StockEngine m_stock;
+    QWidget m_ground;
+};
+
+int main(int argc, char** argv)
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    TestStockPointer test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_stockpointer.moc"

@@ -1,0 +1,147 @@
+#include "tests/recording/recordinghelpers.h"
+#include "tests/support/mediafile.h"
+#include "tests/support/testpicture.h"
+
+#include <QImage>
+#include <QProcess>
+#include <QTest>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kTakeMs = 1500;
+/// What the codec makes of a flat colour.
+constexpr int kColourError = 14;
+/// Inside the highlight, away from the pointer's own picture.
+const QPoint kInHighlight(-14, 0);
+const QPoint kOutside(-26, 0);
+
+/// A place where the test picture shows its background alone, far around.
+QPoint emptyPlace(const TestPicture& picture)
+{
+    constexpr int kAroundPx = 40;
+    const QRect screen(QPoint(), picture.screen());
+    QList<QRect> taken{picture.strip(), picture.sweepArea()};
+    for (const TestPicture::Patch& patch : picture.patches())
+        taken << patch.area;
+    for (int y = screen.bottom() - kAroundPx; y > kAroundPx; y -= 8) {
+        for (int x = screen.right() - kAroundPx; x > kAroundPx; x -= 8) {
+            const QRect around(x - kAroundPx, y - kAroundPx, 2 * kAroundPx, 2 * kAroundPx);
+            if (std::none_of(taken.begin(), taken.end(), [&](const QRect& area) { return area.intersects(around); }))
+                return {x, y};
+        }
+    }
+    return {};
+}
+
+QColor mixed(const QColor& below, const QColor& above, double alpha)
+{
+    const auto mix = [alpha](int under, int over) { return qRound(under * (1 - alpha) + over * alpha); };
+    return {mix(below.red(), above.red()), mix(below.green(), above.green()), mix(below.blue(), above.blue())};
+}
+
+bool xdotool(const QStringList& arguments)
+{
+    return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
+}
+
+} // namespace
+
+/// The pointer and the circles around it in files that the program recorded.
+class TestPointer : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QCOMPARE(m_performance.begin(kFramesPerSecond, false), QString());
+        m_place = emptyPlace(m_picture);
+        QVERIFY(!m_place.isNull());
+        QVERIFY(xdotool({"mousemove", QString::number(m_place.x()), QString::number(m_place.y())}));
+    }
+
+    void pointerInTheFileIsWhatTheSettingsSay_data()
+    {
+        QTest::addColumn<bool>("effects");
+        QTest::addColumn<bool>("cursor");
+        QTest::newRow("circles and pointer") << true << true;
+        QTest::newRow("circles only") << true << false;
+        QTest::newRow("pointer only") << false << true;
+        QTest::newRow("neither") << false << false;
+    }
+
+    void pointerInTheFileIsWhatTheSettingsSay()
+    {
+        QFETCH(const bool, effects);
+        QFETCH(const bool, cursor);
+        const QImage picture = recorded(effects, cursor, {});
+        QVERIFY(!picture.isNull());
+        const QColor ground = m_picture.background();
+        const QColor expected = effects ? mixed(ground, QColor(0, 255, 128), 0.3) : ground;
+        QVERIFY2(isColour(picture, m_place + kInHighlight, expected), qPrintable(m_found));
+        QVERIFY2(isColour(picture, m_place + kOutside, ground), qPrintable(m_found));
+        // The pointer's arrow lies below and right of the place that it points at.
+        bool isUntouched = true;
+        for (int step = 2; step <= 12; ++step)
+            isUntouched = isUntouched && isColour(picture, m_place + QPoint(step / 2, step), expected);
+        QCOMPARE(isUntouched, !cursor);
+    }
+
+    void clickIsInTheFile_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QColor>("colour");
+        QTest::newRow("left") << "1" << QColor(0, 0, 255);
+        QTest::newRow("right") << "3" << QColor(255, 0, 0);
+    }
+
+    void clickIsInTheFile()
+    {
+        QFETCH(const QString, button);
+        QFETCH(const QColor, colour);
+        const QImage picture = recorded(true, false, button);
+        QVERIFY(!picture.isNull());
+        const QColor highlight = mixed(m_picture.background(), QColor(0, 255, 128), 0.3);
+        QVERIFY2(isColour(picture, m_place, mixed(highlight, colour, 0.7)), qPrintable(m_found));
+        QVERIFY2(isColour(picture, m_place + kOutside, m_picture.background()), qPrintable(m_found));
+    }
+
+private:
+    /// A picture from the middle of a recording in which a button, if one is given, was held down throughout.
+    QImage recorded(bool effects, bool cursor, const QString& button)
+    {
+        ProgramUnderTest program;
+        program.setSetting(QStringLiteral("mouse/switch"), effects);
+        program.setSetting(QStringLiteral("mouse/showHighlight"), effects);
+        program.setSetting(QStringLiteral("mouse/showCursor"), cursor);
+        if (!program.startAndWaitUntilReady())
+            return {};
+        Take take = beginTake(program, QStringLiteral("mp4"));
+        if (!button.isEmpty())
+            xdotool({"mousedown", button});
+        QTest::qWait(kTakeMs);
+        if (!button.isEmpty())
+            xdotool({"mouseup", button});
+        endTake(program, take);
+        if (!take.failure.isEmpty())
+            qWarning().noquote() << take.failure;
+        return MediaFile(take.path).pictureAt(kTakeMs / 2000.0);
+    }
+
+    bool isColour(const QImage& picture, const QPoint& place, const QColor& expected)
+    {
+        const QColor found = meanColour(picture, place, 1);
+        m_found = QStringLiteral("%1 instead of %2").arg(found.name(), expected.name());
+        return colourDistance(found, expected) <= kColourError;
+    }
+
+    const TestPicture m_picture{QSize(640, 360)};
+    Performance m_performance;
+    QPoint m_place;
+    QString m_found;
+};
+
+QTEST_GUILESS_MAIN(TestPointer)
+#include "test_pointer.moc"
