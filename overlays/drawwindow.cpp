@@ -10,6 +10,7 @@
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
+#include <QLineF>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -46,6 +47,32 @@ QWidget* visibleTip()
         return window->windowType() == Qt::ToolTip && window->isVisible();
     });
     return found == windows.end() ? nullptr : *found;
+}
+
+QPen strokePen()
+{
+    return QPen(Qt::red, kStrokePx);
+}
+
+/// All the pixels that a part of a stroke may touch, with its caps and corners.
+QRect boundsOf(const QLineF& part)
+{
+    constexpr int kReachPx = 2 * kStrokePx;
+    return QRectF(part.p1(), part.p2()).normalized().toAlignedRect().adjusted(-kReachPx, -kReachPx, kReachPx, kReachPx);
+}
+
+/// The pixels that a part of a stroke covers.
+QRegion regionOf(const QLineF& part)
+{
+    const QRect bounds = boundsOf(part);
+    QBitmap covered(bounds.size());
+    covered.clear();
+    QPainter painter(&covered);
+    painter.translate(-bounds.topLeft());
+    painter.setPen(strokePen());
+    painter.drawPolyline(QPolygonF({part.p1(), part.p2()}));
+    painter.end();
+    return QRegion(covered).translated(bounds.topLeft());
 }
 
 /// Says what a button does, to the eye and to those who read the screen aloud.
@@ -245,6 +272,7 @@ void DrawWindow::clearDrawing()
 {
     m_strokes.clear();
     m_currentStroke.clear();
+    m_strokesRegion = QRegion();
     m_drawingInProgress = false;
     updateOpening();
     update();
@@ -378,6 +406,7 @@ void DrawWindow::mousePressEvent(QMouseEvent* event)
     m_startGeometry = geometry();
     if (m_dragMode == HitArea::Drawing) {
         m_drawingInProgress = true;
+        dropCurrentStroke();
         m_currentStroke = {event->position()};
         m_isCompositing = platform::isCompositing();
         updateOpening();
@@ -409,14 +438,29 @@ void DrawWindow::drag(const QMouseEvent& event, const QRect& available)
     placeToolBar();
 }
 
+/// There is one at a press where the last was broken off: the window was hidden, or the pen put down, under way.
+void DrawWindow::dropCurrentStroke()
+{
+    if (std::exchange(m_currentStroke, {}).isEmpty())
+        return;
+    m_strokesRegion = QRegion();
+    for (const QPolygonF& stroke : m_strokes) {
+        for (qsizetype end = 1; end < stroke.size(); ++end)
+            m_strokesRegion += regionOf({stroke.at(end - 1), stroke.at(end)});
+    }
+}
+
 void DrawWindow::draw(const QPointF& place)
 {
     // Nothing is drawn any more once the stroke was cleared under way.
     if (!m_drawing || !m_drawingInProgress)
         return;
+    const QLineF added(m_currentStroke.constLast(), place);
     m_currentStroke.append(place);
+    m_strokesRegion += regionOf(added);
     updateOpening();
-    update();
+    // The cap of what was the end gives way to a corner.
+    update(boundsOf(added));
 }
 
 void DrawWindow::mouseReleaseEvent(QMouseEvent* event)
@@ -424,10 +468,9 @@ void DrawWindow::mouseReleaseEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton)
         return;
     if (m_drawingInProgress && m_drawing) {
-        m_currentStroke.append(event->position());
+        draw(event->position());
         m_strokes.append(std::exchange(m_currentStroke, {}));
         m_drawingInProgress = false;
-        updateOpening();
     }
     if (framegeometry::isResize(m_dragMode) || m_dragMode == HitArea::Move)
         reportGeometry(false);
@@ -436,21 +479,11 @@ void DrawWindow::mouseReleaseEvent(QMouseEvent* event)
     update();
 }
 
-QRegion DrawWindow::strokesRegion() const
-{
-    QBitmap strokes(size());
-    strokes.clear();
-    QPainter painter(&strokes);
-    paintStrokes(painter);
-    painter.end();
-    return strokes;
-}
-
 /// What there is to be seen, as far as whole logical pixels can say it.
 QRegion DrawWindow::paintedRegion() const
 {
     const QRegion border = QRegion(rect()) - rect().marginsRemoved(borders());
-    return m_drawing ? border + strokesRegion() : border;
+    return m_drawing ? border + m_strokesRegion : border;
 }
 
 void DrawWindow::updateOpening()
@@ -482,15 +515,17 @@ void DrawWindow::paintMixed(QPainter& painter) const
         paintStrokes(painter);
 }
 
-/// The window has the shape of border and strokes, and whatever of it is not fully covered would be black: a pixel more
-/// than there is to see is painted everywhere.
+/// The window has the shape of border and strokes, and whatever of it is not fully covered would be black: more than
+/// there is to see is painted everywhere.
 void DrawWindow::paintCut(QPainter& painter) const
 {
     painter.fillRect(rect().adjusted(-1, -1, 1, 1), kBorder);
     if (!m_drawing)
         return;
-    for (const QRect& part : strokesRegion())
-        painter.fillRect(part.adjusted(-1, -1, 1, 1), Qt::red);
+    const QRect inside = rect().marginsRemoved(borders()).adjusted(1, 1, -1, -1);
+    painter.fillRect(inside, Qt::red);
+    for (const QRect& part : m_strokesRegion - inside)
+        painter.fillRect(part, Qt::red);
 }
 
 void DrawWindow::paintBorder(QPainter& painter) const
@@ -502,7 +537,7 @@ void DrawWindow::paintBorder(QPainter& painter) const
 
 void DrawWindow::paintStrokes(QPainter& painter) const
 {
-    painter.setPen(QPen(Qt::red, kStrokePx));
+    painter.setPen(strokePen());
     for (const QPolygonF& stroke : m_strokes)
         painter.drawPolyline(stroke);
     if (!m_currentStroke.isEmpty())

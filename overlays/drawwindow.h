@@ -7,6 +7,7 @@
 #include <QPoint>
 #include <QPolygonF>
 #include <QRect>
+#include <QRegion>
 #include <QWidget>
 
 #include <memory>
@@ -105,10 +106,10 @@ private:
     framegeometry::HitArea hitAreaAt(const QPoint& place) const;
     void drag(const QMouseEvent& event, const QRect& available);
     void draw(const QPointF& place);
+    void dropCurrentStroke();
     void reportGeometry(bool isMoving);
 
     QMargins borders() const;
-    QRegion strokesRegion() const;
     QRegion paintedRegion() const;
     void updateOpening();
     void paintMixed(QPainter& painter) const;
@@ -120,6 +121,8 @@ private:
     bool m_drawing = false;
     QList<QPolygonF> m_strokes;
     QPolygonF m_currentStroke;
+    /// What all strokes cover.
+    QRegion m_strokesRegion;
     framegeometry::HitArea m_dragMode = framegeometry::HitArea::None;
     /// Where the pointer went down, globally; while the tool bar is dragged, how far it is from the frame's corner.
     QPoint m_pressPoint;

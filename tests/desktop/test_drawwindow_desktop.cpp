@@ -4,16 +4,14 @@
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 
-#include <xcb/xcb.h>
-
 #include <cmath>
-#include <functional>
 
 using userinput::pointTo;
 using userinput::xdotool;
@@ -308,6 +306,21 @@ private slots:
         QVERIFY(m_backdrop.isActiveWindow());
     }
 
+    void givesTheFocusBackWhenItWasActivatedAndIsHidden()
+    {
+        QLineEdit other;
+        other.setGeometry(20, 20, 100, 30);
+        other.show();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        m_window->raise();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        m_window->hide();
+        QTRY_VERIFY(other.isActiveWindow());
+        xdotool({"key", "a"});
+        QTRY_COMPARE(other.text(), QStringLiteral("a"));
+    }
+
     void toolBarMovesIt()
     {
         const QSignalSpy changed(m_window.get(), &DrawWindow::windowGeometryChanged);
@@ -411,6 +424,27 @@ private slots:
         const QImage picture = screenshot();
         QVERIFY(isLike(picture.pixel(inPixels(from + QPoint(50, 10))), kBackdrop));
         xdotool({"mouseup", "1"});
+    }
+
+    void strokeThatIsBrokenOffIsGoneWithTheNextOne()
+    {
+        click(centreOf("drawToggleButton"));
+        const QPoint kept = kPlace.topLeft() + QPoint(60, 40);
+        dragBy(kept, {200, 0});
+        const QPoint broken = kPlace.topLeft() + QPoint(60, 80);
+        pointToLogical(broken);
+        xdotool({"mousedown", "1"});
+        QTest::qWait(60);
+        pointToLogical(broken + QPoint(200, 0));
+        QTRY_COMPARE(otherThan(kRed, screenshot(), lineOf(broken, 200)), QString());
+        m_window->hide();
+        xdotool({"mouseup", "1"});
+        m_window->show();
+        const QPoint next = kPlace.topLeft() + QPoint(60, 120);
+        dragBy(next, {200, 0});
+        QTRY_COMPARE(otherThan(kRed, screenshot(), lineOf(next, 200)), QString());
+        QCOMPARE(otherThan(kRed, screenshot(), lineOf(kept, 200)), QString());
+        QCOMPARE(otherThan(kBackdrop, screenshot(), lineOf(broken, 200)), QString());
     }
 
     void penDrawsWhereTheFrameWasMovedTo()
