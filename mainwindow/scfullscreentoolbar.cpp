@@ -17,7 +17,6 @@
 #include <QScreen>
 #include <QStyle>
 #include <QTimer>
-#include <QWindow>
 
 namespace {
 
@@ -78,7 +77,7 @@ SCFullscreenToolbar::SCFullscreenToolbar(QWidget* parent)
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_AlwaysShowToolTips);
     setAttribute(Qt::WA_QuitOnClose, false);
-    overrideWindowFlags(Qt::WindowFlags::fromInt(kWindowFlags));
+    readyNativeWindow();
     applyStyleSheet(*this, QStringLiteral(":/res/style/fullscreen-toolbar.qss"));
 
     m_layout->setContentsMargins(0, 0, 0, 0);
@@ -153,13 +152,16 @@ int SCFullscreenToolbar::layeredAlpha(double opacity)
     return static_cast<int>(opacity * kHighestAlpha);
 }
 
-/// The widget's own flags hold no hint about frames: the native window alone is told to have none, and to leave the
+/// The widget's own flags hold no hint about frames: the native window alone is made without one, and leaves the
 /// keyboard to others when it is clicked.
 void SCFullscreenToolbar::readyNativeWindow()
 {
-    winId();
-    windowHandle()->setFlags(windowHandle()->flags() | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
+    const auto flags = Qt::WindowFlags::fromInt(kWindowFlags);
+    overrideWindowFlags(flags | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
     platform::readyAsOverlay(*this);
+    winId();
+    // What the native window was made with stays with it.
+    overrideWindowFlags(flags);
 }
 
 /// Where nothing mixes the see-through corners with the desktop they would be black.
@@ -350,7 +352,6 @@ void SCFullscreenToolbar::leaveEvent(QEvent* event)
 /// Before the window is on the screen.
 void SCFullscreenToolbar::showEvent(QShowEvent* event)
 {
-    readyNativeWindow();
     updateOutline();
     fadeTo(1.0);
     QWidget::showEvent(event);

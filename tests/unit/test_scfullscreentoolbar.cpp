@@ -110,6 +110,8 @@ private slots:
         QVERIFY(!bar.isVisible());
         showAtTop(bar);
         QCOMPARE(bar.windowFlags().toInt(), 0x4001B);
+        QCOMPARE(bar.geometry(), QRect(screenPoint(260, 0), QSize(280, 40)));
+        QCOMPARE(bar.frameGeometry(), bar.geometry());
     }
 
     void controlsHaveTheirNamesIconsAndTexts()
