@@ -93,7 +93,7 @@ QStringList keysInFile(const QString& path)
     QStringList keys;
     const QStringList lines = fileText(path).split("\r\n", Qt::SkipEmptyParts);
     for (const QString& line : lines)
-        keys.append(line.left(line.indexOf(" = \"")).replace("%25", "%"));
+        keys.append(line.left(line.indexOf(" = \"")).replace("%0A", "\n").replace("%25", "%"));
     return keys;
 }
 
@@ -213,7 +213,8 @@ private slots:
         const QStringList lines = fileText(path).split("\r\n", Qt::SkipEmptyParts);
         for (const QString& line : lines) {
             const QString key = line.left(line.indexOf(" = \""));
-            QCOMPARE(line.trimmed(), QString("%1 = \"%2\"").arg(key, QString(key).replace("%25", "%")));
+            QCOMPARE(line.trimmed(),
+                     QString("%1 = \"%2\"").arg(key, QString(key).replace("%0A", "\\n").replace("%25", "%")));
         }
         // A key that the reader mangled would still come back as itself when the translator is asked for it.
         QStringList keysRead = QSettings(path, QSettings::IniFormat).allKeys();

@@ -1,0 +1,41 @@
+#include "overlays/pickingdesktop.h"
+
+#include "platform/window_hotkey.h"
+
+#include <utility>
+
+namespace {
+
+class SystemDesktop : public PickingDesktop
+{
+public:
+    unsigned long installMouseHook(platform::MouseHook::Handler handler) override
+    {
+        return m_hook.install(std::move(handler));
+    }
+    void removeMouseHook() override { m_hook.remove(); }
+    void setMouseWanted(bool wanted) override { m_hook.setWanted(wanted); }
+
+    void registerHotkey(QWidget& window, std::function<void()> pressed) override
+    {
+        m_hotkey = std::make_unique<platform::WindowHotkey>(window, std::move(pressed));
+    }
+    void unregisterHotkey() override { m_hotkey.reset(); }
+
+    platform::NativeWindow windowAt(const QPoint& position) const override { return m_windows.at(position); }
+    bool exists(platform::NativeWindow window) const override { return m_windows.exists(window); }
+    std::optional<QRect> rectOf(platform::NativeWindow window) const override { return m_windows.rectOf(window); }
+    bool isMouseButtonDown() const override { return m_windows.isMouseButtonDown(); }
+
+private:
+    platform::MouseHook m_hook;
+    platform::NativeWindows m_windows;
+    std::unique_ptr<platform::WindowHotkey> m_hotkey;
+};
+
+} // namespace
+
+std::unique_ptr<PickingDesktop> PickingDesktop::ofTheSystem()
+{
+    return std::make_unique<SystemDesktop>();
+}

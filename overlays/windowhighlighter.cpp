@@ -1,0 +1,246 @@
+#include "overlays/windowhighlighter.h"
+
+#include "app/sclogger.h"
+#include "platform/compositing.h"
+#include "platform/overlay_window.h"
+#include "platform/window_hotkey.h"
+#include "widgets/messagebox.h"
+#include "widgets/stylesheet.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QPainter>
+#include <QPointer>
+#include <QScreen>
+#include <QTimer>
+
+#include <utility>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int kUpdateIntervalMs = 100;
+constexpr int kButtonPollMs = 20;
+constexpr int kOutlinePx = 2;
+constexpr QColor kTint(255, 0, 0, 30);
+/// The outline and the soft edge within it.
+constexpr int kRingPx = 3;
+
+int rounded(double value)
+{
+    return static_cast<int>(std::lround(value));
+}
+
+/// Where the toolkit's coordinates and those of the system meet: each screen's top-left corner is the same in both.
+QRect physicalGeometry(const QScreen& screen)
+{
+    const QSizeF size = QSizeF(screen.geometry().size()) * screen.devicePixelRatio();
+    return {screen.geometry().topLeft(), QSize(rounded(size.width()), rounded(size.height()))};
+}
+
+const QScreen& screenHolding(const QPoint& physical)
+{
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    const auto found = std::ranges::find_if(
+        screens, [&physical](const QScreen* screen) { return physicalGeometry(*screen).contains(physical); });
+    return found != screens.end() ? **found : *QGuiApplication::primaryScreen();
+}
+
+QRect logicalRectOnItsScreen(const QRect& physical)
+{
+    const QScreen& screen = screenHolding(physical.topLeft());
+    return WindowHighlighter::logicalRect(physical, screen.geometry().topLeft(), screen.devicePixelRatio());
+}
+
+} // namespace
+
+WindowHighlighter* WindowHighlighter::s_instance = nullptr;
+
+WindowHighlighter::WindowHighlighter(QWidget* parent) : WindowHighlighter(PickingDesktop::ofTheSystem(), parent) {}
+
+WindowHighlighter::WindowHighlighter(std::unique_ptr<PickingDesktop> desktop, QWidget* parent)
+    : QWidget(parent), m_desktop(std::move(desktop)), m_updateTimer(new QTimer(this))
+{
+    if (s_instance != nullptr)
+        qFatal("WindowHighlighter already instantiated");
+    s_instance = this;
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::WindowTransparentForInput);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_NoMousePropagation);
+    installHook();
+    m_updateTimer->setInterval(kUpdateIntervalMs);
+    connect(m_updateTimer, &QTimer::timeout, this, &WindowHighlighter::onTimer);
+    m_desktop->registerHotkey(*this, [this] { setVisible(!isVisible()); });
+    platform::readyAsOverlay(*this);
+}
+
+WindowHighlighter::~WindowHighlighter()
+{
+    m_updateTimer->stop();
+    hide();
+    m_desktop->removeMouseHook();
+    m_updateTimer->stop();
+    m_desktop->unregisterHotkey();
+    s_instance = nullptr;
+}
+
+void WindowHighlighter::installHook()
+{
+    const unsigned long error = m_desktop->installMouseHook(
+        [this](platform::MouseHook::Event event, const QPoint& position) { onMouse(event, position); });
+    if (error == 0)
+        return;
+    messagebox::critical(nullptr, tr("Error"), tr("Failed to install mouse hook (Error: %1)").arg(error));
+    // Posted: before the event loop runs there is nothing yet that could be told to quit.
+    QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+}
+
+void WindowHighlighter::setVisible(bool visible)
+{
+    if (visible && !isVisible()) {
+        m_hoveredWindow = 0;
+        cutOut();
+    }
+    if (visible)
+        m_updateTimer->start();
+    else
+        m_updateTimer->stop();
+    m_desktop->setMouseWanted(visible);
+    QWidget::setVisible(visible);
+}
+
+void WindowHighlighter::onMouse(platform::MouseHook::Event event, const QPoint& position)
+{
+    if (!isVisible())
+        return;
+    if (event != platform::MouseHook::Event::Move) {
+        onClick(event, position);
+        return;
+    }
+    const platform::NativeWindow window = m_desktop->windowAt(position);
+    if (window == m_hoveredWindow)
+        return;
+    m_hoveredWindow = window;
+    reposition();
+    cutOut();
+    update();
+}
+
+void WindowHighlighter::onClick(platform::MouseHook::Event event, const QPoint& position)
+{
+    if (m_hoveredWindow == 0)
+        return;
+    const std::optional<QRect> rect = m_desktop->rectOf(m_hoveredWindow);
+    if (!rect)
+        return;
+    emit windowClicked(*rect);
+    // Not within the hook: the whole desktop would wait for the menu, and the system drops hooks that hold it up.
+    if (event == platform::MouseHook::Event::RightPress)
+        QMetaObject::invokeMethod(
+            this, [this, position] { openMenu(position); }, Qt::QueuedConnection);
+}
+
+void WindowHighlighter::onTimer()
+{
+    // Before the mouse has moved there is nothing to frame, and nothing that could have gone.
+    if (isVisible() && m_hoveredWindow != 0)
+        reposition();
+}
+
+void WindowHighlighter::reposition()
+{
+    if (m_hoveredWindow == 0 || !m_desktop->exists(m_hoveredWindow)) {
+        setVisible(false);
+        return;
+    }
+    const std::optional<QRect> rect = m_desktop->rectOf(m_hoveredWindow);
+    if (!rect)
+        return;
+    const QRect place = logicalRectOnItsScreen(*rect);
+    const bool isResized = place.size() != size();
+    setGeometry(place);
+    if (isResized)
+        cutOut();
+    if (!isVisible())
+        setVisible(true);
+}
+
+/// What is see-through but not mixed with the desktop would be black.
+void WindowHighlighter::cutOut()
+{
+    if (platform::isCompositing())
+        clearMask();
+    else if (m_hoveredWindow == 0)
+        // An empty mask would be none: one that leaves all of the window out.
+        setMask(QRegion(-1, -1, 1, 1));
+    else
+        setMask(QRegion(rect()) - rect().adjusted(kRingPx, kRingPx, -kRingPx, -kRingPx));
+}
+
+void WindowHighlighter::openMenu(const QPoint& position)
+{
+    // The window below has the mouse until the button is let go, and the menu would not get it.
+    if (m_desktop->isMouseButtonDown()) {
+        QTimer::singleShot(kButtonPollMs, this, [this, position] { openMenu(position); });
+        return;
+    }
+    const QPointer<WindowHighlighter> self(this);
+    QMenu menu;
+    applyStyleSheet(menu, QStringLiteral(":/res/style/context-menu.qss"));
+    const QAction* const information = menu.addAction(tr("Capture Window"));
+    const QAction* const nothing = menu.addAction(tr("Close Highlighter"));
+    const QAction* const chosen = menu.exec(logicalRectOnItsScreen(QRect(position, QSize(1, 1))).topLeft());
+    if (self == nullptr || chosen == nullptr)
+        return;
+    if (chosen == information)
+        showWindowInformation();
+    else if (chosen == nothing && m_hoveredWindow != 0)
+        SCLogger::debug(QStringLiteral("Capture window functionality not implemented yet"));
+}
+
+void WindowHighlighter::showWindowInformation()
+{
+    if (m_hoveredWindow == 0 || !m_desktop->exists(m_hoveredWindow))
+        return;
+    const std::optional<QRect> rect = m_desktop->rectOf(m_hoveredWindow);
+    if (!rect)
+        return;
+    messagebox::information(this, tr("Window Info"),
+                            tr("Window Position: (%1, %2)\nSize: %3 x %4")
+                                .arg(rect->left())
+                                .arg(rect->top())
+                                .arg(rect->width())
+                                .arg(rect->height()));
+}
+
+QRect WindowHighlighter::logicalRect(const QRect& physical, const QPoint& screenOrigin, double devicePixelRatio)
+{
+    const auto logical = [devicePixelRatio](int distance) { return rounded(distance / devicePixelRatio); };
+    const QPoint inside = physical.topLeft() - screenOrigin;
+    return {screenOrigin + QPoint(logical(inside.x()), logical(inside.y())),
+            QSize(logical(physical.width()), logical(physical.height()))};
+}
+
+void WindowHighlighter::paintEvent(QPaintEvent* /*event*/)
+{
+    if (m_hoveredWindow == 0)
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::red, kOutlinePx, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    painter.setBrush(kTint);
+    painter.drawRect(rect().adjusted(1, 1, -1, -1));
+}
+
+bool WindowHighlighter::nativeEvent(const QByteArray& eventType, void* message, qintptr* result)
+{
+    if (!platform::WindowHotkey::isMessage(eventType, message))
+        return false;
+    setVisible(!isVisible());
+    *result = 0;
+    return true;
+}

@@ -1,0 +1,64 @@
+#include "platform/mouse_hook.h"
+
+#include <windows.h>
+#include <utility>
+
+namespace platform {
+
+struct MouseHook::Private
+{
+    static LRESULT CALLBACK onMouse(int code, WPARAM message, LPARAM details);
+
+    /// The system hands its callback nothing by which it could find its hook.
+    static Private* s_installed;
+
+    HHOOK hook = nullptr;
+    Handler handler;
+};
+
+MouseHook::Private* MouseHook::Private::s_installed = nullptr;
+
+LRESULT CALLBACK MouseHook::Private::onMouse(int code, WPARAM message, LPARAM details)
+{
+    if (code >= 0 && s_installed != nullptr) {
+        const POINT point = reinterpret_cast<const MSLLHOOKSTRUCT*>(details)->pt;
+        const QPoint position(point.x, point.y);
+        if (message == WM_MOUSEMOVE)
+            s_installed->handler(Event::Move, position);
+        else if (message == WM_LBUTTONDOWN)
+            s_installed->handler(Event::LeftPress, position);
+        else if (message == WM_RBUTTONDOWN)
+            s_installed->handler(Event::RightPress, position);
+    }
+    return CallNextHookEx(nullptr, code, message, details);
+}
+
+MouseHook::MouseHook() : m_private(std::make_unique<Private>()) {}
+
+MouseHook::~MouseHook()
+{
+    remove();
+}
+
+unsigned long MouseHook::install(Handler handler)
+{
+    m_private->handler = std::move(handler);
+    m_private->hook = SetWindowsHookExW(WH_MOUSE_LL, &Private::onMouse, GetModuleHandleW(nullptr), 0);
+    if (m_private->hook == nullptr)
+        return GetLastError();
+    Private::s_installed = m_private.get();
+    return 0;
+}
+
+void MouseHook::remove()
+{
+    if (m_private->hook == nullptr)
+        return;
+    UnhookWindowsHookEx(m_private->hook);
+    m_private->hook = nullptr;
+    Private::s_installed = nullptr;
+}
+
+void MouseHook::setWanted(bool) {}
+
+} // namespace platform

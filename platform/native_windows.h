@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QPoint>
+#include <QRect>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace platform {
+
+/// A window of any program as the system numbers it (HWND, X11 window); 0 is none. It may be gone at any moment.
+using NativeWindow = std::uintptr_t;
+
+/// The desktop's windows, of all programs. Positions are physical pixels of the desktop. User-interface thread.
+class NativeWindows
+{
+public:
+    NativeWindows();
+    ~NativeWindows();
+    NativeWindows(const NativeWindows&) = delete;
+    NativeWindows& operator=(const NativeWindows&) = delete;
+
+    /// The deepest visible window at the place that the mouse would reach: a control within a dialog, and at least the
+    /// desktop's own window. Windows that let the mouse through are not there. 0 when the system does not answer.
+    NativeWindow at(const QPoint& position) const;
+
+    bool exists(NativeWindow window) const;
+
+    /// With the window's own border, as it lies on the desktop; none when it is gone.
+    std::optional<QRect> rectOf(NativeWindow window) const;
+
+    /// Whether the left or the right mouse button is held down. Until it is let go the window below has the mouse, and
+    /// on X11 a menu that opens then cannot take it.
+    bool isMouseButtonDown() const;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> m_private;
+};
+
+} // namespace platform

@@ -1,0 +1,51 @@
+#include "platform/native_windows.h"
+
+#include <windows.h>
+
+namespace platform {
+
+namespace {
+
+HWND handleOf(NativeWindow window)
+{
+    return reinterpret_cast<HWND>(window);
+}
+
+bool isDown(int virtualKey)
+{
+    constexpr int kDown = 0x8000;
+    return (GetAsyncKeyState(virtualKey) & kDown) != 0;
+}
+
+} // namespace
+
+struct NativeWindows::Private
+{};
+
+NativeWindows::NativeWindows() = default;
+NativeWindows::~NativeWindows() = default;
+
+NativeWindow NativeWindows::at(const QPoint& position) const
+{
+    return reinterpret_cast<NativeWindow>(WindowFromPoint({position.x(), position.y()}));
+}
+
+bool NativeWindows::exists(NativeWindow window) const
+{
+    return IsWindow(handleOf(window)) != 0;
+}
+
+std::optional<QRect> NativeWindows::rectOf(NativeWindow window) const
+{
+    RECT rect{};
+    if (GetWindowRect(handleOf(window), &rect) == 0)
+        return std::nullopt;
+    return QRect(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
+}
+
+bool NativeWindows::isMouseButtonDown() const
+{
+    return isDown(VK_LBUTTON) || isDown(VK_RBUTTON);
+}
+
+} // namespace platform

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <functional>
+#include <memory>
+
+class QWidget;
+
+namespace platform {
+
+/// Ctrl+Shift+H for one window, wherever the keyboard focus is. When another program holds the key nothing happens, and
+/// nobody is told. User-interface thread.
+class WindowHotkey
+{
+public:
+    /// The window gets its native handle and outlives the object. pressed is called where the system does not bring
+    /// the key as a message to the window; see isMessage().
+    WindowHotkey(QWidget& window, std::function<void()> pressed);
+    ~WindowHotkey();
+    WindowHotkey(const WindowHotkey&) = delete;
+    WindowHotkey& operator=(const WindowHotkey&) = delete;
+
+    /// Whether what came to QWidget::nativeEvent() is a hotkey: on Windows, where the window itself is brought the key.
+    static bool isMessage(const QByteArray& eventType, const void* message);
+
+private:
+    struct Private;
+    std::unique_ptr<Private> m_private;
+};
+
+} // namespace platform
