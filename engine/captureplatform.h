@@ -71,6 +71,10 @@ struct CapturePlatform
     int picturesUntilDrawn = 2;
     const char* desktopAudioId = nullptr;
     const char* microphoneId = nullptr;
+    /// Whether the sound plug-ins keep to their devices: they go silent with a device that vanishes, and take it up
+    /// again when it comes back. Those that do not are moved by the sound server to whatever it takes for the next
+    /// best.
+    bool soundKeepsToItsDevices = true;
     /// Modules without which the program cannot do its job. One that did not load counts as failed.
     std::vector<const char*> neededModules;
     std::vector<NeededType> neededTypes;

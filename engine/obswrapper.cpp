@@ -16,6 +16,7 @@
 namespace {
 
 constexpr int kLevelIntervalMs = 16;
+constexpr int kMicrophoneIntervalMs = 1000;
 /// The video is reset for a recording that starts right after it; a trial would take processor time from that.
 constexpr int kRepeatTrialMs = 500;
 constexpr uint32_t kSamplesPerSecond = 48000;
@@ -92,6 +93,8 @@ ObsWrapper::ObsWrapper(CapturePlatform platform) : m_platform(std::move(platform
 {
     m_levelTimer.setInterval(kLevelIntervalMs);
     connect(&m_levelTimer, &QTimer::timeout, this, &ObsWrapper::onLevelTick);
+    m_microphoneTimer.setInterval(kMicrophoneIntervalMs);
+    connect(&m_microphoneTimer, &QTimer::timeout, this, &ObsWrapper::followMicrophone);
     m_repeatTrial.setInterval(kRepeatTrialMs);
     connect(&m_repeatTrial, &QTimer::timeout, this, &ObsWrapper::repeatTrial);
 }
@@ -137,6 +140,8 @@ bool ObsWrapper::initialize(int width, int height, int fps)
     obs_set_output_source(kMicrophoneChannel, m_micSource.get());
     obs_set_output_source(kDesktopChannel, m_desktopSource.get());
     m_levelTimer.start();
+    if (!m_platform.soundKeepsToItsDevices)
+        m_microphoneTimer.start();
     // In good time for the first recording, which is never larger than this.
     measureEncoderDelay({QString(), evenSize(width), evenSize(height), fps, kTrialBitRate});
     return true;

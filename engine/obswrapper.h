@@ -92,7 +92,8 @@ public:
     void setCursorEffects(bool show);
 
     /// Puts a device on its channel, or with enabled false takes it off: its levels then become zero, signalled once.
-    /// Does nothing when the system has no list of such devices.
+    /// Does nothing when the system has no list of such devices. A microphone that vanishes is silent until it comes
+    /// back.
     void setMicDevice(bool enabled, const QString& deviceId);
     void setDesktopAudioDevice(bool enabled, const QString& deviceId);
 
@@ -230,6 +231,7 @@ private:
     void setAudioDevice(const AudioDevice& device, bool enabled, const QString& deviceId);
     void switchOff(const AudioDevice& device);
     void putOnChannel(const AudioDevice& device, const QByteArray& deviceId);
+    void followMicrophone();
     void emitLevels(MeterKind kind);
 
     void measureEncoderDelay(const FfmpegRequest& request);
@@ -314,6 +316,7 @@ private:
     ObsEncoderHandle m_streamAudioEncoder;
     ObsEncoderHandle m_archiveAudioEncoder;
     QTimer m_levelTimer;
+    QTimer m_microphoneTimer;
     ObsSignalConnection m_outputSignal;
     std::array<ObsSignalConnection, 6> m_outputSignals;
     ObsFaderHandle m_micFader;

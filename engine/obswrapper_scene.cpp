@@ -55,6 +55,29 @@ ListItems readDevices(const char* sourceId)
     return readList(properties.get(), {kDeviceKey, ListKind::Text});
 }
 
+QString deviceOf(obs_source_t* source)
+{
+    const ObsDataHandle settings(obs_source_get_settings(source));
+    return QString::fromUtf8(obs_data_get_string(settings.get(), kDeviceKey));
+}
+
+void setDevice(obs_source_t* source, const QString& device)
+{
+    const ObsDataHandle settings(obs_data_create());
+    obs_data_set_string(settings.get(), kDeviceKey, device.toUtf8().constData());
+    obs_source_update(source, settings.get());
+}
+
+/// A source starts anew only on a device other than the one it has.
+void takeDeviceUpAgain(obs_source_t* source)
+{
+    const QString device = deviceOf(source);
+    // The default one counts as another each time: the source remembers by name which one it was.
+    if (device != QLatin1String(kDefaultDevice))
+        setDevice(source, QLatin1String(kNoDevice));
+    setDevice(source, device);
+}
+
 void readDevicesInto(const char* sourceId, QStringList& names, QStringList& ids)
 {
     ListItems items = readDevices(sourceId);
@@ -357,6 +380,30 @@ void ObsWrapper::putOnChannel(const AudioDevice& device, const QByteArray& devic
         obs_volmeter_attach_source(device.meter, source.get());
     }
     device.source = std::move(source);
+}
+
+void ObsWrapper::followMicrophone()
+{
+    const ObsSourceHandle microphone(obs_get_output_source(kMicrophoneChannel));
+    if (!microphone || microphone != m_micSource)
+        return;
+    const bool isThere = readDevices(m_platform.microphoneId).values.contains(deviceOf(microphone.get()));
+    const bool wasThere = !obs_source_muted(microphone.get());
+    if (isThere == wasThere)
+        return;
+    if (isThere) {
+        SCLogger::info(QStringLiteral("The microphone is back"));
+        takeDeviceUpAgain(microphone.get());
+        // While there was no microphone the server took the computer's own sound for one, and everything that listened
+        // to that has just been moved to the microphone.
+        const ObsSourceHandle desktop(obs_get_output_source(kDesktopChannel));
+        if (desktop && desktop == m_desktopSource)
+            takeDeviceUpAgain(desktop.get());
+    } else {
+        // Moved to the sound of the computer, which would be in the file twice.
+        SCLogger::warning(QStringLiteral("The microphone has vanished"));
+    }
+    obs_source_set_muted(microphone.get(), !isThere);
 }
 
 void ObsWrapper::refreshMicDevices()

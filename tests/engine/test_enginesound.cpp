@@ -132,6 +132,63 @@ private slots:
         obs_wait_for_destroy_queue();
     }
 
+    void microphoneThatVanishesIsSilentUntilItComesBack()
+    {
+        useAServerThatMovesWhoListens();
+        obs_source_t* microphone = obs_get_output_source(2);
+        QTest::qWait(1200);
+        QVERIFY(!obs_source_muted(microphone));
+        behaviour().microphones.clear();
+        QTRY_VERIFY(obs_source_muted(microphone));
+        standins::clearEvents();
+        behaviour().microphones = {{"Default", "default"}, {"Desk microphone", "mic-1"}};
+        QTRY_VERIFY(!obs_source_muted(microphone));
+        // What was moved while it was away is taken up anew, on the devices that were chosen.
+        QCOMPARE(standins::countOf("update wasapi_input_capture"), 1);
+        QCOMPARE(standins::countOf("update wasapi_output_capture"), 1);
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("default"));
+        QCOMPARE(standins::lastSettings("wasapi_output_capture").value("device_id").toString(), QString("default"));
+        obs_source_release(microphone);
+    }
+
+    void microphoneOfANameIsTakenUpAgainWhenItIsBackAmongOthers()
+    {
+        useAServerThatMovesWhoListens();
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        obs_source_t* microphone = obs_get_output_source(2);
+        behaviour().microphones = {{"Default", "default"}};
+        QTRY_VERIFY(obs_source_muted(microphone));
+        standins::clearEvents();
+        behaviour().microphones = {{"Default", "default"}, {"Desk microphone", "mic-1"}};
+        QTRY_VERIFY(!obs_source_muted(microphone));
+        // Away from it and back: the same device again would be no change.
+        QCOMPARE(standins::countOf("update wasapi_input_capture"), 2);
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-1"));
+        obs_source_release(microphone);
+    }
+
+    void microphoneThatIsSwitchedOffIsNotLookedFor()
+    {
+        useAServerThatMovesWhoListens();
+        m_wrapper->setMicDevice(false, QStringLiteral("default"));
+        standins::clearEvents();
+        behaviour().microphones.clear();
+        QTest::qWait(1200);
+        behaviour().microphones = {{"Default", "default"}};
+        QTest::qWait(1200);
+        QCOMPARE(standins::countOf("update wasapi_input_capture"), 0);
+    }
+
+    void pluginsThatKeepToTheirDevicesAreLeftAlone()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        obs_source_t* microphone = obs_get_output_source(2);
+        behaviour().microphones.clear();
+        QTest::qWait(1200);
+        QVERIFY(!obs_source_muted(microphone));
+        obs_source_release(microphone);
+    }
+
     void deviceLists()
     {
         m_wrapper->refreshMicDevices();
@@ -362,6 +419,14 @@ private slots:
     }
 
 private:
+    void useAServerThatMovesWhoListens()
+    {
+        CapturePlatform platform = standins::platform();
+        platform.soundKeepsToItsDevices = false;
+        m_wrapper = std::make_unique<ObsWrapper>(platform);
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+    }
+
     std::unique_ptr<ObsWrapper> m_wrapper;
 };
 

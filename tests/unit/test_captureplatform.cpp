@@ -82,6 +82,12 @@ private slots:
         QVERIFY(CapturePlatform::windows().picturesUntilDrawn > 2);
     }
 
+    void onlyTheSoundServerMovesWhoListens()
+    {
+        QVERIFY(CapturePlatform::windows().soundKeepsToItsDevices);
+        QVERIFY(!CapturePlatform::x11().soundKeepsToItsDevices);
+    }
+
     void neededModules()
     {
         QCOMPARE(moduleNames(CapturePlatform::windows()),

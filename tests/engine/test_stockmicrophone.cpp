@@ -1,0 +1,161 @@
+#include "app/appidentity.h"
+#include "tests/engine/stockengine.h"
+#include "tests/support/mediafile.h"
+#include "tests/support/testpicture.h"
+#include "tests/support/testprofile.h"
+#include "tests/support/testtone.h"
+
+#include <QApplication>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+
+namespace {
+
+constexpr int kVoiceHz = 720;
+/// The program looks for its microphone every second.
+constexpr int kNoticedMs = 1500;
+constexpr int kStretchMs = 2000;
+
+QString pactl(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral("pactl"), arguments);
+    process.waitForFinished();
+    return QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed();
+}
+
+/// The desktop's microphone, which can be pulled out and put in.
+class Microphone
+{
+public:
+    Microphone()
+    {
+        const QString name = qEnvironmentVariable("KESTRANO_TEST_MICROPHONE");
+        for (const QString& line : pactl({"list", "short", "modules"}).split(QLatin1Char('\n')))
+            if (line.contains(QLatin1String("source_name=") + name))
+                m_module = line.section(QLatin1Char('\t'), 0, 0);
+        const QString tone = QStringLiteral("sine=frequency=%1:sample_rate=48000").arg(kVoiceHz);
+        m_voice.start(QStringLiteral("ffmpeg"), {"-hide_banner", "-nostdin", "-re", "-f", "lavfi", "-i", tone, "-f",
+                                                 "pulse", "-device", sink(), "voice"});
+    }
+
+    ~Microphone()
+    {
+        m_voice.kill();
+        m_voice.waitForFinished();
+    }
+
+    bool isThere() const { return !m_module.isEmpty(); }
+
+    void pullOut()
+    {
+        pactl({"unload-module", m_module});
+        m_module.clear();
+    }
+
+    void putIn()
+    {
+        m_module = pactl({"load-module", "module-remap-source",
+                          QLatin1String("source_name=") + qEnvironmentVariable("KESTRANO_TEST_MICROPHONE"),
+                          QStringLiteral("master=%1.monitor").arg(sink())});
+    }
+
+private:
+    static QString sink() { return qEnvironmentVariable("KESTRANO_TEST_MICROPHONE_SINK"); }
+
+    QString m_module;
+    QProcess m_voice;
+};
+
+} // namespace
+
+/// A microphone that vanishes while it is recorded, with the stock plug-ins and a real sound server.
+class TestStockMicrophone : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_microphone.isThere());
+        QCOMPARE(m_stock.showPicture(), QString());
+        QCOMPARE(m_stock.playTone(), QString());
+        QCOMPARE(m_stock.start(), QString());
+        m_stock.engine().setMicDevice(true, QStringLiteral("default"));
+    }
+
+    void cleanupTestCase() { m_stock.release(); }
+
+    void microphoneThatVanishesIsUsedAgainWhenItComesBack()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("film"));
+        QTest::qWait(kStretchMs);
+        QCOMPARE(m_stock.begin(path, 1), QString());
+        m_begun = monotonicNow();
+        const double with = stretch();
+        m_microphone.pullOut();
+        QTest::qWait(kNoticedMs);
+        const double without = stretch();
+        m_microphone.putIn();
+        QTest::qWait(kNoticedMs);
+        const double again = stretch();
+        QVERIFY(m_stock.engine().isRecording());
+        QCOMPARE(m_stock.end(), QString());
+
+        const MediaFile file(path + QLatin1String(".avi"));
+        QVERIFY2(file.isReadable(), qPrintable(file.error()));
+        const NumbersHeld numbers = countNumbers(file.numbers(TestPicture(m_stock.size())));
+        QCOMPARE(numbers.unreadable, 0);
+        QCOMPARE(numbers.backwards, 0);
+        QVERIFY2(numbers.share() > 0.98, qPrintable(QString::number(numbers.share())));
+
+        m_samples = file.samples(testtone::kSamplesPerSecond);
+        const double length = static_cast<double>(m_samples.size()) / testtone::kSamplesPerSecond;
+        QVERIFY2(std::abs(length - file.video()->durationSeconds) < 0.3, qPrintable(QString::number(length)));
+        QVERIFY2(loudness(with, kVoiceHz) > 0.05, qPrintable(QString::number(loudness(with, kVoiceHz))));
+        QVERIFY2(loudness(without, kVoiceHz) < 0.005, qPrintable(QString::number(loudness(without, kVoiceHz))));
+        QVERIFY2(loudness(again, kVoiceHz) > 0.05, qPrintable(QString::number(loudness(again, kVoiceHz))));
+        // The sound of the computer is there throughout, and nowhere twice.
+        const double desktop = loudness(with, testtone::kBaseFrequencyHz);
+        QVERIFY2(desktop > 0.02, qPrintable(QString::number(desktop)));
+        for (const double at : {without, again}) {
+            const double ratio = loudness(at, testtone::kBaseFrequencyHz) / desktop;
+            QVERIFY2(ratio > 0.8 && ratio < 1.25, qPrintable(QString::number(ratio)));
+        }
+    }
+
+private:
+    /// Lets the recording run and returns the second in it, about, in the middle of that time.
+    double stretch() const
+    {
+        QTest::qWait(kStretchMs);
+        return static_cast<double>(monotonicNow() - m_begun) / 1e9 - kStretchMs / 2000.0;
+    }
+
+    double loudness(double atSeconds, double frequencyHz) const
+    {
+        constexpr int kSpan = testtone::kSamplesPerSecond / 2;
+        const auto first = static_cast<qsizetype>(atSeconds * testtone::kSamplesPerSecond);
+        return testtone::amplitude(m_samples, first, kSpan, frequencyHz, testtone::kSamplesPerSecond);
+    }
+
+    Microphone m_microphone;
+    StockEngine m_stock;
+    QTemporaryDir m_folder;
+    int64_t m_begun = 0;
+    QList<float> m_samples;
+};
+
+int main(int argc, char** argv)
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    TestStockMicrophone test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_stockmicrophone.moc"
