@@ -1,5 +1,6 @@
 #include "mainwindow/capturearea.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -7,13 +8,30 @@ namespace {
 /// Far above the rounding error of a product of screen size, far below what a pixel could mean.
 constexpr double kRatioNoise = 1e-6;
 
+int truncated(double exact)
+{
+    const double nearest = std::round(exact);
+    return static_cast<int>(std::abs(exact - nearest) < kRatioNoise ? nearest : std::trunc(exact));
+}
+
 } // namespace
 
 int toPhysicalPx(int logicalPx, double devicePixelRatio)
 {
-    const double exact = logicalPx * devicePixelRatio;
-    const double nearest = std::round(exact);
-    return static_cast<int>(std::abs(exact - nearest) < kRatioNoise ? nearest : std::trunc(exact));
+    return truncated(logicalPx * devicePixelRatio);
+}
+
+int toLogicalPx(int physicalPx, double devicePixelRatio)
+{
+    return truncated(physicalPx / devicePixelRatio);
+}
+
+QRect toLogicalRect(const QRect& physical, double devicePixelRatio)
+{
+    const auto logical = [devicePixelRatio](int value) {
+        return static_cast<int>(std::lround(value / devicePixelRatio));
+    };
+    return {logical(physical.x()), logical(physical.y()), logical(physical.width()), logical(physical.height())};
 }
 
 QPoint captureCentre(const QRect& rect)
@@ -32,6 +50,13 @@ void CaptureArea::setRect(const QRect& rect)
     m_top = rect.top();
     m_right = rect.left() + rect.width();
     m_bottom = rect.top() + rect.height();
+}
+
+void CaptureArea::setRegion(const QRect& region, const CaptureScreen& screen)
+{
+    setRect(region.contains(screen.geometry) ? screen.geometry : region);
+    if (!region.contains(screen.geometry))
+        m_left = std::max(m_left, 1);
 }
 
 QRect CaptureArea::rect() const

@@ -43,7 +43,9 @@ enum class CaptureMode : int
 /// in physical pixels.
 ///
 /// The stored right and bottom lie one past the last pixel, so that right - left is the width and a rectangle that is
-/// the whole screen has margins of 0. Whoever reports corners in another sense converts them when storing, here only.
+/// the whole screen has margins of 0. What is stored is given as a position and a size. AreaSelector::areaSelected()
+/// reports just that, counted from the primary screen's corner; DrawWindow::windowGeometryChanged() reports the first
+/// and the last pixel inside the frame, which are the corners of a QRect.
 class CaptureArea
 {
 public:
@@ -58,6 +60,12 @@ public:
 
     /// Stores the pixels of rect, taken as a position and a size.
     void setRect(const QRect& rect);
+
+    /// Stores a region that the user has framed on screen.
+    ///
+    /// One that begins in the desktop's first column is stored with a left edge of 1, so that it is never taken for
+    /// unset and the whole screen recorded in its place. One that leaves nothing of the screen out is the whole screen.
+    void setRegion(const QRect& region, const CaptureScreen& screen);
 
     /// The stored pixels as a position and a size. All -1 corners while nothing was ever stored.
     QRect rect() const;
@@ -88,3 +96,10 @@ QPoint captureCentre(const QRect& rect);
 /// A logical length in physical pixels, truncated. A product that misses a whole number only by the rounding of the
 /// ratio counts as that number: 100 at 1.15 is 115.
 int toPhysicalPx(int logicalPx, double devicePixelRatio);
+
+/// A physical length in logical pixels, truncated in the same sense.
+int toLogicalPx(int physicalPx, double devicePixelRatio);
+
+/// A rectangle of physical pixels in logical ones: position and size each divided by the ratio and rounded, halves away
+/// from zero.
+QRect toLogicalRect(const QRect& physical, double devicePixelRatio);

@@ -49,6 +49,66 @@ private slots:
         QVERIFY(!area.isUnset());
     }
 
+    void regionInTheFirstColumnIsStoredFromTheSecond()
+    {
+        const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
+        CaptureArea area;
+        area.setRegion({0, 20, 300, 200}, screen);
+        QVERIFY(!area.isUnset());
+        QCOMPARE(area.left(), 1);
+        QCOMPARE(area.right(), 300);
+        QCOMPARE(area.rectOn(screen), QRect(1, 20, 299, 200));
+        // A frame that hangs over the edge as well.
+        area.setRegion({-50, 20, 300, 200}, screen);
+        QCOMPARE(area.left(), 1);
+        QCOMPARE(area.right(), 250);
+    }
+
+    void regionElsewhereIsStoredAsItIs()
+    {
+        const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
+        CaptureArea area;
+        for (int sample = 0; sample < kSamples; ++sample) {
+            const QRect region = sampleRect(sample, screen.geometry.size());
+            area.setRegion(region, screen);
+            QCOMPARE(area.rect(), region);
+        }
+    }
+
+    void regionThatHoldsTheWholeScreenIsTheWholeScreen()
+    {
+        const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
+        CaptureArea area;
+        for (const QRect& region : {screen.geometry, QRect(-320, -180, 1920, 1080)}) {
+            area.setRegion(region, screen);
+            QVERIFY(area.isUnset());
+            QCOMPARE(area.margins(screen), CaptureMargins());
+            QCOMPARE(area.physicalSize(screen), QSize(1280, 720));
+        }
+        const CaptureScreen right{{640, 0, 640, 720}, 1.0};
+        area.setRegion(right.geometry, right);
+        QVERIFY(!area.isUnset());
+        QCOMPARE(area.margins(right), CaptureMargins());
+    }
+
+    void cornersOfAFrameAreItsFirstAndLastPixel()
+    {
+        const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
+        CaptureArea area;
+        area.setRegion(QRect(QPoint(100, 50), QPoint(399, 249)), screen);
+        QCOMPARE(area.rect().size(), QSize(300, 200));
+        QCOMPARE(area.right(), 400);
+        QCOMPARE(area.bottom(), 250);
+        QCOMPARE(area.margins(screen), (CaptureMargins{100, 50, 880, 470, true}));
+    }
+
+    void logicalRectangleOfAWindowIsRoundedHalvesAwayFromZero()
+    {
+        QCOMPARE(toLogicalRect({300, 150, 600, 400}, 1.5), QRect(200, 100, 400, 267));
+        QCOMPARE(toLogicalRect({-3, -5, 5, 3}, 2.0), QRect(-2, -3, 3, 2));
+        QCOMPARE(toLogicalRect({7, 8, 9, 10}, 1.0), QRect(7, 8, 9, 10));
+    }
+
     void anUnsetAreaIsThePrimaryScreen()
     {
         const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "mainwindow/capturearea.h"
+
+/// The primary screen as it is now; a session without one gets an empty screen.
+CaptureScreen primaryScreen();

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+
+/// Ticks once a second while a recording runs. A pause keeps the part of a second that has passed.
+class RecordingClock : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr int kIntervalMs = 1000;
+
+    explicit RecordingClock(QObject* parent);
+
+    /// Starts anew with a whole second, or stops.
+    void setRunning(bool running);
+
+    /// Stands still, or goes on where it stood. Ignored by a clock that does not run.
+    void setPaused(bool paused);
+
+signals:
+    void tick();
+
+private:
+    void onTimeout();
+
+    QTimer m_timer;
+    bool m_running = false;
+    /// What was left of the second when the clock was paused, in ms; -1 while it is not paused.
+    int m_remainingMs = -1;
+};

@@ -1,0 +1,123 @@
+#include "mainwindow/sourceswitches.h"
+
+#include "app/settings.h"
+#include "engine/obswrapper.h"
+#include "engine/volumecontrol.h"
+#include "mainwindow/sourceport.h"
+#include "overlays/scswitchwidget.h"
+#include "widgets/messagebox.h"
+
+#include <QCoreApplication>
+#include <QSettings>
+#include <QSignalBlocker>
+#include <QWidget>
+
+namespace {
+
+/// The default device and one that it stands for.
+constexpr int kFewestMicrophones = 2;
+
+QString text(const char* source)
+{
+    return QCoreApplication::translate("SCMainWindow", source);
+}
+
+void showWithoutAsking(SCSwitchWidget& control, bool on)
+{
+    const QSignalBlocker blocker(control);
+    control.setChecked(on);
+}
+
+void readyMeter(VolumeControl& meter, int channels, int audioChannels)
+{
+    meter.setChannelCount(channels);
+    meter.setAudioChannelCount(audioChannels);
+    meter.setFillFromMinimum(true);
+}
+
+} // namespace
+
+SourceSwitches::SourceSwitches(const SourceRows& rows, SourcePort& sources, QSettings& settings, QWidget* window)
+    : QObject(window), m_rows(rows), m_sources(sources), m_settings(settings), m_window(*window)
+{
+    connect(&m_rows.speakerSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onSpeakerSwitched);
+    connect(&m_rows.micSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onMicSwitched);
+    connect(&m_rows.mouseSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onMouseSwitched);
+    connect(&m_rows.webcamSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onWebcamSwitched);
+    showWithoutAsking(m_rows.mouseSwitch, m_settings.value(settingskeys::kMouseSwitch).toBool());
+}
+
+void SourceSwitches::applyStored()
+{
+    m_rows.mouseSwitch.setChecked(m_settings.value(settingskeys::kMouseShowHighlight).toBool());
+}
+
+void SourceSwitches::attachMeters(ObsWrapper& engine)
+{
+    connect(&engine, &ObsWrapper::playerVolumeDataChange, &m_rows.speakerMeter, &VolumeControl::setLevels);
+    connect(&engine, &ObsWrapper::micVolumeDataChange, &m_rows.micMeter, &VolumeControl::setLevels);
+    readyMeter(m_rows.speakerMeter, engine.desktopMeterChannels(), engine.audioOutputChannels());
+    readyMeter(m_rows.micMeter, engine.micMeterChannels(), engine.audioOutputChannels());
+}
+
+void SourceSwitches::restore()
+{
+    const bool speaker = m_settings.value(settingskeys::kSpeakerSwitch).toBool();
+    const bool mic = m_settings.value(settingskeys::kMicSwitch).toBool();
+    const bool mouse = m_settings.value(settingskeys::kMouseSwitch).toBool();
+    showWithoutAsking(m_rows.speakerSwitch, speaker);
+    showWithoutAsking(m_rows.micSwitch, mic);
+    showWithoutAsking(m_rows.mouseSwitch, mouse);
+    applySpeaker(speaker);
+    applyMic(mic);
+    m_sources.setPointer(mouse);
+}
+
+void SourceSwitches::onSpeakerSwitched(bool on)
+{
+    applySpeaker(on);
+    m_settings.setValue(settingskeys::kSpeakerSwitch, on);
+}
+
+void SourceSwitches::onMicSwitched(bool on)
+{
+    if (on && m_sources.microphoneCount() < kFewestMicrophones) {
+        messagebox::warning(&m_window, text("Warning"), text("No microphone device found!"));
+        // A switch that is on without a device would promise a sound that is not recorded.
+        m_rows.micSwitch.setChecked(false);
+        return;
+    }
+    applyMic(on);
+    m_settings.setValue(settingskeys::kMicSwitch, on);
+}
+
+void SourceSwitches::onMouseSwitched(bool on)
+{
+    m_sources.setPointer(on);
+    if (on)
+        m_settings.setValue(settingskeys::kMouseShowCursor, true);
+    m_settings.setValue(settingskeys::kMouseShowHighlight, on);
+    m_settings.setValue(settingskeys::kMouseSwitch, on);
+}
+
+void SourceSwitches::onWebcamSwitched(bool on)
+{
+    if (!on || m_sources.hasCamera())
+        return;
+    messagebox::warning(&m_window, text("Warning"), text("No camera device found!"));
+    m_rows.webcamSwitch.setChecked(false);
+}
+
+void SourceSwitches::applySpeaker(bool on)
+{
+    m_sources.setSpeaker(on);
+    m_rows.speakerMeter.resetLevels();
+    m_rows.speakerMeter.setActive(on);
+}
+
+void SourceSwitches::applyMic(bool on)
+{
+    m_sources.setMicrophone(on);
+    m_rows.micMeter.resetLevels();
+    m_rows.micMeter.setActive(on);
+}

@@ -1,0 +1,96 @@
+#include "mainwindow/tile.h"
+
+#include <QEvent>
+#include <QIcon>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr QSize kIconSize(28, 28);
+constexpr QSize kSmallestSize(104, 80);
+
+} // namespace
+
+Tile::Tile(QWidget* parent) : QFrame(parent), m_icon(new QLabel(this)), m_label(new QLabel(this))
+{
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_Hover);
+    m_icon->setObjectName(QStringLiteral("tileIcon"));
+    m_label->setObjectName(QStringLiteral("tileLabel"));
+    m_icon->setAlignment(Qt::AlignCenter);
+    m_label->setAlignment(Qt::AlignCenter);
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(8, 8, 8, 8);
+    layout->setSpacing(4);
+    layout->addStretch();
+    layout->addWidget(m_icon);
+    layout->addWidget(m_label);
+    layout->addStretch();
+}
+
+Tile::~Tile() = default;
+
+void Tile::setSelected(bool selected)
+{
+    if (m_selected == selected)
+        return;
+    m_selected = selected;
+    showIcon();
+    // The style sheet does not follow properties by itself.
+    style()->unpolish(this);
+    style()->polish(this);
+    for (QWidget* const part : {m_icon, m_label}) {
+        part->style()->unpolish(part);
+        part->style()->polish(part);
+    }
+    update();
+}
+
+QString Tile::text() const
+{
+    return m_label->text();
+}
+
+void Tile::setText(const QString& text)
+{
+    m_label->setText(text);
+    setAccessibleName(text);
+}
+
+void Tile::setIconName(const QString& name)
+{
+    m_iconName = name;
+    showIcon();
+}
+
+QSize Tile::minimumSizeHint() const
+{
+    return layout()->totalMinimumSize().expandedTo(kSmallestSize);
+}
+
+bool Tile::event(QEvent* event)
+{
+    const bool handled = QFrame::event(event);
+    if (event->type() == QEvent::Enter || event->type() == QEvent::Leave || event->type() == QEvent::EnabledChange)
+        showIcon();
+    return handled;
+}
+
+void Tile::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Space || event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        emit activated();
+    else
+        QFrame::keyPressEvent(event);
+}
+
+void Tile::showIcon()
+{
+    const bool light = m_selected || (underMouse() && isEnabled());
+    const QIcon icon(QStringLiteral(":/res/forms/images/%1%2.svg").arg(m_iconName, light ? "-white" : ""));
+    m_icon->setPixmap(
+        icon.pixmap(kIconSize, devicePixelRatioF(), isEnabled() ? QIcon::Normal : QIcon::Disabled));
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QFrame>
+
+class QLabel;
+
+/// A large clickable field with an icon over its name. It knows how it looks, not what it does: a release of the left
+/// mouse button on it is for who watches it, the keyboard's press is activated().
+///
+/// Its style sheet sees the property "selected".
+class Tile : public QFrame
+{
+    Q_OBJECT
+    Q_PROPERTY(bool selected READ isSelected WRITE setSelected)
+    /// Also what a screen reader calls the tile.
+    Q_PROPERTY(QString text READ text WRITE setText)
+    /// ":/res/forms/images/<iconName>.svg" and its "-white" twin, which shows while the tile is selected or the pointer
+    /// is over it.
+    Q_PROPERTY(QString iconName READ iconName WRITE setIconName)
+
+public:
+    explicit Tile(QWidget* parent = nullptr);
+    ~Tile() override;
+
+    bool isSelected() const { return m_selected; }
+    void setSelected(bool selected);
+
+    QString text() const;
+    void setText(const QString& text);
+
+    QString iconName() const { return m_iconName; }
+    void setIconName(const QString& name);
+
+    QSize minimumSizeHint() const override;
+
+signals:
+    /// The space bar or the enter key was pressed on the tile.
+    void activated();
+
+protected:
+    bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void showIcon();
+
+    QLabel* m_icon;
+    QLabel* m_label;
+    QString m_iconName;
+    bool m_selected = false;
+};

@@ -1,0 +1,251 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "engine/volumecontrol.h"
+#include "mainwindow/sourceport.h"
+#include "mainwindow/sourceswitches.h"
+#include "overlays/scswitchwidget.h"
+#include "tests/support/testprofile.h"
+#include "tests/support/widgetpicture.h"
+#include "widgets/messagebox.h"
+
+#include <QApplication>
+#include <QSettings>
+#include <QTest>
+
+#include <array>
+#include <memory>
+
+namespace {
+
+class FakeSources : public SourcePort
+{
+public:
+    void setSpeaker(bool on) override { calls << QStringLiteral("speaker %1").arg(int(on)); }
+    void setMicrophone(bool on) override { calls << QStringLiteral("microphone %1").arg(int(on)); }
+    int microphoneCount() override { return microphones; }
+    void setPointer(bool on) override { calls << QStringLiteral("pointer %1").arg(int(on)); }
+    bool hasCamera() const override { return camera; }
+
+    QStringList calls;
+    int microphones = 2;
+    bool camera = false;
+};
+
+using Levels = std::array<float, VolumeControl::kMaxChannels>;
+
+} // namespace
+
+class TestSourceSwitches : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_settings = openSettings();
+        m_settings->clear();
+        applyDefaultSettings(*m_settings);
+        m_sources = FakeSources();
+        m_window = std::make_unique<QWidget>();
+        m_speaker = new SCSwitchWidget(m_window.get());
+        m_mic = new SCSwitchWidget(m_window.get());
+        m_mouse = new SCSwitchWidget(m_window.get());
+        m_webcam = new SCSwitchWidget(m_window.get());
+        m_speakerMeter = new VolumeControl(m_window.get());
+        m_micMeter = new VolumeControl(m_window.get());
+        for (VolumeControl* const meter : {m_speakerMeter, m_micMeter}) {
+            meter->resize(100, 12);
+            meter->setFillFromMinimum(true);
+        }
+    }
+
+    void speakerTellsEngineMeterAndSettings()
+    {
+        auto& switches = make();
+        switches.restore();
+        m_sources.calls.clear();
+        showLevel(*m_speakerMeter);
+        m_speaker->setChecked(false);
+        QCOMPARE(m_sources.calls, QStringList{"speaker 0"});
+        QVERIFY(!isLit(*m_speakerMeter));
+        QVERIFY(!m_speakerMeter->isActive());
+        QCOMPARE(m_settings->value(settingskeys::kSpeakerSwitch).toBool(), false);
+        m_speaker->setChecked(true);
+        QCOMPARE(m_sources.calls, (QStringList{"speaker 0", "speaker 1"}));
+        QVERIFY(m_speakerMeter->isActive());
+        QVERIFY(!isLit(*m_speakerMeter));
+        QCOMPARE(m_settings->value(settingskeys::kSpeakerSwitch).toBool(), true);
+    }
+
+    void microphoneTellsEngineMeterAndSettings()
+    {
+        make().restore();
+        m_sources.calls.clear();
+        m_mic->setChecked(true);
+        QCOMPARE(m_sources.calls, QStringList{"microphone 1"});
+        QVERIFY(m_micMeter->isActive());
+        QCOMPARE(m_settings->value(settingskeys::kMicSwitch).toBool(), true);
+        showLevel(*m_micMeter);
+        m_mic->setChecked(false);
+        QVERIFY(!isLit(*m_micMeter));
+        QCOMPARE(m_settings->value(settingskeys::kMicSwitch).toBool(), false);
+    }
+
+    void microphoneWithoutADeviceIsWarnedOfAndSwitchedOff()
+    {
+        make().restore();
+        m_sources.microphones = 1;
+        const messagebox::Recorder boxes;
+        m_mic->setChecked(true);
+        expectWarning(boxes, "No microphone device found!");
+        QVERIFY(!m_mic->isChecked());
+        QCOMPARE(m_settings->value(settingskeys::kMicSwitch).toBool(), false);
+    }
+
+    void switchingTheMicrophoneOffNeverWarns()
+    {
+        m_settings->setValue(settingskeys::kMicSwitch, true);
+        make().restore();
+        m_sources.microphones = 1;
+        const messagebox::Recorder boxes;
+        m_mic->setChecked(false);
+        QCOMPARE(boxes.calls().size(), std::size_t(0));
+    }
+
+    void mouseOffAndOnLeavesPointerAndHighlightOn()
+    {
+        make().restore();
+        m_sources.calls.clear();
+        m_mouse->setChecked(false);
+        QCOMPARE(m_settings->value(settingskeys::kMouseShowCursor).toBool(), true);
+        QCOMPARE(m_settings->value(settingskeys::kMouseShowHighlight).toBool(), false);
+        QCOMPARE(m_settings->value(settingskeys::kMouseSwitch).toBool(), false);
+        m_mouse->setChecked(true);
+        QCOMPARE(m_settings->value(settingskeys::kMouseShowCursor).toBool(), true);
+        QCOMPARE(m_settings->value(settingskeys::kMouseShowHighlight).toBool(), true);
+        QCOMPARE(m_settings->value(settingskeys::kMouseSwitch).toBool(), true);
+        QCOMPARE(m_sources.calls, (QStringList{"pointer 0", "pointer 1"}));
+    }
+
+    void mouseOffLeavesAHiddenPointerHidden()
+    {
+        m_settings->setValue(settingskeys::kMouseShowCursor, false);
+        make().restore();
+        m_mouse->setChecked(false);
+        QCOMPARE(m_settings->value(settingskeys::kMouseShowCursor).toBool(), false);
+    }
+
+    void highlightOfTheSettingsReachesTheRecording()
+    {
+        auto& switches = make();
+        m_settings->setValue(settingskeys::kMouseShowHighlight, false);
+        switches.applyStored();
+        QVERIFY(!m_mouse->isChecked());
+        QCOMPARE(m_settings->value(settingskeys::kMouseSwitch).toBool(), false);
+        m_settings->setValue(settingskeys::kMouseShowHighlight, true);
+        switches.applyStored();
+        QVERIFY(m_mouse->isChecked());
+        QCOMPARE(m_settings->value(settingskeys::kMouseSwitch).toBool(), true);
+    }
+
+    void webcamWithoutACameraIsWarnedOfAndSwitchedOff()
+    {
+        make();
+        const messagebox::Recorder boxes;
+        m_webcam->setChecked(true);
+        expectWarning(boxes, "No camera device found!");
+        QVERIFY(!m_webcam->isChecked());
+        QCOMPARE(m_settings->value(settingskeys::kWebcamSwitch).toBool(), false);
+    }
+
+    void webcamWithACameraStaysOn()
+    {
+        make();
+        m_sources.camera = true;
+        const messagebox::Recorder boxes;
+        m_webcam->setChecked(true);
+        QCOMPARE(boxes.calls().size(), std::size_t(0));
+        QVERIFY(m_webcam->isChecked());
+    }
+
+    void restoringTellsTheEngineEveryStateAndWritesNothing()
+    {
+        m_settings->setValue(settingskeys::kSpeakerSwitch, false);
+        m_settings->setValue(settingskeys::kMicSwitch, true);
+        auto& switches = make();
+        m_sources.microphones = 1;
+        const messagebox::Recorder boxes;
+        const QMap<QString, QVariant> before = stored();
+        switches.restore();
+        QCOMPARE(m_sources.calls, (QStringList{"speaker 0", "microphone 1", "pointer 1"}));
+        QVERIFY(!m_speaker->isChecked());
+        QVERIFY(m_mic->isChecked());
+        QVERIFY(m_mouse->isChecked());
+        QVERIFY(!m_webcam->isChecked());
+        QVERIFY(!m_speakerMeter->isActive());
+        QCOMPARE(stored(), before);
+        QCOMPARE(boxes.calls().size(), std::size_t(0));
+    }
+
+private:
+    SourceSwitches& make()
+    {
+        const SourceRows rows{*m_speaker, *m_speakerMeter, *m_mic, *m_micMeter, *m_mouse, *m_webcam};
+        return *new SourceSwitches(rows, m_sources, *m_settings, m_window.get());
+    }
+
+    void expectWarning(const messagebox::Recorder& boxes, const char* text) const
+    {
+        QCOMPARE(boxes.calls().size(), std::size_t(1));
+        const messagebox::Call& box = boxes.calls().front();
+        QCOMPARE(box.kind, messagebox::Kind::Warning);
+        QCOMPARE(box.title, QStringLiteral("Warning"));
+        QCOMPARE(box.text, QLatin1String(text));
+        QCOMPARE(box.parent.data(), m_window.get());
+    }
+
+    static void showLevel(VolumeControl& meter)
+    {
+        Levels levels;
+        levels.fill(-6.0F);
+        meter.setLevels(levels.data(), levels.data(), levels.data());
+        QVERIFY(isLit(meter));
+    }
+
+    /// The first segment of an empty row is grey.
+    static bool isLit(VolumeControl& meter)
+    {
+        const QColor first = pictureOf(meter).pixelColor(1, 6);
+        return first.blue() - first.red() > 40;
+    }
+
+    QMap<QString, QVariant> stored() const
+    {
+        QMap<QString, QVariant> values;
+        const QStringList keys = m_settings->allKeys();
+        for (const QString& key : keys)
+            values.insert(key, m_settings->value(key));
+        return values;
+    }
+
+    std::unique_ptr<QSettings> m_settings;
+    FakeSources m_sources;
+    std::unique_ptr<QWidget> m_window;
+    SCSwitchWidget* m_speaker = nullptr;
+    SCSwitchWidget* m_mic = nullptr;
+    SCSwitchWidget* m_mouse = nullptr;
+    SCSwitchWidget* m_webcam = nullptr;
+    VolumeControl* m_speakerMeter = nullptr;
+    VolumeControl* m_micMeter = nullptr;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    TestSourceSwitches test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_sourceswitches.moc"
