@@ -36,6 +36,7 @@ void RecordingSession::toggle()
         cancelCountdown();
         break;
     case RecordingState::Recording:
+    case RecordingState::Paused:
         requestStop();
         break;
     case RecordingState::Preparing:
@@ -108,10 +109,30 @@ RecordingPath RecordingSession::choosePath(const RecordingChoices& choices) cons
     return {choices.folder, choices.fileName, recordingFormatFromIndex(choices.formatIndex), m_stage.now()};
 }
 
+bool RecordingSession::isUnderWay() const
+{
+    return m_state == RecordingState::Recording || m_state == RecordingState::Paused;
+}
+
 void RecordingSession::requestStop()
 {
-    if (m_state == RecordingState::Recording && m_recorder.isRecording())
+    if (isUnderWay() && m_recorder.isRecording())
         beginStop();
+}
+
+void RecordingSession::setPaused(bool paused)
+{
+    if (m_state != (paused ? RecordingState::Recording : RecordingState::Paused) || !m_recorder.isRecording())
+        return;
+    if (!m_recorder.pauseRecording(paused)) {
+        SCLogger::warning(QStringLiteral("The recording cannot be %1").arg(paused ? "paused" : "resumed"));
+        return;
+    }
+    SCLogger::info(paused ? QStringLiteral("Recording paused") : QStringLiteral("Recording resumed"));
+    m_stage.setClockPaused(paused);
+    if (!paused)
+        m_stage.minimiseWindow();
+    onRecordStatusChanged(paused ? recordstatus::kPaused : recordstatus::kStarted);
 }
 
 void RecordingSession::beginStop()
@@ -193,9 +214,10 @@ void RecordingSession::onRecordStatusChanged(int status)
         setState(RecordingState::Recording);
         emit statusChanged(recordstatus::kStarted);
     } else if (status == recordstatus::kPaused) {
+        setState(RecordingState::Paused);
         emit statusChanged(recordstatus::kPaused);
         m_stage.minimiseWindow();
-    } else if (m_state == RecordingState::Recording || m_state == RecordingState::Stopping) {
+    } else if (isUnderWay() || m_state == RecordingState::Stopping) {
         logEndReason();
         conclude();
     }

@@ -17,6 +17,7 @@ enum class RecordingState
     Countdown,
     Preparing,
     Recording,
+    Paused,
     Stopping,
     Ended
 };
@@ -53,8 +54,8 @@ public:
     void setPatience(const Patience& patience) { m_patience = patience; }
 
 public slots:
-    /// The record button and the hotkey: starts, cancels a running countdown, or stops. Ignored while the capture is
-    /// being prepared, the recording is being stopped or has just ended.
+    /// The record button and the hotkey: starts, cancels a running countdown, or stops, also while paused. Ignored while
+    /// the capture is being prepared, the recording is being stopped or has just ended.
     void toggle();
 
     /// Starts a recording; returns after the countdown and the start. Ignored unless idle.
@@ -63,6 +64,10 @@ public slots:
     /// Stops the recording once its last frames have left the encoder. Ignored while there is none or it is already
     /// being stopped.
     void requestStop();
+
+    /// Pauses a running recording, or resumes a paused one; statusChanged() says so when it is done. Ignored otherwise
+    /// and, with a line in the log, where the engine cannot. The paused time is not in the file.
+    void setPaused(bool paused);
 
     /// Takes back a start while it is counted down. Ignored otherwise.
     void cancelCountdown();
@@ -94,6 +99,7 @@ signals:
 
 private:
     void setState(RecordingState state);
+    bool isUnderWay() const;
     bool prepare();
     void startOutput();
     RecordingPath choosePath(const RecordingChoices& choices) const;

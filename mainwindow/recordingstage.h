@@ -47,6 +47,9 @@ public:
     /// Starts or stops the tick of one second that ends at RecordingSession::onTick().
     virtual void setClockRunning(bool running) = 0;
 
+    /// Makes a running clock stand still, or go on where it stood.
+    virtual void setClockPaused(bool paused) = 0;
+
     /// Local time, from which a recording without a typed name gets its name.
     virtual QDateTime now() const = 0;
 };

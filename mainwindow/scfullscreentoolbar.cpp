@@ -296,7 +296,10 @@ void SCFullscreenToolbar::checkMousePosition()
 bool SCFullscreenToolbar::isPointerAtTopEdge() const
 {
     const QScreen* const primary = QGuiApplication::primaryScreen();
-    return primary != nullptr && QCursor::pos().y() <= primary->geometry().top() + kTopEdgePx;
+    const QPoint pointer = QCursor::pos();
+    // Other screens may lie beside the primary one and above it.
+    return primary != nullptr && primary->geometry().contains(pointer) &&
+           pointer.y() <= primary->geometry().top() + kTopEdgePx;
 }
 
 bool SCFullscreenToolbar::isPointerInside() const

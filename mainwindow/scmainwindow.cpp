@@ -1,55 +1,66 @@
 #include "mainwindow/scmainwindow.h"
 
 #include "app/sclogger.h"
+#include "app/sctranslator.h"
 #include "app/settings.h"
 #include "app/settingstables.h"
 #include "app/webaddresses.h"
-#include "engine/capturetargets.h"
 #include "engine/obswrapper.h"
+#include "mainwindow/mainmenu.h"
+#include "mainwindow/ratiopresets.h"
+#include "mainwindow/recordingclock.h"
+#include "mainwindow/recordingpath.h"
 #include "mainwindow/recordstatus.h"
+#include "mainwindow/regionoverlays.h"
 #include "mainwindow/sccountdownwidget.h"
-#include "platform/capture_exclusion.h"
+#include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/sourceswitches.h"
+#include "overlays/scswitchwidget.h"
+#include "overlays/windowhighlighter.h"
 #include "platform/frameless_window.h"
 #include "platform/global_hotkey.h"
+#include "platform/window_hold.h"
 #include "ui_scmainwindow.h"
+#include "widgets/focusring.h"
 #include "widgets/hovericons.h"
 #include "widgets/stylesheet.h"
 
+#include <QButtonGroup>
 #include <QCloseEvent>
-#include <QDebug>
 #include <QDesktopServices>
 #include <QFileDialog>
-#include <QScreen>
+#include <QFileInfo>
+#include <QMouseEvent>
 #include <QSettings>
 #include <QStyledItemDelegate>
-#include <QTimer>
 #include <QUrl>
 
-#include <utility>
-
-#include <array>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
-constexpr int kRecordingClockIntervalMs = 1000;
 const auto kStyleSheet = QStringLiteral(":/res/style/main-window.qss");
-const auto kDefaultDevice = QStringLiteral("default");
 
-// The engine's numbers and the window's are the same.
-static_assert(ObsWrapper::kStatusStarting == recordstatus::kStarted &&
-              ObsWrapper::kStatusEnded == recordstatus::kEnded);
-
-/// The primary screen; a session without one gets an empty screen.
-CaptureScreen primaryScreen()
+int recordingFormatPosition(const QString& name)
 {
-    const QScreen* const screen = QGuiApplication::primaryScreen();
-    return screen != nullptr ? CaptureScreen{screen->geometry(), screen->devicePixelRatio()} : CaptureScreen{};
+    return settingstables::recordingFormatPositions().at(name);
 }
 
-QIcon image(const char* name)
+int screenshotFormatPosition(const QString& name)
 {
-    return QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(name)));
+    return settingstables::screenshotFormatPositions().at(name);
+}
+
+/// The style sheet draws the entries of a box with it; the box's own delegate ignores that.
+void letStyleSheetDraw(QComboBox& box)
+{
+    box.setItemDelegate(new QStyledItemDelegate(&box));
+}
+
+void openPage(const char* address)
+{
+    QDesktopServices::openUrl(QUrl(QLatin1String(address)));
 }
 
 } // namespace
@@ -59,7 +70,10 @@ SCMainWindow::SCMainWindow() : SCMainWindow(std::make_unique<ObsWrapper>()) {}
 SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     : m_ui(std::make_unique<Ui::SCMainWindow>())
     , m_obs(std::move(engine))
+    , m_windowPicker(std::make_unique<WindowHighlighter>())
+    , m_region(new RegionOverlays(this))
     , m_settings(openSettings())
+    , m_sources(*m_obs)
     , m_recorder(*m_obs)
     , m_session(m_recorder, *this, nullptr)
     , m_shownStatus(recordstatus::kEnded)
@@ -68,11 +82,18 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     setUpFrame();
     SCLogger::instance()->initialize();
     applyStyleSheet(*this, kStyleSheet);
+    setUpIcons();
+    setUpBoxes();
     applyDefaultSettings(*m_settings);
+    setUpSources();
     applyStoredSettings();
+    setUpMenu();
     connectControls();
+    connectPages();
+    connectTiles();
     connectSession();
     registerRecordingHotkey();
+    showMode();
     m_ui->recordButton->setFocus();
     openFirstRunPage();
 }
@@ -89,38 +110,89 @@ void SCMainWindow::setUpFrame()
     using platform::FramelessWindow;
     auto* const frame = new FramelessWindow(this);
     frame->setTitleBar(m_ui->titleBar);
+    frame->setHitTestVisible(m_ui->menuBtn);
+    frame->setHitTestVisible(m_ui->settingsBtn);
     frame->setSystemButton(FramelessWindow::SystemButton::Minimise, m_ui->minimizeBtn);
     frame->setSystemButton(FramelessWindow::SystemButton::Close, m_ui->closeBtn);
+}
+
+void SCMainWindow::setUpIcons()
+{
     new HoverIcons(m_ui->minimizeBtn, QStringLiteral("minimize"));
     new HoverIcons(m_ui->closeBtn, QStringLiteral("close"));
+    new HoverIcons(m_ui->menuBtn, QStringLiteral("menu"));
+    new HoverIcons(m_ui->settingsBtn, QStringLiteral("settings"));
+    const QSize size(20, 20);
+    const auto show = [&size, this](QLabel* label, const char* name) {
+        const QIcon icon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(name)));
+        label->setPixmap(icon.pixmap(size, devicePixelRatioF()));
+    };
+    show(m_ui->screenIcon, "screen");
+    show(m_ui->mouseIcon, "mouse");
+    show(m_ui->webcamIcon, "webcam");
+    show(m_ui->speakerIcon, "speaker");
+    show(m_ui->micIcon, "microphone");
     m_ui->logoLabel->setPixmap(
         QIcon(QStringLiteral(":/resources/logo.ico")).pixmap(QSize(24, 24), devicePixelRatioF()));
-    m_ui->areaIcon->setPixmap(image("full-screen-white").pixmap(QSize(24, 24), devicePixelRatioF()));
+}
+
+void SCMainWindow::setUpBoxes()
+{
+    m_ui->ratioBox->addItems(ratiopresets::names());
+    for (const auto& [position, name] : settingstables::recordingFormats())
+        m_ui->formatBox->insertItem(position, name);
+    for (const auto& [position, name] : settingstables::screenshotFormats())
+        m_ui->screenshotFormatBox->insertItem(position, name);
+    for (QComboBox* const box : {m_ui->ratioBox, m_ui->formatBox, m_ui->screenshotFormatBox})
+        letStyleSheetDraw(*box);
+}
+
+void SCMainWindow::setUpSources()
+{
+    const SourceRows rows{*m_ui->speakerSwitch, *m_ui->speakerMeter, *m_ui->micSwitch,
+                          *m_ui->micMeter,      *m_ui->mouseSwitch,  *m_ui->webcamSwitch};
+    m_switches = new SourceSwitches(rows, m_sources, *m_settings, this);
+    new FocusRing(this, {m_ui->screenSwitch, m_ui->mouseSwitch, m_ui->webcamSwitch, m_ui->speakerSwitch,
+                         m_ui->micSwitch});
 }
 
 void SCMainWindow::applyStoredSettings()
 {
-    for (const auto& [position, name] : settingstables::recordingFormats())
-        m_ui->formatBox->insertItem(position, name);
-    // The box's own delegate ignores how the style sheet draws its entries.
-    m_ui->formatBox->setItemDelegate(new QStyledItemDelegate(m_ui->formatBox));
-    showStoredFormat();
-    const QString folder = m_settings->value(settingskeys::kRecordingSaveLocation).toString();
-    m_ui->saveLocationEdit->setText(folder);
-    m_ui->saveLocationEdit->setToolTip(folder);
+    showStoredFormat(*m_ui->formatBox, settingskeys::kRecordingFormat, &recordingFormatPosition);
+    showStoredFormat(*m_ui->screenshotFormatBox, settingskeys::kScreenshotFormat, &screenshotFormatPosition);
+    showFolder(*m_ui->saveLocationEdit, m_settings->value(settingskeys::kRecordingSaveLocation).toString());
+    showFolder(*m_ui->screenshotLocationEdit, m_settings->value(settingskeys::kScreenshotSaveLocation).toString());
+    m_switches->applyStored();
 }
 
-void SCMainWindow::showStoredFormat()
+void SCMainWindow::showStoredFormat(QComboBox& box, QLatin1String key, int (*positionOf)(const QString&))
 {
-    const QString stored = m_settings->value(settingskeys::kRecordingFormat).toString();
+    const QString stored = m_settings->value(key).toString();
     try {
-        m_ui->formatBox->setCurrentIndex(settingstables::recordingFormatPositions().at(stored));
+        box.setCurrentIndex(positionOf(stored));
     } catch (const std::out_of_range&) {
         SCLogger::warning(
-            QStringLiteral("The stored recording format \"%1\" is none of the program's; the first one is used")
-                .arg(stored));
-        m_ui->formatBox->setCurrentIndex(0);
+            QStringLiteral("The stored format \"%1\" is none of the program's; the first one is used").arg(stored));
+        box.setCurrentIndex(0);
     }
+}
+
+void SCMainWindow::showFolder(QLineEdit& field, const QString& folder)
+{
+    field.setText(folder);
+    field.setToolTip(folder);
+}
+
+void SCMainWindow::setUpMenu()
+{
+    m_menu = new MainMenu(this);
+    connect(m_menu, &MainMenu::languageChosen, this, &SCMainWindow::onLanguageChosen);
+    connect(m_menu, &MainMenu::guideRequested, this, [] { openPage(webaddresses::kGuidePage); });
+    connect(m_menu, &MainMenu::supportRequested, this, [] { openPage(webaddresses::kSupportPage); });
+    connect(m_menu, &MainMenu::logFolderRequested, this, &SCMainWindow::openLogFolder);
+    connect(m_ui->menuBtn, &QPushButton::clicked, this, &SCMainWindow::onMenuClicked);
+    // There is no settings window to open; the menu's entry says the same.
+    m_ui->settingsBtn->setEnabled(false);
 }
 
 void SCMainWindow::connectControls()
@@ -129,15 +201,54 @@ void SCMainWindow::connectControls()
     connect(m_ui->closeBtn, &QPushButton::clicked, this, &QWidget::close);
     connect(m_ui->recordButton, &QPushButton::clicked, &m_session, &RecordingSession::toggle);
     connect(m_ui->changeLocationButton, &QPushButton::clicked, this, &SCMainWindow::onChangeLocationClicked);
+    connect(m_ui->changeScreenshotLocationButton, &QPushButton::clicked, this,
+            &SCMainWindow::onChangeScreenshotLocationClicked);
+    connect(m_ui->openFolderButton, &QPushButton::clicked, this, &SCMainWindow::openSaveFolder);
+    connect(m_ui->lockButton, &QPushButton::toggled, this, &SCMainWindow::onSizeLockToggled);
+    connect(m_ui->screenSwitch, &SCSwitchWidget::checkedChanged, this, &SCMainWindow::onScreenSwitched);
     // Only the user's choice is stored: a value that is not in the table stays as it is.
     connect(m_ui->formatBox, &QComboBox::activated, this, &SCMainWindow::onFormatChosen);
+    connect(m_ui->screenshotFormatBox, &QComboBox::activated, this, &SCMainWindow::onScreenshotFormatChosen);
+    // Nor does the box choose a preset when the program sets it back to its first entry.
+    connect(m_ui->ratioBox, &QComboBox::textActivated, this, &SCMainWindow::onRatioChosen);
+}
+
+void SCMainWindow::connectPages()
+{
+    auto* const tabs = new QButtonGroup(this);
+    tabs->addButton(m_ui->recordingTab, m_ui->pages->indexOf(m_ui->recordingPage));
+    tabs->addButton(m_ui->screenshotTab, m_ui->pages->indexOf(m_ui->screenshotPage));
+    tabs->addButton(m_ui->filesTab, m_ui->pages->indexOf(m_ui->filesPage));
+    connect(tabs, &QButtonGroup::idClicked, m_ui->pages, &QStackedWidget::setCurrentIndex);
+    new HoverIcons(m_ui->recordingTab, QStringLiteral("recording"));
+    new HoverIcons(m_ui->screenshotTab, QStringLiteral("screenshot"));
+    new HoverIcons(m_ui->filesTab, QStringLiteral("files"));
+}
+
+void SCMainWindow::connectTiles()
+{
+    for (Tile* const tile : {m_ui->fullScreenTile, m_ui->regionTile, m_ui->windowTile})
+        tile->installEventFilter(this);
+    connect(m_ui->fullScreenTile, &Tile::activated, this, &SCMainWindow::onFullScreenChosen);
+    connect(m_ui->regionTile, &Tile::activated, this, &SCMainWindow::onRegionChosen);
+    connect(m_ui->windowTile, &Tile::activated, this, &SCMainWindow::onWindowChosen);
+
+    connect(m_region, &RegionOverlays::regionSelected, this, &SCMainWindow::onRegionSelected);
+    connect(m_region, &RegionOverlays::selectionCancelled, this, &SCMainWindow::onSelectionCancelled);
+    connect(m_region, &RegionOverlays::frameChanged, this, &SCMainWindow::onFrameChanged);
+    connect(m_region, &RegionOverlays::frameClosed, this, &SCMainWindow::onFrameClosed);
+    connect(m_region, &RegionOverlays::startRecording, &m_session, &RecordingSession::requestStart);
+    connect(m_region, &RegionOverlays::stopRecording, &m_session, &RecordingSession::requestStop);
 }
 
 void SCMainWindow::connectSession()
 {
+    m_recordingClock = new RecordingClock(this);
+    connect(m_recordingClock, &RecordingClock::tick, &m_session, &RecordingSession::onTick);
     connect(m_obs.get(), &ObsWrapper::recordStatusChanged, &m_session, &RecordingSession::onRecordStatusChanged);
     connect(&m_session, &RecordingSession::stateChanged, this, &SCMainWindow::onStateChanged);
     connect(&m_session, &RecordingSession::statusChanged, this, &SCMainWindow::showRecordStatus);
+    connect(&m_session, &RecordingSession::elapsedChanged, this, &SCMainWindow::showElapsed);
     connect(&m_session, &RecordingSession::fileProduced, this, &SCMainWindow::fileProduced);
     // Asked while the user's session waits for the answer, after which the system ends the process.
     connect(qGuiApp, &QGuiApplication::commitDataRequest, &m_session, &RecordingSession::finishAtOnce,
@@ -183,120 +294,64 @@ void SCMainWindow::openFirstRunPage()
     if (!m_settings->value(settingskeys::kFirstRun).toBool())
         return;
     m_settings->setValue(settingskeys::kFirstRun, false);
-    QDesktopServices::openUrl(QUrl(QLatin1String(webaddresses::kFirstRunPage)));
+    openPage(webaddresses::kFirstRunPage);
 }
 
-void SCMainWindow::initializeCapture()
+void SCMainWindow::onMenuClicked()
 {
-    m_recordingClock = new QTimer(this);
-    m_recordingClock->setInterval(kRecordingClockIntervalMs);
-    connect(m_recordingClock, &QTimer::timeout, &m_session, &RecordingSession::onTick);
+    m_menu->popUp(*m_ui->menuBtn, m_settings->value(settingskeys::kLanguage).toString());
+}
 
-    if (QGuiApplication::primaryScreen() == nullptr) {
-        qWarning() << "Failed to get primary screen";
+void SCMainWindow::onLanguageChosen(int position)
+{
+    const QString& code = settingstables::languageCodes().at(position);
+    m_settings->setValue(settingskeys::kLanguage, code);
+    if (m_translator != nullptr) {
+        m_translator->loadLanguage(code);
+        // Installing is what tells every window; a translator that is installed twice would be asked twice.
+        QCoreApplication::removeTranslator(m_translator.get());
+        QCoreApplication::installTranslator(m_translator.get());
+    }
+    retranslate();
+    if (m_ui->fullScreenTile->isSelected() && m_session.state() == RecordingState::Idle)
+        onFullScreenChosen();
+}
+
+void SCMainWindow::openLogFolder()
+{
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath()));
+}
+
+void SCMainWindow::openSaveFolder()
+{
+    const QString folder = m_ui->saveLocationEdit->text();
+    if (!ensureFolder(folder))
+        SCLogger::error(QStringLiteral("The save folder does not exist and cannot be made: %1").arg(folder));
+    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+}
+
+void SCMainWindow::chooseFolder(QLineEdit& field, const QString& title, QLatin1String key)
+{
+    // A dialog opened over a countdown would hold it up, and start the recording whenever the dialog is closed.
+    if (m_session.state() != RecordingState::Idle)
         return;
-    }
-    const QSize size = primaryScreen().physicalSize();
-    if (!m_obs->initialize(size.width(), size.height(), RecordingSession::kFramesPerSecond)) {
-        SCLogger::warning(QStringLiteral("Failed to initialize OBS"));
+    const QString folder = QFileDialog::getExistingDirectory(this, title, field.text());
+    if (folder.isEmpty())
         return;
-    }
-    SCLogger::info(QStringLiteral("OBS initialized successfully"));
-    setUpScene();
-    applyCaptureArea();
-    restoreSwitches();
-    m_recorder.setReady(true);
-}
-
-void SCMainWindow::setUpScene()
-{
-    const int result = m_obs->setupScene(ObsWrapper::kCaptureMonitor);
-    if (result != 0)
-        SCLogger::error(QStringLiteral("The capture scene could not be made: code %1").arg(result));
-    m_obs->refreshCaptureTargets(false);
-    m_obs->setDesktopAudioDevice(true, kDefaultDevice);
-    m_obs->setMicDevice(true, kDefaultDevice);
-}
-
-void SCMainWindow::restoreSwitches()
-{
-    // The engine is told each state, whether or not it differs from the engine's own: a device shown as off is off.
-    m_obs->setDesktopAudioDevice(m_settings->value(settingskeys::kSpeakerSwitch).toBool(), kDefaultDevice);
-    m_obs->setMicDevice(m_settings->value(settingskeys::kMicSwitch).toBool(), kDefaultDevice);
-    m_obs->setCaptureCursor(m_settings->value(settingskeys::kMouseSwitch).toBool());
-}
-
-void SCMainWindow::applyCaptureArea()
-{
-    const CaptureScreen screen = primaryScreen();
-    const QRect& whole = screen.geometry;
-    SCLogger::debug(QStringLiteral("Screen geometry: x=%1, y=%2, width=%3, height=%4")
-                        .arg(whole.x())
-                        .arg(whole.y())
-                        .arg(whole.width())
-                        .arg(whole.height()));
-    const QRect area = m_captureArea.rectOn(screen);
-    SCLogger::debug(QStringLiteral("position %1 %2 %3 %4")
-                        .arg(area.x())
-                        .arg(area.y())
-                        .arg(area.x() + area.width())
-                        .arg(area.y() + area.height()));
-    const QSize size = m_captureArea.physicalSize(screen);
-    m_ui->widthEdit->setText(QString::number(size.width()));
-    m_ui->heightEdit->setText(QString::number(size.height()));
-    setCaptureTarget(m_captureArea.margins(screen));
-}
-
-bool SCMainWindow::areaFollowsScreen() const
-{
-    // The whole screen follows the screen: its size or place may have changed since the last recording.
-    const bool screenChanged =
-        m_captureArea.mode() == CaptureMode::FullScreen && m_captureArea.rect() != primaryScreen().geometry;
-    return m_captureArea.isUnset() || screenChanged;
-}
-
-bool SCMainWindow::resetRecordingArea()
-{
-    const CaptureScreen screen = primaryScreen();
-    if (areaFollowsScreen()) {
-        m_captureArea.setRect(screen.geometry);
-        applyCaptureArea();
-    }
-    const QSize logical = m_captureArea.rectOn(screen).size();
-    SCLogger::debug(QStringLiteral("Recording area set to: %1x%2").arg(logical.width()).arg(logical.height()));
-    const QSize size = m_captureArea.physicalSize(screen);
-    if (m_obs->resetVideo(size.width(), size.height(), size.width(), size.height(),
-                          RecordingSession::kFramesPerSecond) != 0) {
-        SCLogger::warning(QStringLiteral("Failed to reset video"));
-        return false;
-    }
-    return true;
-}
-
-void SCMainWindow::setCaptureTarget(const CaptureMargins& margins)
-{
-    const QStringList& names = m_obs->captureTargetNames();
-    const QString target = captureTargetForScreen(names, primaryScreen().physicalGeometry());
-    m_targetFound = m_obs->setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped,
-                                            margins.left, margins.right, margins.top, margins.bottom);
-    if (!m_targetFound)
-        SCLogger::warning(QStringLiteral("The primary screen is none of the engine's screens: \"%1\"")
-                              .arg(names.join(QLatin1String("\", \""))));
+    m_settings->setValue(key, folder);
+    showFolder(field, folder);
 }
 
 void SCMainWindow::onChangeLocationClicked()
 {
     SCLogger::info(QStringLiteral("Save location clicked"));
-    // A dialog opened over a countdown would hold it up, and start the recording whenever the dialog is closed.
-    if (m_session.state() != RecordingState::Idle)
-        return;
-    const QString folder =
-        QFileDialog::getExistingDirectory(this, tr("Choose Save Location"), m_ui->saveLocationEdit->text());
-    if (folder.isEmpty())
-        return;
-    m_settings->setValue(settingskeys::kRecordingSaveLocation, folder);
-    m_ui->saveLocationEdit->setText(folder);
-    m_ui->saveLocationEdit->setToolTip(folder);
+    chooseFolder(*m_ui->saveLocationEdit, tr("Choose Save Location"), settingskeys::kRecordingSaveLocation);
+}
+
+void SCMainWindow::onChangeScreenshotLocationClicked()
+{
+    chooseFolder(*m_ui->screenshotLocationEdit, tr("Choose Screenshot Save Location"),
+                 settingskeys::kScreenshotSaveLocation);
 }
 
 void SCMainWindow::onFormatChosen(int index)
@@ -304,45 +359,63 @@ void SCMainWindow::onFormatChosen(int index)
     m_settings->setValue(settingskeys::kRecordingFormat, settingstables::recordingFormats().at(index));
 }
 
-void SCMainWindow::onStateChanged(RecordingState state)
+void SCMainWindow::onScreenshotFormatChosen(int index)
 {
-    if (state == RecordingState::Idle && m_closeRequested)
-        close();
-}
-
-void SCMainWindow::showRecordStatus(int status)
-{
-    struct Look
-    {
-        const char* icon;
-        const char* label;
-    };
-    static constexpr std::array<Look, 3> kLooks{{{"stop-recording", QT_TR_NOOP("Stop Recording")},
-                                                 {"pause-recording", QT_TR_NOOP("Pause Recording")},
-                                                 {"start-recording", QT_TR_NOOP("Start Recording")}}};
-    m_shownStatus = status;
-    const Look& look = kLooks.at(static_cast<std::size_t>(status));
-    m_ui->recordButton->setIcon(image(look.icon));
-    m_ui->recordButton->setText(tr(look.label));
+    m_settings->setValue(settingskeys::kScreenshotFormat, settingstables::screenshotFormats().at(index));
 }
 
 void SCMainWindow::retranslate()
 {
     m_ui->retranslateUi(this);
     showHotkey();
-    showRecordStatus(m_shownStatus);
+    showRecordButton(m_shownStatus);
+}
+
+bool SCMainWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() != QEvent::MouseButtonRelease)
+        return QMainWindow::eventFilter(watched, event);
+    const auto* const mouse = static_cast<QMouseEvent*>(event);
+    const auto* const tile = qobject_cast<const Tile*>(watched);
+    if (tile == nullptr || mouse->button() != Qt::LeftButton || !tile->isEnabled() ||
+        !tile->rect().contains(mouse->position().toPoint()))
+        return false;
+    if (tile == m_ui->fullScreenTile)
+        onFullScreenChosen();
+    else if (tile == m_ui->regionTile)
+        onRegionChosen();
+    else
+        onWindowChosen();
+    return false;
 }
 
 void SCMainWindow::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::LanguageChange)
         retranslate();
+    // Where the system brings the window back without asking, it goes again.
+    if (event->type() == QEvent::WindowStateChange && m_recordingActive && !isMinimized())
+        QMetaObject::invokeMethod(this, &SCMainWindow::minimiseWhileRecording, Qt::QueuedConnection);
     QMainWindow::changeEvent(event);
+}
+
+bool SCMainWindow::nativeEvent(const QByteArray& eventType, void* message, qintptr* result)
+{
+    if (m_recordingActive) {
+        if (const auto answer = platform::answerWhileHeld(eventType, message)) {
+            *result = *answer;
+            return true;
+        }
+    }
+    return QMainWindow::nativeEvent(eventType, message, result);
 }
 
 void SCMainWindow::closeEvent(QCloseEvent* event)
 {
     if (m_session.state() == RecordingState::Idle) {
+        m_region->cancelSelection();
+        m_windowPicker->hide();
+        hideOverlays();
         QMainWindow::closeEvent(event);
         return;
     }
@@ -350,86 +423,4 @@ void SCMainWindow::closeEvent(QCloseEvent* event)
     m_closeRequested = true;
     event->ignore();
     m_session.finish();
-}
-
-void SCMainWindow::minimiseWindow()
-{
-    showMinimized();
-}
-
-void SCMainWindow::restoreWindow()
-{
-    if (m_closeRequested)
-        return;
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    activateWindow();
-}
-
-void SCMainWindow::countDown(int from)
-{
-    m_countdown = new SCCountdownWidget(nullptr);
-    const QPoint centre = captureCentre(m_captureArea.rectOn(primaryScreen()));
-    m_countdown->move(centre - QPoint(m_countdown->width() / 2, m_countdown->height() / 2));
-    connect(m_countdown, &SCCountdownWidget::closed, &m_session, &RecordingSession::cancelCountdown);
-    m_countdown->start(from);
-    m_countdown->exec();
-    // Still counting: the program is about to quit, which is no reason to begin a recording.
-    if (m_countdown->isCounting())
-        m_session.cancelCountdown();
-    m_countdown->deleteLater();
-    m_countdown.clear();
-}
-
-void SCMainWindow::cancelCountdown()
-{
-    m_countdown->cancel();
-    m_countdown->hide();
-}
-
-bool SCMainWindow::prepareCapture()
-{
-    // Screens come and go between recordings.
-    m_obs->refreshCaptureTargets(false);
-    // An area that is applied anew takes its target along.
-    const bool applied = areaFollowsScreen();
-    if (!resetRecordingArea())
-        return false;
-    if (!applied)
-        setCaptureTarget(m_captureArea.margins(primaryScreen()));
-    return m_targetFound;
-}
-
-RecordingChoices SCMainWindow::choices() const
-{
-    RecordingChoices choices;
-    choices.fileName = m_ui->fileNameEdit->text();
-    choices.folder = m_ui->saveLocationEdit->text();
-    choices.formatIndex = m_ui->formatBox->currentIndex();
-    choices.areaSize = m_captureArea.rectOn(primaryScreen()).size();
-    choices.widthPx = m_ui->widthEdit->text().toInt();
-    choices.heightPx = m_ui->heightEdit->text().toInt();
-    choices.showCursor = m_settings->value(settingskeys::kMouseShowCursor).toBool();
-    choices.pointerEffects = m_settings->value(settingskeys::kMouseSwitch).toBool();
-    return choices;
-}
-
-void SCMainWindow::setExcludedFromCapture(bool excluded)
-{
-    // Where the system cannot, the window stays out of the picture because it is minimised.
-    platform::setExcludedFromCapture(*this, excluded);
-}
-
-void SCMainWindow::setClockRunning(bool running)
-{
-    if (running)
-        m_recordingClock->start();
-    else if (m_recordingClock != nullptr)
-        m_recordingClock->stop();
-}
-
-QDateTime SCMainWindow::now() const
-{
-    return QDateTime::currentDateTime();
 }

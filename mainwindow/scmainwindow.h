@@ -2,6 +2,7 @@
 
 #include "mainwindow/capturearea.h"
 #include "mainwindow/obsrecorder.h"
+#include "mainwindow/obssources.h"
 #include "mainwindow/recordingsession.h"
 #include "mainwindow/recordingstage.h"
 
@@ -10,11 +11,18 @@
 
 #include <memory>
 
+class MainMenu;
 class ObsWrapper;
+class QComboBox;
+class QLineEdit;
 class QSettings;
-class QTimer;
+class RecordingClock;
+class RegionOverlays;
 class SCCountdownWidget;
+class SCFullscreenToolbar;
 class SCTranslator;
+class SourceSwitches;
+class WindowHighlighter;
 
 namespace Ui {
 class SCMainWindow;
@@ -50,37 +58,84 @@ public:
     /// in the log.
     void initializeCapture();
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 signals:
     /// A recording has begun to be written to path; type is "video" or "audio".
     void fileProduced(const QString& path, const QString& type);
 
+    /// The user has picked a window; its rectangle is in logical pixels of the desktop.
+    void windowPicked(const QRect& rect);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
 
 private:
+    // The shell: scmainwindow.cpp.
     void setUpFrame();
+    void setUpIcons();
+    void setUpMenu();
+    void setUpBoxes();
+    void setUpSources();
     void applyStoredSettings();
-    void showStoredFormat();
+    void showStoredFormat(QComboBox& box, QLatin1String key, int (*positionOf)(const QString&));
+    void showFolder(QLineEdit& field, const QString& folder);
     void connectControls();
+    void connectPages();
     void connectSession();
+    void connectTiles();
     void registerRecordingHotkey();
     void onHotkeyAvailabilityChanged(bool available, const QString& reason);
     void showHotkey();
     void openFirstRunPage();
+    void onMenuClicked();
+    void onLanguageChosen(int position);
+    void openLogFolder();
+    void openSaveFolder();
+    void chooseFolder(QLineEdit& field, const QString& title, QLatin1String key);
+    void onChangeLocationClicked();
+    void onChangeScreenshotLocationClicked();
+    void onFormatChosen(int index);
+    void onScreenshotFormatChosen(int index);
+    void retranslate();
 
+    // What is captured: scmainwindow_capture.cpp.
     void setUpScene();
     void restoreSwitches();
     void applyCaptureArea();
     bool areaFollowsScreen() const;
     bool resetRecordingArea();
     void setCaptureTarget(const CaptureMargins& margins);
+    void captureWholeScreen();
+    void setMode(CaptureMode mode);
+    void showMode();
+    void setScreenOn(bool on);
+    void setFormat(int index);
+    void onScreenSwitched(bool on);
+    void onFullScreenChosen();
+    void onRegionChosen();
+    void onWindowChosen();
+    void onRatioChosen(const QString& name);
+    void onRegionSelected(const QRect& area);
+    void onSelectionCancelled();
+    void onFrameChanged(bool isMoving, const QPoint& firstPixel, const QPoint& lastPixel);
+    void onFrameClosed();
+    void onSizeLockToggled(bool locked);
+    void onWindowClicked(const QRect& rect);
 
-    void onChangeLocationClicked();
-    void onFormatChosen(int index);
+    // The recording: scmainwindow_recording.cpp.
     void onStateChanged(RecordingState state);
     void showRecordStatus(int status);
-    void retranslate();
+    void showRecordButton(int status);
+    void showOverlays();
+    void hideOverlays();
+    void showElapsed(const QString& text);
+    void onBarToggled(bool record);
+    SCFullscreenToolbar& toolbar();
+    void setRecordingActive(bool active);
+    void minimiseWhileRecording();
 
     void minimiseWindow() override;
     void restoreWindow() override;
@@ -90,22 +145,40 @@ private:
     RecordingChoices choices() const override;
     void setExcludedFromCapture(bool excluded) override;
     void setClockRunning(bool running) override;
+    void setClockPaused(bool paused) override;
     QDateTime now() const override;
 
     std::unique_ptr<Ui::SCMainWindow> m_ui;
     std::unique_ptr<ObsWrapper> m_obs;
+    std::unique_ptr<WindowHighlighter> m_windowPicker;
     CaptureArea m_captureArea;
+    RegionOverlays* m_region;
     std::unique_ptr<QSettings> m_settings;
     std::shared_ptr<SCTranslator> m_translator;
+    ObsSources m_sources;
     ObsRecorder m_recorder;
     RecordingSession m_session;
+    SourceSwitches* m_switches = nullptr;
+    MainMenu* m_menu = nullptr;
     platform::GlobalHotkey* m_recordingHotkey = nullptr;
     /// Empty when none could be taken.
     QString m_hotkeyInForce;
-    QTimer* m_recordingClock = nullptr;
+    RecordingClock* m_recordingClock = nullptr;
     QPointer<SCCountdownWidget> m_countdown;
+    /// Made when it is first needed.
+    std::unique_ptr<SCFullscreenToolbar> m_toolbar;
+    /// Whether the engine runs, so that it can be told what to capture.
+    bool m_engineRuns = false;
     /// Whether the engine knew the primary screen when it was last told to capture it.
     bool m_targetFound = false;
+    /// Whether the system keeps the program's windows out of the picture wherever they are.
+    bool m_excludedBySystem = false;
     int m_shownStatus;
+    /// Whether the picture is recorded, as the screen switch says once it has been restored.
+    bool m_screenOn = true;
+    /// A recording runs and is not paused.
+    bool m_recordingActive = false;
+    /// The region's frame was closed while it could not be given up.
+    bool m_frameGivenUp = false;
     bool m_closeRequested = false;
 };

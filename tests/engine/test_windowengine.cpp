@@ -1,18 +1,27 @@
 #include "app/appidentity.h"
 #include "app/settings.h"
 #include "engine/obswrapper.h"
+#include "engine/volumecontrol.h"
 #include "mainwindow/scmainwindow.h"
+#include "mainwindow/tile.h"
+#include "overlays/areaselector.h"
+#include "overlays/drawwindow.h"
+#include "overlays/scswitchwidget.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/widgetpicture.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
 #include <QTest>
+
+#include <array>
 
 #include <dlfcn.h>
 
@@ -135,6 +144,87 @@ private slots:
         QVERIFY(messages.texts(QtInfoMsg).contains("[INFO] OBS initialized successfully"));
     }
 
+    void nothingIsDrawnUntilItIsRecorded()
+    {
+        m_window->initializeCapture();
+        QVERIFY(!m_engine->isSceneRendered());
+        button()->click();
+        QTRY_COMPARE_WITH_TIMEOUT(standins::countOf(QStringLiteral("start output")), 1, kRoadTimeoutMs);
+        QVERIFY(m_engine->isSceneRendered());
+        button()->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_engine->isSceneRendered(), kRoadTimeoutMs);
+    }
+
+    void metersAreFedAndReadiedForTheEnginesChannels()
+    {
+        m_window->initializeCapture();
+        const auto* const speaker = m_window->findChild<VolumeControl*>(QStringLiteral("speakerMeter"));
+        const auto* const mic = m_window->findChild<VolumeControl*>(QStringLiteral("micMeter"));
+        QCOMPARE(speaker->channelCount(), m_engine->desktopMeterChannels());
+        QCOMPARE(mic->channelCount(), qMin(m_engine->micMeterChannels(), VolumeControl::kMaxChannels));
+        QCOMPARE(speaker->audioChannelCount(), m_engine->audioOutputChannels());
+        QVERIFY(speaker->isActive());
+        QVERIFY(!mic->isActive());
+        std::array<float, ObsWrapper::kLevelChannels> levels{};
+        levels.fill(-6.0F);
+        emit m_engine->playerVolumeDataChange(levels.data(), levels.data(), levels.data());
+        const QColor first = pictureOf(*const_cast<VolumeControl*>(speaker)).pixelColor(1, 6);
+        QVERIFY(first.blue() - first.red() > 40);
+    }
+
+    void regionIsCutOutAndItsSizeIsTheVideos()
+    {
+        m_window->initializeCapture();
+        chooseRegion(QRect(100, 80, 400, 240));
+        // 1.25 physical pixels to a logical one.
+        QTRY_COMPARE(settingOf("crop_filter", "left"), QJsonValue(125));
+        QCOMPARE(settingOf("crop_filter", "top"), QJsonValue(100));
+        QCOMPARE(settingOf("crop_filter", "right"), QJsonValue(1280 - 125 - 500));
+        QCOMPARE(settingOf("crop_filter", "bottom"), QJsonValue(720 - 100 - 300));
+        QCOMPARE(field("widthEdit"), QStringLiteral("500"));
+        QCOMPARE(field("heightEdit"), QStringLiteral("300"));
+        button()->click();
+        QTRY_COMPARE_WITH_TIMEOUT(standins::countOf(QStringLiteral("start output")), 1, kRoadTimeoutMs);
+        obs_video_info video{};
+        QVERIFY(obs_get_video_info(&video));
+        QCOMPARE(QSize(int(video.base_width), int(video.base_height)), QSize(500, 300));
+        QVERIFY(frame()->isVisible());
+        QVERIFY(frame()->isRecording());
+        button()->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_window->isMinimized(), kRoadTimeoutMs);
+        QVERIFY(!frame()->isVisible());
+    }
+
+    void cropFollowsTheFrameLiveWhileRecordingAndOnlyThen()
+    {
+        m_window->initializeCapture();
+        chooseRegion(QRect(100, 80, 400, 240));
+        emit frame()->windowGeometryChanged(true, {120, 80}, {519, 319});
+        QTest::qWait(100);
+        QCOMPARE(settingOf("crop_filter", "left"), QJsonValue(125));
+        emit frame()->windowGeometryChanged(false, {120, 80}, {519, 319});
+        QTRY_COMPARE(settingOf("crop_filter", "left"), QJsonValue(150));
+        button()->click();
+        QTRY_COMPARE_WITH_TIMEOUT(standins::countOf(QStringLiteral("start output")), 1, kRoadTimeoutMs);
+        emit frame()->windowGeometryChanged(true, {200, 80}, {599, 319});
+        QTRY_COMPARE(settingOf("crop_filter", "left"), QJsonValue(250));
+        emit frame()->windowGeometryChanged(false, {240, 80}, {639, 319});
+        QTest::qWait(100);
+        QCOMPARE(settingOf("crop_filter", "left"), QJsonValue(250));
+        button()->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_window->isMinimized(), kRoadTimeoutMs);
+    }
+
+    void switchedOffScreenIsRestoredWithASoundFormat()
+    {
+        openSettings()->setValue(settingskeys::kScreenSwitch, false);
+        m_window->initializeCapture();
+        QVERIFY(!m_window->findChild<SCSwitchWidget*>(QStringLiteral("screenSwitch"))->isChecked());
+        QCOMPARE(m_window->findChild<QComboBox*>(QStringLiteral("formatBox"))->currentText(), QStringLiteral("MP3"));
+        QVERIFY(!m_window->findChild<Tile*>(QStringLiteral("fullScreenTile"))->isSelected());
+        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("MP4"));
+    }
+
     void microphoneShownAsOffIsOff()
     {
         m_window->initializeCapture();
@@ -167,7 +257,8 @@ private slots:
                  (QStringList{"obs_source_create wasapi_output_capture Desktop Audio",
                               "obs_set_output_source 1 Desktop Audio", "obs_source_create wasapi_input_capture Mic/Aux",
                               "obs_set_output_source 2 Mic/Aux", "obs_source_create crop_filter Crop/Pad",
-                              "obs_set_output_source 1 Desktop Audio", "obs_set_output_source 2 nothing"}));
+                              "obs_set_output_source 1 Desktop Audio", "obs_set_output_source 2 nothing",
+                              "obs_set_output_source 0 nothing"}));
         QCOMPARE(settingOf("wasapi_input_capture", "device_id"), QJsonValue("default"));
     }
 
@@ -272,6 +363,29 @@ private slots:
     }
 
 private:
+    static DrawWindow* frame()
+    {
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            if (auto* const found = qobject_cast<DrawWindow*>(widget))
+                return found;
+        }
+        return nullptr;
+    }
+
+    void chooseRegion(const QRect& region) const
+    {
+        QTest::keyClick(m_window->findChild<Tile*>(QStringLiteral("regionTile")), Qt::Key_Space);
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            auto* const selector = qobject_cast<AreaSelector*>(widget);
+            if (selector == nullptr || !selector->isVisible())
+                continue;
+            QTest::mousePress(selector, Qt::LeftButton, {}, region.topLeft());
+            QTest::mouseMove(selector, region.bottomRight());
+            QTest::mouseRelease(selector, Qt::LeftButton, {}, region.bottomRight());
+        }
+        QVERIFY(frame() != nullptr && frame()->isVisible());
+    }
+
     QPushButton* button() const { return m_window->findChild<QPushButton*>(QStringLiteral("recordButton")); }
 
     QString field(const char* name) const { return m_window->findChild<QLineEdit*>(QLatin1String(name))->text(); }

@@ -105,7 +105,7 @@ private:
 };
 
 /// The main window with the keyboard's focus in the file name field: the record button has it after the start, and the
-/// field is the next in the order of the Tab key.
+/// field comes three controls before it in the order of the Tab key.
 bool focusNameField(ProgramUnderTest& program)
 {
     const auto window = program.mainWindow(false, kWindowTimeoutMs);
@@ -113,7 +113,8 @@ bool focusNameField(ProgramUnderTest& program)
         return false;
     x11clients::activate(window->id);
     QTest::qWait(300);
-    ProgramUnderTest::pressKey(QStringLiteral("Tab"));
+    for (int step = 0; step < 4; ++step)
+        ProgramUnderTest::pressKey(QStringLiteral("shift+Tab"));
     return true;
 }
 

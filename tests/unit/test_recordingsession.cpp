@@ -58,12 +58,13 @@ public:
     bool pauseRecording(bool pause) override
     {
         note("pause %1", pause);
-        paused = pause;
-        return true;
+        if (pauseWorks)
+            paused = pause;
+        return pauseWorks;
     }
-
     bool isRecordingPaused() const override { return paused; }
-    bool canPauseRecording() const override { return true; }
+    bool canPauseRecording() const override { return pauseWorks; }
+
     void requestRecordingEnd() override { m_calls << QStringLiteral("end here"); }
     bool isRecordingEndReached() const override { return pollsUntilDrained-- <= 0; }
     QString endReason() const override { return error; }
@@ -80,6 +81,7 @@ public:
     bool ready = true;
     bool recording = false;
     bool startWorks = true;
+    bool pauseWorks = true;
     bool paused = false;
     mutable int pollsUntilDrained = 0;
     QString path;
@@ -121,6 +123,7 @@ public:
     void setExcludedFromCapture(bool excluded) override { m_calls << QStringLiteral("exclude %1").arg(int(excluded)); }
 
     void setClockRunning(bool running) override { m_calls << QStringLiteral("clock %1").arg(int(running)); }
+    void setClockPaused(bool paused) override { m_calls << QStringLiteral("clock paused %1").arg(int(paused)); }
     QDateTime now() const override { return {QDate(2024, 5, 1), QTime(13, 7, 9)}; }
 
     std::function<void()> duringCountdown;
@@ -223,6 +226,93 @@ private slots:
         m_session->onRecordStatusChanged(1);
         QCOMPARE(m_calls, Calls{"minimise"});
         QCOMPARE(statuses.at(0).at(0).toInt(), 1);
+    }
+
+    void pauseStopsTheClockAndTellsTheMirrors()
+    {
+        m_session->requestStart();
+        m_calls.clear();
+        const QSignalSpy statuses(m_session.get(), &RecordingSession::statusChanged);
+        m_session->setPaused(true);
+        QCOMPARE(m_calls, (Calls{"pause 1", "clock paused 1", "minimise"}));
+        QCOMPARE(m_session->state(), RecordingState::Paused);
+        QCOMPARE(statuses.at(0).at(0).toInt(), 1);
+        const QSignalSpy elapsed(m_session.get(), &RecordingSession::elapsedChanged);
+        m_session->onTick();
+        QCOMPARE(elapsed.size(), 0);
+    }
+
+    void resumeGoesOnWhereThePauseBegan()
+    {
+        m_session->requestStart();
+        m_session->onTick();
+        m_session->setPaused(true);
+        m_calls.clear();
+        const QSignalSpy statuses(m_session.get(), &RecordingSession::statusChanged);
+        m_session->setPaused(false);
+        QCOMPARE(m_calls, (Calls{"pause 0", "clock paused 0", "minimise"}));
+        QCOMPARE(m_session->state(), RecordingState::Recording);
+        QCOMPARE(statuses.at(0).at(0).toInt(), 0);
+        QSignalSpy elapsed(m_session.get(), &RecordingSession::elapsedChanged);
+        m_session->onTick();
+        QCOMPARE(elapsed.takeLast().at(0).toString(), QStringLiteral("00:00:02"));
+    }
+
+    void pauseIsIgnoredUnlessRecordingAndResumeUnlessPaused()
+    {
+        m_session->setPaused(true);
+        QCOMPARE(m_calls, Calls());
+        m_session->requestStart();
+        m_calls.clear();
+        m_session->setPaused(false);
+        QCOMPARE(m_calls, Calls());
+        m_session->setPaused(true);
+        m_calls.clear();
+        m_session->setPaused(true);
+        QCOMPARE(m_calls, Calls());
+        m_recorder->pollsUntilDrained = kNever;
+        m_session->requestStop();
+        m_calls.clear();
+        m_session->setPaused(false);
+        QCOMPARE(m_calls, Calls());
+    }
+
+    void engineThatCannotPauseGoesOnRecording()
+    {
+        m_session->requestStart();
+        m_recorder->pauseWorks = false;
+        m_session->setPaused(true);
+        QCOMPARE(m_session->state(), RecordingState::Recording);
+        QCOMPARE(logged().last(), QStringLiteral("Warning: The recording cannot be paused"));
+    }
+
+    void hotkeyStopsAPausedRecording()
+    {
+        m_session->requestStart();
+        m_session->setPaused(true);
+        m_calls.clear();
+        m_session->toggle();
+        QTRY_COMPARE(m_calls, (Calls{"end here", "stop 0"}));
+        m_session->onRecordStatusChanged(2);
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+    }
+
+    void pausedRecordingThatEndsByItselfLeadsBackToIdle()
+    {
+        m_session->requestStart();
+        m_session->setPaused(true);
+        m_recorder->endByItself(QStringLiteral("the disk is full"));
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QVERIFY(logged().contains("Error: The recording ended by itself: the disk is full"));
+    }
+
+    void finishingAPausedRecordingStopsIt()
+    {
+        m_session->requestStart();
+        m_session->setPaused(true);
+        m_calls.clear();
+        m_session->finish();
+        QTRY_COMPARE(m_calls, (Calls{"end here", "stop 0"}));
     }
 
     void clockCountsSecondsWhileRecording()

@@ -3,10 +3,17 @@
 #include "app/settings.h"
 #include "app/settingstables.h"
 #include "app/webaddresses.h"
+#include "app/sctranslator.h"
 #include "mainwindow/scmainwindow.h"
+#include "mainwindow/tile.h"
+#include "overlays/areaselector.h"
+#include "overlays/drawwindow.h"
+#include "overlays/scswitchwidget.h"
+#include "overlays/windowhighlighter.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QDesktopServices>
@@ -14,12 +21,16 @@
 #include <QEnterEvent>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QSet>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QStackedWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -27,6 +38,21 @@
 #include <QUrl>
 
 namespace {
+
+/// Takes the place of the file manager.
+class Folders : public QObject
+{
+    Q_OBJECT
+
+public:
+    Folders() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
+    ~Folders() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+    QList<QUrl> opened;
+
+public slots:
+    void open(const QUrl& url) { opened.append(url); }
+};
 
 /// Takes the place of the web browser.
 class Browser : public QObject
@@ -307,9 +333,11 @@ private slots:
     {
         SCMainWindow window;
         window.show();
-        const QStringList order{"recordButton",     "fileNameEdit",         "formatBox",
-                                "saveLocationEdit", "changeLocationButton", "widthEdit",
-                                "heightEdit",       "minimizeBtn",          "closeBtn"};
+        const QStringList order{"recordButton",  "recordingTab", "screenshotTab", "filesTab",     "menuBtn",
+                                "minimizeBtn",   "closeBtn",     "fullScreenTile", "regionTile",  "windowTile",
+                                "ratioBox",      "lockButton",   "widthEdit",     "heightEdit",   "screenSwitch",
+                                "mouseSwitch",   "webcamSwitch", "speakerSwitch", "micSwitch",    "fileNameEdit",
+                                "formatBox",     "saveLocationEdit", "changeLocationButton"};
         const QWidget* widget = child<QWidget>(window, "recordButton");
         for (const QString& name : order) {
             QCOMPARE(widget->objectName(), name);
@@ -318,7 +346,7 @@ private slots:
                      qPrintable(name));
             do
                 widget = widget->nextInFocusChain();
-            while ((widget->focusPolicy() & Qt::TabFocus) == 0 || !widget->isVisible());
+            while ((widget->focusPolicy() & Qt::TabFocus) == 0 || !widget->isVisible() || !widget->isEnabled());
         }
         QCOMPARE(widget->objectName(), order.first());
     }
@@ -326,7 +354,7 @@ private slots:
     void titleBarButtonsShowTheirLightIconUnderThePointer()
     {
         SCMainWindow window;
-        for (const char* name : {"closeBtn", "minimizeBtn"}) {
+        for (const char* name : {"closeBtn", "minimizeBtn", "menuBtn", "settingsBtn"}) {
             auto* const button = child<QPushButton>(window, name);
             const QString base = QStringLiteral(":/res/forms/images/%1").arg(QLatin1String(name).chopped(3).toString());
             QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
@@ -336,6 +364,370 @@ private slots:
             QCoreApplication::sendEvent(button, &leave);
             QCOMPARE(picture(button->icon()), picture(QIcon(base + QLatin1String(".svg"))));
         }
+    }
+
+    void tilesChooseTheMode()
+    {
+        SCMainWindow window;
+        window.show();
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        const MessageCapture messages;
+        QTest::mouseClick(child<Tile>(window, "windowTile"), Qt::LeftButton);
+        QCOMPARE(selectedTiles(window), QStringList{"windowTile"});
+        QTest::mouseClick(child<Tile>(window, "fullScreenTile"), Qt::LeftButton);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QCOMPARE(messages.texts(QtInfoMsg), QStringList{"[INFO] Select screen clicked"});
+    }
+
+    void onlyALeftReleaseOnTheTileCounts()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const tile = child<Tile>(window, "windowTile");
+        QTest::mouseClick(tile, Qt::RightButton);
+        QTest::mousePress(tile, Qt::LeftButton);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QTest::mouseRelease(tile, Qt::LeftButton, {}, {-20, 10});
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+    }
+
+    void regionSelectionGivenUpLeadsBackToTheWholeScreen()
+    {
+        SCMainWindow window;
+        window.show();
+        const MessageCapture messages;
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Select region clicked")));
+        AreaSelector* const selector = shown<AreaSelector>();
+        QVERIFY(selector != nullptr);
+        QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::CrossCursor);
+        QTest::keyClick(selector, Qt::Key_Escape);
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QVERIFY(shown<AreaSelector>() == nullptr);
+    }
+
+    void draggedRegionGetsItsFrameAndItsSizeInTheFields()
+    {
+        SCMainWindow window;
+        window.show();
+        dragRegion(window, {100, 80}, {419, 319});
+        const DrawWindow* const frame = shown<DrawWindow>();
+        QVERIFY(frame != nullptr);
+        QCOMPARE(frame->geometry(), QRect(96, 76, 328, 248));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
+        QCOMPARE(field(window, "heightEdit"), QStringLiteral("240"));
+        QVERIFY(shown<AreaSelector>() == nullptr);
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+    }
+
+    void eachSelectionIsLogged()
+    {
+        SCMainWindow window;
+        window.show();
+        const MessageCapture messages;
+        dragRegion(window, {100, 80}, {419, 319});
+        QVERIFY(messages.texts().contains(
+            QStringLiteral("[DEBUG] Selected Area - x=100, y=80, width=320, height=240")));
+        QVERIFY(messages.texts().contains(QStringLiteral("[DEBUG] position 100 80 420 320")));
+    }
+
+    void regionSmallerThanTheFrameGrowsWithIt()
+    {
+        SCMainWindow window;
+        window.show();
+        dragRegion(window, {300, 300}, {309, 309});
+        const QRect frame = shown<DrawWindow>()->geometry();
+        QCOMPARE(frame, QRect(296, 296, 200, 150));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("192"));
+        QCOMPARE(field(window, "heightEdit"), QStringLiteral("142"));
+    }
+
+    void frameThatIsMovedIsStoredWhenItRests()
+    {
+        SCMainWindow window;
+        window.show();
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const frame = shown<DrawWindow>();
+        const MessageCapture messages;
+        emit frame->windowGeometryChanged(true, {200, 100}, {599, 399});
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
+        emit frame->windowGeometryChanged(false, {200, 100}, {599, 399});
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("400"));
+        QCOMPARE(field(window, "heightEdit"), QStringLiteral("300"));
+        QCOMPARE(messages.texts().filter(QStringLiteral("Window coords")),
+                 (QStringList{"[DEBUG] Window coords: (200,100) (599,399)", "[DEBUG] Window coords: (200,100) (599,399)"}));
+        QVERIFY(messages.texts().contains(QStringLiteral("[DEBUG] position 200 100 600 400")));
+    }
+
+    void movedFrameIsNoPresetAnyMoreUnlessTheSizeIsLocked()
+    {
+        SCMainWindow window;
+        window.show();
+        choosePreset(window, "1:1");
+        emit shown<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
+        QCOMPARE(child<QComboBox>(window, "ratioBox")->currentIndex(), 0);
+        choosePreset(window, "1:1");
+        child<QPushButton>(window, "lockButton")->click();
+        QVERIFY(shown<DrawWindow>()->lockRatio());
+        emit shown<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
+        QCOMPARE(child<QComboBox>(window, "ratioBox")->currentText(), QStringLiteral("1:1"));
+        child<QPushButton>(window, "lockButton")->click();
+        QVERIFY(!shown<DrawWindow>()->lockRatio());
+    }
+
+    void presetShowsItsFrameInTheMiddleOfTheScreen_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("16:9") << QSize(1920, 1080);
+        QTest::newRow("9:16") << QSize(608, 1080);
+        QTest::newRow("4:3") << QSize(1440, 1080);
+        QTest::newRow("1:1") << QSize(1080, 1080);
+    }
+
+    void presetShowsItsFrameInTheMiddleOfTheScreen()
+    {
+        QFETCH(const QSize, size);
+        SCMainWindow window;
+        window.show();
+        choosePreset(window, QTest::currentDataTag());
+        QCOMPARE(field(window, "widthEdit"), QString::number(size.width()));
+        QCOMPARE(field(window, "heightEdit"), QString::number(size.height()));
+        const QRect frame = shown<DrawWindow>()->geometry();
+        QCOMPARE(frame.size(), size + QSize(8, 8));
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QCOMPARE(frame.topLeft(), QPoint((screen.width() - frame.width()) / 2 + screen.x(),
+                                         (screen.height() - frame.height()) / 2 + screen.y()));
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+    }
+
+    void firstEntryOfTheRatioBoxRunsNoPreset()
+    {
+        SCMainWindow window;
+        window.show();
+        choosePreset(window, "Custom");
+        QVERIFY(shown<DrawWindow>() == nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+    }
+
+    void closedFrameLeadsBackToTheWholeScreen_data()
+    {
+        QTest::addColumn<bool>("byItsButton");
+        QTest::newRow("close button") << true;
+        QTest::newRow("right click") << false;
+    }
+
+    void closedFrameLeadsBackToTheWholeScreen()
+    {
+        QFETCH(const bool, byItsButton);
+        SCMainWindow window;
+        window.show();
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const frame = shown<DrawWindow>();
+        if (byItsButton)
+            emit frame->hideDrawWindow();
+        else
+            QTest::mousePress(frame, Qt::RightButton, {}, {2, 2});
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QVERIFY(shown<DrawWindow>() == nullptr);
+        const QSize screen = QGuiApplication::primaryScreen()->size();
+        QCOMPARE(field(window, "widthEdit"), QString::number(screen.width()));
+    }
+
+    void screenOffMakesAVideoFormatMp3AndOnMakesItMp4()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const box = child<QComboBox>(window, "formatBox");
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(true);
+        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
+        control->setChecked(false);
+        QCOMPARE(box->currentText(), QStringLiteral("MP3"));
+        QCOMPARE(selectedTiles(window), QStringList());
+        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), false);
+        control->setChecked(true);
+        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), true);
+        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("MP4"));
+    }
+
+    void screenSwitchLeavesASuitingFormatAlone()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const box = child<QComboBox>(window, "formatBox");
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        box->setCurrentIndex(6);
+        control->setChecked(true);
+        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
+        box->setCurrentIndex(5);
+        control->setChecked(false);
+        QCOMPARE(box->currentText(), QStringLiteral("AAC"));
+        box->setCurrentIndex(2);
+        control->setChecked(true);
+        QCOMPARE(box->currentText(), QStringLiteral("FLV"));
+    }
+
+    void screenSwitchTakesTheFrameAway()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        dragRegion(window, {100, 80}, {419, 319});
+        QVERIFY(control->isChecked());
+        control->setChecked(false);
+        QVERIFY(shown<DrawWindow>() == nullptr);
+        dragRegion(window, {100, 80}, {419, 319});
+        QVERIFY(control->isChecked());
+        QVERIFY(shown<DrawWindow>() != nullptr);
+    }
+
+    void pickedWindowIsReportedInLogicalPixelsAndThePickerGoes()
+    {
+        SCMainWindow window;
+        window.show();
+        const QSignalSpy picked(&window, &SCMainWindow::windowPicked);
+        QTest::mouseClick(child<Tile>(window, "windowTile"), Qt::LeftButton);
+        auto* const picker = shown<WindowHighlighter>();
+        QVERIFY(picker != nullptr);
+        emit picker->windowClicked({30, 40, 500, 300});
+        QCOMPARE(picked.size(), 1);
+        QCOMPARE(picked.at(0).at(0).toRect(), QRect(30, 40, 500, 300));
+        QVERIFY(!picker->isVisible());
+        emit picker->windowClicked({30, 40, 500, 300});
+        QCOMPARE(picked.size(), 1);
+    }
+
+    void pagesFollowTheirTabs()
+    {
+        SCMainWindow window;
+        window.show();
+        const auto* const pages = child<QStackedWidget>(window, "pages");
+        QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("recordingPage"));
+        child<QPushButton>(window, "screenshotTab")->click();
+        QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("screenshotPage"));
+        child<QPushButton>(window, "filesTab")->click();
+        QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("filesPage"));
+        child<QPushButton>(window, "recordingTab")->click();
+        QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("recordingPage"));
+    }
+
+    void screenshotFormatIsShownAndStored()
+    {
+        openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("JPG"));
+        SCMainWindow window;
+        auto* const box = child<QComboBox>(window, "screenshotFormatBox");
+        QCOMPARE(box->currentText(), QStringLiteral("JPG"));
+        QCOMPARE(box->count(), 2);
+        QTest::keyClick(box, Qt::Key_Up);
+        QCOMPARE(openSettings()->value(settingskeys::kScreenshotFormat).toString(), QStringLiteral("PNG"));
+    }
+
+    void languageOfTheMenuIsStoredLoadedAndKept()
+    {
+        SCMainWindow window;
+        auto translator = std::make_shared<SCTranslator>();
+        window.setTranslator(translator);
+        window.show();
+        chooseInMenu(window, "Language", "English");
+        QCOMPARE(openSettings()->value(settingskeys::kLanguage).toString(), QStringLiteral("en_US"));
+        QCOMPARE(translator->translate("any", "Start Recording"), QStringLiteral("Start Recording"));
+        const MessageCapture messages;
+        chooseInMenu(window, "Language", "Français");
+        QCOMPARE(openSettings()->value(settingskeys::kLanguage).toString(), QStringLiteral("oc_FR"));
+        QCoreApplication::removeTranslator(translator.get());
+    }
+
+    void languageIsChangedInFullScreenModeByChoosingItAgain()
+    {
+        SCMainWindow window;
+        window.show();
+        const MessageCapture messages;
+        chooseInMenu(window, "Language", "English");
+        QCOMPARE(messages.texts().filter(QStringLiteral("Select screen clicked")).size(), 1);
+        dragRegion(window, {100, 80}, {419, 319});
+        chooseInMenu(window, "Language", "English");
+        QCOMPARE(messages.texts().filter(QStringLiteral("Select screen clicked")).size(), 1);
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+    }
+
+    void languageDoesNotSwitchTheScreenOn()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(true);
+        control->setChecked(false);
+        chooseInMenu(window, "Language", "English");
+        QVERIFY(!control->isChecked());
+    }
+
+    void helpOpensTheMakersPagesAndTheLogFolder()
+    {
+        const Browser browser;
+        SCMainWindow window;
+        window.show();
+        chooseInMenu(window, "Help", "Guide");
+        chooseInMenu(window, "Help", "FAQ");
+        QCOMPARE(browser.opened, (QList<QUrl>{QUrl(QLatin1String(webaddresses::kGuidePage)),
+                                              QUrl(QLatin1String(webaddresses::kSupportPage))}));
+        Folders folders;
+        chooseInMenu(window, "Help", "Open Log Folder");
+        QCOMPARE(folders.opened,
+                 QList<QUrl>{QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath())});
+    }
+
+    void openFolderMakesTheSaveFolderWhereItIsMissing()
+    {
+        const QTemporaryDir place;
+        const QString folder = place.filePath(QStringLiteral("videos"));
+        openSettings()->setValue(settingskeys::kRecordingSaveLocation, folder);
+        SCMainWindow window;
+        Folders folders;
+        child<QPushButton>(window, "openFolderButton")->click();
+        QCOMPARE(folders.opened, QList<QUrl>{QUrl::fromLocalFile(folder)});
+        QVERIFY(QFileInfo(folder).isDir());
+    }
+
+    void closingTakesTheOverlaysAlong()
+    {
+        SCMainWindow window;
+        window.show();
+        dragRegion(window, {100, 80}, {419, 319});
+        QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
+        QVERIFY(shown<AreaSelector>() != nullptr);
+        window.close();
+        QVERIFY(shown<AreaSelector>() == nullptr);
+        QVERIFY(shown<DrawWindow>() == nullptr);
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
+    }
+
+    void cancelledCountdownKeepsTheFrame()
+    {
+        SCMainWindow window;
+        window.show();
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const frame = shown<DrawWindow>();
+        QTimer::singleShot(200, &window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
+        emit frame->startRecording();
+        QCoreApplication::processEvents();
+        QVERIFY(frame->isVisible());
+        QVERIFY(!frame->isRecording());
+    }
+
+    void selectionIsGivenUpWhenARecordingStarts()
+    {
+        SCMainWindow window;
+        window.show();
+        QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
+        QTimer::singleShot(200, &window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
+        child<QPushButton>(window, "recordButton")->click();
+        QVERIFY(shown<AreaSelector>() == nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
     }
 
     void noHotkeyShowsNoHint()
@@ -402,6 +794,72 @@ private:
     static Widget* child(const SCMainWindow& window, const char* name)
     {
         return window.findChild<Widget*>(QLatin1String(name));
+    }
+
+    template <typename Widget>
+    static Widget* shown()
+    {
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            auto* const found = qobject_cast<Widget*>(widget);
+            if (found != nullptr && found->isVisible())
+                return found;
+        }
+        return nullptr;
+    }
+
+    static QString field(const SCMainWindow& window, const char* name) { return child<QLineEdit>(window, name)->text(); }
+
+    static QStringList selectedTiles(const SCMainWindow& window)
+    {
+        QStringList names;
+        for (const Tile* const tile : window.findChildren<Tile*>()) {
+            if (tile->isSelected())
+                names.append(tile->objectName());
+        }
+        return names;
+    }
+
+    static void dragRegion(const SCMainWindow& window, const QPoint& from, const QPoint& to)
+    {
+        QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
+        auto* const selector = shown<AreaSelector>();
+        QTest::mousePress(selector, Qt::LeftButton, {}, from);
+        QTest::mouseMove(selector, to);
+        QTest::mouseRelease(selector, Qt::LeftButton, {}, to);
+        QCoreApplication::processEvents();
+    }
+
+    /// As a user chooses it, which is what the box reports.
+    static void choosePreset(const SCMainWindow& window, const char* name)
+    {
+        auto* const box = child<QComboBox>(window, "ratioBox");
+        box->setCurrentText(QLatin1String(name));
+        emit box->textActivated(QLatin1String(name));
+    }
+
+    static void chooseInMenu(const SCMainWindow& window, const char* submenu, const char* entry)
+    {
+        child<QPushButton>(window, "menuBtn")->click();
+        QMenu* menu = nullptr;
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            if (widget->objectName() == QLatin1String("mainMenu") && widget->isVisible())
+                menu = qobject_cast<QMenu*>(widget);
+        }
+        QVERIFY(menu != nullptr);
+        for (const QAction* const action : menu->actions()) {
+            if (action->text() == QLatin1String(submenu))
+                entryOf(*action->menu(), QString::fromUtf8(entry))->trigger();
+        }
+        menu->close();
+    }
+
+    static QAction* entryOf(const QMenu& menu, const QString& text)
+    {
+        for (QAction* const action : menu.actions()) {
+            if (action->text() == text)
+                return action;
+        }
+        return nullptr;
     }
 
     /// Presses "Change" and answers the dialog with folder, or cancels it for an empty one.

@@ -3,7 +3,7 @@
 # Installs what is missing, and only that: on a machine that has everything neither apt nor sudo is called.
 
 # Compiles the program and its tests.
-packages_build=(cmake ninja-build g++ pkg-config qt6-base-dev libobs-dev libxcb1-dev libxcb-shape0-dev libxcb-xinput-dev)
+packages_build=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-multimedia-dev libobs-dev libxcb1-dev libxcb-shape0-dev libxcb-xinput-dev)
 
 # Runs it. libobs opens these by name while it runs, so no other package depends on all of them.
 packages_run=(obs-studio obs-plugins libqt6svg6 qt6-qpa-plugins libegl1 libgl1 libgl1-mesa-dri fonts-dejavu-core)

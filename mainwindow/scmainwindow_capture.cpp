@@ -1,0 +1,277 @@
+// What the main window captures: mode tiles, region, ratio presets, the screen switch and the engine's picture.
+
+#include "app/sclogger.h"
+#include "app/settings.h"
+#include "engine/capturetargets.h"
+#include "engine/obswrapper.h"
+#include "engine/recordingformat.h"
+#include "mainwindow/primaryscreen.h"
+#include "mainwindow/ratiopresets.h"
+#include "mainwindow/regionoverlays.h"
+#include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/scmainwindow.h"
+#include "mainwindow/sourceswitches.h"
+#include "overlays/windowhighlighter.h"
+#include "ui_scmainwindow.h"
+
+#include <QDebug>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QSettings>
+#include <QSignalBlocker>
+
+void SCMainWindow::initializeCapture()
+{
+    if (QGuiApplication::primaryScreen() == nullptr) {
+        qWarning() << "Failed to get primary screen";
+        return;
+    }
+    const QSize size = primaryScreen().physicalSize();
+    if (!m_obs->initialize(size.width(), size.height(), RecordingSession::kFramesPerSecond)) {
+        SCLogger::warning(QStringLiteral("Failed to initialize OBS"));
+        return;
+    }
+    SCLogger::info(QStringLiteral("OBS initialized successfully"));
+    m_engineRuns = true;
+    setUpScene();
+    applyCaptureArea();
+    m_switches->attachMeters(*m_obs);
+    restoreSwitches();
+    // Nobody looks at the picture before it is recorded.
+    m_obs->setSceneRendered(false);
+    m_recorder.setReady(true);
+}
+
+void SCMainWindow::setUpScene()
+{
+    const int result = m_obs->setupScene(ObsWrapper::kCaptureMonitor);
+    if (result != 0)
+        SCLogger::error(QStringLiteral("The capture scene could not be made: code %1").arg(result));
+    m_obs->refreshCaptureTargets(false);
+    m_sources.setSpeaker(true);
+    m_sources.setMicrophone(true);
+}
+
+void SCMainWindow::restoreSwitches()
+{
+    m_screenOn = m_settings->value(settingskeys::kScreenSwitch).toBool();
+    const QSignalBlocker blocker(m_ui->screenSwitch);
+    m_ui->screenSwitch->setChecked(m_screenOn);
+    // A stored choice of sound alone goes on where the format says otherwise.
+    if (!m_screenOn && hasVideo(recordingFormatFromIndex(m_ui->formatBox->currentIndex())))
+        m_ui->formatBox->setCurrentIndex(static_cast<int>(RecordingFormat::Mp3));
+    showMode();
+    m_switches->restore();
+}
+
+void SCMainWindow::applyCaptureArea()
+{
+    const CaptureScreen screen = primaryScreen();
+    const QRect& whole = screen.geometry;
+    SCLogger::debug(QStringLiteral("Screen geometry: x=%1, y=%2, width=%3, height=%4")
+                        .arg(whole.x())
+                        .arg(whole.y())
+                        .arg(whole.width())
+                        .arg(whole.height()));
+    const QRect area = m_captureArea.rectOn(screen);
+    SCLogger::debug(QStringLiteral("position %1 %2 %3 %4")
+                        .arg(area.x())
+                        .arg(area.y())
+                        .arg(area.x() + area.width())
+                        .arg(area.y() + area.height()));
+    const QSize size = m_captureArea.physicalSize(screen);
+    m_ui->widthEdit->setText(QString::number(size.width()));
+    m_ui->heightEdit->setText(QString::number(size.height()));
+    if (m_engineRuns)
+        setCaptureTarget(m_captureArea.margins(screen));
+}
+
+bool SCMainWindow::areaFollowsScreen() const
+{
+    // The whole screen follows the screen: its size or place may have changed since the last recording.
+    const bool screenChanged =
+        m_captureArea.mode() != CaptureMode::Region && m_captureArea.rect() != primaryScreen().geometry;
+    return m_captureArea.isUnset() || screenChanged;
+}
+
+bool SCMainWindow::resetRecordingArea()
+{
+    const CaptureScreen screen = primaryScreen();
+    if (areaFollowsScreen()) {
+        m_captureArea.setRect(screen.geometry);
+        applyCaptureArea();
+    }
+    const QSize logical = m_captureArea.rectOn(screen).size();
+    SCLogger::debug(QStringLiteral("Recording area set to: %1x%2").arg(logical.width()).arg(logical.height()));
+    const QSize size = m_captureArea.physicalSize(screen);
+    if (m_obs->resetVideo(size.width(), size.height(), size.width(), size.height(),
+                          RecordingSession::kFramesPerSecond) != 0) {
+        SCLogger::warning(QStringLiteral("Failed to reset video"));
+        return false;
+    }
+    return true;
+}
+
+void SCMainWindow::setCaptureTarget(const CaptureMargins& margins)
+{
+    const QStringList& names = m_obs->captureTargetNames();
+    const QString target = captureTargetForScreen(names, primaryScreen().physicalGeometry());
+    m_targetFound = m_obs->setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped,
+                                            margins.left, margins.right, margins.top, margins.bottom);
+    if (!m_targetFound)
+        SCLogger::warning(QStringLiteral("The primary screen is none of the engine's screens: \"%1\"")
+                              .arg(names.join(QLatin1String("\", \""))));
+}
+
+void SCMainWindow::captureWholeScreen()
+{
+    m_captureArea.setRect(primaryScreen().geometry);
+    applyCaptureArea();
+    m_region->hideFrame();
+    m_ui->ratioBox->setCurrentIndex(0);
+}
+
+void SCMainWindow::setMode(CaptureMode mode)
+{
+    m_captureArea.setMode(mode);
+    showMode();
+}
+
+void SCMainWindow::showMode()
+{
+    const CaptureMode mode = m_captureArea.mode();
+    m_ui->fullScreenTile->setSelected(m_screenOn && mode == CaptureMode::FullScreen);
+    m_ui->regionTile->setSelected(m_screenOn && mode == CaptureMode::Region);
+    m_ui->windowTile->setSelected(m_screenOn && mode == CaptureMode::Window);
+}
+
+/// The tiles' way to switch the screen on: without what the switch itself does about the area.
+void SCMainWindow::setScreenOn(bool on)
+{
+    m_screenOn = on;
+    {
+        const QSignalBlocker blocker(m_ui->screenSwitch);
+        m_ui->screenSwitch->setChecked(on);
+    }
+    const bool video = hasVideo(recordingFormatFromIndex(m_ui->formatBox->currentIndex()));
+    if (on && !video)
+        setFormat(static_cast<int>(RecordingFormat::Mp4));
+    else if (!on && video)
+        setFormat(static_cast<int>(RecordingFormat::Mp3));
+    m_settings->setValue(settingskeys::kScreenSwitch, on);
+}
+
+void SCMainWindow::setFormat(int index)
+{
+    m_ui->formatBox->setCurrentIndex(index);
+    onFormatChosen(index);
+}
+
+void SCMainWindow::onScreenSwitched(bool on)
+{
+    setScreenOn(on);
+    if (on)
+        captureWholeScreen();
+    else
+        m_region->hideFrame();
+    setMode(CaptureMode::FullScreen);
+}
+
+void SCMainWindow::onFullScreenChosen()
+{
+    SCLogger::info(QStringLiteral("Select screen clicked"));
+    setScreenOn(true);
+    captureWholeScreen();
+    setMode(CaptureMode::FullScreen);
+}
+
+void SCMainWindow::onRegionChosen()
+{
+    SCLogger::info(QStringLiteral("Select region clicked"));
+    setScreenOn(true);
+    setMode(CaptureMode::Region);
+    m_region->select();
+}
+
+void SCMainWindow::onWindowChosen()
+{
+    setScreenOn(true);
+    captureWholeScreen();
+    setMode(CaptureMode::Window);
+    connect(m_windowPicker.get(), &WindowHighlighter::windowClicked, this, &SCMainWindow::onWindowClicked,
+            Qt::UniqueConnection);
+    m_windowPicker->show();
+}
+
+void SCMainWindow::onWindowClicked(const QRect& rect)
+{
+    const QScreen* screen = QGuiApplication::screenAt(rect.topLeft());
+    if (screen == nullptr)
+        screen = QGuiApplication::primaryScreen();
+    const QRect logical = toLogicalRect(rect, screen != nullptr ? screen->devicePixelRatio() : 1.0);
+    disconnect(m_windowPicker.get(), &WindowHighlighter::windowClicked, this, &SCMainWindow::onWindowClicked);
+    m_windowPicker->hide();
+    emit windowPicked(logical);
+}
+
+void SCMainWindow::onRatioChosen(const QString& name)
+{
+    if (m_ui->ratioBox->currentIndex() == 0)
+        return;
+    if (m_toolbar != nullptr)
+        m_toolbar->hide();
+    setScreenOn(true);
+    setMode(CaptureMode::Region);
+    const auto size = ratiopresets::physicalSize(name);
+    if (!size)
+        return;
+    const CaptureScreen screen = primaryScreen();
+    m_captureArea.setRegion(m_region->frame(ratiopresets::areaOn(screen, *size, m_region->borderWidth())), screen);
+    m_ui->widthEdit->setText(QString::number(size->width()));
+    m_ui->heightEdit->setText(QString::number(size->height()));
+}
+
+void SCMainWindow::onRegionSelected(const QRect& area)
+{
+    // The frame says what is recorded: it may not be as small as the area.
+    m_captureArea.setRegion(m_region->frame(area), primaryScreen());
+    applyCaptureArea();
+    m_ui->ratioBox->setCurrentIndex(0);
+}
+
+void SCMainWindow::onSelectionCancelled()
+{
+    if (!m_region->isFrameShown())
+        onFullScreenChosen();
+}
+
+void SCMainWindow::onFrameChanged(bool isMoving, const QPoint& firstPixel, const QPoint& lastPixel)
+{
+    SCLogger::debug(QStringLiteral("Window coords: (%1,%2) (%3,%4)")
+                        .arg(firstPixel.x())
+                        .arg(firstPixel.y())
+                        .arg(lastPixel.x())
+                        .arg(lastPixel.y()));
+    m_captureArea.setRegion(QRect(firstPixel, lastPixel), primaryScreen());
+    // A recording follows the frame while it moves; otherwise only where it comes to rest counts.
+    if (isMoving == m_recordingActive)
+        applyCaptureArea();
+    if (!m_ui->lockButton->isChecked())
+        m_ui->ratioBox->setCurrentIndex(0);
+}
+
+void SCMainWindow::onFrameClosed()
+{
+    // A region without its frame would be recorded unseen.
+    if (m_session.state() == RecordingState::Idle)
+        onFullScreenChosen();
+    else
+        m_frameGivenUp = true;
+}
+
+void SCMainWindow::onSizeLockToggled(bool locked)
+{
+    m_ui->lockButton->setIcon(
+        QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(locked ? QStringLiteral("lock-white") : QStringLiteral("unlock"))));
+    m_region->setLockRatio(locked);
+}

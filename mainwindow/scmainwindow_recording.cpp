@@ -1,0 +1,237 @@
+// The main window as the stage of a recording: button, floating bar, frame, countdown and clock.
+
+#include "app/sclogger.h"
+#include "app/settings.h"
+#include "engine/obswrapper.h"
+#include "engine/recordingformat.h"
+#include "mainwindow/primaryscreen.h"
+#include "mainwindow/recordingclock.h"
+#include "mainwindow/recordstatus.h"
+#include "mainwindow/regionoverlays.h"
+#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/scmainwindow.h"
+#include "mainwindow/toolbarplacement.h"
+#include "overlays/windowhighlighter.h"
+#include "platform/capture_exclusion.h"
+#include "platform/window_hold.h"
+#include "ui_scmainwindow.h"
+
+#include <QSettings>
+
+#include <array>
+
+namespace {
+
+// The engine's numbers and the window's are the same.
+static_assert(ObsWrapper::kStatusStarting == recordstatus::kStarted &&
+              ObsWrapper::kStatusEnded == recordstatus::kEnded);
+
+} // namespace
+
+void SCMainWindow::onStateChanged(RecordingState state)
+{
+    const bool idle = state == RecordingState::Idle;
+    // What is captured is chosen before a recording, not during one.
+    for (QWidget* const part : {static_cast<QWidget*>(m_ui->fullScreenTile), static_cast<QWidget*>(m_ui->regionTile),
+                                static_cast<QWidget*>(m_ui->windowTile), static_cast<QWidget*>(m_ui->sizeCard),
+                                static_cast<QWidget*>(m_ui->screenSwitch)})
+        part->setEnabled(idle);
+    if (!idle)
+        return;
+    m_obs->setSceneRendered(false);
+    if (m_frameGivenUp) {
+        m_frameGivenUp = false;
+        onFullScreenChosen();
+    }
+    if (m_closeRequested)
+        close();
+}
+
+void SCMainWindow::showRecordStatus(int status)
+{
+    const bool wasRecording = m_shownStatus != recordstatus::kEnded;
+    setRecordingActive(status == recordstatus::kStarted);
+    showRecordButton(status);
+    if (status == recordstatus::kStarted)
+        showOverlays();
+    else if (status == recordstatus::kPaused)
+        toolbar().setPaused(true);
+    else if (wasRecording)
+        hideOverlays();
+    // A start that came to nothing was the frame's own, perhaps.
+    m_region->setRecording(status != recordstatus::kEnded);
+}
+
+void SCMainWindow::showRecordButton(int status)
+{
+    struct Look
+    {
+        const char* icon;
+        const char* label;
+    };
+    static constexpr std::array<Look, 3> kLooks{{{"stop-recording", QT_TR_NOOP("Stop Recording")},
+                                                 {"pause-recording", QT_TR_NOOP("Pause Recording")},
+                                                 {"start-recording", QT_TR_NOOP("Start Recording")}}};
+    m_shownStatus = status;
+    const Look& look = kLooks.at(static_cast<std::size_t>(status));
+    m_ui->recordButton->setIcon(QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(look.icon))));
+    m_ui->recordButton->setText(tr(look.label));
+    // The button of a paused recording stops it.
+    m_ui->recordButton->setToolTip(status == recordstatus::kPaused ? tr("Stop Recording") : QString());
+}
+
+void SCMainWindow::setRecordingActive(bool active)
+{
+    m_recordingActive = active;
+    platform::setHeld(*this, active);
+}
+
+void SCMainWindow::minimiseWhileRecording()
+{
+    if (m_recordingActive)
+        showMinimized();
+}
+
+SCFullscreenToolbar& SCMainWindow::toolbar()
+{
+    if (m_toolbar == nullptr) {
+        m_toolbar = std::make_unique<SCFullscreenToolbar>();
+        connect(m_toolbar.get(), &SCFullscreenToolbar::recordingToggled, this, &SCMainWindow::onBarToggled);
+        connect(m_toolbar.get(), &SCFullscreenToolbar::pauseToggled, &m_session, &RecordingSession::setPaused);
+    }
+    return *m_toolbar;
+}
+
+void SCMainWindow::onBarToggled(bool record)
+{
+    if (record)
+        m_session.requestStart();
+    else
+        m_session.requestStop();
+}
+
+void SCMainWindow::showOverlays()
+{
+    const bool video = hasVideo(recordingFormatFromIndex(m_ui->formatBox->currentIndex()));
+    const bool region = m_captureArea.mode() == CaptureMode::Region && m_screenOn;
+    if (region && !m_region->isFrameShown())
+        m_region->showFrame();
+    SCFullscreenToolbar& bar = toolbar();
+    bar.setRecording(true);
+    bar.setPaused(false);
+    bar.setPausable(m_recorder.canPauseRecording());
+    bar.setAudioOnly(!video);
+    const CaptureScreen screen = primaryScreen();
+    const ToolbarPlacement placement = placeToolbar(
+        screen.geometry, bar.size(), video ? m_captureArea.rectOn(screen) : QRect(), m_excludedBySystem);
+    bar.move(placement.topLeft);
+    bar.setTopEdgeOnly(placement.topEdgeOnly);
+    bar.show();
+}
+
+void SCMainWindow::hideOverlays()
+{
+    if (m_toolbar != nullptr) {
+        m_toolbar->setRecording(false);
+        m_toolbar->setPaused(false);
+        m_toolbar->hide();
+    }
+    m_region->hideFrame();
+}
+
+void SCMainWindow::showElapsed(const QString& text)
+{
+    toolbar().setTimeText(text);
+    m_region->setTimeText(text);
+}
+
+void SCMainWindow::minimiseWindow()
+{
+    showMinimized();
+}
+
+void SCMainWindow::restoreWindow()
+{
+    if (m_closeRequested)
+        return;
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void SCMainWindow::countDown(int from)
+{
+    // What was still being picked would lie over the picture.
+    m_region->cancelSelection();
+    m_windowPicker->hide();
+    m_countdown = new SCCountdownWidget(nullptr);
+    const QPoint centre = captureCentre(m_captureArea.rectOn(primaryScreen()));
+    m_countdown->move(centre - QPoint(m_countdown->width() / 2, m_countdown->height() / 2));
+    connect(m_countdown, &SCCountdownWidget::closed, &m_session, &RecordingSession::cancelCountdown);
+    m_countdown->start(from);
+    m_countdown->exec();
+    // Still counting: the program is about to quit, which is no reason to begin a recording.
+    if (m_countdown->isCounting())
+        m_session.cancelCountdown();
+    m_countdown->deleteLater();
+    m_countdown.clear();
+}
+
+void SCMainWindow::cancelCountdown()
+{
+    m_countdown->cancel();
+    m_countdown->hide();
+}
+
+bool SCMainWindow::prepareCapture()
+{
+    m_obs->setSceneRendered(true);
+    // Screens come and go between recordings.
+    m_obs->refreshCaptureTargets(false);
+    // An area that is applied anew takes its target along.
+    const bool applied = areaFollowsScreen();
+    if (!resetRecordingArea())
+        return false;
+    if (!applied)
+        setCaptureTarget(m_captureArea.margins(primaryScreen()));
+    return m_targetFound;
+}
+
+RecordingChoices SCMainWindow::choices() const
+{
+    RecordingChoices choices;
+    choices.fileName = m_ui->fileNameEdit->text();
+    choices.folder = m_ui->saveLocationEdit->text();
+    choices.formatIndex = m_ui->formatBox->currentIndex();
+    choices.areaSize = m_captureArea.rectOn(primaryScreen()).size();
+    choices.widthPx = m_ui->widthEdit->text().toInt();
+    choices.heightPx = m_ui->heightEdit->text().toInt();
+    choices.showCursor = m_settings->value(settingskeys::kMouseShowCursor).toBool();
+    choices.pointerEffects = m_settings->value(settingskeys::kMouseSwitch).toBool();
+    return choices;
+}
+
+void SCMainWindow::setExcludedFromCapture(bool excluded)
+{
+    // Where the system cannot, the window stays out of the picture because it is minimised, and the bar because of
+    // where it stands.
+    m_excludedBySystem = platform::setExcludedFromCapture(*this, excluded);
+    platform::setExcludedFromCapture(toolbar(), excluded);
+}
+
+void SCMainWindow::setClockRunning(bool running)
+{
+    m_recordingClock->setRunning(running);
+}
+
+void SCMainWindow::setClockPaused(bool paused)
+{
+    m_recordingClock->setPaused(paused);
+}
+
+QDateTime SCMainWindow::now() const
+{
+    return QDateTime::currentDateTime();
+}

@@ -1,0 +1,251 @@
+// Takes a picture of every window, page and overlay of the program, for the eyes of who builds it and for the documents.
+// Wants a private desktop, on whose screen it shows them.
+
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "engine/volumecontrol.h"
+#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/scmainwindow.h"
+#include "overlays/areaselector.h"
+#include "overlays/drawwindow.h"
+#include "overlays/scswitchwidget.h"
+#include "overlays/windowhighlighter.h"
+#include "tests/support/testprofile.h"
+#include "widgets/messagebox.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QMenu>
+#include <QPainter>
+#include <QPushButton>
+#include <QScreen>
+#include <QSettings>
+#include <QTest>
+#include <QTimer>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+/// How much of the desktop around a window is in its picture, in logical pixels.
+constexpr int kMarginPx = 16;
+/// Long enough for a window manager, a compositor and an animation.
+constexpr int kSettleMs = 500;
+
+/// What the windows stand before: something with edges and colours.
+class Desktop : public QWidget
+{
+public:
+    Desktop()
+    {
+        setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint);
+        setGeometry(QGuiApplication::primaryScreen()->geometry());
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QPainter painter(this);
+        QLinearGradient sky(0, 0, 0, height());
+        sky.setColorAt(0, QColor(0x3a, 0x5a, 0x7c));
+        sky.setColorAt(1, QColor(0xd8, 0xb8, 0x98));
+        painter.fillRect(rect(), sky);
+    }
+};
+
+class Pictures
+{
+public:
+    explicit Pictures(const QDir& folder) : m_folder(folder) {}
+
+    void take(const char* name, const QRect& area)
+    {
+        QTest::qWait(kSettleMs);
+        const QScreen* const screen = QGuiApplication::primaryScreen();
+        const QRect place = area.adjusted(-kMarginPx, -kMarginPx, kMarginPx, kMarginPx) & screen->geometry();
+        const QPixmap picture =
+            QGuiApplication::primaryScreen()->grabWindow(0, place.x(), place.y(), place.width(), place.height());
+        const QString path = m_folder.filePath(
+            QStringLiteral("%1-%2.png").arg(QLatin1String(name)).arg(screen->devicePixelRatio()));
+        if (picture.isNull() || !picture.save(path)) {
+            std::fprintf(stderr, "Cannot write %s\n", qPrintable(path));
+            m_failed = true;
+            return;
+        }
+        std::printf("%s\n", qPrintable(path));
+    }
+
+    void take(const char* name, const QWidget& window) { take(name, window.frameGeometry()); }
+
+    bool failed() const { return m_failed; }
+
+private:
+    QDir m_folder;
+    bool m_failed = false;
+};
+
+template <typename Widget>
+Widget& child(QWidget& window, const char* name)
+{
+    return *window.findChild<Widget*>(QLatin1String(name));
+}
+
+void showLevels(VolumeControl& meter, float levelDb)
+{
+    std::array<float, VolumeControl::kMaxChannels> levels{};
+    levels.fill(levelDb);
+    meter.setFillFromMinimum(true);
+    meter.setActive(true);
+    meter.setLevels(levels.data(), levels.data(), levels.data());
+}
+
+void takeMenu(Pictures& pictures, SCMainWindow& window)
+{
+    child<QPushButton>(window, "menuBtn").click();
+    QMenu* menu = nullptr;
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        if (widget->objectName() == QLatin1String("mainMenu"))
+            menu = qobject_cast<QMenu*>(widget);
+    }
+    if (menu == nullptr)
+        return;
+    QAction* const languages = menu->actions().at(1);
+    menu->setActiveAction(languages);
+    QTest::keyClick(menu, Qt::Key_Right);
+    QTest::qWait(kSettleMs);
+    pictures.take("menu", menu->geometry() | languages->menu()->geometry() | window.geometry());
+    menu->close();
+}
+
+void takeMainWindow(Pictures& pictures)
+{
+    SCMainWindow window;
+    window.move(60, 50);
+    window.show();
+    QTest::qWait(kSettleMs);
+    for (const char* name : {"screenSwitch", "speakerSwitch"})
+        child<SCSwitchWidget>(window, name).setChecked(true);
+    showLevels(child<VolumeControl>(window, "speakerMeter"), -12.0F);
+    pictures.take("recording", window);
+    child<QPushButton>(window, "screenshotTab").click();
+    pictures.take("screenshot", window);
+    child<QPushButton>(window, "filesTab").click();
+    pictures.take("files", window);
+    child<QPushButton>(window, "recordingTab").click();
+    child<QComboBox>(window, "formatBox").showPopup();
+    pictures.take("formats", window.geometry() | QApplication::activePopupWidget()->geometry());
+    QApplication::activePopupWidget()->close();
+    child<SCSwitchWidget>(window, "micSwitch").setFocus();
+    pictures.take("focus", window);
+    takeMenu(pictures, window);
+}
+
+void takeMessageBox(Pictures& pictures)
+{
+    QTimer::singleShot(kSettleMs, qApp, [&pictures] {
+        QWidget* const box = QApplication::activeModalWidget();
+        pictures.take("message", *box);
+        box->close();
+    });
+    messagebox::warning(nullptr, QStringLiteral("Warning"), QStringLiteral("No microphone device found!"));
+}
+
+void takeSelector(Pictures& pictures)
+{
+    AreaSelector selector;
+    selector.show();
+    QTest::mousePress(&selector, Qt::LeftButton, {}, {120, 90});
+    QTest::mouseMove(&selector, {480, 320});
+    pictures.take("selector", QRect(60, 40, 520, 340));
+    QTest::mouseRelease(&selector, Qt::LeftButton, {}, {480, 320});
+}
+
+void takeFrame(Pictures& pictures)
+{
+    DrawWindow frame;
+    frame.setGeometry(100, 100, 480, 280);
+    frame.show();
+    const QRect area = frame.geometry().adjusted(0, -40, 0, 0);
+    pictures.take("frame", area);
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        if (auto* const pen = widget->findChild<QPushButton*>(QStringLiteral("drawToggleButton")))
+            pen->click();
+    }
+    QTest::mousePress(&frame, Qt::LeftButton, {}, {60, 60});
+    for (const QPoint& place : {QPoint(120, 200), QPoint(200, 80), QPoint(300, 210), QPoint(400, 70)})
+        QTest::mouseMove(&frame, place);
+    QTest::mouseRelease(&frame, Qt::LeftButton, {}, {400, 70});
+    frame.setRecording(true);
+    frame.setTimeText(QStringLiteral("00:01:23"));
+    pictures.take("frame-drawn-on", area);
+    frame.hide();
+}
+
+void takeBar(Pictures& pictures)
+{
+    SCFullscreenToolbar bar;
+    bar.move(200, 60);
+    bar.setRecording(true);
+    bar.setTimeText(QStringLiteral("00:01:23"));
+    bar.show();
+    pictures.take("bar", bar);
+    bar.setPaused(true);
+    pictures.take("bar-paused", bar);
+    bar.setPaused(false);
+    bar.setAudioOnly(true);
+    bar.setPausable(false);
+    pictures.take("bar-sound-only", bar);
+}
+
+void takeHighlighter(Pictures& pictures)
+{
+    QWidget window;
+    window.setGeometry(120, 100, 400, 240);
+    window.show();
+    QTest::qWait(kSettleMs);
+    WindowHighlighter highlighter;
+    highlighter.show();
+    QCursor::setPos(140, 120);
+    QTest::qWait(kSettleMs);
+    QCursor::setPos(320, 220);
+    pictures.take("highlighter", window);
+}
+
+void takeCountdown(Pictures& pictures)
+{
+    SCCountdownWidget countdown(nullptr);
+    countdown.move(200, 80);
+    countdown.start(3);
+    pictures.take("countdown", countdown);
+    countdown.cancel();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    if (argc != 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
+        std::fprintf(stderr, "Usage: kestrano_pictures FOLDER\n");
+        return EXIT_FAILURE;
+    }
+    openSettings()->setValue(settingskeys::kFirstRun, false);
+    Pictures pictures{QDir(QString::fromLocal8Bit(argv[1]))};
+    Desktop desktop;
+    desktop.show();
+    takeMainWindow(pictures);
+    takeMessageBox(pictures);
+    takeSelector(pictures);
+    takeFrame(pictures);
+    takeBar(pictures);
+    takeHighlighter(pictures);
+    takeCountdown(pictures);
+    return pictures.failed() ? EXIT_FAILURE : EXIT_SUCCESS;
+}
