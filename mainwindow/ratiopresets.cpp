@@ -29,8 +29,8 @@ QStringList ratiopresets::names()
 
 std::optional<QSize> ratiopresets::physicalSize(const QString& name)
 {
-    const auto* const found = std::find_if(kPresets.begin(), kPresets.end(),
-                                           [&name](const Preset& preset) { return name == QLatin1String(preset.name); });
+    const auto* const found = std::find_if(
+        kPresets.begin(), kPresets.end(), [&name](const Preset& preset) { return name == QLatin1String(preset.name); });
     return found == kPresets.end() ? std::nullopt : std::optional(found->size);
 }
 

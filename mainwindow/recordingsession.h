@@ -54,8 +54,8 @@ public:
     void setPatience(const Patience& patience) { m_patience = patience; }
 
 public slots:
-    /// The record button and the hotkey: starts, cancels a running countdown, or stops, also while paused. Ignored while
-    /// the capture is being prepared, the recording is being stopped or has just ended.
+    /// The record button and the hotkey: starts, cancels a running countdown, or stops, also while paused. Ignored
+    /// while the capture is being prepared, the recording is being stopped or has just ended.
     void toggle();
 
     /// Starts a recording; returns after the countdown and the start. Ignored unless idle.

@@ -35,8 +35,9 @@
 #include <QStyledItemDelegate>
 #include <QUrl>
 
-#include <stdexcept>
 #include <utility>
+
+#include <stdexcept>
 
 namespace {
 
@@ -152,8 +153,8 @@ void SCMainWindow::setUpSources()
     const SourceRows rows{*m_ui->speakerSwitch, *m_ui->speakerMeter, *m_ui->micSwitch,
                           *m_ui->micMeter,      *m_ui->mouseSwitch,  *m_ui->webcamSwitch};
     m_switches = new SourceSwitches(rows, m_sources, *m_settings, this);
-    new FocusRing(this, {m_ui->screenSwitch, m_ui->mouseSwitch, m_ui->webcamSwitch, m_ui->speakerSwitch,
-                         m_ui->micSwitch});
+    new FocusRing(this,
+                  {m_ui->screenSwitch, m_ui->mouseSwitch, m_ui->webcamSwitch, m_ui->speakerSwitch, m_ui->micSwitch});
 }
 
 void SCMainWindow::applyStoredSettings()

@@ -271,7 +271,7 @@ void SCMainWindow::onFrameClosed()
 
 void SCMainWindow::onSizeLockToggled(bool locked)
 {
-    m_ui->lockButton->setIcon(
-        QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(locked ? QStringLiteral("lock-white") : QStringLiteral("unlock"))));
+    m_ui->lockButton->setIcon(QIcon(QStringLiteral(":/res/forms/images/%1.svg")
+                                        .arg(locked ? QStringLiteral("lock-white") : QStringLiteral("unlock"))));
     m_region->setLockRatio(locked);
 }

@@ -123,8 +123,8 @@ void SCMainWindow::showOverlays()
     bar.setPausable(m_recorder.canPauseRecording());
     bar.setAudioOnly(!video);
     const CaptureScreen screen = primaryScreen();
-    const ToolbarPlacement placement = placeToolbar(
-        screen.geometry, bar.size(), video ? m_captureArea.rectOn(screen) : QRect(), m_excludedBySystem);
+    const ToolbarPlacement placement =
+        placeToolbar(screen.geometry, bar.size(), video ? m_captureArea.rectOn(screen) : QRect(), m_excludedBySystem);
     bar.move(placement.topLeft);
     bar.setTopEdgeOnly(placement.topEdgeOnly);
     bar.show();

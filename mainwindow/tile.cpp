@@ -91,6 +91,5 @@ void Tile::showIcon()
 {
     const bool light = m_selected || (underMouse() && isEnabled());
     const QIcon icon(QStringLiteral(":/res/forms/images/%1%2.svg").arg(m_iconName, light ? "-white" : ""));
-    m_icon->setPixmap(
-        icon.pixmap(kIconSize, devicePixelRatioF(), isEnabled() ? QIcon::Normal : QIcon::Disabled));
+    m_icon->setPixmap(icon.pixmap(kIconSize, devicePixelRatioF(), isEnabled() ? QIcon::Normal : QIcon::Disabled));
 }

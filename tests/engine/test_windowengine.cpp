@@ -22,7 +22,6 @@
 #include <QTest>
 
 #include <array>
-
 #include <dlfcn.h>
 
 using standins::behaviour;

@@ -1,5 +1,5 @@
-// Takes a picture of every window, page and overlay of the program, for the eyes of who builds it and for the documents.
-// Wants a private desktop, on whose screen it shows them.
+// Takes a picture of every window, page and overlay of the program, for the eyes of who builds it and for the
+// documents. Wants a private desktop, on whose screen it shows them.
 
 #include "app/appidentity.h"
 #include "app/settings.h"
@@ -69,8 +69,8 @@ public:
         const QRect place = area.adjusted(-kMarginPx, -kMarginPx, kMarginPx, kMarginPx) & screen->geometry();
         const QPixmap picture =
             QGuiApplication::primaryScreen()->grabWindow(0, place.x(), place.y(), place.width(), place.height());
-        const QString path = m_folder.filePath(
-            QStringLiteral("%1-%2.png").arg(QLatin1String(name)).arg(screen->devicePixelRatio()));
+        const QString path =
+            m_folder.filePath(QStringLiteral("%1-%2.png").arg(QLatin1String(name)).arg(screen->devicePixelRatio()));
         if (picture.isNull() || !picture.save(path)) {
             std::fprintf(stderr, "Cannot write %s\n", qPrintable(path));
             m_failed = true;

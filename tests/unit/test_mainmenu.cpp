@@ -27,11 +27,9 @@ private slots:
     void entriesStandInTheirOrder()
     {
         const QMenu& menu = popUp();
-        QCOMPARE(texts(menu),
-                 (QStringList{"Settings", "Language", "-", "Check for Updates", "Help", "About"}));
-        QCOMPARE(texts(*submenu(menu, 1)),
-                 (QStringList{"English", "Deutsch", "Français", "Español", "Português", "Italiano", "简体中文",
-                              "繁體中文", "日本語"}));
+        QCOMPARE(texts(menu), (QStringList{"Settings", "Language", "-", "Check for Updates", "Help", "About"}));
+        QCOMPARE(texts(*submenu(menu, 1)), (QStringList{"English", "Deutsch", "Français", "Español", "Português",
+                                                        "Italiano", "简体中文", "繁體中文", "日本語"}));
         QCOMPARE(texts(*submenu(menu, 4)), (QStringList{"Guide", "FAQ", "Open Log Folder"}));
     }
 
@@ -73,8 +71,7 @@ private slots:
             menu.actions().at(position)->trigger();
         for (QAction* const entry : submenu(menu, 4)->actions())
             entry->trigger();
-        QCOMPARE(chosen,
-                 (QStringList{"Settings", "Check for Updates", "About", "Guide", "FAQ", "Open Log Folder"}));
+        QCOMPARE(chosen, (QStringList{"Settings", "Check for Updates", "About", "Guide", "FAQ", "Open Log Folder"}));
     }
 
     void entryThatNobodyAnswersIsDisabled()
@@ -97,7 +94,8 @@ private slots:
         const QMenu& menu = popUp();
         QVERIFY(menu.styleSheet().startsWith(QLatin1String("QMenu { background-color: #252526; border: 1px solid ")));
         // Runs of 25 blanks part the rules.
-        QCOMPARE(menu.styleSheet().count(QLatin1Char('}') + QString(25, QLatin1Char(' ')) + QLatin1String("QMenu::")), 4);
+        QCOMPARE(menu.styleSheet().count(QLatin1Char('}') + QString(25, QLatin1Char(' ')) + QLatin1String("QMenu::")),
+                 4);
         QCOMPARE(submenu(menu, 1)->styleSheet(), menu.styleSheet());
         QCOMPARE(submenu(menu, 4)->styleSheet(), menu.styleSheet());
     }

@@ -19,7 +19,8 @@ private slots:
 
     void otherTextsAreNoPreset()
     {
-        for (const QString& text : {QString(), QStringLiteral("Custom"), QStringLiteral("16 : 9"), QStringLiteral("2:1")})
+        for (const QString& text :
+             {QString(), QStringLiteral("Custom"), QStringLiteral("16 : 9"), QStringLiteral("2:1")})
             QVERIFY(!ratiopresets::physicalSize(text));
     }
 
@@ -46,8 +47,8 @@ private slots:
                                       << QRect(1700, 160, 1080, 1080);
         // 608 / 1.25 = 486.4
         QTest::newRow("truncated") << QRect(0, 0, 1536, 960) << 1.25 << QSize(608, 1080) << QRect(525, 48, 486, 864);
-        QTest::newRow("larger than the screen") << QRect(0, 0, 1280, 720) << 1.0 << QSize(1920, 1080)
-                                                << QRect(-320, -180, 1920, 1080);
+        QTest::newRow("larger than the screen")
+            << QRect(0, 0, 1280, 720) << 1.0 << QSize(1920, 1080) << QRect(-320, -180, 1920, 1080);
     }
 
     void areaStandsInTheMiddleOfThePrimaryScreen()

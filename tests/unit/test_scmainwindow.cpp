@@ -1,9 +1,9 @@
 #include "app/appidentity.h"
 #include "app/sclogger.h"
+#include "app/sctranslator.h"
 #include "app/settings.h"
 #include "app/settingstables.h"
 #include "app/webaddresses.h"
-#include "app/sctranslator.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/tile.h"
 #include "overlays/areaselector.h"
@@ -333,11 +333,11 @@ private slots:
     {
         SCMainWindow window;
         window.show();
-        const QStringList order{"recordButton",  "recordingTab", "screenshotTab", "filesTab",     "menuBtn",
-                                "minimizeBtn",   "closeBtn",     "fullScreenTile", "regionTile",  "windowTile",
-                                "ratioBox",      "lockButton",   "widthEdit",     "heightEdit",   "screenSwitch",
-                                "mouseSwitch",   "webcamSwitch", "speakerSwitch", "micSwitch",    "fileNameEdit",
-                                "formatBox",     "saveLocationEdit", "changeLocationButton"};
+        const QStringList order{"recordButton", "recordingTab",     "screenshotTab",       "filesTab",   "menuBtn",
+                                "minimizeBtn",  "closeBtn",         "fullScreenTile",      "regionTile", "windowTile",
+                                "ratioBox",     "lockButton",       "widthEdit",           "heightEdit", "screenSwitch",
+                                "mouseSwitch",  "webcamSwitch",     "speakerSwitch",       "micSwitch",  "fileNameEdit",
+                                "formatBox",    "saveLocationEdit", "changeLocationButton"};
         const QWidget* widget = child<QWidget>(window, "recordButton");
         for (const QString& name : order) {
             QCOMPARE(widget->objectName(), name);
@@ -429,8 +429,8 @@ private slots:
         window.show();
         const MessageCapture messages;
         dragRegion(window, {100, 80}, {419, 319});
-        QVERIFY(messages.texts().contains(
-            QStringLiteral("[DEBUG] Selected Area - x=100, y=80, width=320, height=240")));
+        QVERIFY(
+            messages.texts().contains(QStringLiteral("[DEBUG] Selected Area - x=100, y=80, width=320, height=240")));
         QVERIFY(messages.texts().contains(QStringLiteral("[DEBUG] position 100 80 420 320")));
     }
 
@@ -457,8 +457,9 @@ private slots:
         emit frame->windowGeometryChanged(false, {200, 100}, {599, 399});
         QCOMPARE(field(window, "widthEdit"), QStringLiteral("400"));
         QCOMPARE(field(window, "heightEdit"), QStringLiteral("300"));
-        QCOMPARE(messages.texts().filter(QStringLiteral("Window coords")),
-                 (QStringList{"[DEBUG] Window coords: (200,100) (599,399)", "[DEBUG] Window coords: (200,100) (599,399)"}));
+        QCOMPARE(
+            messages.texts().filter(QStringLiteral("Window coords")),
+            (QStringList{"[DEBUG] Window coords: (200,100) (599,399)", "[DEBUG] Window coords: (200,100) (599,399)"}));
         QVERIFY(messages.texts().contains(QStringLiteral("[DEBUG] position 200 100 600 400")));
     }
 
@@ -677,8 +678,7 @@ private slots:
                                               QUrl(QLatin1String(webaddresses::kSupportPage))}));
         Folders folders;
         chooseInMenu(window, "Help", "Open Log Folder");
-        QCOMPARE(folders.opened,
-                 QList<QUrl>{QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath())});
+        QCOMPARE(folders.opened, QList<QUrl>{QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath())});
     }
 
     void openFolderMakesTheSaveFolderWhereItIsMissing()
@@ -807,7 +807,10 @@ private:
         return nullptr;
     }
 
-    static QString field(const SCMainWindow& window, const char* name) { return child<QLineEdit>(window, name)->text(); }
+    static QString field(const SCMainWindow& window, const char* name)
+    {
+        return child<QLineEdit>(window, name)->text();
+    }
 
     static QStringList selectedTiles(const SCMainWindow& window)
     {

@@ -34,8 +34,9 @@ private slots:
     void styleSheetSeesTheSelection()
     {
         Tile tile;
-        tile.setStyleSheet(QStringLiteral("Tile { background-color: #010203; } Tile[selected=\"true\"] { "
-                                          "background-color: #aabbcc; } Tile[selected=\"true\"] QLabel { color: red; }"));
+        tile.setStyleSheet(
+            QStringLiteral("Tile { background-color: #010203; } Tile[selected=\"true\"] { "
+                           "background-color: #aabbcc; } Tile[selected=\"true\"] QLabel { color: red; }"));
         tile.resize(104, 80);
         QCOMPARE(colour(tile), QColor(0x01, 0x02, 0x03));
         tile.setSelected(true);
