@@ -10,6 +10,7 @@
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/shownwindow.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/widgetpicture.h"
 
@@ -21,6 +22,7 @@
 #include <QSettings>
 #include <QTest>
 
+#include <algorithm>
 #include <array>
 #include <dlfcn.h>
 
@@ -362,27 +364,24 @@ private slots:
     }
 
 private:
+    /// On the screen or not.
     static DrawWindow* frame()
     {
-        for (QWidget* const widget : QApplication::topLevelWidgets()) {
-            if (auto* const found = qobject_cast<DrawWindow*>(widget))
-                return found;
-        }
-        return nullptr;
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        const auto found = std::find_if(windows.begin(), windows.end(),
+                                        [](QWidget* window) { return qobject_cast<DrawWindow*>(window) != nullptr; });
+        return found == windows.end() ? nullptr : qobject_cast<DrawWindow*>(*found);
     }
 
     void chooseRegion(const QRect& region) const
     {
         QTest::keyClick(m_window->findChild<Tile*>(QStringLiteral("regionTile")), Qt::Key_Space);
-        for (QWidget* const widget : QApplication::topLevelWidgets()) {
-            auto* const selector = qobject_cast<AreaSelector*>(widget);
-            if (selector == nullptr || !selector->isVisible())
-                continue;
-            QTest::mousePress(selector, Qt::LeftButton, {}, region.topLeft());
-            QTest::mouseMove(selector, region.bottomRight());
-            QTest::mouseRelease(selector, Qt::LeftButton, {}, region.bottomRight());
-        }
-        QVERIFY(frame() != nullptr && frame()->isVisible());
+        auto* const selector = shownWindow<AreaSelector>();
+        QVERIFY(selector != nullptr);
+        QTest::mousePress(selector, Qt::LeftButton, {}, region.topLeft());
+        QTest::mouseMove(selector, region.bottomRight());
+        QTest::mouseRelease(selector, Qt::LeftButton, {}, region.bottomRight());
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
     }
 
     QPushButton* button() const { return m_window->findChild<QPushButton*>(QStringLiteral("recordButton")); }

@@ -11,6 +11,7 @@
 #include "overlays/scswitchwidget.h"
 #include "overlays/windowhighlighter.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/shownwindow.h"
 #include "tests/support/testprofile.h"
 
 #include <QAction>
@@ -39,34 +40,25 @@
 
 namespace {
 
-/// Takes the place of the file manager.
-class Folders : public QObject
+/// Takes the place of what opens addresses of one scheme: the web browser, the file manager.
+class Opener : public QObject
 {
     Q_OBJECT
 
 public:
-    Folders() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~Folders() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+    explicit Opener(const char* scheme) : m_scheme(QLatin1String(scheme))
+    {
+        QDesktopServices::setUrlHandler(m_scheme, this, "open");
+    }
+    ~Opener() override { QDesktopServices::unsetUrlHandler(m_scheme); }
 
     QList<QUrl> opened;
 
 public slots:
     void open(const QUrl& url) { opened.append(url); }
-};
 
-/// Takes the place of the web browser.
-class Browser : public QObject
-{
-    Q_OBJECT
-
-public:
-    Browser() { QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open"); }
-    ~Browser() override { QDesktopServices::unsetUrlHandler(QStringLiteral("https")); }
-
-    QList<QUrl> opened;
-
-public slots:
-    void open(const QUrl& url) { opened.append(url); }
+private:
+    QString m_scheme;
 };
 
 } // namespace
@@ -86,7 +78,7 @@ private slots:
 
     void freshProfileHasAllDefaultsAndIsNoLongerOnItsFirstRun()
     {
-        const Browser browser;
+        const Opener browser("https");
         openSettings()->clear();
         const SCMainWindow window;
         const auto settings = openSettings();
@@ -96,7 +88,7 @@ private slots:
 
     void installationPageOpensOnceOnAFreshProfile()
     {
-        const Browser browser;
+        const Opener browser("https");
         openSettings()->clear();
         for (int start = 0; start < 3; ++start)
             const SCMainWindow window;
@@ -399,13 +391,13 @@ private slots:
         QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
         QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
         QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Select region clicked")));
-        AreaSelector* const selector = shown<AreaSelector>();
+        AreaSelector* const selector = shownWindow<AreaSelector>();
         QVERIFY(selector != nullptr);
         QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::CrossCursor);
         QTest::keyClick(selector, Qt::Key_Escape);
         QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
         QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QVERIFY(shown<AreaSelector>() == nullptr);
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
     }
 
     void draggedRegionGetsItsFrameAndItsSizeInTheFields()
@@ -413,12 +405,12 @@ private slots:
         SCMainWindow window;
         window.show();
         dragRegion(window, {100, 80}, {419, 319});
-        const DrawWindow* const frame = shown<DrawWindow>();
+        const DrawWindow* const frame = shownWindow<DrawWindow>();
         QVERIFY(frame != nullptr);
         QCOMPARE(frame->geometry(), QRect(96, 76, 328, 248));
         QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
         QCOMPARE(field(window, "heightEdit"), QStringLiteral("240"));
-        QVERIFY(shown<AreaSelector>() == nullptr);
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
         QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
         QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
     }
@@ -439,7 +431,7 @@ private slots:
         SCMainWindow window;
         window.show();
         dragRegion(window, {300, 300}, {309, 309});
-        const QRect frame = shown<DrawWindow>()->geometry();
+        const QRect frame = shownWindow<DrawWindow>()->geometry();
         QCOMPARE(frame, QRect(296, 296, 200, 150));
         QCOMPARE(field(window, "widthEdit"), QStringLiteral("192"));
         QCOMPARE(field(window, "heightEdit"), QStringLiteral("142"));
@@ -450,7 +442,7 @@ private slots:
         SCMainWindow window;
         window.show();
         dragRegion(window, {100, 80}, {419, 319});
-        auto* const frame = shown<DrawWindow>();
+        auto* const frame = shownWindow<DrawWindow>();
         const MessageCapture messages;
         emit frame->windowGeometryChanged(true, {200, 100}, {599, 399});
         QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
@@ -468,15 +460,15 @@ private slots:
         SCMainWindow window;
         window.show();
         choosePreset(window, "1:1");
-        emit shown<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
+        emit shownWindow<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
         QCOMPARE(child<QComboBox>(window, "ratioBox")->currentIndex(), 0);
         choosePreset(window, "1:1");
         child<QPushButton>(window, "lockButton")->click();
-        QVERIFY(shown<DrawWindow>()->lockRatio());
-        emit shown<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
+        QVERIFY(shownWindow<DrawWindow>()->lockRatio());
+        emit shownWindow<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
         QCOMPARE(child<QComboBox>(window, "ratioBox")->currentText(), QStringLiteral("1:1"));
         child<QPushButton>(window, "lockButton")->click();
-        QVERIFY(!shown<DrawWindow>()->lockRatio());
+        QVERIFY(!shownWindow<DrawWindow>()->lockRatio());
     }
 
     void presetShowsItsFrameInTheMiddleOfTheScreen_data()
@@ -496,7 +488,7 @@ private slots:
         choosePreset(window, QTest::currentDataTag());
         QCOMPARE(field(window, "widthEdit"), QString::number(size.width()));
         QCOMPARE(field(window, "heightEdit"), QString::number(size.height()));
-        const QRect frame = shown<DrawWindow>()->geometry();
+        const QRect frame = shownWindow<DrawWindow>()->geometry();
         QCOMPARE(frame.size(), size + QSize(8, 8));
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
         QCOMPARE(frame.topLeft(), QPoint((screen.width() - frame.width()) / 2 + screen.x(),
@@ -509,7 +501,7 @@ private slots:
         SCMainWindow window;
         window.show();
         choosePreset(window, "Custom");
-        QVERIFY(shown<DrawWindow>() == nullptr);
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
         QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
     }
 
@@ -526,13 +518,13 @@ private slots:
         SCMainWindow window;
         window.show();
         dragRegion(window, {100, 80}, {419, 319});
-        auto* const frame = shown<DrawWindow>();
+        auto* const frame = shownWindow<DrawWindow>();
         if (byItsButton)
             emit frame->hideDrawWindow();
         else
             QTest::mousePress(frame, Qt::RightButton, {}, {2, 2});
         QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QVERIFY(shown<DrawWindow>() == nullptr);
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
         const QSize screen = QGuiApplication::primaryScreen()->size();
         QCOMPARE(field(window, "widthEdit"), QString::number(screen.width()));
     }
@@ -581,10 +573,10 @@ private slots:
         dragRegion(window, {100, 80}, {419, 319});
         QVERIFY(control->isChecked());
         control->setChecked(false);
-        QVERIFY(shown<DrawWindow>() == nullptr);
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
         dragRegion(window, {100, 80}, {419, 319});
         QVERIFY(control->isChecked());
-        QVERIFY(shown<DrawWindow>() != nullptr);
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
     }
 
     void pickedWindowIsReportedInLogicalPixelsAndThePickerGoes()
@@ -593,7 +585,7 @@ private slots:
         window.show();
         const QSignalSpy picked(&window, &SCMainWindow::windowPicked);
         QTest::mouseClick(child<Tile>(window, "windowTile"), Qt::LeftButton);
-        auto* const picker = shown<WindowHighlighter>();
+        auto* const picker = shownWindow<WindowHighlighter>();
         QVERIFY(picker != nullptr);
         emit picker->windowClicked({30, 40, 500, 300});
         QCOMPARE(picked.size(), 1);
@@ -669,14 +661,14 @@ private slots:
 
     void helpOpensTheMakersPagesAndTheLogFolder()
     {
-        const Browser browser;
+        const Opener browser("https");
         SCMainWindow window;
         window.show();
         chooseInMenu(window, "Help", "Guide");
         chooseInMenu(window, "Help", "FAQ");
         QCOMPARE(browser.opened, (QList<QUrl>{QUrl(QLatin1String(webaddresses::kGuidePage)),
                                               QUrl(QLatin1String(webaddresses::kSupportPage))}));
-        Folders folders;
+        const Opener folders("file");
         chooseInMenu(window, "Help", "Open Log Folder");
         QCOMPARE(folders.opened, QList<QUrl>{QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath())});
     }
@@ -687,7 +679,7 @@ private slots:
         const QString folder = place.filePath(QStringLiteral("videos"));
         openSettings()->setValue(settingskeys::kRecordingSaveLocation, folder);
         SCMainWindow window;
-        Folders folders;
+        const Opener folders("file");
         child<QPushButton>(window, "openFolderButton")->click();
         QCOMPARE(folders.opened, QList<QUrl>{QUrl::fromLocalFile(folder)});
         QVERIFY(QFileInfo(folder).isDir());
@@ -699,10 +691,10 @@ private slots:
         window.show();
         dragRegion(window, {100, 80}, {419, 319});
         QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
-        QVERIFY(shown<AreaSelector>() != nullptr);
+        QVERIFY(shownWindow<AreaSelector>() != nullptr);
         window.close();
-        QVERIFY(shown<AreaSelector>() == nullptr);
-        QVERIFY(shown<DrawWindow>() == nullptr);
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
         QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
     }
 
@@ -711,7 +703,7 @@ private slots:
         SCMainWindow window;
         window.show();
         dragRegion(window, {100, 80}, {419, 319});
-        auto* const frame = shown<DrawWindow>();
+        auto* const frame = shownWindow<DrawWindow>();
         QTimer::singleShot(200, &window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
         emit frame->startRecording();
         QCoreApplication::processEvents();
@@ -726,7 +718,7 @@ private slots:
         QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
         QTimer::singleShot(200, &window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
         child<QPushButton>(window, "recordButton")->click();
-        QVERIFY(shown<AreaSelector>() == nullptr);
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
         QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
     }
 
@@ -796,17 +788,6 @@ private:
         return window.findChild<Widget*>(QLatin1String(name));
     }
 
-    template <typename Widget>
-    static Widget* shown()
-    {
-        for (QWidget* const widget : QApplication::topLevelWidgets()) {
-            auto* const found = qobject_cast<Widget*>(widget);
-            if (found != nullptr && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
-
     static QString field(const SCMainWindow& window, const char* name)
     {
         return child<QLineEdit>(window, name)->text();
@@ -825,7 +806,7 @@ private:
     static void dragRegion(const SCMainWindow& window, const QPoint& from, const QPoint& to)
     {
         QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
-        auto* const selector = shown<AreaSelector>();
+        auto* const selector = shownWindow<AreaSelector>();
         QTest::mousePress(selector, Qt::LeftButton, {}, from);
         QTest::mouseMove(selector, to);
         QTest::mouseRelease(selector, Qt::LeftButton, {}, to);
