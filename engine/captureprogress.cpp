@@ -15,6 +15,7 @@ CaptureProgress::~CaptureProgress()
 void CaptureProgress::connect(std::size_t mixerIndex)
 {
     disconnect();
+    releaseHolds();
     m_mixerIndex = mixerIndex;
     m_markNs = kNoMark;
     m_framesSinceMark = 0;

@@ -306,7 +306,6 @@ private:
     ObsSourceHandle m_micSource;
     ObsSourceHandle m_desktopSource;
     ObsSourceHandle m_videoCapture;
-    ObsSourceHandle m_pointerEffects;
     RestingOutputs m_restingOutputs;
     ObsOutputHandle m_output;
     ObsSourceHandle m_transition;

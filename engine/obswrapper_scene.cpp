@@ -200,14 +200,13 @@ bool ObsWrapper::createScene()
 bool ObsWrapper::createCaptureSource(int captureType)
 {
     const CaptureSourceKind& kind = captureKind(captureType != kCaptureMonitor);
-    m_pointerEffects.reset();
     m_videoCapture.reset();
     m_videoCapture = onlyIfReal(ObsSourceHandle(obs_source_create(kind.sourceId, kind.sourceName, nullptr, nullptr)));
     if (!m_videoCapture)
         return false;
     obs_scene_atomic_update(m_scene.get(), addToScene, m_videoCapture.get());
     // Before the filter that crops: what comes later is applied later.
-    m_pointerEffects = pointereffects::addTo(m_videoCapture.get());
+    pointereffects::addTo(m_videoCapture.get());
     return true;
 }
 
@@ -261,12 +260,10 @@ void ObsWrapper::selectTarget(bool window, qsizetype index)
 
 void ObsWrapper::tellPointerEffects(bool window, const QString& target)
 {
-    if (!m_pointerEffects)
-        return;
     // Where a window lies on the desktop is not known here.
     const auto origin = window ? std::nullopt : std::optional(captureTargetGeometry(target).topLeft());
     const QScreen* const screen = QGuiApplication::primaryScreen();
-    pointereffects::setMonitor(m_pointerEffects.get(), origin, screen ? screen->devicePixelRatio() : 1.0);
+    pointereffects::setMonitor(m_videoCapture.get(), origin, screen ? screen->devicePixelRatio() : 1.0);
 }
 
 void ObsWrapper::updateCrop(int left, int right, int top, int bottom)

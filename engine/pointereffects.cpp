@@ -255,25 +255,28 @@ PointerEffectChoice PointerEffectChoice::from(obs_data_t* settings)
             colorIn(settings, "show_right_click", "right_click_color")};
 }
 
-ObsSourceHandle pointereffects::addTo(obs_source_t* capture)
+bool pointereffects::addTo(obs_source_t* capture)
 {
     if (!obs_source_get_display_name(kFilterId))
         registerType();
-    ObsSourceHandle filter(obs_source_create_private(kFilterId, kFilterName, nullptr));
+    const ObsSourceHandle filter(obs_source_create_private(kFilterId, kFilterName, nullptr));
     auto* const effects = filter ? static_cast<Effects*>(obs_obj_get_data(filter.get())) : nullptr;
     if (!effects)
-        return nullptr;
+        return false;
     effects->follow(capture);
     obs_source_filter_add(capture, filter.get());
-    return filter;
+    return true;
 }
 
-void pointereffects::setMonitor(obs_source_t* filter, const std::optional<QPoint>& originPx, double pixelRatio)
+void pointereffects::setMonitor(obs_source_t* capture, const std::optional<QPoint>& originPx, double pixelRatio)
 {
+    const ObsSourceHandle filter(obs_source_get_filter_by_name(capture, kFilterName));
+    if (!filter)
+        return;
     const ObsDataHandle settings(obs_data_create());
     obs_data_set_bool(settings.get(), kHasOrigin, originPx.has_value());
     obs_data_set_int(settings.get(), kOriginX, originPx.value_or(QPoint()).x());
     obs_data_set_int(settings.get(), kOriginY, originPx.value_or(QPoint()).y());
     obs_data_set_double(settings.get(), kPixelRatio, pixelRatio);
-    obs_source_update(filter, settings.get());
+    obs_source_update(filter.get(), settings.get());
 }

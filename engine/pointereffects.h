@@ -44,11 +44,12 @@ inline constexpr float kClickRadius = 12.0F;
 /// on: those of PointerEffectChoice take effect with the source's next update. Registers the filter's type when needed.
 /// User-interface thread.
 ///
-/// @return null when libobs does not make it
-ObsSourceHandle addTo(obs_source_t* capture);
+/// @return false when libobs does not make it
+bool addTo(obs_source_t* capture);
 
 /// Says where on the desktop the captured monitor begins, in physical pixels, and how many physical pixels a logical
-/// one has. Nothing is drawn while there is no origin: the pointer's place in the picture is then not known.
-void setMonitor(obs_source_t* filter, const std::optional<QPoint>& originPx, double pixelRatio);
+/// one has. Nothing is drawn while there is no origin: the pointer's place in the picture is then not known. Does
+/// nothing without the filter on the capture source.
+void setMonitor(obs_source_t* capture, const std::optional<QPoint>& originPx, double pixelRatio);
 
 } // namespace pointereffects
