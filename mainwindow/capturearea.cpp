@@ -54,9 +54,14 @@ void CaptureArea::setRect(const QRect& rect)
 
 void CaptureArea::setRegion(const QRect& region, const CaptureScreen& screen)
 {
-    setRect(region.contains(screen.geometry) ? screen.geometry : region);
-    if (!region.contains(screen.geometry))
+    setRect(region & screen.geometry);
+    if (rect() != screen.geometry)
         m_left = std::max(m_left, 1);
+}
+
+void CaptureArea::moveTo(const QPoint& topLeft)
+{
+    setRect(QRect({std::max(topLeft.x(), 1), topLeft.y()}, rect().size()));
 }
 
 QRect CaptureArea::rect() const

@@ -63,9 +63,14 @@ public:
 
     /// Stores a region that the user has framed on screen.
     ///
-    /// One that begins in the desktop's first column is stored with a left edge of 1, so that it is never taken for
-    /// unset and the whole screen recorded in its place. One that leaves nothing of the screen out is the whole screen.
+    /// What lies beyond the screen's edges is not part of it. One that begins in the desktop's first column is stored
+    /// with a left edge of 1, a column narrower than its frame, so that it is never taken for unset and the whole
+    /// screen recorded in its place. One that leaves nothing of the screen out is the whole screen.
     void setRegion(const QRect& region, const CaptureScreen& screen);
+
+    /// Moves the stored region, whose size stays as it is, for a frame that is moved while it is recorded. It may lie
+    /// beyond the screen's edges then, except for the desktop's first column.
+    void moveTo(const QPoint& topLeft);
 
     /// The stored pixels as a position and a size. All -1 corners while nothing was ever stored.
     QRect rect() const;

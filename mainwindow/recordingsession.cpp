@@ -20,6 +20,8 @@ RecordingSession::RecordingSession(RecorderPort& recorder, RecordingStage& stage
 {
     m_drainTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_drainTimer, &QTimer::timeout, this, &RecordingSession::pollDrain);
+    m_resumeTimer.setSingleShot(true);
+    connect(&m_resumeTimer, &QTimer::timeout, this, [this] { applyPause(false); });
     m_confirmTimer.setSingleShot(true);
     connect(&m_confirmTimer, &QTimer::timeout, this, &RecordingSession::giveUpWaiting);
 }
@@ -122,6 +124,18 @@ void RecordingSession::requestStop()
 
 void RecordingSession::setPaused(bool paused)
 {
+    if (paused || m_stage.isWindowMinimised()) {
+        applyPause(paused);
+    } else if (m_state == RecordingState::Paused) {
+        // Whoever restored the window during the pause does not want it in the picture.
+        m_stage.minimiseWindow();
+        m_resumeTimer.start(m_patience.windowGoneMs);
+    }
+}
+
+void RecordingSession::applyPause(bool paused)
+{
+    m_resumeTimer.stop();
     if (m_state != (paused ? RecordingState::Recording : RecordingState::Paused) || !m_recorder.isRecording())
         return;
     if (!m_recorder.pauseRecording(paused)) {
@@ -130,8 +144,6 @@ void RecordingSession::setPaused(bool paused)
     }
     SCLogger::info(paused ? QStringLiteral("Recording paused") : QStringLiteral("Recording resumed"));
     m_stage.setClockPaused(paused);
-    if (!paused)
-        m_stage.minimiseWindow();
     onRecordStatusChanged(paused ? recordstatus::kPaused : recordstatus::kStarted);
 }
 
@@ -184,7 +196,7 @@ void RecordingSession::cancelCountdown()
     m_stage.cancelCountdown();
 }
 
-void RecordingSession::finish()
+void RecordingSession::requestEnd()
 {
     cancelCountdown();
     requestStop();
@@ -236,12 +248,17 @@ void RecordingSession::logEndReason() const
 
 void RecordingSession::conclude()
 {
+    const bool wasShown = isUnderWay() || m_state == RecordingState::Stopping;
+    m_resumeTimer.stop();
     m_drainTimer.stop();
     m_confirmTimer.stop();
     setState(RecordingState::Ended);
     emit statusChanged(recordstatus::kEnded);
     m_stage.setClockRunning(false);
     m_stage.setExcludedFromCapture(false);
+    // A countdown that was cancelled leaves the region's frame where it is.
+    if (wasShown)
+        m_stage.hideOverlays();
     showElapsed(QTime(0, 0, 0));
     m_stage.restoreWindow();
     QTimer::singleShot(0, this, &RecordingSession::becomeIdle);

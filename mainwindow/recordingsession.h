@@ -45,6 +45,8 @@ public:
         int confirmMs = 60000;
         /// The longest wait for the encoder when the user's session ends: the system grants five seconds in all.
         int sessionEndDrainMs = 1000;
+        /// How long a window that is minimised may take to be gone from the screen, its compositor's effects included.
+        int windowGoneMs = 400;
     };
 
     RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent);
@@ -69,11 +71,14 @@ public slots:
     /// and, with a line in the log, where the engine cannot. The paused time is not in the file.
     void setPaused(bool paused);
 
+    /// The frame's and the floating bar's stop: takes back a start that is counted down, or stops.
+    void requestEnd();
+
     /// Takes back a start while it is counted down. Ignored otherwise.
     void cancelCountdown();
 
     /// Brings what runs to its end, for a program that is about to exit; stateChanged(Idle) says when.
-    void finish();
+    void finish() { requestEnd(); }
 
     /// The same for a user's session that ends: the file is closed when this returns, since the process may be ended at
     /// any moment from then on. The events that lead back to idle follow where there is still time for them.
@@ -100,6 +105,7 @@ signals:
 private:
     void setState(RecordingState state);
     bool isUnderWay() const;
+    void applyPause(bool paused);
     bool prepare();
     void startOutput();
     RecordingPath choosePath(const RecordingChoices& choices) const;
@@ -123,6 +129,8 @@ private:
     bool m_stopAsked = false;
     QTime m_elapsed{0, 0, 0};
 
+    /// Runs while a window that was in front of the picture goes away before a resume.
+    QTimer m_resumeTimer;
     QTimer m_drainTimer;
     QTimer m_confirmTimer;
     QElapsedTimer m_sinceStopRequest;

@@ -28,7 +28,11 @@ public:
     virtual ~RecordingStage() = default;
 
     virtual void minimiseWindow() = 0;
+    virtual bool isWindowMinimised() const = 0;
     virtual void restoreWindow() = 0;
+
+    /// Takes away what was shown for the recording: the floating bar, the region's frame.
+    virtual void hideOverlays() = 0;
 
     /// Counts down over the capture area, events running meanwhile; returns when it is over or was cancelled.
     virtual void countDown(int from) = 0;

@@ -72,6 +72,9 @@ bool RegionOverlays::eventFilter(QObject* watched, QEvent* event)
         m_selecting = false;
         emit selectionCancelled();
     }
+    // Closed by the window manager, it leaves as with Escape.
+    if (watched == m_selector.get() && event->type() == QEvent::Close)
+        cancelSelection();
     if (watched == m_frame.get() && event->type() == QEvent::Close)
         emit frameClosed();
     return false;
@@ -93,13 +96,20 @@ DrawWindow& RegionOverlays::drawWindow()
 
 QRect RegionOverlays::frame(const QRect& area)
 {
+    place(area);
     DrawWindow& window = drawWindow();
-    const int border = window.borderWidth();
-    window.setGeometry(area.adjusted(-border, -border, border, border));
     window.show();
     window.raise();
     window.activateWindow();
+    const int border = window.borderWidth();
     return window.geometry().adjusted(border, border, -border, -border);
+}
+
+void RegionOverlays::place(const QRect& area)
+{
+    DrawWindow& window = drawWindow();
+    const int border = window.borderWidth();
+    window.setGeometry(area.adjusted(-border, -border, border, border));
 }
 
 int RegionOverlays::borderWidth()

@@ -31,6 +31,9 @@ public:
     /// @return what the frame holds then: the area, or more where the frame cannot be as small
     QRect frame(const QRect& area);
 
+    /// Puts the frame around the area as it is, shown or not, in front or not.
+    void place(const QRect& area);
+
     /// The border around the framed area.
     int borderWidth();
 

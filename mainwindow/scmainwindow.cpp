@@ -200,7 +200,7 @@ void SCMainWindow::connectControls()
 {
     connect(m_ui->minimizeBtn, &QPushButton::clicked, this, &QWidget::showMinimized);
     connect(m_ui->closeBtn, &QPushButton::clicked, this, &QWidget::close);
-    connect(m_ui->recordButton, &QPushButton::clicked, &m_session, &RecordingSession::toggle);
+    connect(m_ui->recordButton, &QPushButton::clicked, this, &SCMainWindow::onRecordRequested);
     connect(m_ui->changeLocationButton, &QPushButton::clicked, this, &SCMainWindow::onChangeLocationClicked);
     connect(m_ui->changeScreenshotLocationButton, &QPushButton::clicked, this,
             &SCMainWindow::onChangeScreenshotLocationClicked);
@@ -238,8 +238,8 @@ void SCMainWindow::connectTiles()
     connect(m_region, &RegionOverlays::selectionCancelled, this, &SCMainWindow::onSelectionCancelled);
     connect(m_region, &RegionOverlays::frameChanged, this, &SCMainWindow::onFrameChanged);
     connect(m_region, &RegionOverlays::frameClosed, this, &SCMainWindow::onFrameClosed);
-    connect(m_region, &RegionOverlays::startRecording, &m_session, &RecordingSession::requestStart);
-    connect(m_region, &RegionOverlays::stopRecording, &m_session, &RecordingSession::requestStop);
+    connect(m_region, &RegionOverlays::startRecording, this, &SCMainWindow::onRecordRequested);
+    connect(m_region, &RegionOverlays::stopRecording, &m_session, &RecordingSession::requestEnd);
 }
 
 void SCMainWindow::connectSession()
@@ -259,7 +259,7 @@ void SCMainWindow::connectSession()
 void SCMainWindow::registerRecordingHotkey()
 {
     m_recordingHotkey = new platform::GlobalHotkey(this);
-    connect(m_recordingHotkey, &platform::GlobalHotkey::activated, &m_session, &RecordingSession::toggle);
+    connect(m_recordingHotkey, &platform::GlobalHotkey::activated, this, &SCMainWindow::onRecordRequested);
     connect(m_recordingHotkey, &platform::GlobalHotkey::availabilityChanged, this,
             &SCMainWindow::onHotkeyAvailabilityChanged);
     const QString stored = m_settings->value(settingskeys::kRecordingHotkey).toString();

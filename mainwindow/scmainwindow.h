@@ -109,6 +109,10 @@ private:
     bool resetRecordingArea();
     void setCaptureTarget(const CaptureMargins& margins);
     void captureWholeScreen();
+    void chooseFullScreen();
+    void bringAreaUpToDate();
+    bool fieldsTellTheSize(const CaptureScreen& screen) const;
+    QRect frameRegion(const QRect& area);
     void setMode(CaptureMode mode);
     void showMode();
     void setScreenOn(bool on);
@@ -129,8 +133,10 @@ private:
     void onStateChanged(RecordingState state);
     void showRecordStatus(int status);
     void showRecordButton(int status);
+    void onRecordRequested();
+    bool recordsPicture() const;
     void showOverlays();
-    void hideOverlays();
+    void placeBar();
     void showElapsed(const QString& text);
     void onBarToggled(bool record);
     SCFullscreenToolbar& toolbar();
@@ -138,7 +144,9 @@ private:
     void minimiseWhileRecording();
 
     void minimiseWindow() override;
+    bool isWindowMinimised() const override;
     void restoreWindow() override;
+    void hideOverlays() override;
     void countDown(int from) override;
     void cancelCountdown() override;
     bool prepareCapture() override;
@@ -174,6 +182,14 @@ private:
     /// Whether the system keeps the program's windows out of the picture wherever they are.
     bool m_excludedBySystem = false;
     int m_shownStatus;
+    /// What a selection of a region that is given up goes back to.
+    struct Chosen
+    {
+        bool screenOn = true;
+        int format = 0;
+        CaptureMode mode = CaptureMode::FullScreen;
+    };
+    Chosen m_beforeSelection;
     /// Whether the picture is recorded, as the screen switch says once it has been restored.
     bool m_screenOn = true;
     /// A recording runs and is not paused.

@@ -20,6 +20,10 @@
 #include <QSettings>
 #include <QSignalBlocker>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
 void SCMainWindow::initializeCapture()
 {
     if (QGuiApplication::primaryScreen() == nullptr) {
@@ -112,6 +116,33 @@ bool SCMainWindow::resetRecordingArea()
     return true;
 }
 
+/// What a recording is about to be made of. The primary screen may have become another one, or smaller, since the area
+/// was chosen, and a preset may be larger than the screen: then the fields do not tell the picture's size yet.
+void SCMainWindow::bringAreaUpToDate()
+{
+    const CaptureScreen screen = primaryScreen();
+    const bool region = m_captureArea.mode() == CaptureMode::Region && !m_captureArea.isUnset();
+    if (region && !screen.geometry.intersects(m_captureArea.rect())) {
+        SCLogger::warning(
+            QStringLiteral("The chosen region is not on the primary screen any more; all of it is recorded"));
+        chooseFullScreen();
+    } else if (region && !screen.geometry.contains(m_captureArea.rect())) {
+        m_captureArea.setRegion(m_captureArea.rect(), screen);
+        m_region->place(m_captureArea.rect());
+        applyCaptureArea();
+    } else if (region && !fieldsTellTheSize(screen)) {
+        applyCaptureArea();
+    }
+}
+
+bool SCMainWindow::fieldsTellTheSize(const CaptureScreen& screen) const
+{
+    const QSize size = m_captureArea.physicalSize(screen);
+    const int roundingPx = static_cast<int>(std::ceil(screen.devicePixelRatio));
+    return std::abs(m_ui->widthEdit->text().toInt() - size.width()) <= roundingPx &&
+           std::abs(m_ui->heightEdit->text().toInt() - size.height()) <= roundingPx;
+}
+
 void SCMainWindow::setCaptureTarget(const CaptureMargins& margins)
 {
     const QStringList& names = m_obs->captureTargetNames();
@@ -170,16 +201,18 @@ void SCMainWindow::setFormat(int index)
 void SCMainWindow::onScreenSwitched(bool on)
 {
     setScreenOn(on);
-    if (on)
-        captureWholeScreen();
-    else
-        m_region->hideFrame();
+    captureWholeScreen();
     setMode(CaptureMode::FullScreen);
 }
 
 void SCMainWindow::onFullScreenChosen()
 {
     SCLogger::info(QStringLiteral("Select screen clicked"));
+    chooseFullScreen();
+}
+
+void SCMainWindow::chooseFullScreen()
+{
     setScreenOn(true);
     captureWholeScreen();
     setMode(CaptureMode::FullScreen);
@@ -188,6 +221,7 @@ void SCMainWindow::onFullScreenChosen()
 void SCMainWindow::onRegionChosen()
 {
     SCLogger::info(QStringLiteral("Select region clicked"));
+    m_beforeSelection = {m_screenOn, m_ui->formatBox->currentIndex(), m_captureArea.mode()};
     setScreenOn(true);
     setMode(CaptureMode::Region);
     m_region->select();
@@ -227,22 +261,38 @@ void SCMainWindow::onRatioChosen(const QString& name)
         return;
     const CaptureScreen screen = primaryScreen();
     m_captureArea.setRegion(m_region->frame(ratiopresets::areaOn(screen, *size, m_region->borderWidth())), screen);
+    // The preset's own numbers, which the stored area may miss by a rounding.
     m_ui->widthEdit->setText(QString::number(size->width()));
     m_ui->heightEdit->setText(QString::number(size->height()));
 }
 
 void SCMainWindow::onRegionSelected(const QRect& area)
 {
-    // The frame says what is recorded: it may not be as small as the area.
-    m_captureArea.setRegion(m_region->frame(area), primaryScreen());
+    m_captureArea.setRegion(frameRegion(area), primaryScreen());
     applyCaptureArea();
     m_ui->ratioBox->setCurrentIndex(0);
 }
 
+/// The frame says what is recorded: it may not be as small as the area, and is then kept on the screen.
+QRect SCMainWindow::frameRegion(const QRect& area)
+{
+    const QRect framed = m_region->frame(area);
+    const QRect screen = primaryScreen().geometry;
+    if (framed.size() == area.size() || screen.contains(framed))
+        return framed;
+    QRect kept = framed;
+    kept.moveRight(std::min(kept.right(), screen.right()));
+    kept.moveBottom(std::min(kept.bottom(), screen.bottom()));
+    m_region->place(kept);
+    return kept;
+}
+
 void SCMainWindow::onSelectionCancelled()
 {
-    if (!m_region->isFrameShown())
-        onFullScreenChosen();
+    setScreenOn(m_beforeSelection.screenOn);
+    if (m_ui->formatBox->currentIndex() != m_beforeSelection.format)
+        setFormat(m_beforeSelection.format);
+    setMode(m_beforeSelection.mode);
 }
 
 void SCMainWindow::onFrameChanged(bool isMoving, const QPoint& firstPixel, const QPoint& lastPixel)
@@ -252,7 +302,18 @@ void SCMainWindow::onFrameChanged(bool isMoving, const QPoint& firstPixel, const
                         .arg(firstPixel.y())
                         .arg(lastPixel.x())
                         .arg(lastPixel.y()));
-    m_captureArea.setRegion(QRect(firstPixel, lastPixel), primaryScreen());
+    const QRect framed(firstPixel, lastPixel);
+    if (m_session.state() == RecordingState::Idle) {
+        m_captureArea.setRegion(framed, primaryScreen());
+    } else if (framed.size() != m_captureArea.rect().size() && !isMoving) {
+        // The picture's size is settled: the frame goes back to it.
+        m_region->place(m_captureArea.rect());
+        return;
+    } else {
+        m_captureArea.moveTo(framed.topLeft());
+        // First, or it would be in the picture for a moment.
+        placeBar();
+    }
     // A recording follows the frame while it moves; otherwise only where it comes to rest counts.
     if (isMoving == m_recordingActive)
         applyCaptureArea();
@@ -262,11 +323,13 @@ void SCMainWindow::onFrameChanged(bool isMoving, const QPoint& firstPixel, const
 
 void SCMainWindow::onFrameClosed()
 {
-    // A region without its frame would be recorded unseen.
-    if (m_session.state() == RecordingState::Idle)
-        onFullScreenChosen();
-    else
-        m_frameGivenUp = true;
+    // A region without its frame is not chosen any more; one that is being recorded is recorded to its end.
+    if (m_session.state() == RecordingState::Idle) {
+        chooseFullScreen();
+        return;
+    }
+    m_frameGivenUp = true;
+    m_session.cancelCountdown();
 }
 
 void SCMainWindow::onSizeLockToggled(bool locked)

@@ -17,6 +17,7 @@
 #include "platform/window_hold.h"
 #include "ui_scmainwindow.h"
 
+#include <QApplication>
 #include <QSettings>
 
 #include <array>
@@ -35,14 +36,14 @@ void SCMainWindow::onStateChanged(RecordingState state)
     // What is captured is chosen before a recording, not during one.
     for (QWidget* const part : {static_cast<QWidget*>(m_ui->fullScreenTile), static_cast<QWidget*>(m_ui->regionTile),
                                 static_cast<QWidget*>(m_ui->windowTile), static_cast<QWidget*>(m_ui->sizeCard),
-                                static_cast<QWidget*>(m_ui->screenSwitch)})
+                                static_cast<QWidget*>(m_ui->screenSwitch), static_cast<QWidget*>(m_ui->formatBox)})
         part->setEnabled(idle);
     if (!idle)
         return;
     m_obs->setSceneRendered(false);
     if (m_frameGivenUp) {
         m_frameGivenUp = false;
-        onFullScreenChosen();
+        chooseFullScreen();
     }
     if (m_closeRequested)
         close();
@@ -50,15 +51,12 @@ void SCMainWindow::onStateChanged(RecordingState state)
 
 void SCMainWindow::showRecordStatus(int status)
 {
-    const bool wasRecording = m_shownStatus != recordstatus::kEnded;
     setRecordingActive(status == recordstatus::kStarted);
     showRecordButton(status);
     if (status == recordstatus::kStarted)
         showOverlays();
     else if (status == recordstatus::kPaused)
         toolbar().setPaused(true);
-    else if (wasRecording)
-        hideOverlays();
     // A start that came to nothing was the frame's own, perhaps.
     m_region->setRecording(status != recordstatus::kEnded);
 }
@@ -106,27 +104,51 @@ SCFullscreenToolbar& SCMainWindow::toolbar()
 void SCMainWindow::onBarToggled(bool record)
 {
     if (record)
-        m_session.requestStart();
+        onRecordRequested();
     else
-        m_session.requestStop();
+        m_session.requestEnd();
+}
+
+/// The button's, the hotkey's and the frame's wish.
+void SCMainWindow::onRecordRequested()
+{
+    // It would be recorded, and whatever it decides would change the recording under way.
+    if (m_session.state() == RecordingState::Idle && QApplication::activeModalWidget() != nullptr) {
+        SCLogger::info(QStringLiteral("Recording request ignored: a dialog is open"));
+        m_region->setRecording(false);
+        return;
+    }
+    m_session.toggle();
+}
+
+bool SCMainWindow::recordsPicture() const
+{
+    return hasVideo(recordingFormatFromIndex(m_ui->formatBox->currentIndex()));
+}
+
+/// Where it is not in the picture, as far as there is such a place.
+void SCMainWindow::placeBar()
+{
+    if (m_toolbar == nullptr)
+        return;
+    const CaptureScreen screen = primaryScreen();
+    const QRect recorded = recordsPicture() ? m_captureArea.rectOn(screen) : QRect();
+    const ToolbarPlacement placement = placeToolbar(screen.geometry, m_toolbar->size(), recorded, m_excludedBySystem);
+    m_toolbar->move(placement.topLeft);
+    m_toolbar->setTopEdgeOnly(placement.topEdgeOnly);
 }
 
 void SCMainWindow::showOverlays()
 {
-    const bool video = hasVideo(recordingFormatFromIndex(m_ui->formatBox->currentIndex()));
-    const bool region = m_captureArea.mode() == CaptureMode::Region && m_screenOn;
-    if (region && !m_region->isFrameShown())
+    const bool region = m_captureArea.mode() == CaptureMode::Region && m_screenOn && !m_captureArea.isUnset();
+    if (region && !m_frameGivenUp && !m_region->isFrameShown())
         m_region->showFrame();
     SCFullscreenToolbar& bar = toolbar();
     bar.setRecording(true);
     bar.setPaused(false);
     bar.setPausable(m_recorder.canPauseRecording());
-    bar.setAudioOnly(!video);
-    const CaptureScreen screen = primaryScreen();
-    const ToolbarPlacement placement =
-        placeToolbar(screen.geometry, bar.size(), video ? m_captureArea.rectOn(screen) : QRect(), m_excludedBySystem);
-    bar.move(placement.topLeft);
-    bar.setTopEdgeOnly(placement.topEdgeOnly);
+    bar.setAudioOnly(!recordsPicture());
+    placeBar();
     bar.show();
 }
 
@@ -151,6 +173,11 @@ void SCMainWindow::minimiseWindow()
     showMinimized();
 }
 
+bool SCMainWindow::isWindowMinimised() const
+{
+    return isMinimized() || !isVisible();
+}
+
 void SCMainWindow::restoreWindow()
 {
     if (m_closeRequested)
@@ -166,6 +193,7 @@ void SCMainWindow::countDown(int from)
     // What was still being picked would lie over the picture.
     m_region->cancelSelection();
     m_windowPicker->hide();
+    bringAreaUpToDate();
     m_countdown = new SCCountdownWidget(nullptr);
     const QPoint centre = captureCentre(m_captureArea.rectOn(primaryScreen()));
     m_countdown->move(centre - QPoint(m_countdown->width() / 2, m_countdown->height() / 2));
@@ -187,7 +215,8 @@ void SCMainWindow::cancelCountdown()
 
 bool SCMainWindow::prepareCapture()
 {
-    m_obs->setSceneRendered(true);
+    const bool picture = recordsPicture();
+    m_obs->setSceneRendered(picture);
     // Screens come and go between recordings.
     m_obs->refreshCaptureTargets(false);
     // An area that is applied anew takes its target along.
@@ -196,7 +225,8 @@ bool SCMainWindow::prepareCapture()
         return false;
     if (!applied)
         setCaptureTarget(m_captureArea.margins(primaryScreen()));
-    return m_targetFound;
+    // Sound needs no screen.
+    return m_targetFound || !picture;
 }
 
 RecordingChoices SCMainWindow::choices() const

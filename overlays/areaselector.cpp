@@ -29,8 +29,11 @@ AreaSelector::AreaSelector(QWidget* parent) : QWidget(parent)
 {
     setAttribute(Qt::WA_TranslucentBackground);
     setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-    setGeometry(QGuiApplication::primaryScreen()->geometry());
+    if (const QScreen* const primary = QGuiApplication::primaryScreen())
+        setGeometry(primary->geometry());
     setCursor(Qt::CrossCursor);
+    // A drag that Escape broke off goes on without a button.
+    setMouseTracking(true);
 }
 
 AreaSelector::~AreaSelector() = default;
@@ -89,7 +92,8 @@ void AreaSelector::keyPressEvent(QKeyEvent* event)
 /// Comes before the window is on the screen.
 void AreaSelector::showEvent(QShowEvent* event)
 {
-    m_backdrop = platform::isCompositing() ? QPixmap() : picture(*screen(), *this);
+    QScreen* const shownOn = screen();
+    m_backdrop = shownOn == nullptr || platform::isCompositing() ? QPixmap() : picture(*shownOn, *this);
     QWidget::showEvent(event);
 }
 

@@ -2,6 +2,7 @@
 #include "app/settings.h"
 #include "engine/obswrapper.h"
 #include "engine/volumecontrol.h"
+#include "mainwindow/scfullscreentoolbar.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/tile.h"
 #include "overlays/areaselector.h"
@@ -216,6 +217,75 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!m_window->isMinimized(), kRoadTimeoutMs);
     }
 
+    void sizeIsSettledWhileRecording()
+    {
+        m_window->initializeCapture();
+        chooseRegion(QRect(100, 80, 400, 240));
+        startRecording();
+        emit frame()->windowGeometryChanged(false, {100, 80}, {299, 229});
+        QCOMPARE(frame()->geometry(), QRect(96, 76, 408, 248));
+        emit frame()->windowGeometryChanged(true, {160, 80}, {559, 319});
+        QTRY_COMPARE(settingOf("crop_filter", "left"), QJsonValue(200));
+        QCOMPARE(settingOf("crop_filter", "right"), QJsonValue(1280 - 200 - 500));
+        stopRecording();
+    }
+
+    void barGetsOutOfTheWayOfAMovedFrame()
+    {
+        m_window->initializeCapture();
+        chooseRegion(QRect(100, 200, 400, 240));
+        startRecording();
+        const auto* const bar = shownWindow<SCFullscreenToolbar>();
+        QVERIFY(bar != nullptr);
+        QVERIFY(!bar->geometry().intersects(QRect(100, 200, 400, 240)));
+        for (const QPoint& corner : {QPoint(312, 4), QPoint(312, 40), QPoint(600, 10)}) {
+            const QRect moved(corner, QSize(400, 240));
+            emit frame()->windowGeometryChanged(true, moved.topLeft(), moved.bottomRight());
+            QVERIFY2(!bar->geometry().intersects(moved), qPrintable(QString::number(corner.x())));
+        }
+        stopRecording();
+    }
+
+    void choicesOfAPausedRecordingCannotBeChanged()
+    {
+        m_window->initializeCapture();
+        startRecording();
+        emit m_engine->recordStatusChanged(1);
+        for (const char* name :
+             {"fullScreenTile", "regionTile", "windowTile", "ratioBox", "lockButton", "screenSwitch", "formatBox"})
+            QVERIFY2(!m_window->findChild<QWidget*>(QLatin1String(name))->isEnabled(), name);
+        emit m_engine->recordStatusChanged(0);
+        stopRecording();
+        for (const char* name : {"fullScreenTile", "ratioBox", "screenSwitch", "formatBox"})
+            QTRY_VERIFY2(m_window->findChild<QWidget*>(QLatin1String(name))->isEnabled(), name);
+    }
+
+    void presetLargerThanTheScreenRecordsWhatTheScreenHasOfIt()
+    {
+        m_window->initializeCapture();
+        auto* const box = m_window->findChild<QComboBox*>(QStringLiteral("ratioBox"));
+        box->setCurrentText(QStringLiteral("9:16"));
+        emit box->textActivated(QStringLiteral("9:16"));
+        QCOMPARE(field("heightEdit"), QStringLiteral("1080"));
+        startRecording();
+        QCOMPARE(field("heightEdit"), QStringLiteral("720"));
+        obs_video_info video{};
+        QVERIFY(obs_get_video_info(&video));
+        QCOMPARE(QSize(int(video.base_width), int(video.base_height)),
+                 QSize(field("widthEdit").toInt(), field("heightEdit").toInt()));
+        stopRecording();
+    }
+
+    void soundIsRecordedWhereTheScreenCannotBe()
+    {
+        behaviour().monitors = {{"A: 640x480 @ 1280,0", "a"}};
+        m_window->findChild<QComboBox*>(QStringLiteral("formatBox"))->setCurrentIndex(4);
+        m_window->initializeCapture();
+        startRecording();
+        QVERIFY(!m_engine->isSceneRendered());
+        stopRecording();
+    }
+
     void switchedOffScreenIsRestoredWithASoundFormat()
     {
         openSettings()->setValue(settingskeys::kScreenSwitch, false);
@@ -371,6 +441,21 @@ private:
         const auto found = std::find_if(windows.begin(), windows.end(),
                                         [](QWidget* window) { return qobject_cast<DrawWindow*>(window) != nullptr; });
         return found == windows.end() ? nullptr : qobject_cast<DrawWindow*>(*found);
+    }
+
+    void startRecording() const
+    {
+        const auto before = standins::countOf(QStringLiteral("start output"));
+        button()->click();
+        [before] {
+            QTRY_VERIFY_WITH_TIMEOUT(standins::countOf(QStringLiteral("start output")) > before, kRoadTimeoutMs);
+        }();
+    }
+
+    void stopRecording() const
+    {
+        button()->click();
+        [this] { QTRY_VERIFY_WITH_TIMEOUT(!m_window->isMinimized(), kRoadTimeoutMs); }();
     }
 
     void chooseRegion(const QRect& region) const

@@ -124,6 +124,10 @@ private slots:
         QVERIFY(!selector.isVisible());
         QVERIFY(QGuiApplication::overrideCursor() == nullptr);
         QCOMPARE(selected.size(), 0);
+        // The button comes up while the overlay is hidden.
+        QWidget elsewhere;
+        release(elsewhere, Qt::LeftButton, QPoint(5, 5));
+        QVERIFY(selector.hasMouseTracking());
         selector.show();
         QTest::mouseMove(&selector, QPoint(40, 60));
         QVERIFY(pictureOf(selector) != veil(selector.size()));

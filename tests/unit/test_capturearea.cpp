@@ -58,10 +58,33 @@ private slots:
         QCOMPARE(area.left(), 1);
         QCOMPARE(area.right(), 300);
         QCOMPARE(area.rectOn(screen), QRect(1, 20, 299, 200));
-        // A frame that hangs over the edge as well.
+    }
+
+    void whatLiesBeyondTheScreenIsNoPartOfARegion()
+    {
+        const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
+        CaptureArea area;
         area.setRegion({-50, 20, 300, 200}, screen);
-        QCOMPARE(area.left(), 1);
-        QCOMPARE(area.right(), 250);
+        QCOMPARE(area.rect(), QRect(1, 20, 249, 200));
+        area.setRegion({1180, 620, 300, 200}, screen);
+        QCOMPARE(area.rect(), QRect(1180, 620, 100, 100));
+        area.setRegion({336, -180, 608, 1080}, screen);
+        QCOMPARE(area.rect(), QRect(336, 0, 608, 720));
+        QCOMPARE(area.margins(screen), (CaptureMargins{336, 0, 336, 0, true}));
+        const CaptureScreen right{{1280, 100, 1280, 720}, 1.0};
+        area.setRegion({1000, 0, 600, 400}, right);
+        QCOMPARE(area.rect(), QRect(1280, 100, 320, 300));
+    }
+
+    void movedRegionKeepsItsSize()
+    {
+        const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
+        CaptureArea area;
+        area.setRegion({100, 80, 320, 240}, screen);
+        area.moveTo({1200, -40});
+        QCOMPARE(area.rect(), QRect(1200, -40, 320, 240));
+        area.moveTo({-30, 10});
+        QCOMPARE(area.rect(), QRect(1, 10, 320, 240));
     }
 
     void regionElsewhereIsStoredAsItIs()

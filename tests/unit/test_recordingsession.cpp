@@ -98,7 +98,13 @@ class FakeStage : public RecordingStage
 public:
     explicit FakeStage(Calls& calls) : m_calls(calls) {}
 
-    void minimiseWindow() override { m_calls << QStringLiteral("minimise"); }
+    void minimiseWindow() override
+    {
+        m_calls << QStringLiteral("minimise");
+        minimised = true;
+    }
+    bool isWindowMinimised() const override { return minimised; }
+    void hideOverlays() override { m_calls << QStringLiteral("hide overlays"); }
     void restoreWindow() override { m_calls << QStringLiteral("restore"); }
 
     void countDown(int from) override
@@ -129,6 +135,7 @@ public:
     std::function<void()> duringCountdown;
     std::function<void()> duringPreparation;
     bool preparationWorks = true;
+    bool minimised = false;
     RecordingChoices chosen;
 
 private:
@@ -139,6 +146,7 @@ const Calls kStartOrder{"minimise",  "countdown 3", "prepare", "cursor 1",
                         "effects 0", "exclude 1",   "clock 1", "setup 1920x1080 30 4 0",
                         "start"};
 const Calls kWayBack{"clock 0", "exclude 0", "restore"};
+const Calls kWayBackFromRecording{"clock 0", "exclude 0", "hide overlays", "restore"};
 
 } // namespace
 
@@ -167,7 +175,7 @@ private slots:
                            true,
                            false};
         m_session = std::make_unique<RecordingSession>(*m_recorder, *m_stage, nullptr);
-        m_session->setPatience({1, 300, 200, 50});
+        m_session->setPatience({1, 300, 200, 50, 40});
         m_recorder->onStatus = [this](int status) { m_session->onRecordStatusChanged(status); };
         m_logSize = log().size();
     }
@@ -203,7 +211,7 @@ private slots:
         QCOMPARE(m_session->state(), RecordingState::Stopping);
         m_session->onRecordStatusChanged(2);
         QCOMPARE(m_session->state(), RecordingState::Ended);
-        QCOMPARE(m_calls, (Calls{"end here", "stop 0"} + kWayBack));
+        QCOMPARE(m_calls, (Calls{"end here", "stop 0"} + kWayBackFromRecording));
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
         QCOMPARE(logged().last(), QStringLiteral("Info: Recording stopped... 0"));
     }
@@ -250,12 +258,45 @@ private slots:
         m_calls.clear();
         const QSignalSpy statuses(m_session.get(), &RecordingSession::statusChanged);
         m_session->setPaused(false);
-        QCOMPARE(m_calls, (Calls{"pause 0", "clock paused 0", "minimise"}));
+        QCOMPARE(m_calls, (Calls{"pause 0", "clock paused 0"}));
         QCOMPARE(m_session->state(), RecordingState::Recording);
         QCOMPARE(statuses.at(0).at(0).toInt(), 0);
         QSignalSpy elapsed(m_session.get(), &RecordingSession::elapsedChanged);
         m_session->onTick();
         QCOMPARE(elapsed.takeLast().at(0).toString(), QStringLiteral("00:00:02"));
+    }
+
+    void windowThatWasRestoredDuringAPauseIsGoneBeforeTheRecordingGoesOn()
+    {
+        m_session->requestStart();
+        m_session->setPaused(true);
+        m_stage->minimised = false;
+        m_calls.clear();
+        m_session->setPaused(false);
+        QCOMPARE(m_calls, Calls{"minimise"});
+        QCOMPARE(m_session->state(), RecordingState::Paused);
+        QTRY_COMPARE(m_calls, (Calls{"minimise", "pause 0", "clock paused 0"}));
+        QCOMPARE(m_session->state(), RecordingState::Recording);
+    }
+
+    void stopWhileTheWindowGoesAwayResumesNothing()
+    {
+        m_session->requestStart();
+        m_session->setPaused(true);
+        m_stage->minimised = false;
+        m_session->setPaused(false);
+        m_calls.clear();
+        m_session->requestStop();
+        QTest::qWait(100);
+        QCOMPARE(m_calls, (Calls{"end here", "stop 0"}));
+    }
+
+    void endAskedForDuringTheCountdownCancelsIt()
+    {
+        m_stage->duringCountdown = [this] { m_session->requestEnd(); };
+        m_session->requestStart();
+        QVERIFY(m_calls.contains("cancel countdown"));
+        QVERIFY(!m_recorder->recording);
     }
 
     void pauseIsIgnoredUnlessRecordingAndResumeUnlessPaused()
@@ -509,7 +550,7 @@ private slots:
         m_recorder->error = QStringLiteral("no encoder");
         m_session->requestStart();
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
-        QCOMPARE(m_calls.mid(m_calls.size() - 3), kWayBack);
+        QCOMPARE(m_calls.last(kWayBackFromRecording.size()), kWayBackFromRecording);
         QVERIFY(logged().contains(QStringLiteral("Error: The recording could not start: no encoder")));
     }
 
@@ -527,7 +568,7 @@ private slots:
         m_session->requestStart();
         m_calls.clear();
         m_recorder->endByItself(QStringLiteral("disk full"));
-        QCOMPARE(m_calls, kWayBack);
+        QCOMPARE(m_calls, kWayBackFromRecording);
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
         QCOMPARE(logged().last(), QStringLiteral("Error: The recording ended by itself: disk full"));
     }
@@ -609,7 +650,7 @@ private slots:
         m_session->requestStart();
         m_session->requestStop();
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
-        QCOMPARE(m_calls.mid(m_calls.size() - 3), kWayBack);
+        QCOMPARE(m_calls.last(kWayBackFromRecording.size()), kWayBackFromRecording);
         QVERIFY(logged().last().startsWith(QLatin1String("Error: The engine did not report the end")));
     }
 

@@ -505,6 +505,89 @@ private slots:
         QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
     }
 
+    void selectionGivenUpBringsBackWhatWasChosenBefore()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(true);
+        control->setChecked(false);
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
+        QVERIFY(!control->isChecked());
+        QCOMPARE(child<QComboBox>(window, "formatBox")->currentText(), QStringLiteral("MP3"));
+        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), false);
+        QCOMPARE(selectedTiles(window), QStringList());
+        dragRegion(window, {100, 80}, {419, 319});
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
+    }
+
+    void selectorClosedByTheSystemGivesTheCursorBack()
+    {
+        SCMainWindow window;
+        window.show();
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        shownWindow<AreaSelector>()->close();
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+    }
+
+    void regionThatGrowsAtTheScreensEdgeStaysOnTheScreen()
+    {
+        SCMainWindow window;
+        window.show();
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        const QPoint corner = screen.bottomRight() - QPoint(20, 20);
+        dragRegion(window, corner, corner + QPoint(5, 5));
+        const QRect inside = shownWindow<DrawWindow>()->geometry().adjusted(4, 4, -4, -4);
+        QCOMPARE(inside, QRect(screen.right() - 191, screen.bottom() - 141, 192, 142));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("192"));
+    }
+
+    void frameClosedDuringTheCountdownCancelsIt()
+    {
+        SCMainWindow window;
+        window.show();
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const frame = shownWindow<DrawWindow>();
+        const MessageCapture messages;
+        QTimer::singleShot(200, &window, [frame] { QTest::mousePress(frame, Qt::RightButton, {}, {2, 2}); });
+        child<QPushButton>(window, "recordButton")->click();
+        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
+        QTRY_COMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QVERIFY(!frame->isVisible());
+    }
+
+    void frameStopsTheCountdownThatItStarted()
+    {
+        SCMainWindow window;
+        window.show();
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const frame = shownWindow<DrawWindow>();
+        const MessageCapture messages;
+        QTimer::singleShot(200, &window, [frame] { emit frame->stopRecording(); });
+        emit frame->startRecording();
+        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
+    }
+
+    void recordingDoesNotStartWhileADialogIsOpen()
+    {
+        SCMainWindow window;
+        window.show();
+        const MessageCapture messages;
+        QTimer::singleShot(0, &window, [&window] {
+            child<QPushButton>(window, "recordButton")->click();
+            QApplication::activeModalWidget()->close();
+        });
+        child<QPushButton>(window, "changeLocationButton")->click();
+        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Recording request ignored: a dialog is open")));
+        QVERIFY(!window.isMinimized());
+    }
+
     void closedFrameLeadsBackToTheWholeScreen_data()
     {
         QTest::addColumn<bool>("byItsButton");
