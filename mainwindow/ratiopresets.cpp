@@ -9,7 +9,7 @@ namespace {
 
 struct Preset
 {
-    const char* name;
+    const char* name = "";
     QSize size;
 };
 

@@ -53,10 +53,25 @@ int screenshotFormatPosition(const QString& name)
     return settingstables::screenshotFormatPositions().at(name);
 }
 
-/// The style sheet draws the entries of a box with it; the box's own delegate ignores that.
-void letStyleSheetDraw(QComboBox& box)
+/// Keeps the mouse wheel, which is turned to scroll, from choosing in a box.
+class WheelGuard : public QObject
 {
+public:
+    explicit WheelGuard(QComboBox* box) : QObject(box) { box->installEventFilter(this); }
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        if (event->type() == QEvent::Wheel)
+            event->ignore();
+        return event->type() == QEvent::Wheel;
+    }
+};
+
+void readyBox(QComboBox& box)
+{
+    // The style sheet draws the entries with it; the box's own delegate ignores that.
     box.setItemDelegate(new QStyledItemDelegate(&box));
+    new WheelGuard(&box);
 }
 
 void openPage(const char* address)
@@ -145,7 +160,7 @@ void SCMainWindow::setUpBoxes()
     for (const auto& [position, name] : settingstables::screenshotFormats())
         m_ui->screenshotFormatBox->insertItem(position, name);
     for (QComboBox* const box : {m_ui->ratioBox, m_ui->formatBox, m_ui->screenshotFormatBox})
-        letStyleSheetDraw(*box);
+        readyBox(*box);
 }
 
 void SCMainWindow::setUpSources()

@@ -37,6 +37,7 @@
 #include <QTimer>
 #include <QTranslator>
 #include <QUrl>
+#include <QWheelEvent>
 
 namespace {
 
@@ -114,6 +115,19 @@ private slots:
         QCOMPARE(child<QComboBox>(window, "formatBox")->currentIndex(), 0);
         QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("MKV"));
         QVERIFY(!messages.texts().filter(QStringLiteral("\"MKV\"")).isEmpty());
+    }
+
+    void wheelChoosesNothing()
+    {
+        SCMainWindow window;
+        window.show();
+        for (const char* name : {"formatBox", "ratioBox", "screenshotFormatBox"}) {
+            auto* const box = child<QComboBox>(window, name);
+            QWheelEvent down({5, 5}, box->mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                             Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(box, &down);
+            QCOMPARE(box->currentIndex(), 0);
+        }
     }
 
     void chosenFormatIsStored()
@@ -913,10 +927,11 @@ private:
                 menu = qobject_cast<QMenu*>(widget);
         }
         QVERIFY(menu != nullptr);
-        for (const QAction* const action : menu->actions()) {
-            if (action->text() == QLatin1String(submenu))
-                entryOf(*action->menu(), QString::fromUtf8(entry))->trigger();
-        }
+        QAction* const parent = entryOf(*menu, QLatin1String(submenu));
+        QVERIFY(parent != nullptr && parent->menu() != nullptr);
+        QAction* const chosen = entryOf(*parent->menu(), QString::fromUtf8(entry));
+        QVERIFY(chosen != nullptr);
+        chosen->trigger();
         menu->close();
     }
 
