@@ -1,6 +1,7 @@
 #include "engine/volumecontrol.h"
 
 #include <QMutexLocker>
+#include <QPaintEngine>
 #include <QPainter>
 
 #include <algorithm>
@@ -97,10 +98,33 @@ void VolumeControl::setAudioChannelCount(int count)
 void VolumeControl::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
+    // What is painted on may not be the widget's own screen.
+    const qreal ratio = painter.paintEngine()->paintDevice()->devicePixelRatioF();
+    if (m_emptyRow.size() != size() * ratio || m_emptyRow.devicePixelRatio() != ratio)
+        m_emptyRow = paintedEmptyRow(ratio);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.drawPixmap(0, 0, m_emptyRow);
+    if (width() <= kNarrowestRowPx)
+        return;
+    const int count = segmentCount();
+    const int lit = litSegmentCount(count);
+    for (int segment = 0; segment < lit; ++segment)
+        paintSegment(painter, segment, litColor(static_cast<float>(segment) / static_cast<float>(count)));
+}
+
+QPixmap VolumeControl::paintedEmptyRow(qreal devicePixelRatio) const
+{
+    QPixmap row(size() * devicePixelRatio);
+    row.setDevicePixelRatio(devicePixelRatio);
+    row.fill(Qt::transparent);
+    QPainter painter(&row);
     painter.setRenderHint(QPainter::Antialiasing);
     paintFrame(painter);
-    if (width() > kNarrowestRowPx)
-        paintSegments(painter);
+    if (width() > kNarrowestRowPx) {
+        for (int segment = 0; segment < segmentCount(); ++segment)
+            paintSegment(painter, segment, QColor(57, 57, 61));
+    }
+    return row;
 }
 
 void VolumeControl::paintFrame(QPainter& painter) const
@@ -113,21 +137,19 @@ void VolumeControl::paintFrame(QPainter& painter) const
     painter.drawRoundedRect(rect().adjusted(0, 0, -1, -1), kFrameRadius, kFrameRadius);
 }
 
-void VolumeControl::paintSegments(QPainter& painter) const
+int VolumeControl::segmentCount() const
 {
-    const int count = (width() + kGapPx) / kSegmentStepPx;
+    return (width() + kGapPx) / kSegmentStepPx;
+}
+
+void VolumeControl::paintSegment(QPainter& painter, int index, const QColor& color) const
+{
+    const int count = segmentCount();
     const float segmentWidth = static_cast<float>(width() - (count - 1) * kGapPx) / static_cast<float>(count);
-    const auto draw = [&](int index, const QColor& color) {
-        painter.setBrush(color);
-        const double left = static_cast<double>(static_cast<float>(index) * (segmentWidth + kGapPx));
-        painter.drawRoundedRect(QRectF(left, 2.0, segmentWidth, height() - 3), kSegmentRadius, kSegmentRadius);
-    };
+    const double left = static_cast<double>(static_cast<float>(index) * (segmentWidth + kGapPx));
     painter.setPen(Qt::NoPen);
-    for (int segment = 0; segment < count; ++segment)
-        draw(segment, QColor(57, 57, 61));
-    const int lit = litSegmentCount(count);
-    for (int segment = 0; segment < lit; ++segment)
-        draw(segment, litColor(static_cast<float>(segment) / static_cast<float>(count)));
+    painter.setBrush(color);
+    painter.drawRoundedRect(QRectF(left, 2.0, segmentWidth, height() - 3), kSegmentRadius, kSegmentRadius);
 }
 
 /// The length of the lit bar, in logical pixels, within the frame.

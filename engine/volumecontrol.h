@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMutex>
+#include <QPixmap>
 #include <QTimer>
 #include <QWidget>
 
@@ -52,7 +53,9 @@ private:
     using Levels = std::array<float, kMaxChannels>;
 
     void paintFrame(QPainter& painter) const;
-    void paintSegments(QPainter& painter) const;
+    int segmentCount() const;
+    void paintSegment(QPainter& painter, int index, const QColor& color) const;
+    QPixmap paintedEmptyRow(qreal devicePixelRatio) const;
     int barLengthPx(double magnitudeDb) const;
     int litSegmentCount(int segmentCount) const;
 
@@ -71,4 +74,6 @@ private:
     /// What an empty row stands for, in dB.
     double m_minimumLevelDb = -90.0;
     QTimer m_repaintTimer;
+    /// The frame with its empty segments, which never change: painted once for the widget's size.
+    QPixmap m_emptyRow;
 };
