@@ -236,7 +236,11 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "Usage: kestrano_pictures FOLDER\n");
         return EXIT_FAILURE;
     }
-    openSettings()->setValue(settingskeys::kFirstRun, false);
+    const auto settings = openSettings();
+    settings->setValue(settingskeys::kFirstRun, false);
+    // As on a user's machine, not as in this profile. Nothing is written there.
+    settings->setValue(settingskeys::kRecordingSaveLocation, QStringLiteral("/home/user/Videos/Kestrano"));
+    settings->setValue(settingskeys::kScreenshotSaveLocation, QStringLiteral("/home/user/Pictures/Kestrano"));
     Pictures pictures{QDir(QString::fromLocal8Bit(argv[1]))};
     Desktop desktop;
     desktop.show();
