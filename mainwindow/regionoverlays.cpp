@@ -9,12 +9,20 @@
 #include <QGuiApplication>
 #include <QScreen>
 
+#include <utility>
+
 RegionOverlays::RegionOverlays(QObject* parent) : QObject(parent)
 {
     makeSelector();
 }
 
-RegionOverlays::~RegionOverlays() = default;
+RegionOverlays::~RegionOverlays()
+{
+    // Whoever listens is being taken down as well.
+    blockSignals(true);
+    m_frameSetAside = false;
+    cancelSelection();
+}
 
 void RegionOverlays::makeSelector()
 {
@@ -30,6 +38,9 @@ void RegionOverlays::select()
     if (m_selector == nullptr)
         makeSelector();
     m_selecting = true;
+    // It stands above the selector and would take the presses that are meant for it.
+    m_frameSetAside = isFrameShown();
+    hideFrame();
     QGuiApplication::setOverrideCursor(Qt::CrossCursor);
     // The screen may have changed since the selector was made.
     if (const QScreen* const screen = QGuiApplication::primaryScreen())
@@ -55,6 +66,7 @@ void RegionOverlays::onAreaSelected(const QRect& area)
                         .arg(area.width())
                         .arg(area.height()));
     m_selecting = false;
+    m_frameSetAside = false;
     emit regionSelected(area.translated(m_selector->geometry().topLeft()));
     // The selector has given back its cursor already.
     const QCursor* const cursor = QGuiApplication::overrideCursor();
@@ -70,6 +82,8 @@ bool RegionOverlays::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_selector.get() && event->type() == QEvent::Hide && m_selecting && !event->spontaneous()) {
         m_selecting = false;
+        if (std::exchange(m_frameSetAside, false))
+            showFrame();
         emit selectionCancelled();
     }
     // Closed by the window manager, it leaves as with Escape.

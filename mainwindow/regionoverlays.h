@@ -20,7 +20,8 @@ public:
     explicit RegionOverlays(QObject* parent);
     ~RegionOverlays() override;
 
-    /// Lets the user drag out a region of the primary screen; regionSelected() or selectionCancelled() follows.
+    /// Lets the user drag out a region of the primary screen; regionSelected() or selectionCancelled() follows. A frame
+    /// that is shown makes room meanwhile, and comes back when the selection is given up.
     void select();
 
     /// Gives a selection up as the user does with Escape.
@@ -70,4 +71,6 @@ private:
     std::unique_ptr<DrawWindow> m_frame;
     bool m_lockRatio = false;
     bool m_selecting = false;
+    /// The frame was shown before the selection began.
+    bool m_frameSetAside = false;
 };

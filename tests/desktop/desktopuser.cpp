@@ -1,0 +1,158 @@
+#include "tests/desktop/desktopuser.h"
+
+#include "tests/desktop/userinput.h"
+
+#include <QDesktopServices>
+#include <QProcess>
+#include <QScreen>
+#include <QTest>
+
+#include <algorithm>
+
+using userinput::xdotool;
+
+namespace desktopuser {
+
+namespace {
+
+/// What a window manager and a toolkit need to take notice of one thing before the next.
+constexpr int kPauseMs = 50;
+constexpr int kDragSteps = 4;
+
+/// From the top left corner of the primary screen, in physical pixels.
+QPoint inPicture(const QPoint& place)
+{
+    const QPoint origin = QGuiApplication::primaryScreen()->geometry().topLeft();
+    return (QPointF(place - origin) * scale()).toPoint();
+}
+
+bool xrandr(const QStringList& arguments)
+{
+    return QProcess::execute(QStringLiteral("xrandr"), arguments) == 0;
+}
+
+QSize displaySize()
+{
+    QProcess tool;
+    tool.start(QStringLiteral("xdotool"), {QStringLiteral("getdisplaygeometry")});
+    tool.waitForFinished();
+    const QList<QByteArray> numbers = tool.readAll().simplified().split(' ');
+    return {numbers.value(0).toInt(), numbers.value(1).toInt()};
+}
+
+/// A monitor's area as the tool takes it; any size in millimetres will do.
+QString area(int left, int width, int height)
+{
+    return QStringLiteral("%1/400x%2/300+%3+0").arg(width).arg(height).arg(left);
+}
+
+} // namespace
+
+double scale()
+{
+    return QGuiApplication::primaryScreen()->devicePixelRatio();
+}
+
+QPoint onScreen(const QPoint& place)
+{
+    return QGuiApplication::primaryScreen()->geometry().topLeft() + place;
+}
+
+void pointTo(const QPoint& place)
+{
+    // A screen's corner has the same place in logical and in physical pixels.
+    userinput::pointTo(QGuiApplication::primaryScreen()->geometry().topLeft() + inPicture(place));
+}
+
+void click(const QPoint& place, const char* button)
+{
+    pointTo(place);
+    QTest::qWait(kPauseMs);
+    xdotool({QStringLiteral("click"), QLatin1String(button)});
+    QTest::qWait(kPauseMs);
+}
+
+void click(const QWidget& widget)
+{
+    click(centreOf(widget));
+}
+
+void drag(const QPoint& from, const QPoint& to)
+{
+    pointTo(from);
+    QTest::qWait(kPauseMs);
+    xdotool({QStringLiteral("mousedown"), QStringLiteral("1")});
+    QTest::qWait(kPauseMs);
+    for (int step = 1; step <= kDragSteps; ++step) {
+        pointTo(from + (to - from) * step / kDragSteps);
+        QTest::qWait(kPauseMs / 2);
+    }
+    xdotool({QStringLiteral("mouseup"), QStringLiteral("1")});
+    QTest::qWait(kPauseMs);
+}
+
+void press(const QString& key)
+{
+    xdotool({QStringLiteral("key"), key});
+    QTest::qWait(kPauseMs);
+}
+
+bool tabTo(const QWidget& widget)
+{
+    constexpr int kMostSteps = 40;
+    for (int step = 0; step < kMostSteps && !widget.hasFocus(); ++step)
+        press(QStringLiteral("Tab"));
+    return widget.hasFocus();
+}
+
+QPoint centreOf(const QWidget& widget)
+{
+    return widget.mapToGlobal(widget.rect().center());
+}
+
+QImage screenshot()
+{
+    return QGuiApplication::primaryScreen()->grabWindow().toImage();
+}
+
+QRgb colourAt(const QPoint& place)
+{
+    return screenshot().pixel(inPicture(place)) | 0xff000000;
+}
+
+int brightestOf(const QWidget& widget)
+{
+    constexpr int kReach = 6;
+    const QImage picture = screenshot();
+    const QPoint centre = inPicture(centreOf(widget));
+    int found = 0;
+    for (int y = -kReach; y <= kReach; ++y) {
+        for (int x = -kReach; x <= kReach; ++x)
+            found = std::max(found, qGray(picture.pixel(centre + QPoint(x, y))));
+    }
+    return found;
+}
+
+bool splitDisplayWhereAsked()
+{
+    if (!qEnvironmentVariableIsSet("KESTRANO_TEST_TWO_SCREENS"))
+        return true;
+    const QSize size = displaySize();
+    const int left = size.width() / 4;
+    const QString add = QStringLiteral("--setmonitor");
+    return xrandr({add, QStringLiteral("*Right"), area(left, size.width() - left, size.height()),
+                   QStringLiteral("screen")}) &&
+           xrandr({add, QStringLiteral("Left"), area(0, left, size.height()), QStringLiteral("none")});
+}
+
+Addresses::Addresses(const QString& scheme) : m_scheme(scheme)
+{
+    QDesktopServices::setUrlHandler(m_scheme, this, "open");
+}
+
+Addresses::~Addresses()
+{
+    QDesktopServices::unsetUrlHandler(m_scheme);
+}
+
+} // namespace desktopuser

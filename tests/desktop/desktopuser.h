@@ -1,0 +1,85 @@
+#pragma once
+
+#include <QApplication>
+#include <QImage>
+#include <QList>
+#include <QPoint>
+#include <QRect>
+#include <QRgb>
+#include <QString>
+#include <QUrl>
+#include <QWidget>
+
+/// A user before the primary screen, who points, presses and looks. Points are logical pixels of the desktop, whatever
+/// the scale. Works on a private desktop; what its tools cannot do fails the test.
+namespace desktopuser {
+
+/// Physical pixels per logical one on the primary screen.
+double scale();
+
+/// A point of the primary screen, from its top left corner.
+QPoint onScreen(const QPoint& place);
+
+void pointTo(const QPoint& place);
+
+/// Goes there and clicks a button of the pointer: "1" is the left one, "3" the right one.
+void click(const QPoint& place, const char* button = "1");
+void click(const QWidget& widget);
+
+/// Presses the left button at the first point, goes to the second one in steps, as a hand does, and lets go.
+void drag(const QPoint& from, const QPoint& to);
+
+/// A key ("space", "F9", "ctrl+a"), pressed and let go.
+void press(const QString& key);
+
+/// Presses Tab until the widget has the keyboard's focus. False when it is not reached.
+bool tabTo(const QWidget& widget);
+
+QPoint centreOf(const QWidget& widget);
+
+/// What the primary screen shows, in physical pixels.
+QImage screenshot();
+
+/// What the primary screen shows at a point.
+QRgb colourAt(const QPoint& place);
+
+/// The lightest grey of the icon in the middle of the widget.
+int brightestOf(const QWidget& widget);
+
+/// The visible window of a class; null when there is none.
+template <typename Widget>
+Widget* shown()
+{
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        auto* const found = qobject_cast<Widget*>(window);
+        if (found != nullptr && found->isVisible())
+            return found;
+    }
+    return nullptr;
+}
+
+/// Splits the display in two screens, of which the right one is the primary, where KESTRANO_TEST_TWO_SCREENS is set.
+/// Before the application is made; false when it could not be done.
+bool splitDisplayWhereAsked();
+
+/// Takes the place of the system's programs for addresses of one scheme ("https": the browser, "file": the file
+/// manager) while it lives.
+class Addresses : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Addresses(const QString& scheme);
+    ~Addresses() override;
+
+    const QList<QUrl>& opened() const { return m_opened; }
+
+public slots:
+    void open(const QUrl& url) { m_opened.append(url); }
+
+private:
+    QString m_scheme;
+    QList<QUrl> m_opened;
+};
+
+} // namespace desktopuser

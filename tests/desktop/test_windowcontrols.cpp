@@ -1,0 +1,478 @@
+#include "app/appidentity.h"
+#include "app/sclogger.h"
+#include "app/sctranslator.h"
+#include "app/settings.h"
+#include "app/settingstables.h"
+#include "app/webaddresses.h"
+#include "engine/volumecontrol.h"
+#include "mainwindow/scmainwindow.h"
+#include "overlays/scswitchwidget.h"
+#include "tests/desktop/desktopuser.h"
+#include "tests/desktop/userinput.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/testprofile.h"
+#include "widgets/messagebox.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QSettings>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+using desktopuser::Addresses;
+using desktopuser::click;
+using desktopuser::colourAt;
+using desktopuser::onScreen;
+using desktopuser::pointTo;
+using desktopuser::press;
+using desktopuser::shown;
+using userinput::xdotool;
+
+namespace {
+
+constexpr QPoint kWindowPlace(20, 40);
+/// The knob's colours, and that of the track of a switch that is on.
+constexpr QRgb kOnKnob = qRgb(0xff, 0xff, 0xff);
+constexpr QRgb kOffKnob = qRgb(0xaa, 0xaa, 0xaa);
+
+} // namespace
+
+/// Switches, menu, pages, folders and title bar of the main window, worked with the pointer and the keyboard.
+class TestWindowControls : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        const auto settings = openSettings();
+        settings->clear();
+        settings->setValue(settingskeys::kFirstRun, false);
+        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
+        settings->setValue(settingskeys::kRecordingSaveLocation, m_folder.path());
+        settings->setValue(settingskeys::kScreenshotSaveLocation, m_folder.path());
+        pointTo(onScreen({3, 3}));
+        m_window = std::make_unique<SCMainWindow>();
+        m_window->move(onScreen(kWindowPlace));
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QTest::qWait(100);
+    }
+
+    void cleanup() { m_window.reset(); }
+
+    void switchIsWorked_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<bool>("byPointer");
+        const QMap<QString, QLatin1String> keys{{"screenSwitch", settingskeys::kScreenSwitch},
+                                                {"speakerSwitch", settingskeys::kSpeakerSwitch},
+                                                {"mouseSwitch", settingskeys::kMouseSwitch}};
+        for (auto entry = keys.begin(); entry != keys.end(); ++entry) {
+            QTest::addRow("%s by click", qPrintable(entry.key())) << entry.key() << QString(entry.value()) << true;
+            QTest::addRow("%s by space", qPrintable(entry.key())) << entry.key() << QString(entry.value()) << false;
+        }
+    }
+
+    void switchIsWorked()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const QString, key);
+        QFETCH(const bool, byPointer);
+        auto* const control = child<SCSwitchWidget>(name);
+        if (!byPointer)
+            QVERIFY(desktopuser::tabTo(*control));
+        bool on = control->isChecked();
+        for (int turn = 0; turn < 2; ++turn) {
+            on = !on;
+            if (byPointer)
+                click(*control);
+            else
+                press(QStringLiteral("space"));
+            QTRY_COMPARE(control->isChecked(), on);
+            QCOMPARE(openSettings()->value(key), QVariant(on));
+            QTRY_COMPARE(QColor(knobOf(*control)), QColor(on ? kOnKnob : kOffKnob));
+        }
+    }
+
+    void speakerSwitchGovernsItsMeter()
+    {
+        auto* const control = child<SCSwitchWidget>("speakerSwitch");
+        const auto* const meter = child<VolumeControl>("speakerMeter");
+        click(*control);
+        QTRY_COMPARE(meter->isActive(), control->isChecked());
+        click(*control);
+        QTRY_COMPARE(meter->isActive(), control->isChecked());
+    }
+
+    void mouseSwitchOffAndOnLeavesCursorAndHighlightOn()
+    {
+        auto* const control = child<SCSwitchWidget>("mouseSwitch");
+        if (!control->isChecked())
+            click(*control);
+        click(*control);
+        QTRY_COMPARE(openSettings()->value(settingskeys::kMouseShowHighlight), QVariant(false));
+        QCOMPARE(openSettings()->value(settingskeys::kMouseShowCursor), QVariant(true));
+        click(*control);
+        QTRY_COMPARE(openSettings()->value(settingskeys::kMouseShowHighlight), QVariant(true));
+        QCOMPARE(openSettings()->value(settingskeys::kMouseShowCursor), QVariant(true));
+    }
+
+    void screenSwitchMakesMp4Mp3AndBack()
+    {
+        const auto* const format = child<QComboBox>("formatBox");
+        auto* const control = child<SCSwitchWidget>("screenSwitch");
+        if (!control->isChecked())
+            click(*control);
+        QCOMPARE(format->currentText(), QStringLiteral("MP4"));
+        click(*control);
+        QTRY_COMPARE(format->currentText(), QStringLiteral("MP3"));
+        click(*control);
+        QTRY_COMPARE(format->currentText(), QStringLiteral("MP4"));
+    }
+
+    void switchWithoutItsDeviceWarnsAndGoesOff_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("byPointer");
+        QTest::newRow("microphone by click") << "micSwitch"
+                                             << "No microphone device found!" << true;
+        QTest::newRow("microphone by space") << "micSwitch"
+                                             << "No microphone device found!" << false;
+        QTest::newRow("webcam by click") << "webcamSwitch"
+                                         << "No camera device found!" << true;
+        QTest::newRow("webcam by space") << "webcamSwitch"
+                                         << "No camera device found!" << false;
+    }
+
+    /// The engine that would list microphones does not run here.
+    void switchWithoutItsDeviceWarnsAndGoesOff()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const QString, text);
+        QFETCH(const bool, byPointer);
+        const messagebox::Recorder boxes;
+        auto* const control = child<SCSwitchWidget>(name);
+        QVERIFY(!control->isChecked());
+        if (byPointer) {
+            click(*control);
+        } else {
+            QVERIFY(desktopuser::tabTo(*control));
+            press(QStringLiteral("space"));
+        }
+        QTRY_COMPARE(boxes.calls().size(), std::size_t{1});
+        QCOMPARE(boxes.calls().front().kind, messagebox::Kind::Warning);
+        QCOMPARE(boxes.calls().front().title, QStringLiteral("Warning"));
+        QCOMPARE(boxes.calls().front().text, text);
+        QCOMPARE(boxes.calls().front().parent, m_window.get());
+        QTRY_VERIFY(!control->isChecked());
+        QTRY_COMPARE(QColor(knobOf(*control)), QColor(kOffKnob));
+        QVERIFY(!openSettings()->value(settingskeys::kMicSwitch).toBool());
+        QVERIFY(!openSettings()->value(settingskeys::kWebcamSwitch).toBool());
+    }
+
+    void menuStandsBelowItsButton()
+    {
+        auto* const button = child<QPushButton>("menuBtn");
+        const QMenu* const menu = openMenu();
+        QVERIFY(menu != nullptr);
+        QCOMPARE(menu->geometry().topLeft(), button->mapToGlobal(QPoint(0, button->height())));
+        QTRY_COMPARE(QColor(colourAt(menu->geometry().topLeft() + QPoint(4, 3))), QColor(0x25, 0x25, 0x26));
+        press(QStringLiteral("Escape"));
+        QTRY_VERIFY(visibleMenu() == nullptr);
+    }
+
+    void entriesWithoutAWindowCannotBeChosen_data()
+    {
+        QTest::addColumn<QString>("text");
+        for (const char* text : {"Settings", "Check for Updates", "About"})
+            QTest::newRow(text) << QString(text);
+    }
+
+    void entriesWithoutAWindowCannotBeChosen()
+    {
+        QFETCH(const QString, text);
+        const auto windows = QApplication::topLevelWidgets().size();
+        QMenu* const menu = openMenu();
+        QVERIFY(menu != nullptr);
+        const QAction* const entry = entryOf(*menu, text);
+        QVERIFY(entry != nullptr && !entry->isEnabled());
+        click(menu->mapToGlobal(menu->actionGeometry(const_cast<QAction*>(entry)).center()));
+        QVERIFY(visibleMenu() != nullptr);
+        press(QStringLiteral("Escape"));
+        QTRY_VERIFY(visibleMenu() == nullptr);
+        QTRY_COMPARE(QApplication::topLevelWidgets().size(), windows);
+    }
+
+    void languageIsChosenInTheMenu_data()
+    {
+        QTest::addColumn<int>("position");
+        for (const auto& [position, name] : settingstables::languageMenuNames())
+            QTest::newRow(qPrintable(settingstables::languageCodes().at(position))) << position;
+    }
+
+    void languageIsChosenInTheMenu()
+    {
+        QFETCH(const int, position);
+        const QString code = settingstables::languageCodes().at(position);
+        const QString name = settingstables::languageMenuNames().at(position);
+        auto translator = std::make_shared<SCTranslator>();
+        m_window->setTranslator(translator);
+        const MessageCapture messages;
+        chooseInMenu(QStringLiteral("Language"), name);
+        QTRY_COMPARE(openSettings()->value(settingskeys::kLanguage).toString(), code);
+        const bool exists = QFileInfo::exists(QStringLiteral(":/locales/%1.ini").arg(code));
+        QCOMPARE(translator->isEmpty(), !exists);
+        // As a click on the full-screen tile does.
+        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Select screen clicked")));
+        auto* const button = child<QPushButton>("recordButton");
+        QCOMPARE(button->text(), translator->translate("SCMainWindow", "Start Recording"));
+        // The next menu has the language checked, and no other.
+        QMenu* const menu = openMenu();
+        QVERIFY(menu != nullptr);
+        for (const QAction* const entry : entryOf(*menu, QStringLiteral("Language"))->menu()->actions())
+            QCOMPARE(entry->isChecked(), entry->text() == name);
+        press(QStringLiteral("Escape"));
+        QTRY_VERIFY(visibleMenu() == nullptr);
+        QCoreApplication::removeTranslator(translator.get());
+    }
+
+    void helpIsChosenInTheMenu()
+    {
+        const Addresses web(QStringLiteral("https"));
+        const Addresses folders(QStringLiteral("file"));
+        const QString help = QStringLiteral("Help");
+        chooseInMenu(help, QStringLiteral("Guide"));
+        QTRY_COMPARE(web.opened(), QList<QUrl>{QUrl(QLatin1String(webaddresses::kGuidePage))});
+        chooseInMenu(help, QStringLiteral("FAQ"));
+        QTRY_COMPARE(web.opened().value(1), QUrl(QLatin1String(webaddresses::kSupportPage)));
+        chooseInMenu(help, QStringLiteral("Open Log Folder"));
+        QTRY_COMPARE(folders.opened(),
+                     QList<QUrl>{QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath())});
+    }
+
+    void menuIsWorkedWithTheKeyboard()
+    {
+        const Addresses web(QStringLiteral("https"));
+        QVERIFY(desktopuser::tabTo(*child<QPushButton>("menuBtn")));
+        press(QStringLiteral("space"));
+        QTRY_VERIFY(visibleMenu() != nullptr);
+        // The last entries come first from below: "Help" opens to the right, with the guide at its top.
+        for (const char* key : {"Down", "Down", "Down", "Down"}) {
+            if (visibleMenu()->activeAction() != nullptr &&
+                visibleMenu()->activeAction()->text() == QLatin1String("Help"))
+                break;
+            press(QLatin1String(key));
+        }
+        QCOMPARE(visibleMenu()->activeAction()->text(), QStringLiteral("Help"));
+        press(QStringLiteral("Right"));
+        press(QStringLiteral("Return"));
+        QTRY_COMPARE(web.opened(), QList<QUrl>{QUrl(QLatin1String(webaddresses::kGuidePage))});
+    }
+
+    void pageIsChosen_data()
+    {
+        QTest::addColumn<bool>("byPointer");
+        QTest::newRow("by click") << true;
+        QTest::newRow("by space") << false;
+    }
+
+    void pageIsChosen()
+    {
+        QFETCH(const bool, byPointer);
+        const auto* const pages = child<QStackedWidget>("pages");
+        for (const char* page : {"screenshot", "files", "recording"}) {
+            auto* const tab = child<QPushButton>(QLatin1String(page) + QLatin1String("Tab"));
+            if (byPointer) {
+                click(*tab);
+            } else {
+                QVERIFY(desktopuser::tabTo(*tab));
+                press(QStringLiteral("space"));
+            }
+            QTRY_COMPARE(pages->currentWidget()->objectName(), QLatin1String(page) + QLatin1String("Page"));
+            QVERIFY(tab->isChecked());
+        }
+    }
+
+    void folderIsChosen_data()
+    {
+        QTest::addColumn<QString>("tab");
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("recordings") << "recordingTab"
+                                    << "changeLocationButton"
+                                    << "saveLocationEdit" << QString(settingskeys::kRecordingSaveLocation)
+                                    << "Choose Save Location";
+        QTest::newRow("screenshots") << "screenshotTab"
+                                     << "changeScreenshotLocationButton"
+                                     << "screenshotLocationEdit" << QString(settingskeys::kScreenshotSaveLocation)
+                                     << "Choose Screenshot Save Location";
+    }
+
+    void folderIsChosen()
+    {
+        QFETCH(const QString, tab);
+        QFETCH(const QString, button);
+        QFETCH(const QString, field);
+        QFETCH(const QString, key);
+        QFETCH(const QString, title);
+        QVERIFY(QDir(m_folder.path()).mkpath(QStringLiteral("chosen")));
+        const QString folder = m_folder.filePath(QStringLiteral("chosen"));
+        click(*child<QPushButton>(tab));
+        // Given up first: nothing changes.
+        QString seenTitle;
+        inTheDialog([&seenTitle] {
+            seenTitle = QApplication::activeModalWidget()->windowTitle();
+            press(QStringLiteral("Escape"));
+        });
+        click(*child<QPushButton>(button));
+        QTRY_COMPARE(seenTitle, title);
+        QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+        QCOMPARE(openSettings()->value(key).toString(), m_folder.path());
+        inTheDialog([folder] {
+            press(QStringLiteral("ctrl+a"));
+            xdotool({"type", "--delay", "5", folder});
+            press(QStringLiteral("Return"));
+        });
+        click(*child<QPushButton>(button));
+        QTRY_COMPARE(openSettings()->value(key).toString(), folder);
+        QCOMPARE(child<QLineEdit>(field)->text(), folder);
+    }
+
+    void formatIsChosenInItsBox()
+    {
+        auto* const box = child<QComboBox>("formatBox");
+        QVERIFY(desktopuser::tabTo(*box));
+        for (const char* format : {"AVI", "FLV", "GIF", "MP3", "AAC", "FLAC"}) {
+            press(QStringLiteral("Down"));
+            QTRY_COMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QLatin1String(format));
+        }
+    }
+
+    void titleBarButtonTurnsLightUnderThePointer_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const char* name : {"menuBtn", "minimizeBtn", "closeBtn"})
+            QTest::newRow(name) << QString(name);
+    }
+
+    void titleBarButtonTurnsLightUnderThePointer()
+    {
+        QFETCH(const QString, name);
+        const auto* const button = child<QPushButton>(name);
+        QTRY_VERIFY(desktopuser::brightestOf(*button) < 200);
+        pointTo(desktopuser::centreOf(*button) + QPoint(12, 12));
+        QTRY_VERIFY(desktopuser::brightestOf(*button) > 240);
+        pointTo(onScreen({3, 3}));
+        QTRY_VERIFY(desktopuser::brightestOf(*button) < 200);
+    }
+
+    void titleBarButtonsDoWhatTheySay()
+    {
+        click(*child<QPushButton>("minimizeBtn"));
+        QTRY_VERIFY(m_window->isMinimized());
+        m_window->showNormal();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        click(*child<QPushButton>("closeBtn"));
+        QTRY_VERIFY(!m_window->isVisible());
+    }
+
+private:
+    template <typename Widget>
+    Widget* child(const QString& name) const
+    {
+        return m_window->findChild<Widget*>(name);
+    }
+
+    /// The colour in the middle of the switch's knob, where it rests.
+    static QRgb knobOf(const SCSwitchWidget& control)
+    {
+        constexpr int kFromTheEnd = 7;
+        const int x = control.isChecked() ? control.width() - kFromTheEnd : kFromTheEnd;
+        return colourAt(control.mapToGlobal(QPoint(x, control.height() / 2)));
+    }
+
+    static QMenu* visibleMenu()
+    {
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            if (window->objectName() == QLatin1String("mainMenu") && window->isVisible())
+                return qobject_cast<QMenu*>(window);
+        }
+        return nullptr;
+    }
+
+    QMenu* openMenu() const
+    {
+        click(*child<QPushButton>(QStringLiteral("menuBtn")));
+        [] { QTRY_VERIFY(visibleMenu() != nullptr); }();
+        return visibleMenu();
+    }
+
+    static QAction* entryOf(const QMenu& menu, const QString& text)
+    {
+        for (QAction* const entry : menu.actions()) {
+            if (entry->text() == text)
+                return entry;
+        }
+        return nullptr;
+    }
+
+    static void clickEntry(QMenu& menu, const QString& text)
+    {
+        QAction* const entry = entryOf(menu, text);
+        QVERIFY(entry != nullptr);
+        click(menu.mapToGlobal(menu.actionGeometry(entry).center()));
+    }
+
+    void chooseInMenu(const QString& submenu, const QString& text) const
+    {
+        QMenu* const menu = openMenu();
+        QVERIFY(menu != nullptr);
+        clickEntry(*menu, submenu);
+        QMenu* const entries = entryOf(*menu, submenu)->menu();
+        QTRY_VERIFY(entries->isVisible());
+        clickEntry(*entries, text);
+        QTRY_VERIFY(visibleMenu() == nullptr);
+    }
+
+    /// Acts in the next dialog, which runs within the click that opens it.
+    static void inTheDialog(const std::function<void()>& act)
+    {
+        constexpr int kUntilItStands = 500;
+        QTimer::singleShot(kUntilItStands, qApp, [act] {
+            QVERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()) != nullptr);
+            act();
+        });
+    }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<SCMainWindow> m_window;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication application(argc, argv);
+    // Windows closed by a test must not end the test program.
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestWindowControls test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_windowcontrols.moc"
