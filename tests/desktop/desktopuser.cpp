@@ -16,7 +16,7 @@ namespace desktopuser {
 namespace {
 
 /// What a window manager and a toolkit need to take notice of one thing before the next.
-constexpr int kPauseMs = 50;
+constexpr int kPauseMs = 30;
 constexpr int kDragSteps = 4;
 
 /// From the top left corner of the primary screen, in physical pixels.
@@ -100,8 +100,11 @@ void press(const QString& key)
 bool tabTo(const QWidget& widget)
 {
     constexpr int kMostSteps = 40;
-    for (int step = 0; step < kMostSteps && !widget.hasFocus(); ++step)
-        press(QStringLiteral("Tab"));
+    constexpr int kStepMs = 10;
+    for (int step = 0; step < kMostSteps && !widget.hasFocus(); ++step) {
+        xdotool({QStringLiteral("key"), QStringLiteral("Tab")});
+        QTest::qWait(kStepMs);
+    }
     return widget.hasFocus();
 }
 

@@ -1,0 +1,238 @@
+#include "app/appidentity.h"
+#include "mainwindow/sccountdownwidget.h"
+#include "tests/desktop/regiontest.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/testprofile.h"
+
+#include <QComboBox>
+#include <QMargins>
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+
+using desktopuser::click;
+using desktopuser::colourAt;
+using desktopuser::drag;
+using desktopuser::press;
+using desktopuser::scale;
+using desktopuser::shown;
+
+/// The frame around the region: chosen by a ratio, moved, resized, closed and counted down in.
+class TestRegionFrame : public RegionTest
+{
+    Q_OBJECT
+
+private slots:
+    void presetIsChosenInItsBox_data()
+    {
+        QTest::addColumn<QSize>("physical");
+        QTest::newRow("16:9") << QSize(1920, 1080);
+        QTest::newRow("9:16") << QSize(608, 1080);
+        QTest::newRow("4:3") << QSize(1440, 1080);
+        QTest::newRow("1:1") << QSize(1080, 1080);
+    }
+
+    void presetIsChosenInItsBox()
+    {
+        QFETCH(const QSize, physical);
+        choosePreset(QTest::currentDataTag());
+        QTRY_VERIFY(frame() != nullptr);
+        // Truncated to whole logical pixels.
+        const QSize size(int(physical.width() / scale()), int(physical.height() / scale()));
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        const QSize outer = size + QSize(2 * kBorderPx, 2 * kBorderPx);
+        const QPoint corner((screen.width() - outer.width()) / 2 + screen.x(),
+                            (screen.height() - outer.height()) / 2 + screen.y());
+        QTRY_COMPARE(frame()->geometry(), QRect(corner, outer));
+        QTRY_VERIFY(isLike(colourAt(corner + QPoint(1, outer.height() / 2)), kBorder));
+        QVERIFY(isLike(colourAt(corner + QPoint(outer.width() / 2, outer.height() - 2)), kBorder));
+        QCOMPARE(field("widthEdit"), QString::number(physical.width()));
+        QCOMPARE(field("heightEdit"), QString::number(physical.height()));
+        QCOMPARE(child<QComboBox>("ratioBox")->currentText(), QLatin1String(QTest::currentDataTag()));
+        QCOMPARE(selectedTiles(), QStringList{"regionTile"});
+    }
+
+    void frameIsMovedByItsBar()
+    {
+        dragRegion();
+        const MessageCapture messages;
+        const QPoint bar = frame()->geometry().topRight() + QPoint(-40, -15);
+        drag(bar, bar + QPoint(-20, 44));
+        const QRect moved = region().translated(-20, 44);
+        QTRY_COMPARE(frame()->geometry(), framed(moved));
+        QTRY_COMPARE(wrongInTheFrame(moved), QString());
+        expectFields(kRegion.size());
+        expectPosition(messages, moved);
+        const QStringList coords = messages.texts().filter(QStringLiteral("Window coords"));
+        QVERIFY(coords.size() > 1);
+        // Only where it rests is applied.
+        QCOMPARE(messages.texts().filter(QStringLiteral("] position ")).size(), 1);
+    }
+
+    void frameIsResizedByEachHandle_data()
+    {
+        QTest::addColumn<QPoint>("handle");
+        QTest::addColumn<QPoint>("distance");
+        QTest::addColumn<QMargins>("grown");
+        const QRect outer(0, 0, kRegion.width() + 2 * kBorderPx, kRegion.height() + 2 * kBorderPx);
+        const QPoint middle = outer.center();
+        const QPoint last = outer.bottomRight() - QPoint(1, 1);
+        QTest::newRow("top left") << QPoint(1, 1) << QPoint(-20, -14) << QMargins(20, 14, 0, 0);
+        QTest::newRow("top right") << QPoint(last.x(), 1) << QPoint(20, -14) << QMargins(0, 14, 20, 0);
+        QTest::newRow("bottom left") << QPoint(1, last.y()) << QPoint(-20, 14) << QMargins(20, 0, 0, 14);
+        QTest::newRow("bottom right") << last << QPoint(20, 14) << QMargins(0, 0, 20, 14);
+        QTest::newRow("left") << QPoint(1, middle.y()) << QPoint(-20, 14) << QMargins(20, 0, 0, 0);
+        QTest::newRow("right") << QPoint(last.x(), middle.y()) << QPoint(20, 14) << QMargins(0, 0, 20, 0);
+        QTest::newRow("top") << QPoint(middle.x(), 1) << QPoint(20, -14) << QMargins(0, 14, 0, 0);
+        QTest::newRow("bottom") << QPoint(middle.x(), last.y()) << QPoint(20, 14) << QMargins(0, 0, 0, 14);
+        QTest::newRow("smaller by a corner") << last << QPoint(-40, -20) << QMargins(0, 0, -40, -20);
+        QTest::newRow("no smaller than the minimum") << last << QPoint(-300, -220) << QMargins(0, 0, -128, -98);
+    }
+
+    void frameIsResizedByEachHandle()
+    {
+        QFETCH(const QPoint, handle);
+        QFETCH(const QPoint, distance);
+        QFETCH(const QMargins, grown);
+        dragRegion();
+        const MessageCapture messages;
+        const QPoint from = frame()->geometry().topLeft() + handle;
+        drag(from, from + distance);
+        const QRect area = region().marginsAdded(grown);
+        QTRY_COMPARE(frame()->geometry(), framed(area));
+        QTRY_COMPARE(wrongInTheFrame(area), QString());
+        expectFields(area.size());
+        expectPosition(messages, area);
+        QCOMPARE(messages.texts().filter(QStringLiteral("Window coords")).size(), 1);
+    }
+
+    void lockedSizeKeepsItsRatio()
+    {
+        dragRegion();
+        click(*child<QPushButton>("lockButton"));
+        QVERIFY(child<QPushButton>("lockButton")->isChecked());
+        const QRect before = frame()->geometry();
+        const QPoint handle(before.right() - 1, before.center().y());
+        drag(handle, handle + QPoint(40, 0));
+        // 368 wide, at 328 to 248 so 278 high: 15 more above and below.
+        const QRect area = region().adjusted(0, -15, 40, 15);
+        QTRY_COMPARE(frame()->geometry(), framed(area));
+        expectFields(area.size());
+        click(*child<QPushButton>("lockButton"));
+        drag(handle + QPoint(40, 0), handle);
+        QTRY_COMPARE(frame()->geometry(), framed(region().adjusted(0, -15, 0, 15)));
+    }
+
+    void presetStaysChosenWhileTheSizeIsLocked()
+    {
+        choosePreset("9:16");
+        QTRY_VERIFY(frame() != nullptr);
+        click(*child<QPushButton>("lockButton"));
+        QPoint bar = frame()->geometry().topRight() + QPoint(-40, -15);
+        drag(bar, bar + QPoint(20, 0));
+        QCOMPARE(child<QComboBox>("ratioBox")->currentText(), QStringLiteral("9:16"));
+        click(*child<QPushButton>("lockButton"));
+        bar += QPoint(20, 0);
+        drag(bar, bar - QPoint(20, 0));
+        QTRY_COMPARE(child<QComboBox>("ratioBox")->currentIndex(), 0);
+    }
+
+    void frameIsClosed_data()
+    {
+        QTest::addColumn<bool>("byItsButton");
+        QTest::newRow("by its button") << true;
+        QTest::newRow("by a right click on its border") << false;
+    }
+
+    void frameIsClosed()
+    {
+        QFETCH(const bool, byItsButton);
+        dragRegion();
+        if (byItsButton)
+            click(*barButton("closeButton"));
+        else
+            click(frame()->geometry().topLeft() + QPoint(60, 1), "3");
+        QTRY_VERIFY(frame() == nullptr);
+        QCOMPARE(selectedTiles(), QStringList{"fullScreenTile"});
+        expectFields(QGuiApplication::primaryScreen()->size());
+        QTRY_COMPARE(colourAt(region().topLeft() - QPoint(2, -40)), kBackdrop);
+        QCOMPARE(colourAt(region().topRight() + QPoint(-20, -20)), kBackdrop);
+    }
+
+    void frameReopensAfterItWasClosed()
+    {
+        dragRegion();
+        click(*barButton("closeButton"));
+        QTRY_VERIFY(frame() == nullptr);
+        dragRegion();
+        QTRY_COMPARE(wrongInTheFrame(region()), QString());
+        QVERIFY(barButton("closeButton")->isVisible());
+    }
+
+    void screenSwitchTakesTheFrameAwayAndTheTilesAlong()
+    {
+        dragRegion();
+        click(*child<QWidget>("screenSwitch"));
+        QTRY_VERIFY(frame() == nullptr);
+        QCOMPARE(selectedTiles(), QStringList());
+        QTRY_COMPARE(colourAt(region().topLeft() - QPoint(2, -40)), kBackdrop);
+    }
+
+    void countdownStandsOverTheRegionsCentreAndTheFrameStays()
+    {
+        dragRegion();
+        const MessageCapture messages;
+        QRect countdown;
+        QRgb ring = 0;
+        QString wrong;
+        const QPoint centre = region().topLeft() + QPoint(kRegion.width() / 2, kRegion.height() / 2);
+        duringTheCountdown([&] {
+            countdown = shown<SCCountdownWidget>() != nullptr ? shown<SCCountdownWidget>()->geometry() : QRect();
+            ring = colourAt(centre - QPoint(99, 20));
+            wrong = wrongInTheBorder(region());
+        });
+        press(QStringLiteral("F9"));
+        QTRY_VERIFY(isCancelled(messages));
+        QCOMPARE(countdown, QRect(centre - QPoint(100, 120), QSize(200, 240)));
+        QCOMPARE(QColor(ring), QColor(kBorder));
+        QCOMPARE(wrong, QString());
+        QTRY_VERIFY(!m_window->isMinimized());
+        QTRY_COMPARE(wrongInTheFrame(region()), QString());
+        QVERIFY(shown<SCCountdownWidget>() == nullptr);
+        QCOMPARE(selectedTiles(), QStringList{"regionTile"});
+    }
+
+    void frameStartsTheCountdownItself()
+    {
+        dragRegion();
+        const MessageCapture messages;
+        bool minimised = false;
+        bool recording = false;
+        duringTheCountdown([&] {
+            minimised = m_window->isMinimized();
+            recording = frame() != nullptr && frame()->isRecording();
+        });
+        click(*barButton("startButton"));
+        QTRY_VERIFY(isCancelled(messages));
+        QVERIFY(minimised);
+        QVERIFY(recording);
+        QTRY_VERIFY(!m_window->isMinimized());
+        QTRY_VERIFY(!frame()->isRecording());
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    // Before the toolkit looks at the screens.
+    if (!desktopuser::splitDisplayWhereAsked())
+        return EXIT_FAILURE;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    // Windows closed by a test must not end the test program.
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestRegionFrame test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_regionframe.moc"
