@@ -3,9 +3,11 @@
 #include "tests/desktop/userinput.h"
 
 #include <QDesktopServices>
+#include <QGuiApplication>
 #include <QProcess>
 #include <QScreen>
 #include <QTest>
+#include <QWidget>
 
 #include <algorithm>
 

@@ -1,14 +1,15 @@
 #pragma once
 
-#include <QApplication>
 #include <QImage>
 #include <QList>
+#include <QObject>
 #include <QPoint>
 #include <QRect>
 #include <QRgb>
 #include <QString>
 #include <QUrl>
-#include <QWidget>
+
+class QWidget;
 
 /// A user before the primary screen, who points, presses and looks. Points are logical pixels of the desktop, whatever
 /// the scale. Works on a private desktop; what its tools cannot do fails the test.
@@ -45,18 +46,6 @@ QRgb colourAt(const QPoint& place);
 
 /// The lightest grey of the icon in the middle of the widget.
 int brightestOf(const QWidget& widget);
-
-/// The visible window of a class; null when there is none.
-template <typename Widget>
-Widget* shown()
-{
-    for (QWidget* const window : QApplication::topLevelWidgets()) {
-        auto* const found = qobject_cast<Widget*>(window);
-        if (found != nullptr && found->isVisible())
-            return found;
-    }
-    return nullptr;
-}
 
 /// Splits the display in two screens, of which the right one is the primary, where KESTRANO_TEST_TWO_SCREENS is set.
 /// Before the application is made; false when it could not be done.

@@ -24,7 +24,6 @@ using desktopuser::onScreen;
 using desktopuser::pointTo;
 using desktopuser::press;
 using desktopuser::scale;
-using desktopuser::shown;
 using userinput::xdotool;
 
 namespace {
@@ -114,10 +113,10 @@ QString RegionTest::wrongInTheFrame(const QRect& area)
 void RegionTest::dragRegion() const
 {
     click(*child<Tile>(QStringLiteral("regionTile")));
-    QTRY_VERIFY(shown<AreaSelector>() != nullptr);
+    QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
     QTest::qWait(50);
     drag(region().topLeft(), region().bottomRight());
-    QTRY_VERIFY(frame() != nullptr && shown<AreaSelector>() == nullptr);
+    QTRY_VERIFY(frame() != nullptr && shownWindow<AreaSelector>() == nullptr);
     QTest::qWait(100);
 }
 

@@ -3,10 +3,12 @@
 #include "mainwindow/scmainwindow.h"
 #include "overlays/drawwindow.h"
 #include "tests/desktop/desktopuser.h"
+#include "tests/support/shownwindow.h"
 
 #include <QObject>
 #include <QRect>
 #include <QStringList>
+#include <QWidget>
 
 #include <functional>
 #include <memory>
@@ -54,7 +56,7 @@ protected:
     }
 
     /// The frame, while it is shown.
-    static DrawWindow* frame() { return desktopuser::shown<DrawWindow>(); }
+    static DrawWindow* frame() { return shownWindow<DrawWindow>(); }
     /// A button of the frame's tool bar.
     static QPushButton* barButton(const char* name);
 

@@ -4,6 +4,7 @@
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QMargins>
 #include <QPushButton>
@@ -15,7 +16,6 @@ using desktopuser::colourAt;
 using desktopuser::drag;
 using desktopuser::press;
 using desktopuser::scale;
-using desktopuser::shown;
 
 /// The frame around the region: chosen by a ratio, moved, resized, closed and counted down in.
 class TestRegionFrame : public RegionTest
@@ -187,7 +187,8 @@ private slots:
         QString wrong;
         const QPoint centre = region().topLeft() + QPoint(kRegion.width() / 2, kRegion.height() / 2);
         duringTheCountdown([&] {
-            countdown = shown<SCCountdownWidget>() != nullptr ? shown<SCCountdownWidget>()->geometry() : QRect();
+            countdown =
+                shownWindow<SCCountdownWidget>() != nullptr ? shownWindow<SCCountdownWidget>()->geometry() : QRect();
             ring = colourAt(centre - QPoint(99, 20));
             wrong = wrongInTheBorder(region());
         });
@@ -198,7 +199,7 @@ private slots:
         QCOMPARE(wrong, QString());
         QTRY_VERIFY(!m_window->isMinimized());
         QTRY_COMPARE(wrongInTheFrame(region()), QString());
-        QVERIFY(shown<SCCountdownWidget>() == nullptr);
+        QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
         QCOMPARE(selectedTiles(), QStringList{"regionTile"});
     }
 

@@ -14,6 +14,7 @@
 #include "widgets/messagebox.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -35,7 +36,6 @@ using desktopuser::colourAt;
 using desktopuser::onScreen;
 using desktopuser::pointTo;
 using desktopuser::press;
-using desktopuser::shown;
 using userinput::xdotool;
 
 namespace {

@@ -9,6 +9,7 @@
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 
+#include <QApplication>
 #include <QProcess>
 #include <QScreen>
 #include <QSettings>
@@ -23,7 +24,6 @@ using desktopuser::drag;
 using desktopuser::onScreen;
 using desktopuser::pointTo;
 using desktopuser::press;
-using desktopuser::shown;
 using userinput::xdotool;
 
 namespace {
@@ -123,15 +123,15 @@ private slots:
         }
         pointTo(onScreen({3, 3}));
         QTRY_COMPARE(selectedTiles(), QStringList{tile});
-        QCOMPARE(shown<AreaSelector>() != nullptr, tile == QLatin1String("regionTile"));
-        QCOMPARE(shown<WindowHighlighter>() != nullptr, tile == QLatin1String("windowTile"));
+        QCOMPARE(shownWindow<AreaSelector>() != nullptr, tile == QLatin1String("regionTile"));
+        QCOMPARE(shownWindow<WindowHighlighter>() != nullptr, tile == QLatin1String("windowTile"));
         const QString screen = QStringLiteral("[INFO] Select screen clicked");
         const QString region = QStringLiteral("[INFO] Select region clicked");
         QCOMPARE(messages.texts(QtInfoMsg), tile == QLatin1String("fullScreenTile") ? QStringList{screen}
                                             : tile == QLatin1String("regionTile")   ? QStringList{region}
                                                                                     : QStringList());
         QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch), QVariant(true));
-        if (shown<AreaSelector>() == nullptr)
+        if (shownWindow<AreaSelector>() == nullptr)
             expectTilePixels(tile);
         else
             press(QStringLiteral("Escape"));
@@ -143,7 +143,7 @@ private slots:
         QTRY_VERIFY(isLike(colourAt(onScreen({3, 3})), veiled(kBackdrop)));
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
         QVERIFY(isLike(colourAt(screen.bottomRight() - QPoint(3, 3)), veiled(kBackdrop)));
-        QCOMPARE(shown<AreaSelector>()->geometry(), screen);
+        QCOMPARE(shownWindow<AreaSelector>()->geometry(), screen);
         for (const QScreen* const other : QGuiApplication::screens()) {
             if (other != QGuiApplication::primaryScreen())
                 QCOMPARE(const_cast<QScreen*>(other)->grabWindow().toImage().pixel(20, 20) | 0xff000000, kBackdrop);
@@ -167,12 +167,12 @@ private slots:
         QFETCH(const QPoint, to);
         const MessageCapture messages;
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(shown<AreaSelector>() != nullptr && shown<AreaSelector>()->isActiveWindow());
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr && shownWindow<AreaSelector>()->isActiveWindow());
         drag(onScreen(from), onScreen(to));
         QTRY_VERIFY(frame() != nullptr);
         QCOMPARE(frame()->geometry(), framed(region()));
         QTRY_COMPARE(wrongInTheFrame(region()), QString());
-        QVERIFY(shown<AreaSelector>() == nullptr);
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
         expectFields(kRegion.size());
         // In coordinates of the primary screen.
         QVERIFY(messages.texts().contains(QStringLiteral("[DEBUG] Selected Area - x=%1, y=%2, width=320, height=240")
@@ -185,9 +185,9 @@ private slots:
     void escapeGivesASelectionUp()
     {
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(shown<AreaSelector>() != nullptr);
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
         press(QStringLiteral("Escape"));
-        QTRY_VERIFY(shown<AreaSelector>() == nullptr);
+        QTRY_VERIFY(shownWindow<AreaSelector>() == nullptr);
         QCOMPARE(selectedTiles(), QStringList{"fullScreenTile"});
         QVERIFY(frame() == nullptr);
         QTRY_COMPARE(colourAt(region().center()), kBackdrop);
@@ -196,12 +196,12 @@ private slots:
     void escapeInADragGivesTheSelectionUpAndTheNextOneIsWhole()
     {
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(shown<AreaSelector>() != nullptr);
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
         pointTo(onScreen({300, 560}));
         xdotool({"mousedown", "1"});
         pointTo(onScreen({500, 600}));
         press(QStringLiteral("Escape"));
-        QTRY_VERIFY(shown<AreaSelector>() == nullptr);
+        QTRY_VERIFY(shownWindow<AreaSelector>() == nullptr);
         xdotool({"mouseup", "1"});
         QTest::qWait(100);
         QVERIFY(frame() == nullptr);
@@ -215,9 +215,9 @@ private slots:
     {
         dragRegion();
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(shown<AreaSelector>() != nullptr);
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
         press(QStringLiteral("Escape"));
-        QTRY_VERIFY(shown<AreaSelector>() == nullptr);
+        QTRY_VERIFY(shownWindow<AreaSelector>() == nullptr);
         QTRY_COMPARE(wrongInTheFrame(region()), QString());
         QCOMPARE(selectedTiles(), QStringList{"regionTile"});
         expectFields(kRegion.size());
@@ -227,7 +227,7 @@ private slots:
     {
         dragRegion();
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(shown<AreaSelector>() != nullptr);
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
         const QRect area = region().adjusted(-2, -2, 30, 20);
         drag(area.topLeft(), area.bottomRight());
         QTRY_COMPARE(frame()->geometry(), framed(area));
@@ -238,13 +238,13 @@ private slots:
     void hotkeyTakesTheVeilAway()
     {
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(shown<AreaSelector>() != nullptr);
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
         const MessageCapture messages;
         QRgb corner = 0;
         bool selecting = true;
         duringTheCountdown([&] {
             corner = colourAt(onScreen({3, 3}));
-            selecting = shown<AreaSelector>() != nullptr || QGuiApplication::overrideCursor() != nullptr;
+            selecting = shownWindow<AreaSelector>() != nullptr || QGuiApplication::overrideCursor() != nullptr;
         });
         press(QStringLiteral("F9"));
         QTRY_VERIFY(isCancelled(messages));
@@ -257,10 +257,10 @@ private slots:
     void hotkeyTakesTheHighlighterAway()
     {
         click(*child<Tile>("windowTile"));
-        QTRY_VERIFY(shown<WindowHighlighter>() != nullptr);
+        QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
         const MessageCapture messages;
         bool highlighting = true;
-        duringTheCountdown([&] { highlighting = shown<WindowHighlighter>() != nullptr; });
+        duringTheCountdown([&] { highlighting = shownWindow<WindowHighlighter>() != nullptr; });
         press(QStringLiteral("F9"));
         QTRY_VERIFY(isCancelled(messages));
         QVERIFY(!highlighting);
@@ -274,14 +274,14 @@ private slots:
         const QRect place(onScreen(kOtherWindow.topLeft()), kOtherWindow.size());
         const QSignalSpy picked(m_window.get(), &SCMainWindow::windowPicked);
         click(*child<Tile>("windowTile"));
-        QTRY_VERIFY(shown<WindowHighlighter>() != nullptr);
+        QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
         pointTo(place.center());
-        QTRY_COMPARE(shown<WindowHighlighter>()->geometry(), place);
+        QTRY_COMPARE(shownWindow<WindowHighlighter>()->geometry(), place);
         QTRY_COMPARE(colourAt(place.topLeft() + QPoint(1, 1)), qRgb(255, 0, 0));
         xdotool({"click", "1"});
         QTRY_COMPARE(picked, (QList<QVariantList>{{place}}));
         QVERIFY(other.waitFor("pressed"));
-        QVERIFY(shown<WindowHighlighter>() == nullptr);
+        QVERIFY(shownWindow<WindowHighlighter>() == nullptr);
         QTRY_VERIFY(colourAt(place.topLeft() + QPoint(1, 1)) != qRgb(255, 0, 0));
         // It was picked once: the next click is the other program's alone.
         xdotool({"click", "1"});
