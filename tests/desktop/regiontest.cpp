@@ -98,7 +98,7 @@ QString RegionTest::wrongInTheBorder(const QRect& area)
 QString RegionTest::wrongInTheFrame(const QRect& area)
 {
     const QRect frame = framed(area);
-    const QString wrong = wrongInTheBorder(area);
+    QString wrong = wrongInTheBorder(area);
     if (!wrong.isEmpty())
         return wrong;
     const QList<QPoint> clear{area.topLeft() + QPoint(2, 2), area.bottomRight() - QPoint(2, 2), area.center(),
