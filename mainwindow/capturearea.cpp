@@ -14,6 +14,15 @@ int truncated(double exact)
     return static_cast<int>(std::abs(exact - nearest) < kRatioNoise ? nearest : std::trunc(exact));
 }
 
+/// What lies beyond the area's far edge. An area that does not reach over the screen's edge leaves nothing negative
+/// out.
+/// @param farEdge, screenEdge logical, counted from the screen's near edge
+int farMargin(int farEdge, int screenEdge, double screenPx, double devicePixelRatio)
+{
+    const int margin = truncated(screenPx - farEdge * devicePixelRatio);
+    return farEdge <= screenEdge ? std::max(margin, 0) : margin;
+}
+
 } // namespace
 
 int toPhysicalPx(int logicalPx, double devicePixelRatio)
@@ -42,6 +51,16 @@ QPoint captureCentre(const QRect& rect)
 QSize CaptureScreen::physicalSize() const
 {
     return {toPhysicalPx(geometry.width(), devicePixelRatio), toPhysicalPx(geometry.height(), devicePixelRatio)};
+}
+
+CaptureScreen withPixels(const CaptureScreen& screen, const QSize& pixels)
+{
+    const QSizeF rounded = QSizeF(screen.geometry.size()) * screen.devicePixelRatio;
+    const auto isNear = [&screen](double one, double other) { return std::abs(one - other) < screen.devicePixelRatio; };
+    CaptureScreen exact = screen;
+    if (isNear(rounded.width(), pixels.width()) && isNear(rounded.height(), pixels.height()))
+        exact.pixels = pixels;
+    return exact;
 }
 
 void CaptureArea::setRect(const QRect& rect)
@@ -84,9 +103,12 @@ CaptureMargins CaptureArea::margins(const CaptureScreen& screen) const
 {
     const QRect area = rectOn(screen);
     const QRect& whole = screen.geometry;
+    if (area == whole)
+        return {};
     const double ratio = screen.devicePixelRatio;
-    const QPoint beyond = QPoint(whole.width(), whole.height()) - QPoint(area.width(), area.height());
+    const QSizeF pixels = screen.pixels.isEmpty() ? QSizeF(whole.size()) * ratio : QSizeF(screen.pixels);
     const QPoint offset = area.topLeft() - whole.topLeft();
     return {toPhysicalPx(offset.x(), ratio), toPhysicalPx(offset.y(), ratio),
-            toPhysicalPx(beyond.x() - offset.x(), ratio), toPhysicalPx(beyond.y() - offset.y(), ratio), area != whole};
+            farMargin(offset.x() + area.width(), whole.width(), pixels.width(), ratio),
+            farMargin(offset.y() + area.height(), whole.height(), pixels.height(), ratio), true};
 }

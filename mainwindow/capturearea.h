@@ -10,13 +10,19 @@ struct CaptureScreen
     QRect geometry;
     /// Physical pixels per logical pixel, possibly fractional (1.25, 1.5, ...).
     double devicePixelRatio = 1.0;
+    /// The true size in physical pixels where somebody knows it, else empty. The logical size is rounded: 800 pixels
+    /// are 533 logical ones at 1.5, and those are 799.5 pixels again.
+    QSize pixels = {};
 
-    /// The size in physical pixels, truncated.
+    /// The logical size in physical pixels, truncated.
     QSize physicalSize() const;
 
     /// The screen in physical pixels: its place on the desktop is the same in both kinds of pixels.
     QRect physicalGeometry() const { return {geometry.topLeft(), physicalSize()}; }
 };
+
+/// The screen with its true size, unless what is given is further from the logical size than rounding brings it.
+CaptureScreen withPixels(const CaptureScreen& screen, const QSize& pixels);
 
 /// What is cut off the picture of the whole primary screen, in physical pixels, truncated.
 struct CaptureMargins
@@ -84,7 +90,7 @@ public:
     /// Width and height of the area on screen in physical pixels, each truncated: the size of the picture.
     QSize physicalSize(const CaptureScreen& screen) const;
 
-    /// What the area leaves out of screen.
+    /// What the area leaves out of screen; right and bottom are counted from the screen's true size where it is known.
     CaptureMargins margins(const CaptureScreen& screen) const;
 
 private:

@@ -107,7 +107,7 @@ private:
     void applyCaptureArea();
     bool areaFollowsScreen() const;
     bool resetRecordingArea();
-    void setCaptureTarget(const CaptureMargins& margins);
+    void setCaptureTarget();
     void captureWholeScreen();
     void chooseFullScreen();
     void bringAreaUpToDate();

@@ -87,7 +87,7 @@ void SCMainWindow::applyCaptureArea()
     m_ui->widthEdit->setText(QString::number(size.width()));
     m_ui->heightEdit->setText(QString::number(size.height()));
     if (m_engineRuns)
-        setCaptureTarget(m_captureArea.margins(screen));
+        setCaptureTarget();
 }
 
 bool SCMainWindow::areaFollowsScreen() const
@@ -143,10 +143,13 @@ bool SCMainWindow::fieldsTellTheSize(const CaptureScreen& screen) const
            std::abs(m_ui->heightEdit->text().toInt() - size.height()) <= roundingPx;
 }
 
-void SCMainWindow::setCaptureTarget(const CaptureMargins& margins)
+void SCMainWindow::setCaptureTarget()
 {
     const QStringList& names = m_obs->captureTargetNames();
-    const QString target = captureTargetForScreen(names, primaryScreen().physicalGeometry());
+    const CaptureScreen screen = primaryScreen();
+    const QString target = captureTargetForScreen(names, screen.physicalGeometry());
+    // The engine knows the screen's pixels, which the toolkit rounds.
+    const CaptureMargins margins = m_captureArea.margins(withPixels(screen, captureTargetGeometry(target).size()));
     m_targetFound = m_obs->setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped,
                                             margins.left, margins.right, margins.top, margins.bottom);
     if (!m_targetFound)

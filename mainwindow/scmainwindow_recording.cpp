@@ -224,7 +224,7 @@ bool SCMainWindow::prepareCapture()
     if (!resetRecordingArea())
         return false;
     if (!applied)
-        setCaptureTarget(m_captureArea.margins(primaryScreen()));
+        setCaptureTarget();
     // Sound needs no screen.
     return m_targetFound || !picture;
 }

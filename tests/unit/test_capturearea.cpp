@@ -218,6 +218,34 @@ private slots:
         QCOMPARE(CaptureArea().physicalSize(screen), QSize(2049, 1152));
     }
 
+    void marginsAreCountedFromTheScreensTruePixels()
+    {
+        // 800 by 600 pixels at 1.5, of which the toolkit makes 533 by 400.
+        const CaptureScreen rounded{{0, 0, 533, 400}, 1.5};
+        const CaptureScreen screen = withPixels(rounded, {800, 600});
+        CaptureArea area;
+        area.setRect({100, 90, 240, 156});
+        QCOMPARE(area.margins(screen), (CaptureMargins{150, 135, 290, 231, true}));
+        QCOMPARE(area.physicalSize(screen), QSize(360, 234));
+        area.setRect({100, 90, 433, 310});
+        QCOMPARE(area.margins(screen), (CaptureMargins{150, 135, 0, 0, true}));
+        area.setRect(screen.geometry);
+        QCOMPARE(area.margins(screen), CaptureMargins());
+        // 1026 pixels at 2.5, rounded down to 410 and up to 411.
+        area.setRect({10, 20, 400, 100});
+        QCOMPARE(area.margins(withPixels({{0, 0, 410, 400}, 2.5}, {1026, 1000})).right, 1);
+        area.setRect({10, 20, 401, 100});
+        QCOMPARE(area.margins(withPixels({{0, 0, 411, 400}, 2.5}, {1026, 1000})).right, 0);
+    }
+
+    void pixelsOfAnotherScreenAreNotTaken()
+    {
+        const CaptureScreen screen{{0, 0, 533, 400}, 1.5};
+        QCOMPARE(withPixels(screen, {800, 600}).pixels, QSize(800, 600));
+        for (const QSize& other : {QSize(), QSize(0, 0), QSize(1280, 720), QSize(800, 720), QSize(533, 400)})
+            QVERIFY(withPixels(screen, other).pixels.isEmpty());
+    }
+
     void oneEdgeMovedSetsTheCropFlag()
     {
         const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
