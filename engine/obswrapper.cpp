@@ -3,6 +3,7 @@
 #include "app/sclogger.h"
 #include "engine/enginemodules.h"
 #include "engine/obswrapper_p.h"
+#include "engine/rowpacking.h"
 
 #include <QDebug>
 #include <QDir>
@@ -262,6 +263,7 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
         m_repeatTrial.start();
     if (result != OBS_VIDEO_SUCCESS)
         return result;
+    packPictureRows();
     // The picture line is another one now.
     if (m_output)
         giveOutputTheLines();

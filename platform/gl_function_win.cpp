@@ -1,0 +1,8 @@
+#include "platform/gl_function.h"
+
+#include <QLibrary>
+
+QFunctionPointer platform::glFunction(const char* name)
+{
+    return QLibrary::resolve(QStringLiteral("opengl32"), name);
+}
