@@ -9,7 +9,19 @@ namespace {
 constexpr int kStartTimeoutMs = 30'000;
 constexpr int kCloseTimeoutMs = 60'000;
 constexpr int kWindowTimeoutMs = 10'000;
+/// What a window manager and a toolkit need to take notice of one thing before the next.
+constexpr int kNoticeMs = 60;
 const QString kHotkey = QStringLiteral("F9");
+
+bool run(const QString& tool, const QStringList& arguments)
+{
+    return QProcess::execute(tool, arguments) == 0;
+}
+
+bool xrandr(const QStringList& arguments)
+{
+    return run(QStringLiteral("xrandr"), arguments);
+}
 
 } // namespace
 
@@ -40,6 +52,20 @@ QString Performance::launch(QProcess& process, const QString& name, const QStrin
             return name + QLatin1String(" did not get ready: ") + process.errorString() +
                    QString::fromLocal8Bit(process.readAllStandardError());
     return {};
+}
+
+TwoScreens::TwoScreens(const QSize& displayPx) : m_half(displayPx.width() / 2, displayPx.height())
+{
+    // Any size in millimetres will do.
+    const QString area = QStringLiteral("%1/85x%2/95+%3+0").arg(m_half.width()).arg(m_half.height());
+    m_made = xrandr({"--setmonitor", "*Right", area.arg(m_half.width()), "screen"}) &&
+             xrandr({"--setmonitor", "Left", area.arg(0), "none"});
+}
+
+TwoScreens::~TwoScreens()
+{
+    xrandr({"--delmonitor", "Left"});
+    xrandr({"--delmonitor", "Right"});
 }
 
 Take beginTake(ProgramUnderTest& program, const QString& extension)
@@ -79,4 +105,38 @@ Take record(ProgramUnderTest& program, const QString& extension, int millisecond
         endTake(program, take);
     }
     return take;
+}
+
+bool goBackFromRecordButton(ProgramUnderTest& program, int steps)
+{
+    const auto window = program.mainWindow(false, kWindowTimeoutMs);
+    if (!window)
+        return false;
+    x11clients::activate(window->id);
+    QTest::qWait(5 * kNoticeMs);
+    for (int step = 0; step < steps; ++step)
+        ProgramUnderTest::pressKey(QStringLiteral("shift+Tab"));
+    return true;
+}
+
+bool xdotool(const QStringList& arguments)
+{
+    return run(QStringLiteral("xdotool"), arguments);
+}
+
+bool pointTo(const QPoint& place)
+{
+    const bool pointed = xdotool({"mousemove", QString::number(place.x()), QString::number(place.y())});
+    QTest::qWait(kNoticeMs);
+    return pointed;
+}
+
+bool drag(const QPoint& from, const QPoint& to)
+{
+    constexpr int kSteps = 4;
+    bool done = pointTo(from) && xdotool({"mousedown", "1"});
+    QTest::qWait(kNoticeMs);
+    for (int step = 1; step <= kSteps; ++step)
+        done = pointTo(from + (to - from) * step / kSteps) && done;
+    return xdotool({"mouseup", "1"}) && done;
 }

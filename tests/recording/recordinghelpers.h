@@ -3,7 +3,9 @@
 #include "tests/support/programundertest.h"
 
 #include <QProcess>
+#include <QRect>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 
@@ -23,6 +25,25 @@ private:
 
     QProcess m_picture;
     QProcess m_tone;
+};
+
+/// The display split in two screens side by side, of which the right one is the primary, for as long as the object
+/// lives.
+class TwoScreens
+{
+public:
+    /// @param displayPx size of the whole display; its width is even.
+    explicit TwoScreens(const QSize& displayPx);
+    ~TwoScreens();
+    TwoScreens(const TwoScreens&) = delete;
+    TwoScreens& operator=(const TwoScreens&) = delete;
+
+    bool areMade() const { return m_made; }
+    QRect primary() const { return {m_half.width(), 0, m_half.width(), m_half.height()}; }
+
+private:
+    QSize m_half;
+    bool m_made = false;
 };
 
 /// What became of one recording, in CLOCK_MONOTONIC.
@@ -48,3 +69,20 @@ void endTake(ProgramUnderTest& program, Take& take);
 
 /// A whole recording of @p milliseconds.
 Take record(ProgramUnderTest& program, const QString& extension, int milliseconds);
+
+/// How often Shift+Tab is pressed from the record button, which has the keyboard after the start, to a control.
+inline constexpr int kStepsToName = 4;
+inline constexpr int kStepsToRatio = 13;
+inline constexpr int kStepsToRegion = 15;
+
+/// Activates the main window and goes back in the order of its controls. False when there is no such window.
+bool goBackFromRecordButton(ProgramUnderTest& program, int steps);
+
+/// Runs xdotool; false when it fails.
+bool xdotool(const QStringList& arguments);
+
+/// Moves the pointer, in physical pixels of the display.
+bool pointTo(const QPoint& place);
+
+/// Presses the left button at the first place, goes to the second one in steps, as a hand does, and lets go.
+bool drag(const QPoint& from, const QPoint& to);

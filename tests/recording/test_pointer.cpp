@@ -3,7 +3,6 @@
 #include "tests/support/testpicture.h"
 
 #include <QImage>
-#include <QProcess>
 #include <QTest>
 
 #include <algorithm>
@@ -39,11 +38,6 @@ QColor mixed(const QColor& below, const QColor& above, double alpha)
 {
     const auto mix = [alpha](int under, int over) { return qRound(under * (1 - alpha) + over * alpha); };
     return {mix(below.red(), above.red()), mix(below.green(), above.green()), mix(below.blue(), above.blue())};
-}
-
-bool xdotool(const QStringList& arguments)
-{
-    return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
 }
 
 } // namespace

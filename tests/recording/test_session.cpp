@@ -76,48 +76,6 @@ private:
     QProcess m_player;
 };
 
-/// The display split in two screens, of which the right one is the primary, for as long as the object lives.
-class TwoScreens
-{
-public:
-    TwoScreens()
-    {
-        m_made = xrandr({"--setmonitor", "*Right", "320/85x360/95+320+0", "screen"}) &&
-                 xrandr({"--setmonitor", "Left", "320/85x360/95+0+0", "none"});
-    }
-
-    ~TwoScreens()
-    {
-        xrandr({"--delmonitor", "Left"});
-        xrandr({"--delmonitor", "Right"});
-    }
-
-    bool areMade() const { return m_made; }
-    static QRect primary() { return {320, 0, 320, 360}; }
-
-private:
-    static bool xrandr(const QStringList& arguments)
-    {
-        return QProcess::execute(QStringLiteral("xrandr"), arguments) == 0;
-    }
-
-    bool m_made = false;
-};
-
-/// The main window with the keyboard's focus in the file name field: the record button has it after the start, and the
-/// field comes three controls before it in the order of the Tab key.
-bool focusNameField(ProgramUnderTest& program)
-{
-    const auto window = program.mainWindow(false, kWindowTimeoutMs);
-    if (!window)
-        return false;
-    x11clients::activate(window->id);
-    QTest::qWait(300);
-    for (int step = 0; step < 4; ++step)
-        ProgramUnderTest::pressKey(QStringLiteral("shift+Tab"));
-    return true;
-}
-
 } // namespace
 
 /// How recordings begin and end, on the running program.
@@ -189,7 +147,7 @@ void TestSession::aTypedNameLosesItsBlanks()
 {
     ProgramUnderTest program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-    QVERIFY(focusNameField(program));
+    QVERIFY(goBackFromRecordButton(program, kStepsToName));
     ProgramUnderTest::typeText(QStringLiteral("  demo  "));
     const Take take = record(program, kMp4, kShortMs);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
@@ -201,7 +159,7 @@ void TestSession::aTypedNameStaysInTheFolder()
 {
     ProgramUnderTest program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-    QVERIFY(focusNameField(program));
+    QVERIFY(goBackFromRecordButton(program, kStepsToName));
     ProgramUnderTest::typeText(QStringLiteral("a/../b\\c:d"));
     const Take take = record(program, kMp4, kShortMs);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
@@ -217,7 +175,7 @@ void TestSession::twoDotsCountAsAnEmptyName()
 {
     ProgramUnderTest program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-    QVERIFY(focusNameField(program));
+    QVERIFY(goBackFromRecordButton(program, kStepsToName));
     ProgramUnderTest::typeText(QStringLiteral(".."));
     const Take take = record(program, kMp4, kShortMs);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
@@ -249,7 +207,7 @@ void TestSession::aTakenNameGetsANumber()
     QVERIFY(earlier.open(QIODevice::WriteOnly) && earlier.write(precious) == precious.size());
     earlier.close();
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-    QVERIFY(focusNameField(program));
+    QVERIFY(goBackFromRecordButton(program, kStepsToName));
     ProgramUnderTest::typeText(QStringLiteral("demo"));
     for (const char* name : {"demo (2).mp4", "demo (3).mp4"}) {
         const Take take = record(program, kMp4, kShortMs);
@@ -396,7 +354,7 @@ void TestSession::theMicrophoneIsHeardWhereItIsSwitchedOn()
 
 void TestSession::aPrimaryScreenOffTheOriginIsRecorded()
 {
-    const TwoScreens screens;
+    const TwoScreens screens({640, 360});
     QVERIFY(screens.areMade());
     ProgramUnderTest program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
@@ -404,14 +362,14 @@ void TestSession::aPrimaryScreenOffTheOriginIsRecorded()
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
     const MediaFile file(take.path);
     QVERIFY2(file.isReadable() && file.video(), qPrintable(file.error()));
-    QCOMPARE(file.video()->size, TwoScreens::primary().size());
+    QCOMPARE(file.video()->size, screens.primary().size());
     const QImage picture = file.pictureAt(file.durationSeconds() / 2);
     int compared = 0;
     const QList<TestPicture::Patch> patches = TestPicture({640, 360}).patches();
     for (const TestPicture::Patch& patch : patches) {
-        if (!TwoScreens::primary().contains(patch.area))
+        if (!screens.primary().contains(patch.area))
             continue;
-        const QColor found = meanColour(picture, patch.area.center() - TwoScreens::primary().topLeft(), 4);
+        const QColor found = meanColour(picture, patch.area.center() - screens.primary().topLeft(), 4);
         QVERIFY2(colourDistance(found, patch.colour) <= 12,
                  qPrintable(patch.colour.name() + QLatin1String(" came out as ") + found.name()));
         ++compared;

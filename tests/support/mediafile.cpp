@@ -137,19 +137,34 @@ double MediaFile::durationSeconds() const
 
 QImage MediaFile::pictureAt(double seconds) const
 {
+    return decodedPictures({"-ss", QString::number(seconds, 'f', 3)}, {"-frames:v", "1"}).value(0);
+}
+
+QList<QImage> MediaFile::pictures() const
+{
+    return decodedPictures({}, {"-fps_mode", "passthrough"});
+}
+
+/// The pictures that ffmpeg gives with further arguments before and after the name of the file.
+QList<QImage> MediaFile::decodedPictures(const QStringList& before, const QStringList& after) const
+{
     if (!video())
         return {};
     // Where the file does not say which colours it holds, those of high definition are taken for granted, as players
     // do.
     const QString filter =
         video()->hasColourSpace ? QStringLiteral("null") : QStringLiteral("scale=in_color_matrix=bt709");
-    const QByteArray data = decode({"-ss", QString::number(seconds, 'f', 3), "-i", m_path, "-vf", filter, "-frames:v",
-                                    "1", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
+    const QByteArray data = decode(before + QStringList{"-i", m_path, "-map", "0:v:0", "-vf", filter} + after +
+                                   QStringList{"-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
     const QSize size = video()->size;
-    if (data.size() != qsizetype{3} * size.width() * size.height())
-        return {};
-    const auto* bytes = reinterpret_cast<const uchar*>(data.constData());
-    return QImage(bytes, size.width(), size.height(), qsizetype{3} * size.width(), QImage::Format_RGB888).copy();
+    const qsizetype lineBytes = qsizetype{3} * size.width();
+    const qsizetype pictureBytes = lineBytes * size.height();
+    QList<QImage> pictures;
+    for (qsizetype at = 0; pictureBytes > 0 && at + pictureBytes <= data.size(); at += pictureBytes) {
+        const auto* bytes = reinterpret_cast<const uchar*>(data.constData()) + at;
+        pictures.append(QImage(bytes, size.width(), size.height(), lineBytes, QImage::Format_RGB888).copy());
+    }
+    return pictures;
 }
 
 QList<std::optional<uint32_t>> MediaFile::numbers(const TestPicture& picture) const

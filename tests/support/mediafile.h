@@ -50,6 +50,8 @@ public:
 
     /// The picture that shows at @p seconds; a null image where there is none.
     QImage pictureAt(double seconds) const;
+    /// All pictures, in order; for short recordings of small areas.
+    QList<QImage> pictures() const;
     /// The test picture's number in each frame, in order; nothing where a frame shows no number.
     QList<std::optional<uint32_t>> numbers(const TestPicture& picture) const;
     /// The sound, mixed to one channel, -1..1, at @p samplesPerSecond.
@@ -57,6 +59,7 @@ public:
 
 private:
     const MediaStream* first(const QString& kind) const;
+    QList<QImage> decodedPictures(const QStringList& before, const QStringList& after) const;
     void probe();
     void readStreams(const QByteArray& json);
 

@@ -1,0 +1,284 @@
+#include "tests/recording/recordinghelpers.h"
+#include "tests/recording/regionuser.h"
+#include "tests/support/mediafile.h"
+#include "tests/support/stillpicture.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QTest>
+
+#include <algorithm>
+
+namespace {
+
+const auto kMp4 = QStringLiteral("mp4");
+constexpr int kTakeMs = 1500;
+constexpr int kOutsideGrey = 255;
+constexpr int kInsideGrey = 150;
+/// Of the ring that lies just inside the edges of a region.
+constexpr int kRingPx = 2;
+
+/// White outside the region, grey inside, and along its edges a black ring.
+QImage ringedPicture(const QSize& size, const QRectF& region)
+{
+    QImage picture(size, QImage::Format_RGB32);
+    picture.fill(qRgb(kOutsideGrey, kOutsideGrey, kOutsideGrey));
+    const QRect pixels(region.topLeft().toPoint(), region.bottomRight().toPoint() - QPoint(1, 1));
+    QPainter painter(&picture);
+    painter.fillRect(pixels, Qt::black);
+    painter.fillRect(pixels.adjusted(kRingPx, kRingPx, -kRingPx, -kRingPx),
+                     QColor(kInsideGrey, kInsideGrey, kInsideGrey));
+    return picture;
+}
+
+/// How many pixels of the line that goes from the edge inwards come before the ring; -1 where there is no ring.
+int pixelsBeforeRing(const QImage& picture, const QPoint& onEdge, const QPoint& inwards)
+{
+    constexpr int kLookPx = 6;
+    constexpr int kDark = 75;
+    for (int step = 0; step < kLookPx; ++step)
+        if (qGray(picture.pixel(onEdge + step * inwards)) < kDark)
+            return step;
+    return -1;
+}
+
+/// The strongest colour of a picture: 0 for all greys.
+int strongestColour(const QImage& picture)
+{
+    int strongest = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            const QRgb pixel = picture.pixel(x, y);
+            const auto [low, high] = std::minmax({qRed(pixel), qGreen(pixel), qBlue(pixel)});
+            strongest = std::max(strongest, high - low);
+        }
+    }
+    return strongest;
+}
+
+int redness(QRgb pixel)
+{
+    return qRed(pixel) - std::max(qGreen(pixel), qBlue(pixel));
+}
+
+/// Which of the regions each picture shows: its number, -1 for none of them.
+QList<int> regionsShown(const QList<QImage>& pictures, const QList<QRect>& regions, const QImage& grid)
+{
+    QList<int> shown;
+    for (const QImage& picture : pictures) {
+        const auto found = std::ranges::find_if(
+            regions, [&](const QRect& region) { return differenceFromGrid(picture, region, grid).isEmpty(); });
+        shown.append(found == regions.end() ? -1 : static_cast<int>(found - regions.begin()));
+    }
+    return shown;
+}
+
+QString asText(const QList<int>& numbers)
+{
+    QStringList texts;
+    for (const int number : numbers)
+        texts.append(QString::number(number));
+    return texts.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+/// Regions in files that the program recorded, with their frames on the screen.
+class TestRegion : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(!m_size.isEmpty());
+        m_grid = gridPicture(m_size);
+    }
+
+    void theFileShowsExactlyTheRegion_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<QRect>("region");
+        QTest::newRow("at odd coordinates") << 1.0 << QRect(151, 97, 244, 162);
+        QTest::newRow("at scale 1.5") << 1.5 << QRect(100, 90, 240, 156);
+    }
+
+    void theFileShowsExactlyTheRegion()
+    {
+        QFETCH(const double, scale);
+        QFETCH(const QRect, region);
+        const StillPicture still(m_grid);
+        const QImage picture = recorded(region, scale);
+        const QRect part((QPointF(region.topLeft()) * scale).toPoint(), (QSizeF(region.size()) * scale).toSize());
+        const QString difference = differenceFromGrid(picture, part, m_grid);
+        QVERIFY2(difference.isEmpty(), qPrintable(difference));
+        QVERIFY2(strongestColour(picture) <= kGreyError, qPrintable(QString::number(strongestColour(picture))));
+    }
+
+    void theRegionsEdgesAreInThePictureWithinAPixel_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<QRect>("region");
+        QTest::newRow("odd size") << 1.0 << QRect(151, 97, 247, 163);
+        QTest::newRow("scale 1.25") << 1.25 << QRect(101, 83, 207, 155);
+        QTest::newRow("scale 1.5") << 1.5 << QRect(101, 83, 205, 153);
+        QTest::newRow("scale 2") << 2.0 << QRect(71, 83, 203, 151);
+    }
+
+    void theRegionsEdgesAreInThePictureWithinAPixel()
+    {
+        QFETCH(const double, scale);
+        QFETCH(const QRect, region);
+        const StillPicture still(
+            ringedPicture(m_size, QRectF(QPointF(region.topLeft()) * scale, QSizeF(region.size()) * scale)));
+        const QImage picture = recorded(region, scale);
+        QVERIFY(!picture.isNull());
+        const QRect all = picture.rect();
+        const QPoint centre = all.center();
+        const QList<std::pair<QPoint, QPoint>> edges{{{all.left(), centre.y()}, {1, 0}},
+                                                     {{all.right(), centre.y()}, {-1, 0}},
+                                                     {{centre.x(), all.top()}, {0, 1}},
+                                                     {{centre.x(), all.bottom()}, {0, -1}}};
+        for (const auto& [onEdge, inwards] : edges) {
+            const int before = pixelsBeforeRing(picture, onEdge, inwards);
+            QVERIFY2(before == 0 || before == 1, qPrintable(QStringLiteral("%1 pixels before the edge at (%2, %3)")
+                                                                .arg(before)
+                                                                .arg(onEdge.x())
+                                                                .arg(onEdge.y())));
+        }
+    }
+
+    void theFrameDraggedByItsBarTakesThePictureAlong()
+    {
+        const StillPicture still(m_grid);
+        const QRect start(151, 197, 244, 162);
+        const QList<QRect> stops{start, start.translated(61, 39), start.translated(122, 20)};
+        ProgramUnderTest program;
+        Take take = begin(program, start);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        QTest::qWait(kTakeMs / 2);
+        const QPoint grip = regionuser::bareBar(start);
+        QVERIFY(pointTo(grip) && xdotool({"mousedown", "1"}));
+        // Held at the stop on the way: the picture is to follow before the button is let go.
+        for (qsizetype stop = 1; stop < stops.size(); ++stop) {
+            QVERIFY(pointTo(grip + stops.at(stop).topLeft() - start.topLeft()));
+            QTest::qWait(kTakeMs / 2);
+        }
+        QVERIFY(xdotool({"mouseup", "1"}));
+        QTest::qWait(kTakeMs / 2);
+        endTake(program, take);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+
+        const QList<QImage> pictures = MediaFile(take.path).pictures();
+        const QList<int> shown = regionsShown(pictures, stops, m_grid);
+        const QByteArray story = asText(shown).toUtf8();
+        QCOMPARE(shown.value(0), 0);
+        QCOMPARE(shown.value(shown.size() - 1), 2);
+        QVERIFY2(std::is_sorted(shown.begin(), shown.end(), [](int a, int b) { return a >= 0 && b >= 0 && a < b; }),
+                 story.constData());
+        int atRest = 0;
+        for (qsizetype index = 0; index < shown.size(); ++index) {
+            if (shown.at(index) < 0)
+                continue;
+            ++atRest;
+            const int colour = strongestColour(pictures.at(index));
+            QVERIFY2(colour <= kGreyError, qPrintable(QStringLiteral("picture %1: %2").arg(index).arg(colour)));
+        }
+        for (int stop = 0; stop < stops.size(); ++stop)
+            QVERIFY2(shown.count(stop) >= 5, story.constData());
+        qInfo("%d of %d pictures show the region at rest: %s", atRest, static_cast<int>(shown.size()),
+              story.constData());
+    }
+
+    void strokesDrawnWhileRecordingAreInTheFileAndTheFrameIsNot()
+    {
+        const StillPicture still(m_grid);
+        const QRect region(151, 197, 244, 162);
+        const QPoint from(40, 81);
+        const QPoint to(200, 81);
+        ProgramUnderTest program;
+        Take take = begin(program, region);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        QTest::qWait(kTakeMs / 2);
+        QVERIFY(pointTo(regionuser::penButton(region)) && xdotool({"click", "1"}));
+        QVERIFY(drag(region.topLeft() + from, region.topLeft() + to));
+        QVERIFY(pointTo(region.topLeft() - QPoint(100, 100)));
+        QTest::qWait(kTakeMs / 2);
+        endTake(program, take);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+
+        const QList<QImage> pictures = MediaFile(take.path).pictures();
+        QVERIFY(pictures.size() > kFramesPerSecond);
+        const QString difference = differenceFromGrid(pictures.constFirst(), region, m_grid);
+        QVERIFY2(difference.isEmpty(), qPrintable(difference));
+        QVERIFY(strongestColour(pictures.constFirst()) <= kGreyError);
+        // What is not near the stroke stays as grey as before.
+        QImage last = pictures.constLast();
+        const QRect around = QRect(from, to).adjusted(-6, -6, 6, 6);
+        for (int x = from.x() + 4; x < to.x() - 4; ++x) {
+            int strongest = 0;
+            for (int y = from.y() - 2; y <= from.y() + 1; ++y)
+                strongest = std::max(strongest, redness(last.pixel(x, y)));
+            QVERIFY2(strongest > 60, qPrintable(QStringLiteral("%1 at %2").arg(strongest).arg(x)));
+        }
+        QPainter(&last).fillRect(around, Qt::gray);
+        QVERIFY2(strongestColour(last) <= kGreyError, qPrintable(QString::number(strongestColour(last))));
+    }
+
+    void aRegionOfAPrimaryScreenOffTheOriginIsRecordedFromThere()
+    {
+        const StillPicture still(m_grid);
+        const TwoScreens screens(m_size);
+        QVERIFY(screens.areMade());
+        const QRect region(screens.primary().left() + 61, 97, 244, 162);
+        const QImage picture = recorded(region, 1.0);
+        const QString difference = differenceFromGrid(picture, region, m_grid);
+        QVERIFY2(difference.isEmpty(), qPrintable(difference));
+    }
+
+private:
+    /// What an encoder makes of greys.
+    static constexpr int kGreyError = 24;
+
+    /// Begins to record a region given in logical pixels; the pointer is then elsewhere.
+    Take begin(ProgramUnderTest& program, const QRect& region, double scale = 1.0)
+    {
+        Take take;
+        regionuser::prepare(program, scale);
+        if (!program.startAndWaitUntilReady()) {
+            take.failure = QStringLiteral("the program did not start");
+            return take;
+        }
+        const std::optional<QRect> chosen = regionuser::chooseRegion(program, region, scale);
+        if (chosen == region)
+            return beginTake(program, kMp4);
+        const QRect said = chosen.value_or(QRect());
+        take.failure = QStringLiteral("the program took %1,%2 %3x%4 for the region")
+                           .arg(said.x())
+                           .arg(said.y())
+                           .arg(said.width())
+                           .arg(said.height());
+        return take;
+    }
+
+    /// The picture in the middle of a short recording of a region given in logical pixels.
+    QImage recorded(const QRect& region, double scale)
+    {
+        ProgramUnderTest program;
+        Take take = begin(program, region, scale);
+        if (take.failure.isEmpty()) {
+            QTest::qWait(kTakeMs);
+            endTake(program, take);
+        }
+        if (!take.failure.isEmpty())
+            QTest::qFail(qPrintable(take.failure), __FILE__, __LINE__);
+        const MediaFile file(take.path);
+        return file.pictureAt(file.durationSeconds() / 2);
+    }
+
+    const QSize m_size = StillPicture::displaySize();
+    QImage m_grid;
+};
+
+QTEST_GUILESS_MAIN(TestRegion)
+#include "test_region.moc"
