@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
+#include <QRegularExpression>
 #include <QTest>
 
 namespace {
@@ -117,6 +119,26 @@ bool goBackFromRecordButton(ProgramUnderTest& program, int steps)
     for (int step = 0; step < steps; ++step)
         ProgramUnderTest::pressKey(QStringLiteral("shift+Tab"));
     return true;
+}
+
+std::optional<QRect> visibleWindow(const QString& title)
+{
+    static const QRegularExpression geometry(
+        QStringLiteral("X=(-?\\d+)\\s+Y=(-?\\d+)\\s+WIDTH=(\\d+)\\s+HEIGHT=(\\d+)"));
+    QElapsedTimer waited;
+    waited.start();
+    do {
+        QProcess search;
+        search.start(QStringLiteral("xdotool"), {"search", "--onlyvisible", "--name", QStringLiteral("^%1$").arg(title),
+                                                 "getwindowgeometry", "--shell"});
+        search.waitForFinished();
+        const auto match = geometry.match(QString::fromLatin1(search.readAllStandardOutput()));
+        const auto number = [&match](int index) { return match.captured(index).toInt(); };
+        if (match.hasMatch())
+            return QRect(number(1), number(2), number(3), number(4));
+        QTest::qWait(kNoticeMs);
+    } while (!waited.hasExpired(kWindowTimeoutMs));
+    return std::nullopt;
 }
 
 bool xdotool(const QStringList& arguments)

@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <optional>
 
 /// Frames a second of every recording.
 inline constexpr int kFramesPerSecond = 30;
@@ -77,6 +78,10 @@ inline constexpr int kStepsToRegion = 15;
 
 /// Activates the main window and goes back in the order of its controls. False when there is no such window.
 bool goBackFromRecordButton(ProgramUnderTest& program, int steps);
+
+/// Where a window with this title is on the display, once one is visible, also one that the window manager does not
+/// look after; nothing when none comes.
+std::optional<QRect> visibleWindow(const QString& title);
 
 /// Runs xdotool; false when it fails.
 bool xdotool(const QStringList& arguments);

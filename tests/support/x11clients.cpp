@@ -65,6 +65,18 @@ public:
         return size && place ? QRect(place->dst_x, place->dst_y, size->width, size->height) : QRect();
     }
 
+    QImage picture(const QRect& area)
+    {
+        const auto cookie =
+            xcb_get_image(m_connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, static_cast<int16_t>(area.x()),
+                          static_cast<int16_t>(area.y()), static_cast<uint16_t>(area.width()),
+                          static_cast<uint16_t>(area.height()), ~uint32_t{0});
+        const Reply<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection.get(), cookie, nullptr));
+        if (!reply || xcb_get_image_data_length(reply.get()) < 4 * area.width() * area.height())
+            return {};
+        return QImage(xcb_get_image_data(reply.get()), area.width(), area.height(), QImage::Format_RGB32).copy();
+    }
+
     xcb_atom_t atom(std::string_view name)
     {
         const auto cookie = xcb_intern_atom(m_connection.get(), 0, static_cast<uint16_t>(name.size()), name.data());
@@ -158,6 +170,11 @@ QList<uint32_t> iconOf(uint32_t id)
     Display display;
     const QList<uint32_t> icons = display.numbers(id, "_NET_WM_ICON");
     return icons.mid(0, 2 + qsizetype{icons.value(0)} * icons.value(1));
+}
+
+QImage picture(const QRect& area)
+{
+    return Display().picture(area);
 }
 
 void minimise(uint32_t id)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QImage>
 #include <QList>
 #include <QRect>
 #include <QString>
@@ -33,6 +34,9 @@ QStringList statesOf(uint32_t id);
 
 /// The first icon that the window offers: width, height and the pixels, each a number. Empty when it offers none.
 QList<uint32_t> iconOf(uint32_t id);
+
+/// What the display shows in an area of it; a null image where some of the area is not on the display.
+QImage picture(const QRect& area);
 
 /// Asks the window manager to minimise a window.
 void minimise(uint32_t id);
