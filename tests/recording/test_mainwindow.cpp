@@ -22,16 +22,6 @@ bool run(const QString& tool, const QStringList& arguments)
     return QProcess::execute(tool, arguments) == 0;
 }
 
-bool xdotool(const QStringList& arguments)
-{
-    return run(QStringLiteral("xdotool"), arguments);
-}
-
-bool pointTo(const QPoint& place)
-{
-    return xdotool({"mousemove", QString::number(place.x()), QString::number(place.y())});
-}
-
 /// Chooses the region tile with the keyboard. The record button has the focus after the start, and the tile six
 /// controls after it in the order of the Tab key, where the three pages are one.
 bool chooseRegionTile(ProgramUnderTest& program)
