@@ -13,8 +13,8 @@ namespace platform {
 /// User-interface thread.
 ///
 /// On Windows the window refuses by itself, through answerWhileHeld(), and nothing is done here. X11 window managers do
-/// not ask: they are told that the window takes no input, and whoever holds a window minimises it again when it is
-/// brought back all the same.
+/// not ask: they are told that the window takes no input, and a held window that is brought back all the same is
+/// minimised again.
 void setHeld(QWidget& window, bool held);
 
 /// The answer of a held window to a native message (QWidget::nativeEvent): 0 for one that is to go no further, a
