@@ -1,27 +1,15 @@
 #include "platform/global_hotkey_backend.h"
 #include "platform/x11_keyboard.h"
+#include "platform/xcb_handles.h"
 
 #include <QSocketNotifier>
 
-#include <xcb/xcb.h>
-
-#include <cstdlib>
 #include <optional>
 #include <vector>
 
 namespace platform {
 
 namespace {
-
-struct Disconnect
-{
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
-
-struct FreeEvent
-{
-    void operator()(void* event) const { std::free(event); }
-};
 
 /// A passive grab as it was made, so that it can be taken back after the keyboard has changed.
 struct Grab
@@ -54,7 +42,7 @@ private:
     void onMappingChanged(const xcb_mapping_notify_event_t& event);
 
     GlobalHotkey& m_owner;
-    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+    xcb::Connection m_connection;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::optional<QKeyCombination> m_key;
     std::vector<Grab> m_grabs;
@@ -113,7 +101,7 @@ bool X11Backend::grab(const Grab& wanted)
 {
     const xcb_void_cookie_t cookie = xcb_grab_key_checked(m_connection.get(), 0, wanted.root, wanted.modifiers,
                                                           wanted.keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-    const std::unique_ptr<xcb_generic_error_t, FreeEvent> error(xcb_request_check(m_connection.get(), cookie));
+    const xcb::Owned<xcb_generic_error_t> error(xcb_request_check(m_connection.get(), cookie));
     if (!error)
         m_grabs.push_back(wanted);
     return !error;
@@ -130,7 +118,7 @@ void X11Backend::ungrabAll()
 void X11Backend::readEvents()
 {
     while (isConnected()) {
-        const std::unique_ptr<xcb_generic_event_t, FreeEvent> event(xcb_poll_for_event(m_connection.get()));
+        const xcb::Owned<xcb_generic_event_t> event(xcb_poll_for_event(m_connection.get()));
         if (!event)
             return;
         handle(*event);

@@ -1,17 +1,9 @@
 #include "platform/pointer_state.h"
-
-#include <xcb/xcb.h>
-
-#include <cstdlib>
+#include "platform/xcb_handles.h"
 
 namespace platform {
 
 namespace {
-
-struct FreeReply
-{
-    void operator()(void* reply) const { std::free(reply); }
-};
 
 xcb_window_t rootOf(xcb_connection_t* display, int screen)
 {
@@ -28,16 +20,13 @@ struct PointerProbe::Connection
     Connection() : display(xcb_connect(nullptr, &screen))
     {
         if (isUsable())
-            root = rootOf(display, screen);
+            root = rootOf(display.get(), screen);
     }
-    ~Connection() { xcb_disconnect(display); }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
 
-    bool isUsable() const { return xcb_connection_has_error(display) == 0; }
+    bool isUsable() const { return xcb_connection_has_error(display.get()) == 0; }
 
     int screen = 0;
-    xcb_connection_t* display;
+    xcb::Connection display;
     xcb_window_t root = XCB_WINDOW_NONE;
 };
 
@@ -47,10 +36,10 @@ PointerProbe::~PointerProbe() = default;
 
 std::optional<PointerState> PointerProbe::look() const
 {
-    xcb_connection_t* const display = m_connection->display;
+    xcb_connection_t* const display = m_connection->display.get();
     if (!m_connection->isUsable())
         return {};
-    const std::unique_ptr<xcb_query_pointer_reply_t, FreeReply> reply(
+    const xcb::Owned<xcb_query_pointer_reply_t> reply(
         xcb_query_pointer_reply(display, xcb_query_pointer(display, m_connection->root), nullptr));
     if (!reply || reply->same_screen == 0)
         return {};

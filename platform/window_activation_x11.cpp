@@ -1,26 +1,15 @@
 #include "platform/window_activation.h"
-
-#include <xcb/xcb.h>
+#include "platform/xcb_handles.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
-#include <memory>
 #include <string_view>
 
 namespace platform {
 
 namespace {
-
-struct FreeReply
-{
-    void operator()(void* reply) const { std::free(reply); }
-};
-
-template <typename Reply>
-using ReplyPointer = std::unique_ptr<Reply, FreeReply>;
 
 // Values of WM_STATE (ICCCM 4.1.3.1) and of the window manager's client messages (EWMH).
 constexpr uint32_t kIconicState = 3;
@@ -35,33 +24,30 @@ class Connection
 {
 public:
     Connection() : m_connection(xcb_connect(nullptr, &m_screenNumber)) {}
-    ~Connection() { xcb_disconnect(m_connection); }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
 
-    bool isOpen() const { return xcb_connection_has_error(m_connection) == 0; }
-    xcb_connection_t* get() const { return m_connection; }
+    bool isOpen() const { return xcb_connection_has_error(get()) == 0; }
+    xcb_connection_t* get() const { return m_connection.get(); }
 
     /// The root of the screen that the window is on; none when there is no such window.
     xcb_window_t rootOf(xcb_window_t window) const
     {
-        const ReplyPointer<xcb_get_geometry_reply_t> reply(
-            xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, window), nullptr));
+        const xcb::Owned<xcb_get_geometry_reply_t> reply(
+            xcb_get_geometry_reply(get(), xcb_get_geometry(get(), window), nullptr));
         return reply ? reply->root : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
     }
 
     xcb_atom_t atom(std::string_view name) const
     {
-        const auto cookie = xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(name.size()), name.data());
-        const ReplyPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection, cookie, nullptr));
+        const auto cookie = xcb_intern_atom(get(), 0, static_cast<uint16_t>(name.size()), name.data());
+        const xcb::Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(get(), cookie, nullptr));
         return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
     }
 
     /// The first 32-bit number of a property; 0 when there is none.
     uint32_t firstNumber(xcb_window_t window, xcb_atom_t property) const
     {
-        const auto cookie = xcb_get_property(m_connection, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 1);
-        const ReplyPointer<xcb_get_property_reply_t> reply(xcb_get_property_reply(m_connection, cookie, nullptr));
+        const auto cookie = xcb_get_property(get(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 1);
+        const xcb::Owned<xcb_get_property_reply_t> reply(xcb_get_property_reply(get(), cookie, nullptr));
         if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) < 4)
             return 0;
         return *static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
@@ -69,7 +55,7 @@ public:
 
     bool succeeds(xcb_void_cookie_t cookie) const
     {
-        const ReplyPointer<xcb_generic_error_t> error(xcb_request_check(m_connection, cookie));
+        const xcb::Owned<xcb_generic_error_t> error(xcb_request_check(get(), cookie));
         return !error && isOpen();
     }
 
@@ -86,7 +72,7 @@ public:
         event.type = atom(type);
         std::copy(data.begin(), data.end(), event.data.data32);
         const uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-        return succeeds(xcb_send_event_checked(m_connection, 0, root, mask, reinterpret_cast<const char*>(&event)));
+        return succeeds(xcb_send_event_checked(get(), 0, root, mask, reinterpret_cast<const char*>(&event)));
     }
 
     bool changeState(xcb_window_t window, uint32_t action, std::string_view state) const
@@ -96,7 +82,7 @@ public:
 
 private:
     int m_screenNumber = 0;
-    xcb_connection_t* m_connection;
+    xcb::Connection m_connection;
 };
 
 /// The window that a handle stands for; none for a number that cannot be a window id.
@@ -111,7 +97,7 @@ bool exists(const Connection& connection, xcb_window_t window)
     if (window == XCB_WINDOW_NONE || !connection.isOpen())
         return false;
     const auto cookie = xcb_get_window_attributes(connection.get(), window);
-    const ReplyPointer<xcb_get_window_attributes_reply_t> reply(
+    const xcb::Owned<xcb_get_window_attributes_reply_t> reply(
         xcb_get_window_attributes_reply(connection.get(), cookie, nullptr));
     return reply != nullptr;
 }

@@ -1,4 +1,5 @@
 #include "platform/window_opening.h"
+#include "platform/xcb_handles.h"
 
 #include <QCoreApplication>
 #include <QMouseEvent>
@@ -6,25 +7,12 @@
 #include <QSocketNotifier>
 #include <QWidget>
 
-#include <xcb/xcb.h>
-
 #include <array>
-#include <cstdlib>
 #include <string_view>
 
 namespace platform {
 
 namespace {
-
-struct Disconnect
-{
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
-
-struct Free
-{
-    void operator()(void* memory) const { std::free(memory); }
-};
 
 constexpr uint8_t kEventTypeMask = 0x7f;
 /// The cross in the X server's own cursor font; its mask is the glyph after it.
@@ -76,7 +64,7 @@ private:
 
     QWidget& m_target;
     xcb_window_t m_targetId;
-    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+    xcb::Connection m_connection;
     xcb_window_t m_window = XCB_WINDOW_NONE;
     QSocketNotifier* m_notifier = nullptr;
     bool m_isRetired = false;
@@ -111,7 +99,7 @@ void PointerCatcher::make()
     xcb_connection_t* const connection = m_connection.get();
     const uint32_t wanted = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection, m_targetId, XCB_CW_EVENT_MASK, &wanted);
-    const std::unique_ptr<xcb_get_geometry_reply_t, Free> place(
+    const xcb::Owned<xcb_get_geometry_reply_t> place(
         xcb_get_geometry_reply(connection, xcb_get_geometry(connection, m_targetId), nullptr));
     if (!place)
         return;
@@ -159,7 +147,7 @@ void PointerCatcher::cover(int x, int y, int width, int height)
 void PointerCatcher::readEvents()
 {
     while (!m_isRetired) {
-        const std::unique_ptr<xcb_generic_event_t, Free> event(xcb_poll_for_event(m_connection.get()));
+        const xcb::Owned<xcb_generic_event_t> event(xcb_poll_for_event(m_connection.get()));
         if (!event)
             break;
         handle(*event);

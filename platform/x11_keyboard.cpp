@@ -1,9 +1,9 @@
 #include "platform/x11_keyboard.h"
 
+#include "platform/xcb_handles.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <map>
-#include <memory>
 
 namespace platform {
 
@@ -16,14 +16,6 @@ constexpr std::uint32_t kScrollLock = 0xff14;
 constexpr std::uint32_t kLeftAlt = 0xffe9;
 constexpr std::uint32_t kLeftSuper = 0xffeb;
 constexpr std::uint32_t kUnicodeBase = 0x01000000;
-
-struct FreeReply
-{
-    void operator()(void* reply) const { std::free(reply); }
-};
-
-template <typename Reply>
-using ReplyPointer = std::unique_ptr<Reply, FreeReply>;
 
 std::uint32_t namedSymbol(Qt::Key key)
 {
@@ -66,7 +58,7 @@ void X11Keyboard::readSymbols(xcb_connection_t* connection)
     const xcb_setup_t* const setup = xcb_get_setup(connection);
     m_firstKeycode = setup->min_keycode;
     const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    const ReplyPointer<xcb_get_keyboard_mapping_reply_t> reply(xcb_get_keyboard_mapping_reply(
+    const xcb::Owned<xcb_get_keyboard_mapping_reply_t> reply(xcb_get_keyboard_mapping_reply(
         connection, xcb_get_keyboard_mapping(connection, setup->min_keycode, count), nullptr));
     if (!reply)
         return;
@@ -77,7 +69,7 @@ void X11Keyboard::readSymbols(xcb_connection_t* connection)
 
 void X11Keyboard::readModifiers(xcb_connection_t* connection)
 {
-    const ReplyPointer<xcb_get_modifier_mapping_reply_t> reply(
+    const xcb::Owned<xcb_get_modifier_mapping_reply_t> reply(
         xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
     if (!reply)
         return;
