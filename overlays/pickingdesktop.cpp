@@ -1,5 +1,6 @@
 #include "overlays/pickingdesktop.h"
 
+#include "platform/pointer_state.h"
 #include "platform/window_hotkey.h"
 
 #include <utility>
@@ -25,11 +26,16 @@ public:
     platform::NativeWindow windowAt(const QPoint& position) const override { return m_windows.at(position); }
     bool exists(platform::NativeWindow window) const override { return m_windows.exists(window); }
     std::optional<QRect> rectOf(platform::NativeWindow window) const override { return m_windows.rectOf(window); }
-    bool isMouseButtonDown() const override { return m_windows.isMouseButtonDown(); }
+    bool isMouseButtonDown() const override
+    {
+        const std::optional<platform::PointerState> pointer = m_pointer.look();
+        return pointer && (pointer->leftDown || pointer->rightDown);
+    }
 
 private:
     platform::MouseHook m_hook;
     platform::NativeWindows m_windows;
+    platform::PointerProbe m_pointer;
     std::unique_ptr<platform::WindowHotkey> m_hotkey;
 };
 

@@ -9,8 +9,8 @@
 
 class QWidget;
 
-/// What the window highlighter needs of the desktop; see platform/mouse_hook.h, native_windows.h and window_hotkey.h. A
-/// value of its own, so that tests can put windows where there are none.
+/// What the window highlighter needs of the desktop; see platform/mouse_hook.h, native_windows.h, pointer_state.h and
+/// window_hotkey.h. A value of its own, so that tests can put windows where there are none.
 class PickingDesktop
 {
 public:
@@ -30,5 +30,8 @@ public:
     virtual platform::NativeWindow windowAt(const QPoint& position) const = 0;
     virtual bool exists(platform::NativeWindow window) const = 0;
     virtual std::optional<QRect> rectOf(platform::NativeWindow window) const = 0;
+
+    /// Whether the left or the right mouse button is held down. Until it is let go the window below has the mouse, and
+    /// on X11 a menu that opens then cannot take it.
     virtual bool isMouseButtonDown() const = 0;
 };

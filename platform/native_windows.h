@@ -30,10 +30,6 @@ public:
     /// With the window's own border, as it lies on the desktop; none when it is gone.
     std::optional<QRect> rectOf(NativeWindow window) const;
 
-    /// Whether the left or the right mouse button is held down. Until it is let go the window below has the mouse, and
-    /// on X11 a menu that opens then cannot take it.
-    bool isMouseButtonDown() const;
-
 private:
     struct Private;
     std::unique_ptr<Private> m_private;

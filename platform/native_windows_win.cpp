@@ -11,12 +11,6 @@ HWND handleOf(NativeWindow window)
     return reinterpret_cast<HWND>(window);
 }
 
-bool isDown(int virtualKey)
-{
-    constexpr int kDown = 0x8000;
-    return (GetAsyncKeyState(virtualKey) & kDown) != 0;
-}
-
 } // namespace
 
 struct NativeWindows::Private
@@ -41,11 +35,6 @@ std::optional<QRect> NativeWindows::rectOf(NativeWindow window) const
     if (GetWindowRect(handleOf(window), &rect) == 0)
         return std::nullopt;
     return QRect(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
-}
-
-bool NativeWindows::isMouseButtonDown() const
-{
-    return isDown(VK_LBUTTON) || isDown(VK_RBUTTON);
 }
 
 } // namespace platform

@@ -150,14 +150,4 @@ std::optional<QRect> NativeWindows::rectOf(NativeWindow window) const
     return QRect(QPoint(origin->dst_x, origin->dst_y) - border, sizeWithBorder(*geometry));
 }
 
-bool NativeWindows::isMouseButtonDown() const
-{
-    if (!m_private->isConnected())
-        return false;
-    xcb_connection_t* const c = m_private->connection.get();
-    const xcb::Owned<xcb_query_pointer_reply_t> reply(
-        xcb_query_pointer_reply(c, xcb_query_pointer(c, m_private->root), nullptr));
-    return reply && (reply->mask & (XCB_KEY_BUT_MASK_BUTTON_1 | XCB_KEY_BUT_MASK_BUTTON_3)) != 0;
-}
-
 } // namespace platform
