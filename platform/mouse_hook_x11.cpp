@@ -31,6 +31,7 @@ struct MouseHook::Private
     unsigned long connect();
     void select(bool wanted) const;
     void readEvents();
+    void lookAtPointer();
     void handle(const xcb_generic_event_t& event);
     void onPress(std::uint8_t physicalButton);
     void setWanted(bool wanted);
@@ -98,6 +99,13 @@ void MouseHook::Private::readEvents()
     }
     // The server is gone; its socket would report itself readable for ever.
     notifier->setEnabled(false);
+}
+
+/// Whoever waits for an answer takes in the events before it as well, and the socket does not tell of those any more.
+void MouseHook::Private::lookAtPointer()
+{
+    hasMoved = true;
+    readEvents();
 }
 
 void MouseHook::Private::handle(const xcb_generic_event_t& event)
@@ -176,8 +184,7 @@ unsigned long MouseHook::install(Handler handler)
         std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(m_private->connection.get()), QSocketNotifier::Read);
     QObject::connect(m_private->notifier.get(), &QSocketNotifier::activated, m_private->notifier.get(),
                      [this] { m_private->readEvents(); });
-    QObject::connect(&m_private->glance, &QTimer::timeout, &m_private->glance,
-                     [this] { m_private->reportMoveTo(m_private->pointer()); });
+    QObject::connect(&m_private->glance, &QTimer::timeout, &m_private->glance, [this] { m_private->lookAtPointer(); });
     return 0;
 }
 
