@@ -11,10 +11,14 @@ constexpr std::chrono::milliseconds kPatience{1000};
 
 void ResumeMeeting::appoint(std::uint64_t momentNs)
 {
-    const std::lock_guard lock(m_mutex);
-    m_momentNs = momentNs;
-    m_pictureIsThere = false;
-    m_soundIsThrough = false;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_momentNs = momentNs;
+        m_pictureIsThere = false;
+        m_soundIsThrough = false;
+    }
+    // Whoever waits for the moment before may have missed that it was called off.
+    m_changed.notify_all();
 }
 
 void ResumeMeeting::pictureArrives(std::uint64_t takenNs)
@@ -22,10 +26,12 @@ void ResumeMeeting::pictureArrives(std::uint64_t takenNs)
     std::unique_lock lock(m_mutex);
     if (m_momentNs == kNone || takenNs < m_momentNs)
         return;
+    const std::uint64_t momentNs = m_momentNs;
     m_pictureIsThere = true;
     m_changed.notify_all();
-    m_changed.wait_for(lock, kPatience, [this] { return m_soundIsThrough || m_momentNs == kNone; });
-    m_momentNs = kNone;
+    m_changed.wait_for(lock, kPatience, [this, momentNs] { return m_soundIsThrough || m_momentNs != momentNs; });
+    if (m_momentNs == momentNs)
+        m_momentNs = kNone;
     m_changed.notify_all();
 }
 
@@ -41,7 +47,8 @@ void ResumeMeeting::soundHasPassed(std::uint64_t beginNs, std::uint64_t endNs)
     }
     const std::uint64_t nextEndNs = endNs + (endNs - beginNs);
     if (nextEndNs >= m_momentNs)
-        m_changed.wait_for(lock, kPatience, [this] { return m_pictureIsThere || m_momentNs == kNone; });
+        m_changed.wait_for(lock, kPatience,
+                           [this, momentNs = m_momentNs] { return m_pictureIsThere || m_momentNs != momentNs; });
 }
 
 void ResumeMeeting::callOff()

@@ -108,6 +108,25 @@ private slots:
         QVERIFY(meeting.waitUntilOver(0));
     }
 
+    void newMeetingHoldsNobodyWhoWaitsForTheOneCalledOff()
+    {
+        ResumeMeeting meeting;
+        constexpr std::uint64_t kLater = 2 * kMoment;
+        for (int round = 0; round < 20; ++round) {
+            meeting.appoint(kMoment);
+            const Call picture([&meeting] { meeting.pictureArrives(kMoment); });
+            QTest::qWait(10);
+            QElapsedTimer timer;
+            timer.start();
+            // At once: the picture's line has had no time to notice.
+            meeting.callOff();
+            meeting.appoint(kLater);
+            QTRY_VERIFY(picture.hasReturned());
+            QVERIFY(timer.elapsed() < 500);
+            QVERIFY(!meeting.waitUntilOver(0));
+        }
+    }
+
     void calledOffMeetingHoldsNobody()
     {
         ResumeMeeting meeting;
