@@ -3,6 +3,7 @@
 #include "platform/compositing.h"
 #include "platform/overlay_window.h"
 #include "platform/window_alpha.h"
+#include "widgets/bartip.h"
 #include "widgets/stylesheet.h"
 
 #include <QCursor>
@@ -338,8 +339,12 @@ void SCFullscreenToolbar::toggleRecording()
 }
 
 /// Over the program's own windows the bar need not wait for the next look at the pointer.
-bool SCFullscreenToolbar::eventFilter(QObject* /*watched*/, QEvent* event)
+bool SCFullscreenToolbar::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::ToolTip && m_container->isAncestorOf(qobject_cast<QWidget*>(watched))) {
+        bartip::show(static_cast<QWidget&>(*watched), m_picture);
+        return true;
+    }
     if (event->type() == QEvent::MouseMove && m_mousePollTimer->isActive())
         checkMousePosition();
     return false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QRect>
 #include <QWidget>
 
 class QGraphicsOpacityEffect;
@@ -41,6 +42,9 @@ public:
     /// Shows the bar only while the pointer is at the top edge of the primary screen or over the bar, whatever the pin
     /// says: for places where it would be in the picture. False at first.
     void setTopEdgeOnly(bool topEdgeOnly);
+
+    /// What is recorded, in logical pixels of the desktop: the bar's tool tips stay out of it. Empty at first.
+    void setPicture(const QRect& picture) { m_picture = picture; }
 
     /// A bar that is hidden this way (hide() does) does not come back by itself; one that is shown fades in, unless it
     /// must wait for the pointer.
@@ -110,5 +114,6 @@ private:
     QWidget* m_container = nullptr;
     bool m_paused = false;
     bool m_topEdgeOnly = false;
+    QRect m_picture;
     Wish m_wish = Wish::None;
 };

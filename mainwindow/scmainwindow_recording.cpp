@@ -136,6 +136,7 @@ void SCMainWindow::placeBar()
     const ToolbarPlacement placement = placeToolbar(screen.geometry, m_toolbar->size(), recorded, m_excludedBySystem);
     m_toolbar->move(placement.topLeft);
     m_toolbar->setTopEdgeOnly(placement.topEdgeOnly);
+    m_toolbar->setPicture(recorded);
 }
 
 void SCMainWindow::showOverlays()

@@ -2,6 +2,7 @@
 
 #include "platform/compositing.h"
 #include "platform/overlay_window.h"
+#include "widgets/bartip.h"
 #include "widgets/stylesheet.h"
 
 #include <QApplication>
@@ -15,7 +16,6 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
-#include <QToolTip>
 
 #include <utility>
 
@@ -33,20 +33,10 @@ constexpr QColor kBorder(0, 122, 204, 255);
 /// Nothing to the eye, but enough for the system to give the window the pointer.
 constexpr QColor kUnseen(0, 0, 0, 1);
 constexpr int kStrokePx = 2;
-constexpr int kTipGapPx = 4;
 
 QIcon icon(const QString& name)
 {
     return QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(name));
-}
-
-QWidget* visibleTip()
-{
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    const auto found = std::find_if(windows.begin(), windows.end(), [](const QWidget* window) {
-        return window->windowType() == Qt::ToolTip && window->isVisible();
-    });
-    return found == windows.end() ? nullptr : *found;
 }
 
 QPen strokePen()
@@ -309,7 +299,10 @@ bool DrawWindow::eventFilter(QObject* watched, QEvent* event)
     case QEvent::MouseButtonRelease:
         return watched == m_toolBar.get() && filterToolBar(static_cast<const QMouseEvent&>(*event));
     case QEvent::ToolTip:
-        return watched != m_toolBar.get() && showTip(static_cast<QWidget&>(*watched));
+        if (watched == m_toolBar.get())
+            return false;
+        bartip::show(static_cast<QWidget&>(*watched), m_recording ? geometry() : QRect());
+        return true;
     default:
         return false;
     }
@@ -324,23 +317,6 @@ void DrawWindow::showHoverIcon(const QObject* button, bool hovered)
         m_clearButton->setIcon(icon(QStringLiteral("clear") + light));
     else if (button == m_drawToggleButton && !m_drawToggleButton->isChecked())
         m_drawToggleButton->setIcon(icon(QStringLiteral("pen") + light));
-}
-
-/// A tip has its place below the pointer, which here is in the picture that is recorded: it goes above the tool bar.
-/// Where there is no room for it, it stays away from a recording.
-bool DrawWindow::showTip(QWidget& button)
-{
-    const QRect bar = m_toolBar->geometry();
-    QToolTip::showText(QPoint(button.mapToGlobal(QPoint()).x(), bar.top()), button.toolTip(), &button);
-    QWidget* const tip = visibleTip();
-    if (tip == nullptr)
-        return true;
-    const int top = bar.top() - kTipGapPx - tip->height();
-    if (const QScreen* const own = screen(); own != nullptr && top >= own->geometry().top())
-        tip->move(tip->x(), top);
-    else if (m_recording)
-        QToolTip::hideText();
-    return true;
 }
 
 bool DrawWindow::filterToolBar(const QMouseEvent& event)

@@ -100,7 +100,6 @@ private:
     bool filterToolBar(const QMouseEvent& event);
     void dragByToolBar(const QPoint& cursor);
     void showHoverIcon(const QObject* button, bool hovered);
-    bool showTip(QWidget& button);
 
     const QScreen* screenOfDrag() const;
     framegeometry::HitArea hitAreaAt(const QPoint& place) const;

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QGraphicsOpacityEffect>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QPropertyAnimation>
 #include <QPushButton>
@@ -290,6 +291,32 @@ private slots:
         QApplication::sendEvent(&bar, &leave);
         QCOMPARE(animation(bar)->endValue().toDouble(), 0.0);
         QTRY_VERIFY(!bar.isVisible());
+    }
+
+    void toolTipsStayOutOfThePicture()
+    {
+        const auto visibleTip = []() -> QWidget* {
+            for (QWidget* const window : QApplication::topLevelWidgets()) {
+                if (window->inherits("QTipLabel") && window->isVisible())
+                    return window;
+            }
+            return nullptr;
+        };
+        SCFullscreenToolbar bar;
+        showAtTop(bar);
+        QPushButton* const pause = button(bar, "pauseButton");
+        QHelpEvent asked(QEvent::ToolTip, pause->rect().center(), pause->mapToGlobal(pause->rect().center()));
+        QApplication::sendEvent(pause, &asked);
+        QVERIFY(visibleTip() != nullptr);
+        const QRect below(bar.x() - 50, bar.geometry().bottom() + 1, bar.width() + 100, 200);
+        QVERIFY(visibleTip()->geometry().intersects(below));
+        bar.setPicture(below);
+        QApplication::sendEvent(pause, &asked);
+        QVERIFY(visibleTip() != nullptr);
+        QVERIFY(!visibleTip()->geometry().intersects(below));
+        bar.setPicture(QGuiApplication::primaryScreen()->geometry());
+        QApplication::sendEvent(pause, &asked);
+        QVERIFY(visibleTip() == nullptr);
     }
 
     void leavingAPinnedBarChangesNothing()

@@ -1,0 +1,92 @@
+#include "widgets/bartip.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QScreen>
+#include <QTest>
+
+namespace {
+
+using Place = std::optional<QPoint>;
+
+constexpr QSize kTip(90, 20);
+
+QWidget* visibleTip()
+{
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        if (window->inherits("QTipLabel") && window->isVisible())
+            return window;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Place)
+
+class TestBarTip : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void tipHasThePlaceThatIsNotInThePicture_data()
+    {
+        QTest::addColumn<QRect>("bar");
+        QTest::addColumn<int>("left");
+        QTest::addColumn<QRect>("screen");
+        QTest::addColumn<QRect>("picture");
+        QTest::addColumn<Place>("place");
+        const QRect screen(0, 0, 1280, 720);
+        const QRect bar(400, 300, 280, 40);
+        const QRect atTop(500, 0, 280, 40);
+        QTest::newRow("nothing recorded") << bar << 440 << screen << QRect() << Place({440, 276});
+        QTest::newRow("picture below the bar")
+            << bar << 440 << screen << QRect(300, 340, 500, 300) << Place({440, 276});
+        QTest::newRow("picture above the bar") << bar << 440 << screen << QRect(300, 0, 500, 277) << Place({440, 344});
+        QTest::newRow("picture that ends where the tip begins")
+            << bar << 440 << screen << QRect(300, 0, 500, 276) << Place({440, 276});
+        QTest::newRow("bar at the top edge") << atTop << 540 << screen << QRect(0, 100, 400, 400) << Place({540, 44});
+        QTest::newRow("bar at the top edge, picture right below it")
+            << atTop << 540 << screen << QRect(300, 60, 700, 400) << Place({406, 0});
+        QTest::newRow("bar in the corner, picture right below it")
+            << QRect(0, 0, 280, 40) << 0 << screen << QRect(0, 60, 700, 400) << Place({284, 0});
+        QTest::newRow("whole screen recorded") << atTop << 540 << screen << screen << Place();
+        QTest::newRow("not beyond the screen's right edge")
+            << QRect(1000, 300, 280, 40) << 1240 << screen << QRect() << Place({1190, 276});
+        QTest::newRow("not on the screen beside")
+            << QRect(1280, 0, 280, 40) << 1280 << QRect(1280, 0, 280, 720) << QRect(1280, 40, 280, 680) << Place();
+    }
+
+    void tipHasThePlaceThatIsNotInThePicture()
+    {
+        QFETCH(const QRect, bar);
+        QFETCH(const int, left);
+        QFETCH(const QRect, screen);
+        QFETCH(const QRect, picture);
+        QFETCH(const Place, place);
+        QCOMPARE(bartip::placeFor(kTip, bar, left, screen, picture), place);
+    }
+
+    void tipIsShownOutsideThePictureOrNotAtAll()
+    {
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QWidget bar;
+        bar.setWindowFlag(Qt::FramelessWindowHint);
+        QLabel part(QStringLiteral("part"), &bar);
+        part.setToolTip(QStringLiteral("What it does"));
+        bar.setGeometry(QRect(screen.topLeft() + QPoint(100, 100), QSize(280, 40)));
+        bar.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&bar));
+        bartip::show(part, bar.geometry().adjusted(0, 40, 0, 200));
+        QVERIFY(visibleTip() != nullptr);
+        QVERIFY(visibleTip()->geometry().bottom() < bar.y());
+        bartip::show(part, bar.geometry().adjusted(0, -100, 0, -40));
+        QVERIFY(visibleTip() != nullptr);
+        QVERIFY(visibleTip()->y() > bar.geometry().bottom());
+        bartip::show(part, screen);
+        QVERIFY(visibleTip() == nullptr);
+    }
+};
+
+QTEST_MAIN(TestBarTip)
+#include "test_bartip.moc"
