@@ -149,8 +149,10 @@ bool RegionOverlays::isFrameShown() const
 
 void RegionOverlays::setRecording(bool recording)
 {
-    if (m_frame != nullptr)
-        m_frame->setRecording(recording);
+    if (m_frame == nullptr)
+        return;
+    m_frame->setRecording(recording);
+    m_frame->setInsideRecorded(recording);
 }
 
 void RegionOverlays::setTimeText(const QString& text)

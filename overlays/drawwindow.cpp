@@ -33,6 +33,8 @@ constexpr QColor kBorder(0, 122, 204, 255);
 /// Nothing to the eye, but enough for the system to give the window the pointer.
 constexpr QColor kUnseen(0, 0, 0, 1);
 constexpr int kStrokePx = 2;
+/// A mask that leaves all of a window out; an empty one would be none.
+const QRect kNothing(-1, -1, 1, 1);
 
 QIcon icon(const QString& name)
 {
@@ -91,6 +93,10 @@ DrawWindow::DrawWindow(QWidget* parent) : QWidget(parent), m_opening(*this)
     loadStyleSheet();
     platform::readyAsOverlay(*this);
     platform::readyAsOverlay(*m_toolBar);
+    connect(&m_unseenMove, &UnseenMove::concealed, this, [this] { setConcealed(true); });
+    connect(&m_unseenMove, &UnseenMove::moved, this, &DrawWindow::dragByToolBar);
+    connect(&m_unseenMove, &UnseenMove::ended, this, &DrawWindow::endToolBarDrag);
+    connect(&m_unseenMove, &UnseenMove::revealed, this, [this] { setConcealed(false); });
 }
 
 DrawWindow::~DrawWindow() = default;
@@ -180,6 +186,25 @@ void DrawWindow::setRecording(bool recording)
     update();
 }
 
+void DrawWindow::setInsideRecorded(bool recorded)
+{
+    m_insideRecorded = recorded;
+    if (!recorded)
+        m_unseenMove.giveUp();
+}
+
+void DrawWindow::setConcealed(bool concealed)
+{
+    m_concealed = concealed;
+    // The bar has the mouse until the button is let go, wherever it is to be seen.
+    if (concealed)
+        m_toolBar->setMask(kNothing);
+    else
+        m_toolBar->clearMask();
+    updateOpening();
+    update();
+}
+
 void DrawWindow::setTimeText(const QString& text)
 {
     m_timerLabel->setText(text);
@@ -223,6 +248,10 @@ void DrawWindow::showEvent(QShowEvent* event)
 void DrawWindow::hideEvent(QHideEvent* event)
 {
     QWidget::hideEvent(event);
+    // The button that was held is let go of elsewhere.
+    m_toolBarDragging = false;
+    m_dragMode = HitArea::None;
+    m_unseenMove.giveUp();
     updateOpening();
 }
 
@@ -326,13 +355,21 @@ bool DrawWindow::filterToolBar(const QMouseEvent& event)
         m_toolBarDragging = true;
         m_pressPoint = cursor - frameGeometry().topLeft();
     } else if (event.type() == QEvent::MouseMove && m_toolBarDragging) {
-        dragByToolBar(cursor);
+        if (m_insideRecorded)
+            m_unseenMove.moveTo(cursor);
+        else
+            dragByToolBar(cursor);
         return true;
     } else if (event.type() == QEvent::MouseButtonRelease && event.button() == Qt::LeftButton && m_toolBarDragging) {
         m_toolBarDragging = false;
-        reportGeometry(false);
+        m_unseenMove.end();
     }
     return false;
+}
+
+void DrawWindow::endToolBarDrag()
+{
+    reportGeometry(false);
 }
 
 void DrawWindow::dragByToolBar(const QPoint& cursor)
@@ -366,7 +403,9 @@ const QScreen* DrawWindow::screenOfDrag() const
 
 HitArea DrawWindow::hitAreaAt(const QPoint& place) const
 {
-    return m_drawing ? HitArea::Drawing : framegeometry::hitAreaAt(place, size());
+    if (m_drawing)
+        return HitArea::Drawing;
+    return m_insideRecorded ? HitArea::None : framegeometry::hitAreaAt(place, size());
 }
 
 void DrawWindow::mousePressEvent(QMouseEvent* event)
@@ -458,7 +497,7 @@ void DrawWindow::mouseReleaseEvent(QMouseEvent* event)
 /// What there is to be seen, as far as whole logical pixels can say it.
 QRegion DrawWindow::paintedRegion() const
 {
-    const QRegion border = QRegion(rect()) - rect().marginsRemoved(borders());
+    const QRegion border = m_concealed ? QRegion(kNothing) : QRegion(rect()) - rect().marginsRemoved(borders());
     return m_drawing ? border + m_strokesRegion : border;
 }
 
@@ -486,7 +525,8 @@ void DrawWindow::paintMixed(QPainter& painter) const
         painter.fillRect(rect(), kUnseen);
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     }
-    paintBorder(painter);
+    if (!m_concealed)
+        paintBorder(painter);
     if (m_drawing)
         paintStrokes(painter);
 }

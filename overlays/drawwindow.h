@@ -1,6 +1,7 @@
 #pragma once
 
 #include "overlays/framegeometry.h"
+#include "overlays/unseenmove.h"
 #include "platform/window_opening.h"
 
 #include <QList>
@@ -41,6 +42,11 @@ public:
     /// Shows whether a recording runs. Emits nothing.
     void setRecording(bool recording);
     bool isRecording() const { return m_recording; }
+
+    /// Whether what is inside is being recorded right now. The frame then keeps out of the picture, whose size is
+    /// settled and which follows a drag of the tool bar: its edges do not resize it, and border and tool bar are not to
+    /// be seen while it moves. False at first.
+    void setInsideRecorded(bool recorded);
 
     /// Shows the elapsed time, ready to be read ("00:00:00").
     void setTimeText(const QString& text);
@@ -100,6 +106,8 @@ private:
     bool filterToolBar(const QMouseEvent& event);
     void dragByToolBar(const QPoint& cursor);
     void showHoverIcon(const QObject* button, bool hovered);
+    void setConcealed(bool concealed);
+    void endToolBarDrag();
 
     const QScreen* screenOfDrag() const;
     framegeometry::HitArea hitAreaAt(const QPoint& place) const;
@@ -139,4 +147,8 @@ private:
     /// Whether the system mixed the window with what lies below it when it was last asked.
     bool m_isCompositing = true;
     platform::WindowOpening m_opening;
+    bool m_insideRecorded = false;
+    /// Nothing but the strokes is to be seen.
+    bool m_concealed = false;
+    UnseenMove m_unseenMove;
 };

@@ -565,6 +565,39 @@ private slots:
         QVERIFY(!tip()->geometry().intersects(toolBar()->geometry()));
     }
 
+    void recordedFrameIsNotSeenWhileItIsMoved_data()
+    {
+        QTest::addColumn<bool>("pen");
+        QTest::newRow("without the pen") << false;
+        QTest::newRow("with the pen") << true;
+    }
+
+    void recordedFrameIsNotSeenWhileItIsMoved()
+    {
+        QFETCH(const bool, pen);
+        if (pen)
+            click(centreOf("drawToggleButton"));
+        m_window->setRecording(true);
+        m_window->setInsideRecorded(true);
+        const QPoint grip = freePlaceOfTheBar();
+        pointToLogical(grip);
+        xdotool({"mousedown", "1"});
+        for (int step = 1; step <= 12; ++step) {
+            pointToLogical(grip + QPoint(5 * step, 3 * step));
+            QTest::qWait(30);
+        }
+        const QRect moved = kPlace.translated(60, 36);
+        QCOMPARE(m_window->geometry(), moved);
+        const QRect all = physical(kPlace.united(moved).adjusted(0, -30, 0, 0));
+        QCOMPARE(otherThan(kBackdrop, screenshot(), all), QString());
+        // At rest it is there again, though it is still held.
+        QTRY_COMPARE(wrongInTheLook(moved), QString());
+        pointToLogical(grip + QPoint(80, 40));
+        QTRY_COMPARE(m_window->geometry(), kPlace.translated(80, 40));
+        xdotool({"mouseup", "1"});
+        QTRY_COMPARE(wrongInTheLook(kPlace.translated(80, 40)), QString());
+    }
+
 private:
     static QWidget* tip()
     {

@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace {
 
@@ -71,6 +72,31 @@ QList<int> regionsShown(const QList<QImage>& pictures, const QList<QRect>& regio
         shown.append(found == regions.end() ? -1 : static_cast<int>(found - regions.begin()));
     }
     return shown;
+}
+
+/// xdotool's words for a pointer that hurries to and fro, a step each hundredth of a second, back to where it was.
+QStringList hurry(const QPoint& from, const QPoint& there, int times)
+{
+    constexpr int kSteps = 12;
+    QStringList words;
+    for (int step = 0; step <= 2 * kSteps * times; ++step) {
+        const int along = kSteps - std::abs(step % (2 * kSteps) - kSteps);
+        const QPoint place = from + (there - from) * along / kSteps;
+        words << QStringLiteral("mousemove") << QString::number(place.x()) << QString::number(place.y())
+              << QStringLiteral("sleep") << QStringLiteral("0.01");
+    }
+    return words;
+}
+
+/// How far the darkest pixel of a picture is from white.
+int darkness(const QImage& picture)
+{
+    int darkest = 255;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x)
+            darkest = std::min(darkest, qGray(picture.pixel(x, y)));
+    }
+    return 255 - darkest;
 }
 
 QString asText(const QList<int>& numbers)
@@ -188,6 +214,47 @@ private slots:
             QVERIFY2(shown.count(stop) >= 5, story.constData());
         qInfo("%d of %d pictures show the region at rest: %s", atRest, static_cast<int>(shown.size()),
               story.constData());
+    }
+
+    void nothingOfTheFrameIsInAnyPictureOfAFastDrag_data()
+    {
+        QTest::addColumn<QPoint>("distance");
+        QTest::newRow("sideways") << QPoint(180, 0);
+        QTest::newRow("up and down") << QPoint(0, 120);
+        QTest::newRow("across") << QPoint(180, 120);
+    }
+
+    void nothingOfTheFrameIsInAnyPictureOfAFastDrag()
+    {
+        QFETCH(const QPoint, distance);
+        QImage white(m_size, QImage::Format_RGB32);
+        white.fill(Qt::white);
+        const StillPicture still(white);
+        const QRect start(151, 197, 244, 162);
+        ProgramUnderTest program;
+        Take take = begin(program, start);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        QTest::qWait(kTakeMs / 2);
+        const QPoint grip = regionuser::bareBar(start);
+        constexpr int kTimes = 6;
+        QVERIFY(pointTo(grip));
+        QVERIFY(xdotool(QStringList({"mousedown", "1"}) + hurry(grip, grip + distance, kTimes) +
+                        hurry(grip, grip + distance / 2, 1) + QStringList({"mouseup", "1"})));
+        QTest::qWait(kTakeMs / 2);
+        endTake(program, take);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+
+        const QList<QImage> pictures = MediaFile(take.path).pictures();
+        QVERIFY(pictures.size() > 2 * kFramesPerSecond);
+        QList<int> stained;
+        for (qsizetype index = 0; index < pictures.size(); ++index) {
+            if (darkness(pictures.at(index)) > kGreyError)
+                stained.append(static_cast<int>(index));
+        }
+        QVERIFY2(
+            stained.isEmpty(),
+            qPrintable(
+                QStringLiteral("%1 of %2 pictures: %3").arg(stained.size()).arg(pictures.size()).arg(asText(stained))));
     }
 
     void strokesDrawnWhileRecordingAreInTheFileAndTheFrameIsNot()

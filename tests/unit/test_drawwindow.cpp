@@ -140,6 +140,11 @@ QPolygonF line(std::initializer_list<QPointF> points)
     return {QList<QPointF>(points)};
 }
 
+bool hasBorder(DrawWindow& window)
+{
+    return pictureOf(window).pixelColor(1, 1) == kBlue;
+}
+
 using Report = QVariantList;
 
 Report report(bool isMoving, const QRect& inside)
@@ -525,6 +530,109 @@ private slots:
         QCOMPARE(window.pos(), QPoint(available.left(), kPlace.y() - 5000));
         drag(*toolBar(), toolBar()->geometry().center(), {9000, 9000});
         QCOMPARE(window.pos(), QPoint(available.left() + available.width() - 400, kPlace.y() + 4000));
+    }
+
+    void recordedInsideIsMovedUnseenAndSeenAtRest()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        window.setInsideRecorded(true);
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        QVERIFY(hasBorder(window));
+        const QPoint from = kPlace.topLeft() + QPoint(300, -15);
+        press(*toolBar(), from);
+        moveHeld(*toolBar(), from + QPoint(10, 5));
+        moveHeld(*toolBar(), from + QPoint(20, 10));
+        QVERIFY(!toolBar()->mask().isEmpty());
+        QVERIFY(!toolBar()->mask().intersects(toolBar()->rect()));
+        QVERIFY(!hasBorder(window));
+        QCOMPARE(window.geometry(), kPlace);
+        QCOMPARE(changed.size(), 0);
+        const QRect first = kPlace.translated(20, 10);
+        QTRY_COMPARE(window.geometry(), first);
+        QCOMPARE(changed, QList<Report>{report(true, first.adjusted(4, 4, -4, -4))});
+        // From then on without delay.
+        const QRect second = kPlace.translated(30, 20);
+        moveHeld(*toolBar(), from + QPoint(30, 20));
+        QCOMPARE(window.geometry(), second);
+        QCOMPARE(toolBar()->geometry().topLeft(), second.topLeft() - QPoint(0, 30));
+        QVERIFY(!hasBorder(window));
+        release(*toolBar(), from + QPoint(30, 20));
+        QCOMPARE(changed.size(), 3);
+        QCOMPARE(changed.constLast(), report(false, second.adjusted(4, 4, -4, -4)));
+        QVERIFY(!hasBorder(window));
+        QTRY_VERIFY(hasBorder(window));
+        QVERIFY(toolBar()->mask().isEmpty());
+    }
+
+    void shortDragOfARecordedInsideArrivesWhereItEnded()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        window.setInsideRecorded(true);
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        drag(*toolBar(), kPlace.topLeft() + QPoint(300, -15), {40, 24});
+        QCOMPARE(window.geometry(), kPlace);
+        QCOMPARE(changed.size(), 0);
+        const QRect moved = kPlace.translated(40, 24);
+        const QRect inside = moved.adjusted(4, 4, -4, -4);
+        QTRY_COMPARE(changed.size(), 2);
+        QCOMPARE(changed, (QList<Report>{report(true, inside), report(false, inside)}));
+        QCOMPARE(window.geometry(), moved);
+        QTRY_VERIFY(toolBar()->mask().isEmpty());
+    }
+
+    void dragThatOutlastsTheRecordingIsSeenAgain()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        window.setInsideRecorded(true);
+        const QPoint from = kPlace.topLeft() + QPoint(300, -15);
+        press(*toolBar(), from);
+        moveHeld(*toolBar(), from + QPoint(10, 5));
+        window.setInsideRecorded(false);
+        QVERIFY(toolBar()->mask().isEmpty());
+        moveHeld(*toolBar(), from + QPoint(20, 10));
+        QCOMPARE(window.geometry(), kPlace.translated(20, 10));
+        QVERIFY(toolBar()->mask().isEmpty());
+    }
+
+    void edgesOfARecordedInsideDoNotResizeIt()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        window.setInsideRecorded(true);
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        for (const QPoint& handle : {QPoint(2, 2), QPoint(397, 297), QPoint(200, 2), QPoint(2, 150)}) {
+            mouse(window, QEvent::MouseMove, kPlace.topLeft() + handle);
+            QCOMPARE(window.cursor().shape(), Qt::ArrowCursor);
+            drag(window, kPlace.topLeft() + handle, {40, 24});
+            QCOMPARE(window.geometry(), kPlace);
+        }
+        QCOMPARE(changed.size(), 0);
+        window.setInsideRecorded(false);
+        drag(window, kPlace.topLeft() + QPoint(2, 2), {40, 24});
+        QCOMPARE(window.geometry(), kPlace.adjusted(40, 24, 0, 0));
+    }
+
+    void dragIsOverWhenTheFrameIsHiddenUnderWay()
+    {
+        DrawWindow window;
+        window.setGeometry(kPlace);
+        window.show();
+        const QPoint from = kPlace.topLeft() + QPoint(300, -15);
+        press(*toolBar(), from);
+        moveHeld(*toolBar(), from + QPoint(10, 5));
+        window.hide();
+        window.setGeometry(kPlace);
+        window.show();
+        // The wheel is what is held now.
+        mouse(*toolBar(), QEvent::MouseMove, from + QPoint(90, 60), Qt::NoButton, Qt::MiddleButton);
+        QCOMPARE(window.geometry(), kPlace);
     }
 
     void otherButtonsOnTheToolBarDoNothing()
