@@ -101,6 +101,7 @@ DrawWindow& RegionOverlays::drawWindow()
         m_frame->installEventFilter(this);
         m_frame->setLockRatio(m_lockRatio);
         connect(m_frame.get(), &DrawWindow::windowGeometryChanged, this, &RegionOverlays::frameChanged);
+        connect(m_frame.get(), &DrawWindow::concealedChanged, this, &RegionOverlays::frameConcealed);
         connect(m_frame.get(), &DrawWindow::hideDrawWindow, this, &RegionOverlays::frameClosed);
         connect(m_frame.get(), &DrawWindow::startRecording, this, &RegionOverlays::startRecording);
         connect(m_frame.get(), &DrawWindow::stopRecording, this, &RegionOverlays::stopRecording);

@@ -57,6 +57,8 @@ signals:
     void selectionCancelled();
     /// The first and the last pixel inside the frame; isMoving while it is being moved by its tool bar.
     void frameChanged(bool isMoving, QPoint firstPixel, QPoint lastPixel);
+    /// While it is recorded the frame is not to be seen when it moves; nothing else should be where it may go.
+    void frameConcealed(bool concealed);
     /// The frame was closed by the user.
     void frameClosed();
     void startRecording();

@@ -5,6 +5,7 @@
 #include "platform/window_alpha.h"
 #include "widgets/bartip.h"
 #include "widgets/stylesheet.h"
+#include "widgets/windowmask.h"
 
 #include <QCursor>
 #include <QEvent>
@@ -168,6 +169,10 @@ void SCFullscreenToolbar::readyNativeWindow()
 /// Where nothing mixes the see-through corners with the desktop they would be black.
 void SCFullscreenToolbar::updateOutline()
 {
+    if (m_concealed) {
+        setMask(maskOfNothing());
+        return;
+    }
     if (platform::isCompositing()) {
         clearMask();
         return;
@@ -175,6 +180,12 @@ void SCFullscreenToolbar::updateOutline()
     QPainterPath outline;
     outline.addRoundedRect(rect(), kCornerRadiusPx, kCornerRadiusPx);
     setMask(QRegion(outline.toFillPolygon().toPolygon()));
+}
+
+void SCFullscreenToolbar::setConcealed(bool concealed)
+{
+    m_concealed = concealed;
+    updateOutline();
 }
 
 void SCFullscreenToolbar::setRecording(bool recording)

@@ -46,6 +46,9 @@ public:
     /// What is recorded, in logical pixels of the desktop: the bar's tool tips stay out of it. Empty at first.
     void setPicture(const QRect& picture) { m_picture = picture; }
 
+    /// A concealed bar is not to be seen, whether it is shown or not. False at first.
+    void setConcealed(bool concealed);
+
     /// A bar that is hidden this way (hide() does) does not come back by itself; one that is shown fades in, unless it
     /// must wait for the pointer.
     void setVisible(bool visible) override;
@@ -115,5 +118,6 @@ private:
     bool m_paused = false;
     bool m_topEdgeOnly = false;
     QRect m_picture;
+    bool m_concealed = false;
     Wish m_wish = Wish::None;
 };

@@ -252,6 +252,7 @@ void SCMainWindow::connectTiles()
     connect(m_region, &RegionOverlays::regionSelected, this, &SCMainWindow::onRegionSelected);
     connect(m_region, &RegionOverlays::selectionCancelled, this, &SCMainWindow::onSelectionCancelled);
     connect(m_region, &RegionOverlays::frameChanged, this, &SCMainWindow::onFrameChanged);
+    connect(m_region, &RegionOverlays::frameConcealed, this, &SCMainWindow::onFrameConcealed);
     connect(m_region, &RegionOverlays::frameClosed, this, &SCMainWindow::onFrameClosed);
     connect(m_region, &RegionOverlays::startRecording, this, &SCMainWindow::onRecordRequested);
     connect(m_region, &RegionOverlays::stopRecording, &m_session, &RecordingSession::requestEnd);

@@ -125,6 +125,7 @@ private:
     void onRegionSelected(const QRect& area);
     void onSelectionCancelled();
     void onFrameChanged(bool isMoving, const QPoint& firstPixel, const QPoint& lastPixel);
+    void onFrameConcealed(bool concealed);
     void onFrameClosed();
     void onSizeLockToggled(bool locked);
     void onWindowClicked(const QRect& rect);

@@ -324,6 +324,12 @@ void SCMainWindow::onFrameChanged(bool isMoving, const QPoint& firstPixel, const
         m_ui->ratioBox->setCurrentIndex(0);
 }
 
+void SCMainWindow::onFrameConcealed(bool concealed)
+{
+    if (m_toolbar != nullptr)
+        m_toolbar->setConcealed(concealed);
+}
+
 void SCMainWindow::onFrameClosed()
 {
     // A region without its frame is not chosen any more; one that is being recorded is recorded to its end.

@@ -4,6 +4,7 @@
 #include "platform/overlay_window.h"
 #include "widgets/bartip.h"
 #include "widgets/stylesheet.h"
+#include "widgets/windowmask.h"
 
 #include <QApplication>
 #include <QBitmap>
@@ -33,8 +34,6 @@ constexpr QColor kBorder(0, 122, 204, 255);
 /// Nothing to the eye, but enough for the system to give the window the pointer.
 constexpr QColor kUnseen(0, 0, 0, 1);
 constexpr int kStrokePx = 2;
-/// A mask that leaves all of a window out; an empty one would be none.
-const QRect kNothing(-1, -1, 1, 1);
 
 QIcon icon(const QString& name)
 {
@@ -198,11 +197,12 @@ void DrawWindow::setConcealed(bool concealed)
     m_concealed = concealed;
     // The bar has the mouse until the button is let go, wherever it is to be seen.
     if (concealed)
-        m_toolBar->setMask(kNothing);
+        m_toolBar->setMask(maskOfNothing());
     else
         m_toolBar->clearMask();
     updateOpening();
     update();
+    emit concealedChanged(concealed);
 }
 
 void DrawWindow::setTimeText(const QString& text)
@@ -497,7 +497,7 @@ void DrawWindow::mouseReleaseEvent(QMouseEvent* event)
 /// What there is to be seen, as far as whole logical pixels can say it.
 QRegion DrawWindow::paintedRegion() const
 {
-    const QRegion border = m_concealed ? QRegion(kNothing) : QRegion(rect()) - rect().marginsRemoved(borders());
+    const QRegion border = m_concealed ? maskOfNothing() : QRegion(rect()) - rect().marginsRemoved(borders());
     return m_drawing ? border + m_strokesRegion : border;
 }
 

@@ -77,6 +77,10 @@ signals:
     /// The close button was pressed; the window hides itself.
     void hideDrawWindow();
 
+    /// The frame has hidden itself for a move while its inside is recorded, or shows itself again. What else stands
+    /// where it may go had better do the same.
+    void concealedChanged(bool concealed);
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;

@@ -6,6 +6,7 @@
 #include "platform/window_hotkey.h"
 #include "widgets/messagebox.h"
 #include "widgets/stylesheet.h"
+#include "widgets/windowmask.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -175,8 +176,7 @@ void WindowHighlighter::cutOut()
     if (platform::isCompositing())
         clearMask();
     else if (m_hoveredWindow == 0)
-        // An empty mask would be none: one that leaves all of the window out.
-        setMask(QRegion(-1, -1, 1, 1));
+        setMask(maskOfNothing());
     else
         setMask(QRegion(rect()) - rect().adjusted(kRingPx, kRingPx, -kRingPx, -kRingPx));
 }

@@ -75,13 +75,12 @@ QList<int> regionsShown(const QList<QImage>& pictures, const QList<QRect>& regio
 }
 
 /// xdotool's words for a pointer that hurries to and fro, a step each hundredth of a second, back to where it was.
-QStringList hurry(const QPoint& from, const QPoint& there, int times)
+QStringList hurry(const QPoint& from, const QPoint& there, int steps, int times)
 {
-    constexpr int kSteps = 12;
     QStringList words;
-    for (int step = 0; step <= 2 * kSteps * times; ++step) {
-        const int along = kSteps - std::abs(step % (2 * kSteps) - kSteps);
-        const QPoint place = from + (there - from) * along / kSteps;
+    for (int step = 0; step <= 2 * steps * times; ++step) {
+        const int along = steps - std::abs(step % (2 * steps) - steps);
+        const QPoint place = from + (there - from) * along / steps;
         words << QStringLiteral("mousemove") << QString::number(place.x()) << QString::number(place.y())
               << QStringLiteral("sleep") << QStringLiteral("0.01");
     }
@@ -219,14 +218,17 @@ private slots:
     void nothingOfTheFrameIsInAnyPictureOfAFastDrag_data()
     {
         QTest::addColumn<QPoint>("distance");
-        QTest::newRow("sideways") << QPoint(180, 0);
-        QTest::newRow("up and down") << QPoint(0, 120);
-        QTest::newRow("across") << QPoint(180, 120);
+        QTest::addColumn<int>("steps");
+        QTest::newRow("sideways") << QPoint(180, 0) << 12;
+        QTest::newRow("up and down") << QPoint(0, 120) << 12;
+        QTest::newRow("across") << QPoint(180, 120) << 12;
+        QTest::newRow("to where the floating toolbar stands") << QPoint(0, -170) << 2;
     }
 
     void nothingOfTheFrameIsInAnyPictureOfAFastDrag()
     {
         QFETCH(const QPoint, distance);
+        QFETCH(const int, steps);
         QImage white(m_size, QImage::Format_RGB32);
         white.fill(Qt::white);
         const StillPicture still(white);
@@ -236,10 +238,10 @@ private slots:
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
         QTest::qWait(kTakeMs / 2);
         const QPoint grip = regionuser::bareBar(start);
-        constexpr int kTimes = 6;
+        const int times = 72 / steps;
         QVERIFY(pointTo(grip));
-        QVERIFY(xdotool(QStringList({"mousedown", "1"}) + hurry(grip, grip + distance, kTimes) +
-                        hurry(grip, grip + distance / 2, 1) + QStringList({"mouseup", "1"})));
+        QVERIFY(xdotool(QStringList({"mousedown", "1"}) + hurry(grip, grip + distance, steps, times) +
+                        hurry(grip, grip + distance / 2, steps, 1) + QStringList({"mouseup", "1"})));
         QTest::qWait(kTakeMs / 2);
         endTake(program, take);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));

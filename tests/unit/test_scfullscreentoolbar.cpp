@@ -293,6 +293,17 @@ private slots:
         QTRY_VERIFY(!bar.isVisible());
     }
 
+    void concealedBarIsNotToBeSeenUntilItIsRevealed()
+    {
+        SCFullscreenToolbar bar;
+        bar.setConcealed(true);
+        showAtTop(bar);
+        QVERIFY(!bar.mask().isEmpty());
+        QVERIFY(!bar.mask().intersects(bar.rect()));
+        bar.setConcealed(false);
+        QVERIFY(bar.mask().isEmpty() || bar.mask().contains(bar.rect().center()));
+    }
+
     void toolTipsStayOutOfThePicture()
     {
         const auto visibleTip = []() -> QWidget* {
