@@ -1,5 +1,4 @@
 #include "platform/x11_keyboard.h"
-
 #include "platform/xcb_handles.h"
 
 #include <algorithm>
