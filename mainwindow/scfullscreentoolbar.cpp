@@ -4,6 +4,7 @@
 #include "platform/overlay_window.h"
 #include "platform/window_alpha.h"
 #include "widgets/bartip.h"
+#include "widgets/icons.h"
 #include "widgets/stylesheet.h"
 #include "widgets/windowmask.h"
 
@@ -17,7 +18,6 @@
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QScreen>
-#include <QStyle>
 #include <QTimer>
 
 namespace {
@@ -35,9 +35,9 @@ constexpr int kMousePollMs = 50;
 constexpr int kTopEdgePx = 10;
 constexpr double kHighestAlpha = 230.0;
 
-QString image(const char* name)
+QIcon image(const char* name)
 {
-    return QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(name));
+    return icons::named(QLatin1String(name));
 }
 
 QPushButton* makeButton(const char* objectName, QWidget* parent)
@@ -52,8 +52,8 @@ QPushButton* makeButton(const char* objectName, QWidget* parent)
 
 QIcon pinIcon()
 {
-    QIcon icon(image("pin"));
-    icon.addFile(image("pin-white"), {}, QIcon::Normal, QIcon::On);
+    QIcon icon = image("pin");
+    icon.addFile(icons::path(QStringLiteral("pin"), icons::Tone::Light), {}, QIcon::Normal, QIcon::On);
     return icon;
 }
 
@@ -110,7 +110,7 @@ QWidget* SCFullscreenToolbar::buildContainer()
     m_pauseButton = makeButton("pauseButton", m_container);
     m_audioOnlyLabel = new QLabel(m_container);
     m_audioOnlyLabel->setObjectName(QStringLiteral("audioOnlyLabel"));
-    m_audioOnlyLabel->setPixmap(QIcon(image("audio-only")).pixmap({kAudioOnlyIconPx, kAudioOnlyIconPx}));
+    m_audioOnlyLabel->setPixmap(image("audio-only").pixmap({kAudioOnlyIconPx, kAudioOnlyIconPx}));
     m_audioOnlyLabel->hide();
     m_timerLabel = new QLabel(QStringLiteral("00:00:00"), m_container);
     m_timerLabel->setObjectName(QStringLiteral("timerLabel"));
@@ -198,7 +198,7 @@ void SCFullscreenToolbar::setRecording(bool recording)
 
 void SCFullscreenToolbar::updateRecordButton()
 {
-    m_recordButton->setIcon(QIcon(image(m_isRecording ? "stop-recording" : "start-recording")));
+    m_recordButton->setIcon(image(m_isRecording ? "stop-recording" : "start-recording"));
     setMeaning(*m_recordButton, m_isRecording ? tr("Stop Recording") : tr("Start Recording"));
 }
 
@@ -211,9 +211,7 @@ void SCFullscreenToolbar::setAudioOnly(bool audioOnly)
 {
     m_audioOnlyLabel->setVisible(audioOnly);
     m_container->setProperty("audioOnly", audioOnly);
-    // Style sheets look at properties only when they are applied.
-    m_container->style()->unpolish(m_container);
-    m_container->style()->polish(m_container);
+    restyle(*m_container);
 }
 
 void SCFullscreenToolbar::setPausable(bool pausable)
@@ -231,13 +229,12 @@ void SCFullscreenToolbar::setPaused(bool paused)
 void SCFullscreenToolbar::updatePauseButton()
 {
     m_pauseButton->setEnabled(m_pausable);
-    m_pauseButton->setIcon(QIcon(image(m_paused ? "resume-recording" : "pause-recording")));
+    m_pauseButton->setIcon(image(m_paused ? "resume-recording" : "pause-recording"));
     setMeaning(*m_pauseButton, m_paused ? tr("Resume Recording") : tr("Pause Recording"));
     if (!m_pausable)
         m_pauseButton->setToolTip(tr("This format cannot be paused"));
     m_timerLabel->setProperty("paused", m_paused);
-    m_timerLabel->style()->unpolish(m_timerLabel);
-    m_timerLabel->style()->polish(m_timerLabel);
+    restyle(*m_timerLabel);
 }
 
 void SCFullscreenToolbar::retranslate()

@@ -23,6 +23,7 @@
 #include "ui_scmainwindow.h"
 #include "widgets/focusring.h"
 #include "widgets/hovericons.h"
+#include "widgets/icons.h"
 #include "widgets/stylesheet.h"
 
 #include <QButtonGroup>
@@ -42,6 +43,8 @@
 namespace {
 
 const auto kStyleSheet = QStringLiteral(":/res/style/main-window.qss");
+constexpr QSize kRowIconSize(20, 20);
+constexpr QSize kLogoSize(24, 24);
 
 int recordingFormatPosition(const QString& name)
 {
@@ -138,18 +141,21 @@ void SCMainWindow::setUpIcons()
     new HoverIcons(m_ui->closeBtn, QStringLiteral("close"));
     new HoverIcons(m_ui->menuBtn, QStringLiteral("menu"));
     new HoverIcons(m_ui->settingsBtn, QStringLiteral("settings"));
-    const QSize size(20, 20);
-    const auto show = [&size, this](QLabel* label, const char* name) {
-        const QIcon icon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(name)));
-        label->setPixmap(icon.pixmap(size, devicePixelRatioF()));
+    showPictures();
+}
+
+/// Made for the pixels of the screen that the window is on.
+void SCMainWindow::showPictures()
+{
+    const auto show = [this](QLabel* label, const char* name) {
+        label->setPixmap(icons::named(QLatin1String(name)).pixmap(kRowIconSize, devicePixelRatioF()));
     };
     show(m_ui->screenIcon, "screen");
     show(m_ui->mouseIcon, "mouse");
     show(m_ui->webcamIcon, "webcam");
     show(m_ui->speakerIcon, "speaker");
     show(m_ui->micIcon, "microphone");
-    m_ui->logoLabel->setPixmap(
-        QIcon(QStringLiteral(":/resources/logo.ico")).pixmap(QSize(24, 24), devicePixelRatioF()));
+    m_ui->logoLabel->setPixmap(QIcon(QStringLiteral(":/resources/logo.ico")).pixmap(kLogoSize, devicePixelRatioF()));
 }
 
 void SCMainWindow::setUpBoxes()
@@ -404,6 +410,14 @@ bool SCMainWindow::eventFilter(QObject* watched, QEvent* event)
     else
         onWindowChosen();
     return false;
+}
+
+bool SCMainWindow::event(QEvent* event)
+{
+    const bool handled = QMainWindow::event(event);
+    if (event->type() == QEvent::ScreenChangeInternal)
+        showPictures();
+    return handled;
 }
 
 void SCMainWindow::changeEvent(QEvent* event)

@@ -68,6 +68,7 @@ signals:
     void windowPicked(const QRect& rect);
 
 protected:
+    bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
     bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
@@ -76,6 +77,7 @@ private:
     // The shell: scmainwindow.cpp.
     void setUpFrame();
     void setUpIcons();
+    void showPictures();
     void setUpMenu();
     void setUpBoxes();
     void setUpSources();

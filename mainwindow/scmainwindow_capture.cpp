@@ -13,6 +13,7 @@
 #include "mainwindow/sourceswitches.h"
 #include "overlays/windowhighlighter.h"
 #include "ui_scmainwindow.h"
+#include "widgets/icons.h"
 
 #include <QDebug>
 #include <QGuiApplication>
@@ -343,7 +344,7 @@ void SCMainWindow::onFrameClosed()
 
 void SCMainWindow::onSizeLockToggled(bool locked)
 {
-    m_ui->lockButton->setIcon(QIcon(QStringLiteral(":/res/forms/images/%1.svg")
-                                        .arg(locked ? QStringLiteral("lock-white") : QStringLiteral("unlock"))));
+    m_ui->lockButton->setIcon(locked ? icons::named(QStringLiteral("lock"), icons::Tone::Light)
+                                     : icons::named(QStringLiteral("unlock")));
     m_region->setLockRatio(locked);
 }

@@ -16,6 +16,7 @@
 #include "platform/capture_exclusion.h"
 #include "platform/window_hold.h"
 #include "ui_scmainwindow.h"
+#include "widgets/icons.h"
 
 #include <QApplication>
 #include <QSettings>
@@ -73,7 +74,7 @@ void SCMainWindow::showRecordButton(int status)
                                                  {"start-recording", QT_TR_NOOP("Start Recording")}}};
     m_shownStatus = status;
     const Look& look = kLooks.at(static_cast<std::size_t>(status));
-    m_ui->recordButton->setIcon(QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(look.icon))));
+    m_ui->recordButton->setIcon(icons::named(QLatin1String(look.icon)));
     m_ui->recordButton->setText(tr(look.label));
     // The button of a paused recording stops it.
     m_ui->recordButton->setToolTip(status == recordstatus::kPaused ? tr("Stop Recording") : QString());

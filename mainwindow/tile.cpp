@@ -1,10 +1,12 @@
 #include "mainwindow/tile.h"
 
+#include "widgets/accessibletoggle.h"
+#include "widgets/icons.h"
+#include "widgets/stylesheet.h"
+
 #include <QEvent>
-#include <QIcon>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QStyle>
 #include <QVBoxLayout>
 
 namespace {
@@ -18,6 +20,7 @@ Tile::Tile(QWidget* parent) : QFrame(parent), m_icon(new QLabel(this)), m_label(
 {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
+    registerAccessibleToggle("Tile", QAccessible::RadioButton, "selected");
     m_icon->setObjectName(QStringLiteral("tileIcon"));
     m_label->setObjectName(QStringLiteral("tileLabel"));
     m_icon->setAlignment(Qt::AlignCenter);
@@ -39,14 +42,10 @@ void Tile::setSelected(bool selected)
         return;
     m_selected = selected;
     showIcon();
-    // The style sheet does not follow properties by itself.
-    style()->unpolish(this);
-    style()->polish(this);
-    for (QWidget* const part : {m_icon, m_label}) {
-        part->style()->unpolish(part);
-        part->style()->polish(part);
-    }
+    for (QWidget* const part : std::initializer_list<QWidget*>{this, m_icon, m_label})
+        restyle(*part);
     update();
+    announceToggled(*this);
 }
 
 QString Tile::text() const
@@ -74,7 +73,8 @@ QSize Tile::minimumSizeHint() const
 bool Tile::event(QEvent* event)
 {
     const bool handled = QFrame::event(event);
-    if (event->type() == QEvent::Enter || event->type() == QEvent::Leave || event->type() == QEvent::EnabledChange)
+    if (event->type() == QEvent::Enter || event->type() == QEvent::Leave || event->type() == QEvent::EnabledChange ||
+        event->type() == QEvent::ScreenChangeInternal)
         showIcon();
     return handled;
 }
@@ -90,6 +90,6 @@ void Tile::keyPressEvent(QKeyEvent* event)
 void Tile::showIcon()
 {
     const bool light = m_selected || (underMouse() && isEnabled());
-    const QIcon icon(QStringLiteral(":/res/forms/images/%1%2.svg").arg(m_iconName, light ? "-white" : ""));
+    const QIcon icon = icons::named(m_iconName, light ? icons::Tone::Light : icons::Tone::Normal);
     m_icon->setPixmap(icon.pixmap(kIconSize, devicePixelRatioF(), isEnabled() ? QIcon::Normal : QIcon::Disabled));
 }

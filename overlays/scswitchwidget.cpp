@@ -1,5 +1,7 @@
 #include "overlays/scswitchwidget.h"
 
+#include "widgets/accessibletoggle.h"
+
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -37,6 +39,7 @@ SCSwitchWidget::SCSwitchWidget(QWidget* parent)
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setAttribute(Qt::WA_MouseTracking);
     setFocusPolicy(Qt::StrongFocus);
+    registerAccessibleToggle("SCSwitchWidget", QAccessible::CheckBox, "checked");
 }
 
 SCSwitchWidget::~SCSwitchWidget() = default;
@@ -57,6 +60,7 @@ void SCSwitchWidget::toggle()
     m_animation->start();
     emit checkedChanged(m_checked);
     update();
+    announceToggled(*this);
 }
 
 void SCSwitchWidget::setPosition(double position)

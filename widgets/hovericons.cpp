@@ -1,8 +1,9 @@
 #include "widgets/hovericons.h"
 
+#include "widgets/icons.h"
+
 #include <QAbstractButton>
 #include <QEvent>
-#include <QIcon>
 
 HoverIcons::HoverIcons(QAbstractButton* button, const QString& name) : QObject(button), m_button(*button), m_name(name)
 {
@@ -19,5 +20,5 @@ bool HoverIcons::eventFilter(QObject*, QEvent* event)
 
 void HoverIcons::showIcon(bool light)
 {
-    m_button.setIcon(QIcon(QStringLiteral(":/res/forms/images/%1%2.svg").arg(m_name, light ? "-white" : "")));
+    m_button.setIcon(icons::named(m_name, light ? icons::Tone::Light : icons::Tone::Normal));
 }

@@ -2,6 +2,7 @@
 
 #include <QDebug>
 #include <QFile>
+#include <QStyle>
 #include <QWidget>
 
 namespace {
@@ -32,4 +33,10 @@ bool applyStyleSheet(const QList<QWidget*>& widgets, const QString& path, const 
         widget->setStyleSheet(styleSheet);
     qDebug().noquote() << "Loaded" << name << "from:" << inQuotes(path);
     return true;
+}
+
+void restyle(QWidget& widget)
+{
+    widget.style()->unpolish(&widget);
+    widget.style()->polish(&widget);
 }

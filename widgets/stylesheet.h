@@ -17,3 +17,6 @@ bool applyStyleSheet(QWidget& widget, const QString& path);
 /// The same for several widgets at once, each of which gets the whole style sheet. The messages call it by the given
 /// name ("Loaded <name> from:").
 bool applyStyleSheet(const QList<QWidget*>& widgets, const QString& path, const QString& name);
+
+/// Applies the style sheet in force to widget once more: it looks at properties only when it is applied.
+void restyle(QWidget& widget);
