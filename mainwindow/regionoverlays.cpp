@@ -1,94 +1,59 @@
 #include "mainwindow/regionoverlays.h"
 
-#include "app/sclogger.h"
-#include "overlays/areaselector.h"
+#include "mainwindow/regionselection.h"
 #include "overlays/drawwindow.h"
 
-#include <QCursor>
 #include <QEvent>
-#include <QGuiApplication>
-#include <QScreen>
 
 #include <utility>
 
-RegionOverlays::RegionOverlays(QObject* parent) : QObject(parent)
+RegionOverlays::RegionOverlays(QObject* parent) : QObject(parent), m_selection(new RegionSelection(this))
 {
-    makeSelector();
+    connect(m_selection, &RegionSelection::selected, this, &RegionOverlays::onSelected);
+    connect(m_selection, &RegionSelection::cancelled, this, &RegionOverlays::onCancelled);
 }
 
-RegionOverlays::~RegionOverlays()
-{
-    // Whoever listens is being taken down as well.
-    blockSignals(true);
-    m_frameSetAside = false;
-    cancelSelection();
-}
-
-void RegionOverlays::makeSelector()
-{
-    m_selector = std::make_unique<AreaSelector>();
-    m_selector->installEventFilter(this);
-    connect(m_selector.get(), &AreaSelector::areaSelected, this, &RegionOverlays::onAreaSelected);
-}
+RegionOverlays::~RegionOverlays() = default;
 
 void RegionOverlays::select()
 {
-    if (m_selecting)
-        return;
-    if (m_selector == nullptr)
-        makeSelector();
-    m_selecting = true;
     // It stands above the selector and would take the presses that are meant for it.
-    m_frameSetAside = isFrameShown();
-    hideFrame();
-    QGuiApplication::setOverrideCursor(Qt::CrossCursor);
-    // The screen may have changed since the selector was made.
-    if (const QScreen* const screen = QGuiApplication::primaryScreen())
-        m_selector->setGeometry(screen->geometry());
-    m_selector->show();
-    m_selector->raise();
-    m_selector->activateWindow();
+    setFrameAside();
+    m_selection->begin();
 }
 
 void RegionOverlays::cancelSelection()
 {
-    if (!m_selecting)
-        return;
-    QGuiApplication::restoreOverrideCursor();
-    m_selector->hide();
+    m_selection->cancel();
 }
 
-void RegionOverlays::onAreaSelected(const QRect& area)
+void RegionOverlays::setFrameAside()
 {
-    SCLogger::debug(QStringLiteral("Selected Area - x=%1, y=%2, width=%3, height=%4")
-                        .arg(area.x())
-                        .arg(area.y())
-                        .arg(area.width())
-                        .arg(area.height()));
-    m_selecting = false;
+    const bool isWanted = m_frameSetAside || isFrameShown();
+    hideFrame();
+    m_frameSetAside = isWanted;
+}
+
+void RegionOverlays::bringFrameBack()
+{
+    if (std::exchange(m_frameSetAside, false))
+        showFrame();
+}
+
+void RegionOverlays::onSelected(const QRect& area)
+{
     m_frameSetAside = false;
-    emit regionSelected(area.translated(m_selector->geometry().topLeft()));
-    // The selector has given back its cursor already.
-    const QCursor* const cursor = QGuiApplication::overrideCursor();
-    if (cursor != nullptr && cursor->shape() == Qt::CrossCursor)
-        QGuiApplication::restoreOverrideCursor();
-    m_selector->hide();
-    m_selector->disconnect(this);
-    // It is still delivering the event that brought the selection.
-    m_selector.release()->deleteLater();
+    emit regionSelected(area);
+}
+
+void RegionOverlays::onCancelled()
+{
+    bringFrameBack();
+    emit selectionCancelled();
 }
 
 bool RegionOverlays::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_selector.get() && event->type() == QEvent::Hide && m_selecting && !event->spontaneous()) {
-        m_selecting = false;
-        if (std::exchange(m_frameSetAside, false))
-            showFrame();
-        emit selectionCancelled();
-    }
-    // Closed by the window manager, it leaves as with Escape.
-    if (watched == m_selector.get() && event->type() == QEvent::Close)
-        cancelSelection();
     if (watched == m_frame.get() && event->type() == QEvent::Close)
         emit frameClosed();
     return false;
@@ -139,6 +104,7 @@ void RegionOverlays::showFrame()
 
 void RegionOverlays::hideFrame()
 {
+    m_frameSetAside = false;
     if (m_frame != nullptr)
         m_frame->hide();
 }

@@ -2,13 +2,12 @@
 
 #include <QObject>
 #include <QPoint>
-#include <QPointer>
 #include <QRect>
 
 #include <memory>
 
-class AreaSelector;
 class DrawWindow;
+class RegionSelection;
 
 /// What lies over the desktop while a region is chosen and recorded: the selector with which it is dragged out and the
 /// frame around it. Logical pixels of the desktop throughout. User-interface thread.
@@ -40,6 +39,11 @@ public:
 
     void showFrame();
     void hideFrame();
+
+    /// Hides a frame that is shown until bringFrameBack(), unless hideFrame() comes between.
+    void setFrameAside();
+    void bringFrameBack();
+
     bool isFrameShown() const;
 
     /// The frame's mirror of the recording.
@@ -65,14 +69,13 @@ signals:
     void stopRecording();
 
 private:
-    void onAreaSelected(const QRect& area);
+    void onSelected(const QRect& area);
+    void onCancelled();
     DrawWindow& drawWindow();
-    void makeSelector();
 
-    std::unique_ptr<AreaSelector> m_selector;
+    RegionSelection* m_selection;
     std::unique_ptr<DrawWindow> m_frame;
     bool m_lockRatio = false;
-    bool m_selecting = false;
-    /// The frame was shown before the selection began.
+    /// The frame is to come back.
     bool m_frameSetAside = false;
 };

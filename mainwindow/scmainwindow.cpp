@@ -14,6 +14,7 @@
 #include "mainwindow/regionoverlays.h"
 #include "mainwindow/sccountdownwidget.h"
 #include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/screenshotsession.h"
 #include "mainwindow/sourceswitches.h"
 #include "overlays/scswitchwidget.h"
 #include "overlays/windowhighlighter.h"
@@ -91,6 +92,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     , m_obs(std::move(engine))
     , m_windowPicker(std::make_unique<WindowHighlighter>())
     , m_region(new RegionOverlays(this))
+    , m_screenshots(new ScreenshotSession(this))
     , m_settings(openSettings())
     , m_sources(*m_obs)
     , m_recorder(*m_obs)
@@ -110,6 +112,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     connectControls();
     connectPages();
     connectTiles();
+    connectScreenshots();
     connectSession();
     registerRecordingHotkey();
     showMode();
@@ -247,13 +250,23 @@ void SCMainWindow::connectPages()
     new HoverIcons(m_ui->filesTab, QStringLiteral("files"));
 }
 
+/// What a click on a tile does, and a press of the keyboard.
+std::array<SCMainWindow::TileAction, 6> SCMainWindow::tileActions() const
+{
+    return {{{m_ui->fullScreenTile, &SCMainWindow::onFullScreenChosen},
+             {m_ui->regionTile, &SCMainWindow::onRegionChosen},
+             {m_ui->windowTile, &SCMainWindow::onWindowChosen},
+             {m_ui->screenshotFullScreenTile, &SCMainWindow::onScreenshotFullScreenChosen},
+             {m_ui->screenshotRegionTile, &SCMainWindow::onScreenshotRegionChosen},
+             {m_ui->screenshotWindowTile, &SCMainWindow::onScreenshotWindowChosen}}};
+}
+
 void SCMainWindow::connectTiles()
 {
-    for (Tile* const tile : {m_ui->fullScreenTile, m_ui->regionTile, m_ui->windowTile})
+    for (const auto& [tile, action] : tileActions()) {
         tile->installEventFilter(this);
-    connect(m_ui->fullScreenTile, &Tile::activated, this, &SCMainWindow::onFullScreenChosen);
-    connect(m_ui->regionTile, &Tile::activated, this, &SCMainWindow::onRegionChosen);
-    connect(m_ui->windowTile, &Tile::activated, this, &SCMainWindow::onWindowChosen);
+        connect(tile, &Tile::activated, this, action);
+    }
 
     connect(m_region, &RegionOverlays::regionSelected, this, &SCMainWindow::onRegionSelected);
     connect(m_region, &RegionOverlays::selectionCancelled, this, &SCMainWindow::onSelectionCancelled);
@@ -403,12 +416,10 @@ bool SCMainWindow::eventFilter(QObject* watched, QEvent* event)
     if (tile == nullptr || mouse->button() != Qt::LeftButton || !tile->isEnabled() ||
         !tile->rect().contains(mouse->position().toPoint()))
         return false;
-    if (tile == m_ui->fullScreenTile)
-        onFullScreenChosen();
-    else if (tile == m_ui->regionTile)
-        onRegionChosen();
-    else
-        onWindowChosen();
+    for (const auto& [known, action] : tileActions()) {
+        if (known == tile)
+            (this->*action)();
+    }
     return false;
 }
 
@@ -444,6 +455,7 @@ bool SCMainWindow::nativeEvent(const QByteArray& eventType, void* message, qintp
 void SCMainWindow::closeEvent(QCloseEvent* event)
 {
     if (m_session.state() == RecordingState::Idle) {
+        m_screenshots->giveUp();
         m_region->cancelSelection();
         m_windowPicker->hide();
         hideOverlays();

@@ -9,6 +9,7 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <array>
 #include <memory>
 
 class MainMenu;
@@ -21,7 +22,9 @@ class RegionOverlays;
 class SCCountdownWidget;
 class SCFullscreenToolbar;
 class SCTranslator;
+class ScreenshotSession;
 class SourceSwitches;
+class Tile;
 class WindowHighlighter;
 
 namespace Ui {
@@ -61,11 +64,9 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
-    /// A recording has begun to be written to path; type is "video" or "audio".
+    /// A recording has begun to be written to path, or a screenshot has been; type is "video", "audio" or
+    /// "screenshot".
     void fileProduced(const QString& path, const QString& type);
-
-    /// The user has picked a window; its rectangle is in logical pixels of the desktop.
-    void windowPicked(const QRect& rect);
 
 protected:
     bool event(QEvent* event) override;
@@ -74,7 +75,14 @@ protected:
     bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
 
 private:
+    struct TileAction
+    {
+        Tile* tile;
+        void (SCMainWindow::*action)();
+    };
+
     // The shell: scmainwindow.cpp.
+    std::array<TileAction, 6> tileActions() const;
     void setUpFrame();
     void setUpIcons();
     void showPictures();
@@ -130,7 +138,19 @@ private:
     void onFrameConcealed(bool concealed);
     void onFrameClosed();
     void onSizeLockToggled(bool locked);
+    void pickWindow();
     void onWindowClicked(const QRect& rect);
+
+    // Screenshots: scmainwindow_screenshot.cpp.
+    void connectScreenshots();
+    bool mayTakeScreenshot() const;
+    void onScreenshotFullScreenChosen();
+    void onScreenshotRegionChosen();
+    void onScreenshotWindowChosen();
+    void onScreenshotBegan();
+    void onScreenshotEnded();
+    void onScreenshotSaved(const QString& path);
+    void onScreenshotFailed(const QString& message);
 
     // The recording: scmainwindow_recording.cpp.
     void onStateChanged(RecordingState state);
@@ -164,6 +184,7 @@ private:
     std::unique_ptr<WindowHighlighter> m_windowPicker;
     CaptureArea m_captureArea;
     RegionOverlays* m_region;
+    ScreenshotSession* m_screenshots;
     std::unique_ptr<QSettings> m_settings;
     std::shared_ptr<SCTranslator> m_translator;
     ObsSources m_sources;
@@ -200,4 +221,6 @@ private:
     /// The region's frame was closed while it could not be given up.
     bool m_frameGivenUp = false;
     bool m_closeRequested = false;
+    /// The window was minimised for a screenshot and is to come back after it.
+    bool m_minimisedForScreenshot = false;
 };

@@ -10,6 +10,7 @@
 #include "mainwindow/regionoverlays.h"
 #include "mainwindow/scfullscreentoolbar.h"
 #include "mainwindow/scmainwindow.h"
+#include "mainwindow/screenshotsession.h"
 #include "mainwindow/sourceswitches.h"
 #include "overlays/windowhighlighter.h"
 #include "ui_scmainwindow.h"
@@ -236,6 +237,12 @@ void SCMainWindow::onWindowChosen()
     setScreenOn(true);
     captureWholeScreen();
     setMode(CaptureMode::Window);
+    pickWindow();
+}
+
+/// A picked window becomes a screenshot frame over it.
+void SCMainWindow::pickWindow()
+{
     connect(m_windowPicker.get(), &WindowHighlighter::windowClicked, this, &SCMainWindow::onWindowClicked,
             Qt::UniqueConnection);
     m_windowPicker->show();
@@ -249,7 +256,7 @@ void SCMainWindow::onWindowClicked(const QRect& rect)
     const QRect logical = toLogicalRect(rect, screen != nullptr ? screen->devicePixelRatio() : 1.0);
     disconnect(m_windowPicker.get(), &WindowHighlighter::windowClicked, this, &SCMainWindow::onWindowClicked);
     m_windowPicker->hide();
-    emit windowPicked(logical);
+    m_screenshots->frameArea(logical);
 }
 
 void SCMainWindow::onRatioChosen(const QString& name)

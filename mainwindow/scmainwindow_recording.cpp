@@ -11,6 +11,7 @@
 #include "mainwindow/sccountdownwidget.h"
 #include "mainwindow/scfullscreentoolbar.h"
 #include "mainwindow/scmainwindow.h"
+#include "mainwindow/screenshotsession.h"
 #include "mainwindow/toolbarplacement.h"
 #include "overlays/windowhighlighter.h"
 #include "platform/capture_exclusion.h"
@@ -35,10 +36,10 @@ void SCMainWindow::onStateChanged(RecordingState state)
 {
     const bool idle = state == RecordingState::Idle;
     // What is captured is chosen before a recording, not during one.
-    for (QWidget* const part : {static_cast<QWidget*>(m_ui->fullScreenTile), static_cast<QWidget*>(m_ui->regionTile),
-                                static_cast<QWidget*>(m_ui->windowTile), static_cast<QWidget*>(m_ui->sizeCard),
-                                static_cast<QWidget*>(m_ui->screenSwitch), static_cast<QWidget*>(m_ui->formatBox)})
+    for (QWidget* const part : std::initializer_list<QWidget*>{m_ui->sizeCard, m_ui->screenSwitch, m_ui->formatBox})
         part->setEnabled(idle);
+    for (const TileAction& entry : tileActions())
+        entry.tile->setEnabled(idle);
     if (!idle)
         return;
     m_obs->setSceneRendered(false);
@@ -193,6 +194,7 @@ void SCMainWindow::restoreWindow()
 void SCMainWindow::countDown(int from)
 {
     // What was still being picked would lie over the picture.
+    m_screenshots->giveUp();
     m_region->cancelSelection();
     m_windowPicker->hide();
     bringAreaUpToDate();

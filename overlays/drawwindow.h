@@ -1,8 +1,8 @@
 #pragma once
 
-#include "overlays/framegeometry.h"
 #include "overlays/unseenmove.h"
 #include "platform/window_opening.h"
+#include "widgets/framegeometry.h"
 
 #include <QList>
 #include <QPoint>

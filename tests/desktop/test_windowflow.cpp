@@ -4,6 +4,7 @@
 #include "mainwindow/tile.h"
 #include "overlays/areaselector.h"
 #include "overlays/windowhighlighter.h"
+#include "screenshot/scscreenshotwindow.h"
 #include "tests/desktop/regiontest.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/messagecapture.h"
@@ -57,7 +58,11 @@ public:
             QTest::qWait(50);
             m_said += m_process.readAll();
         }
-        return m_said.contains(word);
+        const qsizetype place = m_said.indexOf(word);
+        // Each time it is said counts once.
+        if (place >= 0)
+            m_said.remove(place, word.size());
+        return place >= 0;
     }
 
     ~OtherProgram()
@@ -272,21 +277,24 @@ private slots:
         OtherProgram other;
         QVERIFY(other.start());
         const QRect place(onScreen(kOtherWindow.topLeft()), kOtherWindow.size());
-        const QSignalSpy picked(m_window.get(), &SCMainWindow::windowPicked);
         click(*child<Tile>("windowTile"));
         QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
         pointTo(place.center());
         QTRY_COMPARE(shownWindow<WindowHighlighter>()->geometry(), place);
         QTRY_COMPARE(colourAt(place.topLeft() + QPoint(1, 1)), qRgb(255, 0, 0));
         xdotool({"click", "1"});
-        QTRY_COMPARE(picked, (QList<QVariantList>{{place}}));
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
         QVERIFY(other.waitFor("pressed"));
         QVERIFY(shownWindow<WindowHighlighter>() == nullptr);
-        QTRY_VERIFY(colourAt(place.topLeft() + QPoint(1, 1)) != qRgb(255, 0, 0));
+        auto* const frame = shownWindow<SCScreenshotWindow>();
+        QCOMPARE(frame->geometry(), place);
+        QTRY_VERIFY(isLike(colourAt(place.topLeft() + QPoint(1, 1)), kBorder));
         // It was picked once: the next click is the other program's alone.
         xdotool({"click", "1"});
-        QTest::qWait(150);
-        QCOMPARE(picked.size(), 1);
+        QVERIFY(other.waitFor("pressed"));
+        QCOMPARE(frame->geometry(), place);
+        press(QStringLiteral("Escape"));
+        QTRY_VERIFY(!m_window->isMinimized());
     }
 
 private:

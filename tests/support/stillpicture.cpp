@@ -96,6 +96,10 @@ StillPicture::StillPicture(const QImage& picture) : m_private(std::make_unique<P
     const xcb_atom_t type = atom(connection, "_NET_WM_WINDOW_TYPE_DESKTOP");
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom(connection, "_NET_WM_WINDOW_TYPE"),
                         XCB_ATOM_ATOM, 32, 1, &type);
+    // Window managers put it on one of several screens unless the user himself has placed it, which is the first flag.
+    const std::array<uint32_t, 18> sizeHints{1};
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32,
+                        static_cast<uint32_t>(sizeHints.size()), sizeHints.data());
     const xcb_void_cookie_t mapped = xcb_map_window_checked(connection, window);
     const std::unique_ptr<xcb_generic_error_t, Free> error(xcb_request_check(connection, mapped));
     m_private->isShown = error == nullptr && xcb_connection_has_error(connection) == 0;

@@ -1,4 +1,4 @@
-#include "overlays/framegeometry.h"
+#include "widgets/framegeometry.h"
 
 #include <QTest>
 

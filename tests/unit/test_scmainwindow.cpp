@@ -9,7 +9,6 @@
 #include "overlays/areaselector.h"
 #include "overlays/drawwindow.h"
 #include "overlays/scswitchwidget.h"
-#include "overlays/windowhighlighter.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/testprofile.h"
@@ -674,22 +673,6 @@ private slots:
         dragRegion(window, {100, 80}, {419, 319});
         QVERIFY(control->isChecked());
         QVERIFY(shownWindow<DrawWindow>() != nullptr);
-    }
-
-    void pickedWindowIsReportedInLogicalPixelsAndThePickerGoes()
-    {
-        SCMainWindow window;
-        window.show();
-        const QSignalSpy picked(&window, &SCMainWindow::windowPicked);
-        QTest::mouseClick(child<Tile>(window, "windowTile"), Qt::LeftButton);
-        auto* const picker = shownWindow<WindowHighlighter>();
-        QVERIFY(picker != nullptr);
-        emit picker->windowClicked({30, 40, 500, 300});
-        QCOMPARE(picked.size(), 1);
-        QCOMPARE(picked.at(0).at(0).toRect(), QRect(30, 40, 500, 300));
-        QVERIFY(!picker->isVisible());
-        emit picker->windowClicked({30, 40, 500, 300});
-        QCOMPARE(picked.size(), 1);
     }
 
     void pagesFollowTheirTabs()

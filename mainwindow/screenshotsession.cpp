@@ -1,0 +1,135 @@
+#include "mainwindow/screenshotsession.h"
+
+#include "mainwindow/regionselection.h"
+#include "screenshot/scscreenshot.h"
+#include "screenshot/scscreenshotwindow.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QScopedValueRollback>
+#include <QScreen>
+#include <QTimer>
+
+#include <utility>
+
+#include <algorithm>
+
+namespace {
+
+/// Compositors let a window that is minimised fade out.
+constexpr int kWindowGoneMs = 400;
+
+/// Moved onto the screen where it reaches beyond its right or lower edge.
+QRect keptOn(const QRect& screen, QRect area)
+{
+    area.moveRight(std::min(area.right(), screen.right()));
+    area.moveBottom(std::min(area.bottom(), screen.bottom()));
+    return area;
+}
+
+} // namespace
+
+ScreenshotSession::ScreenshotSession(QObject* parent)
+    : QObject(parent)
+    , m_screenshot(new SCScreenshot(this))
+    , m_selection(new RegionSelection(this))
+    , m_selectorDelay(new QTimer(this))
+    , m_keyboard(new QTimer(this))
+{
+    m_selectorDelay->setSingleShot(true);
+    m_selectorDelay->setInterval(kWindowGoneMs);
+    m_keyboard->setSingleShot(true);
+    m_keyboard->setInterval(kWindowGoneMs);
+    connect(m_keyboard, &QTimer::timeout, this, &ScreenshotSession::takeKeyboard);
+    connect(m_selectorDelay, &QTimer::timeout, m_selection, &RegionSelection::begin);
+    connect(m_screenshot, &SCScreenshot::error, this, &ScreenshotSession::failed);
+    connect(m_selection, &RegionSelection::selected, this, &ScreenshotSession::frameArea);
+    connect(m_selection, &RegionSelection::cancelled, this, &ScreenshotSession::end);
+}
+
+ScreenshotSession::~ScreenshotSession()
+{
+    blockSignals(true);
+}
+
+SCScreenshotWindow& ScreenshotSession::window()
+{
+    if (m_window == nullptr) {
+        m_window = std::make_unique<SCScreenshotWindow>(m_screenshot);
+        m_window->installEventFilter(this);
+        connect(m_window.get(), &SCScreenshotWindow::screenshotSaved, this, &ScreenshotSession::saved);
+    }
+    return *m_window;
+}
+
+void ScreenshotSession::begin()
+{
+    if (!std::exchange(m_isActive, true))
+        emit began();
+}
+
+void ScreenshotSession::end()
+{
+    if (!m_isChanging && std::exchange(m_isActive, false))
+        emit ended();
+}
+
+void ScreenshotSession::frameScreen()
+{
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr)
+        return;
+    const QScopedValueRollback<bool> changing(m_isChanging, true);
+    m_selectorDelay->stop();
+    m_selection->cancel();
+    showFrame(screen->geometry(), true);
+}
+
+void ScreenshotSession::selectRegion()
+{
+    const QScopedValueRollback<bool> changing(m_isChanging, true);
+    begin();
+    // It would take the presses that are meant for the selector.
+    if (m_window != nullptr)
+        m_window->hide();
+    m_selectorDelay->start();
+}
+
+void ScreenshotSession::frameArea(const QRect& area)
+{
+    const QRect grown(area.topLeft(), area.size().expandedTo(window().minimumSize()));
+    const QScreen* const screen = QGuiApplication::screenAt(area.center());
+    showFrame(grown == area || screen == nullptr ? grown : keptOn(screen->geometry(), grown), false);
+}
+
+void ScreenshotSession::showFrame(const QRect& area, bool fullScreen)
+{
+    begin();
+    window().setGeometry(area);
+    window().setFullScreen(fullScreen);
+    window().show();
+    m_keyboard->start();
+}
+
+/// What has gone to make room had the keyboard, which the window manager then gives to another program.
+void ScreenshotSession::takeKeyboard()
+{
+    if (m_window->isVisible())
+        m_window->activateWindow();
+}
+
+void ScreenshotSession::giveUp()
+{
+    m_selectorDelay->stop();
+    m_selection->cancel();
+    if (m_window != nullptr)
+        m_window->hide();
+    end();
+}
+
+bool ScreenshotSession::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_window.get() && event->type() == QEvent::Hide && !event->spontaneous())
+        end();
+    return false;
+}

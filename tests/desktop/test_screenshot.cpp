@@ -1,0 +1,297 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "mainwindow/scmainwindow.h"
+#include "mainwindow/tile.h"
+#include "overlays/areaselector.h"
+#include "screenshot/scscreenshotwindow.h"
+#include "tests/desktop/desktopuser.h"
+#include "tests/desktop/userinput.h"
+#include "tests/support/shownwindow.h"
+#include "tests/support/stillpicture.h"
+#include "tests/support/testprofile.h"
+#include "widgets/messagebox.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+#include <cstdlib>
+#include <memory>
+
+using desktopuser::click;
+using desktopuser::drag;
+using desktopuser::onScreen;
+using desktopuser::pointTo;
+using desktopuser::press;
+using desktopuser::scale;
+using userinput::xdotool;
+
+namespace {
+
+/// At whole physical pixels at the scales of the tests, and beside the main window.
+constexpr QRect kRegion(500, 200, 300, 240);
+
+SCScreenshotWindow* frame()
+{
+    return shownWindow<SCScreenshotWindow>();
+}
+
+/// The pixels of the display that a rectangle of the desktop covers.
+QRect pixels(const QRect& area)
+{
+    const QPoint origin = QGuiApplication::primaryScreen()->geometry().topLeft();
+    const QRect inside = area.translated(-origin);
+    return QRect((QPointF(inside.topLeft()) * scale()).toPoint(), (QSizeF(inside.size()) * scale()).toSize())
+        .translated(origin);
+}
+
+int largestDifference(const QImage& one, const QImage& other)
+{
+    int largest = 0;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x)
+            largest = std::max(largest, std::abs(qGray(one.pixel(x, y)) - qGray(other.pixel(x, y))));
+    }
+    return largest;
+}
+
+} // namespace
+
+/// Screenshots taken with pointer and keyboard, compared with what the desktop shows.
+class TestScreenshot : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        m_desktop = gridPicture(StillPicture::displaySize());
+        m_picture = std::make_unique<StillPicture>(m_desktop);
+        QVERIFY(m_picture->isShown());
+    }
+
+    void init()
+    {
+        const auto settings = openSettings();
+        settings->clear();
+        settings->setValue(settingskeys::kFirstRun, false);
+        pointTo(onScreen({3, 3}));
+        m_boxes = std::make_unique<messagebox::Recorder>();
+        m_window = std::make_unique<SCMainWindow>();
+        m_window->move(onScreen({20, 40}));
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QTest::qWait(150);
+        click(*m_window->findChild<QPushButton*>(QStringLiteral("screenshotTab")));
+        m_produced = std::make_unique<QSignalSpy>(m_window.get(), &SCMainWindow::fileProduced);
+    }
+
+    void cleanup()
+    {
+        xdotool({"mouseup", "1"});
+        m_window.reset();
+        m_boxes.reset();
+        QVERIFY(QGuiApplication::overrideCursor() == nullptr);
+    }
+
+    void wholeScreenIsShotByTheEnterKey()
+    {
+        clickTile("screenshotFullScreenTile");
+        QTRY_VERIFY(frame() != nullptr);
+        QCOMPARE(frame()->geometry(), QGuiApplication::primaryScreen()->geometry());
+        QTest::qWait(300);
+        press(QStringLiteral("Return"));
+        expectShot(pixels(QGuiApplication::primaryScreen()->geometry()));
+        QTRY_VERIFY(!m_window->isMinimized());
+    }
+
+    /// Its bar lies inside, and with the pointer on the button there is a tool tip as well.
+    void neitherBarNorToolTipIsInTheShot()
+    {
+        clickTile("screenshotFullScreenTile");
+        QTRY_VERIFY(frame() != nullptr);
+        pointTo(barButton("saveButton").mapToGlobal(QPoint(15, 15)));
+        QTest::qWait(1500);
+        xdotool({"click", "1"});
+        expectShot(pixels(QGuiApplication::primaryScreen()->geometry()));
+    }
+
+    void regionIsDraggedOutMovedResizedAndShot()
+    {
+        dragRegion();
+        QCOMPARE(frame()->geometry(), region());
+        // By its bar, which hangs below it.
+        const QPoint bar = region().bottomRight() + QPoint(-60, 16);
+        drag(bar, bar + QPoint(-40, 20));
+        QTRY_COMPARE(frame()->geometry(), region().translated(-40, 20));
+        const QPoint corner = frame()->geometry().bottomRight();
+        drag(corner, corner + QPoint(30, 42));
+        QTRY_COMPARE(frame()->geometry(), region().translated(-40, 20).adjusted(0, 0, 30, 42));
+        const QRect framed = frame()->geometry();
+        click(barButton("saveButton"));
+        expectShot(pixels(framed));
+    }
+
+    void shotIsSavedAsJpg()
+    {
+        openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("JPG"));
+        dragRegion();
+        press(QStringLiteral("Return"));
+        QTRY_COMPARE(m_produced->size(), 1);
+        const QString path = m_produced->at(0).at(0).toString();
+        QVERIFY(path.endsWith(QLatin1String(".jpg")));
+        const QString wrong = differenceFromGrid(QImage(path), pixels(region()), m_desktop);
+        QVERIFY2(wrong.isEmpty(), qPrintable(wrong));
+    }
+
+    void strokesAreInTheShotAndTheBorderIsNot()
+    {
+        dragRegion();
+        click(barButton("drawButton"));
+        const QPoint from = region().topLeft() + QPoint(60, 80);
+        const QPoint to = from + QPoint(120, 0);
+        drag(from, to);
+        QTest::qWait(100);
+        click(barButton("saveButton"));
+        QTRY_COMPARE(m_produced->size(), 1);
+        const QImage shot(m_produced->at(0).at(0).toString());
+        const QRect covered = pixels(region());
+        QCOMPARE(shot.size(), covered.size());
+        const QPoint middle = (QPointF((from + to) / 2 - region().topLeft()) * scale()).toPoint();
+        QCOMPARE(shot.pixel(middle), qRgb(255, 0, 0));
+        QCOMPARE(shot.pixel(middle - QPoint(40, 0)), qRgb(255, 0, 0));
+        // What makes the frame take the pointer is seen by nobody, but it is there.
+        constexpr int kFill = 2;
+        const int below = static_cast<int>(120 * scale());
+        const QRect untouched(0, below, shot.width(), shot.height() - below);
+        QVERIFY(largestDifference(shot.copy(untouched), m_desktop.copy(untouched.translated(covered.topLeft()))) <=
+                kFill);
+        const QRect top(0, 0, shot.width(), 10);
+        QVERIFY(largestDifference(shot.copy(top), m_desktop.copy(top.translated(covered.topLeft()))) <= kFill);
+    }
+
+    void pointerReachesWhatIsInTheFrameUntilThePenIsOn()
+    {
+        QWidget below(nullptr, Qt::FramelessWindowHint);
+        below.setGeometry(region().adjusted(-20, -20, 20, 20));
+        auto* const target = new QPushButton(&below);
+        target->setGeometry(0, 0, below.width(), below.height());
+        const QSignalSpy clicked(target, &QPushButton::clicked);
+        dragRegion();
+        below.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&below));
+        QTest::qWait(200);
+        click(region().center());
+        QTRY_COMPARE(clicked.size(), 1);
+        click(barButton("drawButton"));
+        QTest::qWait(100);
+        click(region().center());
+        QTest::qWait(200);
+        QCOMPARE(clicked.size(), 1);
+        click(barButton("drawButton"));
+        QTest::qWait(100);
+        click(region().center());
+        QTRY_COMPARE(clicked.size(), 2);
+    }
+
+    void escapeGivesTheShotUp()
+    {
+        clickTile("screenshotFullScreenTile");
+        QTRY_VERIFY(frame() != nullptr);
+        QTest::qWait(200);
+        press(QStringLiteral("Escape"));
+        QTRY_VERIFY(frame() == nullptr);
+        QTRY_VERIFY(!m_window->isMinimized());
+        QVERIFY(m_produced->isEmpty());
+    }
+
+    void savedShotIsToldInABox()
+    {
+        m_boxes.reset();
+        clickTile("screenshotFullScreenTile");
+        QTRY_VERIFY(frame() != nullptr);
+        QTest::qWait(200);
+        QString told;
+        // The box runs the events until it is closed, which is what the timer is for.
+        QTimer look;
+        connect(&look, &QTimer::timeout, this, [&look, &told] {
+            if (const auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                look.stop();
+                told = box->windowTitle() + u'|' + box->text();
+                QTest::qWait(200);
+                press(QStringLiteral("Return"));
+            }
+        });
+        look.start(100);
+        press(QStringLiteral("Return"));
+        QTRY_COMPARE(m_produced->size(), 1);
+        QTRY_VERIFY(!told.isEmpty());
+        QCOMPARE(told, "Screenshot Saved|Screenshot saved to: " + m_produced->at(0).at(0).toString());
+        QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
+private:
+    static QRect region() { return {onScreen(kRegion.topLeft()), kRegion.size()}; }
+
+    void clickTile(const char* name) const { click(*m_window->findChild<Tile*>(QLatin1String(name))); }
+
+    static QPushButton& barButton(const char* name)
+    {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (QWidget* const window : windows) {
+            auto* const button = window->findChild<QPushButton*>(QLatin1String(name));
+            if (window->isVisible() && button != nullptr)
+                return *button;
+        }
+        qFatal("There is no such button on the screen");
+    }
+
+    void dragRegion() const
+    {
+        clickTile("screenshotRegionTile");
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
+        QTest::qWait(100);
+        drag(region().topLeft(), region().bottomRight());
+        QTRY_VERIFY(frame() != nullptr && shownWindow<AreaSelector>() == nullptr);
+        QTRY_VERIFY(frame()->isActiveWindow());
+        // The window manager may have other ideas about the keyboard.
+        QTest::qWait(600);
+    }
+
+    /// A PNG file was written and told, and it is just what the desktop shows there.
+    void expectShot(const QRect& covered) const
+    {
+        QTRY_COMPARE(m_produced->size(), 1);
+        QCOMPARE(m_produced->at(0).at(1).toString(), QStringLiteral("screenshot"));
+        const QImage shot(m_produced->at(0).at(0).toString());
+        QCOMPARE(shot.size(), covered.size());
+        QCOMPARE(largestDifference(shot, m_desktop.copy(covered)), 0);
+        QVERIFY(frame() == nullptr);
+    }
+
+    QImage m_desktop;
+    std::unique_ptr<StillPicture> m_picture;
+    std::unique_ptr<messagebox::Recorder> m_boxes;
+    std::unique_ptr<SCMainWindow> m_window;
+    std::unique_ptr<QSignalSpy> m_produced;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    // Before the toolkit looks at the screens.
+    if (!desktopuser::splitDisplayWhereAsked())
+        return EXIT_FAILURE;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    // Windows closed by a test must not end the test program.
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestScreenshot test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_screenshot.moc"

@@ -1,0 +1,190 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "mainwindow/scmainwindow.h"
+#include "mainwindow/tile.h"
+#include "overlays/areaselector.h"
+#include "overlays/drawwindow.h"
+#include "overlays/windowhighlighter.h"
+#include "screenshot/scscreenshotwindow.h"
+#include "tests/support/shownwindow.h"
+#include "tests/support/testprofile.h"
+#include "widgets/messagebox.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QScreen>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTest>
+
+/// Screenshots as the main window takes them.
+class TestScreenshots : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        const auto settings = openSettings();
+        settings->clear();
+        settings->setValue(settingskeys::kFirstRun, false);
+        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
+        settings->setValue(settingskeys::kScreenshotHotkey, QStringLiteral("None"));
+        m_window = std::make_unique<SCMainWindow>();
+        m_window->show();
+    }
+
+    void cleanup() { m_window.reset(); }
+
+    void pickedWindowBecomesAScreenshotFrameAndThePickerGoes_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("recording page") << "windowTile";
+        QTest::newRow("screenshot page") << "screenshotWindowTile";
+    }
+
+    void pickedWindowBecomesAScreenshotFrameAndThePickerGoes()
+    {
+        QFETCH(const QString, name);
+        clickTile(name);
+        auto* const picker = shownWindow<WindowHighlighter>();
+        QVERIFY(picker != nullptr);
+        emit picker->windowClicked({30, 40, 500, 300});
+        QVERIFY(!picker->isVisible());
+        auto* const frame = shownWindow<SCScreenshotWindow>();
+        QVERIFY(frame != nullptr);
+        QCOMPARE(frame->geometry(), QRect(30, 40, 500, 300));
+        QVERIFY(m_window->isMinimized());
+        emit picker->windowClicked({50, 60, 400, 200});
+        QCOMPARE(frame->geometry(), QRect(30, 40, 500, 300));
+        frame->cancelScreenshot();
+        QVERIFY(!m_window->isMinimized());
+    }
+
+    void wholeScreenIsFramedForAScreenshot()
+    {
+        clickTile("screenshotFullScreenTile");
+        auto* const frame = shownWindow<SCScreenshotWindow>();
+        QVERIFY(frame != nullptr);
+        QCOMPARE(frame->geometry(), QGuiApplication::primaryScreen()->geometry());
+        QVERIFY(m_window->isMinimized());
+        QTest::keyClick(frame, Qt::Key_Escape);
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QVERIFY(!m_window->isMinimized());
+    }
+
+    void regionIsDraggedOutForAScreenshot()
+    {
+        clickTile("screenshotRegionTile");
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
+        QVERIFY(m_window->isMinimized());
+        emit shownWindow<AreaSelector>()->areaSelected(QRect(100, 80, 320, 240));
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QCOMPARE(shownWindow<SCScreenshotWindow>()->geometry(), QRect(100, 80, 320, 240));
+        // What is recorded is another matter.
+        QVERIFY(m_window->findChild<Tile*>(QStringLiteral("fullScreenTile"))->isSelected());
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
+        shownWindow<SCScreenshotWindow>()->cancelScreenshot();
+    }
+
+    void smallRegionIsFramedAsLargeAsAFrameMustBeOnTheScreen()
+    {
+        clickTile("screenshotRegionTile");
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        emit shownWindow<AreaSelector>()->areaSelected(QRect(screen.bottomRight() - QPoint(20, 10), QSize(5, 5)));
+        QCOMPARE(shownWindow<SCScreenshotWindow>()->geometry(),
+                 QRect(screen.bottomRight() - QPoint(99, 99), QSize(100, 100)));
+        shownWindow<SCScreenshotWindow>()->cancelScreenshot();
+    }
+
+    void selectionThatIsGivenUpBringsTheWindowBack()
+    {
+        clickTile("screenshotRegionTile");
+        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
+        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QVERIFY(!m_window->isMinimized());
+    }
+
+    void regionsFrameMakesRoomForAScreenshot()
+    {
+        clickTile("regionTile");
+        emit shownWindow<AreaSelector>()->areaSelected(QRect(100, 80, 320, 240));
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
+        clickTile("screenshotFullScreenTile");
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
+        shownWindow<SCScreenshotWindow>()->cancelScreenshot();
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
+    }
+
+    void savedScreenshotIsToldAndEntered()
+    {
+        const messagebox::Recorder boxes;
+        const QSignalSpy produced(m_window.get(), &SCMainWindow::fileProduced);
+        clickTile("screenshotFullScreenTile");
+        capture();
+        QCOMPARE(produced.size(), 1);
+        const QString path = produced.at(0).at(0).toString();
+        QCOMPARE(produced.at(0).at(1).toString(), QStringLiteral("screenshot"));
+        QVERIFY(QFile::exists(path));
+        QCOMPARE(boxes.calls().size(), 1U);
+        QCOMPARE(boxes.calls().front().kind, messagebox::Kind::Information);
+        QCOMPARE(boxes.calls().front().title, QStringLiteral("Screenshot Saved"));
+        QCOMPARE(boxes.calls().front().text, "Screenshot saved to: " + path);
+        QVERIFY(!m_window->isMinimized());
+    }
+
+    void screenshotThatCannotBeSavedIsTold()
+    {
+        const messagebox::Recorder boxes;
+        openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("nonsense"));
+        clickTile("screenshotFullScreenTile");
+        capture();
+        QCOMPARE(boxes.calls().size(), 1U);
+        QCOMPARE(boxes.calls().front().kind, messagebox::Kind::Warning);
+        QCOMPARE(boxes.calls().front().title, QStringLiteral("Screenshot Error"));
+        QVERIFY(
+            boxes.calls().front().text.startsWith(QLatin1String("Screenshot error: Failed to save screenshot to ")));
+        QVERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
+    }
+
+    void closingTheWindowTakesTheScreenshotFrameAway()
+    {
+        clickTile("screenshotFullScreenTile");
+        QVERIFY(m_window->close());
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QVERIFY(!m_window->isVisible());
+    }
+
+private:
+    void clickTile(const char* name) const { clickTile(QLatin1String(name)); }
+    void clickTile(const QString& name) const { QTest::mouseClick(m_window->findChild<Tile*>(name), Qt::LeftButton); }
+
+    /// The frame that is shown takes its shot; off screen there is nothing to be grabbed but this.
+    static void capture()
+    {
+        auto* const frame = shownWindow<SCScreenshotWindow>();
+        frame->setGrabber([](QScreen&, const QRect&) {
+            QPixmap picture(20, 10);
+            picture.fill(Qt::green);
+            return picture;
+        });
+        frame->saveScreenshot();
+    }
+
+    std::unique_ptr<SCMainWindow> m_window;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    // Windows closed by a test must not end the test program.
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestScreenshots test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_screenshots.moc"

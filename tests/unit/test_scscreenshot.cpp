@@ -1,0 +1,215 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "screenshot/scscreenshot.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QImageReader>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+QPixmap picture(const QColor& colour = Qt::red)
+{
+    QPixmap pixmap(64, 48);
+    pixmap.fill(colour);
+    return pixmap;
+}
+
+QByteArray encodingOf(const QString& path)
+{
+    return QImageReader::imageFormat(path);
+}
+
+void store(QLatin1String key, const QString& value)
+{
+    openSettings()->setValue(key, value);
+}
+
+/// Waits for the beginning of a second, so that names made now are of the same one.
+void awaitSecond()
+{
+    const QTime begun = QTime::currentTime();
+    while (QTime::currentTime().second() == begun.second())
+        QTest::qSleep(5);
+}
+
+} // namespace
+
+class TestSCScreenshot : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_root = std::make_unique<QTemporaryDir>();
+        m_folder = m_root->filePath(QStringLiteral("shots/of this year"));
+        openSettings()->clear();
+        store(settingskeys::kScreenshotSaveLocation, m_folder);
+        store(settingskeys::kScreenshotFormat, QStringLiteral("PNG"));
+    }
+
+    void folderIsMadeAtOnce()
+    {
+        const SCScreenshot screenshot;
+        QVERIFY(QDir(m_folder).exists());
+        QVERIFY(screenshot.lastSavedPath().isEmpty());
+    }
+
+    void nameHasTheTimeToTheSecondAndTheFormat()
+    {
+        const SCScreenshot screenshot;
+        awaitSecond();
+        const QDateTime now = QDateTime::currentDateTime();
+        const QString name = screenshot.generateFileName();
+        QCOMPARE(name, "Screenshot_" + now.toString(QStringLiteral("yyyy-MM-dd_HH-mm-ss")) + ".png");
+    }
+
+    void formatIsWrittenInAnyCase_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("extension");
+        QTest::addColumn<QByteArray>("encoding");
+        QTest::newRow("PNG") << "PNG"
+                             << "png" << QByteArray("png");
+        QTest::newRow("png") << "png"
+                             << "png" << QByteArray("png");
+        QTest::newRow("JPG") << "JPG"
+                             << "jpg" << QByteArray("jpeg");
+        QTest::newRow("jpg") << "jpg"
+                             << "jpg" << QByteArray("jpeg");
+    }
+
+    void formatIsWrittenInAnyCase()
+    {
+        QFETCH(const QString, stored);
+        QFETCH(const QString, extension);
+        QFETCH(const QByteArray, encoding);
+        store(settingskeys::kScreenshotFormat, stored);
+        SCScreenshot screenshot;
+        QVERIFY(screenshot.saveScreenshot(picture(), QString()));
+        QVERIFY(screenshot.lastSavedPath().endsWith(u'.' + extension));
+        QCOMPARE(encodingOf(screenshot.lastSavedPath()), encoding);
+    }
+
+    void savedFileIsTold()
+    {
+        SCScreenshot screenshot;
+        const QSignalSpy saved(&screenshot, &SCScreenshot::screenshotSaved);
+        const QSignalSpy failed(&screenshot, &SCScreenshot::error);
+        QVERIFY(screenshot.saveScreenshot(picture(Qt::green), QString()));
+        QCOMPARE(saved.size(), 1);
+        const QString path = saved.at(0).at(0).toString();
+        QCOMPARE(path, screenshot.lastSavedPath());
+        QVERIFY(path.startsWith(m_folder + "/Screenshot_"));
+        const QImage written(path);
+        QCOMPARE(written.size(), QSize(64, 48));
+        QCOMPARE(written.pixelColor(5, 5), QColor(Qt::green));
+        QVERIFY(failed.isEmpty());
+    }
+
+    void folderThatDoesNotExistIsMadeWithAllItsParents()
+    {
+        SCScreenshot screenshot;
+        QVERIFY(QDir(m_root->filePath(QStringLiteral("shots"))).removeRecursively());
+        QVERIFY(screenshot.saveScreenshot(picture(), QString()));
+        QCOMPARE(QDir(m_folder).entryList(QDir::Files).size(), 1);
+    }
+
+    void folderChosenSinceIsUsed()
+    {
+        SCScreenshot screenshot;
+        const QString other = m_root->filePath(QStringLiteral("elsewhere"));
+        store(settingskeys::kScreenshotSaveLocation, other);
+        QVERIFY(screenshot.saveScreenshot(picture(), QString()));
+        QVERIFY(screenshot.lastSavedPath().startsWith(other + u'/'));
+    }
+
+    void explicitPathInAFolderThatDoesNotExistIsWritten()
+    {
+        SCScreenshot screenshot;
+        const QString path = m_root->filePath(QStringLiteral("deep/below/Schöner Schuß.image"));
+        QVERIFY(screenshot.saveScreenshot(picture(), path));
+        QCOMPARE(screenshot.lastSavedPath(), path);
+        QCOMPARE(encodingOf(path), QByteArray("png"));
+    }
+
+    void emptyPictureIsRefused()
+    {
+        SCScreenshot screenshot;
+        QVERIFY(screenshot.saveScreenshot(picture(), m_root->filePath(QStringLiteral("first.png"))));
+        const QString before = screenshot.lastSavedPath();
+        const QSignalSpy saved(&screenshot, &SCScreenshot::screenshotSaved);
+        const QSignalSpy failed(&screenshot, &SCScreenshot::error);
+        const QString path = m_root->filePath(QStringLiteral("none.png"));
+        QVERIFY(!screenshot.saveScreenshot(QPixmap(), path));
+        QVERIFY(!screenshot.saveScreenshot(QPixmap(), QString()));
+        QCOMPARE(failed.size(), 2);
+        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Cannot save empty screenshot"));
+        QVERIFY(saved.isEmpty());
+        QVERIFY(!QFile::exists(path));
+        QVERIFY(QDir(m_folder).isEmpty());
+        QCOMPARE(screenshot.lastSavedPath(), before);
+    }
+
+    void folderThatCannotBeMadeFailsTheSave()
+    {
+        QFile blocked(m_root->filePath(QStringLiteral("blocked")));
+        QVERIFY(blocked.open(QIODevice::WriteOnly));
+        store(settingskeys::kScreenshotSaveLocation, blocked.fileName() + "/below");
+        SCScreenshot screenshot;
+        const QSignalSpy failed(&screenshot, &SCScreenshot::error);
+        QVERIFY(!screenshot.saveScreenshot(picture(), QString()));
+        QCOMPARE(failed.size(), 1);
+        const QString message = failed.at(0).at(0).toString();
+        QVERIFY2(message.startsWith("Failed to save screenshot to " + blocked.fileName() + "/below/Screenshot_"),
+                 qPrintable(message));
+        QVERIFY(screenshot.lastSavedPath().isEmpty());
+    }
+
+    void unknownFormatFailsTheSaveAndKeepsWhatIsThere()
+    {
+        const QString path = m_root->filePath(QStringLiteral("kept.png"));
+        SCScreenshot screenshot;
+        QVERIFY(screenshot.saveScreenshot(picture(Qt::blue), path));
+        store(settingskeys::kScreenshotFormat, QStringLiteral("nonsense"));
+        const QSignalSpy failed(&screenshot, &SCScreenshot::error);
+        QVERIFY(!screenshot.saveScreenshot(picture(), path));
+        QCOMPARE(failed.at(0).at(0).toString(), "Failed to save screenshot to " + path);
+        QCOMPARE(screenshot.lastSavedPath(), path);
+        QCOMPARE(QImage(path).pixelColor(1, 1), QColor(Qt::blue));
+    }
+
+    void secondShotWithinASecondOverwritesTheFirst()
+    {
+        SCScreenshot screenshot;
+        awaitSecond();
+        QVERIFY(screenshot.saveScreenshot(picture(Qt::red), QString()));
+        const QString first = screenshot.lastSavedPath();
+        QVERIFY(screenshot.saveScreenshot(picture(Qt::green), QString()));
+        QCOMPARE(screenshot.lastSavedPath(), first);
+        QCOMPARE(QDir(m_folder).entryList(QDir::Files).size(), 1);
+        QCOMPARE(QImage(first).pixelColor(1, 1), QColor(Qt::green));
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_root;
+    QString m_folder;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    TestSCScreenshot test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_scscreenshot.moc"

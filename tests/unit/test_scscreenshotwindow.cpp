@@ -1,0 +1,562 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "screenshot/scscreenshot.h"
+#include "screenshot/scscreenshotwindow.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/testprofile.h"
+#include "tests/support/widgetpicture.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QEnterEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+constexpr QColor kBlue(0, 122, 204);
+constexpr QRect kPlace(150, 120, 400, 300);
+
+QWidget& toolBar()
+{
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == QLatin1String("buttonBackground"))
+            return *window;
+    }
+    qFatal("There is no tool bar");
+}
+
+QPushButton& button(const char* name)
+{
+    return *toolBar().findChild<QPushButton*>(QLatin1String(name));
+}
+
+void click(const char* name)
+{
+    QTest::mouseClick(&button(name), Qt::LeftButton);
+}
+
+/// Mouse events that say where on the desktop they are, as the system's do; the frame may be elsewhere by then.
+void mouse(QWidget& widget, QEvent::Type type, const QPoint& global, Qt::MouseButton changed = Qt::NoButton,
+           Qt::MouseButtons held = Qt::NoButton)
+{
+    QMouseEvent event(type, widget.mapFromGlobal(global), global, changed, held, Qt::NoModifier);
+    QApplication::sendEvent(&widget, &event);
+}
+
+void press(QWidget& widget, const QPoint& global)
+{
+    mouse(widget, QEvent::MouseButtonPress, global, Qt::LeftButton, Qt::LeftButton);
+}
+
+void moveHeld(QWidget& widget, const QPoint& global)
+{
+    mouse(widget, QEvent::MouseMove, global, Qt::NoButton, Qt::LeftButton);
+}
+
+void release(QWidget& widget, const QPoint& global)
+{
+    mouse(widget, QEvent::MouseButtonRelease, global, Qt::LeftButton);
+}
+
+void drag(QWidget& widget, const QPoint& from, const QPoint& distance)
+{
+    press(widget, from);
+    moveHeld(widget, from + distance / 2);
+    moveHeld(widget, from + distance);
+    release(widget, from + distance);
+}
+
+/// Pictures are compared, so that it is the icon's looks that counts. Without the SVG plug-in they are all blank.
+bool shows(const QPushButton& shown, const char* image)
+{
+    const QIcon expected(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(image)));
+    return shown.icon().pixmap(24, 24).toImage() == expected.pixmap(24, 24).toImage();
+}
+
+void hover(QPushButton& button, bool entered)
+{
+    QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&button, entered ? static_cast<QEvent*>(&enter) : &leave);
+}
+
+QImage canvas(const QSize& size)
+{
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    return image;
+}
+
+void paintBorder(QPainter& painter, const QSize& size)
+{
+    painter.setPen(QPen(kBlue, 4, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+    painter.drawRect(0, 0, size.width() - 1, size.height() - 1);
+}
+
+/// What a frame with the pen on looks like; hole is where the fill leaves something out.
+QImage drawnFrame(const QSize& size, const QList<QPolygonF>& lines, const QRect& hole)
+{
+    QImage image = canvas(size);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    for (const QRect& part : QRegion(QRect(QPoint(), size)) - hole)
+        painter.fillRect(part, QColor(0, 0, 0, 1));
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.setPen(QPen(Qt::red, 3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    for (const QPolygonF& line : lines)
+        painter.drawPolyline(line);
+    paintBorder(painter, size);
+    return image;
+}
+
+} // namespace
+
+class TestSCScreenshotWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        openSettings()->clear();
+        openSettings()->setValue(settingskeys::kScreenshotSaveLocation, m_folder->path());
+        openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("PNG"));
+        m_screenshot = std::make_unique<SCScreenshot>();
+        m_window = std::make_unique<SCScreenshotWindow>(m_screenshot.get());
+        m_grabbed = QPixmap(40, 30);
+        m_grabbed.fill(Qt::green);
+        m_window->setGrabber([this](QScreen&, const QRect& area) {
+            m_areas.append(area);
+            return m_grabbed;
+        });
+        m_areas.clear();
+        m_window->setGeometry(kPlace);
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_screenshot.reset();
+    }
+
+    void isAFramelessWindowOnTop()
+    {
+        QVERIFY(m_window->testAttribute(Qt::WA_TranslucentBackground));
+        QVERIFY(m_window->testAttribute(Qt::WA_StaticContents));
+        QVERIFY(m_window->testAttribute(Qt::WA_MouseTracking));
+        const Qt::WindowFlags flags = m_window->windowFlags();
+        QVERIFY(flags.testFlag(Qt::FramelessWindowHint));
+        QVERIFY(flags.testFlag(Qt::WindowStaysOnTopHint));
+        QCOMPARE(flags & Qt::SubWindow, Qt::SubWindow);
+        QCOMPARE(m_window->minimumSize(), QSize(100, 100));
+    }
+
+    void toolBarHasItsButtonsInOrder()
+    {
+        const QWidget& bar = toolBar();
+        QCOMPARE(bar.height(), 30);
+        QCOMPARE(bar.windowType(), Qt::Tool);
+        QVERIFY(bar.testAttribute(Qt::WA_AlwaysShowToolTips));
+        m_window->show();
+        struct Expected
+        {
+            const char* name;
+            const char* tip;
+            bool checkable;
+            int x;
+        };
+        for (const Expected& expected :
+             {Expected{"saveButton", "Capture", false, 0}, Expected{"drawButton", "Start Drawing", true, 30},
+              Expected{"clearButton", "Clear Drawing", false, 60},
+              Expected{"cancelButton", "Close Window", false, bar.width() - 30}}) {
+            const QPushButton& part = button(expected.name);
+            QCOMPARE(part.size(), QSize(30, 30));
+            QCOMPARE(part.toolTip(), QLatin1String(expected.tip));
+            QCOMPARE(part.accessibleName(), QLatin1String(expected.tip));
+            QCOMPARE(part.isCheckable(), expected.checkable);
+            QVERIFY(part.text().isEmpty());
+            QCOMPARE(part.x(), expected.x);
+        }
+    }
+
+    void styleSheetIsReported()
+    {
+        const MessageCapture messages;
+        const SCScreenshotWindow window(m_screenshot.get());
+        QVERIFY(messages.texts(QtDebugMsg)
+                    .contains(QStringLiteral("Loaded screenshot window stylesheet from: "
+                                             "\":/res/style/screenshot-window.qss\"")));
+        QVERIFY(!button("saveButton").styleSheet().isEmpty());
+        QVERIFY(!button("cancelButton").styleSheet().isEmpty());
+    }
+
+    void toolBarOfARegionIsTwoPixelsBelowItFlushWithItsRightEdge()
+    {
+        m_window->setFullScreen(false);
+        m_window->show();
+        const QRect frame = m_window->geometry();
+        QCOMPARE(toolBar().pos(), QPoint(frame.right() - toolBar().width(), frame.bottom() + 2));
+        m_window->move(40, 60);
+        QCOMPARE(toolBar().pos(), QPoint(40 + 399 - toolBar().width(), 60 + 299 + 2));
+        m_window->resize(300, 200);
+        QCOMPARE(toolBar().pos(), QPoint(40 + 299 - toolBar().width(), 60 + 199 + 2));
+    }
+
+    void toolBarOfAScreenIsFourPixelsInsideItsTopRightCorner()
+    {
+        m_window->setFullScreen(true);
+        m_window->show();
+        const QRect frame = m_window->geometry();
+        QCOMPARE(toolBar().pos(), QPoint(frame.right() - 4 - toolBar().width(), frame.top() + 4));
+    }
+
+    void toolBarThatWouldBeOffTheScreenIsInside()
+    {
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        m_window->setGeometry(screen.adjusted(20, 20, -20, 0));
+        m_window->show();
+        QVERIFY(screen.contains(toolBar().geometry()));
+    }
+
+    void hideTakesTheToolBarAlongAndTellsNothing()
+    {
+        const QSignalSpy cancelled(m_window.get(), &SCScreenshotWindow::screenshotCancelled);
+        m_window->show();
+        QVERIFY(toolBar().isVisible());
+        m_window->hide();
+        QVERIFY(!m_window->isVisible());
+        QVERIFY(!toolBar().isVisible());
+        QVERIFY(cancelled.isEmpty());
+        m_window->show();
+        QVERIFY(button("saveButton").isVisible());
+        QVERIFY(button("cancelButton").isVisible());
+        QVERIFY(button("drawButton").isVisible());
+    }
+
+    void closedByTheWindowManagerItTakesTheToolBarAlong()
+    {
+        m_window->show();
+        m_window->close();
+        QVERIFY(!toolBar().isVisible());
+    }
+
+    void buttonsLightUpUnderThePointer()
+    {
+        struct Icon
+        {
+            const char* button;
+            const char* normal;
+            const char* hovered;
+        };
+        for (const Icon& icon :
+             {Icon{"saveButton", "capture", "capture-white"}, Icon{"drawButton", "pen", "pen-white"},
+              Icon{"clearButton", "clear", "clear-white"}, Icon{"cancelButton", "close", "close-white"}}) {
+            QVERIFY(shows(button(icon.button), icon.normal));
+            hover(button(icon.button), true);
+            QVERIFY(shows(button(icon.button), icon.hovered));
+            hover(button(icon.button), false);
+            QVERIFY(shows(button(icon.button), icon.normal));
+        }
+    }
+
+    void drawButtonKeepsItsIconWhileThePenIsOn()
+    {
+        m_window->show();
+        click("drawButton");
+        QVERIFY(button("drawButton").isChecked());
+        QVERIFY(shows(button("drawButton"), "pen-white"));
+        hover(button("drawButton"), true);
+        hover(button("drawButton"), false);
+        QVERIFY(shows(button("drawButton"), "pen-white"));
+        click("drawButton");
+        QVERIFY(!button("drawButton").isChecked());
+        QVERIFY(shows(button("drawButton"), "pen"));
+    }
+
+    void cursorTellsTheHandle_data()
+    {
+        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<Qt::CursorShape>("cursor");
+        QTest::newRow("top left") << QPoint(9, 9) << Qt::SizeFDiagCursor;
+        QTest::newRow("top right") << QPoint(390, 9) << Qt::SizeBDiagCursor;
+        QTest::newRow("bottom left") << QPoint(9, 290) << Qt::SizeBDiagCursor;
+        QTest::newRow("bottom right") << QPoint(390, 290) << Qt::SizeFDiagCursor;
+        QTest::newRow("left") << QPoint(9, 10) << Qt::SizeHorCursor;
+        QTest::newRow("right") << QPoint(390, 289) << Qt::SizeHorCursor;
+        QTest::newRow("top") << QPoint(10, 9) << Qt::SizeVerCursor;
+        QTest::newRow("bottom") << QPoint(389, 290) << Qt::SizeVerCursor;
+        QTest::newRow("inside") << QPoint(10, 10) << Qt::ArrowCursor;
+        QTest::newRow("middle") << QPoint(200, 150) << Qt::ArrowCursor;
+    }
+
+    void cursorTellsTheHandle()
+    {
+        QFETCH(const QPoint, place);
+        QFETCH(const Qt::CursorShape, cursor);
+        m_window->show();
+        mouse(*m_window, QEvent::MouseMove, kPlace.topLeft() + place);
+        QCOMPARE(m_window->cursor().shape(), cursor);
+        click("drawButton");
+        mouse(*m_window, QEvent::MouseMove, kPlace.topLeft() + place);
+        QCOMPARE(m_window->cursor().shape(), Qt::CrossCursor);
+    }
+
+    void handlesResize_data()
+    {
+        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<QMargins>("grown");
+        // Each is dragged by (-30, -20).
+        QTest::newRow("top left") << QPoint(2, 2) << QMargins(30, 20, 0, 0);
+        QTest::newRow("top right") << QPoint(398, 2) << QMargins(0, 20, -30, 0);
+        QTest::newRow("bottom left") << QPoint(2, 298) << QMargins(30, 0, 0, -20);
+        QTest::newRow("bottom right") << QPoint(398, 298) << QMargins(0, 0, -30, -20);
+        QTest::newRow("left") << QPoint(2, 100) << QMargins(30, 0, 0, 0);
+        QTest::newRow("right") << QPoint(398, 100) << QMargins(0, 0, -30, 0);
+        QTest::newRow("top") << QPoint(100, 2) << QMargins(0, 20, 0, 0);
+        QTest::newRow("bottom") << QPoint(100, 298) << QMargins(0, 0, 0, -20);
+        QTest::newRow("inside") << QPoint(100, 100) << QMargins();
+    }
+
+    void handlesResize()
+    {
+        QFETCH(const QPoint, place);
+        QFETCH(const QMargins, grown);
+        m_window->show();
+        drag(*m_window, kPlace.topLeft() + place, {-30, -20});
+        QCOMPARE(m_window->geometry(), kPlace.marginsAdded(grown));
+        QCOMPARE(m_window->cursor().shape(), Qt::ArrowCursor);
+    }
+
+    void leftEdgeBeyondTheMinimumKeepsTheRightEdge()
+    {
+        m_window->show();
+        drag(*m_window, kPlace.topLeft() + QPoint(2, 100), {390, 0});
+        QCOMPARE(m_window->geometry(), QRect(kPlace.right() - 99, kPlace.top(), 100, kPlace.height()));
+    }
+
+    void cornerDraggedPastTheOppositeOneStopsAtTheMinimum()
+    {
+        m_window->show();
+        drag(*m_window, kPlace.topLeft() + QPoint(398, 298), {-900, -100});
+        QCOMPARE(m_window->geometry(), QRect(kPlace.topLeft(), QSize(100, 200)));
+        drag(*m_window, m_window->geometry().topLeft() + QPoint(2, 2), {900, 900});
+        QCOMPARE(m_window->geometry(), QRect(kPlace.left(), kPlace.top() + 100, 100, 100));
+    }
+
+    void toolBarMovesTheFrame()
+    {
+        m_window->show();
+        drag(toolBar(), toolBar().geometry().center(), {-50, 33});
+        QCOMPARE(m_window->geometry(), kPlace.translated(-50, 33));
+    }
+
+    void borderIsAllThatIsPaintedWithoutThePen()
+    {
+        m_window->show();
+        QImage expected = canvas(kPlace.size());
+        QPainter painter(&expected);
+        paintBorder(painter, kPlace.size());
+        painter.end();
+        QCOMPARE(pictureOf(*m_window), expected);
+    }
+
+    void penLeavesStrokes()
+    {
+        m_window->show();
+        click("drawButton");
+        const QPoint origin = kPlace.topLeft();
+        press(*m_window, origin + QPoint(50, 60));
+        moveHeld(*m_window, origin + QPoint(80, 90));
+        const QPolygonF begun({QPointF(50, 60), QPointF(80, 90)});
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {begun}, hole()));
+        moveHeld(*m_window, origin + QPoint(120, 90));
+        release(*m_window, origin + QPoint(130, 70));
+        const QPolygonF first({QPointF(50, 60), QPointF(80, 90), QPointF(120, 90), QPointF(130, 70)});
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {first}, hole()));
+        drag(*m_window, origin + QPoint(200, 200), {40, 0});
+        const QPolygonF second({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {first, second}, hole()));
+        // Nothing of the frame was dragged.
+        QCOMPARE(m_window->geometry(), kPlace);
+    }
+
+    void clickWithoutMovementLeavesNoStroke()
+    {
+        m_window->show();
+        click("drawButton");
+        press(*m_window, kPlace.topLeft() + QPoint(50, 60));
+        release(*m_window, kPlace.topLeft() + QPoint(50, 60));
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {}, hole()));
+        drag(*m_window, kPlace.topLeft() + QPoint(200, 200), {40, 0});
+        const QPolygonF line({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {line}, hole()));
+    }
+
+    void drawingOutlivesHidingUntilItIsCleared()
+    {
+        m_window->show();
+        click("drawButton");
+        drag(*m_window, kPlace.topLeft() + QPoint(200, 200), {40, 0});
+        const QPolygonF line({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
+        m_window->hide();
+        m_window->show();
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {line}, hole()));
+        click("clearButton");
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {}, hole()));
+        QVERIFY(button("drawButton").isChecked());
+    }
+
+    void captureSavesAndHides_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::newRow("button") << 0;
+        QTest::newRow("return") << int(Qt::Key_Return);
+        QTest::newRow("enter") << int(Qt::Key_Enter);
+    }
+
+    void captureSavesAndHides()
+    {
+        QFETCH(const int, key);
+        m_window->show();
+        const QSignalSpy saved(m_window.get(), &SCScreenshotWindow::screenshotSaved);
+        if (key == 0)
+            click("saveButton");
+        else
+            QTest::keyClick(m_window.get(), Qt::Key(key));
+        QCOMPARE(saved.size(), 1);
+        const QString path = saved.at(0).at(0).toString();
+        QCOMPARE(path, m_screenshot->lastSavedPath());
+        QCOMPARE(QImage(path).size(), QSize(40, 30));
+        QVERIFY(!m_window->isVisible());
+        QVERIFY(!toolBar().isVisible());
+        QCOMPARE(m_areas.constLast(), kPlace);
+    }
+
+    void nothingOfTheFrameIsThereWhenTheScreenIsGrabbed()
+    {
+        m_window->setFullScreen(true);
+        m_window->show();
+        QImage seen;
+        bool barSeen = true;
+        m_window->setGrabber([&](QScreen&, const QRect&) {
+            seen = pictureOf(*m_window);
+            barSeen = toolBar().isVisible();
+            return m_grabbed;
+        });
+        click("saveButton");
+        QCOMPARE(seen, canvas(kPlace.size()));
+        QVERIFY(!barSeen);
+    }
+
+    void captureWithThePenOnHasTheDrawingButNoBorder()
+    {
+        m_window->show();
+        click("drawButton");
+        drag(*m_window, kPlace.topLeft() + QPoint(200, 200), {40, 0});
+        QImage seen;
+        m_window->setGrabber([&](QScreen&, const QRect&) {
+            seen = pictureOf(*m_window);
+            return m_grabbed;
+        });
+        const QSignalSpy saved(m_window.get(), &SCScreenshotWindow::screenshotSaved);
+        click("saveButton");
+        QCOMPARE(saved.size(), 1);
+        QCOMPARE(seen.pixelColor(0, 0), QColor(0, 0, 0, 1));
+        QCOMPARE(seen.pixelColor(399, 150), QColor(0, 0, 0, 1));
+        QCOMPARE(seen.pixelColor(220, 200), QColor(Qt::red));
+    }
+
+    void failedSaveLeavesTheFrameOpen()
+    {
+        m_window->show();
+        openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("nonsense"));
+        const QSignalSpy saved(m_window.get(), &SCScreenshotWindow::screenshotSaved);
+        const QSignalSpy failed(m_screenshot.get(), &SCScreenshot::error);
+        click("saveButton");
+        QCOMPARE(failed.size(), 1);
+        QVERIFY(saved.isEmpty());
+        QVERIFY(m_window->isVisible());
+        QVERIFY(toolBar().isVisible());
+        // The border is back.
+        QCOMPARE(pictureOf(*m_window).pixelColor(200, 0), kBlue);
+    }
+
+    void emptyGrabLeavesTheFrameOpenAndSilent()
+    {
+        m_window->show();
+        m_grabbed = QPixmap();
+        const QSignalSpy saved(m_window.get(), &SCScreenshotWindow::screenshotSaved);
+        const QSignalSpy failed(m_screenshot.get(), &SCScreenshot::error);
+        click("saveButton");
+        QVERIFY(saved.isEmpty());
+        QVERIFY(failed.isEmpty());
+        QVERIFY(m_window->isVisible());
+        QVERIFY(QDir(m_folder->path()).isEmpty());
+    }
+
+    void borderThatIsStillSeenIsWaitedFor()
+    {
+        m_window->show();
+        int looks = 0;
+        QPixmap border(40, 1);
+        border.fill(kBlue);
+        m_window->setGrabber([&](QScreen&, const QRect& area) {
+            const bool isEdge = area.width() == 1 || area.height() == 1;
+            return isEdge && ++looks < 3 ? border : m_grabbed;
+        });
+        click("saveButton");
+        QVERIFY(looks >= 3);
+        QCOMPARE(QImage(m_screenshot->lastSavedPath()).pixelColor(1, 1), QColor(Qt::green));
+    }
+
+    void escapeAndTheCloseButtonGiveTheShotUp_data()
+    {
+        QTest::addColumn<bool>("byKey");
+        QTest::newRow("escape") << true;
+        QTest::newRow("button") << false;
+    }
+
+    void escapeAndTheCloseButtonGiveTheShotUp()
+    {
+        QFETCH(const bool, byKey);
+        m_window->show();
+        const QSignalSpy cancelled(m_window.get(), &SCScreenshotWindow::screenshotCancelled);
+        if (byKey)
+            QTest::keyClick(m_window.get(), Qt::Key_Escape);
+        else
+            click("cancelButton");
+        QCOMPARE(cancelled.size(), 1);
+        QVERIFY(!m_window->isVisible());
+        QVERIFY(!toolBar().isVisible());
+        QVERIFY(m_areas.isEmpty());
+    }
+
+private:
+    /// The tool bar's place on the desktop, taken for one in the frame.
+    static QRect hole() { return toolBar().geometry(); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<SCScreenshot> m_screenshot;
+    std::unique_ptr<SCScreenshotWindow> m_window;
+    QPixmap m_grabbed;
+    QList<QRect> m_areas;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    TestSCScreenshotWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_scscreenshotwindow.moc"

@@ -1,0 +1,6 @@
+#pragma once
+
+class QWidget;
+
+/// The tool tip that is on the screen; null when there is none.
+QWidget* visibleToolTip();
