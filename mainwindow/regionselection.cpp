@@ -53,6 +53,9 @@ void RegionSelection::cancel()
 
 void RegionSelection::onAreaSelected(const QRect& area)
 {
+    // Let go of after the selection was given up.
+    if (!m_selecting)
+        return;
     SCLogger::debug(QStringLiteral("Selected Area - x=%1, y=%2, width=%3, height=%4")
                         .arg(area.x())
                         .arg(area.y())
