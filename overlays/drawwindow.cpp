@@ -3,6 +3,7 @@
 #include "platform/compositing.h"
 #include "platform/overlay_window.h"
 #include "widgets/bartip.h"
+#include "widgets/icons.h"
 #include "widgets/stylesheet.h"
 #include "widgets/windowmask.h"
 
@@ -34,11 +35,6 @@ constexpr QColor kBorder(0, 122, 204, 255);
 /// Nothing to the eye, but enough for the system to give the window the pointer.
 constexpr QColor kUnseen(0, 0, 0, 1);
 constexpr int kStrokePx = 2;
-
-QIcon icon(const QString& name)
-{
-    return QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(name));
-}
 
 QPen strokePen()
 {
@@ -130,7 +126,7 @@ void DrawWindow::buildToolBar()
 
 QPushButton* DrawWindow::addButton(const QString& name, const QString& iconName)
 {
-    auto* const button = new QPushButton(icon(iconName), QString(), m_toolBar.get());
+    auto* const button = new QPushButton(icons::named(iconName), QString(), m_toolBar.get());
     button->setObjectName(name);
     button->setFixedSize(kButtonSize);
     button->setAttribute(Qt::WA_Hover);
@@ -179,7 +175,8 @@ void DrawWindow::setLockRatio(bool lock)
 void DrawWindow::setRecording(bool recording)
 {
     m_recording = recording;
-    m_startButton->setIcon(icon(recording ? QStringLiteral("stop-recording") : QStringLiteral("start-recording")));
+    m_startButton->setIcon(
+        icons::named(recording ? QStringLiteral("stop-recording") : QStringLiteral("start-recording")));
     m_startButton->setChecked(recording);
     describe(*m_startButton, recording ? tr("Stop Recording") : tr("Start Recording"));
     update();
@@ -284,7 +281,8 @@ void DrawWindow::setDrawing(bool drawing)
     placeToolBar();
     updateOpening();
     update();
-    m_drawToggleButton->setIcon(icon(drawing ? QStringLiteral("pen-white") : QStringLiteral("pen")));
+    m_drawToggleButton->setIcon(
+        icons::named(QStringLiteral("pen"), drawing ? icons::Tone::Light : icons::Tone::Normal));
 }
 
 void DrawWindow::clearDrawing()
@@ -339,13 +337,13 @@ bool DrawWindow::eventFilter(QObject* watched, QEvent* event)
 
 void DrawWindow::showHoverIcon(const QObject* button, bool hovered)
 {
-    const QString light = hovered ? QStringLiteral("-white") : QString();
+    const icons::Tone tone = hovered ? icons::Tone::Light : icons::Tone::Normal;
     if (button == m_closeButton)
-        m_closeButton->setIcon(icon(QStringLiteral("close") + light));
+        m_closeButton->setIcon(icons::named(QStringLiteral("close"), tone));
     else if (button == m_clearButton)
-        m_clearButton->setIcon(icon(QStringLiteral("clear") + light));
+        m_clearButton->setIcon(icons::named(QStringLiteral("clear"), tone));
     else if (button == m_drawToggleButton && !m_drawToggleButton->isChecked())
-        m_drawToggleButton->setIcon(icon(QStringLiteral("pen") + light));
+        m_drawToggleButton->setIcon(icons::named(QStringLiteral("pen"), tone));
 }
 
 bool DrawWindow::filterToolBar(const QMouseEvent& event)

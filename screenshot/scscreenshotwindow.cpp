@@ -8,6 +8,7 @@
 #include "widgets/icons.h"
 #include "widgets/stylesheet.h"
 #include "widgets/tooltip.h"
+#include "widgets/windowmask.h"
 
 #include <QBitmap>
 #include <QCloseEvent>
@@ -83,12 +84,6 @@ std::array<QRect, 4> edgesOf(const QRect& frame)
 QRect withShadow(const QWidget& window)
 {
     return window.geometry().adjusted(-kShadowPx, -kShadowPx, kShadowPx, kShadowPx);
-}
-
-/// An empty mask would be none: this one leaves all of the window out.
-QRegion nothing()
-{
-    return QRegion(-1, -1, 1, 1);
 }
 
 void describe(QPushButton& button, const QString& text)
@@ -508,7 +503,7 @@ QRegion SCScreenshotWindow::paintedRegion() const
     }
     if (!m_capturing)
         painted += QRegion(rect()) - rect().adjusted(kRingPx, kRingPx, -kRingPx, -kRingPx);
-    return painted.isEmpty() ? nothing() : painted;
+    return painted.isEmpty() ? maskOfNothing() : painted;
 }
 
 void SCScreenshotWindow::updateOpening()

@@ -1,6 +1,7 @@
 #include "widgets/bartip.h"
 
-#include <QApplication>
+#include "widgets/tooltip.h"
+
 #include <QScreen>
 #include <QToolTip>
 #include <QWidget>
@@ -13,14 +14,6 @@ namespace bartip {
 namespace {
 
 constexpr int kGapPx = 4;
-
-QWidget* visibleTip()
-{
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    const auto found = std::ranges::find_if(
-        windows, [](const QWidget* window) { return window->windowType() == Qt::ToolTip && window->isVisible(); });
-    return found == windows.end() ? nullptr : *found;
-}
 
 } // namespace
 
@@ -43,7 +36,7 @@ void show(QWidget& widget, const QRect& picture)
     const QWidget& bar = *widget.window();
     const int left = widget.mapToGlobal(QPoint()).x();
     QToolTip::showText(QPoint(left, bar.y()), widget.toolTip(), &widget);
-    QWidget* const tip = visibleTip();
+    QWidget* const tip = visibleToolTip();
     const QScreen* const screen = bar.screen();
     if (tip == nullptr || screen == nullptr)
         return;
