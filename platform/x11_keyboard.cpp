@@ -1,4 +1,5 @@
 #include "platform/x11_keyboard.h"
+
 #include "platform/xcb_handles.h"
 
 #include <algorithm>
