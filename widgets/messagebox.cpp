@@ -2,6 +2,7 @@
 
 #include "widgets/stylesheet.h"
 
+#include <QCheckBox>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -25,15 +26,36 @@ QMessageBox::Icon iconOf(Kind kind)
     return QMessageBox::Information;
 }
 
+/// Gives the box the program's look.
+void dress(QMessageBox& box)
+{
+    // A device's or a file's name may look like markup.
+    box.setTextFormat(Qt::PlainText);
+    // Some desktops put pictures of their own on them.
+    const QList<QAbstractButton*> buttons = box.buttons();
+    for (QAbstractButton* const button : buttons)
+        button->setIcon({});
+    applyStyleSheet(box, QStringLiteral(":/res/style/message-box.qss"));
+}
+
 void show(const Call& call)
 {
     QMessageBox box(iconOf(call.kind), call.title, call.text, QMessageBox::Ok, call.parent);
-    // A device's or a file's name may look like markup.
-    box.setTextFormat(Qt::PlainText);
-    // Some desktops put a picture of their own on it.
-    box.button(QMessageBox::Ok)->setIcon({});
-    applyStyleSheet(box, QStringLiteral(":/res/style/message-box.qss"));
+    dress(box);
     box.exec();
+}
+
+Answer showQuestion(const Question& question)
+{
+    QMessageBox box(QMessageBox::Question, question.title, question.text, QMessageBox::Cancel, question.parent);
+    auto* const check = new QCheckBox(question.checkText);
+    box.setCheckBox(check);
+    QPushButton* const yes = box.addButton(question.buttonText, QMessageBox::ActionRole);
+    yes->setObjectName(question.buttonName);
+    box.setDefaultButton(QMessageBox::Cancel);
+    dress(box);
+    box.exec();
+    return {box.clickedButton() == yes, check->isChecked()};
 }
 
 void showOrNote(const Call& call)
@@ -59,6 +81,17 @@ void warning(QWidget* parent, const QString& title, const QString& text)
 void critical(QWidget* parent, const QString& title, const QString& text)
 {
     showOrNote({Kind::Critical, parent, title, text});
+}
+
+Answer ask(const Question& question)
+{
+    return s_recorder != nullptr ? s_recorder->answer(question) : showQuestion(question);
+}
+
+Answer Recorder::answer(const Question& question)
+{
+    m_questions.push_back(question);
+    return m_answer;
 }
 
 Recorder::Recorder() : m_previous(s_recorder)

@@ -22,7 +22,29 @@ void information(QWidget* parent, const QString& title, const QString& text);
 void warning(QWidget* parent, const QString& title, const QString& text);
 void critical(QWidget* parent, const QString& title, const QString& text);
 
-/// What one of the functions above was called with.
+/// A question before something is deleted or lost. The texts come translated.
+struct Question
+{
+    QPointer<QWidget> parent;
+    QString title;
+    QString text;
+    /// Of the check box, which comes unchecked.
+    QString checkText;
+    /// Of the button that says yes, and that button's object name.
+    QString buttonText;
+    QString buttonName;
+};
+
+struct Answer
+{
+    bool confirmed = false;
+    bool checked = false;
+};
+
+/// Asks with a check box, a button that says yes, and Cancel, which is the default and what Escape and closing mean.
+Answer ask(const Question& question);
+
+/// What one of the telling functions above was called with.
 struct Call
 {
     Kind kind;
@@ -31,8 +53,8 @@ struct Call
     QString text;
 };
 
-/// While it lives, boxes are not shown but noted here, and the functions return as if the user had pressed OK. For
-/// tests. The one made last notes; they go in the reverse order of their making.
+/// While it lives, boxes are not shown but noted here, and the functions return as if the user had pressed OK, or have
+/// given the answer that is set. For tests. The one made last notes; they go in the reverse order of their making.
 class Recorder
 {
 public:
@@ -43,13 +65,20 @@ public:
 
     /// In the order in which they came.
     const std::vector<Call>& calls() const { return m_calls; }
+    const std::vector<Question>& questions() const { return m_questions; }
+
+    /// What ask() gives from now on; Cancel until then.
+    void setAnswer(const Answer& answer) { m_answer = answer; }
 
     /// Called by the functions above.
     void note(const Call& call) { m_calls.push_back(call); }
+    Answer answer(const Question& question);
 
 private:
     Recorder* m_previous;
     std::vector<Call> m_calls;
+    std::vector<Question> m_questions;
+    Answer m_answer;
 };
 
 } // namespace messagebox

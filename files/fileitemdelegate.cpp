@@ -1,0 +1,96 @@
+#include "files/fileitemdelegate.h"
+
+#include "files/filerow.h"
+
+#include <QAbstractItemView>
+#include <QHelpEvent>
+#include <QIcon>
+#include <QPainter>
+#include <QToolTip>
+
+namespace {
+
+constexpr QColor kBackground(0x28, 0x28, 0x2e);
+constexpr QColor kRaisedBackground(0x37, 0x37, 0x3d);
+constexpr QColor kText(0x99, 0xa1, 0xb0);
+constexpr QColor kRaisedText(0xff, 0xff, 0xff);
+constexpr QColor kIconTint(0x99, 0xa1, 0xb0);
+constexpr QColor kSeparator(0x22, 0x22, 0x22);
+
+/// The icon's shape in the colour of all icons, for a painter of that many physical pixels to a logical one. Null where
+/// the system cannot read the icon's format.
+QPixmap tintedIcon(const char* name, int side, qreal devicePixelRatio)
+{
+    const QIcon icon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(name)));
+    QPixmap pixmap = icon.pixmap(QSize(side, side), devicePixelRatio);
+    if (pixmap.isNull())
+        return pixmap;
+    QPainter painter(&pixmap);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(pixmap.rect(), kIconTint);
+    return pixmap;
+}
+
+void drawIcon(QPainter& painter, const QRect& rect, const char* name)
+{
+    const QPixmap pixmap = tintedIcon(name, rect.width(), painter.device()->devicePixelRatioF());
+    if (!pixmap.isNull())
+        painter.drawPixmap(rect, pixmap);
+}
+
+} // namespace
+
+SCFileManager::FileItemDelegate::FileItemDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
+
+void SCFileManager::FileItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                                            const QModelIndex& index) const
+{
+    const bool hovered = option.state.testFlag(QStyle::State_MouseOver);
+    const bool raised = hovered || option.state.testFlag(QStyle::State_Selected);
+    const QRect& row = option.rect;
+    painter->save();
+    painter->fillRect(row, kBackground);
+    if (raised)
+        painter->fillRect(row, kRaisedBackground);
+
+    const QRect text = filerow::textRect(row);
+    painter->save();
+    painter->setClipRect(text, Qt::IntersectClip);
+    painter->setFont(option.font);
+    painter->setPen(raised ? kRaisedText : kText);
+    painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                      index.data(Qt::DisplayRole).toString());
+    painter->restore();
+
+    if (hovered) {
+        drawIcon(*painter, filerow::folderRect(row), "folder");
+        drawIcon(*painter, filerow::deleteRect(row), "delete");
+    }
+    painter->setPen(kSeparator);
+    painter->drawLine(row.bottomLeft(), row.bottomRight());
+    painter->restore();
+}
+
+QSize SCFileManager::FileItemDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& /*index*/) const
+{
+    return {option.rect.width(), filerow::kHeight};
+}
+
+bool SCFileManager::FileItemDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
+                                                const QStyleOptionViewItem& option, const QModelIndex& index)
+{
+    if (event == nullptr || view == nullptr || event->type() != QEvent::ToolTip)
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    const QRect folder = filerow::folderRect(option.rect);
+    const QRect remove = filerow::deleteRect(option.rect);
+    if (folder.contains(event->pos())) {
+        QToolTip::showText(event->globalPos(), tr("Show in Folder"), view, folder);
+        return true;
+    }
+    if (remove.contains(event->pos())) {
+        QToolTip::showText(event->globalPos(), tr("Delete"), view, remove);
+        return true;
+    }
+    QToolTip::hideText();
+    return QStyledItemDelegate::helpEvent(event, view, option, index);
+}

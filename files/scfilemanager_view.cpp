@@ -1,0 +1,210 @@
+// The file list: its rows, the pointer on them, the deletions.
+
+#include "files/fileitemdelegate.h"
+#include "files/filerow.h"
+#include "files/scfilemanager.h"
+#include "platform/file_manager.h"
+#include "widgets/messagebox.h"
+
+#include <QAbstractItemView>
+#include <QDesktopServices>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QItemSelectionModel>
+#include <QMouseEvent>
+#include <QStandardItemModel>
+#include <QUrl>
+
+namespace {
+
+constexpr char kFilterProperty[] = "currentFilter";
+const auto kDeleteButtonName = QStringLiteral("deleteButton");
+
+QStandardItem* newRow(const FileRecord& record)
+{
+    auto* const row = new QStandardItem(QFileInfo(record.filepath).fileName());
+    row->setData(record.filepath, SCFileManager::kPathRole);
+    return row;
+}
+
+QString pathOf(const QModelIndex& index)
+{
+    return index.data(SCFileManager::kPathRole).toString();
+}
+
+/// Everything about the view that does not depend on what it shows.
+void dress(QAbstractItemView& view)
+{
+    view.setMouseTracking(true);
+    view.setFocusPolicy(Qt::NoFocus);
+    view.setFrameShape(QFrame::NoFrame);
+    view.setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    view.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view.viewport()->setAttribute(Qt::WA_Hover);
+    view.setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view.setSelectionMode(QAbstractItemView::ExtendedSelection);
+    view.setSelectionBehavior(QAbstractItemView::SelectRows);
+}
+
+/// An event on the view itself counts in the viewport's coordinates as well.
+QPoint inViewport(const QAbstractItemView& view, const QMouseEvent& event)
+{
+    return view.viewport()->mapFromGlobal(event.globalPosition().toPoint());
+}
+
+} // namespace
+
+void SCFileManager::setupView(QAbstractItemView* view, const QString& filter)
+{
+    if (view == nullptr)
+        return;
+    m_view = view;
+    m_model->clear();
+    const QList<FileRecord> shown = filter.isEmpty() ? m_files : filesByType(filter);
+    view->setModel(m_model);
+    view->setItemDelegate(m_delegate);
+    dress(*view);
+    view->viewport()->removeEventFilter(this);
+    view->viewport()->installEventFilter(this);
+    view->setProperty(kFilterProperty, filter);
+    // At once: a view lays itself out anew for every single one.
+    QList<QStandardItem*> rows;
+    rows.reserve(shown.size());
+    for (const FileRecord& record : shown)
+        rows.append(newRow(record));
+    m_model->invisibleRootItem()->appendRows(rows);
+    view->removeEventFilter(this);
+    view->installEventFilter(this);
+}
+
+void SCFileManager::rebuildView()
+{
+    setupView(m_view, m_view->property(kFilterProperty).toString());
+}
+
+void SCFileManager::selectFile(int row)
+{
+    if (m_view == nullptr || row < 0 || row >= m_files.size())
+        return;
+    m_view->clearSelection();
+    const QModelIndex index = m_model->index(row, 0);
+    // A filter shows fewer rows than there are records.
+    if (!index.isValid())
+        return;
+    m_view->setCurrentIndex(index);
+    m_view->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
+    m_view->scrollTo(index, QAbstractItemView::EnsureVisible);
+}
+
+bool SCFileManager::eventFilter(QObject* watched, QEvent* event)
+{
+    const bool ofView = m_view != nullptr && (watched == m_view || watched == m_view->viewport());
+    if (ofView && event->type() == QEvent::MouseButtonDblClick)
+        onDoubleClicked(*m_view, *static_cast<QMouseEvent*>(event));
+    if (ofView && event->type() == QEvent::MouseButtonPress && onPressed(*m_view, *static_cast<QMouseEvent*>(event)))
+        return true;
+    return QObject::eventFilter(watched, event);
+}
+
+void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QMouseEvent& event)
+{
+    const QModelIndex index = view.indexAt(inViewport(view, event));
+    if (index.isValid())
+        QDesktopServices::openUrl(QUrl::fromLocalFile(pathOf(index)));
+}
+
+/// Whether the press was on an icon, and is nobody else's business.
+bool SCFileManager::onPressed(QAbstractItemView& view, const QMouseEvent& event)
+{
+    const QPoint place = inViewport(view, event);
+    const QModelIndex index = view.indexAt(place);
+    if (!index.isValid() || event.button() != Qt::LeftButton)
+        return false;
+    const QRect row = view.visualRect(index);
+    const QString path = pathOf(index);
+    if (filerow::folderRect(row).contains(place)) {
+        if (!path.isEmpty())
+            platform::revealInFileManager(path);
+        return true;
+    }
+    if (filerow::deleteRect(row).contains(place)) {
+        if (!path.isEmpty())
+            deleteFile(view, index);
+        return true;
+    }
+    return false;
+}
+
+bool SCFileManager::refuseFileInUse(const QString& path, QWidget* parent) const
+{
+    if (m_fileInUse.isEmpty() || path != m_fileInUse)
+        return false;
+    messagebox::information(parent, tr("Delete"), tr("The file that is being recorded cannot be deleted."));
+    return true;
+}
+
+void SCFileManager::deleteFile(QAbstractItemView& view, const QPersistentModelIndex& row)
+{
+    const QString path = pathOf(row);
+    if (refuseFileInUse(path, view.window()))
+        return;
+    // This one box is not translated; the one for several files is.
+    const messagebox::Answer answer = messagebox::ask(
+        {view.window(), QStringLiteral("Delete"), QStringLiteral("Do you want to delete this file?"),
+         QStringLiteral("Delete file from disk as well."), QStringLiteral("Delete"), kDeleteButtonName});
+    if (!answer.confirmed)
+        return;
+    if (answer.checked)
+        QFile::remove(path);
+    takeOut(path);
+    // The list may have been filled anew behind the box.
+    if (row.isValid())
+        m_model->removeRow(row.row());
+    else if (m_view != nullptr)
+        rebuildView();
+    save();
+}
+
+void SCFileManager::deleteSelectedFiles(QAbstractItemView* view)
+{
+    if (view == nullptr || view->selectionModel() == nullptr || view->model() == nullptr)
+        return;
+    const QModelIndexList selected = view->selectionModel()->selectedIndexes();
+    if (selected.isEmpty())
+        return;
+    QStringList paths;
+    for (const QModelIndex& index : selected) {
+        if (const QString path = pathOf(index); !path.isEmpty())
+            paths.append(path);
+    }
+    for (const QString& path : paths) {
+        if (refuseFileInUse(path, view->window()))
+            return;
+    }
+    const QPointer<QAbstractItemView> asked = view;
+    const messagebox::Answer answer =
+        messagebox::ask({view->window(), tr("Delete"), tr("Do you want to delete %1 files?").arg(selected.size()),
+                         tr("Delete files from disk as well."), tr("Delete"), kDeleteButtonName});
+    if (!answer.confirmed)
+        return;
+    deletePaths(paths, answer.checked);
+    save();
+    if (asked != nullptr)
+        setupView(asked, asked->property(kFilterProperty).toString());
+}
+
+void SCFileManager::deletePaths(const QStringList& paths, bool fromDisk)
+{
+    QHash<QString, int> timesToRemove;
+    for (const QString& path : paths) {
+        // One that cannot be deleted from disk leaves the list all the same.
+        if (fromDisk)
+            QFile::remove(path);
+        ++timesToRemove[path];
+    }
+    m_files.removeIf([&timesToRemove](const FileRecord& record) {
+        const auto found = timesToRemove.find(record.filepath);
+        return found != timesToRemove.end() && (*found)-- > 0;
+    });
+}

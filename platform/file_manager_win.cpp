@@ -1,0 +1,43 @@
+#include "platform/file_manager.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QProcess>
+
+#include <windows.h>
+
+#include <array>
+
+namespace platform {
+
+namespace {
+
+/// By its whole path, since a bare name would be looked for beside the program and in the working folder first.
+QString explorerProgram()
+{
+    std::array<wchar_t, MAX_PATH> folder{};
+    const UINT length = GetSystemWindowsDirectoryW(folder.data(), static_cast<UINT>(folder.size()));
+    if (length == 0 || length >= folder.size())
+        return QStringLiteral("explorer");
+    return QString::fromWCharArray(folder.data(), static_cast<int>(length)) + QStringLiteral("\\explorer.exe");
+}
+
+} // namespace
+
+void revealInFileManager(const QString& path)
+{
+    // No file's name holds a quote; one that came from somewhere else could end the argument early.
+    if (path.isEmpty() || path.contains(u'"')) {
+        qWarning() << "Not the path of a file, not shown in the file manager:" << path;
+        return;
+    }
+    QProcess explorer;
+    explorer.setProgram(explorerProgram());
+    // The two arguments "/select," and the path. Explorer splits unquoted ones at commas, hence quotes also where there
+    // is no blank, which an argument list would leave out.
+    explorer.setNativeArguments(QStringLiteral("/select, \"%1\"").arg(QDir::toNativeSeparators(path)));
+    if (!explorer.startDetached())
+        qWarning() << "Explorer could not be started:" << explorer.errorString();
+}
+
+} // namespace platform

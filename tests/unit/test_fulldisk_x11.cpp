@@ -1,0 +1,128 @@
+#include "app/appidentity.h"
+#include "files/scfilemanager.h"
+#include "tests/support/filelibrary.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace {
+
+/// While it lives no file of this process grows beyond so many bytes, as on a disk that has no more room.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit m_before{};
+};
+
+} // namespace
+
+/// The list of files on a disk that runs full at any byte.
+class TestFullDisk : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        LibraryRefuge::clear();
+        m_library = std::make_unique<SCFileManager>();
+        for (int number = 0; number < 5; ++number)
+            m_library->addFile(m_produced.add(QStringLiteral("%1.mp4").arg(number)), QStringLiteral("video"));
+        m_before = filelibrary::text();
+    }
+
+    void cleanup() { m_library.reset(); }
+
+    void saveLeavesTheOldListAndTheListInMemory_data()
+    {
+        QTest::addColumn<int>("bytes");
+        for (const int bytes : {0, 1, 100, 500, 700})
+            QTest::addRow("%d bytes", bytes) << bytes;
+    }
+
+    void saveLeavesTheOldListAndTheListInMemory()
+    {
+        QFETCH(const int, bytes);
+        QVERIFY(bytes < m_before.size());
+        const QString added = m_produced.add(QStringLiteral("added.mp4"));
+        const QSignalSpy errors(m_library.get(), &SCFileManager::error);
+        {
+            const MessageCapture log;
+            const FullDisk full(static_cast<rlim_t>(bytes));
+            m_library->addFile(added, QStringLiteral("video"));
+            QCOMPARE(log.texts(QtCriticalMsg).filter(QStringLiteral("[ERROR] The list of files could not be saved")).size(), 1);
+        }
+        QCOMPARE(errors.size(), 1);
+        QCOMPARE(m_library->files().front().filepath, added);
+        QCOMPARE(filelibrary::text(), m_before);
+        QVERIFY(filelibrary::neighbours().isEmpty());
+        QVERIFY(m_library->save());
+        QCOMPARE(filelibrary::paths().size(), 6);
+    }
+
+    void damagedListIsNotMovedForOneThatCannotBeWritten()
+    {
+        m_library.reset();
+        const QByteArray damaged = m_before.chopped(20);
+        filelibrary::write(damaged);
+        m_library = std::make_unique<SCFileManager>();
+        {
+            const FullDisk full(0);
+            m_library->addFile(m_produced.add(QStringLiteral("added.mp4")), QStringLiteral("video"));
+        }
+        QCOMPARE(filelibrary::text(), damaged);
+        QVERIFY(filelibrary::neighbours().isEmpty());
+        QVERIFY(m_library->save());
+        QCOMPARE(filelibrary::neighbours().size(), 1);
+    }
+
+    void loadThatCannotCleanFailsAndHasTheRightList()
+    {
+        QVERIFY(QFile::remove(m_library->files().front().filepath));
+        {
+            const MessageCapture log;
+            const FullDisk full(0);
+            QVERIFY(!m_library->load());
+            const QString line = QStringLiteral("Could not open file for writing: ") + filelibrary::path();
+            QCOMPARE(log.texts(QtDebugMsg).filter(line).size(), 1);
+        }
+        QCOMPARE(m_library->files().size(), 4);
+        QCOMPARE(filelibrary::text(), m_before);
+    }
+
+private:
+    ProducedFiles m_produced;
+    std::unique_ptr<SCFileManager> m_library;
+    QByteArray m_before;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    const LibraryRefuge refuge;
+    QApplication application(argc, argv);
+    TestFullDisk test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_fulldisk_x11.moc"
