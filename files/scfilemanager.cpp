@@ -7,6 +7,8 @@
 #include <QDateTime>
 #include <QStandardItemModel>
 
+#include <utility>
+
 #include <algorithm>
 #include <iterator>
 
@@ -14,6 +16,12 @@ namespace {
 
 const auto kType = QStringLiteral("type");
 const auto kDateAdded = QStringLiteral("dateAdded");
+
+/// For the algorithms. A record without a type has the empty one.
+auto isOfType(const QString& type)
+{
+    return [&type](const FileRecord& record) { return record.properties.value(kType).toString() == type; };
+}
 
 } // namespace
 
@@ -56,9 +64,13 @@ void SCFileManager::reportSave(bool saved)
 QList<FileRecord> SCFileManager::filesByType(const QString& type) const
 {
     QList<FileRecord> found;
-    std::copy_if(m_files.begin(), m_files.end(), std::back_inserter(found),
-                 [&type](const FileRecord& record) { return record.properties.value(kType).toString() == type; });
+    std::copy_if(m_files.begin(), m_files.end(), std::back_inserter(found), isOfType(type));
     return found;
+}
+
+qsizetype SCFileManager::count(const QString& type) const
+{
+    return std::count_if(m_files.begin(), m_files.end(), isOfType(type));
 }
 
 void SCFileManager::addFile(const QString& path, const QString& type)

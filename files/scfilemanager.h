@@ -39,6 +39,9 @@ public:
     /// The records of that type, in the list's order.
     QList<FileRecord> filesByType(const QString& type) const;
 
+    /// How many there are of that type.
+    qsizetype count(const QString& type) const;
+
     /// Enters a file in front of the others, with the present time, and saves. A view shows it after the next
     /// setupView().
     void addFile(const QString& path, const QString& type);

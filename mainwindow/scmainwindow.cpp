@@ -6,10 +6,10 @@
 #include "app/settingstables.h"
 #include "app/webaddresses.h"
 #include "engine/obswrapper.h"
+#include "files/scfilemanager.h"
 #include "mainwindow/mainmenu.h"
 #include "mainwindow/ratiopresets.h"
 #include "mainwindow/recordingclock.h"
-#include "mainwindow/recordingpath.h"
 #include "mainwindow/recordstatus.h"
 #include "mainwindow/regionoverlays.h"
 #include "mainwindow/sccountdownwidget.h"
@@ -93,6 +93,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     , m_windowPicker(std::make_unique<WindowHighlighter>())
     , m_region(new RegionOverlays(this))
     , m_screenshots(new ScreenshotSession(this))
+    , m_files(new SCFileManager(this))
     , m_settings(openSettings())
     , m_sources(*m_obs)
     , m_recorder(*m_obs)
@@ -111,6 +112,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     setUpMenu();
     connectControls();
     connectPages();
+    setUpFiles();
     connectTiles();
     connectScreenshots();
     connectSession();
@@ -228,7 +230,6 @@ void SCMainWindow::connectControls()
     connect(m_ui->changeLocationButton, &QPushButton::clicked, this, &SCMainWindow::onChangeLocationClicked);
     connect(m_ui->changeScreenshotLocationButton, &QPushButton::clicked, this,
             &SCMainWindow::onChangeScreenshotLocationClicked);
-    connect(m_ui->openFolderButton, &QPushButton::clicked, this, &SCMainWindow::openSaveFolder);
     connect(m_ui->lockButton, &QPushButton::toggled, this, &SCMainWindow::onSizeLockToggled);
     connect(m_ui->screenSwitch, &SCSwitchWidget::checkedChanged, this, &SCMainWindow::onScreenSwitched);
     // Only the user's choice is stored: a value that is not in the table stays as it is.
@@ -244,7 +245,7 @@ void SCMainWindow::connectPages()
     tabs->addButton(m_ui->recordingTab, m_ui->pages->indexOf(m_ui->recordingPage));
     tabs->addButton(m_ui->screenshotTab, m_ui->pages->indexOf(m_ui->screenshotPage));
     tabs->addButton(m_ui->filesTab, m_ui->pages->indexOf(m_ui->filesPage));
-    connect(tabs, &QButtonGroup::idClicked, m_ui->pages, &QStackedWidget::setCurrentIndex);
+    connect(tabs, &QButtonGroup::idClicked, this, &SCMainWindow::onPageChosen);
     new HoverIcons(m_ui->recordingTab, QStringLiteral("recording"));
     new HoverIcons(m_ui->screenshotTab, QStringLiteral("screenshot"));
     new HoverIcons(m_ui->filesTab, QStringLiteral("files"));
@@ -285,7 +286,7 @@ void SCMainWindow::connectSession()
     connect(&m_session, &RecordingSession::stateChanged, this, &SCMainWindow::onStateChanged);
     connect(&m_session, &RecordingSession::statusChanged, this, &SCMainWindow::showRecordStatus);
     connect(&m_session, &RecordingSession::elapsedChanged, this, &SCMainWindow::showElapsed);
-    connect(&m_session, &RecordingSession::fileProduced, this, &SCMainWindow::fileProduced);
+    connect(&m_session, &RecordingSession::fileProduced, this, &SCMainWindow::onRecordingBegun);
     // Asked while the user's session waits for the answer, after which the system ends the process.
     connect(qGuiApp, &QGuiApplication::commitDataRequest, &m_session, &RecordingSession::finishAtOnce,
             Qt::DirectConnection);
@@ -358,14 +359,6 @@ void SCMainWindow::openLogFolder()
     QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath()));
 }
 
-void SCMainWindow::openSaveFolder()
-{
-    const QString folder = m_ui->saveLocationEdit->text();
-    if (!ensureFolder(folder))
-        SCLogger::error(QStringLiteral("The save folder does not exist and cannot be made: %1").arg(folder));
-    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
-}
-
 void SCMainWindow::chooseFolder(QLineEdit& field, const QString& title, QLatin1String key)
 {
     // A dialog opened over a countdown would hold it up, and start the recording whenever the dialog is closed.
@@ -405,6 +398,7 @@ void SCMainWindow::retranslate()
     m_ui->retranslateUi(this);
     showHotkey();
     showRecordButton(m_shownStatus);
+    showFileState();
 }
 
 bool SCMainWindow::eventFilter(QObject* watched, QEvent* event)

@@ -20,6 +20,7 @@ class QSettings;
 class RecordingClock;
 class RegionOverlays;
 class SCCountdownWidget;
+class SCFileManager;
 class SCFullscreenToolbar;
 class SCTranslator;
 class ScreenshotSession;
@@ -103,7 +104,6 @@ private:
     void onMenuClicked();
     void onLanguageChosen(int position);
     void openLogFolder();
-    void openSaveFolder();
     void chooseFolder(QLineEdit& field, const QString& title, QLatin1String key);
     void onChangeLocationClicked();
     void onChangeScreenshotLocationClicked();
@@ -152,6 +152,21 @@ private:
     void onScreenshotSaved(const QString& path);
     void onScreenshotFailed(const QString& message);
 
+    // The files that were made: scmainwindow_files.cpp.
+    void setUpFiles();
+    void onPageChosen(int index);
+    void showFiles();
+    void onFilterChosen();
+    void fillFileView();
+    void showFileState();
+    QString chosenFilter() const;
+    void onRecordingBegun(const QString& path, const QString& type);
+    void showScreenshots();
+    void onRecordingOver();
+    void onFileError(const QString& message);
+    void openFilesFolder();
+    void openFolder(const QString& folder);
+
     // The recording: scmainwindow_recording.cpp.
     void onStateChanged(RecordingState state);
     void showRecordStatus(int status);
@@ -185,6 +200,7 @@ private:
     CaptureArea m_captureArea;
     RegionOverlays* m_region;
     ScreenshotSession* m_screenshots;
+    SCFileManager* m_files;
     std::unique_ptr<QSettings> m_settings;
     std::shared_ptr<SCTranslator> m_translator;
     ObsSources m_sources;
@@ -223,4 +239,6 @@ private:
     bool m_closeRequested = false;
     /// The window was minimised for a screenshot and is to come back after it.
     bool m_minimisedForScreenshot = false;
+    /// What could not be told while a recording ran.
+    QStringList m_untoldErrors;
 };

@@ -47,6 +47,7 @@ void SCMainWindow::onStateChanged(RecordingState state)
         m_frameGivenUp = false;
         chooseFullScreen();
     }
+    onRecordingOver();
     if (m_closeRequested)
         close();
 }

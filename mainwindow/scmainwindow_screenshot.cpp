@@ -74,6 +74,7 @@ void SCMainWindow::onScreenshotSaved(const QString& path)
     emit fileProduced(path, QStringLiteral("screenshot"));
     restoreWindow();
     messagebox::information(this, tr("Screenshot Saved"), tr("Screenshot saved to: %1").arg(path));
+    showScreenshots();
 }
 
 void SCMainWindow::onScreenshotFailed(const QString& message)

@@ -9,6 +9,7 @@
 #include "overlays/areaselector.h"
 #include "overlays/drawwindow.h"
 #include "overlays/scswitchwidget.h"
+#include "tests/support/filelibrary.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/testprofile.h"
@@ -951,6 +952,7 @@ int main(int argc, char* argv[])
 {
     const TestProfile profile;
     appidentity::apply();
+    const LibraryRefuge refuge;
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
     // Windows closed by a test must not end the test program.
