@@ -76,6 +76,9 @@ protected:
     bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
 
 private:
+    /// Plays a recording without an engine.
+    friend class TestFilesPage;
+
     struct TileAction
     {
         Tile* tile;

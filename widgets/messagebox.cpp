@@ -53,6 +53,7 @@ Answer showQuestion(const Question& question)
     QPushButton* const yes = box.addButton(question.buttonText, QMessageBox::ActionRole);
     yes->setObjectName(question.buttonName);
     box.setDefaultButton(QMessageBox::Cancel);
+    box.setEscapeButton(QMessageBox::Cancel);
     dress(box);
     box.exec();
     return {box.clickedButton() == yes, check->isChecked()};

@@ -1,9 +1,11 @@
 #include "widgets/messagebox.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QFile>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTest>
 #include <QTimer>
 
@@ -64,6 +66,81 @@ private slots:
         QVERIFY(shown);
     }
 
+    void questionHasACheckBoxTheButtonThatSaysYesAndCancelAsDefault()
+    {
+        QWidget parent;
+        parent.show();
+        int shown = 0;
+        QTimer::singleShot(0, &parent, [&] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box != nullptr);
+            const auto closed = qScopeGuard([box] { box->reject(); });
+            ++shown;
+            QCOMPARE(box->icon(), QMessageBox::Question);
+            QCOMPARE(box->windowTitle(), QStringLiteral("Delete"));
+            QCOMPARE(box->text(), QStringLiteral("Delete <b>all</b>?"));
+            QCOMPARE(box->textFormat(), Qt::PlainText);
+            QCOMPARE(box->parentWidget(), &parent);
+            QVERIFY(box->isModal());
+            QCOMPARE(box->checkBox()->text(), QStringLiteral("From disk as well."));
+            QVERIFY(!box->checkBox()->isChecked());
+            const auto* const yes = box->findChild<QPushButton*>(QStringLiteral("deleteButton"));
+            QVERIFY(yes != nullptr);
+            QCOMPARE(yes->text(), QStringLiteral("Yes, delete"));
+            QCOMPARE(box->buttonRole(box->findChild<QPushButton*>(QStringLiteral("deleteButton"))),
+                     QMessageBox::ActionRole);
+            QCOMPARE(box->buttons().size(), 2);
+            QCOMPARE(box->defaultButton(), box->button(QMessageBox::Cancel));
+            QCOMPARE(box->escapeButton(), box->button(QMessageBox::Cancel));
+            QFile styleSheet(QStringLiteral(":/res/style/message-box.qss"));
+            QVERIFY(styleSheet.open(QIODevice::ReadOnly | QIODevice::Text));
+            QCOMPARE(box->styleSheet(), QString::fromUtf8(styleSheet.readAll()));
+        });
+        messagebox::ask(question(&parent));
+        QCOMPARE(shown, 1);
+    }
+
+    void questionIsAnsweredAsTheUserPresses_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<bool>("check");
+        for (const bool yes : {false, true}) {
+            for (const bool check : {false, true})
+                QTest::addRow("%s, %s", yes ? "yes" : "cancel", check ? "checked" : "unchecked") << yes << check;
+        }
+    }
+
+    void questionIsAnsweredAsTheUserPresses()
+    {
+        QFETCH(const bool, yes);
+        QFETCH(const bool, check);
+        QTimer::singleShot(0, this, [&] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box != nullptr);
+            if (check)
+                box->checkBox()->click();
+            if (yes)
+                box->findChild<QPushButton*>(QStringLiteral("deleteButton"))->click();
+            else
+                box->button(QMessageBox::Cancel)->click();
+        });
+        const messagebox::Answer answer = messagebox::ask(question(nullptr));
+        QCOMPARE(answer.confirmed, yes);
+        QCOMPARE(answer.checked, check);
+    }
+
+    void recorderAnswersQuestions()
+    {
+        messagebox::Recorder recorder;
+        QVERIFY(!messagebox::ask(question(nullptr)).confirmed);
+        recorder.setAnswer({true, true});
+        const messagebox::Answer answer = messagebox::ask(question(nullptr));
+        QVERIFY(answer.confirmed && answer.checked);
+        QCOMPARE(recorder.questions().size(), std::size_t{2});
+        QCOMPARE(recorder.questions().back().text, QStringLiteral("Delete <b>all</b>?"));
+        QVERIFY(recorder.calls().empty());
+    }
+
     void recorderNotesInsteadOfShowing()
     {
         QWidget parent;
@@ -93,6 +170,17 @@ private slots:
         QVERIFY(outer.calls().empty());
         messagebox::information(nullptr, QStringLiteral("Window Info"), QStringLiteral("outer"));
         QCOMPARE(outer.calls().size(), std::size_t{1});
+    }
+
+private:
+    static messagebox::Question question(QWidget* parent)
+    {
+        return {parent,
+                QStringLiteral("Delete"),
+                QStringLiteral("Delete <b>all</b>?"),
+                QStringLiteral("From disk as well."),
+                QStringLiteral("Yes, delete"),
+                QStringLiteral("deleteButton")};
     }
 };
 

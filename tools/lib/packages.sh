@@ -9,7 +9,7 @@ packages_build=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-multimedia-dev
 packages_run=(obs-studio obs-plugins libqt6svg6 qt6-qpa-plugins libegl1 libgl1 libgl1-mesa-dri fonts-dejavu-core)
 
 # A desktop where there is none, and the tools that look at it and at recordings.
-packages_desktop=(xvfb openbox xcompmgr picom pulseaudio pulseaudio-utils ffmpeg xdotool wmctrl x11-utils x11-xkb-utils
+packages_desktop=(dbus-daemon xvfb openbox xcompmgr picom pulseaudio pulseaudio-utils ffmpeg xdotool wmctrl x11-utils x11-xkb-utils
     x11-xserver-utils tk procps)
 
 packages_format=(clang-format)

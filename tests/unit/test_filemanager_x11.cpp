@@ -1,0 +1,200 @@
+#include "platform/file_manager.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QDesktopServices>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+
+namespace {
+
+const auto kService = QStringLiteral("org.freedesktop.FileManager1");
+const auto kPath = QStringLiteral("/org/freedesktop/FileManager1");
+
+/// A message bus of the test's own, which becomes the session's.
+class MessageBus
+{
+public:
+    MessageBus()
+    {
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+                       {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+        if (m_daemon.waitForReadyRead(10000))
+            qputenv("DBUS_SESSION_BUS_ADDRESS", m_daemon.readLine().trimmed());
+        else
+            qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+    }
+    ~MessageBus()
+    {
+        m_daemon.terminate();
+        m_daemon.waitForFinished();
+    }
+    MessageBus(const MessageBus&) = delete;
+    MessageBus& operator=(const MessageBus&) = delete;
+
+private:
+    QProcess m_daemon;
+};
+
+/// What a file manager offers on the bus.
+class StandInFileManager : public QObject, protected QDBusContext
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+
+public:
+    /// On a connection of its own, as another program's.
+    StandInFileManager() : m_connection(QDBusConnection::connectToBus(QDBusConnection::SessionBus, "file-manager"))
+    {
+        m_connection.registerObject(kPath, this, QDBusConnection::ExportAllSlots);
+        m_registered = m_connection.registerService(kService);
+    }
+    ~StandInFileManager() override
+    {
+        m_connection.unregisterService(kService);
+        QDBusConnection::disconnectFromBus(QStringLiteral("file-manager"));
+    }
+
+    bool isRegistered() const { return m_registered; }
+
+    bool refuses = false;
+    bool keepsSilent = false;
+    QList<QStringList> shown;
+    QStringList startUpIds;
+
+public slots:
+    void ShowItems(const QStringList& addresses, const QString& startUpId)
+    {
+        shown.append(addresses);
+        startUpIds.append(startUpId);
+        if (refuses)
+            sendErrorReply(QDBusError::Failed, QStringLiteral("not today"));
+        if (keepsSilent)
+            setDelayedReply(true);
+    }
+
+private:
+    QDBusConnection m_connection;
+    bool m_registered = false;
+};
+
+class Opener : public QObject
+{
+    Q_OBJECT
+
+public:
+    Opener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
+    ~Opener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+    QList<QUrl> opened;
+
+public slots:
+    void open(const QUrl& url) { opened.append(url); }
+};
+
+} // namespace
+
+/// Showing a file in the file manager, before a stand-in that answers on the message bus.
+class TestFileManager : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QVERIFY2(QDBusConnection::sessionBus().isConnected(), "no dbus-daemon?"); }
+
+    void fileManagerIsAskedToShowTheFile_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("address");
+        QTest::newRow("plain") << "/videos/a.mp4"
+                               << "file:///videos/a.mp4";
+        QTest::newRow("blanks") << "/my videos/a b.mp4"
+                                << "file:///my%20videos/a%20b.mp4";
+        QTest::newRow("percent signs") << "/100%/%20.mp4"
+                                       << "file:///100%25/%2520.mp4";
+        QTest::newRow("quotes") << "/\"a\"/'b'.mp4"
+                                << "file:///%22a%22/'b'.mp4";
+        QTest::newRow("line break") << "/a\nb.mp4"
+                                    << "file:///a%0Ab.mp4";
+        QTest::newRow("leading dashes") << "/--help/-rf.mp4"
+                                        << "file:///--help/-rf.mp4";
+        QTest::newRow("hash and question mark") << "/a#b?c.mp4"
+                                                << "file:///a%23b%3Fc.mp4";
+        QTest::newRow("shell") << "/$(id);`id`&.mp4"
+                               << "file:///$(id);%60id%60&.mp4";
+        QTest::newRow("Japanese") << u"/\u9332.mp4"_qs << "file:///%E9%8C%B2.mp4";
+    }
+
+    void fileManagerIsAskedToShowTheFile()
+    {
+        QFETCH(const QString, path);
+        QFETCH(const QString, address);
+        StandInFileManager fileManager;
+        QVERIFY(fileManager.isRegistered());
+        const Opener opener;
+        platform::revealInFileManager(path);
+        QTRY_COMPARE(fileManager.shown.size(), 1);
+        QCOMPARE(fileManager.shown.front(), QStringList{address});
+        QCOMPARE(fileManager.startUpIds.front(), QString());
+        QCOMPARE(QUrl(address).toLocalFile(), path);
+        QTest::qWait(50);
+        QVERIFY(opener.opened.isEmpty());
+    }
+
+    void folderIsOpenedWhereThereIsNoFileManagerOnTheBus()
+    {
+        const Opener opener;
+        platform::revealInFileManager(QStringLiteral("/my videos/100%/-a.mp4"));
+        QTRY_COMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/my videos/100%"))});
+    }
+
+    void folderIsOpenedWhereTheFileManagerRefuses()
+    {
+        StandInFileManager fileManager;
+        fileManager.refuses = true;
+        const Opener opener;
+        platform::revealInFileManager(QStringLiteral("/videos/a.mp4"));
+        QTRY_COMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/videos"))});
+        QCOMPARE(fileManager.shown.size(), 1);
+    }
+
+    void fileManagerThatKeepsSilentHoldsNobodyUp()
+    {
+        StandInFileManager fileManager;
+        fileManager.keepsSilent = true;
+        const Opener opener;
+        QElapsedTimer timer;
+        timer.start();
+        platform::revealInFileManager(QStringLiteral("/videos/a.mp4"));
+        QVERIFY(timer.elapsed() < 1000);
+        QTRY_COMPARE(fileManager.shown.size(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(opener.opened, QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/videos"))}, 15000);
+    }
+
+    void emptyPathIsNothing()
+    {
+        StandInFileManager fileManager;
+        const Opener opener;
+        platform::revealInFileManager({});
+        QTest::qWait(100);
+        QVERIFY(fileManager.shown.isEmpty());
+        QVERIFY(opener.opened.isEmpty());
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    const MessageBus bus;
+    QApplication application(argc, argv);
+    TestFileManager test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_filemanager_x11.moc"

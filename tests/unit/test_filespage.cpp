@@ -1,0 +1,311 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "mainwindow/recordingsession.h"
+#include "mainwindow/scmainwindow.h"
+#include "tests/support/filelibrary.h"
+#include "tests/support/testprofile.h"
+#include "widgets/messagebox.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QListView>
+#include <QPushButton>
+#include <QSettings>
+#include <QStackedWidget>
+#include <QTest>
+#include <QUrl>
+
+#include <memory>
+
+namespace {
+
+class Opener : public QObject
+{
+    Q_OBJECT
+
+public:
+    Opener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
+    ~Opener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+    QStringList opened;
+
+public slots:
+    void open(const QUrl& url) { opened.append(url.toLocalFile()); }
+};
+
+} // namespace
+
+/// The main window's page of the files that were made.
+class TestFilesPage : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        const auto settings = openSettings();
+        settings->clear();
+        settings->setValue(settingskeys::kFirstRun, false);
+        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
+        settings->setValue(settingskeys::kRecordingSaveLocation, m_produced.folder() + QLatin1String("/videos"));
+        settings->setValue(settingskeys::kScreenshotSaveLocation, m_produced.folder() + QLatin1String("/pictures"));
+        LibraryRefuge::clear();
+        QJsonArray list;
+        for (const auto& [name, type] : {std::pair{"new.mp4", "video"},
+                                         {"song.mp3", "audio"},
+                                         {"shot.png", "screenshot"},
+                                         {"old.mp4", "video"},
+                                         {"plain.dat", ""}})
+            list.append(QJsonObject{{"filepath", m_produced.add(QLatin1String(name))},
+                                    {"properties", QJsonObject{{"type", QLatin1String(type)}}}});
+        filelibrary::write(QJsonDocument(list).toJson());
+        m_window = std::make_unique<SCMainWindow>();
+        m_window->show();
+    }
+
+    void cleanup() { m_window.reset(); }
+
+    void showingThePageSelectsTheNewestFile()
+    {
+        open();
+        QCOMPARE(names(), QStringList({"new.mp4", "song.mp3", "shot.png", "old.mp4", "plain.dat"}));
+        QCOMPARE(selectedNames(), QStringList{"new.mp4"});
+        QVERIFY(view()->isVisible());
+    }
+
+    void showingThePageAgainKeepsItsFilter()
+    {
+        open();
+        press("audioFilter");
+        press("recordingTab");
+        open();
+        QCOMPARE(names(), QStringList{"song.mp3"});
+        QCOMPARE(selectedNames(), QStringList{"song.mp3"});
+    }
+
+    void filterTabsShowTheirFilesAndTellHowMany_data()
+    {
+        QTest::addColumn<QByteArray>("tab");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("expected");
+        QTest::newRow("all") << QByteArray("allFilter") << "All (5)"
+                             << QStringList{"new.mp4", "song.mp3", "shot.png", "old.mp4", "plain.dat"};
+        QTest::newRow("video") << QByteArray("videoFilter") << "Video (2)" << QStringList{"new.mp4", "old.mp4"};
+        QTest::newRow("audio") << QByteArray("audioFilter") << "Audio (1)" << QStringList{"song.mp3"};
+        QTest::newRow("screenshot") << QByteArray("screenshotFilter") << "Screenshot (1)" << QStringList{"shot.png"};
+    }
+
+    void filterTabsShowTheirFilesAndTellHowMany()
+    {
+        QFETCH(const QByteArray, tab);
+        QFETCH(const QString, text);
+        QFETCH(const QStringList, expected);
+        open();
+        press("videoFilter");
+        press(tab.constData());
+        QVERIFY(button(tab.constData())->isChecked());
+        QCOMPARE(button(tab.constData())->text(), text);
+        QCOMPARE(names(), expected);
+        QVERIFY(selectedNames().isEmpty());
+    }
+
+    void onlyWhatIsSelectedCanBeDeleted()
+    {
+        open();
+        QVERIFY(button("deleteFilesButton")->isEnabled());
+        view()->clearSelection();
+        QVERIFY(!button("deleteFilesButton")->isEnabled());
+        view()->selectAll();
+        QVERIFY(button("deleteFilesButton")->isEnabled());
+        press("audioFilter");
+        QVERIFY(!button("deleteFilesButton")->isEnabled());
+    }
+
+    void selectedFilesAreDeletedUnderTheirFilter()
+    {
+        open();
+        press("videoFilter");
+        view()->selectAll();
+        messagebox::Recorder boxes;
+        boxes.setAnswer({true, true});
+        press("deleteFilesButton");
+        QCOMPARE(boxes.questions().front().text, QStringLiteral("Do you want to delete 2 files?"));
+        QVERIFY(names().isEmpty());
+        QCOMPARE(button("videoFilter")->text(), QStringLiteral("Video (0)"));
+        QCOMPARE(button("allFilter")->text(), QStringLiteral("All (3)"));
+        QVERIFY(!QFileInfo::exists(m_produced.folder() + QLatin1String("/new.mp4")));
+        press("allFilter");
+        QCOMPARE(names(), QStringList({"song.mp3", "shot.png", "plain.dat"}));
+    }
+
+    void reversedOrderOutlivesTheWindow()
+    {
+        open();
+        press("reverseFilesButton");
+        const QStringList reversed{"plain.dat", "old.mp4", "shot.png", "song.mp3", "new.mp4"};
+        QCOMPARE(names(), reversed);
+        m_window.reset();
+        m_window = std::make_unique<SCMainWindow>();
+        m_window->show();
+        open();
+        QCOMPARE(names(), reversed);
+    }
+
+    void emptyPageSaysWhatItIsFor()
+    {
+        open();
+        const auto* const label = child<QWidget>("noFilesLabel");
+        QVERIFY(!label->isVisible());
+        press("audioFilter");
+        view()->selectAll();
+        messagebox::Recorder boxes;
+        boxes.setAnswer({true, false});
+        press("deleteFilesButton");
+        QVERIFY(label->isVisible());
+        QVERIFY(!view()->isVisible());
+        QVERIFY(!button("reverseFilesButton")->isEnabled());
+        QVERIFY(!button("deleteFilesButton")->isEnabled());
+        press("allFilter");
+        QVERIFY(view()->isVisible());
+        QVERIFY(button("reverseFilesButton")->isEnabled());
+    }
+
+    void folderOfWhatIsShownIsOpened()
+    {
+        const Opener opener;
+        open();
+        press("openFolderButton");
+        press("screenshotFilter");
+        press("openFolderButton");
+        press("videoFilter");
+        press("openFolderButton");
+        const QString videos = m_produced.folder() + QLatin1String("/videos");
+        QCOMPARE(opener.opened, QStringList({videos, m_produced.folder() + QLatin1String("/pictures"), videos}));
+    }
+
+    void recordingIsEnteredWhenItStartsAndShownWhenItIsOver()
+    {
+        open();
+        const QString path = m_produced.add(QStringLiteral("Recording.aac"));
+        emit session()->fileProduced(path, QStringLiteral("audio"));
+        QCOMPARE(filelibrary::paths().front(), path);
+        const QJsonObject properties = QJsonDocument::fromJson(filelibrary::text())
+                                           .array()
+                                           .first()
+                                           .toObject()
+                                           .value(QLatin1String("properties"))
+                                           .toObject();
+        QCOMPARE(properties.value(QLatin1String("type")).toString(), QStringLiteral("audio"));
+        QCOMPARE(names().size(), 5);
+        emit session()->stateChanged(RecordingState::Idle);
+        QCOMPARE(names().front(), QStringLiteral("Recording.aac"));
+        QCOMPARE(selectedNames(), QStringList{"Recording.aac"});
+        QCOMPARE(button("audioFilter")->text(), QStringLiteral("Audio (2)"));
+    }
+
+    void recordingLeavesAnotherPageInView()
+    {
+        emit session()->fileProduced(m_produced.add(QStringLiteral("Recording.mp4")), QStringLiteral("video"));
+        emit session()->stateChanged(RecordingState::Idle);
+        QCOMPARE(child<QStackedWidget>("pages")->currentWidget()->objectName(), QStringLiteral("recordingPage"));
+    }
+
+    void fileIsNotDeletedWhileItIsBeingRecorded()
+    {
+        const QString path = m_produced.add(QStringLiteral("Recording.mp4"));
+        emit session()->fileProduced(path, QStringLiteral("video"));
+        open();
+        view()->selectAll();
+        messagebox::Recorder boxes;
+        boxes.setAnswer({true, true});
+        press("deleteFilesButton");
+        QVERIFY(boxes.questions().empty());
+        QVERIFY(QFileInfo::exists(path));
+        emit session()->stateChanged(RecordingState::Idle);
+        view()->selectAll();
+        press("deleteFilesButton");
+        QVERIFY(!QFileInfo::exists(path));
+    }
+
+    void listThatCannotBeSavedIsTold()
+    {
+        open();
+        const QString folder = appidentity::dataFolder();
+        LibraryRefuge::clear();
+        {
+            QFile inTheWay(folder);
+            QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+        }
+        const messagebox::Recorder boxes;
+        press("reverseFilesButton");
+        press("reverseFilesButton");
+        QVERIFY(QFile::remove(folder));
+        QCOMPARE(boxes.calls().size(), std::size_t{1});
+        QCOMPARE(boxes.calls().front().kind, messagebox::Kind::Critical);
+        QCOMPARE(boxes.calls().front().parent, m_window.get());
+        QVERIFY(boxes.calls().front().text.startsWith(QLatin1String("The list of files could not be saved: ")));
+        QCOMPARE(names().size(), 5);
+    }
+
+    void everyPartCanBeReachedWithTheKeyboardButTheList()
+    {
+        open();
+        for (const char* name : {"allFilter", "videoFilter", "audioFilter", "screenshotFilter", "openFolderButton",
+                                 "reverseFilesButton", "deleteFilesButton"})
+            QVERIFY2((button(name)->focusPolicy() & Qt::TabFocus) != 0, name);
+        QCOMPARE(view()->focusPolicy(), Qt::NoFocus);
+        QCOMPARE(view()->accessibleName(), QStringLiteral("Files"));
+    }
+
+private:
+    template <typename Widget>
+    Widget* child(const char* name) const
+    {
+        return m_window->findChild<Widget*>(QLatin1String(name));
+    }
+
+    QPushButton* button(const char* name) const { return child<QPushButton>(name); }
+    QListView* view() const { return child<QListView>("fileView"); }
+    RecordingSession* session() const { return &m_window->m_session; }
+    void press(const char* name) const { button(name)->click(); }
+    void open() const { press("filesTab"); }
+
+    QStringList names() const
+    {
+        QStringList names;
+        for (int row = 0; row < view()->model()->rowCount(); ++row)
+            names.append(view()->model()->index(row, 0).data().toString());
+        return names;
+    }
+
+    QStringList selectedNames() const
+    {
+        QStringList names;
+        const QModelIndexList selected = view()->selectionModel()->selectedIndexes();
+        for (const QModelIndex& index : selected)
+            names.append(index.data().toString());
+        return names;
+    }
+
+    ProducedFiles m_produced;
+    std::unique_ptr<SCMainWindow> m_window;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    const LibraryRefuge refuge;
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestFilesPage test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_filespage.moc"
