@@ -1,0 +1,402 @@
+#include "app/appidentity.h"
+#include "app/sctranslator.h"
+#include "app/settings.h"
+#include "files/filerow.h"
+#include "mainwindow/scmainwindow.h"
+#include "tests/desktop/desktopuser.h"
+#include "tests/desktop/userinput.h"
+#include "tests/support/filelibrary.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QListView>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QTest>
+#include <QTimer>
+#include <QToolTip>
+
+#include <functional>
+#include <memory>
+
+using desktopuser::Addresses;
+using desktopuser::click;
+using desktopuser::colourAt;
+using desktopuser::onScreen;
+using desktopuser::pointTo;
+using desktopuser::press;
+using userinput::xdotool;
+
+namespace {
+
+constexpr QPoint kWindowPlace(20, 40);
+constexpr QRgb kPlain = qRgb(0x28, 0x28, 0x2e);
+constexpr QRgb kRaised = qRgb(0x37, 0x37, 0x3d);
+
+/// What a user does to a box of the program.
+using Answer = std::function<void(QMessageBox&)>;
+
+void pressButton(QMessageBox& box, const char* name)
+{
+    click(*box.findChild<QPushButton*>(QLatin1String(name)));
+}
+
+void pressDelete(QMessageBox& box)
+{
+    pressButton(box, "deleteButton");
+}
+
+void checkAndPressDelete(QMessageBox& box)
+{
+    click(*box.checkBox());
+    QVERIFY(box.checkBox()->isChecked());
+    pressDelete(box);
+}
+
+void pressCancel(QMessageBox& box)
+{
+    click(*box.button(QMessageBox::Cancel));
+}
+
+void pressEscape(QMessageBox& /*box*/)
+{
+    press(QStringLiteral("Escape"));
+}
+
+void pressEnter(QMessageBox& /*box*/)
+{
+    press(QStringLiteral("Return"));
+}
+
+void closeByTheWindowManager(QMessageBox& /*box*/)
+{
+    press(QStringLiteral("alt+F4"));
+}
+
+} // namespace
+
+/// The page of the files, worked with the pointer.
+class TestFilesPageDesktop : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        const auto settings = openSettings();
+        settings->clear();
+        settings->setValue(settingskeys::kFirstRun, false);
+        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
+        m_produced = std::make_unique<ProducedFiles>();
+        QJsonArray list;
+        for (const auto& [name, type] : {std::pair{"new.mp4", "video"},
+                                         {"song.mp3", "audio"},
+                                         {"shot.png", "screenshot"},
+                                         {"old.mp4", "video"},
+                                         {"sound.aac", "audio"}})
+            list.append(QJsonObject{{"filepath", m_produced->add(QLatin1String(name))},
+                                    {"properties", QJsonObject{{"type", QLatin1String(type)}}}});
+        filelibrary::write(QJsonDocument(list).toJson());
+        pointTo(onScreen({3, 3}));
+        m_window = std::make_unique<SCMainWindow>();
+        m_window->move(onScreen(kWindowPlace));
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QTest::qWait(100);
+        click(*button("filesTab"));
+        QTRY_VERIFY(view()->isVisible());
+        m_boxes = 0;
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_produced.reset();
+        LibraryRefuge::clear();
+    }
+
+    void pageOpensWithTheNewestFileSelected()
+    {
+        QCOMPARE(names(), QStringList({"new.mp4", "song.mp3", "shot.png", "old.mp4", "sound.aac"}));
+        QCOMPARE(selectedNames(), QStringList{"new.mp4"});
+        QTRY_COMPARE(QColor(colourAt(leftOf(0))), QColor(kRaised));
+        QCOMPARE(QColor(colourAt(leftOf(1))), QColor(kPlain));
+    }
+
+    void rowsAreSelectedOneByOneInARowAndTogether()
+    {
+        click(textOf(2));
+        QTRY_COMPARE(selectedNames(), QStringList{"shot.png"});
+        clickWith("ctrl", textOf(4));
+        QTRY_COMPARE(selectedNames(), QStringList({"shot.png", "sound.aac"}));
+        clickWith("ctrl", textOf(2));
+        QTRY_COMPARE(selectedNames(), QStringList{"sound.aac"});
+        click(textOf(1));
+        clickWith("shift", textOf(3));
+        QTRY_COMPARE(selectedNames(), QStringList({"song.mp3", "shot.png", "old.mp4"}));
+        // Below the last row.
+        click(view()->viewport()->mapToGlobal(QPoint(60, 6 * filerow::kHeight)));
+        QTRY_VERIFY(selectedNames().isEmpty());
+    }
+
+    void onlyTheRowBelowThePointerShowsItsIcons()
+    {
+        QVERIFY(!showsIcons(0));
+        pointTo(textOf(2));
+        QTRY_COMPARE(QColor(colourAt(leftOf(2))), QColor(kRaised));
+        QTRY_VERIFY(showsIcons(2));
+        QVERIFY(!showsIcons(0));
+        QVERIFY(!showsIcons(1));
+        pointTo(textOf(0));
+        QTRY_VERIFY(showsIcons(0));
+        QVERIFY(!showsIcons(2));
+        QCOMPARE(QColor(colourAt(leftOf(2))), QColor(kPlain));
+        pointTo(onScreen({3, 3}));
+        QTRY_VERIFY(!showsIcons(0));
+        QCOMPARE(QColor(colourAt(leftOf(0))), QColor(kRaised));
+    }
+
+    void iconsSayWhatTheyDoWhenThePointerRests()
+    {
+        pointTo(folderIconOf(1));
+        QTRY_COMPARE(QToolTip::text(), QStringLiteral("Show in Folder"));
+        pointTo(deleteIconOf(1));
+        QTRY_COMPARE(QToolTip::text(), QStringLiteral("Delete"));
+        pointTo(textOf(1));
+        QTRY_VERIFY(!QToolTip::isVisible());
+    }
+
+    void doubleClickOpensTheFile()
+    {
+        const Addresses files(QStringLiteral("file"));
+        pointTo(textOf(3));
+        QTest::qWait(50);
+        xdotool({"click", "--repeat", "2", "--delay", "60", "1"});
+        QTRY_COMPARE(files.opened(), QList<QUrl>{QUrl::fromLocalFile(pathAt(3))});
+        QTest::qWait(100);
+        QCOMPARE(files.opened().size(), 1);
+    }
+
+    /// Nothing on this desktop answers for the file manager, so it is the folder that is opened.
+    void folderIconShowsTheFileAndSelectsNothing()
+    {
+        const Addresses files(QStringLiteral("file"));
+        click(folderIconOf(3));
+        QTRY_COMPARE(files.opened(), QList<QUrl>{QUrl::fromLocalFile(m_produced->folder())});
+        QCOMPARE(selectedNames(), QStringList{"new.mp4"});
+    }
+
+    void deleteIconAsksAndWhateverIsNotYesDeletesNothing_data()
+    {
+        QTest::addColumn<Answer>("answer");
+        QTest::newRow("Cancel") << Answer(pressCancel);
+        QTest::newRow("Escape") << Answer(pressEscape);
+        QTest::newRow("Enter, which is Cancel") << Answer(pressEnter);
+        QTest::newRow("closed") << Answer(closeByTheWindowManager);
+    }
+
+    void deleteIconAsksAndWhateverIsNotYesDeletesNothing()
+    {
+        QFETCH(const Answer, answer);
+        const QString path = pathAt(1);
+        answerNextBox(QStringLiteral("Do you want to delete this file?"), answer);
+        click(deleteIconOf(1));
+        QTRY_COMPARE(m_boxes, 1);
+        QCOMPARE(names().size(), 5);
+        QVERIFY(filelibrary::paths().contains(path));
+        QVERIFY(QFileInfo::exists(path));
+        QCOMPARE(selectedNames(), QStringList{"new.mp4"});
+    }
+
+    void deleteIconTakesTheFileOutOfTheListAlone()
+    {
+        const QString path = pathAt(1);
+        answerNextBox(QStringLiteral("Do you want to delete this file?"), pressDelete);
+        click(deleteIconOf(1));
+        QTRY_COMPARE(names(), QStringList({"new.mp4", "shot.png", "old.mp4", "sound.aac"}));
+        QVERIFY(!filelibrary::paths().contains(path));
+        QVERIFY(QFileInfo::exists(path));
+        QCOMPARE(button("allFilter")->text(), QStringLiteral("All (4)"));
+    }
+
+    void deleteIconDeletesTheFileFromDisk()
+    {
+        const QString path = pathAt(1);
+        answerNextBox(QStringLiteral("Do you want to delete this file?"), checkAndPressDelete);
+        click(deleteIconOf(1));
+        QTRY_COMPARE(names().size(), 4);
+        QVERIFY(!filelibrary::paths().contains(path));
+        QVERIFY(!QFileInfo::exists(path));
+    }
+
+    void selectedFilesAreDeletedTogether_data()
+    {
+        QTest::addColumn<Answer>("answer");
+        QTest::addColumn<bool>("fromList");
+        QTest::addColumn<bool>("fromDisk");
+        QTest::newRow("cancelled") << Answer(pressCancel) << false << false;
+        QTest::newRow("from the list") << Answer(pressDelete) << true << false;
+        QTest::newRow("from disk") << Answer(checkAndPressDelete) << true << true;
+    }
+
+    void selectedFilesAreDeletedTogether()
+    {
+        QFETCH(const Answer, answer);
+        QFETCH(const bool, fromList);
+        QFETCH(const bool, fromDisk);
+        const QStringList paths{pathAt(0), pathAt(2), pathAt(4)};
+        clickWith("ctrl", textOf(2));
+        clickWith("ctrl", textOf(4));
+        QTRY_COMPARE(selectedNames().size(), 3);
+        answerNextBox(QStringLiteral("Do you want to delete 3 files?"), answer);
+        click(*button("deleteFilesButton"));
+        QTRY_COMPARE(m_boxes, 1);
+        QTRY_COMPARE(names().size(), fromList ? 2 : 5);
+        for (const QString& path : paths) {
+            QCOMPARE(filelibrary::paths().contains(path), !fromList);
+            QCOMPARE(QFileInfo::exists(path), !fromDisk);
+        }
+    }
+
+    void deletingUnderAFilterStaysThere()
+    {
+        click(*button("audioFilter"));
+        QTRY_COMPARE(names(), QStringList({"song.mp3", "sound.aac"}));
+        click(textOf(0));
+        answerNextBox(QStringLiteral("Do you want to delete 1 files?"), pressDelete);
+        click(*button("deleteFilesButton"));
+        QTRY_COMPARE(names(), QStringList{"sound.aac"});
+        QCOMPARE(view()->property("currentFilter"), QVariant("audio"));
+    }
+
+    void orderIsReversedAndBack()
+    {
+        const QStringList before = filelibrary::paths();
+        click(*button("reverseFilesButton"));
+        QTRY_COMPARE(names(), QStringList({"sound.aac", "old.mp4", "shot.png", "song.mp3", "new.mp4"}));
+        QCOMPARE(filelibrary::paths().first(), before.last());
+        click(*button("reverseFilesButton"));
+        QTRY_COMPARE(filelibrary::paths(), before);
+    }
+
+    void eachFilterShowsItsFiles_data()
+    {
+        QTest::addColumn<QByteArray>("tab");
+        QTest::addColumn<QStringList>("expected");
+        QTest::newRow("video") << QByteArray("videoFilter") << QStringList{"new.mp4", "old.mp4"};
+        QTest::newRow("audio") << QByteArray("audioFilter") << QStringList{"song.mp3", "sound.aac"};
+        QTest::newRow("screenshot") << QByteArray("screenshotFilter") << QStringList{"shot.png"};
+    }
+
+    void eachFilterShowsItsFiles()
+    {
+        QFETCH(const QByteArray, tab);
+        QFETCH(const QStringList, expected);
+        click(*button(tab.constData()));
+        QTRY_COMPARE(names(), expected);
+        click(*button("allFilter"));
+        QTRY_COMPARE(names().size(), 5);
+    }
+
+private:
+    QPushButton* button(const char* name) const { return m_window->findChild<QPushButton*>(QLatin1String(name)); }
+    QListView* view() const { return m_window->findChild<QListView*>(QStringLiteral("fileView")); }
+    QModelIndex index(int row) const { return view()->model()->index(row, 0); }
+    QRect rect(int row) const { return view()->visualRect(index(row)); }
+    QString pathAt(int row) const { return index(row).data(Qt::UserRole + 1).toString(); }
+
+    QPoint global(const QPoint& inList) const { return view()->viewport()->mapToGlobal(inList); }
+    QPoint textOf(int row) const { return global(QPoint(60, rect(row).center().y())); }
+    /// Left of the text.
+    QPoint leftOf(int row) const { return global(QPoint(4, rect(row).center().y())); }
+    QPoint folderIconOf(int row) const { return global(filerow::folderRect(rect(row)).center()); }
+    QPoint deleteIconOf(int row) const { return global(filerow::deleteRect(rect(row)).center()); }
+
+    QStringList names() const
+    {
+        QStringList names;
+        for (int row = 0; row < view()->model()->rowCount(); ++row)
+            names.append(index(row).data().toString());
+        return names;
+    }
+
+    /// In the list's order.
+    QStringList selectedNames() const
+    {
+        QStringList names;
+        for (int row = 0; row < view()->model()->rowCount(); ++row) {
+            if (view()->selectionModel()->isSelected(index(row)))
+                names.append(index(row).data().toString());
+        }
+        return names;
+    }
+
+    /// Whether the screen has something lighter than a row where both of its icons are.
+    bool showsIcons(int row) const
+    {
+        const QImage picture = desktopuser::screenshot();
+        const QPoint origin = QGuiApplication::primaryScreen()->geometry().topLeft();
+        for (const QRect& icon : {filerow::folderRect(rect(row)), filerow::deleteRect(rect(row))}) {
+            const QRect place(((QPointF(global(icon.topLeft()) - origin)) * desktopuser::scale()).toPoint(),
+                              icon.size() * desktopuser::scale());
+            bool found = false;
+            for (int y = place.top(); y <= place.bottom(); ++y) {
+                for (int x = place.left(); x <= place.right(); ++x)
+                    found = found || qGray(picture.pixel(x, y)) > 100;
+            }
+            if (!found)
+                return false;
+        }
+        return true;
+    }
+
+    static void clickWith(const char* key, const QPoint& place)
+    {
+        xdotool({"keydown", QLatin1String(key)});
+        click(place);
+        xdotool({"keyup", QLatin1String(key)});
+    }
+
+    /// Once a box is there, it has to say that, and is answered.
+    void answerNextBox(const QString& text, const Answer& answer)
+    {
+        auto* const timer = new QTimer(m_window.get());
+        connect(timer, &QTimer::timeout, m_window.get(), [this, timer, text, answer] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box == nullptr)
+                return;
+            timer->stop();
+            // However it ends, the test goes on.
+            QTimer::singleShot(5000, box, &QDialog::reject);
+            QVERIFY(QTest::qWaitForWindowActive(box));
+            QTest::qWait(150);
+            QCOMPARE(box->text(), text);
+            answer(*box);
+            ++m_boxes;
+        });
+        timer->start(50);
+    }
+
+    std::unique_ptr<ProducedFiles> m_produced;
+    std::unique_ptr<SCMainWindow> m_window;
+    int m_boxes = 0;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    const LibraryRefuge refuge;
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestFilesPageDesktop test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_filespage_desktop.moc"
