@@ -2,6 +2,7 @@
 
 #include "app/appidentity.h"
 #include "app/sclogger.h"
+#include "files/filerecordtext.h"
 #include "platform/disk_sync.h"
 
 #include <QDateTime>
@@ -13,8 +14,11 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
+#include <utility>
+
 #include <algorithm>
 #include <chrono>
+#include <optional>
 
 using namespace std::chrono_literals;
 
@@ -28,14 +32,14 @@ const auto kPropertiesKey = QStringLiteral("properties");
 /// from starting.
 constexpr qint64 kMaxBytes = qint64{256} * 1024 * 1024;
 
-FileRecord toRecord(const QJsonObject& object)
+/// The record of an element; none where there is no such file any more.
+std::optional<FileRecord> toRecord(const QJsonValue& element)
 {
-    return {object.value(kPathKey).toString(), object.value(kPropertiesKey).toObject().toVariantMap()};
-}
-
-QJsonObject toJson(const FileRecord& record)
-{
-    return {{kPathKey, record.filepath}, {kPropertiesKey, QJsonObject::fromVariantMap(record.properties)}};
+    const QJsonObject object = element.toObject();
+    QString path = object.value(kPathKey).toString();
+    if (!QFileInfo(path).isFile())
+        return {};
+    return FileRecord{std::move(path), object.value(kPropertiesKey).toObject().toVariantMap()};
 }
 
 /// What QSaveFile writes to before it takes the place of the file: the file's name, a dot and six letters at random. A
@@ -97,18 +101,17 @@ bool FileRecordsFile::load(QList<FileRecord>& records)
                               .arg(document.isNull() ? error.errorString() : QStringLiteral("no array"), path()));
     file.close();
 
-    QJsonArray kept;
     const QJsonArray array = document.array();
+    QJsonArray kept;
     for (const QJsonValue& element : array) {
-        FileRecord record = toRecord(element.toObject());
-        if (!QFileInfo(record.filepath).isFile())
-            continue;
-        records.append(std::move(record));
-        kept.append(element);
+        if (std::optional<FileRecord> record = toRecord(element)) {
+            records.append(*std::move(record));
+            kept.append(element);
+        }
     }
     if (kept.size() == array.size())
         return true;
-    const bool written = write(kept);
+    const bool written = write(QJsonDocument(kept).toJson(QJsonDocument::Indented));
     if (!written)
         SCLogger::debug(QStringLiteral("Could not open file for writing: %1").arg(path()));
     return written;
@@ -116,13 +119,10 @@ bool FileRecordsFile::load(QList<FileRecord>& records)
 
 bool FileRecordsFile::save(const QList<FileRecord>& records)
 {
-    QJsonArray array;
-    for (const FileRecord& record : records)
-        array.append(toJson(record));
-    return write(array);
+    return write(toJsonText(records));
 }
 
-bool FileRecordsFile::write(const QJsonArray& array)
+bool FileRecordsFile::write(const QByteArray& text)
 {
     QDir().mkpath(appidentity::dataFolder());
     QSaveFile file(path());
@@ -131,7 +131,6 @@ bool FileRecordsFile::write(const QJsonArray& array)
         m_errorText = file.errorString();
         return false;
     }
-    const QByteArray text = QJsonDocument(array).toJson(QJsonDocument::Indented);
     // The commit by itself would notice neither that the buffer cannot be written out nor that the disk refuses it.
     const bool written = file.write(text) == text.size() && file.flush() && platform::syncToDisk(file.handle());
     if (!written) {

@@ -2,10 +2,9 @@
 
 #include "files/filerecord.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
-
-class QJsonArray;
 
 /// "file_data.json" in the application-data folder, where the list of files outlives the program: a JSON array with one
 /// object for each record, in the list's order.
@@ -33,7 +32,7 @@ public:
     const QString& errorText() const { return m_errorText; }
 
 private:
-    bool write(const QJsonArray& array);
+    bool write(const QByteArray& text);
     bool setAside();
 
     /// What stands under the file's name is not a list.

@@ -16,11 +16,6 @@ namespace {
 
 constexpr int kAnswerMs = 10000;
 
-void openFolderOf(const QString& path)
-{
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
-}
-
 QDBusMessage showItemsCall(const QString& path)
 {
     QDBusMessage call = QDBusMessage::createMethodCall(
@@ -32,6 +27,15 @@ QDBusMessage showItemsCall(const QString& path)
     return call;
 }
 
+/// Also for a bus that is not there, for which no answer comes.
+void openFolderUnlessShown(const QDBusPendingCall& call, const QString& path)
+{
+    if (!call.isError())
+        return;
+    qInfo() << "No file manager on the message bus, the folder is opened:" << call.error().message();
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
+}
+
 } // namespace
 
 void revealInFileManager(const QString& path)
@@ -39,13 +43,14 @@ void revealInFileManager(const QString& path)
     if (path.isEmpty())
         return;
     const QDBusPendingCall call = QDBusConnection::sessionBus().asyncCall(showItemsCall(path), kAnswerMs);
+    if (call.isFinished()) {
+        openFolderUnlessShown(call, path);
+        return;
+    }
     auto* const watcher = new QDBusPendingCallWatcher(call, QCoreApplication::instance());
     const auto finish = [path](QDBusPendingCallWatcher* finished) {
         finished->deleteLater();
-        if (!finished->isError())
-            return;
-        qInfo() << "No file manager on the message bus, the folder is opened:" << finished->error().message();
-        openFolderOf(path);
+        openFolderUnlessShown(*finished, path);
     };
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, QCoreApplication::instance(), finish);
 }

@@ -4,6 +4,8 @@
 #include "app/appidentity.h"
 #include "app/settings.h"
 #include "engine/volumecontrol.h"
+#include "files/filerow.h"
+#include "files/scfilemanager.h"
 #include "mainwindow/sccountdownwidget.h"
 #include "mainwindow/scfullscreentoolbar.h"
 #include "mainwindow/scmainwindow.h"
@@ -11,12 +13,14 @@
 #include "overlays/drawwindow.h"
 #include "overlays/scswitchwidget.h"
 #include "overlays/windowhighlighter.h"
+#include "tests/support/filelibrary.h"
 #include "tests/support/testprofile.h"
 #include "widgets/messagebox.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QListView>
 #include <QMenu>
 #include <QPainter>
 #include <QPushButton>
@@ -28,6 +32,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 
 namespace {
 
@@ -134,7 +139,7 @@ void takeMainWindow(Pictures& pictures)
     child<QPushButton>(window, "screenshotTab").click();
     pictures.take("screenshot", window);
     child<QPushButton>(window, "filesTab").click();
-    pictures.take("files", window);
+    pictures.take("files-empty", window);
     child<QPushButton>(window, "recordingTab").click();
     child<QComboBox>(window, "formatBox").showPopup();
     pictures.take("formats", window.geometry() | QApplication::activePopupWidget()->geometry());
@@ -144,14 +149,60 @@ void takeMainWindow(Pictures& pictures)
     takeMenu(pictures, window);
 }
 
-void takeMessageBox(Pictures& pictures)
+/// The list as it is after some days.
+void fillLibrary(ProducedFiles& produced)
 {
-    QTimer::singleShot(kSettleMs, qApp, [&pictures] {
+    SCFileManager library;
+    const auto add = [&](const char* name, const char* type) {
+        library.addFile(produced.add(QString::fromUtf8(name)), QLatin1String(type));
+    };
+    for (int day = 2; day < 9; ++day)
+        add(qPrintable(QStringLiteral("Recording_2026_11_0%1_10-3%1-07.mp4").arg(day)), "video");
+    add("Interview with Zo\u00eb, second take.flac", "audio");
+    add("\u9332\u753b 2026-11-18.mp4", "video");
+    add("Screenshot_2026-11-19_09-12-44.png", "screenshot");
+    add("How we measure what an encoder holds back, and why the last pictures before a stop are in the file all the "
+        "same (final cut).mp4",
+        "video");
+    add("Recording_2026_11_21_12-30-05.mp4", "video");
+}
+
+void takeBox(Pictures& pictures, const char* name, const std::function<void()>& show)
+{
+    QTimer::singleShot(kSettleMs, qApp, [&pictures, name] {
         QWidget* const box = QApplication::activeModalWidget();
-        pictures.take("message", *box);
+        pictures.take(name, *box);
         box->close();
     });
-    messagebox::warning(nullptr, QStringLiteral("Warning"), QStringLiteral("No microphone device found!"));
+    show();
+}
+
+void takeFiles(Pictures& pictures)
+{
+    ProducedFiles produced;
+    fillLibrary(produced);
+    SCMainWindow window;
+    window.move(60, 50);
+    window.show();
+    child<QPushButton>(window, "filesTab").click();
+    auto& view = child<QListView>(window, "fileView");
+    const QRect second = view.visualRect(view.model()->index(1, 0));
+    QTest::qWait(kSettleMs);
+    QCursor::setPos(view.viewport()->mapToGlobal(second.center()));
+    pictures.take("files", window);
+    takeBox(pictures, "delete-file",
+            [&] { QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, filerow::deleteRect(second).center()); });
+    view.selectAll();
+    takeBox(pictures, "delete-files", [&] { child<QPushButton>(window, "deleteFilesButton").click(); });
+    child<QPushButton>(window, "audioFilter").click();
+    pictures.take("files-sound", window);
+}
+
+void takeMessageBox(Pictures& pictures)
+{
+    takeBox(pictures, "message", [] {
+        messagebox::warning(nullptr, QStringLiteral("Warning"), QStringLiteral("No microphone device found!"));
+    });
 }
 
 void takeSelector(Pictures& pictures)
@@ -245,6 +296,7 @@ int main(int argc, char* argv[])
     Desktop desktop;
     desktop.show();
     takeMainWindow(pictures);
+    takeFiles(pictures);
     takeMessageBox(pictures);
     takeSelector(pictures);
     takeFrame(pictures);
