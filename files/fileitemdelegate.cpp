@@ -66,8 +66,8 @@ void SCFileManager::FileItemDelegate::paint(QPainter* painter, const QStyleOptio
         drawIcon(*painter, filerow::folderRect(row), "folder");
         drawIcon(*painter, filerow::deleteRect(row), "delete");
     }
-    painter->setPen(kSeparator);
-    painter->drawLine(row.bottomLeft(), row.bottomRight());
+    // A line of the pen would leave a seam of the row below it at odd scales.
+    painter->fillRect(QRect(row.bottomLeft(), QSize(row.width(), 1)), kSeparator);
     painter->restore();
 }
 
