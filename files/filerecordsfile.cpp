@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <optional>
 
 using namespace std::chrono_literals;
@@ -32,14 +33,48 @@ const auto kPropertiesKey = QStringLiteral("properties");
 /// from starting.
 constexpr qint64 kMaxBytes = qint64{256} * 1024 * 1024;
 
-/// The record of an element; none where there is no such file any more.
-std::optional<FileRecord> toRecord(const QJsonValue& element)
+FileRecord toRecord(const QJsonObject& object)
 {
-    const QJsonObject object = element.toObject();
-    QString path = object.value(kPathKey).toString();
-    if (!QFileInfo(path).isFile())
-        return {};
-    return FileRecord{std::move(path), object.value(kPropertiesKey).toObject().toVariantMap()};
+    return {object.value(kPathKey).toString(), object.value(kPropertiesKey).toObject().toVariantMap()};
+}
+
+/// The records whose files are there, and the text without the others; none where there are no others.
+struct Existing
+{
+    QList<FileRecord> records;
+    QByteArray cleanedText;
+};
+
+bool hasFile(const FileRecord& record)
+{
+    return QFileInfo(record.filepath).isFile();
+}
+
+Existing existingOf(const QList<FileRecord>& records)
+{
+    Existing existing;
+    existing.records.reserve(records.size());
+    std::copy_if(records.begin(), records.end(), std::back_inserter(existing.records), hasFile);
+    if (existing.records.size() < records.size())
+        existing.cleanedText = toJsonText(existing.records);
+    return existing;
+}
+
+/// The elements that stay, stay as they are.
+Existing existingOf(const QJsonArray& elements)
+{
+    Existing existing;
+    QJsonArray kept;
+    for (const QJsonValue& element : elements) {
+        FileRecord record = toRecord(element.toObject());
+        if (!hasFile(record))
+            continue;
+        existing.records.append(std::move(record));
+        kept.append(element);
+    }
+    if (kept.size() < elements.size())
+        existing.cleanedText = QJsonDocument(kept).toJson(QJsonDocument::Indented);
+    return existing;
 }
 
 /// What QSaveFile writes to before it takes the place of the file: the file's name, a dot and six letters at random. A
@@ -91,30 +126,32 @@ bool FileRecordsFile::load(QList<FileRecord>& records)
         m_foreign = QFileInfo::exists(path());
         return false;
     }
+    m_foreign = false;
     const QByteArray text = contents(file);
-    QJsonParseError error{};
-    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
-    // An empty file holds nothing to keep.
-    m_foreign = !document.isArray() && file.size() > 0;
-    if (m_foreign)
-        SCLogger::warning(QStringLiteral("The list of files cannot be read and starts empty (%1): %2")
-                              .arg(document.isNull() ? error.errorString() : QStringLiteral("no array"), path()));
+    const bool empty = file.size() == 0;
     file.close();
-
-    const QJsonArray array = document.array();
-    QJsonArray kept;
-    for (const QJsonValue& element : array) {
-        if (std::optional<FileRecord> record = toRecord(element)) {
-            records.append(*std::move(record));
-            kept.append(element);
-        }
-    }
-    if (kept.size() == array.size())
+    const std::optional<QList<FileRecord>> own = fromJsonText(text);
+    Existing existing = own ? existingOf(*own) : existingOf(parse(text, empty));
+    records = std::move(existing.records);
+    if (existing.cleanedText.isEmpty())
         return true;
-    const bool written = write(QJsonDocument(kept).toJson(QJsonDocument::Indented));
+    const bool written = write(existing.cleanedText);
     if (!written)
         SCLogger::debug(QStringLiteral("Could not open file for writing: %1").arg(path()));
     return written;
+}
+
+/// The array of a text that is not as the program writes it.
+QJsonArray FileRecordsFile::parse(const QByteArray& text, bool empty)
+{
+    QJsonParseError error{};
+    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+    // An empty file holds nothing to keep.
+    m_foreign = !document.isArray() && !empty;
+    if (m_foreign)
+        SCLogger::warning(QStringLiteral("The list of files cannot be read and starts empty (%1): %2")
+                              .arg(document.isNull() ? error.errorString() : QStringLiteral("no array"), path()));
+    return document.array();
 }
 
 bool FileRecordsFile::save(const QList<FileRecord>& records)

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QString>
 
+class QJsonArray;
+
 /// "file_data.json" in the application-data folder, where the list of files outlives the program: a JSON array with one
 /// object for each record, in the list's order.
 ///
@@ -32,6 +34,7 @@ public:
     const QString& errorText() const { return m_errorText; }
 
 private:
+    QJsonArray parse(const QByteArray& text, bool empty);
     bool write(const QByteArray& text);
     bool setAside();
 

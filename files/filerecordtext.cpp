@@ -4,6 +4,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <utility>
+
 #include <algorithm>
 
 namespace {
@@ -54,6 +56,56 @@ void appendProperties(QByteArray& text, const QVariantMap& properties)
     text.append(object.trimmed().replace("\n", "\n        "));
 }
 
+/// Goes through a text of toJsonText().
+class Reader
+{
+public:
+    explicit Reader(QByteArrayView text) : m_rest(text) {}
+
+    bool atEnd() const { return m_rest.isEmpty(); }
+
+    /// Goes past these characters, if they are next.
+    bool skip(QByteArrayView expected)
+    {
+        const bool next = m_rest.startsWith(expected);
+        if (next)
+            m_rest = m_rest.sliced(expected.size());
+        return next;
+    }
+
+    /// A string up to its closing quote; false where it has escapes or is none.
+    bool read(QString& string)
+    {
+        const auto end = std::find_if(m_rest.begin(), m_rest.end(), [](char c) {
+            return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20;
+        });
+        if (end == m_rest.end() || *end != '"')
+            return false;
+        const qsizetype length = end - m_rest.begin();
+        string = QString::fromUtf8(m_rest.first(length));
+        m_rest = m_rest.sliced(length + 1);
+        return true;
+    }
+
+private:
+    QByteArrayView m_rest;
+};
+
+bool readProperties(Reader& reader, QVariantMap& properties)
+{
+    if (!reader.skip("{"))
+        return false;
+    while (reader.skip(properties.isEmpty() ? "\n            \"" : ",\n            \"")) {
+        QString key;
+        QString value;
+        // A key that comes twice would be the last one's to tell; that is rare enough not to be known here.
+        if (!reader.read(key) || !reader.skip(": \"") || !reader.read(value) || properties.contains(key))
+            return false;
+        properties.insert(key, value);
+    }
+    return reader.skip("\n        }");
+}
+
 } // namespace
 
 QByteArray toJsonText(const QList<FileRecord>& records)
@@ -72,4 +124,25 @@ QByteArray toJsonText(const QList<FileRecord>& records)
         separator = ",\n    {\n        \"filepath\": ";
     }
     return text.append("\n]\n");
+}
+
+std::optional<QList<FileRecord>> fromJsonText(const QByteArray& text)
+{
+    if (!text.isValidUtf8())
+        return {};
+    QList<FileRecord> records;
+    Reader reader(text);
+    if (!reader.skip("["))
+        return {};
+    while (
+        reader.skip(records.isEmpty() ? "\n    {\n        \"filepath\": \"" : ",\n    {\n        \"filepath\": \"")) {
+        FileRecord record;
+        if (!reader.read(record.filepath) || !reader.skip(",\n        \"properties\": ") ||
+            !readProperties(reader, record.properties) || !reader.skip("\n    }"))
+            return {};
+        records.append(std::move(record));
+    }
+    if (!reader.skip("\n]\n") || !reader.atEnd())
+        return {};
+    return records;
 }

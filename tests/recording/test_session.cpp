@@ -7,6 +7,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -93,6 +96,7 @@ private slots:
     void twoDotsCountAsAnEmptyName();
     void aMissingFolderIsMadeWithItsParents();
     void aTakenNameGetsANumber();
+    void aRecordingIsInTheListOfFilesFromItsStartOn();
     void aFolderThatCannotBeMadeEndsInIdleWithAReason();
     void aFolderThatTakesNoFilesEndsInIdleWithAReason();
     void aFailedRecordingLeavesTheNextOneWhole();
@@ -219,6 +223,25 @@ void TestSession::aTakenNameGetsANumber()
     const QStringList expected{QStringLiteral("demo (2).mp4"), QStringLiteral("demo (3).mp4"),
                                QStringLiteral("demo.mp4")};
     QCOMPARE(filesIn(program.saveFolder()), expected);
+}
+
+void TestSession::aRecordingIsInTheListOfFilesFromItsStartOn()
+{
+    ProgramUnderTest program;
+    const auto listed = [&program] {
+        const QByteArray list = contentOf(program.profile().filePath("data/Tolvaran/Kestrano/file_data.json"));
+        return QJsonDocument::fromJson(list).array().first().toObject();
+    };
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    QVERIFY(listed().isEmpty());
+    Take take = beginTake(program, kMp4);
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+    QTRY_COMPARE(listed().value("filepath").toString(), take.path);
+    QCOMPARE(listed().value("properties").toObject().value("type").toString(), QStringLiteral("video"));
+    // What a crash leaves behind is in the list as well.
+    program.kill();
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    QCOMPARE(listed().value("filepath").toString(), take.path);
 }
 
 void TestSession::expectNothingRecorded(ProgramUnderTest& program, const QString& reason)

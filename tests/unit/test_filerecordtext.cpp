@@ -88,6 +88,64 @@ private slots:
             QCOMPARE(toJsonText(records), asTheToolkitWrites(records));
         }
     }
+
+    void usualRecordsAreReadBack()
+    {
+        QList<FileRecord> records;
+        QCOMPARE(fromJsonText(toJsonText(records)).value(), records);
+        for (const char* name : {"a", "--b %1", "\u9332\u753b", "it's \U0001F3AC", "&<>/"}) {
+            records.append({QString::fromUtf8(name), {{"type", "video"}, {"dateAdded", "2026-11-21T12:00:00"}}});
+            QCOMPARE(fromJsonText(toJsonText(records)).value(), records);
+        }
+        records.append({"without", {}});
+        QCOMPARE(fromJsonText(toJsonText(records)).value(), records);
+    }
+
+    void otherTextsAreLeftToTheToolkit_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        const QByteArray usual = toJsonText({{"/a.mp4", {{"type", "video"}}}});
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("compact") << QJsonDocument::fromJson(usual).toJson(QJsonDocument::Compact);
+        QTest::newRow("cut off") << usual.chopped(1);
+        QTest::newRow("gone on with") << usual + " ";
+        QTest::newRow("byte-order mark") << "\xef\xbb\xbf" + usual;
+        QTest::newRow("another key") << QByteArray(usual).replace("filepath", "filename");
+        QTest::newRow("key twice") << QByteArray(usual).replace("\"type\": \"video\"",
+                                                                "\"type\": \"video\",\n            \"type\": \"x\"");
+        QTest::newRow("escape") << QByteArray(usual).replace("a.mp4", "a\\n.mp4");
+        QTest::newRow("bare line break") << QByteArray(usual).replace("a.mp4", "a\n.mp4");
+        QTest::newRow("number") << QByteArray(usual).replace("\"video\"", "7");
+        QTest::newRow("broken UTF-8") << QByteArray(usual).replace("a.mp4", "a\xff.mp4");
+        QTest::newRow("object") << QByteArray("{\n}\n");
+    }
+
+    void otherTextsAreLeftToTheToolkit()
+    {
+        QFETCH(const QByteArray, text);
+        QVERIFY(!fromJsonText(text));
+    }
+
+    void whateverIsReadIsWhatTheToolkitReads()
+    {
+        const QByteArray usual =
+            toJsonText({{"/a.mp4", {{"type", "video"}}}, {"/b.mp3", {{"type", "audio"}, {"x", "y"}}}});
+        QRandomGenerator random(20261121);
+        int understood = 0;
+        for (int round = 0; round < 20000; ++round) {
+            QByteArray text = usual;
+            for (quint32 changes = 1 + random.bounded(2U); changes > 0; --changes)
+                text[random.bounded(text.size())] = static_cast<char>(random.bounded(256U));
+            const auto records = fromJsonText(text);
+            if (!records)
+                continue;
+            ++understood;
+            const QJsonDocument document = QJsonDocument::fromJson(text);
+            QVERIFY(document.isArray());
+            QCOMPARE(QJsonDocument::fromJson(asTheToolkitWrites(*records)), document);
+        }
+        QVERIFY(understood > 100);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestFileRecordText)
