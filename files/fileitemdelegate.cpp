@@ -1,10 +1,10 @@
 #include "files/fileitemdelegate.h"
 
 #include "files/filerow.h"
+#include "widgets/icons.h"
 
 #include <QAbstractItemView>
 #include <QHelpEvent>
-#include <QIcon>
 #include <QPainter>
 #include <QToolTip>
 
@@ -21,8 +21,7 @@ constexpr QColor kSeparator(0x22, 0x22, 0x22);
 /// the system cannot read the icon's format.
 QPixmap tintedIcon(const char* name, int side, qreal devicePixelRatio)
 {
-    const QIcon icon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(name)));
-    QPixmap pixmap = icon.pixmap(QSize(side, side), devicePixelRatio);
+    QPixmap pixmap = icons::named(QLatin1String(name)).pixmap(QSize(side, side), devicePixelRatio);
     if (pixmap.isNull())
         return pixmap;
     QPainter painter(&pixmap);
