@@ -216,6 +216,26 @@ private slots:
         QCOMPARE(child<QStackedWidget>("pages")->currentWidget()->objectName(), QStringLiteral("recordingPage"));
     }
 
+    void savedScreenshotIsEnteredToldAndShownAmongTheScreenshots()
+    {
+        const QString path = m_produced.add(QStringLiteral("Screenshot.png"));
+        const messagebox::Recorder boxes;
+        m_window->onScreenshotSaved(path);
+        QCOMPARE(boxes.calls().size(), std::size_t{1});
+        QCOMPARE(boxes.calls().front().title, QStringLiteral("Screenshot Saved"));
+        QCOMPARE(child<QStackedWidget>("pages")->currentWidget()->objectName(), QStringLiteral("filesPage"));
+        QVERIFY(button("filesTab")->isChecked());
+        QVERIFY(button("screenshotFilter")->isChecked());
+        QCOMPARE(names(), QStringList({"Screenshot.png", "shot.png"}));
+        QCOMPARE(selectedNames(), QStringList{"Screenshot.png"});
+        QCOMPARE(filelibrary::paths().front(), path);
+        // It is nobody's to keep: what is not being recorded can be deleted.
+        messagebox::Recorder deletion;
+        deletion.setAnswer({true, true});
+        press("deleteFilesButton");
+        QVERIFY(!QFileInfo::exists(path));
+    }
+
     void fileIsNotDeletedWhileItIsBeingRecorded()
     {
         const QString path = m_produced.add(QStringLiteral("Recording.mp4"));
