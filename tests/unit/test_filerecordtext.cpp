@@ -97,7 +97,7 @@ private slots:
             records.append({QString::fromUtf8(name), {{"type", "video"}, {"dateAdded", "2026-11-21T12:00:00"}}});
             QCOMPARE(fromJsonText(toJsonText(records)).value(), records);
         }
-        records.append({"without", {}});
+        records.append(FileRecord{"without", {}});
         QCOMPARE(fromJsonText(toJsonText(records)).value(), records);
     }
 
