@@ -65,7 +65,7 @@ Existing existingOf(const QJsonArray& elements)
 {
     Existing existing;
     QJsonArray kept;
-    for (const QJsonValue& element : elements) {
+    for (const auto& element : elements) {
         FileRecord record = toRecord(element.toObject());
         if (!hasFile(record))
             continue;

@@ -59,7 +59,7 @@ QStringList paths()
 {
     QStringList found;
     const QJsonArray array = QJsonDocument::fromJson(text()).array();
-    for (const QJsonValue& element : array)
+    for (const auto& element : array)
         found.append(element.toObject().value(QLatin1String("filepath")).toString());
     return found;
 }
