@@ -256,16 +256,12 @@ private slots:
     void listThatCannotBeSavedIsTold()
     {
         open();
-        const QString folder = appidentity::dataFolder();
-        LibraryRefuge::clear();
-        {
-            QFile inTheWay(folder);
-            QVERIFY(inTheWay.open(QIODevice::WriteOnly));
-        }
+        QVERIFY(QFile::remove(filelibrary::path()));
+        QVERIFY(QDir().mkpath(filelibrary::path() + QLatin1String("/in the way")));
         const messagebox::Recorder boxes;
         press("reverseFilesButton");
         press("reverseFilesButton");
-        QVERIFY(QFile::remove(folder));
+        QVERIFY(QDir(filelibrary::path()).removeRecursively());
         QCOMPARE(boxes.calls().size(), std::size_t{1});
         QCOMPARE(boxes.calls().front().kind, messagebox::Kind::Critical);
         QCOMPARE(boxes.calls().front().parent, m_window.get());
@@ -276,9 +272,14 @@ private slots:
     void everyPartCanBeReachedWithTheKeyboardButTheList()
     {
         open();
-        for (const char* name : {"allFilter", "videoFilter", "audioFilter", "screenshotFilter", "openFolderButton",
-                                 "reverseFilesButton", "deleteFilesButton"})
+        for (const char* name : {"allFilter", "openFolderButton", "reverseFilesButton", "deleteFilesButton"})
             QVERIFY2((button(name)->focusPolicy() & Qt::TabFocus) != 0, name);
+        // On some systems the filters are one place for the Tab key, and the arrows go from one to the next.
+        const bool byTab = (button("videoFilter")->focusPolicy() & Qt::TabFocus) != 0;
+        button(byTab ? "videoFilter" : "allFilter")->setFocus();
+        QTest::keyClick(button(byTab ? "videoFilter" : "allFilter"), byTab ? Qt::Key_Space : Qt::Key_Right);
+        QVERIFY(button("videoFilter")->isChecked());
+        QCOMPARE(names(), QStringList({"new.mp4", "old.mp4"}));
         QCOMPARE(view()->focusPolicy(), Qt::NoFocus);
         QCOMPARE(view()->accessibleName(), QStringLiteral("Files"));
     }

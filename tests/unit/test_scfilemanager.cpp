@@ -471,7 +471,7 @@ private slots:
     void remainsOfKilledSavesGoAndOtherNeighboursStay()
     {
         filelibrary::write("[]");
-        const QStringList others{"file_data.json.backup", "file_data.json.Backup",  "file_data.json.BACKUP",
+        const QStringList others{"file_data.json.backup", "file_data.json.Before",  "file_data.json.COPIED",
                                  "file_data.json.a1B2c3", "file_data.json.aBcDeFg", "notes.txt"};
         const QDateTime hourAgo = QDateTime::currentDateTime().addSecs(-3600);
         const auto leave = [&](const QString& name, const QDateTime& time) {
