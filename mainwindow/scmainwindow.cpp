@@ -109,7 +109,9 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     applyDefaultSettings(*m_settings);
     setUpSources();
     applyStoredSettings();
+    armUpdateCheck();
     setUpMenu();
+    connectDialogs();
     connectControls();
     connectPages();
     setUpFiles();

@@ -26,6 +26,7 @@ class SCTranslator;
 class ScreenshotSession;
 class SourceSwitches;
 class Tile;
+class UpdateNotice;
 class WindowHighlighter;
 
 namespace Ui {
@@ -170,6 +171,13 @@ private:
     void openFilesFolder();
     void openFolder(const QString& folder);
 
+    // The windows that the menu opens: scmainwindow_dialogs.cpp.
+    void armUpdateCheck();
+    void connectDialogs();
+    bool mayBeInterrupted(bool excludedFromCapture) const;
+    void onUpdateCheckRequested();
+    void onAboutRequested();
+
     // The recording: scmainwindow_recording.cpp.
     void onStateChanged(RecordingState state);
     void showRecordStatus(int status);
@@ -211,6 +219,7 @@ private:
     RecordingSession m_session;
     SourceSwitches* m_switches = nullptr;
     MainMenu* m_menu = nullptr;
+    UpdateNotice* m_updateNotice = nullptr;
     platform::GlobalHotkey* m_recordingHotkey = nullptr;
     /// Empty when none could be taken.
     QString m_hotkeyInForce;

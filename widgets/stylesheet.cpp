@@ -40,3 +40,10 @@ void restyle(QWidget& widget)
     widget.style()->unpolish(&widget);
     widget.style()->polish(&widget);
 }
+
+void applyStyleSheetIfReadable(QWidget& widget, const QString& path)
+{
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly | QIODevice::Text))
+        widget.setStyleSheet(QString::fromUtf8(file.readAll()));
+}

@@ -20,3 +20,6 @@ bool applyStyleSheet(const QList<QWidget*>& widgets, const QString& path, const 
 
 /// Applies the style sheet in force to widget once more: it looks at properties only when it is applied.
 void restyle(QWidget& widget);
+
+/// Sets the style-sheet resource at path on widget if there is one that can be read, without a word either way.
+void applyStyleSheetIfReadable(QWidget& widget, const QString& path);

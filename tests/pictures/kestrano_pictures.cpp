@@ -3,6 +3,9 @@
 
 #include "app/appidentity.h"
 #include "app/settings.h"
+#include "dialogs/dialogwindow.h"
+#include "dialogs/scaboutwindow.h"
+#include "dialogs/scupgradewindow.h"
 #include "engine/volumecontrol.h"
 #include "files/filerow.h"
 #include "files/scfilemanager.h"
@@ -20,6 +23,8 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QListView>
 #include <QMenu>
 #include <QPainter>
@@ -205,6 +210,35 @@ void takeMessageBox(Pictures& pictures)
     });
 }
 
+QJsonObject releaseDocument(const char* version)
+{
+    return {{"win", QJsonObject{{"version", version},
+                                {"size", "40MB"},
+                                {"date", "2026.11.21"},
+                                {"url", "https://www.kestrano.example/"},
+                                {"change", QJsonArray{"Screenshots of a window, a region or the whole screen",
+                                                      "A list of everything that was recorded, with filters",
+                                                      "Settings in a window of their own"}}}}};
+}
+
+void takeDialog(Pictures& pictures, const char* name, QMainWindow* dialog, const QWidget& below)
+{
+    dialogwindow::showOver(*dialog, below);
+    pictures.take(name, *dialog);
+    dialog->close();
+}
+
+void takeDialogs(Pictures& pictures)
+{
+    QWidget below;
+    below.setGeometry(100, 100, 832, 460);
+    takeDialog(pictures, "about", new SCAboutWindow(nullptr), below);
+    // A document without a release leaves the page that waits.
+    takeDialog(pictures, "update-waiting", new SCUpgradeWindow(nullptr, {{"mac", QJsonObject()}}), below);
+    takeDialog(pictures, "update-none", new SCUpgradeWindow(nullptr, releaseDocument("1.0.0")), below);
+    takeDialog(pictures, "update-found", new SCUpgradeWindow(nullptr, releaseDocument("1.1.0")), below);
+}
+
 void takeSelector(Pictures& pictures)
 {
     AreaSelector selector;
@@ -298,6 +332,7 @@ int main(int argc, char* argv[])
     takeMainWindow(pictures);
     takeFiles(pictures);
     takeMessageBox(pictures);
+    takeDialogs(pictures);
     takeSelector(pictures);
     takeFrame(pictures);
     takeBar(pictures);

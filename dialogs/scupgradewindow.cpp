@@ -1,0 +1,102 @@
+#include "dialogs/scupgradewindow.h"
+
+#include "app/appidentity.h"
+#include "app/sclogger.h"
+#include "dialogs/dialogwindow.h"
+#include "dialogs/updatedocument.h"
+#include "dialogs/updaterequest.h"
+#include "platform/frameless_window.h"
+#include "ui_scupgradewindow.h"
+#include "widgets/stylesheet.h"
+#include "widgets/webpage.h"
+
+#include <QMetaEnum>
+#include <QNetworkAccessManager>
+#include <QTextDocument>
+
+SCUpgradeWindow::SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo)
+    : QMainWindow(parent), m_ui(std::make_unique<Ui::SCUpgradeWindow>()), m_upgradeInfo(upgradeInfo)
+{
+    m_ui->setupUi(this);
+    dialogwindow::ready(*this, m_ui->logoLabel, m_ui->closeBtn).setTitleBar(m_ui->titleBar);
+    m_ui->upgradeInfoTextEdit->setTextInteractionFlags(Qt::NoTextInteraction);
+    m_ui->upgradeInfoTextEdit->viewport()->setCursor(Qt::ArrowCursor);
+    m_ui->upgradeInfoTextEdit->document()->setDocumentMargin(0);
+    m_ui->stackedWidget->setCurrentIndex(Waiting);
+    applyStyleSheetIfReadable(*this, QStringLiteral(":/res/style/upgrade-window.qss"));
+    if (m_upgradeInfo.isEmpty())
+        check();
+    else
+        showDocument(m_upgradeInfo);
+}
+
+SCUpgradeWindow::~SCUpgradeWindow() = default;
+
+void SCUpgradeWindow::check()
+{
+    if (m_network == nullptr)
+        m_network = new QNetworkAccessManager(this);
+    const QNetworkReply* const reply = updaterequest::send(*m_network);
+    connect(reply, &QNetworkReply::finished, this, &SCUpgradeWindow::onNetworkReplyFinished);
+    connect(reply, &QNetworkReply::errorOccurred, this, &SCUpgradeWindow::onNetworkError);
+}
+
+void SCUpgradeWindow::onNetworkError(QNetworkReply::NetworkError error)
+{
+    const char* const name = QMetaEnum::fromType<QNetworkReply::NetworkError>().valueToKey(error);
+    SCLogger::debug(QStringLiteral("Network error: %1").arg(QLatin1String(name)));
+    m_ui->stackedWidget->setCurrentIndex(UpToDate);
+}
+
+void SCUpgradeWindow::onNetworkReplyFinished()
+{
+    auto* const reply = qobject_cast<QNetworkReply*>(sender());
+    if (reply == nullptr)
+        return;
+    reply->deleteLater();
+    if (reply->error() != QNetworkReply::NoError)
+        return;
+    if (const auto document = updatedocument::parsed(reply->readAll()))
+        showDocument(*document);
+}
+
+void SCUpgradeWindow::showDocument(const QJsonObject& document)
+{
+    if (document.isEmpty()) {
+        SCLogger::debug(QStringLiteral("Failed to parse JSON data"));
+        return;
+    }
+    const auto release = updatedocument::release(document);
+    if (!release) {
+        SCLogger::debug(QStringLiteral("No Windows upgrade info found"));
+        return;
+    }
+    if (!updatedocument::isNewer(release->version)) {
+        m_ui->currentVersionLabel->setText(QLatin1String(appidentity::kVersion));
+        m_ui->stackedWidget->setCurrentIndex(UpToDate);
+        return;
+    }
+    m_ui->newVersionLabel->setText(release->version);
+    m_ui->sizeLabel->setText(release->size);
+    m_ui->releaseDateLabel->setText(release->date);
+    m_downloadUrl = release->url;
+    m_ui->upgradeInfoTextEdit->setPlainText(release->changes);
+    m_ui->stackedWidget->setCurrentIndex(NewVersion);
+    m_ui->upgradeBtn->setFocus();
+}
+
+void SCUpgradeWindow::on_closeBtn_clicked()
+{
+    close();
+}
+
+void SCUpgradeWindow::on_laterBtn_clicked()
+{
+    close();
+}
+
+void SCUpgradeWindow::on_upgradeBtn_clicked()
+{
+    if (!m_downloadUrl.isEmpty())
+        openWebPage(m_downloadUrl);
+}

@@ -1,0 +1,45 @@
+#include "mainwindow/updatenotice.h"
+
+#include "dialogs/dialogwindow.h"
+#include "dialogs/scupgradewindow.h"
+#include "dialogs/silentupdatecheck.h"
+#include "platform/capture_exclusion.h"
+
+#include <QTimer>
+
+#include <utility>
+
+UpdateNotice::UpdateNotice(QWidget* window, MayShow mayShow)
+    : QObject(window), m_window(*window), m_mayShow(std::move(mayShow)), m_check(new SilentUpdateCheck(this))
+{
+    connect(m_check, &SilentUpdateCheck::newerVersionFound, this, &UpdateNotice::onNewerVersionFound);
+    auto* const timer = new QTimer(this);
+    timer->setSingleShot(true);
+    connect(timer, &QTimer::timeout, m_check, &SilentUpdateCheck::start);
+    timer->start(kDelayMs);
+}
+
+UpdateNotice::~UpdateNotice() = default;
+
+void UpdateNotice::drop()
+{
+    m_dropped = true;
+}
+
+void UpdateNotice::onNewerVersionFound(const QJsonObject& document)
+{
+    m_updateWindow = new SCUpgradeWindow(&m_window, document);
+    // Before it is shown: it would be in a recording for a moment.
+    m_excluded = platform::setExcludedFromCapture(*m_updateWindow, true);
+    showWhenFree();
+}
+
+void UpdateNotice::showWhenFree()
+{
+    if (m_dropped)
+        delete m_updateWindow;
+    else if (m_mayShow(m_excluded))
+        dialogwindow::showOver(*m_updateWindow, m_window);
+    else
+        QTimer::singleShot(kRetryMs, this, &UpdateNotice::showWhenFree);
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+
+class QJsonObject;
+class QWidget;
+class SCUpgradeWindow;
+class SilentUpdateCheck;
+
+/// Looks for a newer release once, five seconds after it was made, and shows the update window if there is one. That
+/// window is kept out of every capture where the system can, and comes when it does not interrupt the user. Belongs to
+/// the main window. User-interface thread.
+class UpdateNotice : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Whether the window may open now. The argument says whether the system keeps it out of every capture.
+    using MayShow = std::function<bool(bool excludedFromCapture)>;
+
+    static constexpr int kDelayMs = 5000;
+    /// How long a window that may not open yet waits until it asks again.
+    static constexpr int kRetryMs = 1000;
+
+    /// Starts counting. The update window opens over the given one.
+    UpdateNotice(QWidget* window, MayShow mayShow);
+    ~UpdateNotice() override;
+
+    /// Shows nothing that has not been shown yet: the user has asked, and been told.
+    void drop();
+
+private:
+    void onNewerVersionFound(const QJsonObject& document);
+    void showWhenFree();
+
+    QWidget& m_window;
+    MayShow m_mayShow;
+    SilentUpdateCheck* m_check;
+    /// Made, and not shown before it may be.
+    QPointer<SCUpgradeWindow> m_updateWindow;
+    bool m_excluded = false;
+    bool m_dropped = false;
+};

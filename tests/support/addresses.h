@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QDesktopServices>
+#include <QList>
+#include <QObject>
+#include <QStringList>
+#include <QUrl>
+
+/// Takes the place of whatever the system opens addresses of some schemes with, and notes them, while it lives.
+class OpenedAddresses : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit OpenedAddresses(const QStringList& schemes) : m_schemes(schemes)
+    {
+        for (const QString& scheme : m_schemes)
+            QDesktopServices::setUrlHandler(scheme, this, "open");
+    }
+    ~OpenedAddresses() override
+    {
+        for (const QString& scheme : m_schemes)
+            QDesktopServices::unsetUrlHandler(scheme);
+    }
+
+    const QList<QUrl>& opened() const { return m_opened; }
+
+public slots:
+    void open(const QUrl& url) { m_opened.append(url); }
+
+private:
+    QStringList m_schemes;
+    QList<QUrl> m_opened;
+};

@@ -1,0 +1,31 @@
+#include "widgets/webpage.h"
+
+#include "app/sclogger.h"
+
+#include <QDesktopServices>
+#include <QUrl>
+
+namespace {
+
+/// How much of an address the log repeats.
+constexpr int kLongestLogged = 200;
+
+bool isWebAddress(const QUrl& url)
+{
+    const QString scheme = url.scheme();
+    return url.isValid() && !url.host().isEmpty() &&
+           (scheme == QLatin1String("https") || scheme == QLatin1String("http"));
+}
+
+} // namespace
+
+bool openWebPage(const QString& address)
+{
+    const QUrl url(address);
+    if (!isWebAddress(url)) {
+        SCLogger::warning(QStringLiteral("Not opened, since it is no address of a web page: \"%1\"")
+                              .arg(address.left(kLongestLogged)));
+        return false;
+    }
+    return QDesktopServices::openUrl(url);
+}
