@@ -53,7 +53,8 @@ QMenu* MainMenu::build(const QString& language)
     auto* const menu = new QMenu;
     menu->setObjectName(QStringLiteral("mainMenu"));
     menu->setStyleSheet(QLatin1String(kStyleSheet));
-    addEntry(*menu, text("Settings"), &MainMenu::settingsRequested);
+    QAction& settings = addEntry(*menu, text("Settings"), &MainMenu::settingsRequested);
+    settings.setEnabled(settings.isEnabled() && m_settingsEnabled);
     addLanguages(*menu, language);
     menu->addSeparator();
     addEntry(*menu, text("Check for Updates"), &MainMenu::updateCheckRequested);
@@ -62,11 +63,12 @@ QMenu* MainMenu::build(const QString& language)
     return menu;
 }
 
-void MainMenu::addEntry(QMenu& menu, const QString& text, void (MainMenu::*chosen)())
+QAction& MainMenu::addEntry(QMenu& menu, const QString& text, void (MainMenu::*chosen)())
 {
     QAction* const entry = menu.addAction(text);
     entry->setEnabled(isSignalConnected(QMetaMethod::fromSignal(chosen)));
     connect(entry, &QAction::triggered, this, chosen);
+    return *entry;
 }
 
 void MainMenu::addLanguages(QMenu& menu, const QString& current)

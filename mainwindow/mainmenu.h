@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QPointer>
 
+class QAction;
 class QMenu;
 class QWidget;
 
@@ -21,6 +22,9 @@ public:
     /// @param language the code of the language that is marked
     void popUp(const QWidget& button, const QString& language);
 
+    /// Whether the settings can be changed at present; menus that open from now on show it.
+    void setSettingsEnabled(bool enabled) { m_settingsEnabled = enabled; }
+
 signals:
     void settingsRequested();
     /// A position in the table of languages.
@@ -33,10 +37,11 @@ signals:
 
 private:
     QMenu* build(const QString& language);
-    void addEntry(QMenu& menu, const QString& text, void (MainMenu::*chosen)());
+    QAction& addEntry(QMenu& menu, const QString& text, void (MainMenu::*chosen)());
     void addLanguages(QMenu& menu, const QString& current);
     void addHelp(QMenu& menu);
 
     /// The one that is open.
     QPointer<QMenu> m_menu;
+    bool m_settingsEnabled = true;
 };

@@ -27,6 +27,11 @@ void RegionOverlays::cancelSelection()
     m_selection->cancel();
 }
 
+bool RegionOverlays::isSelecting() const
+{
+    return m_selection->isSelecting();
+}
+
 void RegionOverlays::setFrameAside()
 {
     const bool isWanted = m_frameSetAside || isFrameShown();

@@ -25,6 +25,7 @@ public:
 
     /// Gives a selection up as the user does with Escape.
     void cancelSelection();
+    bool isSelecting() const;
 
     /// Shows the frame around the area and takes it to the front.
     ///

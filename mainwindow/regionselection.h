@@ -23,6 +23,8 @@ public:
     /// Gives the selection up as the user does with Escape.
     void cancel();
 
+    bool isSelecting() const { return m_selecting; }
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:

@@ -7,6 +7,7 @@
 #include "app/webaddresses.h"
 #include "engine/obswrapper.h"
 #include "files/scfilemanager.h"
+#include "mainwindow/hotkeys.h"
 #include "mainwindow/mainmenu.h"
 #include "mainwindow/ratiopresets.h"
 #include "mainwindow/recordingclock.h"
@@ -19,9 +20,9 @@
 #include "overlays/scswitchwidget.h"
 #include "overlays/windowhighlighter.h"
 #include "platform/frameless_window.h"
-#include "platform/global_hotkey.h"
 #include "platform/window_hold.h"
 #include "ui_scmainwindow.h"
+#include "widgets/combobox.h"
 #include "widgets/focusring.h"
 #include "widgets/hovericons.h"
 #include "widgets/icons.h"
@@ -34,7 +35,6 @@
 #include <QFileInfo>
 #include <QMouseEvent>
 #include <QSettings>
-#include <QStyledItemDelegate>
 #include <QUrl>
 
 #include <utility>
@@ -55,27 +55,6 @@ int recordingFormatPosition(const QString& name)
 int screenshotFormatPosition(const QString& name)
 {
     return settingstables::screenshotFormatPositions().at(name);
-}
-
-/// Keeps the mouse wheel, which is turned to scroll, from choosing in a box.
-class WheelGuard : public QObject
-{
-public:
-    explicit WheelGuard(QComboBox* box) : QObject(box) { box->installEventFilter(this); }
-
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override
-    {
-        if (event->type() == QEvent::Wheel)
-            event->ignore();
-        return event->type() == QEvent::Wheel;
-    }
-};
-
-void readyBox(QComboBox& box)
-{
-    // The style sheet draws the entries with it; the box's own delegate ignores that.
-    box.setItemDelegate(new QStyledItemDelegate(&box));
-    new WheelGuard(&box);
 }
 
 void openPage(const char* address)
@@ -118,7 +97,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     connectTiles();
     connectScreenshots();
     connectSession();
-    registerRecordingHotkey();
+    setUpHotkeys();
     showMode();
     m_ui->recordButton->setFocus();
     openFirstRunPage();
@@ -173,7 +152,7 @@ void SCMainWindow::setUpBoxes()
     for (const auto& [position, name] : settingstables::screenshotFormats())
         m_ui->screenshotFormatBox->insertItem(position, name);
     for (QComboBox* const box : {m_ui->ratioBox, m_ui->formatBox, m_ui->screenshotFormatBox})
-        readyBox(*box);
+        readyComboBox(*box);
 }
 
 void SCMainWindow::setUpSources()
@@ -189,8 +168,7 @@ void SCMainWindow::applyStoredSettings()
 {
     showStoredFormat(*m_ui->formatBox, settingskeys::kRecordingFormat, &recordingFormatPosition);
     showStoredFormat(*m_ui->screenshotFormatBox, settingskeys::kScreenshotFormat, &screenshotFormatPosition);
-    showFolder(*m_ui->saveLocationEdit, m_settings->value(settingskeys::kRecordingSaveLocation).toString());
-    showFolder(*m_ui->screenshotLocationEdit, m_settings->value(settingskeys::kScreenshotSaveLocation).toString());
+    showStoredFolders();
     m_switches->applyStored();
 }
 
@@ -220,8 +198,6 @@ void SCMainWindow::setUpMenu()
     connect(m_menu, &MainMenu::supportRequested, this, [] { openPage(webaddresses::kSupportPage); });
     connect(m_menu, &MainMenu::logFolderRequested, this, &SCMainWindow::openLogFolder);
     connect(m_ui->menuBtn, &QPushButton::clicked, this, &SCMainWindow::onMenuClicked);
-    // There is no settings window to open; the menu's entry says the same.
-    m_ui->settingsBtn->setEnabled(false);
 }
 
 void SCMainWindow::connectControls()
@@ -294,38 +270,20 @@ void SCMainWindow::connectSession()
             Qt::DirectConnection);
 }
 
-void SCMainWindow::registerRecordingHotkey()
+void SCMainWindow::setUpHotkeys()
 {
-    m_recordingHotkey = new platform::GlobalHotkey(this);
-    connect(m_recordingHotkey, &platform::GlobalHotkey::activated, this, &SCMainWindow::onRecordRequested);
-    connect(m_recordingHotkey, &platform::GlobalHotkey::availabilityChanged, this,
-            &SCMainWindow::onHotkeyAvailabilityChanged);
-    const QString stored = m_settings->value(settingskeys::kRecordingHotkey).toString();
-    const bool wanted = stored != QLatin1String("None");
-    if (wanted && m_recordingHotkey->registerKey(QKeySequence::fromString(stored, QKeySequence::PortableText)))
-        m_hotkeyInForce = stored;
-    else if (wanted)
-        SCLogger::warning(
-            QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(stored, m_recordingHotkey->failureReason()));
-    showHotkey();
-}
-
-void SCMainWindow::onHotkeyAvailabilityChanged(bool available, const QString& reason)
-{
-    const QString stored = m_settings->value(settingskeys::kRecordingHotkey).toString();
-    m_hotkeyInForce = available ? stored : QString();
-    if (available)
-        SCLogger::info(QStringLiteral("The hotkey \"%1\" works again").arg(stored));
-    else
-        SCLogger::warning(
-            QStringLiteral("The hotkey \"%1\" is lost with the new keyboard layout: %2").arg(stored, reason));
-    showHotkey();
+    m_hotkeys = new Hotkeys(this);
+    connect(m_hotkeys, &Hotkeys::recordingPressed, this, &SCMainWindow::onRecordRequested);
+    connect(m_hotkeys, &Hotkeys::screenshotPressed, this, &SCMainWindow::onScreenshotFullScreenChosen);
+    connect(m_hotkeys, &Hotkeys::recordingKeyChanged, this, &SCMainWindow::showHotkey);
+    m_hotkeys->apply(*m_settings);
 }
 
 void SCMainWindow::showHotkey()
 {
-    m_ui->hotkeyLabel->setVisible(!m_hotkeyInForce.isEmpty());
-    m_ui->hotkeyLabel->setText(QStringLiteral("%1: %2").arg(tr("Start/Stop"), m_hotkeyInForce));
+    const QString key = m_hotkeys->recordingKey();
+    m_ui->hotkeyLabel->setVisible(!key.isEmpty());
+    m_ui->hotkeyLabel->setText(QStringLiteral("%1: %2").arg(tr("Start/Stop"), key));
 }
 
 void SCMainWindow::openFirstRunPage()

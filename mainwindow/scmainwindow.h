@@ -12,6 +12,7 @@
 #include <array>
 #include <memory>
 
+class Hotkeys;
 class MainMenu;
 class ObsWrapper;
 class QComboBox;
@@ -31,10 +32,6 @@ class WindowHighlighter;
 
 namespace Ui {
 class SCMainWindow;
-}
-
-namespace platform {
-class GlobalHotkey;
 }
 
 /// The program's one top-level window. It owns the engine and everything that works on a recording, and wires them:
@@ -101,8 +98,7 @@ private:
     void connectPages();
     void connectSession();
     void connectTiles();
-    void registerRecordingHotkey();
-    void onHotkeyAvailabilityChanged(bool available, const QString& reason);
+    void setUpHotkeys();
     void showHotkey();
     void openFirstRunPage();
     void onMenuClicked();
@@ -175,6 +171,10 @@ private:
     void armUpdateCheck();
     void connectDialogs();
     bool mayBeInterrupted(bool excludedFromCapture) const;
+    void openSettingsWindow();
+    void tellOfUnknownFormat();
+    void onSettingsUpdated();
+    void showStoredFolders();
     void onUpdateCheckRequested();
     void onAboutRequested();
 
@@ -220,9 +220,7 @@ private:
     SourceSwitches* m_switches = nullptr;
     MainMenu* m_menu = nullptr;
     UpdateNotice* m_updateNotice = nullptr;
-    platform::GlobalHotkey* m_recordingHotkey = nullptr;
-    /// Empty when none could be taken.
-    QString m_hotkeyInForce;
+    Hotkeys* m_hotkeys = nullptr;
     RecordingClock* m_recordingClock = nullptr;
     QPointer<SCCountdownWidget> m_countdown;
     /// Made when it is first needed.

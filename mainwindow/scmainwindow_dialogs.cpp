@@ -1,32 +1,26 @@
 // The windows that the main window opens over itself: settings, update, about.
 
+#include "app/sclogger.h"
+#include "app/settings.h"
+#include "app/settingstables.h"
 #include "dialogs/dialogwindow.h"
 #include "dialogs/scaboutwindow.h"
+#include "dialogs/scsettingswindow.h"
 #include "dialogs/scupgradewindow.h"
+#include "mainwindow/hotkeys.h"
 #include "mainwindow/mainmenu.h"
+#include "mainwindow/regionoverlays.h"
 #include "mainwindow/scmainwindow.h"
+#include "mainwindow/screenshotsession.h"
 #include "mainwindow/updatenotice.h"
-#include "overlays/areaselector.h"
 #include "overlays/windowhighlighter.h"
+#include "ui_scmainwindow.h"
+#include "widgets/messagebox.h"
 
 #include <QApplication>
 #include <QJsonObject>
 
-#include <algorithm>
-
-namespace {
-
-/// Whether something is being chosen on the desktop.
-bool isPicking()
-{
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    return std::any_of(windows.cbegin(), windows.cend(), [](const QWidget* window) {
-        return window->isVisible() && (qobject_cast<const AreaSelector*>(window) != nullptr ||
-                                       qobject_cast<const WindowHighlighter*>(window) != nullptr);
-    });
-}
-
-} // namespace
+#include <stdexcept>
 
 void SCMainWindow::armUpdateCheck()
 {
@@ -35,6 +29,13 @@ void SCMainWindow::armUpdateCheck()
 
 void SCMainWindow::connectDialogs()
 {
+    connect(m_menu, &MainMenu::settingsRequested, this, &SCMainWindow::openSettingsWindow);
+    connect(m_ui->settingsBtn, &QPushButton::clicked, this, &SCMainWindow::openSettingsWindow);
+    // A format or folder that changed under a recording would belong to no file.
+    connect(&m_session, &RecordingSession::stateChanged, this, [this](RecordingState state) {
+        m_ui->settingsBtn->setEnabled(state == RecordingState::Idle);
+        m_menu->setSettingsEnabled(state == RecordingState::Idle);
+    });
     connect(m_menu, &MainMenu::updateCheckRequested, this, &SCMainWindow::onUpdateCheckRequested);
     connect(m_menu, &MainMenu::aboutRequested, this, &SCMainWindow::onAboutRequested);
 }
@@ -43,9 +44,53 @@ void SCMainWindow::connectDialogs()
 /// would be cut off from the user; a recording would show the window, unless the system keeps it out of the picture.
 bool SCMainWindow::mayBeInterrupted(bool excludedFromCapture) const
 {
-    if (QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr || isPicking())
+    const bool isPicking = m_region->isSelecting() || m_windowPicker->isVisible() || m_screenshots->isActive();
+    if (isPicking || QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr)
         return false;
     return excludedFromCapture || (m_session.state() == RecordingState::Idle && isVisible() && !isMinimized());
+}
+
+void SCMainWindow::openSettingsWindow()
+{
+    try {
+        auto* const window = new SCSettingsWindow(this);
+        connect(window, &SCSettingsWindow::updateSettings, this, &SCMainWindow::onSettingsUpdated);
+        connect(window, &SCSettingsWindow::saveLocationChanged, this, &SCMainWindow::showStoredFolders);
+        dialogwindow::showOver(*window, *this);
+    } catch (const std::out_of_range& error) {
+        SCLogger::error(QStringLiteral("The settings window cannot be opened: %1").arg(QLatin1String(error.what())));
+        tellOfUnknownFormat();
+    }
+}
+
+/// The value stays: it may be a newer version's, and the user's to change.
+void SCMainWindow::tellOfUnknownFormat()
+{
+    const QString recording = m_settings->value(settingskeys::kRecordingFormat).toString();
+    const QString screenshot = m_settings->value(settingskeys::kScreenshotFormat).toString();
+    const bool isRecordings = !settingstables::recordingFormatPositions().contains(recording);
+    const QString format = isRecordings ? recording : screenshot;
+    SCLogger::error(QStringLiteral("The stored format \"%1\" is none of the program's").arg(format));
+    messagebox::warning(
+        this, tr("Warning"),
+        tr("The stored format %1 is unknown. Choose a format in the main window, then open the settings again.")
+            .arg(format));
+}
+
+/// What was saved is in force at once.
+void SCMainWindow::onSettingsUpdated()
+{
+    applyStoredSettings();
+    const QList<Hotkeys::Failure> failures = m_hotkeys->apply(*m_settings);
+    for (const Hotkeys::Failure& failure : failures)
+        messagebox::warning(this, tr("Warning"),
+                            tr("The hotkey %1 cannot be used. Another program may hold it.").arg(failure.key));
+}
+
+void SCMainWindow::showStoredFolders()
+{
+    showFolder(*m_ui->saveLocationEdit, m_settings->value(settingskeys::kRecordingSaveLocation).toString());
+    showFolder(*m_ui->screenshotLocationEdit, m_settings->value(settingskeys::kScreenshotSaveLocation).toString());
 }
 
 void SCMainWindow::onUpdateCheckRequested()

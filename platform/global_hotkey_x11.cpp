@@ -74,6 +74,9 @@ void X11Backend::release()
     ungrabAll();
     m_key.reset();
     m_held = false;
+    // The answer may have brought events along.
+    if (isConnected())
+        readEvents();
 }
 
 QString X11Backend::grabAll()
@@ -112,7 +115,10 @@ void X11Backend::ungrabAll()
     for (const Grab& made : m_grabs)
         xcb_ungrab_key(m_connection.get(), made.keycode, made.root, made.modifiers);
     m_grabs.clear();
-    xcb_flush(m_connection.get());
+    // Answered, so that another connection, or program, can take the key from now on.
+    const xcb_get_input_focus_cookie_t cookie = xcb_get_input_focus(m_connection.get());
+    const xcb::Owned<xcb_get_input_focus_reply_t> answer(
+        xcb_get_input_focus_reply(m_connection.get(), cookie, nullptr));
 }
 
 void X11Backend::readEvents()

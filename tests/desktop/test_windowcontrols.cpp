@@ -194,28 +194,6 @@ private slots:
         QTRY_VERIFY(visibleMenu() == nullptr);
     }
 
-    void entriesWithoutAWindowCannotBeChosen_data()
-    {
-        QTest::addColumn<QString>("text");
-        for (const char* text : {"Settings"})
-            QTest::newRow(text) << QString(text);
-    }
-
-    void entriesWithoutAWindowCannotBeChosen()
-    {
-        QFETCH(const QString, text);
-        const auto windows = QApplication::topLevelWidgets().size();
-        QMenu* const menu = openMenu();
-        QVERIFY(menu != nullptr);
-        const QAction* const entry = entryOf(*menu, text);
-        QVERIFY(entry != nullptr && !entry->isEnabled());
-        click(menu->mapToGlobal(menu->actionGeometry(const_cast<QAction*>(entry)).center()));
-        QVERIFY(visibleMenu() != nullptr);
-        press(QStringLiteral("Escape"));
-        QTRY_VERIFY(visibleMenu() == nullptr);
-        QTRY_COMPARE(QApplication::topLevelWidgets().size(), windows);
-    }
-
     void languageIsChosenInTheMenu_data()
     {
         QTest::addColumn<int>("position");
@@ -302,7 +280,7 @@ private slots:
         press(QStringLiteral("Up"));
         expectPage("recording");
         press(QStringLiteral("Tab"));
-        QCOMPARE(m_window->focusWidget(), child<QPushButton>("menuBtn"));
+        QCOMPARE(m_window->focusWidget(), child<QPushButton>("settingsBtn"));
     }
 
     void folderIsChosen_data()

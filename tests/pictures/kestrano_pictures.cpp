@@ -5,6 +5,7 @@
 #include "app/settings.h"
 #include "dialogs/dialogwindow.h"
 #include "dialogs/scaboutwindow.h"
+#include "dialogs/scsettingswindow.h"
 #include "dialogs/scupgradewindow.h"
 #include "engine/volumecontrol.h"
 #include "files/filerow.h"
@@ -228,10 +229,26 @@ void takeDialog(Pictures& pictures, const char* name, QMainWindow* dialog, const
     dialog->close();
 }
 
+void takeSettings(Pictures& pictures, const QWidget& below)
+{
+    auto* const window = new SCSettingsWindow(nullptr);
+    dialogwindow::showOver(*window, below);
+    for (const char* page : {"recording", "screenshot", "hotkeys", "mouse"}) {
+        child<QPushButton>(*window, QByteArray(page) + "SettingsTab").click();
+        pictures.take("settings-" + QByteArray(page), *window);
+    }
+    child<QPushButton>(*window, "hotkeysSettingsTab").click();
+    child<QComboBox>(*window, "recordingComboBox").showPopup();
+    pictures.take("settings-keys", window->geometry() | QApplication::activePopupWidget()->geometry());
+    QApplication::activePopupWidget()->close();
+    window->close();
+}
+
 void takeDialogs(Pictures& pictures)
 {
     QWidget below;
     below.setGeometry(100, 100, 832, 460);
+    takeSettings(pictures, below);
     takeDialog(pictures, "about", new SCAboutWindow(nullptr), below);
     // A document without a release leaves the page that waits.
     takeDialog(pictures, "update-waiting", new SCUpgradeWindow(nullptr, {{"mac", QJsonObject()}}), below);

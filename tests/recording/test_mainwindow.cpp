@@ -22,7 +22,7 @@ bool run(const QString& tool, const QStringList& arguments)
     return QProcess::execute(tool, arguments) == 0;
 }
 
-/// Chooses the region tile with the keyboard. The record button has the focus after the start, and the tile six
+/// Chooses the region tile with the keyboard. The record button has the focus after the start, and the tile seven
 /// controls after it in the order of the Tab key, where the three pages are one.
 bool chooseRegionTile(ProgramUnderTest& program)
 {
@@ -31,7 +31,7 @@ bool chooseRegionTile(ProgramUnderTest& program)
         return false;
     x11clients::activate(window->id);
     QTest::qWait(300);
-    for (int step = 0; step < 6; ++step)
+    for (int step = 0; step < 7; ++step)
         ProgramUnderTest::pressKey(QStringLiteral("Tab"));
     const qsizetype from = program.messages().size();
     ProgramUnderTest::pressKey(QStringLiteral("space"));

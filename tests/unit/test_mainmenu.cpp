@@ -82,6 +82,16 @@ private slots:
         QVERIFY(!menu.actions().at(0)->isEnabled());
     }
 
+    void settingsAreDisabledWhileTheyCannotBeChanged()
+    {
+        connect(m_menu.get(), &MainMenu::settingsRequested, this, [] {});
+        QVERIFY(popUp().actions().at(0)->isEnabled());
+        m_menu->setSettingsEnabled(false);
+        QVERIFY(!popUp().actions().at(0)->isEnabled());
+        m_menu->setSettingsEnabled(true);
+        QVERIFY(popUp().actions().at(0)->isEnabled());
+    }
+
     void opensBelowTheButtonWithoutWaiting()
     {
         const QMenu& menu = popUp();

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QSet>
 #include <QStackedWidget>
 #include <QTest>
 #include <QTextEdit>
@@ -186,6 +187,17 @@ private slots:
         QCOMPARE(window->minimumSize(), window->maximumSize());
         window->close();
         QTRY_VERIFY(window.isNull());
+    }
+
+    void everyPageIsAsLarge()
+    {
+        QSet<int> heights;
+        for (const char* version : {"1.0.0", "2"}) {
+            SCUpgradeWindow window(nullptr, {{"win", QJsonObject{{"version", version}}}});
+            window.show();
+            heights.insert(window.height());
+        }
+        QCOMPARE(heights.size(), 1);
     }
 
     void windowOverOneAtTheScreensEdgeStaysOnTheScreen()

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QMainWindow>
+#include <QString>
+
+#include <memory>
+
+class QAbstractButton;
+class QButtonGroup;
+class QLineEdit;
+class QSettings;
+
+namespace Ui {
+class SCSettingsWindow;
+}
+
+/// Edits the formats, folders, hotkeys and pointer options that are stored. Save writes them all; a folder is written
+/// as soon as it is chosen, and stays when the rest is cancelled. Shown with dialogwindow::showOver(). User-interface
+/// thread.
+class SCSettingsWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// Shows what is stored.
+    ///
+    /// @throw std::out_of_range when a stored format is none of the program's. Nothing is changed then.
+    explicit SCSettingsWindow(QWidget* parent);
+    ~SCSettingsWindow() override;
+
+signals:
+    /// Everything has been written.
+    void updateSettings();
+
+    /// A folder has been chosen and written; what else was changed has not.
+    void saveLocationChanged();
+
+private slots:
+    void onTabChanged(int index);
+    void onCloseClicked();
+    void onButtonBoxClicked(QAbstractButton* button);
+    // Connected by their names when the form is set up.
+    void on_changeRecordingFileLocationBtn_clicked();
+    void on_changeScreenshotFileLocationBtn_clicked();
+    void onRecordingHotkeyChanged(int index);
+    void onScreenshotHotkeyChanged(int index);
+    void onShowCursorChanged(int state);
+    void onHighlightChanged(int state);
+
+private:
+    void setUpLook();
+    void setUpTabs();
+    void connectControls();
+    void loadSettings();
+    void showSettings();
+    void fillRecordingHotkeys();
+    void fillScreenshotHotkeys();
+    void chooseFolder(QLineEdit& field, const QString& title, QLatin1String key);
+    void save();
+
+    std::unique_ptr<Ui::SCSettingsWindow> m_ui;
+    QButtonGroup* m_tabs;
+    std::unique_ptr<QSettings> m_settings;
+    QString m_language;
+    QString m_recordingHotkey;
+    QString m_screenshotHotkey;
+    QString m_recordingFormat;
+    QString m_recordingSaveLocation;
+    QString m_screenshotFormat;
+    QString m_screenshotSaveLocation;
+    bool m_showCursor = false;
+    bool m_showHighlight = false;
+};

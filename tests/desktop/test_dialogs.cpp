@@ -1,0 +1,430 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "app/webaddresses.h"
+#include "dialogs/scaboutwindow.h"
+#include "dialogs/scsettingswindow.h"
+#include "dialogs/scupgradewindow.h"
+#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/scmainwindow.h"
+#include "platform/global_hotkey.h"
+#include "screenshot/scscreenshotwindow.h"
+#include "tests/desktop/desktopuser.h"
+#include "tests/desktop/userinput.h"
+#include "tests/support/shownwindow.h"
+#include "tests/support/testprofile.h"
+#include "tests/support/updateserver.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+using desktopuser::Addresses;
+using desktopuser::click;
+using desktopuser::colourAt;
+using desktopuser::drag;
+using desktopuser::onScreen;
+using desktopuser::pointTo;
+using desktopuser::press;
+
+namespace {
+
+constexpr QPoint kWindowPlace(120, 80);
+constexpr QRgb kAccent = qRgb(0x00, 0x7a, 0xcc);
+
+QString stored(QLatin1String key)
+{
+    return openSettings()->value(key).toString();
+}
+
+} // namespace
+
+/// Settings, update and about window, from the main window's menu to their end, worked with the pointer and the
+/// keyboard.
+class TestDialogs : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        const auto settings = openSettings();
+        settings->clear();
+        applyDefaultSettings(*settings);
+        settings->setValue(settingskeys::kFirstRun, false);
+        settings->setValue(settingskeys::kRecordingSaveLocation, m_folder.path());
+        settings->setValue(settingskeys::kScreenshotSaveLocation, m_folder.path());
+        pointTo(onScreen({3, 3}));
+        m_window = std::make_unique<SCMainWindow>();
+        m_window->move(onScreen(kWindowPlace));
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QTest::qWait(100);
+    }
+
+    void cleanup() { m_window.reset(); }
+
+    void aboutWindowIsOpenedMovedAndClosedByThePointer()
+    {
+        chooseEntry("About");
+        SCAboutWindow* const about = opened<SCAboutWindow>();
+        expectCentred(*about);
+        const QPoint before = about->pos();
+        drag(desktopuser::centreOf(*about->findChild<QWidget*>("titleBar")),
+             desktopuser::centreOf(*about->findChild<QWidget*>("titleBar")) + QPoint(60, 40));
+        QTRY_COMPARE(about->pos(), before + QPoint(60, 40));
+        const QPoint logo = desktopuser::centreOf(*about->findChild<QWidget*>("logoLabel"));
+        drag(logo, logo + QPoint(50, 30));
+        QTest::qWait(100);
+        QCOMPARE(about->pos(), before + QPoint(60, 40));
+        click(*about->findChild<QPushButton*>("closeBtn"));
+        QTRY_VERIFY(shownWindow<SCAboutWindow>() == nullptr);
+        QTRY_VERIFY(m_window->isActiveWindow());
+    }
+
+    void linkOfTheAboutWindowOpensTheProductPageOnce()
+    {
+        const Addresses browser("https");
+        chooseEntry("About");
+        const SCAboutWindow* const about = opened<SCAboutWindow>();
+        click(*about->findChild<QLabel*>("homeURLLabel"));
+        QTRY_COMPARE(browser.opened(), QList<QUrl>{QUrl(QLatin1String(webaddresses::kHomePage))});
+        // Wherever the keyboard is in the window, Tab leads to the link.
+        for (int step = 0; step < 3 && browser.opened().size() == 1; ++step) {
+            press("Tab");
+            if (QApplication::focusWidget() == about->findChild<QLabel*>("homeURLLabel"))
+                press("Return");
+        }
+        QTRY_COMPARE(browser.opened().size(), 2);
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCAboutWindow>() == nullptr);
+    }
+
+    void dialogKeepsTheUserFromTheMainWindow()
+    {
+        chooseEntry("About");
+        opened<SCAboutWindow>()->move(onScreen({700, 500}));
+        QTest::qWait(200);
+        const auto* const pages = m_window->findChild<QStackedWidget*>("pages");
+        click(*m_window->findChild<QPushButton*>("filesTab"));
+        QTest::qWait(100);
+        QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("recordingPage"));
+        // The recording's hotkey as well: the dialog would be recorded.
+        press("F9");
+        QTest::qWait(300);
+        QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
+        QVERIFY(!m_window->isMinimized());
+    }
+
+    void newerVersionIsLookedAtAndItsPageOpened()
+    {
+        UpdateServer server;
+        server.setAnswer("{\"win\": {\"version\": \"1.2\", \"url\": \"https:\\/\\/www.kestrano.example\\/new\", "
+                         "\"change\": [\"One\", \"Two\"]}}");
+        const Addresses browser("https");
+        chooseEntry("Check for Updates");
+        SCUpgradeWindow* const window = opened<SCUpgradeWindow>();
+        expectCentred(*window);
+        QTRY_COMPARE(pageOf(*window), int(SCUpgradeWindow::NewVersion));
+        const QPoint before = window->pos();
+        const QPoint bar = desktopuser::centreOf(*window->findChild<QWidget*>("titleBar"));
+        drag(bar, bar + QPoint(30, 50));
+        QTRY_VERIFY(window->pos() != before);
+        click(*window->findChild<QPushButton*>("upgradeBtn"));
+        QTRY_COMPARE(browser.opened(), QList<QUrl>{QUrl("https://www.kestrano.example/new")});
+        QVERIFY(window->isVisible());
+        click(*window->findChild<QPushButton*>("laterBtn"));
+        QTRY_VERIFY(shownWindow<SCUpgradeWindow>() == nullptr);
+    }
+
+    void updateWindowIsWorkedByTheKeyboard()
+    {
+        UpdateServer server;
+        server.setAnswer("{\"win\": {\"version\": \"1.0.0\"}}");
+        QVERIFY(desktopuser::tabTo(*m_window->findChild<QPushButton*>("menuBtn")));
+        press("space");
+        QTRY_VERIFY(openMenu() != nullptr);
+        for (int step = 0; step < 3; ++step)
+            press("Down");
+        press("Return");
+        const SCUpgradeWindow* const window = opened<SCUpgradeWindow>();
+        QTRY_COMPARE(pageOf(*window), int(SCUpgradeWindow::UpToDate));
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCUpgradeWindow>() == nullptr);
+    }
+
+    void settingsAreChangedPageByPageAndSaved()
+    {
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        expectCentred(window);
+        choose(*window.findChild<QComboBox*>("recordingFormatComboBox"), "FLAC");
+        click(*window.findChild<QPushButton*>("screenshotSettingsTab"));
+        choose(*window.findChild<QComboBox*>("screenshotFormatComboBox"), "JPG");
+        click(*window.findChild<QPushButton*>("hotkeysSettingsTab"));
+        choose(*window.findChild<QComboBox*>("recordingComboBox"), "F4");
+        choose(*window.findChild<QComboBox*>("screenshotComboBox"), "F2");
+        click(*window.findChild<QPushButton*>("mouseSettingsTab"));
+        auto* const cursor = window.findChild<QCheckBox*>("showCursorCheckBox");
+        const auto* const effect = window.findChild<QCheckBox*>("highlightCursorCheckBox");
+        QVERIFY(cursor->isChecked() && effect->isChecked());
+        click(cursor->mapToGlobal(QPoint(12, cursor->height() / 2)));
+        QTRY_VERIFY(!cursor->isChecked());
+        QVERIFY(!effect->isChecked());
+        QCOMPARE(stored(settingskeys::kRecordingFormat), QStringLiteral("MP4"));
+        click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+        QCOMPARE(stored(settingskeys::kRecordingFormat), QStringLiteral("FLAC"));
+        QCOMPARE(stored(settingskeys::kScreenshotFormat), QStringLiteral("JPG"));
+        QCOMPARE(stored(settingskeys::kRecordingHotkey), QStringLiteral("F4"));
+        QCOMPARE(stored(settingskeys::kScreenshotHotkey), QStringLiteral("F2"));
+        QCOMPARE(openSettings()->value(settingskeys::kMouseShowCursor), QVariant(false));
+        QCOMPARE(m_window->findChild<QComboBox*>("formatBox")->currentText(), QStringLiteral("FLAC"));
+        expectHotkey("F4", true);
+        expectHotkey("F9", false);
+    }
+
+    void settingsAreChangedByTheKeyboardAlone()
+    {
+        QVERIFY(desktopuser::tabTo(*m_window->findChild<QPushButton*>("menuBtn")));
+        press("space");
+        QTRY_VERIFY(openMenu() != nullptr);
+        press("Down");
+        press("Return");
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        auto* const format = window.findChild<QComboBox*>("recordingFormatComboBox");
+        QVERIFY(desktopuser::tabTo(*format));
+        press("Down");
+        QTRY_COMPARE(format->currentText(), QStringLiteral("AVI"));
+        QVERIFY(desktopuser::tabTo(*window.findChild<QPushButton*>("recordingSettingsTab")));
+        press("Down");
+        press("Down");
+        QTRY_COMPARE(window.findChild<QStackedWidget*>("stackedWidget")->currentIndex(), 3);
+        auto* const key = window.findChild<QComboBox*>("recordingComboBox");
+        QVERIFY(desktopuser::tabTo(*key));
+        press("Up");
+        QTRY_COMPARE(key->currentText(), QStringLiteral("F8"));
+        auto* const save = window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save);
+        QVERIFY(desktopuser::tabTo(*save));
+        // The ring around the control that has the focus.
+        QTRY_COMPARE(QColor(colourAt(save->mapToGlobal(QPoint(save->width() / 2, 0)))), QColor(0xff, 0xff, 0xff));
+        QCOMPARE(QColor(colourAt(save->mapToGlobal(QPoint(10, save->height() / 2)))), QColor(kAccent));
+        press("space");
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+        QCOMPARE(stored(settingskeys::kRecordingFormat), QStringLiteral("AVI"));
+        expectHotkey("F8", true);
+        expectHotkey("F9", false);
+    }
+
+    void wheelOverABoxChoosesNothing()
+    {
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        const auto* const format = opened<SCSettingsWindow>()->findChild<QComboBox*>("recordingFormatComboBox");
+        click(desktopuser::centreOf(*format), "5");
+        QTest::qWait(100);
+        QCOMPARE(format->currentText(), QStringLiteral("MP4"));
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+    }
+
+    void folderChosenInItsDialogStaysWhenTheRestIsCancelled()
+    {
+        const QTemporaryDir other;
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        choose(*window.findChild<QComboBox*>("recordingFormatComboBox"), "GIF");
+        QTimer::singleShot(700, this, [path = other.path()] {
+            QVERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()) != nullptr);
+            press("ctrl+a");
+            userinput::xdotool({"type", "--delay", "15", path});
+            press("Return");
+        });
+        click(*window.findChild<QPushButton*>("changeRecordingFileLocationBtn"));
+        QTRY_COMPARE_WITH_TIMEOUT(window.findChild<QLineEdit*>("recordingFileLocationLE")->text(), other.path(), 8000);
+        click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Cancel));
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+        QCOMPARE(stored(settingskeys::kRecordingSaveLocation), other.path());
+        QCOMPARE(stored(settingskeys::kRecordingFormat), QStringLiteral("MP4"));
+        QCOMPARE(m_window->findChild<QLineEdit*>("saveLocationEdit")->text(), other.path());
+    }
+
+    void hotkeyThatAnotherProgramHoldsIsNamedInAMessage()
+    {
+        platform::GlobalHotkey other(nullptr);
+        QVERIFY(other.registerKey(QKeySequence("F6")));
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        click(*window.findChild<QPushButton*>("hotkeysSettingsTab"));
+        choose(*window.findChild<QComboBox*>("recordingComboBox"), "F6");
+        QString text;
+        QTimer::singleShot(1500, this, [&text] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box != nullptr);
+            text = box->text();
+            press("Return");
+        });
+        click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
+        QTRY_VERIFY_WITH_TIMEOUT(!text.isEmpty(), 4000);
+        QVERIFY2(text.contains("F6"), qPrintable(text));
+        QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+        expectHotkey("F6", false);
+        expectHotkey("F9", false);
+    }
+
+    void noneTakesNoKey()
+    {
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        click(*window.findChild<QPushButton*>("hotkeysSettingsTab"));
+        choose(*window.findChild<QComboBox*>("recordingComboBox"), "None");
+        click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+        QCOMPARE(stored(settingskeys::kRecordingHotkey), QStringLiteral("None"));
+        platform::GlobalHotkey other(nullptr);
+        QVERIFY(other.registerKey(QKeySequence("F9")));
+    }
+
+    void newKeyOfTheScreenshotWorksAtOnceAndTheOldOneIsFree()
+    {
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        click(*window.findChild<QPushButton*>("hotkeysSettingsTab"));
+        choose(*window.findChild<QComboBox*>("screenshotComboBox"), "F7");
+        click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+        QTest::qWait(200);
+        platform::GlobalHotkey other(nullptr);
+        QVERIFY(other.registerKey(QKeySequence("F10")));
+        press("F7");
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
+        QTest::qWait(500);
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QTRY_VERIFY(!m_window->isMinimized());
+    }
+
+    void unknownStoredFormatIsToldInABox()
+    {
+        openSettings()->setValue(settingskeys::kRecordingFormat, "MKV");
+        QString text;
+        QTimer::singleShot(1500, this, [&text] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box != nullptr);
+            text = box->text();
+            press("Return");
+        });
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        QTRY_VERIFY_WITH_TIMEOUT(!text.isEmpty(), 4000);
+        QVERIFY2(text.contains("MKV"), qPrintable(text));
+        QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+        QVERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+        QCOMPARE(stored(settingskeys::kRecordingFormat), QStringLiteral("MKV"));
+    }
+
+private:
+    static QMenu* openMenu()
+    {
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            if (window->objectName() == QLatin1String("mainMenu") && window->isVisible())
+                return qobject_cast<QMenu*>(window);
+        }
+        return nullptr;
+    }
+
+    void chooseEntry(const char* text) const
+    {
+        click(*m_window->findChild<QPushButton*>("menuBtn"));
+        QTRY_VERIFY(openMenu() != nullptr);
+        for (QAction* const entry : openMenu()->actions()) {
+            if (entry->text() == QLatin1String(text)) {
+                click(openMenu()->mapToGlobal(openMenu()->actionGeometry(entry).center()));
+                return;
+            }
+        }
+        QFAIL(text);
+    }
+
+    /// The window of that class, once it is active.
+    template <typename Window>
+    static Window* opened()
+    {
+        Window* window = nullptr;
+        [&window] {
+            QTRY_VERIFY((window = shownWindow<Window>()) != nullptr);
+            QVERIFY(QTest::qWaitForWindowActive(window));
+            QTest::qWait(200);
+        }();
+        return window;
+    }
+
+    void expectCentred(const QWidget& window) const
+    {
+        const QPoint off = window.geometry().center() - m_window->geometry().center();
+        QVERIFY2(off.manhattanLength() <= 2, qPrintable(QStringLiteral("%1 %2").arg(off.x()).arg(off.y())));
+    }
+
+    static int pageOf(const QWidget& window)
+    {
+        return window.findChild<QStackedWidget*>("stackedWidget")->currentIndex();
+    }
+
+    /// Opens the box with the pointer and clicks an entry.
+    static void choose(QComboBox& box, const char* text)
+    {
+        click(box);
+        QTRY_VERIFY(QApplication::activePopupWidget() != nullptr);
+        QTest::qWait(150);
+        QAbstractItemView* const view = box.view();
+        const QModelIndex entry = box.model()->index(box.findText(QLatin1String(text)), 0);
+        QVERIFY(entry.isValid());
+        click(view->viewport()->mapToGlobal(view->visualRect(entry).center()));
+        QTRY_COMPARE(box.currentText(), QLatin1String(text));
+    }
+
+    /// A hotkey that works begins the countdown, and takes it back when it is pressed again.
+    void expectHotkey(const char* key, bool works) const
+    {
+        QTest::qWait(200);
+        bool counted = false;
+        QTimer::singleShot(700, m_window.get(), [&counted, key] {
+            counted = shownWindow<SCCountdownWidget>() != nullptr;
+            if (counted)
+                press(QLatin1String(key));
+        });
+        press(QLatin1String(key));
+        QTest::qWait(1200);
+        QCOMPARE(counted, works);
+        QTRY_VERIFY(shownWindow<SCCountdownWidget>() == nullptr);
+        QTRY_VERIFY(!m_window->isMinimized());
+    }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<SCMainWindow> m_window;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication application(argc, argv);
+    // Windows closed by a test must not end the test program.
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestDialogs test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_dialogs.moc"
