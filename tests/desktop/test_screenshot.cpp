@@ -79,6 +79,7 @@ private slots:
         const auto settings = openSettings();
         settings->clear();
         settings->setValue(settingskeys::kFirstRun, false);
+        settings->setValue(settingskeys::kScreenshotHotkey, QStringLiteral("F10"));
         pointTo(onScreen({3, 3}));
         m_boxes = std::make_unique<messagebox::Recorder>();
         m_window = std::make_unique<SCMainWindow>();
@@ -104,6 +105,19 @@ private slots:
         QTRY_VERIFY(frame() != nullptr);
         QCOMPARE(frame()->geometry(), QGuiApplication::primaryScreen()->geometry());
         QTest::qWait(300);
+        press(QStringLiteral("Return"));
+        expectShot(pixels(QGuiApplication::primaryScreen()->geometry()));
+        QTRY_VERIFY(!m_window->isMinimized());
+    }
+
+    void hotkeyDoesWhatTheTileDoes()
+    {
+        m_window->showMinimized();
+        QTest::qWait(600);
+        press(QStringLiteral("F10"));
+        QTRY_VERIFY(frame() != nullptr);
+        QCOMPARE(frame()->geometry(), QGuiApplication::primaryScreen()->geometry());
+        QTest::qWait(600);
         press(QStringLiteral("Return"));
         expectShot(pixels(QGuiApplication::primaryScreen()->geometry()));
         QTRY_VERIFY(!m_window->isMinimized());
