@@ -13,7 +13,7 @@ namespace {
 QString joined(const QJsonArray& entries)
 {
     QString text;
-    for (const QJsonValue& entry : entries)
+    for (const QJsonValue entry : entries)
         text += entry.toString() + u'\n';
     return text;
 }

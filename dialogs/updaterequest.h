@@ -14,7 +14,7 @@ class QUrl;
 namespace updaterequest {
 
 /// Many times what the document can reasonably need.
-inline constexpr qint64 kLargestBodyBytes = 1024 * 1024;
+inline constexpr qint64 kLargestBodyBytes = qint64{1024} * 1024;
 inline constexpr int kTimeLimitMs = 15'000;
 inline constexpr int kMostRedirections = 5;
 

@@ -7,6 +7,8 @@
 #include <QKeySequence>
 #include <QMetaMethod>
 
+#include <utility>
+
 using platform::GlobalHotkey;
 
 namespace {
@@ -40,8 +42,8 @@ QList<Hotkeys::Failure> Hotkeys::apply(const QSettings& settings)
     want(m_recording, settings.value(settingskeys::kRecordingHotkey).toString(), isHeard(&Hotkeys::recordingPressed));
     want(m_screenshot, settings.value(settingskeys::kScreenshotHotkey).toString(),
          isHeard(&Hotkeys::screenshotPressed));
-    const QList<Failure> failures = take(m_recording) + take(m_screenshot);
-    for (const Failure& failure : failures)
+    QList<Failure> failures = take(m_recording) + take(m_screenshot);
+    for (const Failure& failure : std::as_const(failures))
         SCLogger::warning(QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(failure.key, failure.reason));
     emit recordingKeyChanged();
     return failures;

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int kTrickleMs = 300;
-constexpr qint64 kPieceBytes = 256 * 1024;
+constexpr qint64 kPieceBytes = qint64{256} * 1024;
 
 QByteArray content(const char* name)
 {

@@ -22,9 +22,9 @@ using Page = SCUpgradeWindow::Page;
 
 namespace {
 
-constexpr qint64 kHugeBytes = 50 * 1024 * 1024;
+constexpr qint64 kHugeBytes = qint64{50} * 1024 * 1024;
 /// What may be on its way when the other side has had enough: what the two systems and libraries hold.
-constexpr qint64 kUnderwayBytes = 12 * 1024 * 1024;
+constexpr qint64 kUnderwayBytes = qint64{12} * 1024 * 1024;
 
 Answer answered(const QByteArray& body)
 {
