@@ -211,8 +211,7 @@ private slots:
         const MessageCapture messages;
         chooseInMenu(QStringLiteral("Language"), name);
         QTRY_COMPARE(openSettings()->value(settingskeys::kLanguage).toString(), code);
-        const bool exists = QFileInfo::exists(QStringLiteral(":/locales/%1.ini").arg(code));
-        QCOMPARE(translator->isEmpty(), !exists);
+        QVERIFY(!translator->isEmpty());
         // As a click on the full-screen tile does.
         QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Select screen clicked")));
         auto* const button = child<QPushButton>("recordButton");
@@ -220,7 +219,8 @@ private slots:
         // The next menu has the language checked, and no other.
         QMenu* const menu = openMenu();
         QVERIFY(menu != nullptr);
-        for (const QAction* const entry : entryOf(*menu, QStringLiteral("Language"))->menu()->actions())
+        const QString languages = translator->translate("SCMainWindow", "Language");
+        for (const QAction* const entry : entryOf(*menu, languages)->menu()->actions())
             QCOMPARE(entry->isChecked(), entry->text() == name);
         press(QStringLiteral("Escape"));
         QTRY_VERIFY(visibleMenu() == nullptr);

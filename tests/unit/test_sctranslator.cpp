@@ -1,10 +1,9 @@
 #include "app/sctranslator.h"
 #include "app/settingstables.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/translationfile.h"
 
 #include <QCoreApplication>
-#include <QFile>
-#include <QSettings>
 #include <QTest>
 
 namespace {
@@ -22,80 +21,6 @@ public:
         return QObject::eventFilter(watched, event);
     }
 };
-
-QStringList requiredKeys()
-{
-    return {"Recording",
-            "Screenshot",
-            "Files",
-            "Full Screen",
-            "Select Region",
-            "Select Window",
-            "Ratio",
-            "Custom",
-            "Width",
-            "Height",
-            "File Name",
-            "Enter custom filename (optional)",
-            "Format",
-            "File Location",
-            "Change",
-            "Start Recording",
-            "Stop Recording",
-            "Settings",
-            "Language",
-            "Check for Updates",
-            "Help",
-            "Guide",
-            "FAQ",
-            "Open Log Folder",
-            "About",
-            "Delete Selected Files",
-            "Reverse File Order",
-            "Open Folder",
-            "General",
-            "Hotkeys",
-            "Mouse",
-            "Start/Stop Recording",
-            "Capture Screenshot",
-            "Capture Mouse Cursor",
-            "Add Mouse Effect",
-            "Video",
-            "Audio",
-            "Save",
-            "Cancel",
-            "Upgrade",
-            "Waiting for checking...",
-            "Current version is update to date.",
-            "Version:",
-            "Release Date:",
-            "Size:",
-            "Remind Me Later",
-            "Upgrade Now",
-            "Start/Stop",
-            "To learn more about us, please visit:",
-            "Start Drawing",
-            "Clear Drawing",
-            "Close Window",
-            "Capture",
-            "Tolvaran Kestrano screen recorder is a great tool for recording screen and taking screenshot."};
-}
-
-QString fileText(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
-
-/// The keys of a translation file, read line by line and not through the reader under test.
-QStringList keysInFile(const QString& path)
-{
-    QStringList keys;
-    const QStringList lines = fileText(path).split("\r\n", Qt::SkipEmptyParts);
-    for (const QString& line : lines)
-        keys.append(line.left(line.indexOf(" = \"")).replace("%0A", "\n").replace("%25", "%"));
-    return keys;
-}
 
 QString translated(const SCTranslator& translator, const QString& text)
 {
@@ -133,6 +58,33 @@ private slots:
         QCOMPARE(translated(translator, QStringLiteral("Größe")), QStringLiteral("Größe"));
     }
 
+    void everyLanguageIsLoaded_data()
+    {
+        QTest::addColumn<QString>("code");
+        for (const auto& [position, code] : settingstables::languageCodes())
+            QTest::newRow(qPrintable(code)) << code;
+    }
+
+    void everyLanguageIsLoaded()
+    {
+        QFETCH(const QString, code);
+        SCTranslator translator;
+        QVERIFY(translator.loadLanguage(code));
+        const QList<translationfile::Entry> entries = translationfile::entries(code);
+        QVERIFY(entries.size() > 50);
+        for (const auto& [key, value] : entries)
+            QCOMPARE(translated(translator, key), value);
+    }
+
+    void germanTextIsFoundInAnyContext()
+    {
+        SCTranslator translator;
+        QVERIFY(translator.loadLanguage("de_DE"));
+        for (const char* context : {"SCMainWindow", "DrawWindow", ""})
+            QCOMPARE(translator.translate(context, "Start Recording"), QString("Aufnahme starten"));
+        QCOMPARE(translated(translator, "Not in the file"), QString("Not in the file"));
+    }
+
     void anUnknownCodeKeepsTheLoadedLanguage_data()
     {
         QTest::addColumn<QString>("code");
@@ -162,6 +114,53 @@ private slots:
         QCOMPARE(capture.texts(QtDebugMsg), QStringList("Error reading translation file: \":/locales/tt_BROKEN.ini\""));
         QCOMPARE(translated(translator, "Plain"), QString("Einfach"));
         QCOMPARE(translated(translator, "Good"), QString("Good"));
+    }
+
+    void aByteOrderMarkBelongsToNoKey()
+    {
+        SCTranslator translator;
+        QVERIFY(translator.loadLanguage("tt_MARKED"));
+        QCOMPARE(translated(translator, "First"), QStringLiteral("Größe"));
+        QCOMPARE(translated(translator, "Second"), QString("zwei"));
+    }
+
+    void aKeyGivenAThousandTimesKeepsOneValue()
+    {
+        SCTranslator translator;
+        QVERIFY(translator.loadLanguage("tt_REPEATED"));
+        bool isNumber = false;
+        const int number = translated(translator, "Repeated").toInt(&isNumber);
+        QVERIFY(isNumber && number >= 1 && number <= 1000);
+        QCOMPARE(translated(translator, "Start/Stop"), QString("einmal"));
+    }
+
+    void aFileThatIsNoneOfThemKeepsTheLoadedLanguage_data()
+    {
+        QTest::addColumn<QString>("code");
+        QTest::newRow("a document") << "tt_JSON";
+        QTest::newRow("a picture") << "tt_BINARY";
+        QTest::newRow("prose") << "tt_PROSE";
+    }
+
+    void aFileThatIsNoneOfThemKeepsTheLoadedLanguage()
+    {
+        QFETCH(const QString, code);
+        SCTranslator translator;
+        QVERIFY(translator.loadLanguage("de_DE"));
+        const MessageCapture capture;
+        QVERIFY(!translator.loadLanguage(code));
+        QCOMPARE(capture.texts(QtDebugMsg),
+                 QStringList(QString("Error reading translation file: \":/locales/%1.ini\"").arg(code)));
+        QCOMPARE(translated(translator, "Save"), QString("Speichern"));
+    }
+
+    void anEmptyFileLeavesEveryTextInEnglish()
+    {
+        SCTranslator translator;
+        QVERIFY(translator.loadLanguage("de_DE"));
+        QVERIFY(translator.loadLanguage("tt_EMPTY"));
+        QVERIFY(translator.isEmpty());
+        QCOMPARE(translated(translator, "Save"), QString("Save"));
     }
 
     void aKeyWithASlashIsFoundAsItStands()
@@ -195,7 +194,7 @@ private slots:
         QVERIFY(twice.loadLanguage("tt_TT"));
         QVERIFY(twice.loadLanguage("tt_TT"));
         QCOMPARE(translated(twice, "Plain"), QString("Einfach"));
-        for (const QString& key : keysInFile(":/locales/tt_TT.ini"))
+        for (const QString& key : translationfile::keys("tt_TT"))
             QCOMPARE(translated(twice, key), translated(once, key));
     }
 
@@ -205,44 +204,6 @@ private slots:
         QVERIFY(translator.loadLanguage("tt_TT"));
         QVERIFY(translator.loadLanguage("en_US"));
         QCOMPARE(translated(translator, "Plain"), QString("Plain"));
-    }
-
-    void theEnglishFileMapsEveryKeyToItself()
-    {
-        const QString path = ":/locales/en_US.ini";
-        const QStringList lines = fileText(path).split("\r\n", Qt::SkipEmptyParts);
-        for (const QString& line : lines) {
-            const QString key = line.left(line.indexOf(" = \""));
-            QCOMPARE(line.trimmed(),
-                     QString("%1 = \"%2\"").arg(key, QString(key).replace("%0A", "\\n").replace("%25", "%")));
-        }
-        // A key that the reader mangled would still come back as itself when the translator is asked for it.
-        QStringList keysRead = QSettings(path, QSettings::IniFormat).allKeys();
-        QStringList keys = keysInFile(path);
-        keysRead.sort();
-        keys.sort();
-        QCOMPARE(keysRead, keys);
-        SCTranslator translator;
-        QVERIFY(translator.loadLanguage("en_US"));
-        for (const QString& key : keys)
-            QCOMPARE(translated(translator, key), key);
-    }
-
-    void theEnglishFileHasEveryText()
-    {
-        const QStringList keys = keysInFile(":/locales/en_US.ini");
-        for (const QString& key : requiredKeys())
-            QVERIFY2(keys.contains(key), qPrintable(key));
-        QCOMPARE(QSet<QString>(keys.begin(), keys.end()).size(), keys.size());
-    }
-
-    void everyLineEndsWithCarriageReturnAndLineFeed()
-    {
-        QFile file(":/locales/en_US.ini");
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll();
-        QVERIFY(bytes.endsWith("\r\n"));
-        QCOMPARE(bytes.count("\r\n"), bytes.count('\n'));
     }
 
     void installingAgainAnnouncesTheLanguageChange()
