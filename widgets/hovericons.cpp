@@ -13,12 +13,22 @@ HoverIcons::HoverIcons(QAbstractButton* button, const QString& name) : QObject(b
 
 bool HoverIcons::eventFilter(QObject*, QEvent* event)
 {
-    if (event->type() == QEvent::Enter || event->type() == QEvent::Leave)
+    switch (event->type()) {
+    case QEvent::Enter:
+    case QEvent::Leave:
         showIcon(event->type() == QEvent::Enter);
+        break;
+    case QEvent::EnabledChange:
+        showIcon(m_button.underMouse());
+        break;
+    default:
+        break;
+    }
     return false;
 }
 
-void HoverIcons::showIcon(bool light)
+void HoverIcons::showIcon(bool isPointedAt)
 {
+    const bool light = isPointedAt && m_button.isEnabled();
     m_button.setIcon(icons::named(m_name, light ? icons::Tone::Light : icons::Tone::Normal));
 }

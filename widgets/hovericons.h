@@ -6,7 +6,7 @@
 class QAbstractButton;
 
 /// Gives a button its light icon while the pointer is over it: ":/res/forms/images/<name>-white.svg" instead of
-/// ":/res/forms/images/<name>.svg". Belongs to the button.
+/// ":/res/forms/images/<name>.svg". A button that is disabled keeps the latter. Belongs to the button.
 class HoverIcons : public QObject
 {
     Q_OBJECT
@@ -17,7 +17,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void showIcon(bool light);
+    void showIcon(bool isPointedAt);
 
     QAbstractButton& m_button;
     QString m_name;

@@ -1,6 +1,64 @@
 #include "widgets/icons.h"
 
+#include <QIconEngine>
+#include <QPainter>
+
 namespace icons {
+
+namespace {
+
+/// What it takes from the icons' colour to that of a disabled control's text, over the windows' background.
+constexpr double kDisabledOpacity = 0.46;
+
+/// An icon from a file, fainter for a disabled control. The toolkit has a way of its own for that, which goes by the
+/// desktop's colours and leaves an icon on a dark window as bright as it was.
+class FadingIcon : public QIconEngine
+{
+public:
+    explicit FadingIcon(const QString& file) : m_icon(file) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        const double before = painter->opacity();
+        painter->setOpacity(before * opacity(mode));
+        m_icon.paint(painter, rect, Qt::AlignCenter, shown(mode), state);
+        painter->setOpacity(before);
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
+    {
+        const QPixmap whole = m_icon.pixmap(size, 1.0, shown(mode), state);
+        if (mode != QIcon::Disabled || whole.isNull())
+            return whole;
+        QPixmap faint(whole.size());
+        faint.fill(Qt::transparent);
+        QPainter painter(&faint);
+        painter.setOpacity(kDisabledOpacity);
+        painter.drawPixmap(0, 0, whole);
+        return faint;
+    }
+
+    QSize actualSize(const QSize& size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return m_icon.actualSize(size, shown(mode), state);
+    }
+
+    QList<QSize> availableSizes(QIcon::Mode mode, QIcon::State state) override
+    {
+        return m_icon.availableSizes(shown(mode), state);
+    }
+
+    QIconEngine* clone() const override { return new FadingIcon(*this); }
+    bool isNull() override { return m_icon.isNull(); }
+
+private:
+    static double opacity(QIcon::Mode mode) { return mode == QIcon::Disabled ? kDisabledOpacity : 1.0; }
+    static QIcon::Mode shown(QIcon::Mode mode) { return mode == QIcon::Disabled ? QIcon::Normal : mode; }
+
+    QIcon m_icon;
+};
+
+} // namespace
 
 QString path(const QString& name, Tone tone)
 {
@@ -9,7 +67,7 @@ QString path(const QString& name, Tone tone)
 
 QIcon named(const QString& name, Tone tone)
 {
-    return QIcon(path(name, tone));
+    return QIcon(new FadingIcon(path(name, tone)));
 }
 
 } // namespace icons

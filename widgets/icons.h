@@ -15,6 +15,7 @@ enum class Tone
 /// ":/res/forms/images/<name>-white.svg".
 QString path(const QString& name, Tone tone = Tone::Normal);
 
+/// For any number of pixels. A disabled control shows it fainter.
 QIcon named(const QString& name, Tone tone = Tone::Normal);
 
 } // namespace icons

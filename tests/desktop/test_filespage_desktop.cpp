@@ -162,6 +162,23 @@ private slots:
         QCOMPARE(QColor(colourAt(leftOf(0))), QColor(kRaised));
     }
 
+    void buttonThatCanDoNothingIsDim()
+    {
+        QPushButton* const remove = button("deleteFilesButton");
+        const int bright = desktopuser::brightestOf(*remove);
+        // Below the last row.
+        click(view()->viewport()->mapToGlobal(QPoint(60, 6 * filerow::kHeight)));
+        QTRY_VERIFY(!remove->isEnabled());
+        QTRY_VERIFY(desktopuser::brightestOf(*remove) < bright * 3 / 4);
+        const int dim = desktopuser::brightestOf(*remove);
+        pointTo(desktopuser::centreOf(*remove));
+        QTest::qWait(200);
+        QCOMPARE(desktopuser::brightestOf(*remove), dim);
+        click(textOf(1));
+        pointTo(onScreen({3, 3}));
+        QTRY_COMPARE(desktopuser::brightestOf(*remove), bright);
+    }
+
     void iconsSayWhatTheyDoWhenThePointerRests()
     {
         pointTo(folderIconOf(1));
