@@ -345,6 +345,12 @@ void SCMainWindow::onChangeScreenshotLocationClicked()
 
 void SCMainWindow::onFormatChosen(int index)
 {
+    storeFormat(index);
+    recordScreenForPicture();
+}
+
+void SCMainWindow::storeFormat(int index)
+{
     m_settings->setValue(settingskeys::kRecordingFormat, settingstables::recordingFormats().at(index));
 }
 

@@ -108,6 +108,7 @@ private:
     void onChangeLocationClicked();
     void onChangeScreenshotLocationClicked();
     void onFormatChosen(int index);
+    void storeFormat(int index);
     void onScreenshotFormatChosen(int index);
     void retranslate();
 
@@ -127,6 +128,7 @@ private:
     void showMode();
     void setScreenOn(bool on);
     void setFormat(int index);
+    void recordScreenForPicture();
     void onScreenSwitched(bool on);
     void onFullScreenChosen();
     void onRegionChosen();

@@ -200,7 +200,16 @@ void SCMainWindow::setScreenOn(bool on)
 void SCMainWindow::setFormat(int index)
 {
     m_ui->formatBox->setCurrentIndex(index);
-    onFormatChosen(index);
+    storeFormat(index);
+}
+
+/// Whoever chooses a format with a picture wants one recorded, also when the screen has been switched off.
+void SCMainWindow::recordScreenForPicture()
+{
+    if (m_screenOn || !recordsPicture())
+        return;
+    setScreenOn(true);
+    showMode();
 }
 
 void SCMainWindow::onScreenSwitched(bool on)

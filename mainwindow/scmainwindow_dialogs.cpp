@@ -81,6 +81,7 @@ void SCMainWindow::tellOfUnknownFormat()
 void SCMainWindow::onSettingsUpdated()
 {
     applyStoredSettings();
+    recordScreenForPicture();
     const QList<Hotkeys::Failure> failures = m_hotkeys->apply(*m_settings);
     for (const Hotkeys::Failure& failure : failures)
         messagebox::warning(this, tr("Warning"),

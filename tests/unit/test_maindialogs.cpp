@@ -84,6 +84,22 @@ private slots:
         QCOMPARE(m_settings->value(settingskeys::kMouseShowCursor), QVariant(true));
     }
 
+    void savedFormatWithAPictureSwitchesTheScreenOn()
+    {
+        auto* const screen = m_window->findChild<SCSwitchWidget*>("screenSwitch");
+        const auto* const format = m_window->findChild<QComboBox*>("formatBox");
+        screen->setChecked(true);
+        screen->setChecked(false);
+        saveFormat("FLAC");
+        QCOMPARE(format->currentText(), QStringLiteral("FLAC"));
+        QVERIFY(!screen->isChecked());
+        saveFormat("AVI");
+        QCOMPARE(format->currentText(), QStringLiteral("AVI"));
+        QVERIFY(screen->isChecked());
+        QCOMPARE(m_settings->value(settingskeys::kScreenSwitch), QVariant(true));
+        QCOMPARE(m_settings->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("AVI"));
+    }
+
     void hiddenCursorStaysHiddenAfterSaving()
     {
         SCSettingsWindow& settings = openSettingsWindow();
@@ -209,6 +225,13 @@ private:
     {
         emit menu().settingsRequested();
         return *shownWindow<SCSettingsWindow>();
+    }
+
+    void saveFormat(const char* format) const
+    {
+        SCSettingsWindow& settings = openSettingsWindow();
+        settings.findChild<QComboBox*>("recordingFormatComboBox")->setCurrentText(QLatin1String(format));
+        press(settings, QDialogButtonBox::Save);
     }
 
     static void press(const QWidget& window, QDialogButtonBox::StandardButton which)

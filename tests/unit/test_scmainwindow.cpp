@@ -663,6 +663,28 @@ private slots:
         QCOMPARE(box->currentText(), QStringLiteral("FLV"));
     }
 
+    void formatWithAPictureSwitchesTheScreenOn()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const box = child<QComboBox>(window, "formatBox");
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(true);
+        control->setChecked(false);
+        QCOMPARE(box->currentText(), QStringLiteral("MP3"));
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_Down);
+        QCOMPARE(box->currentText(), QStringLiteral("AAC"));
+        QVERIFY(!control->isChecked());
+        QTest::keyClick(box, Qt::Key_Up);
+        QTest::keyClick(box, Qt::Key_Up);
+        QCOMPARE(box->currentText(), QStringLiteral("GIF"));
+        QVERIFY(control->isChecked());
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch), QVariant(true));
+        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("GIF"));
+    }
+
     void screenSwitchTakesTheFrameAway()
     {
         SCMainWindow window;
