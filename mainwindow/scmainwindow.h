@@ -146,6 +146,7 @@ private:
     // Screenshots: scmainwindow_screenshot.cpp.
     void connectScreenshots();
     bool mayTakeScreenshot() const;
+    void giveUpPicking();
     void onScreenshotFullScreenChosen();
     void onScreenshotRegionChosen();
     void onScreenshotWindowChosen();

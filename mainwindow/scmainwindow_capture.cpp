@@ -235,6 +235,8 @@ void SCMainWindow::chooseFullScreen()
 void SCMainWindow::onRegionChosen()
 {
     SCLogger::info(QStringLiteral("Select region clicked"));
+    giveUpPicking();
+    m_screenshots->giveUp();
     m_beforeSelection = {m_screenOn, m_ui->formatBox->currentIndex(), m_captureArea.mode()};
     setScreenOn(true);
     setMode(CaptureMode::Region);
@@ -243,6 +245,8 @@ void SCMainWindow::onRegionChosen()
 
 void SCMainWindow::onWindowChosen()
 {
+    giveUpPicking();
+    m_screenshots->giveUp();
     setScreenOn(true);
     captureWholeScreen();
     setMode(CaptureMode::Window);

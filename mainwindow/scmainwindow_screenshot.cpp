@@ -29,26 +29,37 @@ bool SCMainWindow::mayTakeScreenshot() const
     return may;
 }
 
+/// One thing is picked at a time, whatever for.
+void SCMainWindow::giveUpPicking()
+{
+    m_region->cancelSelection();
+    m_windowPicker->hide();
+}
+
 /// The tile's and the hotkey's wish.
 void SCMainWindow::onScreenshotFullScreenChosen()
 {
     if (!mayTakeScreenshot())
         return;
-    m_region->cancelSelection();
-    m_windowPicker->hide();
+    giveUpPicking();
     m_screenshots->frameScreen();
 }
 
 void SCMainWindow::onScreenshotRegionChosen()
 {
-    if (mayTakeScreenshot())
-        m_screenshots->selectRegion();
+    if (!mayTakeScreenshot())
+        return;
+    giveUpPicking();
+    m_screenshots->selectRegion();
 }
 
 void SCMainWindow::onScreenshotWindowChosen()
 {
-    if (mayTakeScreenshot())
-        pickWindow();
+    if (!mayTakeScreenshot())
+        return;
+    giveUpPicking();
+    m_screenshots->giveUp();
+    pickWindow();
 }
 
 void SCMainWindow::onScreenshotBegan()

@@ -118,6 +118,35 @@ private slots:
         QVERIFY(shownWindow<DrawWindow>() != nullptr);
     }
 
+    void oneThingIsPickedAtATimeWhateverFor()
+    {
+        clickTile("regionTile");
+        QCOMPARE(selectors(), 1);
+        clickTile("screenshotRegionTile");
+        QCOMPARE(selectors(), 0);
+        QTRY_COMPARE(selectors(), 1);
+        clickTile("windowTile");
+        QCOMPARE(selectors(), 0);
+        QVERIFY(shownWindow<WindowHighlighter>() != nullptr);
+        clickTile("screenshotFullScreenTile");
+        QVERIFY(shownWindow<WindowHighlighter>() == nullptr);
+        QVERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
+        clickTile("screenshotWindowTile");
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QVERIFY(shownWindow<WindowHighlighter>() != nullptr);
+        clickTile("screenshotRegionTile");
+        QVERIFY(shownWindow<WindowHighlighter>() == nullptr);
+        QTRY_COMPARE(selectors(), 1);
+        clickTile("regionTile");
+        QCOMPARE(selectors(), 1);
+        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
+        QCOMPARE(selectors(), 0);
+        QVERIFY(QGuiApplication::overrideCursor() == nullptr);
+        QVERIFY(!m_window->isMinimized());
+        // What was chosen before the first of them.
+        QVERIFY(!m_window->findChild<Tile*>(QStringLiteral("regionTile"))->isSelected());
+    }
+
     void savedScreenshotIsToldAndEntered()
     {
         const messagebox::Recorder boxes;
@@ -160,6 +189,14 @@ private slots:
 private:
     void clickTile(const char* name) const { clickTile(QLatin1String(name)); }
     void clickTile(const QString& name) const { QTest::mouseClick(m_window->findChild<Tile*>(name), Qt::LeftButton); }
+
+    static int selectors()
+    {
+        int count = 0;
+        for (const QWidget* const window : QApplication::topLevelWidgets())
+            count += qobject_cast<const AreaSelector*>(window) != nullptr && window->isVisible() ? 1 : 0;
+        return count;
+    }
 
     /// The frame that is shown takes its shot; off screen there is nothing to be grabbed but this.
     static void capture()
