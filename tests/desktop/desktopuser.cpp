@@ -150,14 +150,4 @@ bool splitDisplayWhereAsked()
            xrandr({add, QStringLiteral("Left"), area(0, left, size.height()), QStringLiteral("none")});
 }
 
-Addresses::Addresses(const QString& scheme) : m_scheme(scheme)
-{
-    QDesktopServices::setUrlHandler(m_scheme, this, "open");
-}
-
-Addresses::~Addresses()
-{
-    QDesktopServices::unsetUrlHandler(m_scheme);
-}
-
 } // namespace desktopuser

@@ -51,24 +51,4 @@ int brightestOf(const QWidget& widget);
 /// Before the application is made; false when it could not be done.
 bool splitDisplayWhereAsked();
 
-/// Takes the place of the system's programs for addresses of one scheme ("https": the browser, "file": the file
-/// manager) while it lives.
-class Addresses : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit Addresses(const QString& scheme);
-    ~Addresses() override;
-
-    const QList<QUrl>& opened() const { return m_opened; }
-
-public slots:
-    void open(const QUrl& url) { m_opened.append(url); }
-
-private:
-    QString m_scheme;
-    QList<QUrl> m_opened;
-};
-
 } // namespace desktopuser

@@ -1,4 +1,3 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "app/webaddresses.h"
 #include "dialogs/scaboutwindow.h"
@@ -10,9 +9,10 @@
 #include "screenshot/scscreenshotwindow.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
+#include "tests/support/addresses.h"
 #include "tests/support/shownwindow.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/updateserver.h"
+#include "tests/support/windowtest.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -32,7 +32,6 @@
 #include <QTest>
 #include <QTimer>
 
-using desktopuser::Addresses;
 using desktopuser::click;
 using desktopuser::colourAt;
 using desktopuser::drag;
@@ -97,7 +96,7 @@ private slots:
 
     void linkOfTheAboutWindowOpensTheProductPageOnce()
     {
-        const Addresses browser("https");
+        const OpenedAddresses browser({"https"});
         chooseEntry("About");
         const SCAboutWindow* const about = opened<SCAboutWindow>();
         click(*about->findChild<QLabel*>("homeURLLabel"));
@@ -134,7 +133,7 @@ private slots:
         UpdateServer server;
         server.setAnswer("{\"win\": {\"version\": \"1.2\", \"url\": \"https:\\/\\/www.kestrano.example\\/new\", "
                          "\"change\": [\"One\", \"Two\"]}}");
-        const Addresses browser("https");
+        const OpenedAddresses browser({"https"});
         chooseEntry("Check for Updates");
         SCUpgradeWindow* const window = opened<SCUpgradeWindow>();
         expectCentred(*window);
@@ -417,14 +416,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QApplication application(argc, argv);
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestDialogs test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestDialogs>(argc, argv);
 }
 
 #include "test_dialogs.moc"

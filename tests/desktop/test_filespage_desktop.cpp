@@ -1,12 +1,12 @@
-#include "app/appidentity.h"
 #include "app/sctranslator.h"
 #include "app/settings.h"
 #include "files/filerow.h"
 #include "mainwindow/scmainwindow.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
+#include "tests/support/addresses.h"
 #include "tests/support/filelibrary.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -25,7 +25,6 @@
 #include <functional>
 #include <memory>
 
-using desktopuser::Addresses;
 using desktopuser::click;
 using desktopuser::colourAt;
 using desktopuser::onScreen;
@@ -89,10 +88,7 @@ class TestFilesPageDesktop : public QObject
 private slots:
     void init()
     {
-        const auto settings = openSettings();
-        settings->clear();
-        settings->setValue(settingskeys::kFirstRun, false);
-        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
+        windowtest::resetSettings();
         m_produced = std::make_unique<ProducedFiles>();
         QJsonArray list;
         for (const auto& [name, type] : {std::pair{"new.mp4", "video"},
@@ -191,7 +187,7 @@ private slots:
 
     void doubleClickOpensTheFile()
     {
-        const Addresses files(QStringLiteral("file"));
+        const OpenedAddresses files({"file"});
         pointTo(textOf(3));
         QTest::qWait(50);
         xdotool({"click", "--repeat", "2", "--delay", "60", "1"});
@@ -203,7 +199,7 @@ private slots:
     /// Nothing on this desktop answers for the file manager, so it is the folder that is opened.
     void folderIconShowsTheFileAndSelectsNothing()
     {
-        const Addresses files(QStringLiteral("file"));
+        const OpenedAddresses files({"file"});
         click(folderIconOf(3));
         QTRY_COMPARE(files.opened(), QList<QUrl>{QUrl::fromLocalFile(m_produced->folder())});
         QCOMPARE(selectedNames(), QStringList{"new.mp4"});
@@ -407,13 +403,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    const LibraryRefuge refuge;
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestFilesPageDesktop test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestFilesPageDesktop>(argc, argv);
 }
 
 #include "test_filespage_desktop.moc"

@@ -1,4 +1,3 @@
-#include "app/appidentity.h"
 #include "app/sclogger.h"
 #include "app/sctranslator.h"
 #include "app/settings.h"
@@ -9,8 +8,9 @@
 #include "overlays/scswitchwidget.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
+#include "tests/support/addresses.h"
 #include "tests/support/messagecapture.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
 
 #include <QAction>
@@ -30,7 +30,6 @@
 #include <functional>
 #include <memory>
 
-using desktopuser::Addresses;
 using desktopuser::click;
 using desktopuser::colourAt;
 using desktopuser::onScreen;
@@ -55,10 +54,8 @@ class TestWindowControls : public QObject
 private slots:
     void init()
     {
+        windowtest::resetSettings();
         const auto settings = openSettings();
-        settings->clear();
-        settings->setValue(settingskeys::kFirstRun, false);
-        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
         settings->setValue(settingskeys::kRecordingSaveLocation, m_folder.path());
         settings->setValue(settingskeys::kScreenshotSaveLocation, m_folder.path());
         pointTo(onScreen({3, 3}));
@@ -229,8 +226,8 @@ private slots:
 
     void helpIsChosenInTheMenu()
     {
-        const Addresses web(QStringLiteral("https"));
-        const Addresses folders(QStringLiteral("file"));
+        const OpenedAddresses web({"https"});
+        const OpenedAddresses folders({"file"});
         const QString help = QStringLiteral("Help");
         chooseInMenu(help, QStringLiteral("Guide"));
         QTRY_COMPARE(web.opened(), QList<QUrl>{QUrl(QLatin1String(webaddresses::kGuidePage))});
@@ -243,7 +240,7 @@ private slots:
 
     void menuIsWorkedWithTheKeyboard()
     {
-        const Addresses web(QStringLiteral("https"));
+        const OpenedAddresses web({"https"});
         QVERIFY(desktopuser::tabTo(*child<QPushButton>("menuBtn")));
         press(QStringLiteral("space"));
         QTRY_VERIFY(visibleMenu() != nullptr);
@@ -449,14 +446,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QApplication application(argc, argv);
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestWindowControls test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestWindowControls>(argc, argv);
 }
 
 #include "test_windowcontrols.moc"

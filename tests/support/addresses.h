@@ -25,6 +25,15 @@ public:
 
     const QList<QUrl>& opened() const { return m_opened; }
 
+    /// The local files among them, by path.
+    QStringList files() const
+    {
+        QStringList paths;
+        for (const QUrl& url : m_opened)
+            paths.append(url.toLocalFile());
+        return paths;
+    }
+
 public slots:
     void open(const QUrl& url) { m_opened.append(url); }
 

@@ -1,19 +1,26 @@
 #include "overlays/drawwindow.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/pointerevents.h"
 #include "tests/support/widgetpicture.h"
 
 #include <QApplication>
-#include <QEnterEvent>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTranslator>
+
+using pointerevents::drag;
+using pointerevents::enter;
+using pointerevents::leave;
+using pointerevents::mouse;
+using pointerevents::moveHeld;
+using pointerevents::press;
+using pointerevents::release;
 
 namespace {
 
@@ -53,48 +60,6 @@ QLabel* timerLabel()
 void click(const char* name)
 {
     QTest::mouseClick(button(name), Qt::LeftButton);
-}
-
-/// Mouse events that say where on the desktop they are, as the system's do; the frame may be elsewhere by then.
-void mouse(QWidget& widget, QEvent::Type type, const QPoint& global, Qt::MouseButton changed = Qt::NoButton,
-           Qt::MouseButtons held = Qt::NoButton)
-{
-    QMouseEvent event(type, widget.mapFromGlobal(global), global, changed, held, Qt::NoModifier);
-    QApplication::sendEvent(&widget, &event);
-}
-
-void press(QWidget& widget, const QPoint& global)
-{
-    mouse(widget, QEvent::MouseButtonPress, global, Qt::LeftButton, Qt::LeftButton);
-}
-
-void moveHeld(QWidget& widget, const QPoint& global)
-{
-    mouse(widget, QEvent::MouseMove, global, Qt::NoButton, Qt::LeftButton);
-}
-
-void release(QWidget& widget, const QPoint& global)
-{
-    mouse(widget, QEvent::MouseButtonRelease, global, Qt::LeftButton);
-}
-
-void drag(QWidget& widget, const QPoint& from, const QPoint& distance)
-{
-    press(widget, from);
-    moveHeld(widget, from + distance / 2);
-    moveHeld(widget, from + distance);
-    release(widget, from + distance);
-}
-
-void hover(QPushButton* button, bool entered)
-{
-    if (entered) {
-        QEnterEvent event(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
-        QApplication::sendEvent(button, &event);
-    } else {
-        QEvent event(QEvent::Leave);
-        QApplication::sendEvent(button, &event);
-    }
 }
 
 /// Pictures are compared, so that it is the icon's looks that counts. Without the SVG plug-in they are all blank.
@@ -746,12 +711,12 @@ private slots:
         DrawWindow window;
         for (const QByteArray name : {"close", "clear"}) {
             QPushButton* const hovered = button(name + "Button");
-            hover(hovered, true);
+            enter(*hovered);
             QVERIFY(shows(hovered, name + "-white"));
-            hover(hovered, false);
+            leave(*hovered);
             QVERIFY(shows(hovered, name));
         }
-        hover(button("startButton"), true);
+        enter(*button("startButton"));
         QVERIFY(shows(button("startButton"), "start-recording"));
     }
 
@@ -759,14 +724,14 @@ private slots:
     {
         DrawWindow window;
         QPushButton* const pen = button("drawToggleButton");
-        hover(pen, true);
+        enter(*pen);
         QVERIFY(shows(pen, "pen-white"));
-        hover(pen, false);
+        leave(*pen);
         QVERIFY(shows(pen, "pen"));
         pen->setChecked(true);
         QVERIFY(shows(pen, "pen-white"));
-        hover(pen, true);
-        hover(pen, false);
+        enter(*pen);
+        leave(*pen);
         QVERIFY(shows(pen, "pen-white"));
         pen->setChecked(false);
         QVERIFY(shows(pen, "pen"));

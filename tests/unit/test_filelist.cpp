@@ -1,14 +1,13 @@
-#include "app/appidentity.h"
 #include "files/fileitemdelegate.h"
 #include "files/filerow.h"
 #include "files/scfilemanager.h"
+#include "tests/support/addresses.h"
 #include "tests/support/filelibrary.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -40,21 +39,6 @@ constexpr QColor kRaised(0x37, 0x37, 0x3d);
 constexpr QColor kGrey(0x99, 0xa1, 0xb0);
 constexpr QColor kWhite(0xff, 0xff, 0xff);
 constexpr QColor kLine(0x22, 0x22, 0x22);
-
-/// Takes the place of the system's programs for files.
-class Opener : public QObject
-{
-    Q_OBJECT
-
-public:
-    Opener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~Opener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-
-    QStringList opened;
-
-public slots:
-    void open(const QUrl& url) { opened.append(url.toLocalFile()); }
-};
 
 /// Puts every text between brackets.
 class Brackets : public QTranslator
@@ -393,11 +377,11 @@ private slots:
         // Bound several times, heard once.
         m_library->setupView(m_view.get(), kVideo);
         m_library->setupView(m_view.get(), QString());
-        const Opener opener;
+        const OpenedAddresses opener({"file"});
         doubleClick(filerow::textRect(rowRect(2)).center());
-        QCOMPARE(opener.opened, QStringList({m_produced->folder() + QLatin1String("/sound.aac")}));
+        QCOMPARE(opener.files(), QStringList({m_produced->folder() + QLatin1String("/sound.aac")}));
         doubleClick(QPoint(50, rowRect(4).bottom() + 20));
-        QCOMPARE(opener.opened.size(), 1);
+        QCOMPARE(opener.files().size(), 1);
     }
 
     void doubleClickOpensFilesOfUnusualNames_data()
@@ -420,9 +404,9 @@ private slots:
         QFETCH(const QString, name);
         add(name, kVideo);
         m_library->setupView(m_view.get(), QString());
-        const Opener opener;
+        const OpenedAddresses opener({"file"});
         doubleClick(filerow::textRect(rowRect(0)).center());
-        QCOMPARE(opener.opened, QStringList({m_produced->folder() + u'/' + name}));
+        QCOMPARE(opener.files(), QStringList({m_produced->folder() + u'/' + name}));
     }
 
     void pressOnTheTextSelectsAndOneOnTheFolderIconDoesNot()
@@ -773,13 +757,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    const LibraryRefuge refuge;
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestFileList test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestFileList>(argc, argv);
 }
 
 #include "test_filelist.moc"

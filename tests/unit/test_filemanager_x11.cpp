@@ -1,11 +1,11 @@
 #include "platform/file_manager.h"
+#include "tests/support/addresses.h"
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
-#include <QDesktopServices>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -84,20 +84,6 @@ private:
     bool m_registered = false;
 };
 
-class Opener : public QObject
-{
-    Q_OBJECT
-
-public:
-    Opener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~Opener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-
-    QList<QUrl> opened;
-
-public slots:
-    void open(const QUrl& url) { opened.append(url); }
-};
-
 } // namespace
 
 /// Showing a file in the file manager, before a stand-in that answers on the message bus.
@@ -137,30 +123,30 @@ private slots:
         QFETCH(const QString, address);
         StandInFileManager fileManager;
         QVERIFY(fileManager.isRegistered());
-        const Opener opener;
+        const OpenedAddresses opener({"file"});
         platform::revealInFileManager(path);
         QTRY_COMPARE(fileManager.shown.size(), 1);
         QCOMPARE(fileManager.shown.front(), QStringList{address});
         QCOMPARE(fileManager.startUpIds.front(), QString());
         QCOMPARE(QUrl(address).toLocalFile(), path);
         QTest::qWait(50);
-        QVERIFY(opener.opened.isEmpty());
+        QVERIFY(opener.opened().isEmpty());
     }
 
     void folderIsOpenedWhereThereIsNoFileManagerOnTheBus()
     {
-        const Opener opener;
+        const OpenedAddresses opener({"file"});
         platform::revealInFileManager(QStringLiteral("/my videos/100%/-a.mp4"));
-        QTRY_COMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/my videos/100%"))});
+        QTRY_COMPARE(opener.opened(), QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/my videos/100%"))});
     }
 
     void folderIsOpenedWhereTheFileManagerRefuses()
     {
         StandInFileManager fileManager;
         fileManager.refuses = true;
-        const Opener opener;
+        const OpenedAddresses opener({"file"});
         platform::revealInFileManager(QStringLiteral("/videos/a.mp4"));
-        QTRY_COMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/videos"))});
+        QTRY_COMPARE(opener.opened(), QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/videos"))});
         QCOMPARE(fileManager.shown.size(), 1);
     }
 
@@ -168,23 +154,23 @@ private slots:
     {
         StandInFileManager fileManager;
         fileManager.keepsSilent = true;
-        const Opener opener;
+        const OpenedAddresses opener({"file"});
         QElapsedTimer timer;
         timer.start();
         platform::revealInFileManager(QStringLiteral("/videos/a.mp4"));
         QVERIFY(timer.elapsed() < 1000);
         QTRY_COMPARE(fileManager.shown.size(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(opener.opened, QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/videos"))}, 15000);
+        QTRY_COMPARE_WITH_TIMEOUT(opener.opened(), QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/videos"))}, 15000);
     }
 
     void emptyPathIsNothing()
     {
         StandInFileManager fileManager;
-        const Opener opener;
+        const OpenedAddresses opener({"file"});
         platform::revealInFileManager({});
         QTest::qWait(100);
         QVERIFY(fileManager.shown.isEmpty());
-        QVERIFY(opener.opened.isEmpty());
+        QVERIFY(opener.opened().isEmpty());
     }
 };
 

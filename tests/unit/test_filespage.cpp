@@ -1,13 +1,12 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "mainwindow/recordingsession.h"
 #include "mainwindow/scmainwindow.h"
+#include "tests/support/addresses.h"
 #include "tests/support/filelibrary.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -23,24 +22,6 @@
 
 #include <memory>
 
-namespace {
-
-class Opener : public QObject
-{
-    Q_OBJECT
-
-public:
-    Opener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~Opener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-
-    QStringList opened;
-
-public slots:
-    void open(const QUrl& url) { opened.append(url.toLocalFile()); }
-};
-
-} // namespace
-
 /// The main window's page of the files that were made.
 class TestFilesPage : public QObject
 {
@@ -49,10 +30,8 @@ class TestFilesPage : public QObject
 private slots:
     void init()
     {
+        windowtest::resetSettings();
         const auto settings = openSettings();
-        settings->clear();
-        settings->setValue(settingskeys::kFirstRun, false);
-        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
         settings->setValue(settingskeys::kRecordingSaveLocation, m_produced.folder() + QLatin1String("/videos"));
         settings->setValue(settingskeys::kScreenshotSaveLocation, m_produced.folder() + QLatin1String("/pictures"));
         LibraryRefuge::clear();
@@ -178,7 +157,7 @@ private slots:
 
     void folderOfWhatIsShownIsOpened()
     {
-        const Opener opener;
+        const OpenedAddresses opener({"file"});
         open();
         press("openFolderButton");
         press("screenshotFilter");
@@ -186,7 +165,7 @@ private slots:
         press("videoFilter");
         press("openFolderButton");
         const QString videos = m_produced.folder() + QLatin1String("/videos");
-        QCOMPARE(opener.opened, QStringList({videos, m_produced.folder() + QLatin1String("/pictures"), videos}));
+        QCOMPARE(opener.files(), QStringList({videos, m_produced.folder() + QLatin1String("/pictures"), videos}));
     }
 
     void recordingIsEnteredWhenItStartsAndShownWhenItIsOver()
@@ -320,13 +299,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    const LibraryRefuge refuge;
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestFilesPage test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestFilesPage>(argc, argv);
 }
 
 #include "test_filespage.moc"

@@ -1,4 +1,3 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "dialogs/scaboutwindow.h"
 #include "dialogs/scsettingswindow.h"
@@ -9,8 +8,8 @@
 #include "platform/global_hotkey.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/updateserver.h"
+#include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
 
 #include <QApplication>
@@ -35,11 +34,7 @@ class TestMainDialogs : public QObject
 private slots:
     void init()
     {
-        m_settings->clear();
-        applyDefaultSettings(*m_settings);
-        m_settings->setValue(settingskeys::kFirstRun, false);
-        m_settings->setValue(settingskeys::kRecordingHotkey, "None");
-        m_settings->setValue(settingskeys::kScreenshotHotkey, "None");
+        windowtest::resetSettings();
         makeWindow();
         m_window->move(60, 50);
         m_window->show();
@@ -245,13 +240,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestMainDialogs test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestMainDialogs>(argc, argv);
 }
 
 #include "test_maindialogs.moc"

@@ -1,8 +1,7 @@
-#include "app/appidentity.h"
 #include "app/webaddresses.h"
 #include "dialogs/scaboutwindow.h"
 #include "tests/support/addresses.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QEnterEvent>
@@ -162,12 +161,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestSCAboutWindow test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestSCAboutWindow>(argc, argv);
 }
 
 #include "test_scaboutwindow.moc"

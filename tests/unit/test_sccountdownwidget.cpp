@@ -1,7 +1,6 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "mainwindow/sccountdownwidget.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -186,13 +185,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    // Windows hidden at the end of a countdown must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestSCCountdownWidget test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestSCCountdownWidget>(argc, argv);
 }
 
 #include "test_sccountdownwidget.moc"

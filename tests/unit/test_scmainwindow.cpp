@@ -1,4 +1,3 @@
-#include "app/appidentity.h"
 #include "app/sclogger.h"
 #include "app/sctranslator.h"
 #include "app/settings.h"
@@ -9,15 +8,14 @@
 #include "overlays/areaselector.h"
 #include "overlays/drawwindow.h"
 #include "overlays/scswitchwidget.h"
-#include "tests/support/filelibrary.h"
+#include "tests/support/addresses.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QDesktopServices>
 #include <QElapsedTimer>
 #include <QEnterEvent>
 #include <QFile>
@@ -39,31 +37,6 @@
 #include <QUrl>
 #include <QWheelEvent>
 
-namespace {
-
-/// Takes the place of what opens addresses of one scheme: the web browser, the file manager.
-class Opener : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit Opener(const char* scheme) : m_scheme(QLatin1String(scheme))
-    {
-        QDesktopServices::setUrlHandler(m_scheme, this, "open");
-    }
-    ~Opener() override { QDesktopServices::unsetUrlHandler(m_scheme); }
-
-    QList<QUrl> opened;
-
-public slots:
-    void open(const QUrl& url) { opened.append(url); }
-
-private:
-    QString m_scheme;
-};
-
-} // namespace
-
 class TestSCMainWindow : public QObject
 {
     Q_OBJECT
@@ -71,15 +44,13 @@ class TestSCMainWindow : public QObject
 private slots:
     void init()
     {
+        windowtest::resetSettings();
         const auto settings = openSettings();
-        settings->clear();
-        settings->setValue(settingskeys::kFirstRun, false);
-        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
     }
 
     void freshProfileHasAllDefaultsAndIsNoLongerOnItsFirstRun()
     {
-        const Opener browser("https");
+        const OpenedAddresses browser({"https"});
         openSettings()->clear();
         const SCMainWindow window;
         const auto settings = openSettings();
@@ -89,11 +60,11 @@ private slots:
 
     void installationPageOpensOnceOnAFreshProfile()
     {
-        const Opener browser("https");
+        const OpenedAddresses browser({"https"});
         openSettings()->clear();
         for (int start = 0; start < 3; ++start)
             const SCMainWindow window;
-        QCOMPARE(browser.opened, QList<QUrl>{QUrl(QLatin1String(webaddresses::kFirstRunPage))});
+        QCOMPARE(browser.opened(), QList<QUrl>{QUrl(QLatin1String(webaddresses::kFirstRunPage))});
     }
 
     void formatBoxHoldsTheTableAndShowsTheStoredFormat()
@@ -765,16 +736,16 @@ private slots:
 
     void helpOpensTheMakersPagesAndTheLogFolder()
     {
-        const Opener browser("https");
+        const OpenedAddresses browser({"https"});
         SCMainWindow window;
         window.show();
         chooseInMenu(window, "Help", "Guide");
         chooseInMenu(window, "Help", "FAQ");
-        QCOMPARE(browser.opened, (QList<QUrl>{QUrl(QLatin1String(webaddresses::kGuidePage)),
-                                              QUrl(QLatin1String(webaddresses::kSupportPage))}));
-        const Opener folders("file");
+        QCOMPARE(browser.opened(), (QList<QUrl>{QUrl(QLatin1String(webaddresses::kGuidePage)),
+                                                QUrl(QLatin1String(webaddresses::kSupportPage))}));
+        const OpenedAddresses folders({"file"});
         chooseInMenu(window, "Help", "Open Log Folder");
-        QCOMPARE(folders.opened, QList<QUrl>{QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath())});
+        QCOMPARE(folders.opened(), QList<QUrl>{QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath())});
     }
 
     void openFolderMakesTheSaveFolderWhereItIsMissing()
@@ -783,9 +754,9 @@ private slots:
         const QString folder = place.filePath(QStringLiteral("videos"));
         openSettings()->setValue(settingskeys::kRecordingSaveLocation, folder);
         SCMainWindow window;
-        const Opener folders("file");
+        const OpenedAddresses folders({"file"});
         child<QPushButton>(window, "openFolderButton")->click();
-        QCOMPARE(folders.opened, QList<QUrl>{QUrl::fromLocalFile(folder)});
+        QCOMPARE(folders.opened(), QList<QUrl>{QUrl::fromLocalFile(folder)});
         QVERIFY(QFileInfo(folder).isDir());
     }
 
@@ -973,15 +944,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    const LibraryRefuge refuge;
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QApplication application(argc, argv);
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestSCMainWindow test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestSCMainWindow>(argc, argv);
 }
 
 #include "test_scmainwindow.moc"

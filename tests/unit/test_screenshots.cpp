@@ -1,4 +1,3 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/tile.h"
@@ -7,7 +6,7 @@
 #include "overlays/windowhighlighter.h"
 #include "screenshot/scscreenshotwindow.h"
 #include "tests/support/shownwindow.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
 
 #include <QApplication>
@@ -25,11 +24,7 @@ class TestScreenshots : public QObject
 private slots:
     void init()
     {
-        const auto settings = openSettings();
-        settings->clear();
-        settings->setValue(settingskeys::kFirstRun, false);
-        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
-        settings->setValue(settingskeys::kScreenshotHotkey, QStringLiteral("None"));
+        windowtest::resetSettings();
         m_window = std::make_unique<SCMainWindow>();
         m_window->show();
     }
@@ -215,13 +210,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestScreenshots test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestScreenshots>(argc, argv);
 }
 
 #include "test_screenshots.moc"

@@ -1,7 +1,6 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "screenshot/scscreenshot.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QDir>
@@ -205,11 +204,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestSCScreenshot test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestSCScreenshot>(argc, argv);
 }
 
 #include "test_scscreenshot.moc"

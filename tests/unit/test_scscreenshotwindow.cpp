@@ -1,21 +1,27 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "screenshot/scscreenshot.h"
 #include "screenshot/scscreenshotwindow.h"
 #include "tests/support/messagecapture.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/pointerevents.h"
 #include "tests/support/widgetpicture.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QEnterEvent>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+using pointerevents::drag;
+using pointerevents::enter;
+using pointerevents::leave;
+using pointerevents::mouse;
+using pointerevents::moveHeld;
+using pointerevents::press;
+using pointerevents::release;
 
 namespace {
 
@@ -41,49 +47,11 @@ void click(const char* name)
     QTest::mouseClick(&button(name), Qt::LeftButton);
 }
 
-/// Mouse events that say where on the desktop they are, as the system's do; the frame may be elsewhere by then.
-void mouse(QWidget& widget, QEvent::Type type, const QPoint& global, Qt::MouseButton changed = Qt::NoButton,
-           Qt::MouseButtons held = Qt::NoButton)
-{
-    QMouseEvent event(type, widget.mapFromGlobal(global), global, changed, held, Qt::NoModifier);
-    QApplication::sendEvent(&widget, &event);
-}
-
-void press(QWidget& widget, const QPoint& global)
-{
-    mouse(widget, QEvent::MouseButtonPress, global, Qt::LeftButton, Qt::LeftButton);
-}
-
-void moveHeld(QWidget& widget, const QPoint& global)
-{
-    mouse(widget, QEvent::MouseMove, global, Qt::NoButton, Qt::LeftButton);
-}
-
-void release(QWidget& widget, const QPoint& global)
-{
-    mouse(widget, QEvent::MouseButtonRelease, global, Qt::LeftButton);
-}
-
-void drag(QWidget& widget, const QPoint& from, const QPoint& distance)
-{
-    press(widget, from);
-    moveHeld(widget, from + distance / 2);
-    moveHeld(widget, from + distance);
-    release(widget, from + distance);
-}
-
 /// Pictures are compared, so that it is the icon's looks that counts. Without the SVG plug-in they are all blank.
 bool shows(const QPushButton& shown, const char* image)
 {
     const QIcon expected(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(image)));
     return shown.icon().pixmap(24, 24).toImage() == expected.pixmap(24, 24).toImage();
-}
-
-void hover(QPushButton& button, bool entered)
-{
-    QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(&button, entered ? static_cast<QEvent*>(&enter) : &leave);
 }
 
 QImage canvas(const QSize& size)
@@ -260,9 +228,9 @@ private slots:
              {Icon{"saveButton", "capture", "capture-white"}, Icon{"drawButton", "pen", "pen-white"},
               Icon{"clearButton", "clear", "clear-white"}, Icon{"cancelButton", "close", "close-white"}}) {
             QVERIFY(shows(button(icon.button), icon.normal));
-            hover(button(icon.button), true);
+            enter(button(icon.button));
             QVERIFY(shows(button(icon.button), icon.hovered));
-            hover(button(icon.button), false);
+            leave(button(icon.button));
             QVERIFY(shows(button(icon.button), icon.normal));
         }
     }
@@ -273,8 +241,8 @@ private slots:
         click("drawButton");
         QVERIFY(button("drawButton").isChecked());
         QVERIFY(shows(button("drawButton"), "pen-white"));
-        hover(button("drawButton"), true);
-        hover(button("drawButton"), false);
+        enter(button("drawButton"));
+        leave(button("drawButton"));
         QVERIFY(shows(button("drawButton"), "pen-white"));
         click("drawButton");
         QVERIFY(!button("drawButton").isChecked());
@@ -552,11 +520,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestSCScreenshotWindow test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestSCScreenshotWindow>(argc, argv);
 }
 
 #include "test_scscreenshotwindow.moc"

@@ -1,9 +1,8 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "app/settingstables.h"
 #include "dialogs/scsettingswindow.h"
 #include "tests/support/messagecapture.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -479,13 +478,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestSCSettingsWindow test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestSCSettingsWindow>(argc, argv);
 }
 
 #include "test_scsettingswindow.moc"

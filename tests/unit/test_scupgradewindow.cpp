@@ -1,10 +1,9 @@
-#include "app/appidentity.h"
 #include "app/webaddresses.h"
 #include "dialogs/dialogwindow.h"
 #include "dialogs/scupgradewindow.h"
 #include "tests/support/addresses.h"
 #include "tests/support/messagecapture.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QJsonArray>
@@ -238,12 +237,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestSCUpgradeWindow test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestSCUpgradeWindow>(argc, argv);
 }
 
 #include "test_scupgradewindow.moc"

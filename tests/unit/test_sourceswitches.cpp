@@ -1,11 +1,10 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "engine/volumecontrol.h"
 #include "mainwindow/sourceport.h"
 #include "mainwindow/sourceswitches.h"
 #include "overlays/scswitchwidget.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/widgetpicture.h"
+#include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
 
 #include <QApplication>
@@ -241,11 +240,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestSourceSwitches test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestSourceSwitches>(argc, argv);
 }
 
 #include "test_sourceswitches.moc"

@@ -1,11 +1,10 @@
-#include "app/appidentity.h"
 #include "app/webaddresses.h"
 #include "dialogs/scupgradewindow.h"
 #include "dialogs/silentupdatecheck.h"
 #include "dialogs/updaterequest.h"
 #include "tests/support/messagecapture.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/updateserver.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -322,12 +321,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestUpdateCheck test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestUpdateCheck>(argc, argv);
 }
 
 #include "test_updatecheck.moc"

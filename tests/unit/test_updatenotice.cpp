@@ -1,4 +1,3 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "dialogs/scaboutwindow.h"
 #include "dialogs/scupgradewindow.h"
@@ -10,8 +9,8 @@
 #include "platform/capture_exclusion.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/updateserver.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QPushButton>
@@ -50,11 +49,7 @@ class TestUpdateNotice : public QObject
 private slots:
     void init()
     {
-        m_settings->clear();
-        applyDefaultSettings(*m_settings);
-        m_settings->setValue(settingskeys::kFirstRun, false);
-        m_settings->setValue(settingskeys::kRecordingHotkey, "None");
-        m_settings->setValue(settingskeys::kScreenshotHotkey, "None");
+        windowtest::resetSettings();
         makeWindow();
         m_window->move(60, 50);
         m_window->show();
@@ -174,19 +169,12 @@ private:
 
     MainMenu& menu() const { return *m_window->findChild<MainMenu*>(); }
 
-    std::unique_ptr<QSettings> m_settings = openSettings();
     std::unique_ptr<SCMainWindow> m_window;
 };
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestUpdateNotice test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestUpdateNotice>(argc, argv);
 }
 
 #include "test_updatenotice.moc"

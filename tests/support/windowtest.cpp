@@ -1,0 +1,19 @@
+#include "tests/support/windowtest.h"
+
+#include "app/settings.h"
+
+#include <QSettings>
+
+namespace windowtest {
+
+void resetSettings()
+{
+    const auto settings = openSettings();
+    settings->clear();
+    applyDefaultSettings(*settings);
+    settings->setValue(settingskeys::kFirstRun, false);
+    settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("None"));
+    settings->setValue(settingskeys::kScreenshotHotkey, QStringLiteral("None"));
+}
+
+} // namespace windowtest
