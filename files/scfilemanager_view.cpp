@@ -99,10 +99,15 @@ void SCFileManager::selectFile(int row)
 
 bool SCFileManager::eventFilter(QObject* watched, QEvent* event)
 {
+    const bool press = event->type() == QEvent::MouseButtonPress;
+    const bool doubleClick = event->type() == QEvent::MouseButtonDblClick;
+    // Events of its end come from a view that is none any more, and must not be taken for one.
+    if (!press && !doubleClick)
+        return QObject::eventFilter(watched, event);
     const bool ofView = m_view != nullptr && (watched == m_view || watched == m_view->viewport());
-    if (ofView && event->type() == QEvent::MouseButtonDblClick)
+    if (ofView && doubleClick)
         onDoubleClicked(*m_view, *static_cast<QMouseEvent*>(event));
-    if (ofView && event->type() == QEvent::MouseButtonPress && onPressed(*m_view, *static_cast<QMouseEvent*>(event)))
+    if (ofView && press && onPressed(*m_view, *static_cast<QMouseEvent*>(event)))
         return true;
     return QObject::eventFilter(watched, event);
 }
