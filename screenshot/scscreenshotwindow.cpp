@@ -106,6 +106,7 @@ SCScreenshotWindow::SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent
     setAttribute(Qt::WA_QuitOnClose, false);
     buildToolBar();
     placeToolBar();
+    m_toolbar->show();
     loadStyleSheet();
     platform::readyAsOverlay(*this);
     m_isExcluded = platform::setExcludedFromCapture(*this, true) && m_isExcluded;
@@ -251,6 +252,16 @@ void SCScreenshotWindow::placeToolBar()
     m_toolbar->move(toolBarPlace());
     if (isVisible() && !m_capturing)
         m_toolbar->show();
+}
+
+bool SCScreenshotWindow::event(QEvent* event)
+{
+    if (event->type() == QEvent::WindowBlocked || event->type() == QEvent::WindowUnblocked) {
+        m_isBlocked = event->type() == QEvent::WindowBlocked;
+        updateOpening();
+        update();
+    }
+    return QWidget::event(event);
 }
 
 bool SCScreenshotWindow::eventFilter(QObject* watched, QEvent* event)
@@ -413,6 +424,7 @@ void SCScreenshotWindow::saveScreenshot()
 {
     if (m_capturing)
         return;
+    const bool wasShown = isVisible();
     const QScopedValueRollback<bool> capturing(m_capturing, true);
     m_isCompositing = platform::isCompositing();
     updateOpening();
@@ -420,6 +432,9 @@ void SCScreenshotWindow::saveScreenshot()
     const bool hidMore = clearTheView();
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     waitUntilUnseen(hidMore);
+    // A hotkey may have begun something else meanwhile, which is not to be disturbed by a shot.
+    if (wasShown && !isVisible())
+        return;
     const QPixmap picture = grab();
     const bool isSaved = !picture.isNull() && m_screenshot.saveScreenshot(picture, QString());
     m_capturing = false;
@@ -428,9 +443,16 @@ void SCScreenshotWindow::saveScreenshot()
         emit screenshotSaved(m_screenshot.lastSavedPath());
         return;
     }
+    comeBack();
+}
+
+void SCScreenshotWindow::comeBack()
+{
     updateOpening();
     update();
     placeToolBar();
+    // Whoever told the user what went wrong had the keyboard.
+    activateWindow();
 }
 
 /// Takes away what stands over the frame and would be in the picture. Whether there was anything.
@@ -509,7 +531,7 @@ QRegion SCScreenshotWindow::paintedRegion() const
 void SCScreenshotWindow::updateOpening()
 {
     using Pointer = platform::WindowOpening::Pointer;
-    m_opening.update(m_drawMode ? Pointer::IsTaken : Pointer::PassesThrough, m_isCompositing,
+    m_opening.update(takesPointer() ? Pointer::IsTaken : Pointer::PassesThrough, m_isCompositing,
                      [this] { return paintedRegion(); });
 }
 
@@ -530,7 +552,7 @@ void SCScreenshotWindow::paintMixed(QPainter& painter) const
         // The tool bar counts from the desktop's corner, the frame from its own.
         const QRegion filled = m_capturing ? QRegion(rect()) : QRegion(rect()) - m_toolbar->geometry();
         for (const QRect& part : filled)
-            painter.fillRect(part, kUnseen);
+            painter.fillRect(part, takesPointer() ? kUnseen : QColor(Qt::transparent));
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
         paintDrawing(painter);
     }

@@ -50,7 +50,8 @@ public slots:
     void show();
 
     /// Grabs the screen under the frame, without frame and tool bar and with what was drawn, and has it saved. On
-    /// success the frame is hidden and screenshotSaved() tells the file; otherwise it stays.
+    /// success the frame is hidden and screenshotSaved() tells the file; otherwise it stays. It runs events other than
+    /// the user's meanwhile; a frame that they hide takes no shot.
     void saveScreenshot();
 
     /// Gives the shot up: tells it and hides the frame.
@@ -70,6 +71,7 @@ signals:
     void screenshotCancelled();
 
 protected:
+    bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
@@ -111,7 +113,9 @@ private:
     bool isBorderSeen() const;
     QScreen* screenOfGrab() const;
     QPixmap grab() const;
+    void comeBack();
 
+    bool takesPointer() const { return m_drawMode && !m_isBlocked; }
     QRegion paintedRegion() const;
     void updateOpening();
     void paintMixed(QPainter& painter) const;
@@ -132,6 +136,8 @@ private:
     bool m_drawMode = false;
     /// A grab is in progress: what is not to be in the picture is not painted.
     bool m_capturing = false;
+    /// A dialog is open, which may lie below the frame.
+    bool m_isBlocked = false;
     QColor m_penColor = Qt::red;
     int m_penWidth = 3;
     QPainterPath m_drawPath;

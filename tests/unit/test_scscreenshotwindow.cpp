@@ -7,6 +7,7 @@
 #include "tests/support/windowtest.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QDir>
 #include <QPainter>
 #include <QPushButton>
@@ -14,6 +15,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 using pointerevents::drag;
 using pointerevents::enter;
@@ -193,6 +195,8 @@ private slots:
         m_window->show();
         QVERIFY(screen.contains(toolBar().geometry()));
     }
+
+    void toolBarIsThereFromTheStart() { QVERIFY(toolBar().isVisible()); }
 
     void hideTakesTheToolBarAlongAndTellsNothing()
     {
@@ -483,6 +487,42 @@ private slots:
         click("saveButton");
         QVERIFY(looks >= 3);
         QCOMPARE(QImage(m_screenshot->lastSavedPath()).pixelColor(1, 1), QColor(Qt::green));
+    }
+
+    void frameThatIsHiddenWhileItWaitsTakesNoShot()
+    {
+        m_window->show();
+        const QSignalSpy saved(m_window.get(), &SCScreenshotWindow::screenshotSaved);
+        const QSignalSpy failed(m_screenshot.get(), &SCScreenshot::error);
+        QTimer::singleShot(0, m_window.get(), &SCScreenshotWindow::hide);
+        click("saveButton");
+        QVERIFY(!m_window->isVisible());
+        QVERIFY(!toolBar().isVisible());
+        QVERIFY(saved.isEmpty());
+        QVERIFY(failed.isEmpty());
+        QVERIFY(QDir(m_folder->path()).isEmpty());
+        // The next one is taken.
+        m_window->show();
+        click("saveButton");
+        QCOMPARE(saved.size(), 1);
+    }
+
+    void penLetsThePointerThroughWhileADialogIsOpen()
+    {
+        const QPoint inside(200, 150);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        click("drawButton");
+        QCOMPARE(pictureOf(*m_window).pixelColor(inside).alpha(), 1);
+        {
+            QDialog dialog;
+            dialog.setModal(true);
+            dialog.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+            QCOMPARE(pictureOf(*m_window).pixelColor(inside).alpha(), 0);
+            QCOMPARE(pictureOf(*m_window).pixelColor(200, 0), kBlue);
+        }
+        QCOMPARE(pictureOf(*m_window).pixelColor(inside).alpha(), 1);
     }
 
     void escapeAndTheCloseButtonGiveTheShotUp_data()

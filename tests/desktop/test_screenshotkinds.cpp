@@ -1,0 +1,200 @@
+#include "app/appidentity.h"
+#include "app/settings.h"
+#include "overlays/windowhighlighter.h"
+#include "tests/desktop/desktopuser.h"
+#include "tests/desktop/screenshottest.h"
+#include "tests/desktop/userinput.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QPainter>
+#include <QPushButton>
+#include <QScreen>
+#include <QSettings>
+#include <QTest>
+
+#include <cstdlib>
+
+using desktopuser::click;
+using desktopuser::drag;
+using desktopuser::pointTo;
+using desktopuser::scale;
+using userinput::xdotool;
+
+namespace {
+
+constexpr QRgb kRed = qRgb(255, 0, 0);
+/// Within the frame: where a stroke begins, and how far it goes.
+constexpr QPoint kStrokeBegin(60, 80);
+constexpr QPoint kStroke(120, 0);
+
+/// A window that is like nothing else on the desktop, and of which each pixel tells its place as well.
+class PicturedWindow : public QWidget
+{
+public:
+    explicit PicturedWindow(const QRect& place) : QWidget(nullptr, Qt::FramelessWindowHint)
+    {
+        setGeometry(place);
+        m_picture = gridPicture((QSizeF(place.size()) * scale()).toSize());
+        m_picture.invertPixels();
+    }
+
+    const QImage& picture() const { return m_picture; }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override { QPainter(this).drawImage(rect(), m_picture); }
+
+private:
+    QImage m_picture;
+};
+
+/// Somewhere on the widget where none of its children is.
+QPoint gripOf(const QWidget& widget)
+{
+    QPoint place(widget.width() - 1, widget.height() / 2);
+    while (place.x() > 0 && widget.childAt(place) != nullptr)
+        place.rx() -= 1;
+    return widget.mapToGlobal(place);
+}
+
+bool isReddish(QRgb colour)
+{
+    return qRed(colour) > 180 && qGreen(colour) < 90 && qBlue(colour) < 90;
+}
+
+} // namespace
+
+/// Each kind of screenshot from its tile to its file, with all that can be done to its frame on the way.
+class TestScreenshotKinds : public ScreenshotTest
+{
+    Q_OBJECT
+
+private slots:
+    void frameIsResizedMovedDrawnOnAndSaved_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("format");
+        for (const char* kind : {"screen", "region", "window"}) {
+            for (const char* format : {"PNG", "JPG"})
+                QTest::addRow("%s as %s", kind, format) << QString(kind) << QString(format);
+        }
+    }
+
+    void frameIsResizedMovedDrawnOnAndSaved()
+    {
+        QFETCH(const QString, kind);
+        QFETCH(const QString, format);
+        openSettings()->setValue(settingskeys::kScreenshotFormat, format);
+        PicturedWindow window(region());
+        const QRect framed = openFrame(kind, window);
+        QTRY_COMPARE(frame()->geometry(), framed);
+
+        drag(framed.bottomRight(), framed.bottomRight() - QPoint(80, 40));
+        const QRect resized = framed.adjusted(0, 0, -80, -40);
+        QTRY_COMPARE(frame()->geometry(), resized);
+        QTest::qWait(100);
+        const QPoint grip = gripOf(bar());
+        drag(grip, grip + QPoint(20, 30));
+        const QRect moved = resized.translated(20, 30);
+        QTRY_COMPARE(frame()->geometry(), moved);
+        click(barButton("drawButton"));
+        drag(moved.topLeft() + kStrokeBegin, moved.topLeft() + kStrokeBegin + kStroke);
+        QTest::qWait(100);
+        click(barButton("saveButton"));
+
+        QTRY_COMPARE(m_produced->size(), 1);
+        QVERIFY(frame() == nullptr);
+        const QString path = m_produced->at(0).at(0).toString();
+        QVERIFY(path.endsWith(u'.' + format.toLower()));
+        const QImage desktop = kind == QLatin1String("window") ? desktopWith(window) : m_desktop;
+        expectPixels(QImage(path), desktop.copy(pixels(moved)), format);
+    }
+
+    /// Without the pen, nothing at all is in the shot but the window.
+    void pickedWindowIsShotToThePixel()
+    {
+        PicturedWindow window(region());
+        QCOMPARE(openFrame(QStringLiteral("window"), window), region());
+        desktopuser::press(QStringLiteral("Return"));
+        QTRY_COMPARE(m_produced->size(), 1);
+        const QImage shot(m_produced->at(0).at(0).toString());
+        QCOMPARE(shot.size(), window.picture().size());
+        QCOMPARE(largestDifference(shot, window.picture()), 0);
+        QTRY_VERIFY(!m_window->isMinimized());
+    }
+
+private:
+    /// Gets the frame by the tile of its kind. Where it has to stand.
+    QRect openFrame(const QString& kind, PicturedWindow& window) const
+    {
+        if (kind == QLatin1String("region")) {
+            dragRegion();
+            return region();
+        }
+        if (kind == QLatin1String("screen"))
+            clickTile("screenshotFullScreenTile");
+        else
+            pick(window);
+        [] { QTRY_VERIFY(frame() != nullptr); }();
+        waitForTheKeyboard();
+        return kind == QLatin1String("screen") ? QGuiApplication::primaryScreen()->geometry() : region();
+    }
+
+    void pick(PicturedWindow& window) const
+    {
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QTest::qWait(200);
+        clickTile("screenshotWindowTile");
+        QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
+        pointTo(window.geometry().center());
+        QTRY_COMPARE(shownWindow<WindowHighlighter>()->geometry(), window.geometry());
+        xdotool({"click", "1"});
+        QTRY_VERIFY(shownWindow<WindowHighlighter>() == nullptr);
+    }
+
+    QImage desktopWith(const PicturedWindow& window) const
+    {
+        QImage desktop = m_desktop;
+        QPainter painter(&desktop);
+        painter.drawImage(pixels(window.geometry()).topLeft(), window.picture());
+        return desktop;
+    }
+
+    /// The shot is what was on the desktop, with the stroke and without anything else.
+    static void expectPixels(const QImage& shot, QImage desktop, const QString& format)
+    {
+        QCOMPARE(shot.size(), desktop.size());
+        const QPoint begin = (QPointF(kStrokeBegin) * scale()).toPoint();
+        const QPoint end = (QPointF(kStrokeBegin + kStroke) * scale()).toPoint();
+        // Its ends are round.
+        constexpr int kEnd = 16;
+        for (int x = begin.x() + kEnd; x <= end.x() - kEnd; x += 4)
+            QVERIFY2(isReddish(shot.pixel(x, begin.y())), qPrintable(QString::number(x)));
+        // The stroke's own place is not the desktop's to tell, with what an encoder makes of its edges.
+        const QRect stroke = QRect(begin, end).adjusted(-16, -16, 16, 16);
+        QPainter(&desktop).drawImage(stroke.topLeft(), shot, stroke);
+        if (format == QLatin1String("PNG")) {
+            QCOMPARE(shot.pixel((begin + end) / 2), kRed);
+            // What makes the frame take the pointer is seen by nobody, but it is there.
+            constexpr int kFill = 2;
+            QVERIFY(largestDifference(shot, desktop) <= kFill);
+        } else {
+            const QString wrong = differenceFromGrid(shot, shot.rect(), desktop);
+            QVERIFY2(wrong.isEmpty(), qPrintable(wrong));
+        }
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    // Windows closed by a test must not end the test program.
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestScreenshotKinds test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_screenshotkinds.moc"
