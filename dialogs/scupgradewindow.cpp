@@ -10,6 +10,7 @@
 #include "widgets/stylesheet.h"
 #include "widgets/webpage.h"
 
+#include <QEvent>
 #include <QMetaEnum>
 #include <QNetworkAccessManager>
 #include <QTextDocument>
@@ -31,6 +32,14 @@ SCUpgradeWindow::SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo
 }
 
 SCUpgradeWindow::~SCUpgradeWindow() = default;
+
+void SCUpgradeWindow::changeEvent(QEvent* event)
+{
+    // A window that still waits to be shown has been made in the language from before.
+    if (event->type() == QEvent::LanguageChange)
+        m_ui->retranslateUi(this);
+    QMainWindow::changeEvent(event);
+}
 
 void SCUpgradeWindow::check()
 {

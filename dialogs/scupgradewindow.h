@@ -33,6 +33,9 @@ public:
     SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo);
     ~SCUpgradeWindow() override;
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private slots:
     // The first three are connected by their names when the form is set up.
     void on_closeBtn_clicked();

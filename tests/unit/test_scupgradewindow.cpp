@@ -15,6 +15,7 @@
 #include <QStackedWidget>
 #include <QTest>
 #include <QTextEdit>
+#include <QTranslator>
 
 namespace {
 
@@ -31,6 +32,18 @@ QJsonObject newer()
                                 {"url", "https://www.kestrano.example/new"},
                                 {"change", QJsonArray{"First", "Second"}}}}};
 }
+
+/// Puts every text between brackets.
+class Brackets : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char* /*context*/, const char* text, const char* /*disambiguation*/,
+                      int /*count*/) const override
+    {
+        return QStringLiteral("<%1>").arg(QString::fromUtf8(text));
+    }
+};
 
 } // namespace
 
@@ -186,6 +199,21 @@ private slots:
         QCOMPARE(window->minimumSize(), window->maximumSize());
         window->close();
         QTRY_VERIFY(window.isNull());
+    }
+
+    void windowThatWaitsToBeShownFollowsTheLanguage()
+    {
+        const SCUpgradeWindow window(nullptr, newer());
+        Brackets translator;
+        QCoreApplication::installTranslator(&translator);
+        QCoreApplication::processEvents();
+        QCOMPARE(child<QPushButton>(window, "laterBtn")->text(), QStringLiteral("<Remind Me Later>"));
+        QCoreApplication::removeTranslator(&translator);
+        QCoreApplication::processEvents();
+        QCOMPARE(child<QPushButton>(window, "laterBtn")->text(), QStringLiteral("Remind Me Later"));
+        QCOMPARE(text(window, "newVersionLabel"), QStringLiteral("1.0.1"));
+        QCOMPARE(child<QTextEdit>(window, "upgradeInfoTextEdit")->toPlainText(), QStringLiteral("First\nSecond\n"));
+        QCOMPARE(page(window), 2);
     }
 
     void everyPageIsAsLarge()
