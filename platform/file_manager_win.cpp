@@ -1,7 +1,7 @@
+#include "platform/explorer_arguments.h"
 #include "platform/file_manager.h"
 
 #include <QDebug>
-#include <QDir>
 #include <QProcess>
 
 #include <windows.h>
@@ -26,16 +26,14 @@ QString explorerProgram()
 
 void revealInFileManager(const QString& path)
 {
-    // No file's name holds a quote; one that came from somewhere else could end the argument early.
-    if (path.isEmpty() || path.contains(u'"')) {
+    const std::optional<QString> arguments = explorerArguments(path);
+    if (!arguments) {
         qWarning() << "Not the path of a file, not shown in the file manager:" << path;
         return;
     }
     QProcess explorer;
     explorer.setProgram(explorerProgram());
-    // The two arguments "/select," and the path. Explorer splits unquoted ones at commas, hence quotes also where there
-    // is no blank, which an argument list would leave out.
-    explorer.setNativeArguments(QStringLiteral("/select, \"%1\"").arg(QDir::toNativeSeparators(path)));
+    explorer.setNativeArguments(*arguments);
     if (!explorer.startDetached())
         qWarning() << "Explorer could not be started:" << explorer.errorString();
 }
