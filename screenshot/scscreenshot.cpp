@@ -1,6 +1,7 @@
 #include "screenshot/scscreenshot.h"
 
 #include "app/settings.h"
+#include "platform/disk_sync.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -25,8 +26,10 @@ bool write(const QPixmap& pixmap, const QString& path, const QByteArray& encoder
 {
     QSaveFile file(path);
     file.setDirectWriteFallback(true);
-    return file.open(QIODevice::WriteOnly) && pixmap.save(&file, encoder.constData(), kEncodersDefaultQuality) &&
-           file.commit();
+    if (!file.open(QIODevice::WriteOnly) || !pixmap.save(&file, encoder.constData(), kEncodersDefaultQuality))
+        return false;
+    // The commit by itself would notice neither that the buffer cannot be written out nor that the disk refuses it.
+    return file.flush() && platform::syncToDisk(file.handle()) && file.commit();
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "app/appidentity.h"
 #include "files/scfilemanager.h"
 #include "tests/support/filelibrary.h"
+#include "tests/support/fulldisk.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 
@@ -8,32 +9,6 @@
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
-
-#include <csignal>
-#include <sys/resource.h>
-
-namespace {
-
-/// While it lives no file of this process grows beyond so many bytes, as on a disk that has no more room.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit m_before{};
-};
-
-} // namespace
 
 /// The list of files on a disk that runs full at any byte.
 class TestFullDisk : public QObject
