@@ -86,6 +86,7 @@ StartedCopy::StartedCopy(const Profile& profile, Start start)
 {
     const QString program = QCoreApplication::applicationDirPath() + QLatin1String("/kestrano");
     m_process.setProcessEnvironment(profile.environment);
+    m_process.setWorkingDirectory(profile.root().path());
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     if (start == Start::AtOnce)
         m_process.start(program, QStringList());

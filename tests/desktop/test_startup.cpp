@@ -205,6 +205,46 @@ private slots:
         QCOMPARE(profile.settings().size(), 15);
     }
 
+    void wrongTypesUnderEveryKeyAreSurvived_data()
+    {
+        QTest::addColumn<QByteArray>("value");
+        QTest::newRow("number") << QByteArray("42");
+        QTest::newRow("word") << QByteArray("no such thing");
+        QTest::newRow("nothing") << QByteArray();
+        QTest::newRow("quote that is not closed") << QByteArray("\"abc");
+        QTest::newRow("bytes that are no text") << QByteArray("\xff\xfe\x80");
+        QTest::newRow("another program's type") << QByteArray("@Variant(\\0\\0\\0\\x7f)");
+        QTest::newRow("truth") << QByteArray("true");
+    }
+
+    void wrongTypesUnderEveryKeyAreSurvived()
+    {
+        QFETCH(const QByteArray, value);
+        const Profile profile;
+        QByteArray text;
+        for (const auto& [group, keys] : QList<std::pair<QByteArray, QList<QByteArray>>>{
+                 {"general", {"language"}},
+                 {"hotkeys", {"recording", "screenshot"}},
+                 {"mouse", {"showCursor", "showHighlight", "switch"}},
+                 {"recording",
+                  {"format", "micSwitch", "saveLocation", "screenSwitch", "speakerSwitch", "webcamSwitch"}},
+                 {"screenshot", {"format", "saveLocation"}}}) {
+            text += '[' + group + "]\n" + (group == "general" ? "firstRun=false\n" : "");
+            for (const QByteArray& key : keys)
+                text += key + '=' + value + '\n';
+        }
+        profile.writeSettings(text);
+        StartedCopy copy(profile);
+        // The switches are restored once the engine is there.
+        QVERIFY2(copy.waitForMessage("OBS initialized successfully"), qPrintable(copy.transcript()));
+        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(copy).id != 0, kTimeoutMs);
+        QCOMPARE(countMessages(copy, "Loaded fallback translation (en_US)"), 1);
+        copy.sendSignal(SIGTERM);
+        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
+        QCOMPARE(copy.exitCode(), 0);
+        QCOMPARE(profile.settings().size(), 15);
+    }
+
     void onlyTheDeletedSettingIsRestored()
     {
         const Profile profile;
