@@ -27,9 +27,11 @@ public:
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
     {
+        if (mode != QIcon::Disabled)
+            return m_icon.pixmap(size, 1.0, mode, state);
         const QPixmap whole = m_icon.pixmap(size, 1.0, shown(mode), state);
-        if (mode != QIcon::Disabled || whole.isNull())
-            return whole;
+        if (whole.isNull())
+            return {};
         QPixmap faint(whole.size());
         faint.fill(Qt::transparent);
         QPainter painter(&faint);
