@@ -2,9 +2,6 @@
 
 #include "engine/obswrapper.h"
 
-#include <QCameraDevice>
-#include <QMediaDevices>
-
 namespace {
 
 const auto kDefaultDevice = QStringLiteral("default");
@@ -32,9 +29,4 @@ int ObsSources::microphoneCount()
 void ObsSources::setPointer(bool on)
 {
     m_obs.setCaptureCursor(on);
-}
-
-bool ObsSources::hasCamera() const
-{
-    return !QMediaDevices::videoInputs().isEmpty();
 }

@@ -4,7 +4,7 @@
 
 class ObsWrapper;
 
-/// The engine, and the system's cameras, as the rows of sources see them.
+/// The engine as the rows of sources see it.
 class ObsSources : public SourcePort
 {
 public:
@@ -14,7 +14,6 @@ public:
     void setMicrophone(bool on) override;
     int microphoneCount() override;
     void setPointer(bool on) override;
-    bool hasCamera() const override;
 
 private:
     ObsWrapper& m_obs;

@@ -17,6 +17,8 @@
 #include "mainwindow/scfullscreentoolbar.h"
 #include "mainwindow/screenshotsession.h"
 #include "mainwindow/sourceswitches.h"
+#include "mainwindow/webcamswitch.h"
+#include "overlays/qtcamerasystem.h"
 #include "overlays/scswitchwidget.h"
 #include "overlays/windowhighlighter.h"
 #include "platform/frameless_window.h"
@@ -67,6 +69,10 @@ void openPage(const char* address)
 SCMainWindow::SCMainWindow() : SCMainWindow(std::make_unique<ObsWrapper>()) {}
 
 SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
+    : SCMainWindow(std::move(engine), std::make_shared<QtCameraSystem>())
+{}
+
+SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<CameraSystem> cameras)
     : m_ui(std::make_unique<Ui::SCMainWindow>())
     , m_obs(std::move(engine))
     , m_windowPicker(std::make_unique<WindowHighlighter>())
@@ -80,6 +86,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
     , m_shownStatus(recordstatus::kEnded)
 {
     m_ui->setupUi(this);
+    m_webcam = new WebcamSwitch(*m_ui->webcamSwitch, std::move(cameras), this);
     setUpFrame();
     SCLogger::instance()->initialize();
     applyStyleSheet(*this, kStyleSheet);
@@ -157,8 +164,8 @@ void SCMainWindow::setUpBoxes()
 
 void SCMainWindow::setUpSources()
 {
-    const SourceRows rows{*m_ui->speakerSwitch, *m_ui->speakerMeter, *m_ui->micSwitch,
-                          *m_ui->micMeter,      *m_ui->mouseSwitch,  *m_ui->webcamSwitch};
+    const SourceRows rows{*m_ui->speakerSwitch, *m_ui->speakerMeter, *m_ui->micSwitch, *m_ui->micMeter,
+                          *m_ui->mouseSwitch};
     m_switches = new SourceSwitches(rows, m_sources, *m_settings, this);
     new FocusRing(this,
                   {m_ui->screenSwitch, m_ui->mouseSwitch, m_ui->webcamSwitch, m_ui->speakerSwitch, m_ui->micSwitch});
@@ -418,6 +425,7 @@ void SCMainWindow::closeEvent(QCloseEvent* event)
         m_screenshots->giveUp();
         m_region->cancelSelection();
         m_windowPicker->hide();
+        m_webcam->switchOff();
         hideOverlays();
         QMainWindow::closeEvent(event);
         return;

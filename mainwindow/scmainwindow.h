@@ -12,6 +12,7 @@
 #include <array>
 #include <memory>
 
+class CameraSystem;
 class Hotkeys;
 class MainMenu;
 class ObsWrapper;
@@ -28,6 +29,7 @@ class ScreenshotSession;
 class SourceSwitches;
 class Tile;
 class UpdateNotice;
+class WebcamSwitch;
 class WindowHighlighter;
 
 namespace Ui {
@@ -50,6 +52,9 @@ public:
     /// The same window over an engine that the caller has made, for one that captures by another table than the running
     /// system's.
     explicit SCMainWindow(std::unique_ptr<ObsWrapper> engine);
+
+    /// The same with other cameras than the machine's.
+    SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<CameraSystem> cameras);
     ~SCMainWindow() override;
 
     /// Shares the application's translator with the window, which reloads it when the user chooses another language.
@@ -221,6 +226,7 @@ private:
     ObsRecorder m_recorder;
     RecordingSession m_session;
     SourceSwitches* m_switches = nullptr;
+    WebcamSwitch* m_webcam = nullptr;
     MainMenu* m_menu = nullptr;
     UpdateNotice* m_updateNotice = nullptr;
     Hotkeys* m_hotkeys = nullptr;

@@ -16,7 +16,4 @@ public:
 
     /// Whether the pointer is captured.
     virtual void setPointer(bool on) = 0;
-
-    /// Whether there is a camera.
-    virtual bool hasCamera() const = 0;
 };

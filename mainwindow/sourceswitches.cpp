@@ -43,7 +43,6 @@ SourceSwitches::SourceSwitches(const SourceRows& rows, SourcePort& sources, QSet
     connect(&m_rows.speakerSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onSpeakerSwitched);
     connect(&m_rows.micSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onMicSwitched);
     connect(&m_rows.mouseSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onMouseSwitched);
-    connect(&m_rows.webcamSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onWebcamSwitched);
     showWithoutAsking(m_rows.mouseSwitch, m_settings.value(settingskeys::kMouseSwitch).toBool());
 }
 
@@ -98,14 +97,6 @@ void SourceSwitches::onMouseSwitched(bool on)
         m_settings.setValue(settingskeys::kMouseShowCursor, true);
     m_settings.setValue(settingskeys::kMouseShowHighlight, on);
     m_settings.setValue(settingskeys::kMouseSwitch, on);
-}
-
-void SourceSwitches::onWebcamSwitched(bool on)
-{
-    if (!on || m_sources.hasCamera())
-        return;
-    messagebox::warning(&m_window, text("Warning"), text("No camera device found!"));
-    m_rows.webcamSwitch.setChecked(false);
 }
 
 void SourceSwitches::applySpeaker(bool on)

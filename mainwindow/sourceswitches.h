@@ -16,12 +16,10 @@ struct SourceRows
     SCSwitchWidget& micSwitch;
     VolumeControl& micMeter;
     SCSwitchWidget& mouseSwitch;
-    SCSwitchWidget& webcamSwitch;
 };
 
-/// What the switches for sound, pointer and webcam do: each tells the engine, its meter and the settings.
-///
-/// The settings hold what the switches show. The webcam is not among them: it is off after each start.
+/// What the switches for sound and pointer do: each tells the engine, its meter and the settings, which hold what the
+/// switches show.
 class SourceSwitches : public QObject
 {
     Q_OBJECT
@@ -44,7 +42,6 @@ private:
     void onSpeakerSwitched(bool on);
     void onMicSwitched(bool on);
     void onMouseSwitched(bool on);
-    void onWebcamSwitched(bool on);
     void applySpeaker(bool on);
     void applyMic(bool on);
 

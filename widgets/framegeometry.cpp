@@ -40,14 +40,28 @@ bool movesBottom(HitArea area)
     return area == HitArea::BottomLeft || area == HitArea::BottomRight || area == HitArea::Bottom;
 }
 
-/// Gives the frame the other dimension that belongs to the dragged one.
-void applyRatio(HitArea area, Edges& edges, const QRect& start)
+Edges edgesOf(const QRect& rect)
 {
-    const double ratio = static_cast<double>(start.width()) / start.height();
-    const int height = static_cast<int>(edges.width() / ratio);
+    return {rect.left(), rect.top(), rect.left() + rect.width(), rect.top() + rect.height()};
+}
+
+/// Takes the edges of that area along with the mouse.
+void drag(HitArea area, Edges& edges, const QPoint& delta)
+{
+    edges.left += movesLeft(area) ? delta.x() : 0;
+    edges.right += movesRight(area) ? delta.x() : 0;
+    edges.top += movesTop(area) ? delta.y() : 0;
+    edges.bottom += movesBottom(area) ? delta.y() : 0;
+}
+
+/// Gives the frame the other dimension that belongs to the dragged one. Computes as precisely as the ratio is given.
+template <typename Real>
+void applyRatio(HitArea area, Edges& edges, const QRect& start, Real ratio)
+{
+    const int height = static_cast<int>(static_cast<Real>(edges.width()) / ratio);
     const int startBottom = start.top() + start.height();
     if (area == HitArea::Top || area == HitArea::Bottom) {
-        const int grown = (static_cast<int>(edges.height() * ratio) - start.width()) / 2;
+        const int grown = (static_cast<int>(static_cast<Real>(edges.height()) * ratio) - start.width()) / 2;
         edges.left = start.left() - grown;
         edges.right = start.left() + start.width() + grown;
     } else if (area == HitArea::Left || area == HitArea::Right) {
@@ -137,14 +151,32 @@ QRect resized(HitArea area, const QRect& start, const QPoint& delta, const QSize
 {
     if (!isResize(area))
         return start;
-    Edges edges{start.left(), start.top(), start.left() + start.width(), start.top() + start.height()};
-    edges.left += movesLeft(area) ? delta.x() : 0;
-    edges.right += movesRight(area) ? delta.x() : 0;
-    edges.top += movesTop(area) ? delta.y() : 0;
-    edges.bottom += movesBottom(area) ? delta.y() : 0;
+    Edges edges = edgesOf(start);
+    drag(area, edges, delta);
     if (lockRatio)
-        applyRatio(area, edges, start);
+        applyRatio(area, edges, start, static_cast<double>(start.width()) / start.height());
     applyMinimum(area, edges, minimum);
+    return edges.rect();
+}
+
+QRect draggedAtAspect(HitArea area, const QRect& start, const QPoint& delta, int minimumWidth, float aspect)
+{
+    if (!isResize(area))
+        return start.translated(delta);
+    Edges edges = edgesOf(start);
+    drag(area, edges, delta);
+    applyRatio(area, edges, start, aspect);
+    if (edges.width() >= minimumWidth)
+        return edges.rect();
+    if (movesLeft(area))
+        edges.left = edges.right - minimumWidth;
+    else
+        edges.right = edges.left + minimumWidth;
+    const int height = static_cast<int>(static_cast<float>(minimumWidth) / aspect);
+    if (movesTop(area))
+        edges.top = edges.bottom - height;
+    else
+        edges.bottom = edges.top + height;
     return edges.rect();
 }
 

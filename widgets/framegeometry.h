@@ -44,6 +44,15 @@ Qt::CursorShape cursorOf(HitArea area);
 ///        evenly about their middle. Such a height at a left or right edge is not held to the minimum.
 QRect resized(HitArea area, const QRect& start, const QPoint& delta, const QSize& minimum, bool lockRatio);
 
+/// The frame that start becomes when the given area was dragged by delta, for a frame that has always the ratio of the
+/// picture in it: a corner takes its vertical edge along, an edge grows the other two sides evenly about their middle,
+/// and no edge of the screen holds it. A frame that is narrower than minimumWidth then is as wide as that, and has the
+/// height that belongs to it.
+///
+/// @param area any that does not resize moves the frame
+/// @param aspect width by height of the picture, above 0
+QRect draggedAtAspect(HitArea area, const QRect& start, const QPoint& delta, int minimumWidth, float aspect);
+
 /// Where a frame goes that was dragged by delta: it stays within the available area, but may go below it by
 /// extraBelowPx.
 QPoint moved(const QRect& start, const QPoint& delta, const QRect& available, int extraBelowPx);

@@ -137,6 +137,53 @@ private slots:
         QCOMPARE(framegeometry::isResize(area), area >= HitArea::TopLeft && area <= HitArea::Bottom);
     }
 
+    void draggingAtAnAspect_data()
+    {
+        QTest::addColumn<HitArea>("area");
+        QTest::addColumn<QPoint>("delta");
+        QTest::addColumn<QRect>("expected");
+        const auto row = [](const char* name, HitArea area, const QPoint& delta, const QRect& expected) {
+            QTest::newRow(name) << area << delta << expected;
+        };
+        // From 400 x 225 with its corners at (100, 100) and (500, 325), at 16 : 9.
+        row("moved", HitArea::Move, {-30, 500}, byEdges(70, 600, 470, 825));
+        row("corner where it was", HitArea::BottomRight, {0, 0}, byEdges(100, 100, 500, 325));
+        row("edge where it was", HitArea::Left, {0, 0}, byEdges(100, 100, 500, 325));
+        // A corner's height follows its width, whatever the mouse says.
+        row("top left", HitArea::TopLeft, {-32, 500}, byEdges(68, 82, 500, 325));
+        row("top right", HitArea::TopRight, {32, 500}, byEdges(100, 82, 532, 325));
+        row("bottom left", HitArea::BottomLeft, {32, 500}, byEdges(132, 100, 500, 307));
+        row("bottom right", HitArea::BottomRight, {32, 500}, byEdges(100, 100, 532, 343));
+        // An edge grows both neighbours alike about the middle; half pixels are cut off.
+        row("left", HitArea::Left, {-80, 33}, byEdges(20, 78, 500, 347));
+        row("left, narrower", HitArea::Left, {80, 0}, byEdges(180, 122, 500, 303));
+        row("right", HitArea::Right, {80, 33}, byEdges(100, 78, 580, 347));
+        row("right, even", HitArea::Right, {32, 0}, byEdges(100, 91, 532, 334));
+        row("top", HitArea::Top, {33, -45}, byEdges(60, 55, 540, 325));
+        row("bottom", HitArea::Bottom, {33, 45}, byEdges(60, 100, 540, 370));
+        row("bottom, lower", HitArea::Bottom, {0, -45}, byEdges(140, 100, 460, 280));
+        // The width has a minimum of 200, and the height what belongs to it: 112.5, cut off.
+        row("top left, too narrow", HitArea::TopLeft, {300, 0}, byEdges(300, 213, 500, 325));
+        row("top right, too narrow", HitArea::TopRight, {-300, 0}, byEdges(100, 213, 300, 325));
+        row("bottom left, too narrow", HitArea::BottomLeft, {300, 0}, byEdges(300, 100, 500, 212));
+        row("bottom right, too narrow", HitArea::BottomRight, {-300, 0}, byEdges(100, 100, 300, 212));
+        row("bottom right, past the other corner", HitArea::BottomRight, {-900, 0}, byEdges(100, 100, 300, 212));
+        row("left, too narrow", HitArea::Left, {300, 0}, byEdges(300, 184, 500, 296));
+        row("right, too narrow", HitArea::Right, {-300, 0}, byEdges(100, 184, 300, 296));
+        row("right at the minimum", HitArea::Right, {-200, 0}, byEdges(100, 156, 300, 269));
+        row("top, too low", HitArea::Top, {0, 180}, byEdges(260, 213, 460, 325));
+        row("bottom, too low", HitArea::Bottom, {0, -180}, byEdges(260, 100, 460, 212));
+    }
+
+    void draggingAtAnAspect()
+    {
+        QFETCH(const HitArea, area);
+        QFETCH(const QPoint, delta);
+        QFETCH(const QRect, expected);
+        QCOMPARE(framegeometry::draggedAtAspect(area, QRect(100, 100, 400, 225), delta, 200, 1920.0F / 1080.0F),
+                 expected);
+    }
+
     void moving_data()
     {
         QTest::addColumn<QPoint>("delta");

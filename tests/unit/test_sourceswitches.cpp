@@ -23,11 +23,9 @@ public:
     void setMicrophone(bool on) override { calls << QStringLiteral("microphone %1").arg(int(on)); }
     int microphoneCount() override { return microphones; }
     void setPointer(bool on) override { calls << QStringLiteral("pointer %1").arg(int(on)); }
-    bool hasCamera() const override { return camera; }
 
     QStringList calls;
     int microphones = 2;
-    bool camera = false;
 };
 
 using Levels = std::array<float, VolumeControl::kMaxChannels>;
@@ -49,7 +47,6 @@ private slots:
         m_speaker = new SCSwitchWidget(m_window.get());
         m_mic = new SCSwitchWidget(m_window.get());
         m_mouse = new SCSwitchWidget(m_window.get());
-        m_webcam = new SCSwitchWidget(m_window.get());
         m_speakerMeter = new VolumeControl(m_window.get());
         m_micMeter = new VolumeControl(m_window.get());
         for (VolumeControl* const meter : {m_speakerMeter, m_micMeter}) {
@@ -147,26 +144,6 @@ private slots:
         QCOMPARE(m_settings->value(settingskeys::kMouseSwitch).toBool(), true);
     }
 
-    void webcamWithoutACameraIsWarnedOfAndSwitchedOff()
-    {
-        make();
-        const messagebox::Recorder boxes;
-        m_webcam->setChecked(true);
-        expectWarning(boxes, "No camera device found!");
-        QVERIFY(!m_webcam->isChecked());
-        QCOMPARE(m_settings->value(settingskeys::kWebcamSwitch).toBool(), false);
-    }
-
-    void webcamWithACameraStaysOn()
-    {
-        make();
-        m_sources.camera = true;
-        const messagebox::Recorder boxes;
-        m_webcam->setChecked(true);
-        QCOMPARE(boxes.calls().size(), std::size_t(0));
-        QVERIFY(m_webcam->isChecked());
-    }
-
     void restoringTellsTheEngineEveryStateAndWritesNothing()
     {
         m_settings->setValue(settingskeys::kSpeakerSwitch, false);
@@ -180,7 +157,6 @@ private slots:
         QVERIFY(!m_speaker->isChecked());
         QVERIFY(m_mic->isChecked());
         QVERIFY(m_mouse->isChecked());
-        QVERIFY(!m_webcam->isChecked());
         QVERIFY(!m_speakerMeter->isActive());
         QCOMPARE(stored(), before);
         QCOMPARE(boxes.calls().size(), std::size_t(0));
@@ -189,7 +165,7 @@ private slots:
 private:
     SourceSwitches& make()
     {
-        const SourceRows rows{*m_speaker, *m_speakerMeter, *m_mic, *m_micMeter, *m_mouse, *m_webcam};
+        const SourceRows rows{*m_speaker, *m_speakerMeter, *m_mic, *m_micMeter, *m_mouse};
         return *new SourceSwitches(rows, m_sources, *m_settings, m_window.get());
     }
 
@@ -233,7 +209,6 @@ private:
     SCSwitchWidget* m_speaker = nullptr;
     SCSwitchWidget* m_mic = nullptr;
     SCSwitchWidget* m_mouse = nullptr;
-    SCSwitchWidget* m_webcam = nullptr;
     VolumeControl* m_speakerMeter = nullptr;
     VolumeControl* m_micMeter = nullptr;
 };

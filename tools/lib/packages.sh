@@ -3,10 +3,12 @@
 # Installs what is missing, and only that: on a machine that has everything neither apt nor sudo is called.
 
 # Compiles the program and its tests.
-packages_build=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-multimedia-dev libobs-dev libxcb1-dev libxcb-shape0-dev libxcb-xinput-dev openssl)
+packages_build=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-multimedia-dev libgstreamer1.0-dev libobs-dev
+    libxcb1-dev libxcb-shape0-dev libxcb-xinput-dev openssl)
 
-# Runs it. libobs opens these by name while it runs, so no other package depends on all of them.
-packages_run=(obs-studio obs-plugins libqt6svg6 qt6-qpa-plugins libegl1 libgl1 libgl1-mesa-dri fonts-dejavu-core ca-certificates)
+# Runs it. libobs, and Qt for its cameras, open these by name while they run, so no other package depends on all of them.
+packages_run=(obs-studio obs-plugins gstreamer1.0-plugins-base gstreamer1.0-plugins-good
+    libqt6svg6 qt6-qpa-plugins libegl1 libgl1 libgl1-mesa-dri fonts-dejavu-core ca-certificates)
 
 # A desktop where there is none, and the tools that look at it and at recordings.
 packages_desktop=(dbus-daemon xvfb openbox xcompmgr picom pulseaudio pulseaudio-utils ffmpeg xdotool wmctrl x11-utils x11-xkb-utils

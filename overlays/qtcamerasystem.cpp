@@ -1,0 +1,125 @@
+#include "overlays/qtcamerasystem.h"
+
+#include <QCamera>
+#include <QCameraDevice>
+#include <QMediaCaptureSession>
+#include <QMediaDevices>
+#include <QVideoWidget>
+
+#include <utility>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace {
+
+CameraFormat toFormat(const QCameraFormat& format)
+{
+    return {format.resolution(), format.minFrameRate(), format.maxFrameRate(), static_cast<int>(format.pixelFormat())};
+}
+
+CameraDevice toDevice(const QCameraDevice& device)
+{
+    CameraDevice result{device.id(), device.description(), device.isDefault(), {}};
+    const QList<QCameraFormat> formats = device.videoFormats();
+    for (const QCameraFormat& format : formats)
+        result.formats.append(toFormat(format));
+    return result;
+}
+
+class QtCamera : public Camera
+{
+public:
+    explicit QtCamera(const QCameraDevice& device) : m_device(device), m_camera(device) {}
+
+    CameraDevice device() const override { return toDevice(m_device); }
+
+    std::optional<CameraFormat> format() const noexcept override
+    {
+        const QCameraFormat format = m_camera.cameraFormat();
+        if (format.isNull())
+            return std::nullopt;
+        return toFormat(format);
+    }
+
+    void setFormat(const CameraFormat& format) override
+    {
+        const QList<QCameraFormat> formats = m_device.videoFormats();
+        const auto found = std::find_if(formats.begin(), formats.end(),
+                                        [&](const QCameraFormat& known) { return toFormat(known) == format; });
+        if (found == formats.end())
+            throw std::invalid_argument("the camera has no such format");
+        m_camera.setCameraFormat(*found);
+    }
+
+    void beginSession(QVideoWidget* output) override
+    {
+        m_session = std::make_unique<QMediaCaptureSession>();
+        m_session->setCamera(&m_camera);
+        m_session->setVideoOutput(output);
+    }
+
+    bool isInSession() const noexcept override { return m_session != nullptr; }
+
+    void setVideoOutput(QVideoWidget* output) override { m_session->setVideoOutput(output); }
+
+    void endSession() noexcept override
+    {
+        if (m_session == nullptr)
+            return;
+        m_session->setVideoOutput(nullptr);
+        m_session->setCamera(nullptr);
+        m_session.reset();
+    }
+
+    bool isActive() const noexcept override { return m_camera.isActive(); }
+
+    void activate() override
+    {
+        QString failure;
+        const auto watch = QObject::connect(&m_camera, &QCamera::errorOccurred, &m_camera,
+                                            [&failure](QCamera::Error error, const QString& text) {
+                                                if (error != QCamera::NoError)
+                                                    failure = text.isEmpty() ? QStringLiteral("unknown error") : text;
+                                            });
+        m_camera.start();
+        QObject::disconnect(watch);
+        if (!failure.isEmpty())
+            throw std::runtime_error(failure.toStdString());
+    }
+
+    void deactivate() override { m_camera.stop(); }
+
+private:
+    QCameraDevice m_device;
+    QCamera m_camera;
+    std::unique_ptr<QMediaCaptureSession> m_session;
+};
+
+} // namespace
+
+QList<CameraDevice> QtCameraSystem::devices() const noexcept
+{
+    QList<CameraDevice> result;
+    const QList<QCameraDevice> devices = QMediaDevices::videoInputs();
+    for (const QCameraDevice& device : devices)
+        result.append(toDevice(device));
+    return result;
+}
+
+CameraDevice QtCameraSystem::defaultDevice() const noexcept
+{
+    return toDevice(QMediaDevices::defaultVideoInput());
+}
+
+std::unique_ptr<Camera> QtCameraSystem::createCamera(const CameraDevice& device)
+{
+    if (device.id.isEmpty())
+        return std::make_unique<QtCamera>(QCameraDevice());
+    const QList<QCameraDevice> devices = QMediaDevices::videoInputs();
+    const auto found = std::find_if(devices.begin(), devices.end(),
+                                    [&](const QCameraDevice& known) { return known.id() == device.id; });
+    if (found == devices.end())
+        throw std::runtime_error("the camera is not there any more");
+    return std::make_unique<QtCamera>(*found);
+}

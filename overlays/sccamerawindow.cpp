@@ -1,0 +1,311 @@
+#include "overlays/sccamerawindow.h"
+
+#include "app/sclogger.h"
+#include "overlays/cameradiagnostics.h"
+#include "overlays/qtcamerasystem.h"
+#include "platform/overlay_window.h"
+
+#include <QCloseEvent>
+#include <QFutureWatcher>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QScreen>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QVideoWidget>
+#include <QWindow>
+#include <QtConcurrentRun>
+
+#include <utility>
+
+using framegeometry::HitArea;
+
+namespace {
+
+/// Tool | FramelessWindowHint | WindowStaysOnTopHint, and a bit of the window's type that has no name.
+constexpr int kWindowFlags = 0x4081B;
+constexpr QSize kMinimumSize(200, 112);
+constexpr QSize kFirstSize(400, 225);
+constexpr int kScreenMarginPx = 20;
+constexpr int kRadiusPx = 5;
+constexpr QColor kBackground(40, 40, 46, 240);
+constexpr int kDeviceCheckMs = 2000;
+constexpr int kLateDeviceCheckMs = 5000;
+constexpr int kRefreshAfterShowMs = 200;
+constexpr int kRefreshAfterShowEventMs = 100;
+
+const auto kLabelStyle = QStringLiteral("QLabel { color: white; background-color: rgba(0, 0, 0, 180); }");
+const auto kWindowStyle = QStringLiteral("SCCameraWindow {"
+                                         "  background: rgba(40, 40, 46, 240);"
+                                         "  border: 1px solid transparent;"
+                                         "}"
+                                         "SCCameraWindow:hover {"
+                                         "  border: 1px solid #007ACC;"
+                                         "}");
+
+QRegion roundedRegion(const QRect& rect)
+{
+    QPainterPath outline;
+    outline.addRoundedRect(rect, kRadiusPx, kRadiusPx);
+    return QRegion(outline.toFillPolygon().toPolygon());
+}
+
+} // namespace
+
+SCCameraWindow::SCCameraWindow(QWidget* parent) : SCCameraWindow(std::make_shared<QtCameraSystem>(), parent) {}
+
+SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* parent)
+    : QWidget(parent), m_system(std::move(cameras))
+{
+    setAttribute(Qt::WA_MouseTracking);
+    setWindowFlags(Qt::WindowFlags::fromInt(kWindowFlags));
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_NoSystemBackground);
+    // A helper of the program's: neither does it keep the program running, nor does its end end the program.
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setMinimumSize(kMinimumSize);
+    buildContent();
+    platform::readyAsOverlay(*this);
+    // Makes the native window, where the system did not need it so far.
+    winId();
+    windowHandle()->installEventFilter(this);
+    startDeviceTimer(kDeviceCheckMs);
+    checkDevices();
+}
+
+SCCameraWindow::~SCCameraWindow()
+{
+    SCLogger::info(QStringLiteral("Camera window destructor called"));
+}
+
+void SCCameraWindow::buildContent()
+{
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+
+    m_videoWidget = new QVideoWidget(this);
+    m_videoWidget->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_videoWidget->setAttribute(Qt::WA_MouseTracking);
+    m_videoWidget->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    m_videoWidget->setAspectRatioMode(Qt::KeepAspectRatio);
+    layout->addWidget(m_videoWidget);
+
+    auto* const mouseLayer = new QWidget(this);
+    mouseLayer->setAttribute(Qt::WA_MouseTracking);
+    mouseLayer->setAttribute(Qt::WA_TransparentForMouseEvents, false);
+    mouseLayer->setStyleSheet(QStringLiteral("background: transparent;"));
+    mouseLayer->raise();
+    mouseLayer->setGeometry(rect());
+
+    m_loadingLabel = new QLabel(this);
+    m_loadingLabel->setAlignment(Qt::AlignCenter);
+    m_loadingLabel->setStyleSheet(kLabelStyle);
+    // The mouse goes through it to the layer below.
+    m_loadingLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_loadingLabel->hide();
+
+    retranslate();
+    setStyleSheet(kWindowStyle);
+    resize(kFirstSize);
+}
+
+void SCCameraWindow::retranslate()
+{
+    setWindowTitle(tr("Webcam"));
+    m_loadingLabel->setText(m_usesFallback ? tr("Using fallback camera") : tr("Loading camera..."));
+}
+
+void SCCameraWindow::startDeviceTimer(int intervalMs)
+{
+    m_deviceTimer = new QTimer(this);
+    m_deviceTimer->setInterval(intervalMs);
+    connect(m_deviceTimer, &QTimer::timeout, this, &SCCameraWindow::checkDevices);
+    m_deviceTimer->start();
+}
+
+void SCCameraWindow::show()
+{
+    QWidget::show();
+    placeOnScreen();
+    m_loadingLabel->setGeometry(rect());
+    m_loadingLabel->show();
+    m_loadingLabel->raise();
+    raise();
+    activateWindow();
+    runDiagnostics();
+}
+
+void SCCameraWindow::placeOnScreen()
+{
+    if (m_startGeometry.isValid()) {
+        setGeometry(m_startGeometry);
+        return;
+    }
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr)
+        return;
+    const QRect available = screen->availableGeometry();
+    move(available.left() + available.width() - kScreenMarginPx - width(),
+         available.top() + available.height() - kScreenMarginPx - height());
+}
+
+void SCCameraWindow::runDiagnostics()
+{
+    // The watcher goes with the window, the job goes on without it.
+    auto* const watcher = new QFutureWatcher<void>(this);
+    connect(watcher, &QFutureWatcher<void>::finished, this, &SCCameraWindow::followUpDiagnostics);
+    connect(watcher, &QFutureWatcher<void>::finished, watcher, &QObject::deleteLater);
+    watcher->setFuture(QtConcurrent::run([cameras = m_system] { writeCameraDiagnostics(*cameras); }));
+}
+
+void SCCameraWindow::followUpDiagnostics()
+{
+    const auto queue = [this](auto call) { QMetaObject::invokeMethod(this, call, Qt::QueuedConnection); };
+    queue([this] { checkDevices(); });
+    queue([this] {
+        if (m_deviceTimer == nullptr)
+            startDeviceTimer(kLateDeviceCheckMs);
+    });
+    queue([this] { scheduleRefresh(kRefreshAfterShowMs); });
+}
+
+void SCCameraWindow::scheduleRefresh(int delayMs)
+{
+    QTimer::singleShot(delayMs, this, &SCCameraWindow::refreshPicture);
+}
+
+/// There are video surfaces that paint nothing until their size changes.
+void SCCameraWindow::refreshPicture()
+{
+    const QSize size = m_videoWidget->size();
+    m_videoWidget->resize(size.width() + 1, size.height());
+    m_videoWidget->resize(size);
+    m_videoWidget->setVisible(true);
+    m_videoWidget->repaint();
+    repaint();
+    SCLogger::info(QStringLiteral("Forced video widget update (size: %1x%2)").arg(size.width()).arg(size.height()));
+}
+
+/// Closes the window without its native one, which the toolkit would destroy: the video surface in it does not outlive
+/// that, and would show nothing when the window is shown again.
+bool SCCameraWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != windowHandle() || event->type() != QEvent::Close)
+        return QWidget::eventFilter(watched, event);
+    QCoreApplication::sendEvent(this, event);
+    return true;
+}
+
+void SCCameraWindow::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        retranslate();
+    QWidget::changeEvent(event);
+}
+
+void SCCameraWindow::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    SCLogger::info(QStringLiteral("Camera window shown"));
+    if (!m_cameras.isEmpty()) {
+        SCLogger::info(QStringLiteral("Selecting first available camera after window show"));
+        onCameraSelected(0);
+    }
+    scheduleRefresh(kRefreshAfterShowEventMs);
+}
+
+void SCCameraWindow::hideEvent(QHideEvent* event)
+{
+    QWidget::hideEvent(event);
+    SCLogger::info(QStringLiteral("Camera window hidden"));
+    if (m_camera == nullptr || !m_camera->isActive())
+        return;
+    SCLogger::info(QStringLiteral("Stopping camera when window is hidden"));
+    deactivateCamera();
+}
+
+void SCCameraWindow::closeEvent(QCloseEvent* event)
+{
+    SCLogger::info(QStringLiteral("Camera window closing"));
+    stopCamera();
+    event->accept();
+    // Whatever may have opened a camera in between has to let go of it before the window is gone.
+    stopCamera();
+    hide();
+}
+
+void SCCameraWindow::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_pressing = true;
+    m_pressPoint = event->globalPosition().toPoint();
+    m_resizeEdge = framegeometry::hitAreaAt(event->position().toPoint(), size());
+    m_startGeometry = geometry();
+    event->accept();
+}
+
+void SCCameraWindow::mouseMoveEvent(QMouseEvent* event)
+{
+    showCursorAt(event->position().toPoint());
+    if (!m_pressing || !(event->buttons() & Qt::LeftButton))
+        return;
+    const QPoint delta = event->globalPosition().toPoint() - m_pressPoint;
+    setGeometry(framegeometry::draggedAtAspect(m_resizeEdge, m_startGeometry, delta, minimumWidth(), aspect()));
+    event->accept();
+}
+
+void SCCameraWindow::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_pressing = false;
+    m_resizeEdge = HitArea::None;
+    showCursorAt(event->position().toPoint());
+    event->accept();
+}
+
+void SCCameraWindow::showCursorAt(const QPoint& place)
+{
+    const HitArea area = framegeometry::hitAreaAt(place, size());
+    // Over a picture the arrow says enough.
+    setCursor(area == HitArea::Move ? Qt::ArrowCursor : framegeometry::cursorOf(area));
+}
+
+void SCCameraWindow::moveEvent(QMoveEvent* event)
+{
+    QWidget::moveEvent(event);
+    reportGeometry();
+}
+
+void SCCameraWindow::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    reportGeometry();
+    // What catches the mouse stays over the picture.
+    const QList<QWidget*> children = findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    for (QWidget* const child : children) {
+        if (child != m_videoWidget && child != m_loadingLabel)
+            child->setGeometry(rect());
+    }
+    // The video surface would cover the corners.
+    setMask(roundedRegion(rect()));
+}
+
+void SCCameraWindow::reportGeometry()
+{
+    emit windowGeometryChanged(pos(), pos() + QPoint(width(), height()));
+}
+
+void SCCameraWindow::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(kBackground);
+    painter.drawRoundedRect(rect(), kRadiusPx, kRadiusPx);
+}

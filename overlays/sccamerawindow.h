@@ -1,0 +1,103 @@
+#pragma once
+
+#include "overlays/camerasystem.h"
+#include "widgets/framegeometry.h"
+
+#include <QPoint>
+#include <QPointer>
+#include <QRect>
+#include <QWidget>
+
+class QLabel;
+class QTimer;
+class QVideoWidget;
+
+/// The webcam's picture, floating above the desktop so that it is recorded with it: a small frameless window that the
+/// user moves by dragging, and resizes by its edges and corners at the camera's ratio.
+///
+/// It finds the cameras and opens the first one by itself, chooses the format, tries others when that fails, and
+/// follows cameras that are plugged in and out. Every step is in the log; nothing is shown to the user but the picture.
+/// While the window is hidden its camera may come back to life, so close() it to let go of the camera. All coordinates
+/// are logical pixels of the desktop.
+class SCCameraWindow : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// Over the machine's own cameras.
+    explicit SCCameraWindow(QWidget* parent = nullptr);
+    explicit SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* parent = nullptr);
+    ~SCCameraWindow() override;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+public slots:
+    /// Shows the window in the lower right corner of the primary screen or, once the user has dragged it, where the
+    /// last drag began.
+    void show();
+
+    /// Opens that camera of the list as the system gave it last; an index that is not in it is logged and ignored.
+    void onCameraSelected(int index);
+
+signals:
+    /// The window was moved or resized. The second corner is one past the last pixel, right and below.
+    void windowGeometryChanged(QPoint topLeft, QPoint bottomRight);
+
+protected:
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void buildContent();
+    void startDeviceTimer(int intervalMs);
+    void retranslate();
+    void reportGeometry();
+    void placeOnScreen();
+    void showCursorAt(const QPoint& place);
+    void runDiagnostics();
+    void followUpDiagnostics();
+    void scheduleRefresh(int delayMs);
+    void refreshPicture();
+
+    // The camera: sccamerawindow_camera.cpp.
+    void checkDevices();
+    void openFirstCamera();
+    void onNoCamera();
+    void createCamera(const CameraDevice& device);
+    void startOrTryOthers(const CameraDevice& device);
+    void restartCamera();
+    void startCamera();
+    void activateCamera();
+    void fitToFormat();
+    void tryOtherFormats(const CameraDevice& device);
+    bool tryFormat(const CameraFormat& format);
+    void startFallbackCamera();
+    void stopCamera();
+    void deactivateCamera();
+    float aspect() const;
+
+    /// Shared with the job that writes about the cameras, which may outlive the window.
+    std::shared_ptr<CameraSystem> m_system;
+    /// Where the pointer went down, globally.
+    QPoint m_pressPoint;
+    bool m_pressing = false;
+    framegeometry::HitArea m_resizeEdge = framegeometry::HitArea::None;
+    /// Where the window was then.
+    QRect m_startGeometry;
+    QVideoWidget* m_videoWidget = nullptr;
+    /// With its session.
+    std::unique_ptr<Camera> m_camera;
+    QList<CameraDevice> m_cameras;
+    QPointer<QTimer> m_deviceTimer;
+    QLabel* m_loadingLabel = nullptr;
+    /// Whether the picture, if any, is that of the camera of last resort.
+    bool m_usesFallback = false;
+};

@@ -1,0 +1,158 @@
+#include "overlays/sccamerawindow.h"
+#include "tests/desktop/desktopuser.h"
+#include "tests/support/fakecameras.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QTest>
+#include <QThreadPool>
+
+#include <cmath>
+
+using desktopuser::colourAt;
+using desktopuser::drag;
+using desktopuser::onScreen;
+
+namespace {
+
+constexpr QRgb kUpper = qRgb(0, 160, 80);
+constexpr QRgb kLower = qRgb(255, 255, 255);
+const QRect kPlace(200, 160, 400, 225);
+
+bool isLike(QRgb seen, QRgb expected)
+{
+    // The picture may be turned into another colour space and back.
+    constexpr int kTolerance = 12;
+    return std::abs(qRed(seen) - qRed(expected)) <= kTolerance &&
+           std::abs(qGreen(seen) - qGreen(expected)) <= kTolerance &&
+           std::abs(qBlue(seen) - qBlue(expected)) <= kTolerance;
+}
+
+} // namespace
+
+/// The webcam window on a desktop, worked with the pointer and looked at. A made-up 16:9 camera is in it, whose picture
+/// is of one colour in its upper half and white in the lower one.
+class TestCameraWindowDesktop : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        desktopuser::pointTo(onScreen({3, 3}));
+        m_cameras = std::make_shared<FakeCameras>();
+        m_cameras->colour = QColor(kUpper);
+        m_cameras->plugIn({FakeCameras::device("A", {FakeCameras::format(1280, 720, 30)})});
+        m_window = std::make_unique<SCCameraWindow>(m_cameras);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        m_window->setGeometry(kPlace);
+        // All that showing it has called for.
+        QTest::qWait(500);
+        QCOMPARE(m_window->geometry(), kPlace);
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        QVERIFY(QThreadPool::globalInstance()->waitForDone());
+    }
+
+    void screenShowsThePicture() { expectPicture(); }
+
+    void pictureIsThereWhenTheWindowIsShownAgain()
+    {
+        m_window->close();
+        QTRY_VERIFY(!isLike(colourAt(place(0.5, 0.25)), kUpper));
+        m_window->show();
+        QTest::qWait(500);
+        expectPicture();
+        m_window->hide();
+        m_window->show();
+        QTest::qWait(500);
+        expectPicture();
+    }
+
+    void pictureFillsTheWindowAtEachSize()
+    {
+        drag(place(1, 1) - QPoint(2, 2), place(1, 1) + QPoint(158, 40));
+        QCOMPARE(m_window->geometry(), QRect(200, 160, 560, 315));
+        QTest::qWait(100);
+        expectPicture();
+    }
+
+    void rightEdgeOfA16To9PictureKeeps16To9GrowingSymmetrically()
+    {
+        drag(place(1, 0.5) - QPoint(2, 0), place(1, 0.5) + QPoint(78, 30));
+        // 270 high, of which both sides take the same whole number of pixels.
+        QCOMPARE(m_window->geometry(), QRect(200, 160 - 22, 480, 225 + 44));
+    }
+
+    void leftEdgeKeepsTheRightOneInPlace()
+    {
+        drag(place(0, 0.5) + QPoint(2, 0), place(0, 0.5) + QPoint(-30, 0));
+        QCOMPARE(m_window->geometry(), QRect(168, 160 - 9, 432, 225 + 18));
+    }
+
+    void topEdgeKeepsTheBottomOneInPlace()
+    {
+        drag(place(0.5, 0) + QPoint(0, 2), place(0.5, 0) - QPoint(0, 43));
+        QCOMPARE(m_window->geometry(), QRect(160, 115, 480, 270));
+    }
+
+    void windowDraggedSmallKeepsItsMinimum()
+    {
+        drag(place(1, 1) - QPoint(2, 2), place(0, 0) + QPoint(20, 20));
+        QCOMPARE(m_window->geometry(), QRect(200, 160, 200, 112));
+    }
+
+    void windowShownAgainIsWhereTheLastDragBegan()
+    {
+        drag(place(0.5, 0.5), place(0.5, 0.5) + QPoint(80, 40));
+        QCOMPARE(m_window->geometry(), kPlace.translated(80, 40));
+        drag(place(0.5, 0.5), place(0.5, 0.5) + QPoint(-50, 100));
+        QCOMPARE(m_window->geometry(), kPlace.translated(30, 140));
+        m_window->hide();
+        m_window->show();
+        QCOMPARE(m_window->geometry(), kPlace.translated(80, 40));
+        QTest::qWait(500);
+        expectPicture();
+    }
+
+    void windowGoesPastTheScreensEdges()
+    {
+        drag(place(0.5, 0.5), place(0.5, 0.5) + QPoint(-350, -250));
+        QCOMPARE(m_window->geometry(), kPlace.translated(-350, -250));
+    }
+
+private:
+    /// A point of the window, in shares of its width and height.
+    QPoint place(double x, double y) const
+    {
+        const QRect geometry = m_window->geometry();
+        return geometry.topLeft() + QPoint(qRound(geometry.width() * x), qRound(geometry.height() * y));
+    }
+
+    void expectPicture() const
+    {
+        for (const double x : {0.05, 0.5, 0.95}) {
+            QTRY_VERIFY2(isLike(colourAt(place(x, 0.08)), kUpper), qPrintable(QColor(colourAt(place(x, 0.08))).name()));
+            QTRY_VERIFY2(isLike(colourAt(place(x, 0.42)), kUpper), qPrintable(QColor(colourAt(place(x, 0.42))).name()));
+            QTRY_VERIFY2(isLike(colourAt(place(x, 0.92)), kLower), qPrintable(QColor(colourAt(place(x, 0.92))).name()));
+        }
+    }
+
+    std::shared_ptr<FakeCameras> m_cameras;
+    std::unique_ptr<SCCameraWindow> m_window;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    QApplication application(argc, argv);
+    TestCameraWindowDesktop test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_camerawindow_desktop.moc"

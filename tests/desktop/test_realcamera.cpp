@@ -1,0 +1,103 @@
+#include "overlays/sccamerawindow.h"
+#include "tests/desktop/desktopuser.h"
+#include "tests/support/loglines.h"
+#include "tests/support/testprofile.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThreadPool>
+
+#include <array>
+
+namespace {
+
+const QRect kPlace(200, 160, 400, 225);
+
+/// The first three colour bars of the test camera are light grey, yellow and cyan, and the last one is blue.
+struct Bar
+{
+    double place;
+    bool red;
+    bool green;
+    bool blue;
+};
+
+constexpr std::array<Bar, 4> kBars{
+    {{0.07, true, true, true}, {0.21, true, true, false}, {0.36, false, true, true}, {0.93, false, false, true}}};
+
+bool isBar(QRgb seen, const Bar& bar)
+{
+    constexpr int kDark = 70;
+    constexpr int kLight = 140;
+    const auto is = [](int value, bool lit) { return lit ? value > kLight : value < kDark; };
+    return is(qRed(seen), bar.red) && is(qGreen(seen), bar.green) && is(qBlue(seen), bar.blue);
+}
+
+} // namespace
+
+/// The webcam window with the toolkit's own multimedia and a camera that a plug-in of GStreamer lists.
+class TestRealCamera : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        desktopuser::pointTo(desktopuser::onScreen({3, 3}));
+        plugIn();
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        QVERIFY(QThreadPool::globalInstance()->waitForDone());
+    }
+
+    void pictureOfTheCameraIsShown()
+    {
+        const LogLines log;
+        show();
+        for (const Bar& bar : kBars) {
+            const QPoint place = kPlace.topLeft() + QPoint(qRound(kPlace.width() * bar.place), 60);
+            QTRY_VERIFY2(isBar(desktopuser::colourAt(place), bar),
+                         qPrintable(QColor(desktopuser::colourAt(place)).name()));
+        }
+        QVERIFY(log.count("[INFO] Setting camera format: 1280x720 @ 30 FPS") >= 1);
+        QVERIFY(log.count("[INFO] Active camera format: 1280x720 @ 30 FPS") >= 1);
+        QCOMPARE(log.all().filter("[ERROR]"), QStringList());
+        QTRY_VERIFY(log.all().contains("[INFO] Camera: Kestrano Test Camera"));
+    }
+
+private:
+    static QString file() { return qEnvironmentVariable("KESTRANO_TEST_CAMERA"); }
+
+    static void plugIn()
+    {
+        QFile camera(file());
+        QVERIFY(camera.open(QIODevice::WriteOnly));
+    }
+
+    void show()
+    {
+        m_window = std::make_unique<SCCameraWindow>();
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        m_window->setGeometry(kPlace);
+    }
+
+    std::unique_ptr<SCCameraWindow> m_window;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    const QTemporaryDir folder;
+    qputenv("KESTRANO_TEST_CAMERA", folder.filePath(QStringLiteral("camera")).toLocal8Bit());
+    QApplication application(argc, argv);
+    TestRealCamera test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_realcamera.moc"

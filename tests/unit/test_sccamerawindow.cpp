@@ -1,0 +1,350 @@
+#include "app/appidentity.h"
+#include "overlays/sccamerawindow.h"
+#include "tests/support/fakecameras.h"
+#include "tests/support/testprofile.h"
+#include "tests/support/widgetpicture.h"
+
+#include <QApplication>
+#include <QBoxLayout>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThreadPool>
+#include <QTranslator>
+#include <QVideoFrame>
+#include <QVideoSink>
+#include <QVideoWidget>
+
+namespace {
+
+/// Puts every text in brackets.
+class Brackets : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char* /*context*/, const char* source, const char* /*disambiguation*/,
+                      int /*number*/) const override
+    {
+        return QStringLiteral("[%1]").arg(QString::fromUtf8(source));
+    }
+};
+
+} // namespace
+
+/// What the window is, how the mouse moves and resizes it, and where it is shown. A made-up 16:9 camera is in it.
+class TestSCCameraWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_cameras = std::make_shared<FakeCameras>();
+        m_cameras->plugIn({FakeCameras::device("A", {FakeCameras::format(1920, 1080, 30)})});
+        m_window = std::make_unique<SCCameraWindow>(m_cameras);
+        QCoreApplication::processEvents();
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        QVERIFY(QThreadPool::globalInstance()->waitForDone());
+    }
+
+    void windowIsFramelessAndStaysOnTop()
+    {
+        QCOMPARE(int(m_window->windowFlags()), 0x4081B);
+        QVERIFY(m_window->isWindow());
+        for (const Qt::WidgetAttribute attribute :
+             {Qt::WA_MouseTracking, Qt::WA_TranslucentBackground, Qt::WA_NoSystemBackground})
+            QVERIFY(m_window->testAttribute(attribute));
+        QVERIFY(!m_window->testAttribute(Qt::WA_QuitOnClose));
+        QCOMPARE(m_window->styleSheet(),
+                 QStringLiteral("SCCameraWindow {  background: rgba(40, 40, 46, 240);  border: 1px solid "
+                                "transparent;}SCCameraWindow:hover {  border: 1px solid #007ACC;}"));
+    }
+
+    void windowIsMadeSmall()
+    {
+        m_cameras->plugIn({});
+        const SCCameraWindow window(m_cameras);
+        QCOMPARE(window.minimumSize(), QSize(200, 112));
+        QCOMPARE(window.size(), QSize(400, 225));
+    }
+
+    void pictureFillsTheWindow()
+    {
+        const auto* const layout = qobject_cast<QVBoxLayout*>(m_window->layout());
+        QVERIFY(layout != nullptr);
+        QCOMPARE(layout->contentsMargins(), QMargins());
+        QCOMPARE(layout->spacing(), 0);
+        const auto* const video = m_window->findChild<QVideoWidget*>();
+        QCOMPARE(layout->indexOf(video), 0);
+        QCOMPARE(layout->count(), 1);
+        QVERIFY(video->testAttribute(Qt::WA_TransparentForMouseEvents));
+        QVERIFY(video->testAttribute(Qt::WA_MouseTracking));
+        QCOMPARE(video->sizePolicy(), QSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding));
+        QCOMPARE(video->aspectRatioMode(), Qt::KeepAspectRatio);
+        m_window->show();
+        QCOMPARE(video->geometry(), m_window->rect());
+    }
+
+    void layerThatCatchesTheMouseStaysOverThePicture()
+    {
+        m_window->show();
+        QWidget* const layer = mouseLayer();
+        QVERIFY(layer->testAttribute(Qt::WA_MouseTracking));
+        QVERIFY(!layer->testAttribute(Qt::WA_TransparentForMouseEvents));
+        QCOMPARE(layer->styleSheet(), QStringLiteral("background: transparent;"));
+        m_window->resize(640, 360);
+        QCOMPARE(layer->geometry(), QRect(0, 0, 640, 360));
+        const QObjectList& children = m_window->children();
+        QVERIFY(children.indexOf(layer) > children.indexOf(m_window->findChild<QVideoWidget*>()));
+    }
+
+    void labelTellsThatTheCameraIsLoading()
+    {
+        const auto* const label = m_window->findChild<QLabel*>();
+        QVERIFY(label->isHidden());
+        QCOMPARE(label->text(), QStringLiteral("Loading camera..."));
+        QCOMPARE(label->alignment(), Qt::AlignCenter);
+        QCOMPARE(label->styleSheet(), QStringLiteral("QLabel { color: white; background-color: rgba(0, 0, 0, 180); }"));
+        m_window->show();
+        QVERIFY(label->isVisible());
+        QCOMPARE(label->geometry(), m_window->rect());
+        const QObjectList& children = m_window->children();
+        QVERIFY(children.indexOf(label) > children.indexOf(mouseLayer()));
+    }
+
+    void textsFollowTheLanguage()
+    {
+        Brackets brackets;
+        QVERIFY(QCoreApplication::installTranslator(&brackets));
+        QCoreApplication::processEvents();
+        QCOMPARE(m_window->findChild<QLabel*>()->text(), QStringLiteral("[Loading camera...]"));
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("[Webcam]"));
+        QCoreApplication::removeTranslator(&brackets);
+        QCoreApplication::processEvents();
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("Webcam"));
+    }
+
+    void windowIsShownInTheLowerRightCornerOfTheScreen()
+    {
+        m_window->show();
+        const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
+        QCOMPARE(m_window->size(), QSize(400, 225));
+        QCOMPARE(m_window->pos(),
+                 QPoint(available.x() + available.width() - 20 - 400, available.y() + available.height() - 20 - 225));
+        m_window->hide();
+        m_window->move(5, 6);
+        m_window->show();
+        QCOMPARE(m_window->x(), available.x() + available.width() - 20 - 400);
+    }
+
+    void windowThatWasMovedIsShownWhereTheLastDragBegan()
+    {
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        dragFrom({200, 100}, {30, 20});
+        QCOMPARE(m_window->geometry(), QRect(90, 70, 400, 225));
+        dragFrom({200, 100}, {-40, 10});
+        m_window->hide();
+        m_window->show();
+        QCOMPARE(m_window->geometry(), QRect(90, 70, 400, 225));
+    }
+
+    void everyMoveAndResizeIsReported()
+    {
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        QSignalSpy reports(m_window.get(), &SCCameraWindow::windowGeometryChanged);
+        m_window->move(70, 80);
+        QCOMPARE(reports.size(), 1);
+        QCOMPARE(reports.last(), (QVariantList{QPoint(70, 80), QPoint(470, 305)}));
+        m_window->resize(480, 270);
+        QCOMPARE(reports.size(), 2);
+        QCOMPARE(reports.last(), (QVariantList{QPoint(70, 80), QPoint(550, 350)}));
+    }
+
+    void cursorTellsWhatTheMouseDoes_data()
+    {
+        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<Qt::CursorShape>("cursor");
+        QTest::newRow("top left") << QPoint(9, 9) << Qt::SizeFDiagCursor;
+        QTest::newRow("top right") << QPoint(390, 0) << Qt::SizeBDiagCursor;
+        QTest::newRow("bottom left") << QPoint(0, 224) << Qt::SizeBDiagCursor;
+        QTest::newRow("bottom right") << QPoint(399, 224) << Qt::SizeFDiagCursor;
+        QTest::newRow("left") << QPoint(9, 100) << Qt::SizeHorCursor;
+        QTest::newRow("right") << QPoint(390, 100) << Qt::SizeHorCursor;
+        QTest::newRow("top") << QPoint(200, 9) << Qt::SizeVerCursor;
+        QTest::newRow("bottom") << QPoint(200, 215) << Qt::SizeVerCursor;
+        QTest::newRow("inside") << QPoint(10, 10) << Qt::ArrowCursor;
+    }
+
+    void cursorTellsWhatTheMouseDoes()
+    {
+        QFETCH(const QPoint, place);
+        QFETCH(const Qt::CursorShape, cursor);
+        m_window->show();
+        m_window->setCursor(Qt::WaitCursor);
+        send(QEvent::MouseMove, place, Qt::NoButton, Qt::NoButton);
+        QCOMPARE(m_window->cursor().shape(), cursor);
+        m_window->setCursor(Qt::WaitCursor);
+        send(QEvent::MouseButtonRelease, place, Qt::LeftButton, Qt::NoButton);
+        QCOMPARE(m_window->cursor().shape(), cursor);
+    }
+
+    void cursorFollowsTheMouseDuringADragToo()
+    {
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        send(QEvent::MouseButtonPress, {399, 100}, Qt::LeftButton, Qt::LeftButton);
+        send(QEvent::MouseMove, {200, 100}, Qt::NoButton, Qt::LeftButton);
+        QCOMPARE(m_window->cursor().shape(), Qt::ArrowCursor);
+        send(QEvent::MouseButtonRelease, {200, 100}, Qt::LeftButton, Qt::NoButton);
+    }
+
+    void rightEdgeOfA16To9PictureKeeps16To9GrowingSymmetrically()
+    {
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        dragFrom({399, 100}, {80, 33});
+        QCOMPARE(m_window->geometry(), QRect(60, 50 - 22, 480, 269));
+    }
+
+    void cornersAndEdgesResize_data()
+    {
+        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<QRect>("expected");
+        QTest::newRow("top left") << QPoint(0, 0) << QRect(92, 68, 368, 207);
+        QTest::newRow("bottom right") << QPoint(399, 224) << QRect(60, 50, 432, 243);
+        QTest::newRow("top") << QPoint(200, 0) << QRect(108, 104, 304, 171);
+    }
+
+    void cornersAndEdgesResize()
+    {
+        QFETCH(const QPoint, place);
+        QFETCH(const QRect, expected);
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        dragFrom(place, {32, 54});
+        QCOMPARE(m_window->geometry(), expected);
+    }
+
+    void windowWithoutAPictureIsResizedAsASquare()
+    {
+        m_cameras->plugIn({});
+        m_window = std::make_unique<SCCameraWindow>(m_cameras);
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        dragFrom({399, 224}, {20, 0});
+        QCOMPARE(m_window->geometry(), QRect(60, 50, 420, 420));
+    }
+
+    void dragsPastTheMinimumKeepIt()
+    {
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        dragFrom({399, 224}, {-390, 0});
+        QCOMPARE(m_window->geometry(), QRect(60, 50, 200, 112));
+    }
+
+    void otherButtonsDragNothing()
+    {
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        send(QEvent::MouseButtonPress, {200, 100}, Qt::RightButton, Qt::RightButton);
+        send(QEvent::MouseMove, {250, 150}, Qt::NoButton, Qt::RightButton);
+        QCOMPARE(m_window->geometry(), QRect(60, 50, 400, 225));
+        send(QEvent::MouseMove, {250, 150}, Qt::NoButton, Qt::LeftButton);
+        QCOMPARE(m_window->geometry(), QRect(60, 50, 400, 225));
+        // The right one, let go, leaves a drag of the left one alone.
+        send(QEvent::MouseButtonPress, {200, 100}, Qt::LeftButton, Qt::LeftButton);
+        send(QEvent::MouseButtonRelease, {200, 100}, Qt::RightButton, Qt::LeftButton);
+        send(QEvent::MouseMove, {210, 100}, Qt::NoButton, Qt::LeftButton);
+        QCOMPARE(m_window->geometry(), QRect(70, 50, 400, 225));
+    }
+
+    void mouseThatWasLetGoDragsNoMore()
+    {
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        dragFrom({200, 100}, {10, 0});
+        send(QEvent::MouseMove, {300, 100}, Qt::NoButton, Qt::LeftButton);
+        QCOMPARE(m_window->geometry(), QRect(70, 50, 400, 225));
+    }
+
+    void backgroundIsARoundedRectangle()
+    {
+        m_window->findChild<QVideoWidget*>()->hide();
+        m_window->show();
+        m_window->findChild<QVideoWidget*>()->hide();
+        m_window->findChild<QLabel*>()->hide();
+        const QImage picture = pictureOf(*m_window);
+        for (const QPoint& inside : {QPoint(200, 100), QPoint(200, 0), QPoint(0, 100)})
+            QCOMPARE(picture.pixelColor(inside).rgba(), QColor(40, 40, 46, 240).rgba());
+        for (const QPoint& corner : {QPoint(0, 0), QPoint(399, 0), QPoint(0, 224), QPoint(399, 224)})
+            QCOMPARE(picture.pixelColor(corner).alpha(), 0);
+    }
+
+    void videoIsRoundedToo()
+    {
+        m_window->show();
+        m_window->resize(480, 270);
+        const QRegion mask = m_window->mask();
+        for (const QPoint& corner : {QPoint(0, 0), QPoint(479, 0), QPoint(0, 269), QPoint(479, 269)})
+            QVERIFY(!mask.contains(corner));
+        for (const QPoint& inside : {QPoint(5, 5), QPoint(240, 0), QPoint(479, 135), QPoint(0, 135), QPoint(240, 269)})
+            QVERIFY(mask.contains(inside));
+    }
+
+    void pictureReachesTheVideoWidget()
+    {
+        const auto* const video = m_window->findChild<QVideoWidget*>();
+        QCOMPARE(video->videoSink()->videoFrame().size(), QSize(1920, 1080));
+    }
+
+private:
+    QWidget* mouseLayer() const
+    {
+        const QList<QWidget*> children = m_window->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+        for (QWidget* const child : children) {
+            if (qobject_cast<QVideoWidget*>(child) == nullptr && qobject_cast<QLabel*>(child) == nullptr)
+                return child;
+        }
+        return nullptr;
+    }
+
+    /// As the system sends it: to the layer that catches the mouse, at a place in the window.
+    void send(QEvent::Type type, const QPoint& place, Qt::MouseButton button, Qt::MouseButtons buttons)
+    {
+        QMouseEvent event(type, place, m_window->pos() + place, button, buttons, Qt::NoModifier);
+        QCoreApplication::sendEvent(mouseLayer(), &event);
+    }
+
+    void dragFrom(const QPoint& place, const QPoint& delta)
+    {
+        const QPoint from = m_window->pos();
+        send(QEvent::MouseButtonPress, place, Qt::LeftButton, Qt::LeftButton);
+        // The window goes along, and with it what its places are counted from.
+        send(QEvent::MouseMove, place + delta / 2, Qt::NoButton, Qt::LeftButton);
+        send(QEvent::MouseMove, place + delta - (m_window->pos() - from), Qt::NoButton, Qt::LeftButton);
+        send(QEvent::MouseButtonRelease, place, Qt::LeftButton, Qt::NoButton);
+    }
+
+    std::shared_ptr<FakeCameras> m_cameras;
+    std::unique_ptr<SCCameraWindow> m_window;
+};
+
+int main(int argc, char* argv[])
+{
+    const TestProfile profile;
+    appidentity::apply();
+    QApplication application(argc, argv);
+    TestSCCameraWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_sccamerawindow.moc"
