@@ -3,6 +3,7 @@
 #include "widgets/stylesheet.h"
 
 #include <QCheckBox>
+#include <QCoreApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -26,6 +27,13 @@ QMessageBox::Icon iconOf(Kind kind)
     return QMessageBox::Information;
 }
 
+/// A desktop has its own words for them, in its own language.
+void nameButton(const QMessageBox& box, QMessageBox::StandardButton which, const char* text)
+{
+    if (QAbstractButton* const button = box.button(which))
+        button->setText(QCoreApplication::translate("QMessageBox", text));
+}
+
 /// Gives the box the program's look.
 void dress(QMessageBox& box)
 {
@@ -35,6 +43,8 @@ void dress(QMessageBox& box)
     const QList<QAbstractButton*> buttons = box.buttons();
     for (QAbstractButton* const button : buttons)
         button->setIcon({});
+    nameButton(box, QMessageBox::Ok, "OK");
+    nameButton(box, QMessageBox::Cancel, "Cancel");
     applyStyleSheet(box, QStringLiteral(":/res/style/message-box.qss"));
 }
 

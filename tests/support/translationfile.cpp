@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QRegularExpression>
 
+#include <utility>
+
 namespace translationfile {
 
 QByteArray bytes(const QString& code)

@@ -80,11 +80,11 @@ QStringList languages()
 QStringList sameAsInEnglish(const QString& code)
 {
     static const QMap<QString, QStringList> words{
-        {"de_DE", {"Screenshot", "Format", "Video", "Audio", "Version:", "OK", "Webcam"}},
-        {"oc_FR", {"Format", "Audio", "OK", "Menu", "Microphone", "Webcam"}},
+        {"de_DE", {"Screenshot", "Format", "Video", "Audio", "Version:", "OK", "Webcam", "Name", "Computer"}},
+        {"oc_FR", {"Format", "Audio", "OK", "Menu", "Microphone", "Webcam", "Type"}},
         {"es_ES", {"General", "Audio", "Error"}},
         {"pt_PT", {"OK", "Menu"}},
-        {"it_IT", {"Mouse", "Video", "Audio", "OK", "Menu", "Webcam"}},
+        {"it_IT", {"Mouse", "Video", "Audio", "OK", "Menu", "Webcam", "Computer"}},
         {"ja_JP", {"OK"}}};
     return words.value(code) + QStringList("Kestrano");
 }

@@ -12,7 +12,7 @@ packages_run=(obs-studio obs-plugins gstreamer1.0-plugins-base gstreamer1.0-plug
 
 # A desktop where there is none, and the tools that look at it and at recordings.
 packages_desktop=(dbus-daemon xvfb openbox xcompmgr picom pulseaudio pulseaudio-utils ffmpeg xdotool wmctrl x11-utils x11-xkb-utils
-    x11-xserver-utils tk procps)
+    x11-xserver-utils tk procps fonts-noto-cjk)
 
 packages_format=(clang-format)
 packages_lint=(clang-format clang-tidy shellcheck)
