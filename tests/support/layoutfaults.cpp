@@ -85,7 +85,7 @@ public:
         else if (const auto* const box = qobject_cast<const QComboBox*>(&part))
             lookAtBox(*box);
         else if (const auto* const field = qobject_cast<const QLineEdit*>(&part))
-            expectRoom(*field, field->placeholderText(), placeIn(*field));
+            lookAtField(*field);
         else if (const auto* const text = qobject_cast<const QPlainTextEdit*>(&part))
             lookAtText(*text);
     }
@@ -198,6 +198,16 @@ private:
             box.style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, &box).size();
         for (int place = 0; place < box.count(); ++place)
             expectRoom(box, box.itemText(place), room);
+    }
+
+    void lookAtField(const QLineEdit& field)
+    {
+        expectRoom(field, field.placeholderText(), placeIn(field));
+        bool isNumber = false;
+        (void)field.text().toInt(&isNumber);
+        // One that is cut off is another number.
+        if (isNumber)
+            expectRoom(field, field.text(), placeIn(field));
     }
 
     static QSize placeIn(const QLineEdit& field)
