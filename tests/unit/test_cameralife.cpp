@@ -170,8 +170,9 @@ private slots:
         m_cameras->calls.clear();
         const LogLines log;
         checkDevices();
-        QCOMPARE(log.all().mid(0, 2),
-                 (QStringList{"[INFO] Camera started successfully", "[INFO] Active camera format: 1280x720 @ 30 FPS"}));
+        // On a slow machine a refresh of before comes in between.
+        QCOMPARE(log.count("[INFO] Camera started successfully"), 1);
+        QCOMPARE(log.count("[INFO] Active camera format: 1280x720 @ 30 FPS"), 1);
         QCOMPARE(m_cameras->calls, (QStringList{"output", "activate"}));
     }
 
