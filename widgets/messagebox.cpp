@@ -4,12 +4,16 @@
 
 #include <QCheckBox>
 #include <QCoreApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
 namespace messagebox {
 
 namespace {
+
+/// In logical pixels: a line of any of the program's languages.
+constexpr int kLineHeightPx = 20;
 
 /// The one that notes at present; null where boxes are shown.
 Recorder* s_recorder = nullptr;
@@ -48,6 +52,13 @@ void dress(QMessageBox& box)
     applyStyleSheet(box, QStringLiteral(":/res/style/message-box.qss"));
 }
 
+/// The box is fixed in its size by the height of its own font's lines; letters that come from another font need more.
+void reserveLine(const QMessageBox& box)
+{
+    if (auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
+        label->setMinimumHeight(kLineHeightPx);
+}
+
 void show(const Call& call)
 {
     QMessageBox box(iconOf(call.kind), call.title, call.text, QMessageBox::Ok, call.parent);
@@ -65,6 +76,7 @@ Answer showQuestion(const Question& question)
     box.setDefaultButton(QMessageBox::Cancel);
     box.setEscapeButton(QMessageBox::Cancel);
     dress(box);
+    reserveLine(box);
     box.exec();
     return {box.clickedButton() == yes, check->isChecked()};
 }

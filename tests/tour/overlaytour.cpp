@@ -3,9 +3,11 @@
 #include "overlays/areaselector.h"
 #include "overlays/drawwindow.h"
 #include "overlays/pickingdesktop.h"
+#include "overlays/sccamerawindow.h"
 #include "overlays/windowhighlighter.h"
 #include "screenshot/scscreenshot.h"
 #include "screenshot/scscreenshotwindow.h"
+#include "tests/support/fakecameras.h"
 #include "tests/tour/guide.h"
 
 #include <QApplication>
@@ -13,6 +15,8 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QTimer>
+
+#include <memory>
 
 namespace tour {
 
@@ -140,6 +144,16 @@ void pickedWindow(const Look& look)
     (void)QTest::qWaitFor([&isOver] { return isOver; }, kLongestMs);
 }
 
+void webcam(const Look& look)
+{
+    const auto cameras = std::make_shared<FakeCameras>();
+    cameras->plugIn({FakeCameras::device("camera", {FakeCameras::format(1280, 720, 30)})});
+    SCCameraWindow window(cameras);
+    window.show();
+    stop(look, "webcam", window);
+    window.close();
+}
+
 void countdown(const Look& look)
 {
     SCCountdownWidget countdown(nullptr);
@@ -157,6 +171,7 @@ void overlays(const Look& look)
     frame(look);
     toolBar(look);
     pickedWindow(look);
+    webcam(look);
     countdown(look);
 }
 
