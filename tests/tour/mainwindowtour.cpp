@@ -72,6 +72,8 @@ void fillLibrary(ProducedFiles& produced)
 
 void mainWindow(const Look& look)
 {
+    // Nothing is to look as if the pointer were over it.
+    QCursor::setPos(0, 0);
     SCMainWindow window;
     window.move(kPlace);
     window.show();
