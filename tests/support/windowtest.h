@@ -7,7 +7,7 @@
 #include <QApplication>
 #include <QTest>
 
-/// What the tests of the main window and its dialogs begin with.
+/// What the tests of the program's windows begin with.
 namespace windowtest {
 
 /// Every setting at its default, but the first start is over and no hotkey is taken.

@@ -1,8 +1,7 @@
-#include "app/appidentity.h"
 #include "overlays/sccamerawindow.h"
 #include "tests/support/fakecameras.h"
 #include "tests/support/loglines.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QDir>
@@ -457,11 +456,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestCameraLife test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestCameraLife>(argc, argv);
 }
 
 #include "test_cameralife.moc"

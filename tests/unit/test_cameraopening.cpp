@@ -1,8 +1,7 @@
-#include "app/appidentity.h"
 #include "overlays/sccamerawindow.h"
 #include "tests/support/fakecameras.h"
 #include "tests/support/loglines.h"
-#include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -377,11 +376,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestCameraOpening test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestCameraOpening>(argc, argv);
 }
 
 #include "test_cameraopening.moc"

@@ -1,8 +1,7 @@
-#include "app/appidentity.h"
 #include "overlays/sccamerawindow.h"
 #include "tests/support/fakecameras.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/widgetpicture.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -340,11 +339,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestSCCameraWindow test;
-    return QTest::qExec(&test, argc, argv);
+    return windowtest::run<TestSCCameraWindow>(argc, argv);
 }
 
 #include "test_sccamerawindow.moc"
