@@ -40,6 +40,7 @@ double millisecondsOf(const std::function<void()>& work)
 double middleOf(int repeat, const std::function<double()>& measure)
 {
     std::vector<double> values;
+    values.reserve(static_cast<std::size_t>(repeat));
     for (int run = 0; run < repeat; ++run)
         values.push_back(measure());
     std::nth_element(values.begin(), values.begin() + repeat / 2, values.end());

@@ -63,11 +63,12 @@ function(kestrano_add_executable)
 endfunction()
 
 # kestrano_add_test(<name> KIND unit|engine|desktop|recording SOURCES <files> [LINKS <libraries>]
-#                   [DESKTOP_ARGS <arguments>] [TIMEOUT <seconds>])
+#                   [DESKTOP_ARGS <arguments>] [TIMEOUT <seconds>] [WHOLE_STACKS])
 # unit: run without a display, also under Wine. engine, desktop and recording: run on a private desktop of their own
-# (tools/private-desktop, Linux only). Each kind is a CTest label.
+# (tools/private-desktop, Linux only). Each kind is a CTest label. WHOLE_STACKS is for tests that run into leaks which only
+# the far end of their stacks tells from ours: the leak sanitizer then walks all of it (tests/support/lsan-whole-stacks.supp).
 function(kestrano_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "KIND;TIMEOUT" "SOURCES;LINKS;DESKTOP_ARGS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "WHOLE_STACKS" "KIND;TIMEOUT" "SOURCES;LINKS;DESKTOP_ARGS")
   if(NOT arg_KIND STREQUAL "unit" AND WIN32)
     return()
   endif()
@@ -81,8 +82,15 @@ function(kestrano_add_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
   set(environment "")
   if(KESTRANO_SANITIZERS)
-    list(APPEND environment "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0"
-         "UBSAN_OPTIONS=print_stacktrace=1" "ASAN_OPTIONS=detect_leaks=1")
+    set(suppressions lsan.supp)
+    set(asan_options detect_leaks=1)
+    if(arg_WHOLE_STACKS)
+      set(suppressions lsan-whole-stacks.supp)
+      string(APPEND asan_options :fast_unwind_on_malloc=0)
+    endif()
+    list(APPEND environment
+         "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/${suppressions}:print_suppressions=0"
+         "UBSAN_OPTIONS=print_stacktrace=1" "ASAN_OPTIONS=${asan_options}")
   endif()
   if(arg_KIND STREQUAL "unit")
     add_test(NAME ${name} COMMAND ${name})
