@@ -6,6 +6,7 @@
 #include "app/singleinstance.h"
 #include "mainwindow/scmainwindow.h"
 #include "platform/console.h"
+#include "platform/system_failure.h"
 #include "platform/termination.h"
 
 #include <QApplication>
@@ -107,6 +108,7 @@ int runProcess(int argc, char* argv[])
     installCrashHandler();
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     QApplication application(argc, argv);
+    platform::setFailureSink(&SCLogger::warning);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/resources/logo.ico")));
 
     SingleInstance guard;

@@ -161,7 +161,7 @@ void SCFullscreenToolbar::readyNativeWindow()
     const auto flags = Qt::WindowFlags::fromInt(kWindowFlags);
     overrideWindowFlags(flags | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
     platform::readyAsOverlay(*this);
-    winId();
+    m_hasOpenCorners = platform::readyForAlpha(*this);
     // What the native window was made with stays with it.
     overrideWindowFlags(flags);
 }
@@ -173,7 +173,7 @@ void SCFullscreenToolbar::updateOutline()
         setMask(maskOfNothing());
         return;
     }
-    if (platform::isCompositing()) {
+    if (m_hasOpenCorners && platform::isCompositing()) {
         clearMask();
         return;
     }

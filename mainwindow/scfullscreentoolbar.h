@@ -119,5 +119,7 @@ private:
     bool m_topEdgeOnly = false;
     QRect m_picture;
     bool m_concealed = false;
+    /// The system mixes what the bar leaves unpainted with the desktop.
+    bool m_hasOpenCorners = true;
     Wish m_wish = Wish::None;
 };

@@ -238,8 +238,8 @@ private:
     bool m_engineRuns = false;
     /// Whether the engine knew the primary screen when it was last told to capture it.
     bool m_targetFound = false;
-    /// Whether the system keeps the program's windows out of the picture wherever they are.
-    bool m_excludedBySystem = false;
+    /// Whether the system keeps the floating bar out of the picture wherever it is.
+    bool m_barExcluded = false;
     int m_shownStatus;
     /// What a selection of a region that is given up goes back to.
     struct Chosen

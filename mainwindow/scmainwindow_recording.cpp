@@ -136,7 +136,7 @@ void SCMainWindow::placeBar()
         return;
     const CaptureScreen screen = primaryScreen();
     const QRect recorded = recordsPicture() ? m_captureArea.rectOn(screen) : QRect();
-    const ToolbarPlacement placement = placeToolbar(screen.geometry, m_toolbar->size(), recorded, m_excludedBySystem);
+    const ToolbarPlacement placement = placeToolbar(screen.geometry, m_toolbar->size(), recorded, m_barExcluded);
     m_toolbar->move(placement.topLeft);
     m_toolbar->setTopEdgeOnly(placement.topEdgeOnly);
     m_toolbar->setPicture(recorded);
@@ -251,9 +251,9 @@ RecordingChoices SCMainWindow::choices() const
 void SCMainWindow::setExcludedFromCapture(bool excluded)
 {
     // Where the system cannot, the window stays out of the picture because it is minimised, and the bar because of
-    // where it stands.
-    m_excludedBySystem = platform::setExcludedFromCapture(*this, excluded);
-    platform::setExcludedFromCapture(toolbar(), excluded);
+    // where it stands. It may well do the one and refuse the other.
+    platform::setExcludedFromCapture(*this, excluded);
+    m_barExcluded = platform::setExcludedFromCapture(toolbar(), excluded);
 }
 
 void SCMainWindow::setClockRunning(bool running)

@@ -1,7 +1,8 @@
 #include "platform/crash_report.h"
+#include "platform/system_failure.h"
+#include "platform/windows_path.h"
 
 #include <QByteArray>
-#include <QDir>
 #include <QString>
 
 // clang-format off: the second needs the first
@@ -24,19 +25,24 @@ constexpr auto kDumpType =
                                MiniDumpWithUnloadedModules | MiniDumpWithThreadInfo);
 static_assert(kDumpType == 0x1027);
 
-constexpr std::size_t kPathLength = 1024;
+/// The longest path that the system takes, with its closing zero.
+constexpr std::size_t kPathLength = 32768;
+/// The time, the extension and the closing zero.
+constexpr std::size_t kStampLength = std::size(L"2024-05-01_13-07-09.dmp");
 
-// Filled in at install, since a crashing program had better not ask for memory.
-wchar_t g_pathPrefix[kPathLength];
+// Filled in at install up to the time, since a crashing program had better not ask for memory, nor have so much of it
+// on its stack, which may be what has run out. Of two threads that crash at once the second finds the file taken.
+wchar_t g_path[kPathLength];
+std::size_t g_prefixLength = 0;
 
+/// Where there can be no file there is no report, and nobody is told: the program is no longer to be trusted with that.
 HANDLE createReportFile()
 {
     SYSTEMTIME now;
     GetLocalTime(&now);
-    wchar_t path[kPathLength + 32];
-    std::swprintf(path, std::size(path), L"%ls%04u-%02u-%02u_%02u-%02u-%02u.dmp", g_pathPrefix, now.wYear, now.wMonth,
-                  now.wDay, now.wHour, now.wMinute, now.wSecond);
-    return CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    std::swprintf(g_path + g_prefixLength, kPathLength - g_prefixLength, L"%04u-%02u-%02u_%02u-%02u-%02u.dmp",
+                  now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
+    return CreateFileW(g_path, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 LONG WINAPI onUnhandledException(EXCEPTION_POINTERS* exception)
@@ -65,10 +71,12 @@ LONG WINAPI onUnhandledException(EXCEPTION_POINTERS* exception)
 
 void installCrashReporter(const QString& folder, const QByteArray& /*program*/, std::chrono::seconds /*timeout*/)
 {
-    const QString prefix = QDir::toNativeSeparators(folder + QLatin1String("/crash_"));
-    if (static_cast<std::size_t>(prefix.size()) >= kPathLength)
+    const QString prefix = extendedWindowsPath(folder + QLatin1String("/crash_"));
+    if (static_cast<std::size_t>(prefix.size()) + kStampLength > kPathLength) {
+        reportFailure(QStringLiteral("No crash will be reported, since the folder's path is too long: %1").arg(folder));
         return;
-    g_pathPrefix[prefix.toWCharArray(g_pathPrefix)] = L'\0';
+    }
+    g_prefixLength = static_cast<std::size_t>(prefix.toWCharArray(g_path));
     SetUnhandledExceptionFilter(onUnhandledException);
     std::set_terminate(onTerminate);
 }

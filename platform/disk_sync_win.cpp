@@ -1,12 +1,17 @@
 #include "platform/disk_sync.h"
+#include "platform/system_failure.h"
 
+#include <cstdlib>
 #include <io.h>
 
 namespace platform {
 
 bool syncToDisk(int fileDescriptor)
 {
-    return _commit(fileDescriptor) == 0;
+    if (_commit(fileDescriptor) == 0)
+        return true;
+    reportSystemFailure("FlushFileBuffers", _doserrno);
+    return false;
 }
 
 } // namespace platform

@@ -1,4 +1,5 @@
 #include "platform/disk_sync.h"
+#include "platform/system_failure.h"
 
 #include <cerrno>
 #include <unistd.h>
@@ -8,7 +9,10 @@ namespace platform {
 bool syncToDisk(int fileDescriptor)
 {
     // EINVAL: not a file system that could.
-    return fsync(fileDescriptor) == 0 || errno == EINVAL;
+    if (fsync(fileDescriptor) == 0 || errno == EINVAL)
+        return true;
+    reportSystemFailure("fsync", static_cast<unsigned long>(errno));
+    return false;
 }
 
 } // namespace platform

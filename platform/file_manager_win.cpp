@@ -1,7 +1,8 @@
 #include "platform/explorer_arguments.h"
 #include "platform/file_manager.h"
+#include "platform/shell_path.h"
+#include "platform/system_failure.h"
 
-#include <QDebug>
 #include <QProcess>
 
 #include <windows.h>
@@ -17,6 +18,8 @@ QString explorerProgram()
 {
     std::array<wchar_t, MAX_PATH> folder{};
     const UINT length = GetSystemWindowsDirectoryW(folder.data(), static_cast<UINT>(folder.size()));
+    if (length == 0)
+        reportSystemFailure("GetSystemWindowsDirectory", GetLastError());
     if (length == 0 || length >= folder.size())
         return QStringLiteral("explorer");
     return QString::fromWCharArray(folder.data(), static_cast<int>(length)) + QStringLiteral("\\explorer.exe");
@@ -26,16 +29,16 @@ QString explorerProgram()
 
 void revealInFileManager(const QString& path)
 {
-    const std::optional<QString> arguments = explorerArguments(path);
+    const std::optional<QString> arguments = explorerArguments(shellPath(path));
     if (!arguments) {
-        qWarning() << "Not the path of a file, not shown in the file manager:" << path;
+        reportFailure(QStringLiteral("Not the path of a file, not shown in the file manager: %1").arg(path));
         return;
     }
     QProcess explorer;
     explorer.setProgram(explorerProgram());
     explorer.setNativeArguments(*arguments);
     if (!explorer.startDetached())
-        qWarning() << "Explorer could not be started:" << explorer.errorString();
+        reportFailure(QStringLiteral("Explorer could not be started: %1").arg(explorer.errorString()));
 }
 
 } // namespace platform

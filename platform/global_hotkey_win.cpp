@@ -1,4 +1,5 @@
 #include "platform/global_hotkey_backend.h"
+#include "platform/system_failure.h"
 
 #include <windows.h>
 
@@ -67,17 +68,19 @@ public:
     {
         static const ATOM windowClass = registerWindowClass();
         m_window = CreateWindowExW(0, MAKEINTATOM(windowClass), nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
-                                   GetModuleHandleW(nullptr), nullptr);
-        if (m_window != nullptr)
-            SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+                                   GetModuleHandleW(nullptr), this);
+        if (m_window == nullptr)
+            m_windowError = GetLastError();
     }
 
     ~WindowsBackend() override
     {
         letGo();
-        if (m_window != nullptr)
-            DestroyWindow(m_window);
+        if (m_window != nullptr && DestroyWindow(m_window) == 0)
+            reportSystemFailure("DestroyWindow", GetLastError());
     }
+    WindowsBackend(const WindowsBackend&) = delete;
+    WindowsBackend& operator=(const WindowsBackend&) = delete;
 
     QString take(const QKeyCombination& key) override
     {
@@ -85,12 +88,14 @@ public:
         if (virtualKey == 0)
             return QStringLiteral("the keyboard has no such key");
         // Without a window of its own the message would go to the thread, where nobody reads it.
-        m_registered = m_window != nullptr && RegisterHotKey(m_window, m_identifier, modifiersOf(key), virtualKey) != 0;
+        if (m_window == nullptr)
+            return systemErrorText(m_windowError);
+        m_registered = RegisterHotKey(m_window, m_identifier, modifiersOf(key), virtualKey) != 0;
         if (m_registered)
             return {};
         const DWORD error = GetLastError();
         return error == ERROR_HOTKEY_ALREADY_REGISTERED ? QStringLiteral("another program holds it")
-                                                        : QStringLiteral("Windows error %1").arg(error);
+                                                        : systemErrorText(error);
     }
 
     void release() override { letGo(); }
@@ -114,19 +119,26 @@ private:
 
     void letGo()
     {
-        if (m_registered)
-            UnregisterHotKey(m_window, m_identifier);
+        if (m_registered && UnregisterHotKey(m_window, m_identifier) == 0)
+            reportSystemFailure("UnregisterHotKey", GetLastError());
         m_registered = false;
     }
 
     GlobalHotkey& m_owner;
     int m_identifier;
     HWND m_window = nullptr;
+    DWORD m_windowError = 0;
     bool m_registered = false;
 };
 
 LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
+    if (message == WM_NCCREATE) {
+        // The message carries the address as a number.
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
+        const auto* const creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
+        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(creation->lpCreateParams));
+    }
     if (message != WM_HOTKEY)
         return DefWindowProcW(window, message, wParam, lParam);
     if (auto* const backend = reinterpret_cast<WindowsBackend*>(GetWindowLongPtrW(window, GWLP_USERDATA)))

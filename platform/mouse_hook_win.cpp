@@ -1,4 +1,5 @@
 #include "platform/mouse_hook.h"
+#include "platform/system_failure.h"
 
 #include <windows.h>
 #include <utility>
@@ -44,8 +45,12 @@ unsigned long MouseHook::install(Handler handler)
 {
     m_private->handler = std::move(handler);
     m_private->hook = SetWindowsHookExW(WH_MOUSE_LL, &Private::onMouse, GetModuleHandleW(nullptr), 0);
-    if (m_private->hook == nullptr)
-        return GetLastError();
+    if (m_private->hook == nullptr) {
+        // Not 0 in any case, which would say that the hook is there.
+        const DWORD error = GetLastError();
+        reportSystemFailure("SetWindowsHookEx", error);
+        return error != ERROR_SUCCESS ? error : ERROR_HOOK_NOT_INSTALLED;
+    }
     Private::s_installed = m_private.get();
     return 0;
 }
@@ -54,7 +59,9 @@ void MouseHook::remove()
 {
     if (m_private->hook == nullptr)
         return;
-    UnhookWindowsHookEx(m_private->hook);
+    // The system takes off by itself a hook that was too slow for it, and says so only here.
+    if (UnhookWindowsHookEx(m_private->hook) == 0)
+        reportSystemFailure("UnhookWindowsHookEx", GetLastError());
     m_private->hook = nullptr;
     Private::s_installed = nullptr;
 }

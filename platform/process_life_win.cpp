@@ -1,4 +1,5 @@
 #include "platform/process_life.h"
+#include "platform/system_failure.h"
 
 #include <windows.h>
 
@@ -10,9 +11,11 @@ bool isProcessGone(qint64 processId)
     if (process == nullptr)
         return processId > 0 && GetLastError() == ERROR_INVALID_PARAMETER;
     // It stays there for as long as somebody holds a handle to it.
-    const bool ended = WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
+    const DWORD state = WaitForSingleObject(process, 0);
+    if (state == WAIT_FAILED)
+        reportSystemFailure("WaitForSingleObject", GetLastError());
     CloseHandle(process);
-    return ended;
+    return state == WAIT_OBJECT_0;
 }
 
 } // namespace platform

@@ -1,3 +1,4 @@
+#include "platform/system_failure.h"
 #include "platform/termination.h"
 
 #include <windows.h>
@@ -47,11 +48,14 @@ struct TerminationWatcher::Private
 TerminationWatcher::TerminationWatcher(QObject* parent) : QObject(parent), m_private(std::make_unique<Private>())
 {
     setWatcher(this);
-    SetConsoleCtrlHandler(onConsoleEvent, TRUE);
+    // Without it a console's events end the program at once, as they do with every other.
+    if (SetConsoleCtrlHandler(onConsoleEvent, TRUE) == 0)
+        reportSystemFailure("SetConsoleCtrlHandler", GetLastError());
 }
 
 TerminationWatcher::~TerminationWatcher()
 {
+    // Fails when the handler could not be put there, which has been told; without a watcher it does nothing.
     SetConsoleCtrlHandler(onConsoleEvent, FALSE);
     setWatcher(nullptr);
 }

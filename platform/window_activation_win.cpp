@@ -1,3 +1,4 @@
+#include "platform/system_failure.h"
 #include "platform/window_activation.h"
 
 #include <windows.h>
@@ -13,7 +14,11 @@ HWND toWindow(quint64 handle)
 
 bool placeBehind(HWND window, HWND place)
 {
-    return SetWindowPos(window, place, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE) != 0;
+    if (SetWindowPos(window, place, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE) != 0)
+        return true;
+    // Among others for the window of a program that runs with more rights.
+    reportSystemFailure("SetWindowPos", GetLastError());
+    return false;
 }
 
 } // namespace
@@ -32,6 +37,7 @@ bool restoreWindow(quint64 handle)
 {
     if (!isWindow(handle))
         return false;
+    // The result says whether the window was visible before, not whether this worked.
     ShowWindow(toWindow(handle), SW_RESTORE);
     return true;
 }
@@ -43,6 +49,7 @@ bool raiseWindow(quint64 handle)
 
 bool activateWindow(quint64 handle)
 {
+    // A refusal is nothing out of the ordinary, and sets no error.
     return SetForegroundWindow(toWindow(handle)) != 0;
 }
 

@@ -7,6 +7,12 @@
 
 namespace platform {
 
+bool readyForAlpha(QWidget& window)
+{
+    window.winId();
+    return true;
+}
+
 bool setWindowAlpha(QWidget& window, int alpha)
 {
     constexpr double kOpaque = 255.0;

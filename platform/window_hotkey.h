@@ -10,7 +10,7 @@ class QWidget;
 namespace platform {
 
 /// Ctrl+Shift+H for one window, wherever the keyboard focus is. When another program holds the key nothing happens, and
-/// nobody is told. User-interface thread.
+/// only the log is told. User-interface thread.
 class WindowHotkey
 {
 public:

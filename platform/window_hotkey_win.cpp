@@ -1,3 +1,4 @@
+#include "platform/system_failure.h"
 #include "platform/window_hotkey.h"
 
 #include <QWidget>
@@ -15,18 +16,23 @@ constexpr UINT kVirtualKeyH = 0x48;
 
 struct WindowHotkey::Private
 {
-    HWND window;
+    HWND window = nullptr;
+    bool isRegistered = false;
 };
 
-WindowHotkey::WindowHotkey(QWidget& window, std::function<void()> /*pressed*/)
-    : m_private(std::make_unique<Private>(reinterpret_cast<HWND>(window.winId())))
+WindowHotkey::WindowHotkey(QWidget& window, std::function<void()> /*pressed*/) : m_private(std::make_unique<Private>())
 {
-    RegisterHotKey(m_private->window, kIdentifier, MOD_CONTROL | MOD_SHIFT, kVirtualKeyH);
+    m_private->window = reinterpret_cast<HWND>(window.winId());
+    m_private->isRegistered =
+        RegisterHotKey(m_private->window, kIdentifier, MOD_CONTROL | MOD_SHIFT, kVirtualKeyH) != 0;
+    if (!m_private->isRegistered)
+        reportSystemFailure("RegisterHotKey", GetLastError());
 }
 
 WindowHotkey::~WindowHotkey()
 {
-    UnregisterHotKey(m_private->window, kIdentifier);
+    if (m_private->isRegistered && UnregisterHotKey(m_private->window, kIdentifier) == 0)
+        reportSystemFailure("UnregisterHotKey", GetLastError());
 }
 
 bool WindowHotkey::isMessage(const QByteArray& eventType, const void* message)

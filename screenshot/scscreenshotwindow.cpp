@@ -109,7 +109,8 @@ SCScreenshotWindow::SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent
     m_toolbar->show();
     loadStyleSheet();
     platform::readyAsOverlay(*this);
-    m_isExcluded = platform::setExcludedFromCapture(*this, true) && m_isExcluded;
+    // One answer for both: by it goes what is taken away before a grab, and what is painted onto it.
+    m_isExcluded = platform::excludeTogether({m_toolbar.get(), this});
 }
 
 SCScreenshotWindow::~SCScreenshotWindow() = default;
@@ -137,7 +138,7 @@ void SCScreenshotWindow::buildToolBar()
     retranslate();
     m_toolbar->adjustSize();
     platform::readyAsOverlay(*m_toolbar);
-    m_isExcluded = platform::setExcludedFromCapture(*m_toolbar, true);
+    platform::setExcludedFromCapture(*m_toolbar, true);
 }
 
 QPushButton* SCScreenshotWindow::addButton(const char* name, const char* icon)

@@ -1,6 +1,7 @@
 // Installs the crash handler as the program does, says where the report will be, and crashes as it is told.
 //
 // Usage: kestrano_test_crasher WAY [SECONDS THAT A REPORT MAY TAKE]
+// With KESTRANO_TEST_CRASH_FOLDER set the report goes there instead.
 
 #include "app/appidentity.h"
 #include "app/crashhandler.h"
@@ -89,6 +90,10 @@ int main(int argc, char* argv[])
     QStandardPaths::setTestModeEnabled(true);
     appidentity::apply();
     installCrashHandler();
+    // Not an argument, which would reach main() in whatever letters the system has for old programs.
+    const QString elsewhere = qEnvironmentVariable("KESTRANO_TEST_CRASH_FOLDER");
+    if (!elsewhere.isEmpty())
+        platform::installCrashReporter(elsewhere, "Kestrano");
     if (argc > 2)
         platform::installCrashReporter(crashFolder(), "Kestrano", std::chrono::seconds(std::atoi(argv[2])));
     std::printf("%s\n", qPrintable(crashFolder()));

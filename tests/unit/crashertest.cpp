@@ -12,14 +12,21 @@ constexpr int kPollMs = 20;
 
 } // namespace
 
-CrasherRun::CrasherRun(const QStringList& arguments, qint64 enoughBytes) : m_started(QDateTime::currentDateTime())
+CrasherRun::CrasherRun(const QStringList& arguments, qint64 enoughBytes) : CrasherRun(arguments, enoughBytes, {}) {}
+
+CrasherRun::CrasherRun(const QStringList& arguments, qint64 enoughBytes, const QString& folder)
+    : m_started(QDateTime::currentDateTime())
 {
     QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("KESTRANO_TEST_CRASH_FOLDER"), folder);
+    process.setProcessEnvironment(environment);
     process.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano_test_crasher"), arguments);
     process.waitForStarted(kTimeoutMs);
     m_processId = process.processId();
     process.waitForReadyRead(kTimeoutMs);
-    m_folder = QString::fromLocal8Bit(process.readLine()).trimmed();
+    const QString usualFolder = QString::fromLocal8Bit(process.readLine()).trimmed();
+    m_folder = folder.isEmpty() ? usualFolder : folder;
     waitUntilEnded(process, enoughBytes);
     m_ended = QDateTime::currentDateTime();
     m_exitStatus = process.exitStatus();

@@ -21,6 +21,12 @@ public:
     /// @param arguments the way to crash, and how many seconds its report may take.
     explicit CrasherRun(const QStringList& arguments, qint64 enoughBytes = 0);
 
+    /// Runs it with another folder for its reports, which must exist.
+    static CrasherRun into(const QString& folder, const QString& way, qint64 enoughBytes = 0)
+    {
+        return CrasherRun(QStringList{way}, enoughBytes, folder);
+    }
+
     /// Names of the files in the crash folder.
     const QStringList& reportNames() const { return m_names; }
     /// Content of the one report; of the last by name where there are several.
@@ -35,6 +41,7 @@ public:
     qint64 processId() const { return m_processId; }
 
 private:
+    CrasherRun(const QStringList& arguments, qint64 enoughBytes, const QString& folder);
     void waitUntilEnded(QProcess& process, qint64 enoughBytes);
     qint64 writtenBytes() const;
     void collectReports();

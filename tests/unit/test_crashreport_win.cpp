@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <cstring>
@@ -92,6 +93,18 @@ private slots:
         QVERIFY(run.reportNames().isEmpty());
         QCOMPARE(run.folder(), folder);
         QCOMPARE(run.exitStatus(), QProcess::CrashExit);
+    }
+
+    void folderMayBeOfAnyLengthAndInAnyScript()
+    {
+        const QTemporaryDir root;
+        const QString folder = root.path() + QStringLiteral("/Jürgen Möller/録画 и снимки") +
+                               QStringLiteral("/Aufnahmen aus dem Übungsraum").repeated(10);
+        QVERIFY(folder.size() > 300);
+        QVERIFY(QDir().mkpath(folder));
+        const CrasherRun run = CrasherRun::into(folder, "segv", kEnoughBytes);
+        QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
+        QVERIFY(run.report().startsWith("MDMP"));
     }
 
     void withoutACrashThereIsNoReport()

@@ -189,6 +189,18 @@ private slots:
         QCOMPARE(run.exitCode(), SIGSEGV);
     }
 
+    void folderMayBeOfAnyLengthAndInAnyScript()
+    {
+        const QTemporaryDir root;
+        const QString folder = root.path() + QStringLiteral("/Jürgen Möller/録画 и снимки") +
+                               QStringLiteral("/Aufnahmen aus dem Übungsraum").repeated(10);
+        QVERIFY(folder.size() > 300);
+        QVERIFY(QDir().mkpath(folder));
+        const CrasherRun run = CrasherRun::into(folder, "segv");
+        QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
+        QVERIFY(!run.report().isEmpty());
+    }
+
     void withoutACrashThereIsNoReport()
     {
         const CrasherRun run("none");

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+namespace platform {
+
+/// What a part of this folder could not do, told to whoever keeps the log; the caller learns it from the result. Any
+/// thread.
+void reportFailure(const QString& sentence);
+
+/// Tells of a call to the system that failed, in the system's own words: "RegisterHotKey failed: Hot key is already
+/// registered. (error 1409)". Any thread.
+///
+/// @param call  the system function's name. Not a text object: making one might set another error.
+/// @param error the system's number of the error, GetLastError() on Windows and errno elsewhere.
+void reportSystemFailure(const char* call, unsigned long error);
+
+/// The system's own words for one of its errors, as reportSystemFailure() has them.
+QString systemErrorText(unsigned long error);
+
+using FailureSink = void (*)(const QString& sentence);
+
+/// Hands reports to sink, which is called on the thread that reports; null brings back the toolkit's message output,
+/// where they go as warnings at first.
+void setFailureSink(FailureSink sink);
+
+} // namespace platform

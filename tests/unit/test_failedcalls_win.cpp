@@ -1,0 +1,140 @@
+#include "platform/global_hotkey.h"
+#include "platform/mouse_hook.h"
+#include "platform/shell_path.h"
+#include "platform/system_failure.h"
+#include "platform/window_activation.h"
+#include "platform/window_hotkey.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QKeySequence>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWidget>
+
+#include <windows.h>
+
+namespace {
+
+QStringList g_reports;
+
+QString words(DWORD error)
+{
+    return qt_error_string(static_cast<int>(error)).trimmed();
+}
+
+QString failureOf(const char* call, DWORD error)
+{
+    return QStringLiteral("%1 failed: %2 (error %3)").arg(QLatin1String(call), words(error)).arg(error);
+}
+
+} // namespace
+
+/// Calls that Windows refuses: each is told in the system's words, and what follows it is as it should be.
+class TestFailedCalls : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        g_reports.clear();
+        platform::setFailureSink([](const QString& sentence) { g_reports.append(sentence); });
+    }
+
+    void cleanup() { platform::setFailureSink(nullptr); }
+
+    void hotkeyOfAnotherIsNotTakenAndSaysWhy()
+    {
+        platform::GlobalHotkey first(nullptr);
+        QVERIFY(first.registerKey(QKeySequence(Qt::Key_F8)));
+        platform::GlobalHotkey second(nullptr);
+        QVERIFY(!second.registerKey(QKeySequence(Qt::Key_F8)));
+        QCOMPARE(second.failureReason(), QStringLiteral("another program holds it"));
+        QVERIFY(first.registerKey({}));
+        QVERIFY(second.registerKey(QKeySequence(Qt::Key_F8)));
+        QCOMPARE(g_reports, QStringList());
+    }
+
+    void windowsHotkeyThatAnotherProgramHoldsIsToldToTheLogOnly()
+    {
+        constexpr int kIdentifier = 7;
+        constexpr UINT kVirtualKeyH = 0x48;
+        QVERIFY(RegisterHotKey(nullptr, kIdentifier, MOD_CONTROL | MOD_SHIFT, kVirtualKeyH) != 0);
+        QWidget window;
+        {
+            const platform::WindowHotkey hotkey(window, {});
+            QCOMPARE(g_reports, QStringList{failureOf("RegisterHotKey", ERROR_HOTKEY_ALREADY_REGISTERED)});
+        }
+        // What was not taken is not given back.
+        QCOMPARE(g_reports.size(), 1);
+        QVERIFY(UnregisterHotKey(nullptr, kIdentifier) != 0);
+        {
+            const platform::WindowHotkey hotkey(window, {});
+        }
+        QCOMPARE(g_reports.size(), 1);
+    }
+
+    void windowThatIsGoneIsNotRaised()
+    {
+        constexpr quint64 kNoWindow = 0x7FFFFFF0;
+        QVERIFY(!platform::raiseWindow(kNoWindow));
+        QCOMPARE(g_reports, QStringList{failureOf("SetWindowPos", ERROR_INVALID_WINDOW_HANDLE)});
+    }
+
+    void mouseHookComesAndGoesWithoutAWord()
+    {
+        platform::MouseHook hook;
+        QCOMPARE(hook.install([](platform::MouseHook::Event, const QPoint&) {}), 0UL);
+        hook.remove();
+        hook.remove();
+        QCOMPARE(g_reports, QStringList());
+    }
+
+    void shellGetsAShortPathAsItIs()
+    {
+        const QString path = QStringLiteral("C:/Users/Jo Doe/a.mp4");
+        QCOMPARE(platform::shellPath(path), path);
+    }
+
+    void shellGetsALongPathByItsShortNames()
+    {
+        const QTemporaryDir root;
+        const QString folder = root.filePath(QString(120, u'a') + u'/' + QString(80, u'\u9332'));
+        QVERIFY(QDir().mkpath(folder));
+        const QString path = folder + QStringLiteral("/a recording of a long afternoon.mp4");
+        QVERIFY(path.size() > MAX_PATH);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("what is in it");
+        file.close();
+
+        const QString shortened = platform::shellPath(path);
+        QVERIFY2(shortened.size() < MAX_PATH, qPrintable(shortened));
+        QVERIFY(!shortened.startsWith(QLatin1String(R"(\\?\)")));
+        QFile same(shortened);
+        QVERIFY(same.open(QIODevice::ReadOnly));
+        QCOMPARE(same.readAll(), QByteArray("what is in it"));
+        QCOMPARE(g_reports, QStringList());
+    }
+
+    void longPathOfNoFileStaysAsItIs()
+    {
+        const QString path = QStringLiteral("C:/") + QString(200, u'a') + u'/' + QString(200, u'b');
+        QCOMPARE(platform::shellPath(path), path);
+        QCOMPARE(g_reports.size(), 1);
+        QVERIFY(g_reports.constFirst().startsWith(QStringLiteral("GetShortPathName failed: ")));
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    // Off screen a window has no number of the system's.
+    qputenv("QT_QPA_PLATFORM", "windows");
+    const QApplication application(argc, argv);
+    TestFailedCalls test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_failedcalls_win.moc"

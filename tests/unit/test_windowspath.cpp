@@ -1,0 +1,53 @@
+#include "platform/windows_path.h"
+
+#include <QTest>
+
+/// Paths for Windows' own calls.
+class TestWindowsPath : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void pathIsMarkedAsOneOfAnyLength_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("extended");
+        QTest::newRow("plain") << "C:/videos/a.mp4"
+                               << R"(\\?\C:\videos\a.mp4)";
+        QTest::newRow("native separators") << R"(c:\videos\a.mp4)"
+                                           << R"(\\?\c:\videos\a.mp4)";
+        QTest::newRow("blanks") << "C:/Users/Jo Doe/a b"
+                                << R"(\\?\C:\Users\Jo Doe\a b)";
+        QTest::newRow("Japanese") << u"C:/\u9332\u753b"_qs << u"\\\\?\\C:\\\u9332\u753b"_qs;
+        QTest::newRow("dots and doubled separators") << "C:/a/./b//../c"
+                                                     << R"(\\?\C:\a\c)";
+        QTest::newRow("another machine's") << "//host/share/a"
+                                           << R"(\\?\UNC\host\share\a)";
+        QTest::newRow("another machine's, native") << R"(\\host\share\.\a)"
+                                                   << R"(\\?\UNC\host\share\a)";
+    }
+
+    void pathIsMarkedAsOneOfAnyLength()
+    {
+        QFETCH(const QString, path);
+        QTEST(platform::extendedWindowsPath(path), "extended");
+    }
+
+    void markIsTakenOffAgain()
+    {
+        for (const QString& path : {QStringLiteral(R"(C:\videos\a.mp4)"), QStringLiteral(R"(\\host\share\a)")})
+            QCOMPARE(platform::withoutWindowsMark(platform::extendedWindowsPath(path)), path);
+        QCOMPARE(platform::withoutWindowsMark(QStringLiteral(R"(C:\a)")), QStringLiteral(R"(C:\a)"));
+    }
+
+    void markedDeviceAndRelativePathsAreLeftAlone()
+    {
+        for (const char* const path : {R"(\\?\C:\a\..\b)", R"(\\.\pipe\a)", R"(a\b)", "C:"})
+            QCOMPARE(platform::extendedWindowsPath(QLatin1String(path)), QLatin1String(path));
+        QCOMPARE(platform::extendedWindowsPath(QStringLiteral("a/b")), QStringLiteral(R"(a\b)"));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestWindowsPath)
+
+#include "test_windowspath.moc"
