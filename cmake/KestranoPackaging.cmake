@@ -1,5 +1,10 @@
 # What an executable and an installation carry besides code.
 
+# On Windows the program is a folder of its own, with the program at its top.
+if(WIN32)
+  set(CMAKE_INSTALL_BINDIR .)
+  set(CMAKE_INSTALL_DOCDIR .)
+endif()
 include(GNUInstallDirs)
 
 # kestrano_add_windows_resources(<target>): icon, manifest and version of a Windows executable; nothing elsewhere.

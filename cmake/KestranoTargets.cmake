@@ -5,20 +5,22 @@ target_include_directories(kestrano_options INTERFACE "${PROJECT_SOURCE_DIR}" "$
 target_compile_definitions(
   kestrano_options INTERFACE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH
                              QT_DISABLE_DEPRECATED_BEFORE=0x060400)
-target_compile_options(
-  kestrano_options
-  INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wall
-            -Wextra
-            -Wpedantic
-            -Wshadow
-            -Wnon-virtual-dtor
-            -Woverloaded-virtual
-            -Wcast-align
-            -Wformat=2
-            -Wduplicated-cond
-            -Wlogical-op>)
-if(KESTRANO_WARNINGS_AS_ERRORS)
-  target_compile_options(kestrano_options INTERFACE -Werror)
+if(MSVC)
+  target_compile_options(kestrano_options INTERFACE /W4 /utf-8 $<$<BOOL:${KESTRANO_WARNINGS_AS_ERRORS}>:/WX>)
+else()
+  target_compile_options(
+    kestrano_options
+    INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wall
+              -Wextra
+              -Wpedantic
+              -Wshadow
+              -Wnon-virtual-dtor
+              -Woverloaded-virtual
+              -Wcast-align
+              -Wformat=2
+              -Wduplicated-cond
+              -Wlogical-op>
+              $<$<BOOL:${KESTRANO_WARNINGS_AS_ERRORS}>:-Werror>)
 endif()
 if(KESTRANO_SANITIZERS)
   target_compile_options(kestrano_options INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer
