@@ -20,6 +20,9 @@ packages_lint=(clang-format clang-tidy shellcheck)
 # Builds for Windows and runs the result.
 packages_windows=(g++-mingw-w64-x86-64-posix mingw-w64-tools qt6-base-dev-tools qt6-multimedia-dev wine wine64 xz-utils)
 
+# Makes the installer for Windows.
+packages_package=(nsis)
+
 missing_packages() {
     local package
     for package in "$@"; do

@@ -37,18 +37,18 @@ windows_path() {
     printf 'Z:%s' "$path"
 }
 
-# A Wine of the tests' own: nothing of the user's is read or written.
+# name_wine_prefix [name]: a Wine of the tests' own; nothing of the user's is read or written.
 name_wine_prefix() {
-    export WINEPREFIX=$root/build-windows/wine/prefix
+    export WINEPREFIX=$root/build-windows/wine/${1:-prefix}
     export WINEDEBUG=-all WINEARCH=win64 WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
     WINEPATH="$(windows_path "$kit/qt/bin");$(windows_path "$kit/obs/bin")"
     QT_PLUGIN_PATH=$(windows_path "$kit/qt/plugins")
     export WINEPATH QT_PLUGIN_PATH
 }
 
-# Nothing of that Wine keeps running when the command ends.
+# use_wine_prefix [name]: nothing of that Wine keeps running when the command ends.
 use_wine_prefix() {
-    name_wine_prefix
+    name_wine_prefix "${1:-prefix}"
     trap end_wine EXIT
     trap 'exit 130' INT
     trap 'exit 143' TERM
@@ -64,7 +64,7 @@ prepare_wine_prefix() {
     say "Making a Wine prefix ($WINEPREFIX)"
     rm -rf "$WINEPREFIX"
     mkdir -p "${WINEPREFIX%/*}"
-    local log=${WINEPREFIX%/*}/prefix.log
+    local log=$WINEPREFIX.log
     {
         timeout 300 env -u DISPLAY wineboot --init &&
             timeout 60 wine reg add 'HKCU\Software\Wine' /v Version /d win10 /f &&
@@ -74,5 +74,22 @@ prepare_wine_prefix() {
         tail -n 20 "$log" >&2
         die "Wine's prefix could not be made"
     }
+    keep_user_folders
     touch "$WINEPREFIX/prepared"
+}
+
+# Wine makes the folders for documents, videos and the like links into the home of whoever runs it.
+keep_user_folders() {
+    local link
+    find "$WINEPREFIX/drive_c/users" -mindepth 2 -maxdepth 2 -type l | while read -r link; do
+        rm "$link"
+        mkdir "$link"
+    done
+}
+
+# use_opengl <folder of a program>: Wine has no Direct3D 11 that libobs could use. The OpenGL module has the same interface
+# and takes its place, in copies of the program that exist for Wine only.
+use_opengl() {
+    rm -f "$1/libobs-d3d11.dll"
+    cp "$kit/obs/bin/libobs-opengl.dll" "$1/libobs-d3d11.dll"
 }
