@@ -141,6 +141,8 @@ std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& 
     }
     std::optional<int> frames = countFramesHeldBack(output.get(), line.get(), encoderDelayBound(format), cancelled);
     obs_output_force_stop(output.get());
+    // An output that is let go of while it still ends is stopped a second time, and waits for an end that has passed.
+    waitFor(kNoLimit, kNotCancelled, [&] { return !obs_output_active(output.get()); });
     if (frames && format == RecordingFormat::Mp4)
         *frames += kX264LatestPlace;
     return frames;

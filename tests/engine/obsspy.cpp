@@ -8,6 +8,7 @@
 #include <obs-module.h>
 #include <obs.h>
 
+#include <atomic>
 #include <dlfcn.h>
 
 namespace {
@@ -19,6 +20,7 @@ struct Notes
     QStringList failing;
     int stopConnections = 0;
     int delayMs = 0;
+    std::atomic<int> outputsReleasedWhileActive{0};
 };
 
 Notes& notes()
@@ -99,6 +101,11 @@ void failNowhere()
 {
     const QMutexLocker locker(&notes().mutex);
     notes().failing.clear();
+}
+
+int outputsReleasedWhileActive()
+{
+    return notes().outputsReleasedWhileActive;
 }
 
 void delaySecondStopConnection(int delayMs)
@@ -333,6 +340,8 @@ void obs_output_release(obs_output_t* output)
 {
     if (qstrcmp(obs_output_get_name(output), "encoder_delay_trial") != 0)
         note("obs_output_release", QLatin1String(obs_output_get_name(output)));
+    if (obs_output_active(output))
+        ++notes().outputsReleasedWhileActive;
     const Inside inside;
     REAL(obs_output_release)(output);
 }

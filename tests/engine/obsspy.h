@@ -17,6 +17,9 @@ void clear();
 void failAt(const QString& function);
 void failNowhere();
 
+/// How many outputs were let go of while libobs still ended them. It may then wait for ever for an end that has passed.
+int outputsReleasedWhileActive();
+
 /// From now on, whoever connects to an output's "stop" for the second time is held up for so long; 0 for not at all.
 void delaySecondStopConnection(int delayMs);
 

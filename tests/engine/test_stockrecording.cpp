@@ -2,6 +2,7 @@
 #include "engine/capturetargets.h"
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper.h"
+#include "tests/engine/obsspy.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testpicture.h"
 #include "tests/support/testprofile.h"
@@ -120,6 +121,16 @@ private slots:
             QTest::qWait(25 + 27 * round);
             delay.cancel();
         }
+    }
+
+    void trialLetsItsOutputEndBeforeItLetsGoOfIt()
+    {
+        const FfmpegRequest request{QString(), m_screen.width(), m_screen.height(), kFps, kBitRate};
+        const std::atomic<bool> notCancelled{false};
+        for (int round = 0; round < 3; ++round)
+            QVERIFY(
+                runEncoderTrial(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()), notCancelled));
+        QCOMPARE(obsspy::outputsReleasedWhileActive(), 0);
     }
 
     void trialWhoseOutputCannotBeOpenedEndsAtOnce()
