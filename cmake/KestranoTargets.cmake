@@ -64,7 +64,7 @@ function(kestrano_add_executable)
   kestrano_install(kestrano)
 endfunction()
 
-# kestrano_add_test(<name> KIND unit|engine|desktop|recording SOURCES <files> [LINKS <libraries>]
+# kestrano_add_test(<name> KIND unit|engine|desktop|recording|windows SOURCES <files> [LINKS <libraries>]
 #                   [DESKTOP_ARGS <arguments>] [TIMEOUT <seconds>] [WHOLE_STACKS])
 # unit: run without a display, also under Wine. engine, desktop and recording: run on a private desktop of their own
 # (tools/private-desktop, Linux only). Each kind is a CTest label. WHOLE_STACKS is for tests that run into leaks which only

@@ -76,7 +76,7 @@ Take beginTake(ProgramUnderTest& program, const QString& extension)
     const qsizetype from = program.messages().size();
     ProgramUnderTest::pressKey(kHotkey);
     const auto file = program.waitForMessage(QStringLiteral("Starting recording to file: "), kStartTimeoutMs, from);
-    const auto started = program.waitForMessage(QStringLiteral("Starting recording..."), kStartTimeoutMs, from);
+    const auto started = program.waitForMessage(program.startMessage(), kStartTimeoutMs, from);
     if (!file || !started || !program.waitForMessage(QStringLiteral("Recording started..."), kStartTimeoutMs, from)) {
         take.failure = QStringLiteral("no recording was started:\n") + program.transcript();
         return take;

@@ -49,9 +49,19 @@ ProgramUnderTest::~ProgramUnderTest()
     if (QTest::currentTestFailed())
         std::fprintf(stderr, "--- what the program said ---\n%s--- exit %d ---\n%s", qPrintable(transcript()),
                      m_process.exitCode(), qPrintable(crashReport()));
+    end();
+}
+
+void ProgramUnderTest::askToEnd()
+{
+    m_process.terminate();
+}
+
+void ProgramUnderTest::end()
+{
     if (!isRunning())
         return;
-    m_process.terminate();
+    askToEnd();
     if (!m_process.waitForFinished(kPoliteEndTimeoutMs))
         kill();
 }
@@ -61,7 +71,7 @@ void ProgramUnderTest::setSetting(const QString& key, const QVariant& value)
     m_settings.insert(key, value);
 }
 
-bool ProgramUnderTest::writeSettings() const
+bool ProgramUnderTest::writeSettings()
 {
     const QString folder = profile().filePath(QStringLiteral("config/Tolvaran"));
     QFile file(folder + QLatin1String("/Kestrano.conf"));
@@ -80,27 +90,40 @@ bool ProgramUnderTest::writeSettings() const
     return true;
 }
 
+void ProgramUnderTest::makeFolder(QProcessEnvironment& environment, const char* variable, const char* name) const
+{
+    profile().mkpath(QLatin1String(name));
+    environment.insert(QLatin1String(variable), profile().filePath(QLatin1String(name)));
+}
+
+QProcessEnvironment ProgramUnderTest::environment()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    makeFolder(environment, "HOME", "home");
+    makeFolder(environment, "XDG_CONFIG_HOME", "config");
+    makeFolder(environment, "XDG_DATA_HOME", "data");
+    makeFolder(environment, "XDG_CACHE_HOME", "cache");
+    makeFolder(environment, "TMPDIR", "tmp");
+    return environment;
+}
+
+QStringList ProgramUnderTest::command() const
+{
+    return m_wrapper + QStringList{m_executable};
+}
+
 bool ProgramUnderTest::start()
 {
     if (!writeSettings())
         return false;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    const auto folderFor = [&](const char* variable, const char* name) {
-        profile().mkpath(QLatin1String(name));
-        environment.insert(QLatin1String(variable), profile().filePath(QLatin1String(name)));
-    };
-    folderFor("HOME", "home");
-    folderFor("XDG_CONFIG_HOME", "config");
-    folderFor("XDG_DATA_HOME", "data");
-    folderFor("XDG_CACHE_HOME", "cache");
-    folderFor("TMPDIR", "tmp");
+    QProcessEnvironment variables = environment();
     // The moment of each message by the same clock that the test picture shows.
-    environment.insert(QStringLiteral("QT_MESSAGE_PATTERN"), QStringLiteral("@%{time boot}@%{message}"));
-    m_process.setProcessEnvironment(environment);
+    variables.insert(QStringLiteral("QT_MESSAGE_PATTERN"), QStringLiteral("@%{time boot}@%{message}"));
+    m_process.setProcessEnvironment(variables);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_startedAtNs = monotonicNow();
-    const QStringList command = m_wrapper + QStringList{m_executable};
-    m_process.start(command.constFirst(), command.mid(1), QIODevice::ReadOnly);
+    const QStringList words = command();
+    m_process.start(words.constFirst(), words.mid(1), QIODevice::ReadOnly);
     return m_process.waitForStarted();
 }
 
@@ -185,6 +208,11 @@ void ProgramUnderTest::keepLine(const QByteArray& line)
             {m_messages.isEmpty() ? m_startedAtNs : m_messages.constLast().monotonicNs, QString::fromLocal8Bit(line)});
 }
 
+QDir ProgramUnderTest::dataFolder() const
+{
+    return profile().filePath(QStringLiteral("data/Tolvaran/Kestrano"));
+}
+
 QString ProgramUnderTest::logText() const
 {
     return newestText(QStringLiteral("vexmoor_*.log"));
@@ -197,7 +225,7 @@ QString ProgramUnderTest::crashReport() const
 
 QString ProgramUnderTest::newestText(const QString& pattern) const
 {
-    const QDir folder(profile().filePath(QStringLiteral("data/Tolvaran/Kestrano/logs")));
+    const QDir folder(dataFolder().filePath(QStringLiteral("logs")));
     const QStringList names = folder.entryList({pattern}, QDir::Files, QDir::Name);
     QFile file(names.isEmpty() ? QString() : folder.filePath(names.constLast()));
     return !names.isEmpty() && file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
@@ -220,13 +248,18 @@ void ProgramUnderTest::click(const QPoint& rootPx)
                                         QString::number(rootPx.y()), QStringLiteral("click"), QStringLiteral("1")});
 }
 
+QList<x11clients::Window> ProgramUnderTest::windows()
+{
+    return x11clients::windowsOf(processId());
+}
+
 std::optional<x11clients::Window> ProgramUnderTest::mainWindow(bool minimised, int timeoutMs)
 {
     QElapsedTimer waited;
     waited.start();
     do {
-        const QList<x11clients::Window> windows = x11clients::windowsOf(processId());
-        for (const x11clients::Window& window : windows)
+        const QList<x11clients::Window> candidates = windows();
+        for (const x11clients::Window& window : candidates)
             if (window.title.contains(QLatin1String("Kestrano")) && window.isMinimised == minimised)
                 return window;
         m_process.waitForReadyRead(kPollMs * 4);

@@ -31,7 +31,9 @@ public:
 
     /// @param executable path of the program; that of this build when empty.
     explicit ProgramUnderTest(const QString& executable = {});
-    ~ProgramUnderTest();
+    virtual ~ProgramUnderTest();
+    ProgramUnderTest(const ProgramUnderTest&) = delete;
+    ProgramUnderTest& operator=(const ProgramUnderTest&) = delete;
 
     /// Root of the program's profile.
     QDir profile() const { return QDir(m_profile.path()); }
@@ -80,10 +82,32 @@ public:
     /// shown, or minimised, as asked.
     std::optional<x11clients::Window> mainWindow(bool minimised, int timeoutMs);
 
+    /// What the program says at the moment when the engine is told to start.
+    virtual QString startMessage() const { return QStringLiteral("Starting recording..."); }
+    /// The folder of the program's own data: its log files lie below it, and its list of files.
+    virtual QDir dataFolder() const;
+
+protected:
+    // What depends on the system that the program is made for.
+    /// Stores settings() where the program looks for them.
+    virtual bool writeSettings();
+    virtual QStringList command() const;
+    virtual QProcessEnvironment environment();
+    /// The program's managed windows, minimised ones included.
+    virtual QList<x11clients::Window> windows();
+    virtual void askToEnd();
+    /// Takes what the program has said since the last call, by keep().
+    virtual void readMessages();
+    void keep(const Line& line) { m_messages.append(line); }
+
+    const QMap<QString, QVariant>& settings() const { return m_settings; }
+    QProcess& process() { return m_process; }
+    /// Asks the program to end, and insists; every class below calls it in its destructor.
+    void end();
+
 private:
-    void readMessages();
+    void makeFolder(QProcessEnvironment& environment, const char* variable, const char* name) const;
     void keepLine(const QByteArray& line);
-    bool writeSettings() const;
     QString newestText(const QString& pattern) const;
 
     QTemporaryDir m_profile;

@@ -1,0 +1,163 @@
+#include "tests/recording/formatjudge.h"
+
+#include "tests/recording/recordinghelpers.h"
+#include "tests/support/testpicture.h"
+#include "tests/support/testtone.h"
+
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <cmath>
+
+using formatjudge::Allowance;
+using formatjudge::Expected;
+
+namespace {
+
+constexpr double kNsPerSecond = 1e9;
+constexpr int kToneSpanMs = 300;
+
+double secondsBetween(int64_t fromNs, int64_t toNs)
+{
+    return static_cast<double>(toNs - fromNs) / kNsPerSecond;
+}
+
+/// Milliseconds of silence before the first sound.
+int leadingSilenceMs(const QList<float>& samples)
+{
+    constexpr qsizetype kSamplesPerMs = testtone::kSamplesPerSecond / 1000;
+    constexpr float kAudible = 0.02F;
+    for (qsizetype index = 0; index < samples.size(); ++index)
+        if (std::abs(samples.at(index)) > kAudible)
+            return static_cast<int>(index / kSamplesPerMs);
+    return static_cast<int>(samples.size() / kSamplesPerMs);
+}
+
+void checkName(const Expected& expected, const Take& take)
+{
+    const QRegularExpression pattern(QStringLiteral("^Recording_\\d{4}_\\d{2}_\\d{2}_\\d{2}-\\d{2}-\\d{2}\\.%1$")
+                                         .arg(QLatin1String(expected.extension)));
+    QVERIFY2(pattern.match(QFileInfo(take.path).fileName()).hasMatch(), qPrintable(take.path));
+}
+
+void checkStreams(const Expected& expected, const MediaFile& file, const QSize& screenPx)
+{
+    const MediaStream* const video = file.video();
+    const bool screen = *expected.videoCodec != '\0';
+    QCOMPARE(video != nullptr, screen || expected.hasMarkerPicture);
+    if (video && screen) {
+        QCOMPARE(video->codec, QLatin1String(expected.videoCodec));
+        QCOMPARE(video->codecId, expected.videoId);
+        QCOMPARE(video->size, screenPx);
+    } else if (video) {
+        QCOMPARE(video->codec, QLatin1String("png"));
+        QCOMPARE(video->codecId, 61);
+        QCOMPARE(video->size, QSize(2, 2));
+    }
+    const MediaStream* const audio = file.audio();
+    QCOMPARE(audio != nullptr, *expected.audioCodec != '\0');
+    if (audio) {
+        QCOMPARE(audio->codec, QLatin1String(expected.audioCodec));
+        QCOMPARE(audio->codecId, expected.audioId);
+        QCOMPARE(audio->sampleRate, 48000);
+        QCOMPARE(audio->channels, 2);
+    }
+}
+
+void checkRate(const MediaFile& file)
+{
+    // The ends are left out: the MPEG-4 encoder's second frame comes a place late, and what an encoder keeps at the end
+    // leaves holes between the last frames it gave out.
+    constexpr qsizetype kHead = 2;
+    constexpr qsizetype kTail = kFramesPerSecond / 2;
+    const QList<double>& times = file.video()->frameSeconds;
+    QVERIFY(times.size() > 2 * (kHead + kTail));
+    const qsizetype last = times.size() - kTail;
+    const double rate = static_cast<double>(last - kHead) / (times.at(last) - times.at(kHead));
+    QVERIFY2(std::abs(rate - kFramesPerSecond) < 0.3, qPrintable(QString::number(rate)));
+}
+
+void checkMoments(const MediaFile& file, const Take& take, const Allowance& allowance)
+{
+    const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(file.video()->size));
+    const NumbersHeld held = countNumbers(numbers);
+    QVERIFY(held.first.has_value());
+    QCOMPARE(held.unreadable, 0);
+    QCOMPARE(held.backwards, 0);
+    const int64_t first = momentOfNumber(*held.first, kFramesPerSecond, take.startedNs);
+    const int64_t afterLast = momentOfNumber(*held.last + 1, kFramesPerSecond, take.stopRequestedNs);
+    const double begins = secondsBetween(take.startedNs, first);
+    const double reaches = secondsBetween(take.stopRequestedNs, afterLast);
+    qInfo("picture from %+.3f s after the start to %+.3f s after the stop request", begins, reaches);
+    QVERIFY2(begins <= allowance.latestStart, qPrintable(QString::number(begins)));
+    QVERIFY2(reaches >= 0.0, qPrintable(QString::number(reaches)));
+    // The file's clock runs with the screen's.
+    const QList<double>& times = file.video()->frameSeconds;
+    const double shown = secondsBetween(first, afterLast) - 1.0 / kFramesPerSecond;
+    QVERIFY2(std::abs(times.constLast() - times.constFirst() - shown) < 0.2, qPrintable(QString::number(shown)));
+}
+
+void checkColours(const Expected& expected, const MediaFile& file)
+{
+    const QImage picture = file.pictureAt(file.durationSeconds() / 2);
+    QCOMPARE(picture.size(), file.video()->size);
+    const QList<TestPicture::Patch> patches = TestPicture(picture.size()).patches();
+    for (const TestPicture::Patch& patch : patches) {
+        // GIF's palette has three bits of red and green and two of blue: only its corners are exact.
+        const bool coarse = qstrcmp(expected.name, "GIF") == 0 && patch.colour.red() % 255 != 0;
+        const int tolerance = coarse ? 48 : 12;
+        const QColor found = meanColour(picture, patch.area.center(), 4);
+        QVERIFY2(colourDistance(found, patch.colour) <= tolerance,
+                 qPrintable(patch.colour.name() + QLatin1String(" came out as ") + found.name()));
+    }
+}
+
+void checkSound(const MediaFile& file, const Take& take, const Allowance& allowance)
+{
+    constexpr qsizetype kSpan = qsizetype{testtone::kSamplesPerSecond} / 1000 * kToneSpanMs;
+    const QList<float> samples = file.samples(testtone::kSamplesPerSecond);
+    QVERIFY(samples.size() > 3 * kSpan);
+    const qsizetype middle = samples.size() / 2;
+    const double tone = testtone::amplitude(samples, middle, kSpan, 440.0, testtone::kSamplesPerSecond);
+    const double beside = testtone::amplitude(samples, middle, kSpan, 700.0, testtone::kSamplesPerSecond);
+    QVERIFY2(tone > 0.05 && tone > 20 * beside, qPrintable(QStringLiteral("%1, beside %2").arg(tone).arg(beside)));
+
+    const int silenceMs = leadingSilenceMs(samples);
+    const qsizetype heardFrom = qsizetype{silenceMs} * testtone::kSamplesPerSecond / 1000;
+    const auto first = testtone::momentOfSample(samples, heardFrom, kToneSpanMs, take.startedNs);
+    QVERIFY(first.has_value());
+    // The scale repeats itself after some seconds: the end is looked for where it ought to be.
+    const qsizetype lastSpan = samples.size() - kSpan;
+    const double held = static_cast<double>(lastSpan - heardFrom) / testtone::kSamplesPerSecond;
+    const int64_t expectedLast = *first + static_cast<int64_t>(held * kNsPerSecond);
+    const auto last = testtone::momentOfSample(samples, lastSpan, kToneSpanMs, expectedLast);
+    QVERIFY(last.has_value());
+    const double begins = secondsBetween(take.startedNs, *first) + allowance.soundServer;
+    const double reaches = secondsBetween(take.stopRequestedNs, *last) + kToneSpanMs / 1000.0 + allowance.soundServer;
+    qInfo("sound from %+.3f s after the start to %+.3f s after the stop request", begins, reaches);
+    QVERIFY2(begins <= allowance.latestStart + allowance.soundServer, qPrintable(QString::number(begins)));
+    QVERIFY2(reaches >= 0.0, qPrintable(QString::number(reaches)));
+    // Nothing was left out in between.
+    const double heard = secondsBetween(*first, *last);
+    QVERIFY2(std::abs(heard - held) < 0.1, qPrintable(QStringLiteral("%1 s heard, %2 s held").arg(heard).arg(held)));
+}
+
+} // namespace
+
+void formatjudge::check(const Expected& expected, const MediaFile& file, const Take& take, const QSize& screen,
+                        const Allowance& allowance)
+{
+    QVERIFY2(file.isReadable(), qPrintable(file.error()));
+    checkName(expected, take);
+    checkStreams(expected, file, screen);
+    if (QTest::currentTestFailed())
+        return;
+    if (*expected.videoCodec) {
+        checkRate(file);
+        checkMoments(file, take, allowance);
+        checkColours(expected, file);
+    }
+    if (*expected.audioCodec)
+        checkSound(file, take, allowance);
+}

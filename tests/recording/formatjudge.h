@@ -1,0 +1,48 @@
+#pragma once
+
+#include "tests/support/mediafile.h"
+
+#include <QSize>
+
+#include <array>
+
+struct Take;
+
+/// Judges a recording of the test picture and the test tone by its file alone, for each format the same way, whatever
+/// recorded it. Each function reports what is wrong as a failure of the running test.
+namespace formatjudge {
+
+/// What a format's file holds.
+struct Expected
+{
+    const char* name;
+    const char* extension;
+    const char* videoCodec; ///< Empty: no picture of the screen.
+    int videoId;
+    const char* audioCodec; ///< Empty: no sound.
+    int audioId;
+    bool hasMarkerPicture; ///< The picture of 2x2 pixels that comes with the sound; FLAC's muxer leaves it out.
+};
+
+inline constexpr std::array<Expected, 7> kFormats{{{"MP4", "mp4", "h264", 27, "aac", 86018, false},
+                                                   {"AVI", "avi", "mpeg4", 12, "mp3", 86017, false},
+                                                   {"FLV", "flv", "flv1", 21, "mp3", 86017, false},
+                                                   {"GIF", "gif", "gif", 97, "", 0, false},
+                                                   {"MP3", "mp3", "", 0, "mp3", 86017, true},
+                                                   {"AAC", "aac", "", 0, "aac", 86018, false},
+                                                   {"FLAC", "flac", "", 0, "flac", 86028, false}}};
+
+/// What a system may add to what the program does, in seconds.
+struct Allowance
+{
+    /// How long a recording may take to begin after the engine was told to start.
+    double latestStart = 0.2;
+    /// What the sound server holds of the test tone before it is heard, with a margin for a busy machine.
+    double soundServer = 0.05;
+};
+
+/// @param screen size of the recorded picture in pixels.
+void check(const Expected& expected, const MediaFile& file, const Take& take, const QSize& screen,
+           const Allowance& allowance = {});
+
+} // namespace formatjudge

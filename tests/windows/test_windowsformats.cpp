@@ -1,0 +1,50 @@
+#include "tests/recording/formatjudge.h"
+#include "tests/recording/recordinghelpers.h"
+#include "tests/windows/windowsprogram.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QTest>
+
+/// Each format recorded by the Windows program through its hotkey, and judged as the Linux program's are.
+class TestWindowsFormats : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QCOMPARE(m_desktop.begin(), QString());
+        QCOMPARE(m_performance.begin(kFramesPerSecond), QString());
+    }
+
+    void aRecordingHoldsTheScreenAndTheMicrophone_data()
+    {
+        QTest::addColumn<int>("index");
+        for (size_t index = 0; index < formatjudge::kFormats.size(); ++index)
+            QTest::newRow(formatjudge::kFormats.at(index).name) << static_cast<int>(index);
+    }
+
+    void aRecordingHoldsTheScreenAndTheMicrophone()
+    {
+        constexpr int kRecordMs = 3000;
+        QFETCH(int, index);
+        const formatjudge::Expected& expected = formatjudge::kFormats.at(static_cast<size_t>(index));
+        WindowsProgram program;
+        program.setSetting(QStringLiteral("recording/format"), QLatin1String(expected.name));
+        program.setSetting(QStringLiteral("recording/micSwitch"), true);
+        QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+        const Take take = record(program, QLatin1String(expected.extension), kRecordMs);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        formatjudge::check(expected, MediaFile(unixPath(take.path)), take, QGuiApplication::primaryScreen()->size());
+    }
+
+private:
+    static QString unixPath(QString path) { return path.remove(0, 2).replace('\\', '/'); }
+
+    WineDesktop m_desktop;
+    WindowsPerformance m_performance;
+};
+
+QTEST_MAIN(TestWindowsFormats)
+#include "test_windowsformats.moc"

@@ -1,0 +1,163 @@
+#include "tests/windows/windowsprogram.h"
+
+#include "tests/support/testpicture.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int kStartTimeoutMs = 60'000;
+constexpr int64_t kNsPerMs = 1'000'000;
+const auto kKey = QStringLiteral("HKEY_CURRENT_USER\\Software\\Tolvaran\\Kestrano");
+const auto kFolders =
+    QStringLiteral("HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders");
+
+QString quoted(const QString& text)
+{
+    QString escaped = text;
+    escaped.replace(QLatin1Char('\\'), QLatin1String("\\\\")).replace(QLatin1Char('"'), QLatin1String("\\\""));
+    return QLatin1Char('"') + escaped + QLatin1Char('"');
+}
+
+QString line(const QString& name, const QString& value)
+{
+    return quoted(name) + QLatin1Char('=') + quoted(value) + QLatin1Char('\n');
+}
+
+QString section(const QString& key)
+{
+    return QLatin1Char('[') + key + QLatin1String("]\n");
+}
+
+} // namespace
+
+WindowsProgram::WindowsProgram(const QString& profileName)
+    : ProgramUnderTest(WineDesktop::program()), m_profileName(profileName.isEmpty() ? QStringLiteral(".") : profileName)
+{
+    setSetting(QStringLiteral("recording/saveLocation"), WineDesktop::windowsPath(saveFolder()).replace('\\', '/'));
+}
+
+WindowsProgram::~WindowsProgram()
+{
+    if (QTest::currentTestFailed())
+        std::fprintf(stderr, "--- what libobs printed ---\n%s", m_printed.constData());
+    end();
+}
+
+QDir WindowsProgram::dataFolder() const
+{
+    return userFolder().filePath(QStringLiteral("AppData/Roaming/Tolvaran/Kestrano"));
+}
+
+bool WindowsProgram::writeSettings()
+{
+    QString text = section(QLatin1Char('-') + kKey) + section(kFolders);
+    for (const auto& [name, folder] : {std::pair{"AppData", "AppData/Roaming"},
+                                       {"Local AppData", "AppData/Local"},
+                                       {"My Video", "Videos"},
+                                       {"My Pictures", "Pictures"}}) {
+        userFolder().mkpath(QLatin1String(folder));
+        text += line(QLatin1String(name), WineDesktop::windowsPath(QDir::cleanPath(userFolder().filePath(folder))));
+    }
+    for (auto setting = settings().cbegin(); setting != settings().cend(); ++setting)
+        text += section(kKey + QLatin1Char('\\') + setting.key().section(QLatin1Char('/'), 0, 0)) +
+                line(setting.key().section(QLatin1Char('/'), 1), setting.value().toString());
+    return WineDesktop::importRegistry(text);
+}
+
+QStringList WindowsProgram::command() const
+{
+    return {QStringLiteral("wine"), executable()};
+}
+
+/// The profile's folders are in the registry.
+QProcessEnvironment WindowsProgram::environment()
+{
+    return QProcessEnvironment::systemEnvironment();
+}
+
+void WindowsProgram::readMessages()
+{
+    process().waitForReadyRead(0);
+    m_printed += process().readAll();
+    const QDir logs(dataFolder().filePath(QStringLiteral("logs")));
+    const QStringList names = logs.entryList({QStringLiteral("vexmoor_*.log")}, QDir::Files, QDir::Name);
+    QFile file(names.isEmpty() ? QString() : logs.filePath(names.constLast()));
+    if (names.isEmpty() || !file.open(QIODevice::ReadOnly) || !file.seek(m_readBytes))
+        return;
+    for (QByteArray line = file.readLine(); line.endsWith('\n'); line = file.readLine()) {
+        m_readBytes = file.pos();
+        keepLine(QString::fromUtf8(line.trimmed()));
+    }
+}
+
+void WindowsProgram::keepLine(const QString& line)
+{
+    constexpr qsizetype kStampLength = 23;
+    const QDateTime moment = QDateTime::fromString(line.left(kStampLength), QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
+    const int64_t sinceNs =
+        moment.isValid() ? (QDateTime::currentMSecsSinceEpoch() - moment.toMSecsSinceEpoch()) * kNsPerMs : 0;
+    keep({monotonicNow() - sinceNs, line.mid(kStampLength)});
+}
+
+QList<x11clients::Window> WindowsProgram::windows()
+{
+    QList<x11clients::Window> windows;
+    const QList<WindowsWindow> all = WineDesktop::windows();
+    for (const WindowsWindow& window : all)
+        if (window.isVisible && window.program == QLatin1String("kestrano.exe"))
+            windows.append({static_cast<uint32_t>(window.handle), window.title, window.place, window.isMinimised});
+    return windows;
+}
+
+std::optional<WindowsWindow> WindowsProgram::mainWindowAsWindowsKnowsIt(bool minimised, int timeoutMs)
+{
+    QElapsedTimer waited;
+    waited.start();
+    do {
+        const auto window = WineDesktop::visibleWindow(QStringLiteral("Kestrano"), timeoutMs);
+        if (window && window->isMinimised == minimised)
+            return window;
+    } while (!waited.hasExpired(timeoutMs));
+    return std::nullopt;
+}
+
+void WindowsProgram::askToEnd()
+{
+    constexpr int kCloseMessage = 0x0010;
+    const QList<WindowsWindow> all = WineDesktop::windows();
+    for (const WindowsWindow& window : all)
+        if (window.program == QLatin1String("kestrano.exe") && window.title == QLatin1String("Kestrano"))
+            WineDesktop::probe({QStringLiteral("post"), QString::number(window.handle), QString::number(kCloseMessage),
+                                QStringLiteral("0"), QStringLiteral("0")});
+}
+
+WindowsPerformance::~WindowsPerformance()
+{
+    for (QProcess* process : {&m_picture, &m_tone}) {
+        process->terminate();
+        if (process->state() != QProcess::NotRunning && !process->waitForFinished())
+            process->kill();
+        process->waitForFinished();
+    }
+}
+
+QString WindowsPerformance::begin(int numbersPerSecond)
+{
+    const QString failure =
+        WineDesktop::launch(m_picture, QStringLiteral("kestrano_test_picture"),
+                            {QStringLiteral("--rate"), QString::number(numbersPerSecond), QStringLiteral("--motion"),
+                             QStringLiteral("--clock-ahead"), QString::number(WineDesktop::clockAheadNs())});
+    if (!failure.isEmpty())
+        return failure;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PULSE_SINK"), qEnvironmentVariable("KESTRANO_TEST_MICROPHONE_SINK"));
+    m_tone.setProcessEnvironment(environment);
+    m_tone.start(QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("kestrano_test_tone")), {});
+    return m_tone.waitForReadyRead(kStartTimeoutMs) ? QString() : QStringLiteral("the test tone does not play");
+}
