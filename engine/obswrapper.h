@@ -255,6 +255,7 @@ private:
     void waitUntilPauseHasBegun() const;
     bool tellOutputToPause(bool pause);
     void waitUntilOutputRuns() const;
+    static void waitUntilOutputEnded(const obs_output_t* output);
     void letEndedOutputRest(ObsOutputHandle output);
     static void onOutputStopped(void* wrapper, calldata_t* stopSignal);
     static void onOutputStoppedEarly(void* wrapper, calldata_t* stopSignal);

@@ -378,11 +378,25 @@ void ObsWrapper::waitUntilOutputRuns() const
         QThread::msleep(kStepMs);
 }
 
+void ObsWrapper::waitUntilOutputEnded(const obs_output_t* output)
+{
+    // libobs ends an output on a thread of its own, after the stop has returned. An output that is let go of before is
+    // stopped a second time, and whoever lets go of it may wait for ever for an end that has passed.
+    constexpr int kLimitMs = 3000;
+    for (int waitedMs = 0; obs_output_active(output) && waitedMs < kLimitMs; ++waitedMs)
+        QThread::msleep(1);
+}
+
 void ObsWrapper::letEndedOutputRest(ObsOutputHandle output)
 {
     const std::uint64_t endedNs = m_endedByItselfNs.exchange(0);
-    if (output && endedNs != 0)
+    if (!output)
+        return;
+    waitUntilOutputEnded(output.get());
+    if (endedNs != 0)
         m_restingOutputs.keep(std::move(output), endedNs);
+    else if (obs_output_active(output.get()))
+        m_restingOutputs.keep(std::move(output), os_gettime_ns());
 }
 
 bool ObsWrapper::canPauseRecording() const

@@ -73,6 +73,8 @@ private slots:
         m_engine->setCaptureCursor(true);
     }
 
+    void cleanup() { QCOMPARE(obsspy::outputsReleasedWhileActive(), 0); }
+
     void cleanupTestCase()
     {
         m_engine.reset();
@@ -130,7 +132,6 @@ private slots:
         for (int round = 0; round < 3; ++round)
             QVERIFY(
                 runEncoderTrial(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()), notCancelled));
-        QCOMPARE(obsspy::outputsReleasedWhileActive(), 0);
     }
 
     void trialWhoseOutputCannotBeOpenedEndsAtOnce()
