@@ -59,7 +59,7 @@ bool WindowsProgram::writeSettings()
     QString text = section(QLatin1Char('-') + kKey) + section(kFolders);
     for (const auto& [name, folder] : {std::pair{"AppData", "AppData/Roaming"},
                                        {"Local AppData", "AppData/Local"},
-                                       {"My Video", "Videos"},
+                                       {"My Video", "Films"},
                                        {"My Pictures", "Pictures"}}) {
         userFolder().mkpath(QLatin1String(folder));
         text += line(QLatin1String(name), WineDesktop::windowsPath(QDir::cleanPath(userFolder().filePath(folder))));
