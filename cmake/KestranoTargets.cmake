@@ -66,6 +66,7 @@ endfunction()
 
 # kestrano_add_test(<name> KIND unit|engine|desktop|recording|windows SOURCES <files> [LINKS <libraries>]
 #                   [DESKTOP_ARGS <arguments>] [TIMEOUT <seconds>] [WHOLE_STACKS])
+# windows: run on Linux, on a private desktop, and drive the Windows program in Wine (tools/test-windows).
 # unit: run without a display, also under Wine. engine, desktop and recording: run on a private desktop of their own
 # (tools/private-desktop, Linux only). Each kind is a CTest label. WHOLE_STACKS is for tests that run into leaks which only
 # the far end of their stacks tells from ours: the leak sanitizer then walks all of it (tests/support/lsan-whole-stacks.supp).

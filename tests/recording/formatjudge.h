@@ -39,6 +39,8 @@ struct Allowance
     double latestStart = 0.2;
     /// What the sound server holds of the test tone before it is heard, with a margin for a busy machine.
     double soundServer = 0.05;
+    /// Share of the pictures that may be torn in the middle of a block of the test picture's number.
+    double tornPictures = 0.0;
 };
 
 /// @param screen size of the recorded picture in pixels.
