@@ -1,0 +1,126 @@
+#include "tests/recording/recordinghelpers.h"
+#include "tests/windows/windowsprogram.h"
+
+#include <QRegularExpression>
+#include <QTest>
+
+namespace {
+
+constexpr int kWindowTimeoutMs = 15'000;
+constexpr int kEndTimeoutMs = 60'000;
+/// Long enough for a window that does come back to do so.
+constexpr int kNothingHappensMs = 1500;
+constexpr int kSystemCommand = 0x0112;
+constexpr int kMinimise = 0xF020;
+constexpr int kRestore = 0xF120;
+
+bool command(const WindowsWindow& window, int systemCommand)
+{
+    return WineDesktop::probe({QStringLiteral("post"), QString::number(window.handle), QString::number(kSystemCommand),
+                               QString::number(systemCommand), QStringLiteral("0")});
+}
+
+} // namespace
+
+/// The Windows program from its start to its end: what it stores, and what it does with other programs' requests.
+class TestWindowsProgram : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QCOMPARE(m_desktop.begin(), QString()); }
+
+    void aFreshProfileGetsAllFifteenKeys();
+    void aSecondCopyHandsTheFocusOverAndEnds();
+    void aMinimisedWindowIsNotBroughtBackWhileRecording();
+    void aHotkeyThatAnotherProgramHoldsIsNamedInTheLog();
+
+private:
+    WineDesktop m_desktop;
+};
+
+void TestWindowsProgram::aFreshProfileGetsAllFifteenKeys()
+{
+    WindowsProgram program;
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const QString text = WineDesktop::exportRegistry(QStringLiteral("HKCU\\Software\\Tolvaran\\Kestrano"));
+    QStringList keys;
+    QString group;
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (const QString& line : lines) {
+        if (line.startsWith(QLatin1Char('[')))
+            group = line.section(QLatin1Char('\\'), -1).chopped(1);
+        else if (line.startsWith(QLatin1Char('"')))
+            keys.append(group + QLatin1Char('/') + line.section(QLatin1Char('"'), 1, 1));
+    }
+    keys.sort();
+    const QStringList expected{"general/firstRun",       "general/language",       "hotkeys/recording",
+                               "hotkeys/screenshot",     "mouse/showCursor",       "mouse/showHighlight",
+                               "mouse/switch",           "recording/format",       "recording/micSwitch",
+                               "recording/saveLocation", "recording/screenSwitch", "recording/speakerSwitch",
+                               "recording/webcamSwitch", "screenshot/format",      "screenshot/saveLocation"};
+    QCOMPARE(keys, expected);
+    QVERIFY(text.contains(QLatin1String("\"recording\"=\"F9\"")));
+    QVERIFY(text.contains(QLatin1String("\"webcamSwitch\"=\"false\"")));
+}
+
+void TestWindowsProgram::aSecondCopyHandsTheFocusOverAndEnds()
+{
+    WindowsProgram program;
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const auto shown = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
+    QVERIFY(shown && command(*shown, kMinimise));
+    QVERIFY(WindowsProgram::mainWindowAsWindowsKnowsIt(true, kWindowTimeoutMs));
+
+    QProcess second;
+    second.start(QStringLiteral("wine"), {program.executable()});
+    QVERIFY(second.waitForFinished(kEndTimeoutMs));
+    QCOMPARE(second.exitCode(), 0);
+    const auto restored = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
+    QVERIFY(restored);
+    QCOMPARE(restored->handle, shown->handle);
+    QVERIFY(restored->isForeground);
+    QVERIFY(!restored->isTopmost);
+    QCOMPARE(program.dataFolder().entryList({QStringLiteral("logs")}, QDir::Dirs).size(), 1);
+    QCOMPARE(QDir(program.dataFolder().filePath(QStringLiteral("logs"))).entryList({"*.log"}, QDir::Files).size(), 1);
+}
+
+void TestWindowsProgram::aMinimisedWindowIsNotBroughtBackWhileRecording()
+{
+    WindowsProgram program;
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    Take take = beginTake(program, QStringLiteral("mp4"));
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+    const auto held = WindowsProgram::mainWindowAsWindowsKnowsIt(true, kWindowTimeoutMs);
+    QVERIFY(held && command(*held, kRestore));
+    QTest::qWait(kNothingHappensMs);
+    QVERIFY(WindowsProgram::mainWindowAsWindowsKnowsIt(true, 0));
+    endTake(program, take);
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+
+    // Afterwards it is a window like any other.
+    QVERIFY(command(*held, kMinimise));
+    QVERIFY(WindowsProgram::mainWindowAsWindowsKnowsIt(true, kWindowTimeoutMs));
+    QVERIFY(command(*held, kRestore));
+    QVERIFY(WindowsProgram::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs));
+}
+
+void TestWindowsProgram::aHotkeyThatAnotherProgramHoldsIsNamedInTheLog()
+{
+    constexpr int kF9 = 0x78;
+    QProcess holder;
+    QCOMPARE(WineDesktop::launch(holder, QStringLiteral("kestrano_test_windowprobe"),
+                                 {QStringLiteral("hold"), QStringLiteral("0"), QString::number(kF9)}),
+             QString());
+    {
+        WindowsProgram program;
+        QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+        const QRegularExpression named(QStringLiteral("F9.*another program holds it"));
+        QVERIFY2(program.logText().contains(named), qPrintable(program.logText()));
+    }
+    holder.kill();
+    holder.waitForFinished();
+}
+
+QTEST_MAIN(TestWindowsProgram)
+#include "test_windowsprogram.moc"
