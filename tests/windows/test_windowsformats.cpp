@@ -43,13 +43,11 @@ private slots:
         QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
         const Take take = record(program, QLatin1String(expected.extension), kRecordMs);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
-        formatjudge::check(expected, MediaFile(unixPath(take.path)), take, QGuiApplication::primaryScreen()->size(),
-                           kAllowance);
+        formatjudge::check(expected, MediaFile(WineDesktop::unixPath(take.path)), take,
+                           QGuiApplication::primaryScreen()->size(), kAllowance);
     }
 
 private:
-    static QString unixPath(QString path) { return path.remove(0, 2).replace('\\', '/'); }
-
     WineDesktop m_desktop;
     WindowsPerformance m_performance;
 };

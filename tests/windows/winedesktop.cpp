@@ -109,6 +109,11 @@ QString WineDesktop::windowsPath(const QString& path)
     return QLatin1String("Z:") + QString(path).replace(QLatin1Char('/'), QLatin1Char('\\'));
 }
 
+QString WineDesktop::unixPath(const QString& windowsPath)
+{
+    return windowsPath.section(QLatin1Char(':'), 1).replace(QLatin1Char('\\'), QLatin1Char('/'));
+}
+
 QString WineDesktop::tool(const QString& name)
 {
     return qEnvironmentVariable("KESTRANO_WINDOWS_BUILD") + QLatin1Char('/') + name + QLatin1String(".exe");

@@ -52,6 +52,8 @@ public:
 
     /// The path as a Windows program has to be told it.
     static QString windowsPath(const QString& path);
+    /// The path that a Windows program says, as this system knows it.
+    static QString unixPath(const QString& windowsPath);
     /// One of the test programs of the Windows build.
     static QString tool(const QString& name);
     static QString program();

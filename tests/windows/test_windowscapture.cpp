@@ -1,0 +1,148 @@
+#include "tests/recording/recordinghelpers.h"
+#include "tests/support/mediafile.h"
+#include "tests/windows/windowsprogram.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QScreen>
+#include <QTest>
+
+namespace {
+
+constexpr int kTimeoutMs = 20'000;
+/// A window that is there is not yet ready for the pointer.
+constexpr int kReadyMs = 500;
+constexpr int kTolerance = 12;
+/// Where another program shows a white window with a grey one in its middle half.
+const QRect kTarget(200, 100, 320, 200);
+
+QColor colourAt(const QImage& image, const QPoint& place)
+{
+    return meanColour(image, place, 2);
+}
+
+/// Wine hears of the pointer later than of the button.
+bool dragSlowly(const QPoint& from, const QPoint& to)
+{
+    bool done = pointTo(from);
+    QTest::qWait(kReadyMs);
+    done = xdotool({"mousedown", "1"}) && done;
+    for (const QPoint& place : {from, (from + to) / 2, to}) {
+        QTest::qWait(kReadyMs);
+        done = pointTo(place) && done;
+    }
+    QTest::qWait(kReadyMs);
+    return xdotool({"mouseup", "1"}) && done;
+}
+
+} // namespace
+
+/// What the Windows program takes of the screen: a region of it in a recording, all of it in a screenshot.
+class TestWindowsCapture : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QCOMPARE(m_desktop.begin(), QString());
+        QCOMPARE(WineDesktop::launch(m_target, QStringLiteral("kestrano_test_windowprobe"),
+                                     {QStringLiteral("target"), QString::number(kTarget.left()),
+                                      QString::number(kTarget.top()), QString::number(kTarget.width()),
+                                      QString::number(kTarget.height())}),
+                 QString());
+    }
+
+    void cleanupTestCase()
+    {
+        m_target.kill();
+        m_target.waitForFinished();
+    }
+
+    void aDraggedRegionIsRecordedAndNothingElse();
+    void theScreenshotHotkeyAndEnterSaveTheWholeScreen();
+
+private:
+    /// Waits for a window of the program as large as this.
+    static bool waitForWindow(const QSize& size);
+
+    WineDesktop m_desktop;
+    QProcess m_target;
+};
+
+bool TestWindowsCapture::waitForWindow(const QSize& size)
+{
+    QElapsedTimer waited;
+    waited.start();
+    do {
+        const QList<WindowsWindow> windows = WineDesktop::windows();
+        for (const WindowsWindow& window : windows)
+            if (window.isVisible && window.program == QLatin1String("kestrano.exe") && window.place.size() == size) {
+                QTest::qWait(kReadyMs);
+                return true;
+            }
+    } while (!waited.hasExpired(kTimeoutMs));
+    return false;
+}
+
+void TestWindowsCapture::aDraggedRegionIsRecordedAndNothingElse()
+{
+    WindowsProgram program;
+    for (const char* key : {"mouse/switch", "mouse/showHighlight", "mouse/showCursor"})
+        program.setSetting(QLatin1String(key), false);
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const auto window = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kTimeoutMs);
+    QVERIFY(window && WineDesktop::probe({QStringLiteral("front"), QString::number(window->handle)}));
+    QTest::qWait(kReadyMs);
+    for (int step = 0; step < kStepsToRegion; ++step)
+        ProgramUnderTest::pressKey(QStringLiteral("shift+Tab"));
+    ProgramUnderTest::pressKey(QStringLiteral("space"));
+    QVERIFY(program.waitForMessage(QStringLiteral("Select region clicked"), kTimeoutMs));
+    QVERIFY(waitForWindow(QGuiApplication::primaryScreen()->size()));
+    QVERIFY(dragSlowly(kTarget.topLeft(), kTarget.bottomRight()));
+    QTest::qWait(kReadyMs);
+
+    const Take take = record(program, QStringLiteral("mp4"), 2000);
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+    const MediaFile file(WineDesktop::unixPath(take.path));
+    QVERIFY2(file.isReadable(), qPrintable(file.error()));
+    QCOMPARE(file.video()->size, kTarget.size());
+    const QImage picture = file.pictureAt(file.durationSeconds() / 2);
+    const QRect all = picture.rect().adjusted(4, 4, -4, -4);
+    for (const QPoint& corner : {all.topLeft(), all.topRight(), all.bottomLeft(), all.bottomRight()})
+        QVERIFY2(colourDistance(colourAt(picture, corner), Qt::white) <= kTolerance,
+                 qPrintable(colourAt(picture, corner).name()));
+    QVERIFY2(colourDistance(colourAt(picture, all.center()), QColor(128, 128, 128)) <= kTolerance,
+             qPrintable(colourAt(picture, all.center()).name()));
+}
+
+void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
+{
+    WindowsProgram program;
+    const QDir shots(program.profile().filePath(QStringLiteral("shots")));
+    program.setSetting(QStringLiteral("screenshot/saveLocation"),
+                       WineDesktop::windowsPath(shots.path()).replace('\\', '/'));
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    ProgramUnderTest::pressKey(QStringLiteral("F10"));
+    QTest::qWait(kTimeoutMs / 10);
+    ProgramUnderTest::pressKey(QStringLiteral("Return"));
+    QTRY_COMPARE_WITH_TIMEOUT(shots.entryList({"Screenshot_*.png"}, QDir::Files).size(), 1, kTimeoutMs);
+    const QString path = shots.filePath(shots.entryList({"Screenshot_*.png"}, QDir::Files).constFirst());
+    QImage picture;
+    QTRY_VERIFY_WITH_TIMEOUT(picture.load(path), kTimeoutMs);
+    QCOMPARE(picture.size(), QGuiApplication::primaryScreen()->size());
+    QCOMPARE(picture.pixelColor(kTarget.topLeft() + QPoint(10, 10)), QColor(Qt::white));
+    QCOMPARE(picture.pixelColor(kTarget.center()), QColor(128, 128, 128));
+
+    QVERIFY(WineDesktop::visibleWindow(QStringLiteral("Screenshot Saved"), kTimeoutMs));
+    QFile library(program.dataFolder().filePath(QStringLiteral("file_data.json")));
+    QVERIFY(library.open(QIODevice::ReadOnly));
+    QVERIFY2(library.readAll().contains(QFileInfo(path).fileName().toUtf8()), "the library does not have it");
+    ProgramUnderTest::pressKey(QStringLiteral("Return"));
+}
+
+QTEST_MAIN(TestWindowsCapture)
+#include "test_windowscapture.moc"
