@@ -5,16 +5,15 @@
 #include "files/scfilemanager.h"
 #include "platform/file_manager.h"
 #include "widgets/messagebox.h"
+#include "widgets/openfile.h"
 
 #include <QAbstractItemView>
-#include <QDesktopServices>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QItemSelectionModel>
 #include <QMouseEvent>
 #include <QStandardItemModel>
-#include <QUrl>
 
 namespace {
 
@@ -116,7 +115,7 @@ void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QMouseE
 {
     const QModelIndex index = view.indexAt(inViewport(view, event));
     if (index.isValid())
-        QDesktopServices::openUrl(QUrl::fromLocalFile(pathOf(index)));
+        openFile(pathOf(index));
 }
 
 /// Whether the press was on an icon, and is nobody else's business.

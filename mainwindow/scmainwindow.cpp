@@ -28,16 +28,16 @@
 #include "widgets/focusring.h"
 #include "widgets/hovericons.h"
 #include "widgets/icons.h"
+#include "widgets/openfile.h"
 #include "widgets/stylesheet.h"
+#include "widgets/webpage.h"
 
 #include <QButtonGroup>
 #include <QCloseEvent>
-#include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMouseEvent>
 #include <QSettings>
-#include <QUrl>
 
 #include <utility>
 
@@ -61,7 +61,7 @@ int screenshotFormatPosition(const QString& name)
 
 void openPage(const char* address)
 {
-    QDesktopServices::openUrl(QUrl(QLatin1String(address)));
+    openWebPage(QLatin1String(address));
 }
 
 } // namespace
@@ -323,7 +323,7 @@ void SCMainWindow::onLanguageChosen(int position)
 
 void SCMainWindow::openLogFolder()
 {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath()));
+    openFile(QFileInfo(SCLogger::defaultPath()).absolutePath());
 }
 
 void SCMainWindow::chooseFolder(QLineEdit& field, const QString& title, QLatin1String key)

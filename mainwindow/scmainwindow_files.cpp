@@ -7,10 +7,9 @@
 #include "ui_scmainwindow.h"
 #include "widgets/hovericons.h"
 #include "widgets/messagebox.h"
+#include "widgets/openfile.h"
 
-#include <QDesktopServices>
 #include <QItemSelectionModel>
-#include <QUrl>
 
 #include <utility>
 
@@ -134,5 +133,5 @@ void SCMainWindow::openFolder(const QString& folder)
 {
     if (!ensureFolder(folder))
         SCLogger::error(QStringLiteral("The save folder does not exist and cannot be made: %1").arg(folder));
-    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+    openFile(folder);
 }

@@ -27,5 +27,9 @@ bool openWebPage(const QString& address)
                               .arg(address.left(kLongestLogged)));
         return false;
     }
-    return QDesktopServices::openUrl(url);
+    const bool opened = QDesktopServices::openUrl(url);
+    if (!opened)
+        SCLogger::warning(
+            QStringLiteral("The system could not open the web page: \"%1\"").arg(address.left(kLongestLogged)));
+    return opened;
 }
