@@ -31,7 +31,7 @@ QString cleaned(QString path)
 
 QString extendedWindowsPath(const QString& path)
 {
-    const QString native = withBackslashes(path);
+    QString native = withBackslashes(path);
     if (native.startsWith(kMark) || native.startsWith(kDeviceMark))
         return native;
     if (native.startsWith(kMachine))
