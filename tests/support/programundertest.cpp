@@ -46,10 +46,17 @@ ProgramUnderTest::ProgramUnderTest(const QString& executable)
 
 ProgramUnderTest::~ProgramUnderTest()
 {
-    if (QTest::currentTestFailed())
-        std::fprintf(stderr, "--- what the program said ---\n%s--- exit %d ---\n%s", qPrintable(transcript()),
-                     m_process.exitCode(), qPrintable(crashReport()));
-    end();
+    // A class below has read and ended its own by now.
+    if (isRunning()) {
+        ProgramUnderTest::askToEnd();
+        insistOnEnd();
+    }
+    if (!QTest::currentTestFailed())
+        return;
+    ProgramUnderTest::readMessages();
+    std::fprintf(stderr, "--- what the program said ---\n%s--- exit %d ---\n%s", qPrintable(textOfMessages()),
+                 m_process.exitCode(),
+                 qPrintable(newestText(ProgramUnderTest::dataFolder(), QStringLiteral("crash_*.dmp"))));
 }
 
 void ProgramUnderTest::askToEnd()
@@ -62,6 +69,11 @@ void ProgramUnderTest::end()
     if (!isRunning())
         return;
     askToEnd();
+    insistOnEnd();
+}
+
+void ProgramUnderTest::insistOnEnd()
+{
     if (!m_process.waitForFinished(kPoliteEndTimeoutMs))
         kill();
 }
@@ -178,8 +190,14 @@ const QList<ProgramUnderTest::Line>& ProgramUnderTest::messages()
 
 QString ProgramUnderTest::transcript()
 {
+    readMessages();
+    return textOfMessages();
+}
+
+QString ProgramUnderTest::textOfMessages() const
+{
     QString text;
-    for (const Line& line : messages())
+    for (const Line& line : m_messages)
         if (!line.text.startsWith(QLatin1String("debug: ")))
             text += QString::number(static_cast<double>(line.monotonicNs) / 1e9, 'f', 3) + QLatin1Char(' ') +
                     line.text + QLatin1Char('\n');
@@ -215,17 +233,17 @@ QDir ProgramUnderTest::dataFolder() const
 
 QString ProgramUnderTest::logText() const
 {
-    return newestText(QStringLiteral("vexmoor_*.log"));
+    return newestText(dataFolder(), QStringLiteral("vexmoor_*.log"));
 }
 
 QString ProgramUnderTest::crashReport() const
 {
-    return newestText(QStringLiteral("crash_*.dmp"));
+    return newestText(dataFolder(), QStringLiteral("crash_*.dmp"));
 }
 
-QString ProgramUnderTest::newestText(const QString& pattern) const
+QString ProgramUnderTest::newestText(const QDir& dataFolder, const QString& pattern)
 {
-    const QDir folder(dataFolder().filePath(QStringLiteral("logs")));
+    const QDir folder(dataFolder.filePath(QStringLiteral("logs")));
     const QStringList names = folder.entryList({pattern}, QDir::Files, QDir::Name);
     QFile file(names.isEmpty() ? QString() : folder.filePath(names.constLast()));
     return !names.isEmpty() && file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();

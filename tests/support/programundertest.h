@@ -108,7 +108,9 @@ protected:
 private:
     void makeFolder(QProcessEnvironment& environment, const char* variable, const char* name) const;
     void keepLine(const QByteArray& line);
-    QString newestText(const QString& pattern) const;
+    void insistOnEnd();
+    QString textOfMessages() const;
+    static QString newestText(const QDir& dataFolder, const QString& pattern);
 
     QTemporaryDir m_profile;
     QString m_executable;

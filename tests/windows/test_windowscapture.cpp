@@ -64,8 +64,11 @@ private slots:
 
     void aDraggedRegionIsRecordedAndNothingElse();
     void theScreenshotHotkeyAndEnterSaveTheWholeScreen();
+    void theHookFramesTheDeepestWindowAndSwallowsNoClick();
 
 private:
+    /// Puts the other program's window in front of the program's.
+    static bool bringTargetToFront();
     /// Waits for a window of the program as large as this.
     static bool waitForWindow(const QSize& size);
 
@@ -142,6 +145,37 @@ void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
     QVERIFY(library.open(QIODevice::ReadOnly));
     QVERIFY2(library.readAll().contains(QFileInfo(path).fileName().toUtf8()), "the library does not have it");
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
+}
+
+bool TestWindowsCapture::bringTargetToFront()
+{
+    const QList<WindowsWindow> windows = WineDesktop::windows();
+    for (const WindowsWindow& window : windows)
+        if (window.title == QLatin1String("Target"))
+            return WineDesktop::probe({QStringLiteral("front"), QString::number(window.handle)});
+    return false;
+}
+
+void TestWindowsCapture::theHookFramesTheDeepestWindowAndSwallowsNoClick()
+{
+    const QRect button(kTarget.left() + kTarget.width() / 4, kTarget.top() + kTarget.height() / 4, kTarget.width() / 2,
+                       kTarget.height() / 2);
+    WindowsProgram program;
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    QVERIFY(bringTargetToFront());
+    ProgramUnderTest::pressKey(QStringLiteral("ctrl+shift+h"));
+    QTest::qWait(kReadyMs);
+    QVERIFY(pointTo(kTarget.topLeft() + QPoint(10, 10)) && pointTo(button.center()));
+    QVERIFY(waitForWindow(button.size()));
+    const auto frame = WineDesktop::visibleWindow(QString(), kTimeoutMs);
+    QVERIFY(frame);
+    QCOMPARE(frame->place, button);
+    QVERIFY(frame->isTopmost);
+
+    m_target.readAll();
+    QVERIFY(xdotool({"click", "1"}));
+    QVERIFY(m_target.waitForReadyRead(kTimeoutMs));
+    QCOMPARE(m_target.readAll().trimmed(), QByteArray("button pressed"));
 }
 
 QTEST_MAIN(TestWindowsCapture)

@@ -1,6 +1,8 @@
 #include "tests/recording/recordinghelpers.h"
+#include "tests/support/mediafile.h"
 #include "tests/windows/windowsprogram.h"
 
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -34,6 +36,7 @@ private slots:
     void aSecondCopyHandsTheFocusOverAndEnds();
     void aMinimisedWindowIsNotBroughtBackWhileRecording();
     void aHotkeyThatAnotherProgramHoldsIsNamedInTheLog();
+    void aUserFolderWithSpacesAndOtherLettersHoldsAll();
 
 private:
     WineDesktop m_desktop;
@@ -120,6 +123,24 @@ void TestWindowsProgram::aHotkeyThatAnotherProgramHoldsIsNamedInTheLog()
     }
     holder.kill();
     holder.waitForFinished();
+}
+
+void TestWindowsProgram::aUserFolderWithSpacesAndOtherLettersHoldsAll()
+{
+    const QString name = QStringLiteral("J\u00fcrgen M\u00f6ller \u9332\u753b");
+    WindowsProgram program(name);
+    const QDir films(program.userFolder().filePath(QStringLiteral("Aufnahmen f\u00fcr Zo\u00eb")));
+    program.setSetting(QStringLiteral("recording/saveLocation"),
+                       WineDesktop::windowsPath(films.path()).replace('\\', '/'));
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const Take take = record(program, QStringLiteral("mp4"), 2000);
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+    const MediaFile file(WineDesktop::unixPath(take.path));
+    QVERIFY2(file.isReadable(), qPrintable(file.error()));
+    QCOMPARE(QFileInfo(file.path()).dir().dirName(), films.dirName());
+    QVERIFY(file.video() != nullptr && file.durationSeconds() > 1.0);
+    QVERIFY(program.logText().contains(name));
+    QVERIFY(program.dataFolder().exists(QStringLiteral("file_data.json")));
 }
 
 QTEST_MAIN(TestWindowsProgram)

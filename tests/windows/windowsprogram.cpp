@@ -120,7 +120,7 @@ std::optional<WindowsWindow> WindowsProgram::mainWindowAsWindowsKnowsIt(bool min
     QElapsedTimer waited;
     waited.start();
     do {
-        const auto window = WineDesktop::visibleWindow(QStringLiteral("Kestrano"), timeoutMs);
+        auto window = WineDesktop::visibleWindow(QStringLiteral("Kestrano"), timeoutMs);
         if (window && window->isMinimised == minimised)
             return window;
     } while (!waited.hasExpired(timeoutMs));
@@ -149,7 +149,7 @@ WindowsPerformance::~WindowsPerformance()
 
 QString WindowsPerformance::begin(int numbersPerSecond)
 {
-    const QString failure =
+    QString failure =
         WineDesktop::launch(m_picture, QStringLiteral("kestrano_test_picture"),
                             {QStringLiteral("--rate"), QString::number(numbersPerSecond), QStringLiteral("--motion"),
                              QStringLiteral("--clock-ahead"), QString::number(WineDesktop::clockAheadNs())});

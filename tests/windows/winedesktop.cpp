@@ -170,7 +170,7 @@ QList<WindowsWindow> WineDesktop::windows()
     probe({QStringLiteral("windows")}, &answer);
     QList<WindowsWindow> windows;
     const QJsonArray array = QJsonDocument::fromJson(answer).array();
-    for (const QJsonValue& window : array)
+    for (const auto& window : array)
         windows.append(windowFrom(window.toObject()));
     return windows;
 }
