@@ -247,7 +247,7 @@ private slots:
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
         const QList<QImage> pictures = MediaFile(take.path).pictures();
-        QVERIFY(pictures.size() > 2 * kFramesPerSecond);
+        QVERIFY(pictures.size() > qsizetype{2} * kFramesPerSecond);
         QList<int> stained;
         for (qsizetype index = 0; index < pictures.size(); ++index) {
             if (darkness(pictures.at(index)) > kGreyError)
