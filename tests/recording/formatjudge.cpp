@@ -1,6 +1,7 @@
 #include "tests/recording/formatjudge.h"
 
 #include "tests/recording/recordinghelpers.h"
+#include "tests/support/shownclock.h"
 #include "tests/support/testpicture.h"
 #include "tests/support/testtone.h"
 
@@ -78,19 +79,6 @@ void checkRate(const MediaFile& file)
     QVERIFY2(std::abs(rate - kFramesPerSecond) < 0.3, qPrintable(QString::number(rate)));
 }
 
-/// Index of the first picture that shows another number than the ones before it; 0 where there is none.
-qsizetype firstFresh(const QList<std::optional<uint32_t>>& numbers)
-{
-    std::optional<uint32_t> standing;
-    for (qsizetype index = 0; index < numbers.size(); ++index) {
-        if (standing && numbers.at(index) && *numbers.at(index) != *standing)
-            return index;
-        if (!standing)
-            standing = numbers.at(index);
-    }
-    return 0;
-}
-
 void checkMoments(const MediaFile& file, const Take& take, const Allowance& allowance)
 {
     const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(file.video()->size));
@@ -103,21 +91,17 @@ void checkMoments(const MediaFile& file, const Take& take, const Allowance& allo
                             .arg(held.unreadable)
                             .arg(numbers.size())
                             .arg(held.backwards)));
-    const int64_t first = momentOfNumber(*held.first, kFramesPerSecond, take.startedNs);
-    const int64_t afterLast = momentOfNumber(*held.last + 1, kFramesPerSecond, take.stopRequestedNs);
-    const double begins = secondsBetween(take.startedNs, first);
-    const double reaches = secondsBetween(take.stopRequestedNs, afterLast);
-    qInfo("picture from %+.3f s after the start to %+.3f s after the stop request", begins, reaches);
+    const auto clock = readShownClock(numbers, file.video()->frameSeconds, kFramesPerSecond, take.startedNs);
+    QVERIFY(clock.has_value());
+    QVERIFY2(clock->astray <= torn, qPrintable(QString::number(clock->astray)));
+    const double begins = secondsBetween(take.startedNs, clock->firstNs);
+    const double reaches = secondsBetween(take.stopRequestedNs, clock->lastNs) + 1.0 / kFramesPerSecond;
+    qInfo("picture from %+.3f s after the start to %+.3f s after the stop request, drift %+.3f s, %d torn", begins,
+          reaches, clock->driftSeconds, torn);
     QVERIFY2(begins <= allowance.latestStart, qPrintable(QString::number(begins)));
     QVERIFY2(reaches >= 0.0, qPrintable(QString::number(reaches)));
-    // The file's clock runs with the screen's, from the first new picture on: the one before it may have stood for
-    // longer.
-    const QList<double>& times = file.video()->frameSeconds;
-    const qsizetype fresh = firstFresh(numbers);
-    QVERIFY(fresh > 0);
-    const int64_t freshNs = momentOfNumber(*numbers.at(fresh), kFramesPerSecond, take.startedNs);
-    const double shown = secondsBetween(freshNs, afterLast) - 1.0 / kFramesPerSecond;
-    QVERIFY2(std::abs(times.constLast() - times.at(fresh) - shown) < 0.2, qPrintable(QString::number(shown)));
+    // The file's clock runs with the screen's.
+    QVERIFY2(std::abs(clock->driftSeconds) < 0.1, qPrintable(QString::number(clock->driftSeconds)));
 }
 
 void checkColours(const Expected& expected, const MediaFile& file)

@@ -1,3 +1,4 @@
+#include "tests/support/shownclock.h"
 #include "tests/support/testpicture.h"
 #include "tests/support/testtone.h"
 
@@ -34,6 +35,25 @@ QList<float> toneFrom(int64_t monotonicNs, int milliseconds)
         samples.append(static_cast<float>(0.2 * (std::sin(base) + std::sin(step))));
     }
     return samples;
+}
+
+/// The pictures of a recording, as its file has them.
+struct Shown
+{
+    QList<std::optional<uint32_t>> numbers;
+    QList<double> seconds;
+};
+
+/// A recording that begins at a moment, 30 pictures a second, each with the number of its moment.
+Shown shownFrom(int64_t monotonicNs, int pictures)
+{
+    constexpr int kRate = 30;
+    Shown shown;
+    for (int index = 0; index < pictures; ++index) {
+        shown.numbers.append(numberAt(monotonicNs + index * kNanosecondsPerSecond / kRate, kRate));
+        shown.seconds.append(static_cast<double>(index) / kRate);
+    }
+    return shown;
 }
 
 } // namespace
@@ -86,6 +106,50 @@ private slots:
         const uint32_t last = numberAt(wrap - kNanosecondsPerSecond / 60, 30);
         QCOMPARE(last, (1U << TestPicture::kBits) - 1);
         QVERIFY(std::abs(momentOfNumber(last, 30, wrap + kNanosecondsPerSecond) - wrap) < kNanosecondsPerSecond / 10);
+    }
+
+    void theClockOfARecordingIsReadThroughTornNumbers()
+    {
+        const Shown shown = shownFrom(kSomeMoment, 90);
+        Shown torn = shown;
+        torn.numbers[0] = *torn.numbers.at(0) - 500;
+        torn.numbers[10] = std::nullopt;
+        torn.numbers[44] = *torn.numbers.at(44) + 500;
+        torn.numbers[89] = *torn.numbers.at(89) + 4000;
+        const auto clock = readShownClock(torn.numbers, torn.seconds, 30, kSomeMoment);
+        QVERIFY(clock.has_value());
+        QCOMPARE(clock->astray, 3);
+        QCOMPARE(clock->firstNs, momentOfNumber(*shown.numbers.at(1), 30, kSomeMoment));
+        QCOMPARE(clock->lastNs, momentOfNumber(*shown.numbers.at(88), 30, kSomeMoment));
+        QVERIFY(std::abs(clock->driftSeconds) < 0.04);
+    }
+
+    void aPictureThatStandsAtFirstDoesNotBendTheClock()
+    {
+        Shown shown = shownFrom(kSomeMoment, 90);
+        for (qsizetype index = 1; index < 15; ++index)
+            shown.numbers[index] = shown.numbers.at(0);
+        const auto clock = readShownClock(shown.numbers, shown.seconds, 30, kSomeMoment);
+        QVERIFY(clock.has_value());
+        QCOMPARE(clock->astray, 0);
+        QVERIFY(std::abs(clock->driftSeconds) < 0.04);
+    }
+
+    void aClockThatRunsTenPercentTooFastIsTold()
+    {
+        Shown shown = shownFrom(kSomeMoment, 90);
+        for (double& second : shown.seconds)
+            second *= 0.9;
+        const auto clock = readShownClock(shown.numbers, shown.seconds, 30, kSomeMoment);
+        QVERIFY(clock.has_value());
+        QVERIFY(clock->driftSeconds > 0.1 && clock->driftSeconds < 0.2);
+    }
+
+    void aRecordingWithoutNumbersHasNoClock()
+    {
+        QVERIFY(!readShownClock(QList<std::optional<uint32_t>>(90), shownFrom(kSomeMoment, 90).seconds, 30, kSomeMoment));
+        const Shown few = shownFrom(kSomeMoment, 3);
+        QVERIFY(!readShownClock(few.numbers, few.seconds, 30, kSomeMoment));
     }
 
     void theStripAndThePatchesLieOnTheScreenApartFromEachOther()
