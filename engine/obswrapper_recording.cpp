@@ -392,10 +392,12 @@ void ObsWrapper::letEndedOutputRest(ObsOutputHandle output)
     const std::uint64_t endedNs = m_endedByItselfNs.exchange(0);
     if (!output)
         return;
-    waitUntilOutputEnded(output.get());
-    if (endedNs != 0)
+    if (endedNs != 0) {
         m_restingOutputs.keep(std::move(output), endedNs);
-    else if (obs_output_active(output.get()))
+        return;
+    }
+    waitUntilOutputEnded(output.get());
+    if (obs_output_active(output.get()))
         m_restingOutputs.keep(std::move(output), os_gettime_ns());
 }
 

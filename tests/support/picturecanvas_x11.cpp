@@ -1,25 +1,13 @@
+#include "platform/xcb_handles.h"
 #include "tests/support/picturecanvas.h"
 
-#include <xcb/xcb.h>
-
 #include <array>
-#include <cstdlib>
 #include <string_view>
 
+using platform::xcb::Connection;
+using platform::xcb::Owned;
+
 namespace {
-
-struct Disconnect
-{
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
-
-struct Free
-{
-    void operator()(void* memory) const { std::free(memory); }
-};
-
-template <typename T>
-using Reply = std::unique_ptr<T, Free>;
 
 xcb_rectangle_t rectangleOf(const QRect& rect)
 {
@@ -30,7 +18,7 @@ xcb_rectangle_t rectangleOf(const QRect& rect)
 xcb_atom_t atom(xcb_connection_t* connection, std::string_view name)
 {
     const auto cookie = xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.data());
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
+    const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
@@ -38,7 +26,7 @@ xcb_atom_t atom(xcb_connection_t* connection, std::string_view name)
 
 struct PictureCanvas::Private
 {
-    std::unique_ptr<xcb_connection_t, Disconnect> connection{xcb_connect(nullptr, nullptr)};
+    Connection connection{xcb_connect(nullptr, nullptr)};
     xcb_screen_t* screen = nullptr;
     xcb_window_t window = 0;
     xcb_gcontext_t gc = 0;
@@ -97,7 +85,7 @@ void PictureCanvas::flush()
 bool PictureCanvas::takeExposure()
 {
     bool exposed = false;
-    while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(m_private->connection.get())})
+    while (const Owned<xcb_generic_event_t> event{xcb_poll_for_event(m_private->connection.get())})
         exposed = exposed || (event->response_type & 0x7F) == XCB_EXPOSE;
     return exposed;
 }

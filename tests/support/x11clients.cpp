@@ -1,29 +1,17 @@
 #include "tests/support/x11clients.h"
 
-#include <xcb/xcb.h>
+#include "platform/xcb_handles.h"
 
 #include <array>
-#include <cstdlib>
-#include <memory>
 #include <span>
 #include <string_view>
 
 namespace x11clients {
 
+using platform::xcb::Connection;
+using platform::xcb::Owned;
+
 namespace {
-
-struct Disconnect
-{
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
-
-struct Free
-{
-    void operator()(void* memory) const { std::free(memory); }
-};
-
-template <typename T>
-using Reply = std::unique_ptr<T, Free>;
 
 /// One look at the display.
 class Display
@@ -58,9 +46,9 @@ public:
     QRect geometry(xcb_window_t window)
     {
         xcb_connection_t* const connection = m_connection.get();
-        const Reply<xcb_get_geometry_reply_t> size(
+        const Owned<xcb_get_geometry_reply_t> size(
             xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
-        const Reply<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
+        const Owned<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
             connection, xcb_translate_coordinates(connection, window, m_root, 0, 0), nullptr));
         return size && place ? QRect(place->dst_x, place->dst_y, size->width, size->height) : QRect();
     }
@@ -71,7 +59,7 @@ public:
             xcb_get_image(m_connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, static_cast<int16_t>(area.x()),
                           static_cast<int16_t>(area.y()), static_cast<uint16_t>(area.width()),
                           static_cast<uint16_t>(area.height()), ~uint32_t{0});
-        const Reply<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection.get(), cookie, nullptr));
+        const Owned<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection.get(), cookie, nullptr));
         if (!reply || xcb_get_image_data_length(reply.get()) < 4 * area.width() * area.height())
             return {};
         return QImage(xcb_get_image_data(reply.get()), area.width(), area.height(), QImage::Format_RGB32).copy();
@@ -80,13 +68,13 @@ public:
     xcb_atom_t atom(std::string_view name)
     {
         const auto cookie = xcb_intern_atom(m_connection.get(), 0, static_cast<uint16_t>(name.size()), name.data());
-        const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection.get(), cookie, nullptr));
+        const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection.get(), cookie, nullptr));
         return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
     }
 
     QString atomName(xcb_atom_t atom)
     {
-        const Reply<xcb_get_atom_name_reply_t> reply(
+        const Owned<xcb_get_atom_name_reply_t> reply(
             xcb_get_atom_name_reply(m_connection.get(), xcb_get_atom_name(m_connection.get(), atom), nullptr));
         return reply ? QString::fromLatin1(xcb_get_atom_name_name(reply.get()),
                                            xcb_get_atom_name_name_length(reply.get()))
@@ -106,20 +94,20 @@ public:
                        XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                        reinterpret_cast<const char*>(&message));
         // A reply says that the request before it has arrived.
-        const Reply<xcb_get_input_focus_reply_t> sync(
+        const Owned<xcb_get_input_focus_reply_t> sync(
             xcb_get_input_focus_reply(m_connection.get(), xcb_get_input_focus(m_connection.get()), nullptr));
     }
 
 private:
-    Reply<xcb_get_property_reply_t> read(xcb_window_t window, std::string_view property)
+    Owned<xcb_get_property_reply_t> read(xcb_window_t window, std::string_view property)
     {
         constexpr uint32_t kLongestInWords = 4096;
         const auto cookie = xcb_get_property(m_connection.get(), 0, window, atom(property), XCB_GET_PROPERTY_TYPE_ANY,
                                              0, kLongestInWords);
-        return Reply<xcb_get_property_reply_t>(xcb_get_property_reply(m_connection.get(), cookie, nullptr));
+        return Owned<xcb_get_property_reply_t>(xcb_get_property_reply(m_connection.get(), cookie, nullptr));
     }
 
-    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+    Connection m_connection;
     xcb_window_t m_root = XCB_WINDOW_NONE;
 };
 

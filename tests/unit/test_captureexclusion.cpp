@@ -1,6 +1,6 @@
 #include "platform/capture_exclusion.h"
 #include "platform/display_affinity.h"
-#include "platform/system_failure.h"
+#include "tests/support/reportedfailures.h"
 
 #include <QTest>
 #include <QWidget>
@@ -47,8 +47,6 @@ private:
 
 using Answer = PlayedSystem::Answer;
 
-QStringList g_reports;
-
 } // namespace
 
 Q_DECLARE_METATYPE(Answer)
@@ -59,13 +57,7 @@ class TestCaptureExclusion : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        g_reports.clear();
-        platform::setFailureSink([](const QString& sentence) { g_reports.append(sentence); });
-    }
-
-    void cleanup() { platform::setFailureSink(nullptr); }
+    void init() { m_reports.clear(); }
 
     void windowIsExcludedWhereTheSystemCan()
     {
@@ -75,7 +67,7 @@ private slots:
         QCOMPARE(system.kept, quint32{17});
         QVERIFY(platform::applyExclusion(system, true, false));
         QCOMPARE(system.kept, quint32{0});
-        QCOMPARE(g_reports, QStringList());
+        QCOMPARE(m_reports.sentences(), QStringList());
     }
 
     /// It would accept the value and black the window out.
@@ -108,7 +100,7 @@ private slots:
         QVERIFY(!platform::applyExclusion(system, true, true));
         QCOMPARE(system.kept, quint32{0});
         QVERIFY(!system.asked.contains(1));
-        QCOMPARE(g_reports.size(), 1);
+        QCOMPARE(m_reports.sentences().size(), 1);
     }
 
     void windowsThatBelongTogetherAreAllExcludedOrNone_data()
@@ -133,6 +125,9 @@ private slots:
         QCOMPARE(platform::excludeTogether({&windows[0], &windows[1], &windows[2]}, play), refused < 0);
         QTEST(calls, "calls");
     }
+
+private:
+    ReportedFailures m_reports;
 };
 
 QTEST_MAIN(TestCaptureExclusion)

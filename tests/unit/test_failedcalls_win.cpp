@@ -1,9 +1,9 @@
 #include "platform/global_hotkey.h"
 #include "platform/mouse_hook.h"
 #include "platform/shell_path.h"
-#include "platform/system_failure.h"
 #include "platform/window_activation.h"
 #include "platform/window_hotkey.h"
+#include "tests/support/reportedfailures.h"
 
 #include <QApplication>
 #include <QDir>
@@ -16,8 +16,6 @@
 #include <windows.h>
 
 namespace {
-
-QStringList g_reports;
 
 QString words(DWORD error)
 {
@@ -37,13 +35,7 @@ class TestFailedCalls : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        g_reports.clear();
-        platform::setFailureSink([](const QString& sentence) { g_reports.append(sentence); });
-    }
-
-    void cleanup() { platform::setFailureSink(nullptr); }
+    void init() { m_reports.clear(); }
 
     void hotkeyOfAnotherIsNotTakenAndSaysWhy()
     {
@@ -54,7 +46,7 @@ private slots:
         QCOMPARE(second.failureReason(), QStringLiteral("another program holds it"));
         QVERIFY(first.registerKey({}));
         QVERIFY(second.registerKey(QKeySequence(Qt::Key_F8)));
-        QCOMPARE(g_reports, QStringList());
+        QCOMPARE(m_reports.sentences(), QStringList());
     }
 
     void windowsHotkeyThatAnotherProgramHoldsIsToldToTheLogOnly()
@@ -65,22 +57,22 @@ private slots:
         QWidget window;
         {
             const platform::WindowHotkey hotkey(window, {});
-            QCOMPARE(g_reports, QStringList{failureOf("RegisterHotKey", ERROR_HOTKEY_ALREADY_REGISTERED)});
+            QCOMPARE(m_reports.sentences(), QStringList{failureOf("RegisterHotKey", ERROR_HOTKEY_ALREADY_REGISTERED)});
         }
         // What was not taken is not given back.
-        QCOMPARE(g_reports.size(), 1);
+        QCOMPARE(m_reports.sentences().size(), 1);
         QVERIFY(UnregisterHotKey(nullptr, kIdentifier) != 0);
         {
             const platform::WindowHotkey hotkey(window, {});
         }
-        QCOMPARE(g_reports.size(), 1);
+        QCOMPARE(m_reports.sentences().size(), 1);
     }
 
     void windowThatIsGoneIsNotRaised()
     {
         constexpr quint64 kNoWindow = 0x7FFFFFF0;
         QVERIFY(!platform::raiseWindow(kNoWindow));
-        QCOMPARE(g_reports, QStringList{failureOf("SetWindowPos", ERROR_INVALID_WINDOW_HANDLE)});
+        QCOMPARE(m_reports.sentences(), QStringList{failureOf("SetWindowPos", ERROR_INVALID_WINDOW_HANDLE)});
     }
 
     void mouseHookComesAndGoesWithoutAWord()
@@ -89,7 +81,7 @@ private slots:
         QCOMPARE(hook.install([](platform::MouseHook::Event, const QPoint&) {}), 0UL);
         hook.remove();
         hook.remove();
-        QCOMPARE(g_reports, QStringList());
+        QCOMPARE(m_reports.sentences(), QStringList());
     }
 
     void shellGetsAShortPathAsItIs()
@@ -116,16 +108,19 @@ private slots:
         QFile same(shortened);
         QVERIFY(same.open(QIODevice::ReadOnly));
         QCOMPARE(same.readAll(), QByteArray("what is in it"));
-        QCOMPARE(g_reports, QStringList());
+        QCOMPARE(m_reports.sentences(), QStringList());
     }
 
     void longPathOfNoFileStaysAsItIs()
     {
         const QString path = QStringLiteral("C:/") + QString(200, u'a') + u'/' + QString(200, u'b');
         QCOMPARE(platform::shellPath(path), path);
-        QCOMPARE(g_reports.size(), 1);
-        QVERIFY(g_reports.constFirst().startsWith(QStringLiteral("GetShortPathName failed: ")));
+        QCOMPARE(m_reports.sentences().size(), 1);
+        QVERIFY(m_reports.sentences().constFirst().startsWith(QStringLiteral("GetShortPathName failed: ")));
     }
+
+private:
+    ReportedFailures m_reports;
 };
 
 int main(int argc, char* argv[])

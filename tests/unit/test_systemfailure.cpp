@@ -1,5 +1,6 @@
 #include "platform/system_failure.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/reportedfailures.h"
 
 #include <QTest>
 
@@ -7,13 +8,6 @@ namespace {
 
 /// "No such file" is this number on every system.
 constexpr unsigned long kNoSuchFile = 2;
-
-QStringList g_reports;
-
-void keep(const QString& sentence)
-{
-    g_reports.append(sentence);
-}
 
 } // namespace
 
@@ -23,24 +17,20 @@ class TestSystemFailure : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { g_reports.clear(); }
-
-    void cleanup() { platform::setFailureSink(nullptr); }
-
     void failureIsToldInTheSystemsOwnWords()
     {
-        platform::setFailureSink(&keep);
+        const ReportedFailures reports;
         platform::reportSystemFailure("OpenThatFile", kNoSuchFile);
         const QString words = qt_error_string(kNoSuchFile).trimmed();
         QVERIFY(words.size() > 5);
-        QCOMPARE(g_reports, QStringList{"OpenThatFile failed: " + words + " (error 2)"});
+        QCOMPARE(reports.sentences(), QStringList{"OpenThatFile failed: " + words + " (error 2)"});
     }
 
     void sentenceIsHandedOnAsItStands()
     {
-        platform::setFailureSink(&keep);
+        const ReportedFailures reports;
         platform::reportFailure(QStringLiteral("100% of %1 failed"));
-        QCOMPARE(g_reports, QStringList{"100% of %1 failed"});
+        QCOMPARE(reports.sentences(), QStringList{"100% of %1 failed"});
     }
 
     void withoutALogItIsAWarningOfTheToolkit()
@@ -48,7 +38,6 @@ private slots:
         const MessageCapture messages;
         platform::reportFailure(QStringLiteral("no log yet"));
         QCOMPARE(messages.texts(QtWarningMsg), QStringList{"no log yet"});
-        QCOMPARE(g_reports, QStringList());
     }
 };
 
