@@ -9,6 +9,7 @@
 
 #include <media-io/video-frame.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -16,6 +17,10 @@ namespace {
 /// libx264's defaults: a look-ahead of 40 pictures and, on top, up to 16 pictures for the order of B pictures.
 constexpr int kX264LookAheadFrames = 40;
 constexpr int kX264OrderFrames = 16;
+/// What libobs's FFmpeg output asks of libx264, the preset "veryfast": a look-ahead of 10 pictures for the rates of
+/// blocks, and 3 B pictures in a row.
+constexpr int kX264VeryFastLookAhead = 10;
+constexpr int kX264BFrames = 3;
 /// FFmpeg's own encoders take a picture and give it out; two more if one of them ever reorders.
 constexpr int kPlainEncoderFrames = 2;
 /// Pictures leave libx264 in the order of decoding: among pyramids of B pictures, one comes up to two places later than
@@ -95,8 +100,22 @@ void noteFailure(void* failed, calldata_t*)
     *static_cast<std::atomic<bool>*>(failed) = true;
 }
 
-std::optional<int> countFramesHeldBack(obs_output_t* output, video_t* line, int limit,
-                                       const std::atomic<bool>& cancelled)
+/// What a trial saw.
+enum class Seen
+{
+    FirstFrame,
+    NoFrame,
+    /// The output is not told of the line's pictures.
+    DeafOutput
+};
+
+struct Sight
+{
+    Seen seen = Seen::NoFrame;
+    int framesHeldBack = 0;
+};
+
+Sight watchFirstFrame(obs_output_t* output, video_t* line, int limit, const std::atomic<bool>& cancelled)
 {
     const auto isOut = [output] { return obs_output_get_total_bytes(output) > 0; };
     for (int number = 0; number <= limit; ++number) {
@@ -104,8 +123,23 @@ std::optional<int> countFramesHeldBack(obs_output_t* output, video_t* line, int 
         const auto isEncoded = [line, before] { return video_output_get_total_frames(line) != before; };
         if (cancelled || !pushFrame(line, number) || !waitFor(kFrameLimitMs, kNotCancelled, isEncoded))
             return {};
+        if (obs_output_get_total_frames(output) == 0)
+            return {Seen::DeafOutput};
         if (waitFor(kWriterLimitMs, cancelled, isOut))
-            return number;
+            return {Seen::FirstFrame, number};
+    }
+    return {};
+}
+
+std::optional<int> framesThatMustFollow(const Sight& sight, int heightPx)
+{
+    switch (sight.seen) {
+    case Seen::FirstFrame:
+        return sight.framesHeldBack + kX264LatestPlace;
+    case Seen::DeafOutput:
+        return computedEncoderDelay(heightPx, QThread::idealThreadCount());
+    case Seen::NoFrame:
+        break;
     }
     return {};
 }
@@ -118,6 +152,19 @@ int encoderDelayBound(RecordingFormat format)
         return 0;
     return format == RecordingFormat::Mp4 ? kX264LookAheadFrames + kX264OrderFrames + x264ThreadFrames()
                                           : kPlainEncoderFrames;
+}
+
+/// As x264_validate_parameters() and x264_encoder_open() have it: the look-ahead, as many pictures again as decide
+/// about the next one, and one in each further thread. There are three threads to two processors, two rows of blocks to
+/// each.
+int computedEncoderDelay(int heightPx, int processors)
+{
+    constexpr int kBlockPx = 16;
+    constexpr int kMostThreads = 128;
+    const int rows = (heightPx + kBlockPx - 1) / kBlockPx;
+    const int threads = std::clamp(std::min(processors * 3 / 2, rows / 2), 1, kMostThreads);
+    const int decision = kX264BFrames + 1;
+    return kX264VeryFastLookAhead + decision + threads + kX264LatestPlace;
 }
 
 std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& request, const video_output_info& form,
@@ -139,13 +186,11 @@ std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& 
         QThread::msleep(kFailureSettleMs);
         return {};
     }
-    std::optional<int> frames = countFramesHeldBack(output.get(), line.get(), encoderDelayBound(format), cancelled);
+    const Sight sight = watchFirstFrame(output.get(), line.get(), encoderDelayBound(format), cancelled);
     obs_output_force_stop(output.get());
     // An output that is let go of while it still ends is stopped a second time, and waits for an end that has passed.
     waitFor(kNoLimit, kNotCancelled, [&] { return !obs_output_active(output.get()); });
-    if (frames && format == RecordingFormat::Mp4)
-        *frames += kX264LatestPlace;
-    return frames;
+    return framesThatMustFollow(sight, request.heightPx);
 }
 
 EncoderDelay::EncoderDelay() = default;

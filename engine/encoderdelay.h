@@ -17,13 +17,21 @@ class QThread;
 /// computer: the longest look-ahead the encoder has with its default settings, plus its threads. 0 without a picture.
 int encoderDelayBound(RecordingFormat format);
 
+/// How many pictures have to follow with MP4's encoder as libobs runs it (libx264's preset "veryfast"), by libx264's
+/// own arithmetic. A trial is to be trusted more: another libobs may run it in another way.
+///
+/// @param heightPx   of the recorded picture: a low one gets fewer threads
+/// @param processors logical ones, of which libx264 makes its threads
+int computedEncoderDelay(int heightPx, int processors);
+
 /// Lets a second output with the same settings encode blank pictures into nothing, and counts how many go in before the
 /// first one comes out. The pictures come from a line of their own, so the engine does not count as active and its
 /// video can be reset meanwhile. Needs a running engine with its modules; takes about a second; call on any thread.
 ///
 /// @param line form of the engine's picture line: size, colours, pictures per second
 /// @param cancelled when it becomes true the trial ends without a result
-/// @return the number of pictures that have to follow; nothing when the output could not be run
+/// @return the number of pictures that have to follow, computed where libobs (31.1) hands an output nothing of a line
+///         but its own; nothing when the output could not be run
 std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& request, const video_output_info& line,
                                    const std::atomic<bool>& cancelled);
 

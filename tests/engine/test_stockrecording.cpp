@@ -18,6 +18,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
 #include <obs.h>
 
@@ -90,6 +91,19 @@ private slots:
         QVERIFY(m_engine->encoderDelayFrames() < encoderDelayBound(RecordingFormat::Mp4));
         // Neither the trial nor its end keeps the engine's video busy.
         QVERIFY(!obs_video_active());
+    }
+
+    void delayThatIsComputedIsTheOneThatIsMeasured()
+    {
+        // The writer may be too slow to show the picture that came out, and the next one is counted, too.
+        const int measured = m_engine->encoderDelayFrames();
+        const int computed = computedEncoderDelay(m_screen.height(), QThread::idealThreadCount());
+        QVERIFY2(measured == computed || measured == computed + 1,
+                 qPrintable(QStringLiteral("%1 measured, %2 computed").arg(measured).arg(computed)));
+        // A picture of two rows has one thread only; one of 1080 lines has no more than two rows need.
+        QCOMPARE(computedEncoderDelay(32, 64) - computedEncoderDelay(32, 1), 0);
+        QCOMPARE(computedEncoderDelay(1080, 8) - computedEncoderDelay(1080, 2), 9);
+        QCOMPARE(computedEncoderDelay(1080, 64) - computedEncoderDelay(1080, 2), 31);
     }
 
     void trialDoesNotMakeTheVideoActive()

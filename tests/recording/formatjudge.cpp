@@ -99,7 +99,7 @@ void checkMoments(const MediaFile& file, const Take& take, const Allowance& allo
     qInfo("picture from %+.3f s after the start to %+.3f s after the stop request, drift %+.3f s, %d torn", begins,
           reaches, clock->driftSeconds, torn);
     QVERIFY2(begins <= allowance.latestStart, qPrintable(QString::number(begins)));
-    QVERIFY2(reaches >= 0.0, qPrintable(QString::number(reaches)));
+    QVERIFY2(reaches >= 0.0 && reaches <= allowance.latestEnd, qPrintable(QString::number(reaches)));
     // The file's clock runs with the screen's.
     QVERIFY2(std::abs(clock->driftSeconds) < 0.1, qPrintable(QString::number(clock->driftSeconds)));
 }
