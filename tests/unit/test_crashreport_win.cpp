@@ -1,3 +1,4 @@
+#include "tests/support/minidump.h"
 #include "tests/unit/crashertest.h"
 
 #include <QCoreApplication>
@@ -6,41 +7,11 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cstring>
+#include <algorithm>
 
 namespace {
 
-/// The 64-bit flags in the head of a minidump.
-quint64 dumpFlags(const QByteArray& dump)
-{
-    constexpr int kFlagsOffset = 24;
-    quint64 flags = 0;
-    if (dump.size() >= kFlagsOffset + static_cast<int>(sizeof(flags)))
-        std::memcpy(&flags, dump.constData() + kFlagsOffset, sizeof(flags));
-    return flags;
-}
-
-quint32 numberAt(const QByteArray& dump, quint32 offset)
-{
-    quint32 number = 0;
-    if (offset + sizeof(number) <= static_cast<quint32>(dump.size()))
-        std::memcpy(&number, dump.constData() + offset, sizeof(number));
-    return number;
-}
-
-/// Whether the dump's directory has a stream of a type.
-bool hasStream(const QByteArray& dump, quint32 type)
-{
-    const quint32 count = numberAt(dump, 8);
-    const quint32 directory = numberAt(dump, 12);
-    for (quint32 index = 0; index < count; ++index) {
-        if (numberAt(dump, directory + index * 12) == type)
-            return true;
-    }
-    return false;
-}
-
-constexpr quint32 kExceptionStream = 6;
+constexpr uint32_t kAccessViolation = 0xC0000005;
 
 /// The head, and what stands before the memory, is well within this.
 constexpr qint64 kEnoughBytes = 4'000'000;
@@ -57,26 +28,35 @@ private slots:
         const CrasherRun run("segv", kEnoughBytes);
         QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
         QVERIFY(run.folder().endsWith("/Tolvaran/Kestrano/logs"));
-        QVERIFY(run.report().startsWith("MDMP"));
-        QCOMPARE(dumpFlags(run.report()), quint64{0x1027});
-        QVERIFY(hasStream(run.report(), kExceptionStream));
+        const Minidump dump(run.report());
+        QVERIFY(dump.isMinidump());
+        QCOMPARE(dump.flags(), uint64_t{0x1027});
+        const auto exception = dump.exception();
+        QVERIFY(exception.has_value());
+        QCOMPARE(exception->code, kAccessViolation);
+        QVERIFY(dump.threadIds().contains(exception->threadId));
+        const QStringList modules = dump.modules();
+        QVERIFY2(std::any_of(modules.begin(), modules.end(),
+                             [](const QString& path) { return path.endsWith("\\kestrano_test_crasher.exe"); }),
+                 qPrintable(modules.join(' ')));
     }
 
     void anUncaughtExceptionLeavesAMinidump()
     {
         const CrasherRun run("throw", kEnoughBytes);
         QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
-        QVERIFY(run.report().startsWith("MDMP"));
-        QCOMPARE(dumpFlags(run.report()), quint64{0x1027});
+        const Minidump dump(run.report());
+        QVERIFY(dump.isMinidump());
+        QCOMPARE(dump.flags(), uint64_t{0x1027});
         // Nothing is known of where it was thrown.
-        QVERIFY(!hasStream(run.report(), kExceptionStream));
+        QVERIFY(!dump.exception());
     }
 
     void aCrashInAnotherThreadLeavesAMinidump()
     {
         const CrasherRun run("thread", kEnoughBytes);
         QVERIFY(run.isNamedAfterTheCrash());
-        QVERIFY(hasStream(run.report(), kExceptionStream));
+        QVERIFY(Minidump(run.report()).exception().has_value());
     }
 
     void noFileMeansSilentlyNoReport()
@@ -104,7 +84,7 @@ private slots:
         QVERIFY(QDir().mkpath(folder));
         const CrasherRun run = CrasherRun::into(folder, "segv", kEnoughBytes);
         QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
-        QVERIFY(run.report().startsWith("MDMP"));
+        QVERIFY(Minidump(run.report()).isMinidump());
     }
 
     void withoutACrashThereIsNoReport()

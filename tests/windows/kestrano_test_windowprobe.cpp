@@ -3,14 +3,13 @@
 //
 //   kestrano_test_windowprobe windows                             all top-level windows, one line of JSON
 //   kestrano_test_windowprobe post WINDOW MESSAGE WPARAM LPARAM   posts a message
-//   kestrano_test_windowprobe front WINDOW                        asks the window to come to the front, as a taskbar
-//   does kestrano_test_windowprobe place WINDOW                        moves the window to the front of the others, no
-//   focus asked kestrano_test_windowprobe target LEFT TOP WIDTH HEIGHT        shows a window with a button in its
-//   middle, and says
-//                                                                 each press of a mouse button that reaches one of them
+//   kestrano_test_windowprobe front WINDOW                        asks it to come to the front, as a taskbar does
+//   kestrano_test_windowprobe place WINDOW                        puts it before the others; it may activate itself
+//   kestrano_test_windowprobe crash PROCESS                       makes one of its threads read what is not there
+//   kestrano_test_windowprobe target LEFT TOP WIDTH HEIGHT        shows a window with a button in its middle, and says
+//                                                                 each mouse button that is pressed on one of them
 //   kestrano_test_windowprobe hold MODIFIERS KEY                  takes a hotkey away from others
-//   kestrano_test_windowprobe hooks                               says each mouse button that comes to a hook of its
-//   own
+//   kestrano_test_windowprobe hooks                               says each mouse button that comes to its own hook
 //
 // Handles and numbers are decimal, rectangles in pixels of the desktop. The last three run until they are ended;
 // "READY" says that they work.
@@ -140,6 +139,21 @@ int placeInFront(const QStringList& arguments)
                                                                                                        : EXIT_FAILURE;
 }
 
+/// Starts a thread of the process where nobody has put any code.
+int crash(const QStringList& arguments)
+{
+    const HANDLE process = OpenProcess(PROCESS_ALL_ACCESS, FALSE, arguments.at(0).toUInt());
+    if (process == nullptr)
+        return EXIT_FAILURE;
+    constexpr quintptr kNowhere = 16;
+    const HANDLE thread = CreateRemoteThread(process, nullptr, 0, reinterpret_cast<LPTHREAD_START_ROUTINE>(kNowhere),
+                                             nullptr, 0, nullptr);
+    if (thread != nullptr)
+        CloseHandle(thread);
+    CloseHandle(process);
+    return thread != nullptr ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
 void say(const char* text)
 {
     std::puts(text);
@@ -213,8 +227,8 @@ const std::map<std::string, Command>& commands()
 {
     static const std::map<std::string, Command> table{{"windows", {0, sayWindows}}, {"post", {4, post}},
                                                       {"front", {1, bringToFront}}, {"place", {1, placeInFront}},
-                                                      {"target", {4, showTarget}},  {"hold", {2, holdHotkey}},
-                                                      {"hooks", {0, listen}}};
+                                                      {"crash", {1, crash}},        {"target", {4, showTarget}},
+                                                      {"hold", {2, holdHotkey}},    {"hooks", {0, listen}}};
     return table;
 }
 

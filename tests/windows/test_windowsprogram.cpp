@@ -1,5 +1,6 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
+#include "tests/support/minidump.h"
 #include "tests/windows/windowsprogram.h"
 
 #include <QFileInfo>
@@ -37,8 +38,14 @@ private slots:
     void aMinimisedWindowIsNotBroughtBackWhileRecording();
     void aHotkeyThatAnotherProgramHoldsIsNamedInTheLog();
     void aUserFolderWithSpacesAndOtherLettersHoldsAll();
+    void filesBeyondTheOldLimitOfPathsAreAllThere();
+    void anAccessViolationLeavesACrashReport();
 
 private:
+    /// Records with the user's folders below such a name into one of them, and looks for everything there.
+    /// @param longerThan characters that the paths of the recording and the log have to exceed
+    static void recordInUserFolder(const QString& name, const QString& saveFolder, qsizetype longerThan);
+
     WineDesktop m_desktop;
 };
 
@@ -125,11 +132,10 @@ void TestWindowsProgram::aHotkeyThatAnotherProgramHoldsIsNamedInTheLog()
     holder.waitForFinished();
 }
 
-void TestWindowsProgram::aUserFolderWithSpacesAndOtherLettersHoldsAll()
+void TestWindowsProgram::recordInUserFolder(const QString& name, const QString& saveFolder, qsizetype longerThan)
 {
-    const QString name = QStringLiteral("J\u00fcrgen M\u00f6ller \u9332\u753b");
     WindowsProgram program(name);
-    const QDir films(program.userFolder().filePath(QStringLiteral("Aufnahmen f\u00fcr Zo\u00eb")));
+    const QDir films(QDir::cleanPath(program.userFolder().filePath(saveFolder)));
     program.setSetting(QStringLiteral("recording/saveLocation"),
                        WineDesktop::windowsPath(films.path()).replace('\\', '/'));
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
@@ -137,10 +143,55 @@ void TestWindowsProgram::aUserFolderWithSpacesAndOtherLettersHoldsAll()
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
     const MediaFile file(WineDesktop::unixPath(take.path));
     QVERIFY2(file.isReadable(), qPrintable(file.error()));
-    QCOMPARE(QFileInfo(file.path()).dir().dirName(), films.dirName());
+    QCOMPARE(QFileInfo(file.path()).dir(), films);
     QVERIFY(file.video() != nullptr && file.durationSeconds() > 1.0);
-    QVERIFY(program.logText().contains(name));
+    QVERIFY(program.logText().contains(name.section(QLatin1Char('/'), -1)));
     QVERIFY(program.dataFolder().exists(QStringLiteral("file_data.json")));
+    const QString log =
+        WineDesktop::windowsPath(program.dataFolder().filePath(QStringLiteral("logs/vexmoor_yyyy-MM-dd_HH-mm-ss.log")));
+    QVERIFY(take.path.size() > longerThan && log.size() > longerThan);
+}
+
+void TestWindowsProgram::aUserFolderWithSpacesAndOtherLettersHoldsAll()
+{
+    recordInUserFolder(QStringLiteral("J\u00fcrgen M\u00f6ller \u9332\u753b"),
+                       QStringLiteral("Aufnahmen f\u00fcr Zo\u00eb"), 0);
+}
+
+void TestWindowsProgram::filesBeyondTheOldLimitOfPathsAreAllThere()
+{
+    // Windows wants the user's folders themselves within 260 characters; what lies in them need not be.
+    constexpr int kOldLimit = 260;
+    const QString name =
+        QStringLiteral("Aufnahmen aus dem \u00dcbungsraum/").repeated(5) + QStringLiteral("J\u00fcrgen");
+    recordInUserFolder(name, QStringLiteral("Aufnahmen f\u00fcr Zo\u00eb/").repeated(8), kOldLimit);
+}
+
+void TestWindowsProgram::anAccessViolationLeavesACrashReport()
+{
+    // What stands before the memory is well within this; a dump of the whole memory takes minutes under Wine.
+    constexpr qint64 kEnoughBytes = 4'000'000;
+    constexpr uint32_t kAccessViolation = 0xC0000005;
+    WindowsProgram program;
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const auto window = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
+    QVERIFY(window && WineDesktop::probe({QStringLiteral("crash"), QString::number(window->process)}));
+    const QDir logs(program.dataFolder().filePath(QStringLiteral("logs")));
+    QTRY_COMPARE_WITH_TIMEOUT(logs.entryList({"crash_*.dmp"}, QDir::Files).size(), 1, kWindowTimeoutMs);
+    QFile report(logs.filePath(logs.entryList({"crash_*.dmp"}, QDir::Files).constFirst()));
+    QTRY_VERIFY_WITH_TIMEOUT(report.size() > kEnoughBytes, kEndTimeoutMs);
+    QVERIFY(report.open(QIODevice::ReadOnly));
+    const Minidump dump(report.read(kEnoughBytes));
+    program.kill();
+
+    QVERIFY(dump.isMinidump());
+    const auto exception = dump.exception();
+    QVERIFY(exception.has_value());
+    QCOMPARE(exception->code, kAccessViolation);
+    QVERIFY(dump.threadIds().size() > 1 && dump.threadIds().contains(exception->threadId));
+    const QStringList modules = dump.modules();
+    for (const char* name : {"\\kestrano.exe", "\\obs.dll"})
+        QVERIFY2(modules.filter(QLatin1String(name)).size() == 1, qPrintable(modules.join(QLatin1Char(' '))));
 }
 
 QTEST_MAIN(TestWindowsProgram)
