@@ -1,9 +1,44 @@
 #include "tests/support/messagecapture.h"
 #include "widgets/stylesheet.h"
 
+#include <QApplication>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyleOptionButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWidget>
+
+namespace {
+
+/// What lies within the frame of a button that has the keyboard, in a window that wears the style sheet.
+QImage insideOfFocusedButton(QWidget& window, QWidget& parent, const QString& sheet)
+{
+    constexpr int kFramePx = 3;
+    QPushButton button(&parent);
+    button.resize(120, 34);
+    applyStyleSheet(window, sheet);
+    button.ensurePolished();
+    QStyleOptionButton option;
+    option.initFrom(&button);
+    option.state |= QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange | QStyle::State_On;
+    QImage image(button.size(), QImage::Format_RGB32);
+    image.fill(Qt::black);
+    QPainter painter(&image);
+    button.style()->drawControl(QStyle::CE_PushButton, &option, &painter, &button);
+    painter.end();
+    return image.copy(image.rect().adjusted(kFramePx, kFramePx, -kFramePx, -kFramePx));
+}
+
+bool isOfOneColour(const QImage& image)
+{
+    QImage plain(image.size(), image.format());
+    plain.fill(image.pixelColor(0, 0));
+    return image == plain;
+}
+
+} // namespace
 
 class TestStyleSheet : public QObject
 {
@@ -38,6 +73,31 @@ private slots:
         QVERIFY(applyStyleSheet(widget, file.fileName()));
         QCOMPARE(widget.styleSheet(), QLatin1String(look));
         QCOMPARE(messages.texts(), QStringList{QStringLiteral("Loaded stylesheet from: \"%1\"").arg(file.fileName())});
+    }
+
+    /// The style of Windows draws a dotted rectangle around the text of a button that has the keyboard.
+    void buttonWithTheKeyboardHasNoSecondFrame_data()
+    {
+        QTest::addColumn<QString>("part");
+        QTest::newRow("main-window") << "sideBar";
+        QTest::newRow("settings-window") << "sideBar";
+        QTest::newRow("upgrade-window") << "stackedWidget";
+        QTest::newRow("message-box") << QString();
+    }
+
+    void buttonWithTheKeyboardHasNoSecondFrame()
+    {
+        QFETCH(const QString, part);
+        const QString sheet = QStringLiteral(":/res/style/%1.qss").arg(QLatin1String(QTest::currentDataTag()));
+        QApplication::setStyle(QStringLiteral("Windows"));
+        QWidget window;
+        QWidget central(&window);
+        central.setObjectName(QStringLiteral("centralArea"));
+        QWidget parent(&central);
+        parent.setObjectName(part);
+        QMessageBox box;
+        QVERIFY(isOfOneColour(part.isEmpty() ? insideOfFocusedButton(box, box, sheet)
+                                             : insideOfFocusedButton(window, parent, sheet)));
     }
 };
 
