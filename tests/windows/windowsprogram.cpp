@@ -115,6 +115,14 @@ QList<x11clients::Window> WindowsProgram::windows()
     return windows;
 }
 
+QString WindowsProgram::storedSetting(const QString& key)
+{
+    const QString text = WineDesktop::exportRegistry(kKey + QLatin1Char('\\') + key.section(QLatin1Char('/'), 0, 0));
+    const QString begin = QLatin1Char('\n') + quoted(key.section(QLatin1Char('/'), 1)) + QLatin1String("=\"");
+    const qsizetype at = text.indexOf(begin);
+    return at < 0 ? QString() : text.mid(at + begin.size()).section(QLatin1Char('"'), 0, 0);
+}
+
 std::optional<WindowsWindow> WindowsProgram::mainWindowAsWindowsKnowsIt(bool minimised, int timeoutMs)
 {
     QElapsedTimer waited;

@@ -18,6 +18,9 @@ public:
     /// The folder where the user's folders lie.
     QDir userFolder() const { return QDir(profile().filePath(m_profileName)); }
 
+    /// A value of the registry as it is now ("hotkeys/recording").
+    static QString storedSetting(const QString& key);
+
     /// The main window as Windows knows it.
     static std::optional<WindowsWindow> mainWindowAsWindowsKnowsIt(bool minimised, int timeoutMs);
 

@@ -1,0 +1,219 @@
+#include "tests/windows/windowsuser.h"
+
+#include <QTest>
+
+#include <memory>
+
+using namespace windowsuser;
+
+namespace {
+
+/// Starting and ending one takes longer on a busy machine.
+constexpr int kRecordingTimeoutMs = 60'000;
+/// Long enough for a key that does work to have done so.
+constexpr int kNothingHappensMs = 2000;
+/// A place in the main window, left of and below every dialog.
+constexpr QPoint kEmptyPlace(76, 420);
+
+using WayToClose = bool (*)(const WindowsWindow&);
+
+bool pressEscape(const WindowsWindow& /*window*/)
+{
+    press({QStringLiteral("Escape")});
+    return true;
+}
+
+bool clickCloseButton(const WindowsWindow& window)
+{
+    return click(window, QPoint(window.place.width() - 24, 20));
+}
+
+// From the format of the recordings.
+bool pressCancel(const WindowsWindow& /*window*/)
+{
+    press({"Tab", "Tab", "Tab", "Tab", "space"});
+    return true;
+}
+
+bool pressSave(const WindowsWindow& /*window*/)
+{
+    press({"Tab", "Tab", "Tab", "space"});
+    return true;
+}
+
+QString stored(const char* key)
+{
+    return WindowsProgram::storedSetting(QLatin1String(key));
+}
+
+} // namespace
+
+/// The windows that the Windows program opens over its main window, worked by keys and pointer.
+class TestWindowsDialogs : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QCOMPARE(m_desktop.begin(), QString()); }
+
+    void init()
+    {
+        m_program = std::make_unique<WindowsProgram>();
+        m_program->setSetting(QStringLiteral("screenshot/saveLocation"),
+                              WineDesktop::windowsPath(shots().path()).replace('\\', '/'));
+        const auto window = startInFront(*m_program);
+        QVERIFY2(window, qPrintable(m_program->transcript()));
+        m_main = *window;
+    }
+
+    void cleanup() { m_program.reset(); }
+
+    void savedSettingsAreStoredAndInForceAtOnce();
+    void settingsThatAreNotSavedAreNotStored();
+    void aboutWindowStaysInFrontOfTheMainWindow();
+    void updateCheckWithoutANetworkIsToldInItsWindow();
+    void dialogClosesInEveryWayAndTheProgramStays_data();
+    void dialogClosesInEveryWayAndTheProgramStays();
+    void closeButtonOfTheMainWindowEndsTheProgramWithZero();
+
+private:
+    QDir shots() const { return m_program->profile().filePath(QStringLiteral("shots")); }
+
+    /// Opens the main menu and presses the keys that choose an entry. The window that this opens.
+    std::optional<WindowsWindow> choose(const QStringList& keys, const QString& title) const;
+    /// Whether the dialog goes and leaves the main window in front.
+    bool closes(const WindowsWindow& window, WayToClose close) const;
+
+    WineDesktop m_desktop;
+    std::unique_ptr<WindowsProgram> m_program;
+    WindowsWindow m_main;
+};
+
+std::optional<WindowsWindow> TestWindowsDialogs::choose(const QStringList& keys, const QString& title) const
+{
+    if (!click(m_main, kMenuButton) || !awaitWindow([this](const WindowsWindow& window) {
+            return window.process == m_main.process && window.handle != m_main.handle;
+        }))
+        return std::nullopt;
+    press(keys);
+    return awaitReady(title);
+}
+
+bool TestWindowsDialogs::closes(const WindowsWindow& window, WayToClose close) const
+{
+    if (!close(window) || !awaitGone(window.title) || !m_program->isRunning())
+        return false;
+    const auto front = awaitReady(m_main.title);
+    return front && front->handle == m_main.handle && visibleWindows() == 1;
+}
+
+void TestWindowsDialogs::savedSettingsAreStoredAndInForceAtOnce()
+{
+    const auto window = choose({"Down", "Return"}, QStringLiteral("Settings"));
+    QVERIFY(window);
+    // The tabs have the keyboard; the close button comes before the page. JPG, and F8 in the place of F9.
+    press({"Down", "Tab", "Tab", "Down", "shift+Tab", "shift+Tab", "Down", "Tab", "Tab", "Up"});
+    QCOMPARE(stored("hotkeys/recording"), QStringLiteral("F9"));
+    const auto pressSaveOfTheHotkeys = [](const WindowsWindow&) {
+        press({"Tab", "Tab", "space"});
+        return true;
+    };
+    QVERIFY(closes(*window, pressSaveOfTheHotkeys));
+    QCOMPARE(stored("hotkeys/recording"), QStringLiteral("F8"));
+    QCOMPARE(stored("hotkeys/screenshot"), QStringLiteral("F10"));
+    QCOMPARE(stored("screenshot/format"), QStringLiteral("JPG"));
+    QCOMPARE(stored("recording/format"), QStringLiteral("MP4"));
+
+    // A key that works would minimise the window and count down.
+    press({"F9"});
+    QTest::qWait(kNothingHappensMs);
+    QVERIFY(awaitReady(m_main.title, 0));
+    QCOMPARE(visibleWindows(), 1);
+    press({"F8"});
+    QVERIFY(m_program->waitForMessage(QStringLiteral("Recording started..."), kRecordingTimeoutMs));
+    press({"F8"});
+    QVERIFY(m_program->waitForMessage(QStringLiteral("Recording stopped... 0"), kRecordingTimeoutMs));
+    QVERIFY(awaitReady(m_main.title));
+    QCOMPARE(QDir(m_program->saveFolder()).entryList({"*.mp4"}, QDir::Files).size(), 1);
+
+    press({"F10"});
+    QVERIFY(awaitReady(QStringLiteral("Screenshot")));
+    press({"Return"});
+    QVERIFY(awaitReady(QStringLiteral("Screenshot Saved")));
+    QCOMPARE(shots().entryList({"Screenshot_*.jpg"}, QDir::Files).size(), 1);
+    press({"Return"});
+    QVERIFY(awaitGone(QStringLiteral("Screenshot Saved")));
+}
+
+void TestWindowsDialogs::settingsThatAreNotSavedAreNotStored()
+{
+    for (const WayToClose close : {pressCancel, pressEscape, clickCloseButton, closeBySystem, pressSave}) {
+        QVERIFY(click(m_main, kSettingsButton));
+        const auto window = awaitReady(QStringLiteral("Settings"));
+        QVERIFY(window);
+        // From the tabs over the close button to the format.
+        press({"Tab", "Tab", "Down"});
+        QVERIFY(closes(*window, close));
+        QCOMPARE(stored("recording/format"), close == pressSave ? QStringLiteral("AVI") : QStringLiteral("MP4"));
+    }
+}
+
+void TestWindowsDialogs::aboutWindowStaysInFrontOfTheMainWindow()
+{
+    const auto window = choose({"Up", "Return"}, QStringLiteral("About"));
+    QVERIFY(window);
+    const QPoint off = window->place.center() - m_main.place.center();
+    QVERIFY2(off.manhattanLength() <= 2, qPrintable(QStringLiteral("%1 %2").arg(off.x()).arg(off.y())));
+    QVERIFY(click(m_main, kEmptyPlace) && click(m_main, kSettingsButton));
+    QTest::qWait(kNothingHappensMs);
+    QVERIFY(awaitReady(window->title));
+    const auto front = WineDesktop::visibleWindow(QString(), kTimeoutMs);
+    QVERIFY(front);
+    QCOMPARE(front->handle, window->handle);
+    QCOMPARE(visibleWindows(), 2);
+    // The recording's hotkey as well: the dialog would be recorded.
+    press({"F9"});
+    QTest::qWait(kNothingHappensMs);
+    QCOMPARE(visibleWindows(), 2);
+    QVERIFY(closes(*window, pressEscape));
+}
+
+void TestWindowsDialogs::updateCheckWithoutANetworkIsToldInItsWindow()
+{
+    const auto window = choose({"Down", "Down", "Down", "Return"}, QStringLiteral("Upgrade"));
+    QVERIFY(window);
+    QVERIFY2(m_program->waitForMessage(QStringLiteral("Network error: "), kRecordingTimeoutMs),
+             qPrintable(m_program->transcript()));
+    // There is no other box: the window says it.
+    QTest::qWait(kNothingHappensMs);
+    QVERIFY(awaitReady(window->title));
+    QCOMPARE(visibleWindows(), 2);
+    QVERIFY(closes(*window, clickCloseButton));
+}
+
+void TestWindowsDialogs::dialogClosesInEveryWayAndTheProgramStays_data()
+{
+    QTest::addColumn<QStringList>("entry");
+    QTest::newRow("About") << QStringList{"Up", "Return"};
+    QTest::newRow("Upgrade") << QStringList{"Down", "Down", "Down", "Return"};
+}
+
+void TestWindowsDialogs::dialogClosesInEveryWayAndTheProgramStays()
+{
+    QFETCH(const QStringList, entry);
+    for (const WayToClose close : {pressEscape, clickCloseButton, closeBySystem}) {
+        const auto window = choose(entry, QLatin1String(QTest::currentDataTag()));
+        QVERIFY(window);
+        QVERIFY(closes(*window, close));
+    }
+}
+
+void TestWindowsDialogs::closeButtonOfTheMainWindowEndsTheProgramWithZero()
+{
+    QVERIFY(click(m_main, kCloseButton));
+    QVERIFY(m_program->waitUntilEnded(kTimeoutMs));
+    QVERIFY2(m_program->endedWell(), qPrintable(m_program->transcript()));
+}
+
+QTEST_MAIN(TestWindowsDialogs)
+#include "test_windowsdialogs.moc"

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "tests/windows/windowsprogram.h"
+
+#include <functional>
+
+/// A user before the Windows desktop, with a keyboard and a pointer. Where something is awaited it is so for a time
+/// that a busy machine keeps.
+namespace windowsuser {
+
+inline constexpr int kTimeoutMs = 20'000;
+
+// Places in the main window.
+inline constexpr QPoint kFilesTab(76, 160);
+inline constexpr QPoint kSettingsButton(700, 20);
+inline constexpr QPoint kMenuButton(736, 20);
+inline constexpr QPoint kCloseButton(808, 20);
+
+/// Starts the program and gets its main window to the front. Nothing when that fails.
+std::optional<WindowsWindow> startInFront(WindowsProgram& program);
+
+void press(const QStringList& keys);
+/// @param place from the window's top left corner.
+bool click(const WindowsWindow& window, const QPoint& place);
+
+/// What Alt+F4 and the taskbar do; outside Wine the window manager keeps the key itself.
+bool closeBySystem(const WindowsWindow& window);
+
+/// The first visible window for which it is true.
+std::optional<WindowsWindow> awaitWindow(const std::function<bool(const WindowsWindow&)>& isIt);
+/// The program's window with this title once it is in front of all others and ready for keys and pointer.
+std::optional<WindowsWindow> awaitReady(const QString& title, int timeoutMs = kTimeoutMs);
+/// Whether the program's window with this title goes.
+bool awaitGone(const QString& title);
+
+/// How many windows of the program are there to be seen.
+qsizetype visibleWindows();
+
+} // namespace windowsuser
