@@ -147,7 +147,8 @@ private slots:
 
     void aRecordingWithoutNumbersHasNoClock()
     {
-        QVERIFY(!readShownClock(QList<std::optional<uint32_t>>(90), shownFrom(kSomeMoment, 90).seconds, 30, kSomeMoment));
+        QVERIFY(
+            !readShownClock(QList<std::optional<uint32_t>>(90), shownFrom(kSomeMoment, 90).seconds, 30, kSomeMoment));
         const Shown few = shownFrom(kSomeMoment, 3);
         QVERIFY(!readShownClock(few.numbers, few.seconds, 30, kSomeMoment));
     }
