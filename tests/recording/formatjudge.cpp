@@ -101,7 +101,7 @@ void checkMoments(const MediaFile& file, const Take& take, const Allowance& allo
     QVERIFY2(begins <= allowance.latestStart, qPrintable(QString::number(begins)));
     QVERIFY2(reaches >= 0.0 && reaches <= allowance.latestEnd, qPrintable(QString::number(reaches)));
     // The file's clock runs with the screen's.
-    QVERIFY2(std::abs(clock->driftSeconds) < 0.1, qPrintable(QString::number(clock->driftSeconds)));
+    QVERIFY2(std::abs(clock->driftSeconds) < allowance.clockDrift, qPrintable(QString::number(clock->driftSeconds)));
 }
 
 void checkColours(const Expected& expected, const MediaFile& file)

@@ -39,6 +39,8 @@ struct Allowance
     double latestStart = 0.2;
     /// How far a picture may go beyond the request to stop.
     double latestEnd = 1.0;
+    /// By how much the file's clock may differ from the screen's over half the recording.
+    double clockDrift = 0.1;
     /// What the sound server holds of the test tone before it is heard, with a margin for a busy machine.
     double soundServer = 0.05;
     /// Share of the pictures that may be torn in the middle of a block of the test picture's number.

@@ -3,6 +3,8 @@
 //
 //   kestrano_test_windowprobe windows                             all top-level windows, one line of JSON
 //   kestrano_test_windowprobe post WINDOW MESSAGE WPARAM LPARAM   posts a message
+//   kestrano_test_windowprobe command WINDOW COMMAND              gives a system command, and says whether the window
+//                                                                 is minimised when it has been obeyed
 //   kestrano_test_windowprobe front WINDOW                        asks it to come to the front, as a taskbar does
 //   kestrano_test_windowprobe place WINDOW                        puts it before the others; it may activate itself
 //   kestrano_test_windowprobe crash PROCESS                       makes one of its threads read what is not there
@@ -127,6 +129,17 @@ int post(const QStringList& arguments)
     return done ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
+int command(const QStringList& arguments)
+{
+    constexpr UINT kTimeoutMs = 10'000;
+    HWND const window = toWindow(arguments.at(0));
+    DWORD_PTR answer = 0;
+    const bool answered =
+        SendMessageTimeoutW(window, WM_SYSCOMMAND, arguments.at(1).toUInt(), 0, SMTO_NORMAL, kTimeoutMs, &answer) != 0;
+    std::puts(IsIconic(window) != 0 ? "minimised" : "shown");
+    return answered ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
 int bringToFront(const QStringList& arguments)
 {
     return SetForegroundWindow(toWindow(arguments.at(0))) != 0 ? EXIT_SUCCESS : EXIT_FAILURE;
@@ -225,10 +238,10 @@ struct Command
 
 const std::map<std::string, Command>& commands()
 {
-    static const std::map<std::string, Command> table{{"windows", {0, sayWindows}}, {"post", {4, post}},
-                                                      {"front", {1, bringToFront}}, {"place", {1, placeInFront}},
-                                                      {"crash", {1, crash}},        {"target", {4, showTarget}},
-                                                      {"hold", {2, holdHotkey}},    {"hooks", {0, listen}}};
+    static const std::map<std::string, Command> table{
+        {"windows", {0, sayWindows}}, {"post", {4, post}},          {"command", {2, command}},
+        {"front", {1, bringToFront}}, {"place", {1, placeInFront}}, {"crash", {1, crash}},
+        {"target", {4, showTarget}},  {"hold", {2, holdHotkey}},    {"hooks", {0, listen}}};
     return table;
 }
 

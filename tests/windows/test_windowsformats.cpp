@@ -9,7 +9,7 @@
 namespace {
 
 /// Wine puts a window's drawing on the screen in pieces, and the recorder sees some pictures in between.
-constexpr formatjudge::Allowance kAllowance{.soundServer = 0.1, .tornPictures = 0.15};
+constexpr formatjudge::Allowance kAllowance{.clockDrift = 0.15, .soundServer = 0.1, .tornPictures = 0.15};
 
 } // namespace
 
