@@ -1,10 +1,13 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/minidump.h"
-#include "tests/windows/windowsprogram.h"
+#include "tests/windows/windowsuser.h"
 
 #include <QFileInfo>
+#include <QGuiApplication>
+#include <QImage>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QTest>
 
 namespace {
@@ -46,9 +49,10 @@ private slots:
     void anAccessViolationLeavesACrashReport();
 
 private:
-    /// Records with the user's folders below such a name into one of them, and looks for everything there.
+    /// Records and takes a screenshot with the user's folders below such a name, into one of them, and looks for
+    /// everything there.
     /// @param longerThan characters that the paths of the recording and the log have to exceed
-    static void recordInUserFolder(const QString& name, const QString& saveFolder, qsizetype longerThan);
+    static void useUserFolder(const QString& name, const QString& saveFolder, qsizetype longerThan);
 
     WineDesktop m_desktop;
 };
@@ -140,12 +144,12 @@ void TestWindowsProgram::aHotkeyThatAnotherProgramHoldsIsNamedInTheLog()
     holder.waitForFinished();
 }
 
-void TestWindowsProgram::recordInUserFolder(const QString& name, const QString& saveFolder, qsizetype longerThan)
+void TestWindowsProgram::useUserFolder(const QString& name, const QString& saveFolder, qsizetype longerThan)
 {
     WindowsProgram program(name);
     const QDir films(QDir::cleanPath(program.userFolder().filePath(saveFolder)));
-    program.setSetting(QStringLiteral("recording/saveLocation"),
-                       WineDesktop::windowsPath(films.path()).replace('\\', '/'));
+    for (const char* key : {"recording/saveLocation", "screenshot/saveLocation"})
+        program.setSetting(QLatin1String(key), WineDesktop::windowsPath(films.path()).replace('\\', '/'));
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     const Take take = record(program, QStringLiteral("mp4"), 2000);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
@@ -158,12 +162,21 @@ void TestWindowsProgram::recordInUserFolder(const QString& name, const QString& 
     const QString log =
         WineDesktop::windowsPath(program.dataFolder().filePath(QStringLiteral("logs/vexmoor_yyyy-MM-dd_HH-mm-ss.log")));
     QVERIFY(take.path.size() > longerThan && log.size() > longerThan);
+
+    windowsuser::press({QStringLiteral("F10")});
+    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot")));
+    windowsuser::press({QStringLiteral("Return")});
+    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot Saved")));
+    const QStringList shots = films.entryList({QStringLiteral("Screenshot_*.png")}, QDir::Files);
+    QCOMPARE(shots.size(), 1);
+    QCOMPARE(QImage(films.filePath(shots.constFirst())).size(), QGuiApplication::primaryScreen()->size());
+    windowsuser::press({QStringLiteral("Return")});
 }
 
 void TestWindowsProgram::aUserFolderWithSpacesAndOtherLettersHoldsAll()
 {
-    recordInUserFolder(QStringLiteral("J\u00fcrgen M\u00f6ller \u9332\u753b"),
-                       QStringLiteral("Aufnahmen f\u00fcr Zo\u00eb"), 0);
+    useUserFolder(QStringLiteral("J\u00fcrgen M\u00f6ller \u9332\u753b"), QStringLiteral("Aufnahmen f\u00fcr Zo\u00eb"),
+                  0);
 }
 
 void TestWindowsProgram::filesBeyondTheOldLimitOfPathsAreAllThere()
@@ -172,7 +185,7 @@ void TestWindowsProgram::filesBeyondTheOldLimitOfPathsAreAllThere()
     constexpr int kOldLimit = 260;
     const QString name =
         QStringLiteral("Aufnahmen aus dem \u00dcbungsraum/").repeated(5) + QStringLiteral("J\u00fcrgen");
-    recordInUserFolder(name, QStringLiteral("Aufnahmen f\u00fcr Zo\u00eb/").repeated(8), kOldLimit);
+    useUserFolder(name, QStringLiteral("Aufnahmen f\u00fcr Zo\u00eb/").repeated(8), kOldLimit);
 }
 
 void TestWindowsProgram::anAccessViolationLeavesACrashReport()
