@@ -111,8 +111,7 @@ ObsWrapper::~ObsWrapper()
     m_progress.disconnect();
     // The handler empties its own record: the record must not go while one is inside.
     m_stopHandlers.waitUntilEmpty();
-    if (hasEndedByItself())
-        letEndedOutputRest(std::move(m_output));
+    letEndedOutputRest(std::move(m_output));
 }
 
 ObsWrapper::ReleasedSources::~ReleasedSources()

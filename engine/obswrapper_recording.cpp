@@ -392,12 +392,11 @@ void ObsWrapper::letEndedOutputRest(ObsOutputHandle output)
     const std::uint64_t endedNs = m_endedByItselfNs.exchange(0);
     if (!output)
         return;
-    if (endedNs != 0) {
-        m_restingOutputs.keep(std::move(output), endedNs);
-        return;
-    }
+    // Also one that ended by itself: what comes next may be a reset of the line that its end is still leaving.
     waitUntilOutputEnded(output.get());
-    if (obs_output_active(output.get()))
+    if (endedNs != 0)
+        m_restingOutputs.keep(std::move(output), endedNs);
+    else if (obs_output_active(output.get()))
         m_restingOutputs.keep(std::move(output), os_gettime_ns());
 }
 

@@ -39,4 +39,6 @@ void EngineRecordingTest::cleanup()
     obsspy::failNowhere();
     obsspy::delaySecondStopConnection(0);
     QTRY_VERIFY(!obs_video_active());
+    // An output whose end is under way is ended a second time by its release, and the ends run on without it.
+    QCOMPARE(obsspy::outputsReleasedWhileActive(), 0);
 }
