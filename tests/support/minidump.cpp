@@ -35,6 +35,11 @@ bool Minidump::isMinidump() const
     return m_bytes.startsWith("MDMP") && number<uint16_t>(4) == kVersion;
 }
 
+uint64_t Minidump::flags() const
+{
+    return number<uint64_t>(24);
+}
+
 std::optional<uint32_t> Minidump::stream(uint32_t type) const
 {
     const uint32_t count = std::min(number<uint32_t>(8), kMostEntries);

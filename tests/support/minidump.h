@@ -24,7 +24,7 @@ public:
     /// Whether it has a minidump's signature and version.
     bool isMinidump() const;
     /// What the writer was asked to put in (MINIDUMP_TYPE).
-    uint64_t flags() const { return number<uint64_t>(24); }
+    uint64_t flags() const;
     QList<uint32_t> threadIds() const;
     /// Paths of the program and its libraries as Windows names them.
     QStringList modules() const;
