@@ -111,7 +111,11 @@ ObsWrapper::~ObsWrapper()
     m_progress.disconnect();
     // The handler empties its own record: the record must not go while one is inside.
     m_stopHandlers.waitUntilEmpty();
-    letEndedOutputRest(std::move(m_output));
+    // Then it goes in its turn, after its encoders.
+    if (m_output)
+        waitUntilOutputEnded(m_output.get());
+    if (hasEndedByItself() || (m_output && obs_output_active(m_output.get())))
+        letEndedOutputRest(std::move(m_output));
 }
 
 ObsWrapper::ReleasedSources::~ReleasedSources()
