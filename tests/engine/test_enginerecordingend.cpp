@@ -279,6 +279,8 @@ private slots:
             obs_output_t* output = obs_output_get_ref(standins::currentOutput());
             std::thread stopper([output] {
                 signalStop(output, OBS_OUTPUT_SUCCESS);
+                while (obs_output_active(output))
+                    QThread::msleep(1);
                 obs_output_release(output);
             });
             stopper.detach();
