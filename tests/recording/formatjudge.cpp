@@ -93,7 +93,8 @@ void checkMoments(const MediaFile& file, const Take& take, const Allowance& allo
                             .arg(held.backwards)));
     const auto clock = readShownClock(numbers, file.video()->frameSeconds, kFramesPerSecond, take.startedNs);
     QVERIFY(clock.has_value());
-    QVERIFY2(clock->astray <= torn, qPrintable(QString::number(clock->astray)));
+    // A picture from before the start may stand at first.
+    QVERIFY2(clock->astray <= numbers.size() / 4, qPrintable(QString::number(clock->astray)));
     const double begins = secondsBetween(take.startedNs, clock->firstNs);
     const double reaches = secondsBetween(take.stopRequestedNs, clock->lastNs) + 1.0 / kFramesPerSecond;
     qInfo("picture from %+.3f s after the start to %+.3f s after the stop request, drift %+.3f s, %d torn", begins,
