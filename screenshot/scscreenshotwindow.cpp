@@ -280,6 +280,11 @@ bool SCScreenshotWindow::eventFilter(QObject* watched, QEvent* event)
     }
     case QEvent::MouseMove:
         return watched == m_toolbar.get() && filterToolBar(static_cast<const QMouseEvent&>(*event));
+    case QEvent::KeyPress:
+        // On Windows a press on the bar takes the keyboard from the frame.
+        if (watched == m_toolbar.get())
+            keyPressEvent(static_cast<QKeyEvent*>(event));
+        return watched == m_toolbar.get();
     default:
         return false;
     }

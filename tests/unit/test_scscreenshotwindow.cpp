@@ -547,6 +547,29 @@ private slots:
         QVERIFY(m_areas.isEmpty());
     }
 
+    void keysThatReachTheToolBarAreTheFrames_data()
+    {
+        QTest::addColumn<Qt::Key>("key");
+        QTest::addColumn<int>("shots");
+        QTest::newRow("escape") << Qt::Key_Escape << 0;
+        QTest::newRow("return") << Qt::Key_Return << 1;
+        QTest::newRow("enter") << Qt::Key_Enter << 1;
+    }
+
+    void keysThatReachTheToolBarAreTheFrames()
+    {
+        QFETCH(const Qt::Key, key);
+        QFETCH(const int, shots);
+        m_window->show();
+        const QSignalSpy cancelled(m_window.get(), &SCScreenshotWindow::screenshotCancelled);
+        const QSignalSpy saved(m_window.get(), &SCScreenshotWindow::screenshotSaved);
+        QTest::keyClick(&toolBar(), key);
+        QCOMPARE(saved.size(), shots);
+        QCOMPARE(cancelled.size(), 1 - shots);
+        QVERIFY(!m_window->isVisible());
+        QVERIFY(!toolBar().isVisible());
+    }
+
 private:
     /// The tool bar's place on the desktop, taken for one in the frame.
     static QRect hole() { return toolBar().geometry(); }
