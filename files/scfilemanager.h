@@ -11,6 +11,7 @@
 
 class QAbstractItemView;
 class QMouseEvent;
+class QPoint;
 class QStandardItemModel;
 
 /// The library of the files that the program has produced, and what the list that shows it does.
@@ -87,8 +88,9 @@ private:
 
     // The view: scfilemanager_view.cpp.
     void rebuildView();
-    bool onPressed(QAbstractItemView& view, const QMouseEvent& event);
-    void onDoubleClicked(const QAbstractItemView& view, const QMouseEvent& event);
+    bool onPointer(QAbstractItemView& view, const QMouseEvent& event);
+    void onIconPressed(QAbstractItemView& view, const QPoint& place);
+    void onDoubleClicked(const QAbstractItemView& view, const QPoint& place);
     void deleteFile(QAbstractItemView& view, const QPersistentModelIndex& row);
     bool refuseFileInUse(const QString& path, QWidget* parent) const;
     void deletePaths(const QStringList& paths, bool fromDisk);
@@ -100,4 +102,6 @@ private:
     FileRecordsFile m_file;
     QString m_fileInUse;
     bool m_saveFails = false;
+    /// The left button went down on a row's icon, and may still be.
+    bool m_iconPressed = false;
 };

@@ -15,6 +15,8 @@
 #include <QMouseEvent>
 #include <QStandardItemModel>
 
+#include <utility>
+
 namespace {
 
 constexpr char kFilterProperty[] = "currentFilter";
@@ -50,6 +52,19 @@ void dress(QAbstractItemView& view)
 QPoint inViewport(const QAbstractItemView& view, const QMouseEvent& event)
 {
     return view.viewport()->mapFromGlobal(event.globalPosition().toPoint());
+}
+
+bool isPointers(QEvent::Type type)
+{
+    return type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick || type == QEvent::MouseMove ||
+           type == QEvent::MouseButtonRelease;
+}
+
+bool isOnIcon(const QAbstractItemView& view, const QPoint& place)
+{
+    const QModelIndex index = view.indexAt(place);
+    const QRect row = view.visualRect(index);
+    return index.isValid() && (filerow::folderRect(row).contains(place) || filerow::deleteRect(row).contains(place));
 }
 
 } // namespace
@@ -98,46 +113,55 @@ void SCFileManager::selectFile(int row)
 
 bool SCFileManager::eventFilter(QObject* watched, QEvent* event)
 {
-    const bool press = event->type() == QEvent::MouseButtonPress;
-    const bool doubleClick = event->type() == QEvent::MouseButtonDblClick;
     // Events of its end come from a view that is none any more, and must not be taken for one.
-    if (!press && !doubleClick)
+    if (!isPointers(event->type()))
         return QObject::eventFilter(watched, event);
     const bool ofView = m_view != nullptr && (watched == m_view || watched == m_view->viewport());
-    if (ofView && doubleClick)
-        onDoubleClicked(*m_view, *static_cast<QMouseEvent*>(event));
-    if (ofView && press && onPressed(*m_view, *static_cast<QMouseEvent*>(event)))
+    if (ofView && onPointer(*m_view, *static_cast<QMouseEvent*>(event)))
         return true;
     return QObject::eventFilter(watched, event);
 }
 
-void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QMouseEvent& event)
+/// Whether the event is an icon's, and nobody else's business. All that follows a press on an icon is, until the button
+/// comes up: the view would go on with the press that it had before.
+bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
 {
-    const QModelIndex index = view.indexAt(inViewport(view, event));
+    if (event.type() == QEvent::MouseMove)
+        return m_iconPressed && event.buttons().testFlag(Qt::LeftButton);
+    if (event.button() != Qt::LeftButton)
+        return false;
+    if (event.type() == QEvent::MouseButtonRelease)
+        return std::exchange(m_iconPressed, false);
+    const QPoint place = inViewport(view, event);
+    m_iconPressed = isOnIcon(view, place);
+    if (!m_iconPressed) {
+        if (event.type() == QEvent::MouseButtonDblClick)
+            onDoubleClicked(view, place);
+        return false;
+    }
+    // A double click's first press has done what the icon does.
+    if (event.type() == QEvent::MouseButtonPress)
+        onIconPressed(view, place);
+    return true;
+}
+
+void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& place)
+{
+    const QModelIndex index = view.indexAt(place);
     if (index.isValid())
         openFile(pathOf(index));
 }
 
-/// Whether the press was on an icon, and is nobody else's business.
-bool SCFileManager::onPressed(QAbstractItemView& view, const QMouseEvent& event)
+void SCFileManager::onIconPressed(QAbstractItemView& view, const QPoint& place)
 {
-    const QPoint place = inViewport(view, event);
     const QModelIndex index = view.indexAt(place);
-    if (!index.isValid() || event.button() != Qt::LeftButton)
-        return false;
-    const QRect row = view.visualRect(index);
     const QString path = pathOf(index);
-    if (filerow::folderRect(row).contains(place)) {
-        if (!path.isEmpty())
-            platform::revealInFileManager(path);
-        return true;
-    }
-    if (filerow::deleteRect(row).contains(place)) {
-        if (!path.isEmpty())
-            deleteFile(view, index);
-        return true;
-    }
-    return false;
+    if (path.isEmpty())
+        return;
+    if (filerow::folderRect(view.visualRect(index)).contains(place))
+        platform::revealInFileManager(path);
+    else
+        deleteFile(view, index);
 }
 
 bool SCFileManager::refuseFileInUse(const QString& path, QWidget* parent) const

@@ -3,6 +3,7 @@
 #include "files/scfilemanager.h"
 #include "tests/support/addresses.h"
 #include "tests/support/filelibrary.h"
+#include "tests/support/pointerevents.h"
 #include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
 
@@ -384,6 +385,27 @@ private slots:
         QCOMPARE(opener.files().size(), 1);
     }
 
+    void doubleClickOpensByTheLeftButtonAlone()
+    {
+        const OpenedAddresses opener({"file"});
+        const QPoint text = onDesktop(filerow::textRect(rowRect(2)).center());
+        for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton})
+            pointerevents::mouse(*m_view->viewport(), QEvent::MouseButtonDblClick, text, button, button);
+        QCOMPARE(opener.files(), QStringList());
+    }
+
+    void doubleClickOnAnIconOpensNothingAndSelectsNothing()
+    {
+        const OpenedAddresses opener({"file"});
+        const messagebox::Recorder boxes;
+        press(filerow::textRect(rowRect(0)).center());
+        for (const QRect& icon : {filerow::folderRect(rowRect(2)), filerow::deleteRect(rowRect(2))})
+            doubleClick(icon.center());
+        QCOMPARE(opener.files(), QStringList());
+        QVERIFY(boxes.questions().empty());
+        QCOMPARE(selectedNames(), QStringList({"new.mp4"}));
+    }
+
     void doubleClickOpensFilesOfUnusualNames_data()
     {
         QTest::addColumn<QString>("name");
@@ -419,6 +441,35 @@ private slots:
         QCOMPARE(selectedNames(), QStringList({"old.mp4"}));
         press(filerow::textRect(rowRect(3)).center());
         QCOMPARE(selectedNames(), QStringList({"song.mp3"}));
+    }
+
+    void dragFromAnIconSelectsNothing()
+    {
+        press(filerow::textRect(rowRect(0)).center());
+        m_view->model()->setData(m_view->model()->index(3, 0), QString(), SCFileManager::kPathRole);
+        const QPoint icon = filerow::folderRect(rowRect(3)).center();
+        pointerevents::drag(*m_view->viewport(), onDesktop(icon), {-4, 2});
+        QCOMPARE(selectedNames(), QStringList({"new.mp4"}));
+    }
+
+    void dragFromATextSelectsAfterAnIconWasPressed_data()
+    {
+        QTest::addColumn<bool>("isReleaseSeen");
+        QTest::newRow("and let go of") << true;
+        QTest::newRow("and let go of where a box took that") << false;
+    }
+
+    void dragFromATextSelectsAfterAnIconWasPressed()
+    {
+        QFETCH(const bool, isReleaseSeen);
+        m_view->model()->setData(m_view->model()->index(3, 0), QString(), SCFileManager::kPathRole);
+        const QPoint icon = onDesktop(filerow::folderRect(rowRect(3)).center());
+        pointerevents::press(*m_view->viewport(), icon);
+        if (isReleaseSeen)
+            pointerevents::release(*m_view->viewport(), icon);
+        const QPoint text = filerow::textRect(rowRect(1)).center();
+        pointerevents::drag(*m_view->viewport(), onDesktop(text), {0, filerow::kHeight});
+        QCOMPARE(selectedNames(), QStringList({"old.mp4", "sound.aac"}));
     }
 
     void iconsAreWhereTheyAreAndNotAPixelFurther()
@@ -713,6 +764,7 @@ private:
     }
 
     QString pathAt(int row) const { return m_view->model()->index(row, 0).data(SCFileManager::kPathRole).toString(); }
+    QPoint onDesktop(const QPoint& place) const { return m_view->viewport()->mapToGlobal(place); }
     QRect rowRect(int row) const { return m_view->visualRect(m_view->model()->index(row, 0)); }
 
     void select(const QList<int>& rows)
