@@ -211,6 +211,7 @@ void SCCameraWindow::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
     SCLogger::info(QStringLiteral("Camera window shown"));
+    m_isClosed = false;
     if (!m_cameras.isEmpty()) {
         SCLogger::info(QStringLiteral("Selecting first available camera after window show"));
         onCameraSelected(0);
@@ -231,6 +232,7 @@ void SCCameraWindow::hideEvent(QHideEvent* event)
 void SCCameraWindow::closeEvent(QCloseEvent* event)
 {
     SCLogger::info(QStringLiteral("Camera window closing"));
+    m_isClosed = true;
     stopCamera();
     event->accept();
     // Whatever may have opened a camera in between has to let go of it before the window is gone.

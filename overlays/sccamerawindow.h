@@ -17,8 +17,8 @@ class QVideoWidget;
 ///
 /// It finds the cameras and opens the first one by itself, chooses the format, tries others when that fails, and
 /// follows cameras that are plugged in and out. Every step is in the log; nothing is shown to the user but the picture.
-/// While the window is hidden its camera may come back to life, so close() it to let go of the camera. All coordinates
-/// are logical pixels of the desktop.
+/// While the window is hidden its camera may come back to life, so close() it to let go of the camera; a closed window
+/// opens none before it is shown again. All coordinates are logical pixels of the desktop.
 class SCCameraWindow : public QWidget
 {
     Q_OBJECT
@@ -100,4 +100,6 @@ private:
     QLabel* m_loadingLabel = nullptr;
     /// Whether the picture, if any, is that of the camera of last resort.
     bool m_usesFallback = false;
+    /// And not shown since.
+    bool m_isClosed = false;
 };

@@ -96,7 +96,11 @@ void SCCameraWindow::checkDevices()
 
 void SCCameraWindow::openFirstCamera()
 {
-    onCameraSelected(0);
+    // The list is looked at all the time. A closed window opens a camera when it is shown, and needs no fallback's.
+    if (m_isClosed)
+        stopCamera();
+    else
+        onCameraSelected(0);
 }
 
 void SCCameraWindow::onNoCamera()

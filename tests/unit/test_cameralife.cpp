@@ -298,6 +298,22 @@ private slots:
         QVERIFY(m_cameras->isActive);
     }
 
+    void cameraThatIsPluggedInWhileTheWindowIsClosedWaitsUntilItIsShown()
+    {
+        show();
+        m_window->close();
+        m_cameras->plugIn({simpleCamera("B")});
+        checkDevices();
+        QCOMPARE(m_cameras->openCameras, 0);
+        m_cameras->plugIn({});
+        checkDevices();
+        m_cameras->plugIn({simpleCamera("C")});
+        checkDevices();
+        QCOMPARE(m_cameras->openCameras, 0);
+        show();
+        QVERIFY(m_cameras->isActive);
+    }
+
     void showingWithoutACameraOpensNone()
     {
         m_window.reset();
