@@ -134,6 +134,8 @@ void SCCameraWindow::show()
     m_loadingLabel->setGeometry(rect());
     m_loadingLabel->show();
     m_loadingLabel->raise();
+    // The show event may have opened the camera already.
+    endLoading();
     raise();
     activateWindow();
     runDiagnostics();

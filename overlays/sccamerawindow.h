@@ -72,6 +72,7 @@ private:
     void openFirstCamera();
     void onNoCamera();
     void createCamera(const CameraDevice& device);
+    void endLoading();
     void startOrTryOthers(const CameraDevice& device);
     void restartCamera();
     void startCamera();

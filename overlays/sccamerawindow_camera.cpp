@@ -84,6 +84,7 @@ void SCCameraWindow::checkDevices()
     if (!devices.isEmpty() && areSame(devices, m_cameras)) {
         if (m_camera != nullptr && !m_camera->isActive())
             QMetaObject::invokeMethod(this, &SCCameraWindow::restartCamera, Qt::QueuedConnection);
+        endLoading();
         return;
     }
     SCLogger::info(QStringLiteral("Found %1 camera devices").arg(devices.size()));
@@ -127,8 +128,15 @@ void SCCameraWindow::onCameraSelected(int index)
     // The other formats may fail as well.
     if (!attempt(exceptionWhen(kInitializing), [&] { startOrTryOthers(device); }))
         m_loadingLabel->hide();
+    endLoading();
     m_videoWidget->show();
     m_videoWidget->repaint();
+}
+
+void SCCameraWindow::endLoading()
+{
+    if (m_camera != nullptr && m_camera->isActive())
+        m_loadingLabel->hide();
 }
 
 void SCCameraWindow::createCamera(const CameraDevice& device)

@@ -349,6 +349,38 @@ private slots:
         QCOMPARE(log.count("[INFO] Found 0 camera devices"), 1);
     }
 
+    void labelIsGoneOnceTheCameraRunsHoweverOftenTheWindowIsShown()
+    {
+        m_window->show();
+        QVERIFY(m_cameras->isActive);
+        QVERIFY(label()->isHidden());
+        m_window->close();
+        m_window->show();
+        QVERIFY(m_cameras->isActive);
+        QVERIFY(label()->isHidden());
+    }
+
+    void labelIsGoneWhenTheSecondSearchForAFormatSucceeds()
+    {
+        // The chosen format fails, and the common one of the first search.
+        m_cameras->onCall = [failures = 2](const QString& call) mutable {
+            if (call == QLatin1String("activate") && failures-- > 0)
+                fail(true);
+        };
+        label()->show();
+        m_window->onCameraSelected(0);
+        QVERIFY(m_cameras->isActive);
+        QVERIFY(label()->isHidden());
+    }
+
+    void labelOfACameraThatTakesItsTimeIsGoneWithTheNextCheck()
+    {
+        label()->show();
+        checkDevices();
+        QVERIFY(m_cameras->isActive);
+        QVERIFY(label()->isHidden());
+    }
+
     void showingKeepsTheDeviceTimerThatIsThere()
     {
         show();

@@ -16,6 +16,8 @@
 #include <QVideoSink>
 #include <QVideoWidget>
 
+#include <stdexcept>
+
 namespace {
 
 /// Puts every text in brackets.
@@ -110,6 +112,10 @@ private slots:
         QCOMPARE(label->text(), QStringLiteral("Loading camera..."));
         QCOMPARE(label->alignment(), Qt::AlignCenter);
         QCOMPARE(label->styleSheet(), QStringLiteral("QLabel { color: white; background-color: rgba(0, 0, 0, 180); }"));
+        m_cameras->onCall = [](const QString& call) {
+            if (call == QLatin1String("activate"))
+                throw std::runtime_error("busy");
+        };
         m_window->show();
         QVERIFY(label->isVisible());
         QCOMPARE(label->geometry(), m_window->rect());
