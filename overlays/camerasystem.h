@@ -70,7 +70,7 @@ public:
     virtual bool isActive() const noexcept = 0;
 
     /// Starts the camera, with the format that was set or with its own. An exception tells of what the system reports
-    /// at once; what it reports later it keeps to itself, and the camera is not active then.
+    /// at once; what it reports later is in the log alone, and the camera may not be active then.
     virtual void activate() = 0;
 
     virtual void deactivate() = 0;

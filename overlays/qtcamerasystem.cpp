@@ -1,5 +1,7 @@
 #include "overlays/qtcamerasystem.h"
 
+#include "app/sclogger.h"
+
 #include <QCamera>
 #include <QCameraDevice>
 #include <QMediaCaptureSession>
@@ -27,10 +29,20 @@ CameraDevice toDevice(const QCameraDevice& device)
     return result;
 }
 
+void logFailure(QCamera::Error error, const QString& text)
+{
+    if (error != QCamera::NoError)
+        SCLogger::error(QStringLiteral("The camera reports a failure: %1").arg(text));
+}
+
 class QtCamera : public Camera
 {
 public:
-    explicit QtCamera(const QCameraDevice& device) : m_device(device), m_camera(device) {}
+    explicit QtCamera(const QCameraDevice& device) : m_device(device), m_camera(device)
+    {
+        // A failure may be reported long after the start, when no exception can tell of it.
+        QObject::connect(&m_camera, &QCamera::errorOccurred, &m_camera, &logFailure);
+    }
 
     CameraDevice device() const override { return toDevice(m_device); }
 
