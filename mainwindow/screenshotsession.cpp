@@ -74,10 +74,16 @@ void ScreenshotSession::end()
         emit ended();
 }
 
+/// The system's hotkeys come in while a shot waits for the desktop to be clear.
+bool ScreenshotSession::isCapturing() const
+{
+    return m_window != nullptr && m_window->isCapturing();
+}
+
 void ScreenshotSession::frameScreen()
 {
     const QScreen* const screen = QGuiApplication::primaryScreen();
-    if (screen == nullptr)
+    if (screen == nullptr || isCapturing())
         return;
     const QScopedValueRollback<bool> changing(m_isChanging, true);
     m_selectorDelay->stop();
@@ -87,6 +93,8 @@ void ScreenshotSession::frameScreen()
 
 void ScreenshotSession::selectRegion()
 {
+    if (isCapturing())
+        return;
     const QScopedValueRollback<bool> changing(m_isChanging, true);
     begin();
     // It would take the presses that are meant for the selector.
@@ -97,6 +105,8 @@ void ScreenshotSession::selectRegion()
 
 void ScreenshotSession::frameArea(const QRect& area)
 {
+    if (isCapturing())
+        return;
     const QRect grown(area.topLeft(), area.size().expandedTo(window().minimumSize()));
     const QScreen* const screen = QGuiApplication::screenAt(area.center());
     showFrame(grown == area || screen == nullptr ? grown : keptOn(screen->geometry(), grown), false);

@@ -13,7 +13,7 @@ class SCScreenshotWindow;
 /// The road of a screenshot: what is to be shot, the frame over it, and the file. It shows no message; it reports.
 /// Rectangles are logical pixels of the desktop. User-interface thread.
 ///
-/// Between began() and ended() something of it lies over the desktop.
+/// Between began() and ended() something of it lies over the desktop. While a shot is being taken nothing else begins.
 class ScreenshotSession : public QObject
 {
     Q_OBJECT
@@ -54,6 +54,7 @@ signals:
 
 private:
     SCScreenshotWindow& window();
+    bool isCapturing() const;
     void begin();
     void end();
     void showFrame(const QRect& area, bool fullScreen);

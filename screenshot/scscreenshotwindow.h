@@ -42,6 +42,9 @@ public:
     /// Takes pictures by other means than the system's own, for one who has no screen.
     void setGrabber(Grabber grabber) { m_grabber = std::move(grabber); }
 
+    /// Whether a shot is being taken: what is shown over the desktop meanwhile would get into it.
+    bool isCapturing() const { return m_capturing; }
+
 public slots:
     /// Hides the frame with its tool bar. Emits nothing.
     void hide();

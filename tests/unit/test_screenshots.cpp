@@ -15,6 +15,7 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 /// Screenshots as the main window takes them.
 class TestScreenshots : public QObject
@@ -171,6 +172,37 @@ private slots:
         QVERIFY(
             boxes.calls().front().text.startsWith(QLatin1String("Screenshot error: Failed to save screenshot to ")));
         QVERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
+    }
+
+    void nothingElseBeginsWhileAShotIsTaken_data()
+    {
+        QTest::addColumn<QString>("tile");
+        QTest::newRow("screen, as by the hotkey") << "screenshotFullScreenTile";
+        QTest::newRow("region") << "screenshotRegionTile";
+    }
+
+    void nothingElseBeginsWhileAShotIsTaken()
+    {
+        QFETCH(const QString, tile);
+        const messagebox::Recorder boxes;
+        const QSignalSpy produced(m_window.get(), &SCMainWindow::fileProduced);
+        clickTile("screenshotFullScreenTile");
+        auto* const frame = shownWindow<SCScreenshotWindow>();
+        const QRect framed(30, 40, 500, 300);
+        frame->setGeometry(framed);
+        QRect shot;
+        frame->setGrabber([&shot](QScreen&, const QRect& area) {
+            shot = area;
+            QPixmap picture(20, 10);
+            picture.fill(Qt::green);
+            return picture;
+        });
+        QTimer::singleShot(0, m_window.get(), [this, &tile] { clickTile(tile); });
+        frame->saveScreenshot();
+        QCOMPARE(produced.size(), 1);
+        QCOMPARE(shot, framed);
+        QVERIFY(!frame->isVisible());
+        QCOMPARE(selectors(), 0);
     }
 
     void closingTheWindowTakesTheScreenshotFrameAway()
