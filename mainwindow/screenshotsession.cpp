@@ -19,6 +19,15 @@ namespace {
 /// Compositors let a window that is minimised fade out.
 constexpr int kWindowGoneMs = 400;
 
+/// Without what lies beyond all screens, where a picture would be black. On Windows a maximised window reaches there
+/// with its borders, which nobody sees. What lies on another screen stays.
+QRect seenOf(const QRect& area)
+{
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    const QRect seen = screen == nullptr ? area : area & screen->virtualGeometry();
+    return seen.isEmpty() ? area : seen;
+}
+
 /// Moved onto the screen where it reaches beyond its right or lower edge.
 QRect keptOn(const QRect& screen, QRect area)
 {
@@ -107,9 +116,10 @@ void ScreenshotSession::frameArea(const QRect& area)
 {
     if (isCapturing())
         return;
-    const QRect grown(area.topLeft(), area.size().expandedTo(window().minimumSize()));
-    const QScreen* const screen = QGuiApplication::screenAt(area.center());
-    showFrame(grown == area || screen == nullptr ? grown : keptOn(screen->geometry(), grown), false);
+    const QRect seen = seenOf(area);
+    const QRect grown(seen.topLeft(), seen.size().expandedTo(window().minimumSize()));
+    const QScreen* const screen = QGuiApplication::screenAt(seen.center());
+    showFrame(grown == seen || screen == nullptr ? grown : keptOn(screen->geometry(), grown), false);
 }
 
 void ScreenshotSession::showFrame(const QRect& area, bool fullScreen)

@@ -29,7 +29,7 @@ public:
     /// been taken off the screen for it is not in the picture behind it.
     void selectRegion();
 
-    /// Lays the frame over an area, or more where the area is smaller than a frame can be.
+    /// Lays the frame over what the screens show of an area, or more where that is smaller than a frame can be.
     void frameArea(const QRect& area);
 
     /// Takes everything off the desktop, without a shot.

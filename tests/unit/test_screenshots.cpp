@@ -57,6 +57,29 @@ private slots:
         QVERIFY(!m_window->isMinimized());
     }
 
+    void pickedWindowIsFramedAsFarAsItIsOnAScreen_data()
+    {
+        QTest::addColumn<QRect>("window");
+        QTest::addColumn<QRect>("framed");
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        const QRect inside = screen.adjusted(50, 40, -50, -60);
+        QTest::newRow("maximised, with borders beyond the screen") << screen.adjusted(-8, -8, 8, 8) << screen;
+        QTest::newRow("half beyond the left edge")
+            << QRect(screen.left() - 200, 40, 400, 300) << QRect(screen.left(), 40, 200, 300);
+        QTest::newRow("all but a strip beyond the right edge")
+            << QRect(screen.right() - 9, 40, 400, 300) << QRect(screen.right() - 99, 40, 100, 300);
+        QTest::newRow("on the screen") << inside << inside;
+    }
+
+    void pickedWindowIsFramedAsFarAsItIsOnAScreen()
+    {
+        QFETCH(const QRect, window);
+        QFETCH(const QRect, framed);
+        clickTile("screenshotWindowTile");
+        emit shownWindow<WindowHighlighter>()->windowClicked(window);
+        QCOMPARE(shownWindow<SCScreenshotWindow>()->geometry(), framed);
+    }
+
     void wholeScreenIsFramedForAScreenshot()
     {
         clickTile("screenshotFullScreenTile");
