@@ -83,6 +83,7 @@ void SCUpgradeWindow::showDocument(const QJsonObject& document)
     if (!updatedocument::isNewer(release->version)) {
         m_ui->currentVersionLabel->setText(QLatin1String(appidentity::kVersion));
         m_ui->stackedWidget->setCurrentIndex(UpToDate);
+        emit answered();
         return;
     }
     m_ui->newVersionLabel->setText(release->version);
@@ -92,6 +93,7 @@ void SCUpgradeWindow::showDocument(const QJsonObject& document)
     m_ui->upgradeInfoTextEdit->setPlainText(release->changes);
     m_ui->stackedWidget->setCurrentIndex(NewVersion);
     m_ui->upgradeBtn->setFocus();
+    emit answered();
 }
 
 void SCUpgradeWindow::on_closeBtn_clicked()

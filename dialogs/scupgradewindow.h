@@ -33,6 +33,10 @@ public:
     SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo);
     ~SCUpgradeWindow() override;
 
+signals:
+    /// A document has decided the page, so that the user is told. A check that failed tells nothing.
+    void answered();
+
 protected:
     void changeEvent(QEvent* event) override;
 

@@ -85,9 +85,11 @@ private slots:
         server.setAnswers({{status, body, {}, Manner::Answer, true}});
         const MessageCapture messages;
         const SCUpgradeWindow window(nullptr, {});
+        const QSignalSpy told(&window, &SCUpgradeWindow::answered);
         QCOMPARE(pageOf(window), int(Page::Waiting));
         waitForReply(window);
         QCOMPARE(pageOf(window), page);
+        QCOMPARE(told.size(), page != Page::Waiting && status == "200 OK" ? 1 : 0);
         if (page == Page::UpToDate && status == "200 OK")
             QCOMPARE(window.findChild<QLabel*>("currentVersionLabel")->text(), QStringLiteral("1.0.0"));
         const QStringList lines = messages.texts(QtDebugMsg).filter("[DEBUG]");
