@@ -96,8 +96,9 @@ void SCMainWindow::showStoredFolders()
 
 void SCMainWindow::onUpdateCheckRequested()
 {
-    m_updateNotice->drop();
-    dialogwindow::showOver(*new SCUpgradeWindow(this, QJsonObject()), *this);
+    auto* const window = new SCUpgradeWindow(this, QJsonObject());
+    connect(window, &SCUpgradeWindow::answered, m_updateNotice, &UpdateNotice::drop);
+    dialogwindow::showOver(*window, *this);
 }
 
 void SCMainWindow::onAboutRequested()

@@ -145,6 +145,19 @@ private slots:
         QCOMPARE(upgradeWindows(), 0);
     }
 
+    void userWhoseCheckFailedIsToldByTheSilentOne()
+    {
+        UpdateServer server;
+        server.setAnswers({{"500 Internal Server Error", "{}", {}, UpdateServer::Manner::Answer, true},
+                           {"200 OK", kNewer, {}, UpdateServer::Manner::Answer, true}});
+        emit menu().updateCheckRequested();
+        QTRY_COMPARE(page(), int(SCUpgradeWindow::UpToDate));
+        shownWindow<SCUpgradeWindow>()->close();
+        QCOMPARE(upgradeWindows(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(upgradeWindows(), 1, kCheckMs);
+        QCOMPARE(page(), int(SCUpgradeWindow::NewVersion));
+    }
+
     void unreachableServerShowsUpToDateOnRequestAndNothingByItself()
     {
         UpdateServer server;
@@ -165,6 +178,12 @@ private:
     {
         m_window.reset();
         m_window = std::make_unique<SCMainWindow>();
+    }
+
+    /// The one that the update window shows.
+    static int page()
+    {
+        return shownWindow<SCUpgradeWindow>()->findChild<QStackedWidget*>("stackedWidget")->currentIndex();
     }
 
     MainMenu& menu() const { return *m_window->findChild<MainMenu*>(); }
