@@ -83,6 +83,8 @@ void SCLogger::writeLine(const QString& text)
     }
     if (!m_file.isOpen() && !openForAppending())
         return;
+    // After one line for which the disk had no room, the stream would write no other.
+    m_stream.resetStatus();
     m_stream << timeStamp() << " - " << text << '\n';
     m_stream.flush();
 }

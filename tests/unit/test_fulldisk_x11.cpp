@@ -1,4 +1,5 @@
 #include "app/appidentity.h"
+#include "app/sclogger.h"
 #include "files/scfilemanager.h"
 #include "tests/support/filelibrary.h"
 #include "tests/support/fulldisk.h"
@@ -8,9 +9,10 @@
 #include <QApplication>
 #include <QFile>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
-/// The list of files on a disk that runs full at any byte.
+/// The list of files, and the log, on a disk that runs full.
 class TestFullDisk : public QObject
 {
     Q_OBJECT
@@ -86,8 +88,23 @@ private slots:
         QCOMPARE(filelibrary::text(), m_before);
     }
 
+    void logGoesOnOnceThereIsRoomAgain()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("the.log"));
+        QVERIFY(SCLogger::instance()->initialize(path));
+        {
+            const FullDisk full(0);
+            SCLogger::info(QStringLiteral("on the full disk"));
+        }
+        SCLogger::info(QStringLiteral("with room again"));
+        QFile log(path);
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        QVERIFY(log.readAll().trimmed().endsWith("Info: with room again"));
+    }
+
 private:
     ProducedFiles m_produced;
+    QTemporaryDir m_folder;
     std::unique_ptr<SCFileManager> m_library;
     QByteArray m_before;
 };
