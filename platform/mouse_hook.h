@@ -38,7 +38,8 @@ public:
     void remove();
 
     /// Whether anybody minds the events at present; false at first. X11 sends them only then, for each would wake the
-    /// program; a hook on Windows hears everything and the handler sorts out what it does not mind.
+    /// program. A hook on Windows hears everything, and the handler sorts out what it does not mind; but the system may
+    /// have dropped it, so it is put on anew.
     void setWanted(bool wanted);
 
 private:

@@ -10,6 +10,9 @@ struct MouseHook::Private
 {
     static LRESULT CALLBACK onMouse(int code, WPARAM message, LPARAM details);
 
+    /// Hooks the mouse; whether that succeeded. The reason of a failure is the calling thread's last error.
+    bool putOn();
+
     /// The system hands its callback nothing by which it could find its hook.
     static Private* s_installed;
 
@@ -34,6 +37,19 @@ LRESULT CALLBACK MouseHook::Private::onMouse(int code, WPARAM message, LPARAM de
     return CallNextHookEx(nullptr, code, message, details);
 }
 
+bool MouseHook::Private::putOn()
+{
+    const HHOOK fresh = SetWindowsHookExW(WH_MOUSE_LL, &onMouse, GetModuleHandleW(nullptr), 0);
+    if (fresh == nullptr)
+        return false;
+    // The one before may be gone already.
+    if (hook != nullptr)
+        UnhookWindowsHookEx(hook);
+    hook = fresh;
+    s_installed = this;
+    return true;
+}
+
 MouseHook::MouseHook() : m_private(std::make_unique<Private>()) {}
 
 MouseHook::~MouseHook()
@@ -44,15 +60,12 @@ MouseHook::~MouseHook()
 unsigned long MouseHook::install(Handler handler)
 {
     m_private->handler = std::move(handler);
-    m_private->hook = SetWindowsHookExW(WH_MOUSE_LL, &Private::onMouse, GetModuleHandleW(nullptr), 0);
-    if (m_private->hook == nullptr) {
-        // Not 0 in any case, which would say that the hook is there.
-        const DWORD error = GetLastError();
-        reportSystemFailure("SetWindowsHookEx", error);
-        return error != ERROR_SUCCESS ? error : ERROR_HOOK_NOT_INSTALLED;
-    }
-    Private::s_installed = m_private.get();
-    return 0;
+    if (m_private->putOn())
+        return 0;
+    // Not 0 in any case, which would say that the hook is there.
+    const DWORD error = GetLastError();
+    reportSystemFailure("SetWindowsHookEx", error);
+    return error != ERROR_SUCCESS ? error : ERROR_HOOK_NOT_INSTALLED;
 }
 
 void MouseHook::remove()
@@ -66,6 +79,12 @@ void MouseHook::remove()
     Private::s_installed = nullptr;
 }
 
-void MouseHook::setWanted(bool) {}
+void MouseHook::setWanted(bool wanted)
+{
+    // The system takes off, without a word, a hook whose thread was busy for too long, as the user interface's is while
+    // the engine starts and while a recording ends.
+    if (wanted && m_private->hook != nullptr && !m_private->putOn())
+        reportSystemFailure("SetWindowsHookEx", GetLastError());
+}
 
 } // namespace platform

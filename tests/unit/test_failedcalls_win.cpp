@@ -22,6 +22,30 @@ QString words(DWORD error)
     return qt_error_string(static_cast<int>(error)).trimmed();
 }
 
+/// More than a message takes from the system to its window.
+constexpr int kPointerMs = 300;
+
+bool movePointer()
+{
+    static int step = 0;
+    step = -step + 1;
+    INPUT input{};
+    input.type = INPUT_MOUSE;
+    input.mi.dx = step;
+    input.mi.dy = 1;
+    input.mi.dwFlags = MOUSEEVENTF_MOVE;
+    return SendInput(1, &input, sizeof(input)) == 1;
+}
+
+/// As the system does, whoever has put them on: by their handles, whose lower halves are all that matters under Wine.
+bool takeOffEveryHook()
+{
+    bool found = false;
+    for (quintptr handle = 0x20; handle <= 0xFFFF; ++handle)
+        found = UnhookWindowsHookEx(reinterpret_cast<HHOOK>(handle)) != 0 || found;
+    return found;
+}
+
 QString failureOf(const char* call, DWORD error)
 {
     return QStringLiteral("%1 failed: %2 (error %3)").arg(QLatin1String(call), words(error)).arg(error);
@@ -81,6 +105,24 @@ private slots:
         QCOMPARE(hook.install([](platform::MouseHook::Event, const QPoint&) {}), 0UL);
         hook.remove();
         hook.remove();
+        QCOMPARE(m_reports.sentences(), QStringList());
+    }
+
+    void mouseHookThatTheSystemHasTakenOffIsPutOnAgainWhereItIsWanted()
+    {
+        int moves = 0;
+        platform::MouseHook hook;
+        QCOMPARE(hook.install([&moves](platform::MouseHook::Event, const QPoint&) { ++moves; }), 0UL);
+        QVERIFY(movePointer());
+        QTRY_VERIFY(moves > 0);
+        QVERIFY(takeOffEveryHook());
+        moves = 0;
+        QVERIFY(movePointer());
+        QTest::qWait(kPointerMs);
+        QCOMPARE(moves, 0);
+        hook.setWanted(true);
+        QVERIFY(movePointer());
+        QTRY_VERIFY(moves > 0);
         QCOMPARE(m_reports.sentences(), QStringList());
     }
 
