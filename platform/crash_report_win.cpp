@@ -29,6 +29,8 @@ static_assert(kDumpType == 0x1027);
 constexpr std::size_t kPathLength = 32768;
 /// The time, the extension and the closing zero.
 constexpr std::size_t kStampLength = std::size(L"2024-05-01_13-07-09.dmp");
+/// Left to the report when the stack has run out: it is written on the same one.
+constexpr ULONG kReportStackBytes = 128 * 1024;
 
 // Filled in at install up to the time, since a crashing program had better not ask for memory, nor have so much of it
 // on its stack, which may be what has run out. Of two threads that crash at once the second finds the file taken.
@@ -77,6 +79,9 @@ void installCrashReporter(const QString& folder, const QByteArray& /*program*/, 
         return;
     }
     g_prefixLength = static_cast<std::size_t>(prefix.toWCharArray(g_path));
+    ULONG stackBytes = kReportStackBytes;
+    if (SetThreadStackGuarantee(&stackBytes) == 0)
+        reportSystemFailure("SetThreadStackGuarantee", GetLastError());
     SetUnhandledExceptionFilter(onUnhandledException);
     std::set_terminate(onTerminate);
 }

@@ -12,6 +12,7 @@
 namespace {
 
 constexpr uint32_t kAccessViolation = 0xC0000005;
+constexpr uint32_t kStackOverflow = 0xC00000FD;
 
 /// The head, and what stands before the memory, is well within this.
 constexpr qint64 kEnoughBytes = 4'000'000;
@@ -57,6 +58,17 @@ private slots:
         const CrasherRun run("thread", kEnoughBytes);
         QVERIFY(run.isNamedAfterTheCrash());
         QVERIFY(Minidump(run.report()).exception().has_value());
+    }
+
+    void aStackThatHasRunOutLeavesAMinidump()
+    {
+        const CrasherRun run("overflow", kEnoughBytes);
+        QVERIFY2(run.isNamedAfterTheCrash(), qPrintable(run.reportNames().join(' ')));
+        const Minidump dump(run.report());
+        QVERIFY(dump.isMinidump());
+        const auto exception = dump.exception();
+        QVERIFY(exception.has_value());
+        QCOMPARE(exception->code, kStackOverflow);
     }
 
     void noFileMeansSilentlyNoReport()
