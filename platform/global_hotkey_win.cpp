@@ -66,8 +66,11 @@ class WindowsBackend : public GlobalHotkey::Backend
 public:
     explicit WindowsBackend(GlobalHotkey& owner) : m_owner(owner), m_identifier(nextIdentifier())
     {
-        static const ATOM windowClass = registerWindowClass();
-        m_window = CreateWindowExW(0, MAKEINTATOM(windowClass), nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+        static const WindowClass windowClass = registerWindowClass();
+        m_windowError = windowClass.error;
+        if (m_windowError != ERROR_SUCCESS)
+            return;
+        m_window = CreateWindowExW(0, MAKEINTATOM(windowClass.atom), nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                                    GetModuleHandleW(nullptr), this);
         if (m_window == nullptr)
             m_windowError = GetLastError();
@@ -107,14 +110,21 @@ public:
     }
 
 private:
-    static ATOM registerWindowClass()
+    struct WindowClass
+    {
+        ATOM atom = 0;
+        DWORD error = ERROR_SUCCESS;
+    };
+
+    static WindowClass registerWindowClass()
     {
         WNDCLASSEXW description{};
         description.cbSize = sizeof(description);
         description.lpfnWndProc = &windowProcedure;
         description.hInstance = GetModuleHandleW(nullptr);
         description.lpszClassName = L"KestranoGlobalHotkey";
-        return RegisterClassExW(&description);
+        const ATOM atom = RegisterClassExW(&description);
+        return {atom, atom != 0 ? DWORD{ERROR_SUCCESS} : GetLastError()};
     }
 
     void letGo()
@@ -137,7 +147,11 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
         // The message carries the address as a number.
         // NOLINTNEXTLINE(performance-no-int-to-ptr)
         const auto* const creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
-        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(creation->lpCreateParams));
+        SetLastError(ERROR_SUCCESS);
+        // The value before is 0 as well. Without its owner the window would hear of no key.
+        if (SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(creation->lpCreateParams)) == 0 &&
+            GetLastError() != ERROR_SUCCESS)
+            return FALSE;
     }
     if (message != WM_HOTKEY)
         return DefWindowProcW(window, message, wParam, lParam);

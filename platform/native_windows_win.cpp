@@ -1,4 +1,5 @@
 #include "platform/native_windows.h"
+#include "platform/system_failure.h"
 
 #include <windows.h>
 
@@ -32,8 +33,13 @@ bool NativeWindows::exists(NativeWindow window) const
 std::optional<QRect> NativeWindows::rectOf(NativeWindow window) const
 {
     RECT rect{};
-    if (GetWindowRect(handleOf(window), &rect) == 0)
+    if (GetWindowRect(handleOf(window), &rect) == 0) {
+        const DWORD error = GetLastError();
+        // Windows may go at any time.
+        if (error != ERROR_INVALID_WINDOW_HANDLE)
+            reportSystemFailure("GetWindowRect", error);
         return std::nullopt;
+    }
     return QRect(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
 }
 
