@@ -1,6 +1,6 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
-#include "tests/windows/windowsprogram.h"
+#include "tests/windows/windowsuser.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -12,12 +12,24 @@
 
 namespace {
 
-constexpr int kTimeoutMs = 20'000;
+using windowsuser::kTimeoutMs;
+
 /// A window that is there is not yet ready for the pointer.
 constexpr int kReadyMs = 500;
 constexpr int kTolerance = 12;
 /// Where another program shows a white window with a grey one in its middle half.
 const QRect kTarget(200, 100, 320, 200);
+/// The grey one.
+const QRect kButton(kTarget.left() + kTarget.width() / 4, kTarget.top() + kTarget.height() / 4, kTarget.width() / 2,
+                    kTarget.height() / 2);
+
+// Places in the main window, on its screenshot page.
+constexpr QPoint kRegionTile(340, 156);
+constexpr QPoint kWindowTile(453, 156);
+// On the tool bar of a screenshot's frame.
+constexpr QSize kShotBar(120, 30);
+constexpr QPoint kSaveButton(15, 15);
+constexpr QPoint kPenButton(45, 15);
 
 QColor colourAt(const QImage& image, const QPoint& place)
 {
@@ -40,7 +52,8 @@ bool dragSlowly(const QPoint& from, const QPoint& to)
 
 } // namespace
 
-/// What the Windows program takes of the screen: a region of it in a recording, all of it in a screenshot.
+/// What the Windows program takes of the screen: a region of it in a recording; all of it, a region and a window in a
+/// screenshot.
 class TestWindowsCapture : public QObject
 {
     Q_OBJECT
@@ -64,9 +77,17 @@ private slots:
 
     void aDraggedRegionIsRecordedAndNothingElse();
     void theScreenshotHotkeyAndEnterSaveTheWholeScreen();
+    void aDraggedRegionIsShotWithWhatIsDrawnOnIt();
+    void aPickedWindowIsShotAndNothingElse();
     void theHookFramesTheDeepestWindowAndSwallowsNoClick();
 
 private:
+    /// Where the program will write its screenshots.
+    static QDir keepShotsIn(WindowsProgram& program);
+    /// The one screenshot there, once it can be read; empty when it does not come.
+    static QString awaitShot(const QDir& shots);
+    /// Starts the program and clicks a tile of its screenshot page.
+    static void clickTile(WindowsProgram& program, const QPoint& tile);
     /// Puts the other program's window in front of the program's.
     static bool bringTargetToFront();
     /// Waits for a window of the program as large as this.
@@ -122,20 +143,44 @@ void TestWindowsCapture::aDraggedRegionIsRecordedAndNothingElse()
              qPrintable(colourAt(picture, all.center()).name()));
 }
 
-void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
+QDir TestWindowsCapture::keepShotsIn(WindowsProgram& program)
 {
-    WindowsProgram program;
     const QDir shots(program.profile().filePath(QStringLiteral("shots")));
     program.setSetting(QStringLiteral("screenshot/saveLocation"),
                        WineDesktop::windowsPath(shots.path()).replace('\\', '/'));
+    return shots;
+}
+
+QString TestWindowsCapture::awaitShot(const QDir& shots)
+{
+    QElapsedTimer waited;
+    waited.start();
+    do {
+        const QStringList names = shots.entryList({"Screenshot_*.png"}, QDir::Files);
+        if (names.size() == 1 && !QImage(shots.filePath(names.constFirst())).isNull())
+            return shots.filePath(names.constFirst());
+        QTest::qWait(kReadyMs);
+    } while (!waited.hasExpired(kTimeoutMs));
+    return {};
+}
+
+void TestWindowsCapture::clickTile(WindowsProgram& program, const QPoint& tile)
+{
+    const auto window = windowsuser::startInFront(program);
+    QVERIFY2(window, qPrintable(program.transcript()));
+    QVERIFY(windowsuser::click(*window, windowsuser::kScreenshotTab) && windowsuser::click(*window, tile));
+}
+
+void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
+{
+    WindowsProgram program;
+    const QDir shots = keepShotsIn(program);
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     ProgramUnderTest::pressKey(QStringLiteral("F10"));
     QTest::qWait(kTimeoutMs / 10);
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
-    QTRY_COMPARE_WITH_TIMEOUT(shots.entryList({"Screenshot_*.png"}, QDir::Files).size(), 1, kTimeoutMs);
-    const QString path = shots.filePath(shots.entryList({"Screenshot_*.png"}, QDir::Files).constFirst());
-    QImage picture;
-    QTRY_VERIFY_WITH_TIMEOUT(picture.load(path), kTimeoutMs);
+    const QString path = awaitShot(shots);
+    const QImage picture(path);
     QCOMPARE(picture.size(), QGuiApplication::primaryScreen()->size());
     QCOMPARE(picture.pixelColor(kTarget.topLeft() + QPoint(10, 10)), QColor(Qt::white));
     QCOMPARE(picture.pixelColor(kTarget.center()), QColor(128, 128, 128));
@@ -145,6 +190,50 @@ void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
     QVERIFY(library.open(QIODevice::ReadOnly));
     QVERIFY2(library.readAll().contains(QFileInfo(path).fileName().toUtf8()), "the library does not have it");
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
+}
+
+void TestWindowsCapture::aDraggedRegionIsShotWithWhatIsDrawnOnIt()
+{
+    WindowsProgram program;
+    const QDir shots = keepShotsIn(program);
+    clickTile(program, kRegionTile);
+    QVERIFY(waitForWindow(QGuiApplication::primaryScreen()->size()));
+    QVERIFY(dragSlowly(kTarget.topLeft(), kTarget.bottomRight()));
+    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot")));
+    const auto bar =
+        windowsuser::awaitWindow([](const WindowsWindow& window) { return window.place.size() == kShotBar; });
+    QVERIFY(bar && windowsuser::click(*bar, kPenButton));
+    const QPoint stroke(kTarget.center() - QPoint(0, 70));
+    QVERIFY(dragSlowly(stroke - QPoint(60, 0), stroke + QPoint(60, 0)));
+    QVERIFY(windowsuser::click(*bar, kSaveButton));
+
+    const QImage picture(awaitShot(shots));
+    QCOMPARE(picture.size(), kTarget.size());
+    QCOMPARE(picture.pixelColor(stroke - kTarget.topLeft()), QColor(Qt::red));
+    // What makes the frame take the pointer is seen by nobody, but it is there.
+    const QColor white = picture.pixelColor(10, 10);
+    QVERIFY2(colourDistance(white, Qt::white) <= kTolerance, qPrintable(white.name()));
+    const QColor grey = picture.pixelColor(picture.rect().center());
+    QVERIFY2(colourDistance(grey, QColor(128, 128, 128)) <= kTolerance, qPrintable(grey.name()));
+}
+
+void TestWindowsCapture::aPickedWindowIsShotAndNothingElse()
+{
+    WindowsProgram program;
+    const QDir shots = keepShotsIn(program);
+    clickTile(program, kWindowTile);
+    QVERIFY(bringTargetToFront());
+    QTest::qWait(kReadyMs);
+    QVERIFY(pointTo(kTarget.topLeft() + QPoint(10, 10)) && pointTo(kButton.center()));
+    QVERIFY(waitForWindow(kButton.size()));
+    QVERIFY(xdotool({"click", "1"}));
+    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot")));
+    ProgramUnderTest::pressKey(QStringLiteral("Return"));
+
+    const QImage picture(awaitShot(shots));
+    QCOMPARE(picture.size(), kButton.size());
+    for (const QPoint& place : {picture.rect().topLeft(), picture.rect().center(), picture.rect().bottomRight()})
+        QCOMPARE(picture.pixelColor(place), QColor(128, 128, 128));
 }
 
 bool TestWindowsCapture::bringTargetToFront()
@@ -158,18 +247,16 @@ bool TestWindowsCapture::bringTargetToFront()
 
 void TestWindowsCapture::theHookFramesTheDeepestWindowAndSwallowsNoClick()
 {
-    const QRect button(kTarget.left() + kTarget.width() / 4, kTarget.top() + kTarget.height() / 4, kTarget.width() / 2,
-                       kTarget.height() / 2);
     WindowsProgram program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     QVERIFY(bringTargetToFront());
     ProgramUnderTest::pressKey(QStringLiteral("ctrl+shift+h"));
     QTest::qWait(kReadyMs);
-    QVERIFY(pointTo(kTarget.topLeft() + QPoint(10, 10)) && pointTo(button.center()));
-    QVERIFY(waitForWindow(button.size()));
+    QVERIFY(pointTo(kTarget.topLeft() + QPoint(10, 10)) && pointTo(kButton.center()));
+    QVERIFY(waitForWindow(kButton.size()));
     const auto frame = WineDesktop::visibleWindow(QString(), kTimeoutMs);
     QVERIFY(frame);
-    QCOMPARE(frame->place, button);
+    QCOMPARE(frame->place, kButton);
     QVERIFY(frame->isTopmost);
 
     m_target.readAll();
