@@ -35,14 +35,6 @@ int toLogicalPx(int physicalPx, double devicePixelRatio)
     return truncated(physicalPx / devicePixelRatio);
 }
 
-QRect toLogicalRect(const QRect& physical, double devicePixelRatio)
-{
-    const auto logical = [devicePixelRatio](int value) {
-        return static_cast<int>(std::lround(value / devicePixelRatio));
-    };
-    return {logical(physical.x()), logical(physical.y()), logical(physical.width()), logical(physical.height())};
-}
-
 QPoint captureCentre(const QRect& rect)
 {
     return {rect.left() + rect.width() / 2, rect.top() + rect.height() / 2};

@@ -110,7 +110,3 @@ int toPhysicalPx(int logicalPx, double devicePixelRatio);
 
 /// A physical length in logical pixels, truncated in the same sense.
 int toLogicalPx(int physicalPx, double devicePixelRatio);
-
-/// A rectangle of physical pixels in logical ones: position and size each divided by the ratio and rounded, halves away
-/// from zero.
-QRect toLogicalRect(const QRect& physical, double devicePixelRatio);

@@ -132,6 +132,7 @@ private:
     void setMode(CaptureMode mode);
     void showMode();
     void setScreenOn(bool on);
+    void fitFormatToScreen(bool on);
     void setFormat(int index);
     void recordScreenForPicture();
     void onScreenSwitched(bool on);
@@ -141,12 +142,14 @@ private:
     void onRatioChosen(const QString& name);
     void onRegionSelected(const QRect& area);
     void onSelectionCancelled();
+    void storeRegion(const QRect& framed, bool isMoving);
     void onFrameChanged(bool isMoving, const QPoint& firstPixel, const QPoint& lastPixel);
     void onFrameConcealed(bool concealed);
     void onFrameClosed();
     void onSizeLockToggled(bool locked);
     void pickWindow();
     void onWindowClicked(const QRect& rect);
+    void stopPickingWindow();
 
     // Screenshots: scmainwindow_screenshot.cpp.
     void connectScreenshots();

@@ -14,17 +14,30 @@
 #include "mainwindow/sourceswitches.h"
 #include "overlays/windowhighlighter.h"
 #include "ui_scmainwindow.h"
+#include "widgets/framegeometry.h"
 #include "widgets/icons.h"
 
 #include <QDebug>
 #include <QGuiApplication>
-#include <QScreen>
 #include <QSettings>
 #include <QSignalBlocker>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+
+namespace {
+
+/// Less of a region than this is no picture to the engine, which rounds sizes down. Logical pixels.
+constexpr QSize kSmallestRegion(4, 2);
+
+/// Moved onto the screen as far as it fits.
+QRect keptOn(const QRect& screen, const QRect& area)
+{
+    return {framegeometry::moved(area, {}, screen, 0), area.size()};
+}
+
+} // namespace
 
 void SCMainWindow::initializeCapture()
 {
@@ -184,17 +197,23 @@ void SCMainWindow::showMode()
 /// The tiles' way to switch the screen on: without what the switch itself does about the area.
 void SCMainWindow::setScreenOn(bool on)
 {
+    // Whoever has chosen sound alone with the screen switched on has not changed their mind.
+    if (on != m_screenOn)
+        fitFormatToScreen(on);
     m_screenOn = on;
     {
         const QSignalBlocker blocker(m_ui->screenSwitch);
         m_ui->screenSwitch->setChecked(on);
     }
-    const bool video = hasVideo(recordingFormatFromIndex(m_ui->formatBox->currentIndex()));
-    if (on && !video)
-        setFormat(static_cast<int>(RecordingFormat::Mp4));
-    else if (!on && video)
-        setFormat(static_cast<int>(RecordingFormat::Mp3));
     m_settings->setValue(settingskeys::kScreenSwitch, on);
+}
+
+void SCMainWindow::fitFormatToScreen(bool on)
+{
+    if (on && !recordsPicture())
+        setFormat(static_cast<int>(RecordingFormat::Mp4));
+    else if (!on && recordsPicture())
+        setFormat(static_cast<int>(RecordingFormat::Mp3));
 }
 
 void SCMainWindow::setFormat(int index)
@@ -214,6 +233,8 @@ void SCMainWindow::recordScreenForPicture()
 
 void SCMainWindow::onScreenSwitched(bool on)
 {
+    giveUpPicking();
+    fitFormatToScreen(on);
     setScreenOn(on);
     captureWholeScreen();
     setMode(CaptureMode::FullScreen);
@@ -227,6 +248,7 @@ void SCMainWindow::onFullScreenChosen()
 
 void SCMainWindow::chooseFullScreen()
 {
+    giveUpPicking();
     setScreenOn(true);
     captureWholeScreen();
     setMode(CaptureMode::FullScreen);
@@ -263,19 +285,22 @@ void SCMainWindow::pickWindow()
 
 void SCMainWindow::onWindowClicked(const QRect& rect)
 {
-    const QScreen* screen = QGuiApplication::screenAt(rect.topLeft());
-    if (screen == nullptr)
-        screen = QGuiApplication::primaryScreen();
-    const QRect logical = toLogicalRect(rect, screen != nullptr ? screen->devicePixelRatio() : 1.0);
+    stopPickingWindow();
+    if (mayTakeScreenshot())
+        m_screenshots->frameArea(WindowHighlighter::logicalRectOnItsScreen(rect));
+}
+
+void SCMainWindow::stopPickingWindow()
+{
     disconnect(m_windowPicker.get(), &WindowHighlighter::windowClicked, this, &SCMainWindow::onWindowClicked);
     m_windowPicker->hide();
-    m_screenshots->frameArea(logical);
 }
 
 void SCMainWindow::onRatioChosen(const QString& name)
 {
     if (m_ui->ratioBox->currentIndex() == 0)
         return;
+    giveUpPicking();
     if (m_toolbar != nullptr)
         m_toolbar->hide();
     setScreenOn(true);
@@ -292,7 +317,8 @@ void SCMainWindow::onRatioChosen(const QString& name)
 
 void SCMainWindow::onRegionSelected(const QRect& area)
 {
-    m_captureArea.setRegion(frameRegion(area), primaryScreen());
+    // The pointer may have been let go over the screen beside.
+    m_captureArea.setRegion(frameRegion(area & primaryScreen().geometry), primaryScreen());
     applyCaptureArea();
     m_ui->ratioBox->setCurrentIndex(0);
 }
@@ -304,19 +330,33 @@ QRect SCMainWindow::frameRegion(const QRect& area)
     const QRect screen = primaryScreen().geometry;
     if (framed.size() == area.size() || screen.contains(framed))
         return framed;
-    QRect kept = framed;
-    kept.moveRight(std::min(kept.right(), screen.right()));
-    kept.moveBottom(std::min(kept.bottom(), screen.bottom()));
+    const QRect kept = keptOn(screen, framed);
     m_region->place(kept);
     return kept;
 }
 
 void SCMainWindow::onSelectionCancelled()
 {
-    setScreenOn(m_beforeSelection.screenOn);
-    if (m_ui->formatBox->currentIndex() != m_beforeSelection.format)
+    // Only what the selection has changed: with another screen beside the veil, the user may have chosen a format.
+    if (m_screenOn != m_beforeSelection.screenOn) {
+        setScreenOn(m_beforeSelection.screenOn);
         setFormat(m_beforeSelection.format);
+    }
     setMode(m_beforeSelection.mode);
+}
+
+void SCMainWindow::storeRegion(const QRect& framed, bool isMoving)
+{
+    const CaptureScreen screen = primaryScreen();
+    const QRect seen = framed & screen.geometry;
+    if (seen.width() >= kSmallestRegion.width() && seen.height() >= kSmallestRegion.height()) {
+        m_captureArea.setRegion(framed, screen);
+    } else if (!isMoving) {
+        // Let go where next to nothing of it is on the screen, it could not be recorded.
+        const QRect kept = keptOn(screen.geometry, framed);
+        m_region->place(kept);
+        m_captureArea.setRegion(kept, screen);
+    }
 }
 
 void SCMainWindow::onFrameChanged(bool isMoving, const QPoint& firstPixel, const QPoint& lastPixel)
@@ -328,11 +368,10 @@ void SCMainWindow::onFrameChanged(bool isMoving, const QPoint& firstPixel, const
                         .arg(lastPixel.y()));
     const QRect framed(firstPixel, lastPixel);
     if (m_session.state() == RecordingState::Idle) {
-        m_captureArea.setRegion(framed, primaryScreen());
+        storeRegion(framed, isMoving);
     } else if (framed.size() != m_captureArea.rect().size() && !isMoving) {
         // The picture's size is settled: the frame goes back to it.
         m_region->place(m_captureArea.rect());
-        return;
     } else {
         m_captureArea.moveTo(framed.topLeft());
         // First, or it would be in the picture for a moment.

@@ -196,8 +196,7 @@ void SCMainWindow::countDown(int from)
 {
     // What was still being picked would lie over the picture.
     m_screenshots->giveUp();
-    m_region->cancelSelection();
-    m_windowPicker->hide();
+    giveUpPicking();
     bringAreaUpToDate();
     m_countdown = new SCCountdownWidget(nullptr);
     const QPoint centre = captureCentre(m_captureArea.rectOn(primaryScreen()));

@@ -33,7 +33,7 @@ bool SCMainWindow::mayTakeScreenshot() const
 void SCMainWindow::giveUpPicking()
 {
     m_region->cancelSelection();
-    m_windowPicker->hide();
+    stopPickingWindow();
 }
 
 /// The tile's and the hotkey's wish.
@@ -72,11 +72,12 @@ void SCMainWindow::onScreenshotBegan()
 
 void SCMainWindow::onScreenshotEnded()
 {
-    // A recording that has begun meanwhile has its own use for window and frame.
-    if (m_session.state() != RecordingState::Idle)
-        return;
-    m_region->bringFrameBack();
-    if (std::exchange(m_minimisedForScreenshot, false))
+    const bool idle = m_session.state() == RecordingState::Idle;
+    // A recording that has begun meanwhile has its own use for window and frame; one that is still counted down may be
+    // called off.
+    if (idle || m_session.state() == RecordingState::Countdown)
+        m_region->bringFrameBack();
+    if (idle && std::exchange(m_minimisedForScreenshot, false))
         restoreWindow();
 }
 

@@ -3,6 +3,7 @@
 #include "mainwindow/regionselection.h"
 #include "screenshot/scscreenshot.h"
 #include "screenshot/scscreenshotwindow.h"
+#include "widgets/framegeometry.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -11,8 +12,6 @@
 #include <QTimer>
 
 #include <utility>
-
-#include <algorithm>
 
 namespace {
 
@@ -26,14 +25,6 @@ QRect seenOf(const QRect& area)
     const QScreen* const screen = QGuiApplication::primaryScreen();
     const QRect seen = screen == nullptr ? area : area & screen->virtualGeometry();
     return seen.isEmpty() ? area : seen;
-}
-
-/// Moved onto the screen where it reaches beyond its right or lower edge.
-QRect keptOn(const QRect& screen, QRect area)
-{
-    area.moveRight(std::min(area.right(), screen.right()));
-    area.moveBottom(std::min(area.bottom(), screen.bottom()));
-    return area;
 }
 
 } // namespace
@@ -119,7 +110,8 @@ void ScreenshotSession::frameArea(const QRect& area)
     const QRect seen = seenOf(area);
     const QRect grown(seen.topLeft(), seen.size().expandedTo(window().minimumSize()));
     const QScreen* const screen = QGuiApplication::screenAt(seen.center());
-    showFrame(grown == seen || screen == nullptr ? grown : keptOn(screen->geometry(), grown), false);
+    const bool fits = grown == seen || screen == nullptr;
+    showFrame(fits ? grown : QRect(framegeometry::moved(grown, {}, screen->geometry(), 0), grown.size()), false);
 }
 
 void ScreenshotSession::showFrame(const QRect& area, bool fullScreen)

@@ -50,12 +50,6 @@ const QScreen& screenHolding(const QPoint& physical)
     return found != screens.end() ? **found : *QGuiApplication::primaryScreen();
 }
 
-QRect logicalRectOnItsScreen(const QRect& physical)
-{
-    const QScreen& screen = screenHolding(physical.topLeft());
-    return WindowHighlighter::logicalRect(physical, screen.geometry().topLeft(), screen.devicePixelRatio());
-}
-
 } // namespace
 
 WindowHighlighter* WindowHighlighter::s_instance = nullptr;
@@ -223,6 +217,12 @@ QRect WindowHighlighter::logicalRect(const QRect& physical, const QPoint& screen
     const QPoint inside = physical.topLeft() - screenOrigin;
     return {screenOrigin + QPoint(logical(inside.x()), logical(inside.y())),
             QSize(logical(physical.width()), logical(physical.height()))};
+}
+
+QRect WindowHighlighter::logicalRectOnItsScreen(const QRect& physical)
+{
+    const QScreen& screen = screenHolding(physical.topLeft());
+    return logicalRect(physical, screen.geometry().topLeft(), screen.devicePixelRatio());
 }
 
 void WindowHighlighter::paintEvent(QPaintEvent* /*event*/)

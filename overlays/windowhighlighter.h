@@ -32,6 +32,8 @@ public:
     /// Logical pixels of the toolkit for a rectangle in physical pixels, on a screen that begins at screenOrigin (where
     /// the two meet) with that device pixel ratio. Each value is rounded to the nearest, halves away from zero.
     static QRect logicalRect(const QRect& physical, const QPoint& screenOrigin, double devicePixelRatio);
+    /// The same on the screen that has the rectangle's top-left corner; the primary one where none has it.
+    static QRect logicalRectOnItsScreen(const QRect& physical);
 
 signals:
     /// A mouse button was pressed over the framed window: its frame rectangle in physical pixels of the desktop, not

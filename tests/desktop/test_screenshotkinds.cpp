@@ -189,6 +189,9 @@ private:
 int main(int argc, char* argv[])
 {
     const TestProfile profile;
+    // Before the toolkit looks at the screens.
+    if (!desktopuser::splitDisplayWhereAsked())
+        return EXIT_FAILURE;
     appidentity::apply();
     QApplication application(argc, argv);
     // Windows closed by a test must not end the test program.

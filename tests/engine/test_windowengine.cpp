@@ -230,6 +230,21 @@ private slots:
         stopRecording();
     }
 
+    /// Its left edge is a column narrower than the frame, which is the size of no moved frame.
+    void regionOfTheFirstColumnMovedDuringAPauseIsRecordedWhereItStands()
+    {
+        m_window->initializeCapture();
+        chooseRegion(QRect(0, 80, 400, 240));
+        startRecording();
+        emit m_engine->recordStatusChanged(1);
+        emit frame()->windowGeometryChanged(true, {200, 80}, {599, 319});
+        emit frame()->windowGeometryChanged(false, {200, 80}, {599, 319});
+        QTRY_COMPARE(settingOf("crop_filter", "left"), QJsonValue(250));
+        QCOMPARE(frame()->geometry(), QRect(196, 76, 407, 248));
+        emit m_engine->recordStatusChanged(0);
+        stopRecording();
+    }
+
     void barGetsOutOfTheWayOfAMovedFrame()
     {
         m_window->initializeCapture();

@@ -125,13 +125,6 @@ private slots:
         QCOMPARE(area.margins(screen), (CaptureMargins{100, 50, 880, 470, true}));
     }
 
-    void logicalRectangleOfAWindowIsRoundedHalvesAwayFromZero()
-    {
-        QCOMPARE(toLogicalRect({300, 150, 600, 400}, 1.5), QRect(200, 100, 400, 267));
-        QCOMPARE(toLogicalRect({-3, -5, 5, 3}, 2.0), QRect(-2, -3, 3, 2));
-        QCOMPARE(toLogicalRect({7, 8, 9, 10}, 1.0), QRect(7, 8, 9, 10));
-    }
-
     void anUnsetAreaIsThePrimaryScreen()
     {
         const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};

@@ -512,6 +512,35 @@ private slots:
         QVERIFY(shownWindow<DrawWindow>() != nullptr);
     }
 
+    /// On another screen, the window can be reached beside the veil.
+    void whatIsChosenWhileARegionIsSelectedStays()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(true);
+        control->setChecked(false);
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QTest::keyClick(child<Tile>(window, "fullScreenTile"), Qt::Key_Space);
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QVERIFY(control->isChecked());
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        choosePreset(window, "4:3");
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        auto* const box = child<QComboBox>(window, "formatBox");
+        QTest::keyClick(box, Qt::Key_Down);
+        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
+        QCOMPARE(box->currentText(), QStringLiteral("AVI"));
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        control->setChecked(false);
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QVERIFY(!control->isChecked());
+    }
+
     void selectorClosedByTheSystemGivesTheCursorBack()
     {
         SCMainWindow window;
@@ -529,9 +558,48 @@ private slots:
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
         const QPoint corner = screen.bottomRight() - QPoint(20, 20);
         dragRegion(window, corner, corner + QPoint(5, 5));
-        const QRect inside = shownWindow<DrawWindow>()->geometry().adjusted(4, 4, -4, -4);
-        QCOMPARE(inside, QRect(screen.right() - 191, screen.bottom() - 141, 192, 142));
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(screen.right() - 191, screen.bottom() - 141, 192, 142));
         QCOMPARE(field(window, "widthEdit"), QStringLiteral("192"));
+    }
+
+    void regionEndsAtTheScreensEdgeWhereverThePointerWasLetGo()
+    {
+        SCMainWindow window;
+        window.show();
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        emit shownWindow<AreaSelector>()->areaSelected(QRect(screen.right() - 299, 80, 500, 240));
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(screen.right() - 299, 80, 300, 240));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("300"));
+    }
+
+    void frameLetGoOffTheScreenComesBackToIt_data()
+    {
+        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<QPoint>("back");
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QTest::newRow("below") << QPoint(100, screen.bottom() + 1) << QPoint(100, screen.bottom() - 239);
+        QTest::newRow("one row is seen") << QPoint(100, screen.bottom()) << QPoint(100, screen.bottom() - 239);
+        QTest::newRow("above") << QPoint(100, -240) << QPoint(100, 0);
+        QTest::newRow("enough is seen") << QPoint(100, screen.bottom() - 99) << QPoint(100, screen.bottom() - 99);
+    }
+
+    void frameLetGoOffTheScreenComesBackToIt()
+    {
+        QFETCH(const QPoint, place);
+        QFETCH(const QPoint, back);
+        SCMainWindow window;
+        window.show();
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const frame = shownWindow<DrawWindow>();
+        const QRect moved(place, QSize(320, 240));
+        frame->setGeometry(moved.adjusted(-4, -4, 4, 4));
+        emit frame->windowGeometryChanged(true, moved.topLeft(), moved.bottomRight());
+        emit frame->windowGeometryChanged(false, moved.topLeft(), moved.bottomRight());
+        QCOMPARE(inside(*frame), QRect(back, moved.size()));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
+        const QRect recorded = QRect(back, moved.size()) & QGuiApplication::primaryScreen()->geometry();
+        QCOMPARE(field(window, "heightEdit"), QString::number(recorded.height()));
     }
 
     void frameClosedDuringTheCountdownCancelsIt()
@@ -654,6 +722,24 @@ private slots:
         QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
         QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch), QVariant(true));
         QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("GIF"));
+    }
+
+    void soundFormatChosenWithTheScreenOnStays()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const box = child<QComboBox>(window, "formatBox");
+        child<SCSwitchWidget>(window, "screenSwitch")->setChecked(true);
+        const auto chosen = [box] {
+            return box->currentText() + u'|' + openSettings()->value(settingskeys::kRecordingFormat).toString();
+        };
+        QTest::keyClick(box, Qt::Key_End);
+        QCOMPARE(chosen(), QStringLiteral("FLAC|FLAC"));
+        chooseInMenu(window, "Language", "English");
+        QCOMPARE(chosen(), QStringLiteral("FLAC|FLAC"));
+        dragRegion(window, {100, 80}, {419, 319});
+        emit shownWindow<DrawWindow>()->hideDrawWindow();
+        QCOMPARE(chosen(), QStringLiteral("FLAC|FLAC"));
     }
 
     void screenSwitchTakesTheFrameAway()
@@ -867,6 +953,9 @@ private:
     {
         return child<QLineEdit>(window, name)->text();
     }
+
+    /// What a region's frame has within its border.
+    static QRect inside(const DrawWindow& frame) { return frame.geometry().adjusted(4, 4, -4, -4); }
 
     static QStringList selectedTiles(const SCMainWindow& window)
     {

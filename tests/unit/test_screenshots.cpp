@@ -11,11 +11,14 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QPushButton>
 #include <QScreen>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
+
+#include <functional>
 
 /// Screenshots as the main window takes them.
 class TestScreenshots : public QObject
@@ -166,6 +169,38 @@ private slots:
         QVERIFY(!m_window->findChild<Tile*>(QStringLiteral("regionTile"))->isSelected());
     }
 
+    void pickingIsOverOnceARecordingIsCountedDown()
+    {
+        clickTile("windowTile");
+        auto* const picker = shownWindow<WindowHighlighter>();
+        QVERIFY(picker != nullptr);
+        bool isPicking = true;
+        countDownAndCancel([&isPicking, picker] {
+            isPicking = picker->isVisible();
+            // Its own hotkey brings it back.
+            picker->show();
+            emit picker->windowClicked({30, 40, 500, 300});
+            isPicking = isPicking || shownWindow<SCScreenshotWindow>() != nullptr;
+        });
+        QVERIFY(!isPicking);
+        emit picker->windowClicked({30, 40, 500, 300});
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        picker->hide();
+    }
+
+    void regionsFrameIsThereAgainAfterACountdownThatGaveAScreenshotUp()
+    {
+        clickTile("regionTile");
+        emit shownWindow<AreaSelector>()->areaSelected(QRect(100, 80, 320, 240));
+        clickTile("screenshotFullScreenTile");
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
+        bool isFramed = false;
+        countDownAndCancel([&isFramed] { isFramed = shownWindow<DrawWindow>() != nullptr; });
+        QVERIFY(isFramed);
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
+        QVERIFY(!m_window->isMinimized());
+    }
+
     void savedScreenshotIsToldAndEntered()
     {
         const messagebox::Recorder boxes;
@@ -239,6 +274,18 @@ private slots:
 private:
     void clickTile(const char* name) const { clickTile(QLatin1String(name)); }
     void clickTile(const QString& name) const { QTest::mouseClick(m_window->findChild<Tile*>(name), Qt::LeftButton); }
+
+    /// Presses the record button, does something while the countdown runs, and presses it again.
+    void countDownAndCancel(const std::function<void()>& meanwhile) const
+    {
+        constexpr int kCountingMs = 200;
+        auto* const button = m_window->findChild<QPushButton*>(QStringLiteral("recordButton"));
+        QTimer::singleShot(kCountingMs, button, [button, &meanwhile] {
+            meanwhile();
+            button->click();
+        });
+        button->click();
+    }
 
     static int selectors()
     {
