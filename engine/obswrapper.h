@@ -154,10 +154,10 @@ public:
     void requestRecordingEnd();
 
     /// Whether everything captured up to the requested end has been encoded, so that a stop loses nothing of it. True
-    /// as well when nothing records; false before an end was requested. Ask every few milliseconds: of picture and
-    /// sound, the one that has got there stands still from then on, so that it runs no further into the file than it
-    /// has to. Stop asking after kRecordingEndTimeoutMs, for pictures stop arriving when the engine stalls; in any case
-    /// stopRecording() has to follow.
+    /// as well when nothing records; false before an end was requested and while the file is still being opened. Ask
+    /// every few milliseconds: of picture and sound, the one that has got there stands still from then on, so that it
+    /// runs no further into the file than it has to. Stop asking after kRecordingEndTimeoutMs, for pictures stop
+    /// arriving when the engine stalls; in any case stopRecording() has to follow.
     bool isRecordingEndReached();
 
     static constexpr int kRecordingEndTimeoutMs = 10000;

@@ -367,7 +367,7 @@ void ObsWrapper::waitUntilWritten(const obs_output_t* output) const
 
 bool ObsWrapper::isOutputStarting() const
 {
-    return m_output && m_recording && !obs_output_active(m_output.get());
+    return m_output && m_recording && !hasEndedByItself() && !obs_output_active(m_output.get());
 }
 
 void ObsWrapper::waitUntilOutputRuns() const
@@ -458,7 +458,8 @@ bool ObsWrapper::isRecordingEndReached()
 {
     if (!isRecording())
         return true;
-    if (!m_progress.isMarked())
+    // What passes while the file is still being opened does not reach the encoder.
+    if (!m_progress.isMarked() || isOutputStarting())
         return false;
     const int delay = encoderDelayFrames();
     // Pictures that passed while the file was still being opened have not reached the encoder.

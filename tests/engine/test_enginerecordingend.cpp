@@ -1,5 +1,6 @@
 #include "app/appidentity.h"
 #include "engine/obswrapper.h"
+#include "engine/recordingformat.h"
 #include "tests/engine/enginerecordingtest.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
@@ -456,19 +457,41 @@ private slots:
         QCOMPARE(m_wrapper->stopRecording(false), 0);
     }
 
+    void endMayBeRequestedWhileTheFileIsBeingOpened_data()
+    {
+        QTest::addColumn<int>("format");
+        QTest::newRow("picture") << 0;
+        QTest::newRow("sound only") << 5;
+    }
+
     void endMayBeRequestedWhileTheFileIsBeingOpened()
     {
+        QFETCH(const int, format);
         behaviour().duringStart = [this](obs_output_t*) { m_wrapper->requestRecordingEnd(); };
-        setup(0);
+        setup(format);
         QCOMPARE(m_wrapper->startRecording(), 0);
         obs_output_t* output = standins::currentOutput();
-        // The pictures that pass now never reach the encoder.
+        // What passes now never reaches the encoder.
         QTest::qWait(500);
         QVERIFY(!m_wrapper->isRecordingEndReached());
         QVERIFY(obs_output_begin_data_capture(output, 0));
         QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
-        QVERIFY(m_wrapper->recordedFrames() > static_cast<quint64>(m_wrapper->encoderDelayFrames()));
+        if (hasVideo(recordingFormatFromIndex(format)))
+            QVERIFY(m_wrapper->recordedFrames() > static_cast<quint64>(m_wrapper->encoderDelayFrames()));
         QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
+    }
+
+    void endIsReachedWhenTheFileCannotBeOpened()
+    {
+        behaviour().duringStart = keepOpening;
+        setup(5);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        m_wrapper->requestRecordingEnd();
+        QTest::qWait(500);
+        QVERIFY(!m_wrapper->isRecordingEndReached());
+        std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_CONNECT_FAILED); }).join();
+        QVERIFY(m_wrapper->isRecordingEndReached());
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
 
@@ -498,6 +521,10 @@ private slots:
         QTRY_VERIFY(m_wrapper->isRecordingEndReached());
         QCOMPARE(m_wrapper->stopRecording(false), 0);
     }
+
+private:
+    /// What an output does inside its start that opens its file on a thread of its own.
+    static void keepOpening(obs_output_t*) {}
 };
 
 int main(int argc, char** argv)
