@@ -106,7 +106,9 @@ ObsWrapper::~ObsWrapper()
     m_endOwed = false;
     m_encoderDelay.cancel();
     waitUntilOutputRuns();
-    if (m_output && m_recording)
+    if (isOutputStarting())
+        m_restingOutputs.keepStarting(std::move(m_output), m_endedByItselfNs);
+    else if (m_output && m_recording)
         stopOutput(m_output.get(), false);
     m_progress.disconnect();
     // The handler empties its own record: the record must not go while one is inside.
@@ -257,6 +259,8 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
 
     if (!obs_initialized())
         qDebug() << "obs not initialized!";
+    if (m_restingOutputs.isAnyStarting())
+        return OBS_VIDEO_CURRENTLY_ACTIVE;
     // A recording that ended by itself may have left this behind; libobs counts it as activity.
     if (!isRecording())
         m_progress.disconnect();

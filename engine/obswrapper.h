@@ -54,8 +54,8 @@ public:
 
     /// Gives the engine a new picture size. The captured picture is stretched over the whole output.
     ///
-    /// @return libobs' result: 0, or a negative code (the previous layout is then untouched). The engine
-    /// refuses while a recording runs.
+    /// @return libobs' result: 0, or a negative code (the previous layout is then untouched). The engine refuses while
+    /// a recording runs, or the output of one that has been given up is still opening its file.
     int resetVideo(int srcWidth, int srcHeight, int outputWidth, int outputHeight, int fps);
 
     /// Builds transition, scene and capture source and clears channels 1 and 2; setMicDevice() and
@@ -127,7 +127,8 @@ public:
     int startRecording();
 
     /// Stops the output, at once when force is set, and lets go of it. Returns 0 with the file closed; only one that
-    /// ended by itself may still be closing its file.
+    /// ended by itself may still be closing its file. An output that is still opening its file is waited for, three
+    /// seconds at most, and then given up: it is stopped when it has opened it, and endReason() says so.
     ///
     /// The output throws away what its encoder holds back. To keep the end of the picture, call requestRecordingEnd()
     /// first, and this when isRecordingEndReached().
@@ -238,6 +239,7 @@ private:
     void repeatTrial();
     bool createTrackEncoders();
     void createMixEncoders();
+    void endOutput(bool force);
     void stopOutput(obs_output_t* output, bool force);
     void giveEncodersTheSound();
     void giveOutputTheLines();
@@ -257,6 +259,7 @@ private:
     void waitUntilOutputRuns() const;
     static void waitUntilOutputEnded(const obs_output_t* output);
     void letEndedOutputRest(ObsOutputHandle output);
+    void letStartingOutputRest(ObsOutputHandle output);
     static void onOutputStopped(void* wrapper, calldata_t* stopSignal);
     static void onOutputStoppedEarly(void* wrapper, calldata_t* stopSignal);
 
@@ -307,7 +310,7 @@ private:
     ObsSourceHandle m_micSource;
     ObsSourceHandle m_desktopSource;
     ObsSourceHandle m_videoCapture;
-    RestingOutputs m_restingOutputs;
+    RestingOutputs m_restingOutputs{m_progress};
     ObsOutputHandle m_output;
     ObsSourceHandle m_transition;
     ObsSceneHandle m_scene;

@@ -74,10 +74,8 @@ bool ObsWrapper::createOutputMode()
 {
     qDebug() << "Creating output mode...";
     qDebug() << "Creating ffmpeg_output...";
-    if (m_output && m_recording) {
-        waitUntilOutputRuns();
-        stopOutput(m_output.get(), false);
-    }
+    if (m_output && m_recording)
+        endOutput(false);
     letEndedOutputRest(std::move(m_output));
     m_output.reset(isVideoSetUp() ? obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr)
                                   : nullptr);
@@ -314,18 +312,37 @@ void ObsWrapper::endRecording()
 
 int ObsWrapper::stopRecording(bool force)
 {
-    if (m_output) {
-        waitUntilOutputRuns();
-        // Whoever hears of the end inside this call and prepares the next recording must not take this output away.
-        ObsOutputHandle output = std::move(m_output);
-        stopOutput(output.get(), force);
-        m_recordedFrames = static_cast<quint64>(obs_output_get_total_frames(output.get()));
-        letEndedOutputRest(std::move(output));
-    }
+    if (m_output)
+        endOutput(force);
     m_progress.disconnect();
     m_recording = false;
     m_paused = false;
     return 0;
+}
+
+void ObsWrapper::endOutput(bool force)
+{
+    waitUntilOutputRuns();
+    const bool starting = isOutputStarting();
+    // Whoever hears of the end inside this call and prepares the next recording must not take this output away.
+    ObsOutputHandle output = std::move(m_output);
+    if (starting) {
+        letStartingOutputRest(std::move(output));
+        return;
+    }
+    stopOutput(output.get(), force);
+    m_recordedFrames = static_cast<quint64>(obs_output_get_total_frames(output.get()));
+    letEndedOutputRest(std::move(output));
+}
+
+void ObsWrapper::letStartingOutputRest(ObsOutputHandle output)
+{
+    m_restingOutputs.keepStarting(std::move(output), m_endedByItselfNs);
+    m_recordedFrames = 0;
+    if (m_endOwed)
+        setRecordingEnd({OBS_OUTPUT_CONNECT_FAILED, QStringLiteral("it took too long")});
+    endRecording();
+    m_endedByItselfNs = 0;
 }
 
 void ObsWrapper::stopOutput(obs_output_t* output, bool force)

@@ -1,26 +1,59 @@
 #include "engine/restingoutputs.h"
 
+#include "app/sclogger.h"
+
 #include <QThread>
 
 #include <util/platform.h>
+#include <utility>
+
+#include <algorithm>
 
 namespace {
 
-constexpr int kLookIntervalMs = 1000;
+constexpr char kStopSignal[] = "stop";
+constexpr int kLookIntervalMs = 100;
 constexpr std::uint64_t kRestNs = 10'000'000'000;
 constexpr std::uint64_t kShortestRestNs = 1'000'000'000;
 
 } // namespace
 
-RestingOutputs::RestingOutputs()
+RestingOutputs::Resting::Resting(ObsOutputHandle taken, std::uint64_t ended, CaptureProgress& used)
+    : output(std::move(taken)), endedNs(ended), lines(used)
+{}
+
+bool RestingOutputs::Resting::isBusy() const
+{
+    return endedNs == 0 || obs_output_active(output.get());
+}
+
+bool RestingOutputs::Resting::hasRested() const
+{
+    if (isBusy())
+        return false;
+    // First the end, which may be noted on another thread at this moment.
+    const std::uint64_t ended = endedNs;
+    return os_gettime_ns() - ended >= kRestNs;
+}
+
+RestingOutputs::RestingOutputs(CaptureProgress& lines) : m_lines(lines)
 {
     m_timer.setInterval(kLookIntervalMs);
-    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { releaseRested(); });
+    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { look(); });
 }
 
 RestingOutputs::~RestingOutputs()
 {
-    for (const Resting& resting : m_resting) {
+    waitUntilNoneIsBusy();
+    for (Resting& resting : m_resting) {
+        resting.stopSignal.reset();
+        if (resting.isBusy()) {
+            // To lose it is better than to take it from under its thread.
+            const obs_output_t* const lost = resting.output.release();
+            SCLogger::warning(QStringLiteral("Still busy with its file and left behind: %1")
+                                  .arg(QLatin1String(obs_output_get_name(lost))));
+            continue;
+        }
         const std::uint64_t restedNs = os_gettime_ns() - resting.endedNs;
         if (restedNs < kShortestRestNs)
             QThread::usleep(static_cast<unsigned long>((kShortestRestNs - restedNs) / 1000));
@@ -29,14 +62,76 @@ RestingOutputs::~RestingOutputs()
 
 void RestingOutputs::keep(ObsOutputHandle output, std::uint64_t endedNs)
 {
-    m_resting.push_back({std::move(output), endedNs});
+    m_resting.emplace_back(std::move(output), endedNs, m_lines);
     m_timer.start();
 }
 
-void RestingOutputs::releaseRested()
+void RestingOutputs::keepStarting(ObsOutputHandle output, const std::atomic<std::uint64_t>& endedNs)
 {
-    const std::uint64_t nowNs = os_gettime_ns();
-    std::erase_if(m_resting, [nowNs](const Resting& resting) { return nowNs - resting.endedNs >= kRestNs; });
+    Resting& resting = m_resting.emplace_back(std::move(output), std::uint64_t{0}, m_lines);
+    resting.stopSignal = ObsSignalConnection(obs_output_get_signal_handler(resting.output.get()), kStopSignal,
+                                             &RestingOutputs::onStopped, &resting);
+    // It may have ended before it was followed.
+    const std::uint64_t ended = endedNs;
+    if (ended != 0)
+        resting.endedNs = ended;
+    m_timer.start();
+}
+
+bool RestingOutputs::isAnyStarting() const
+{
+    return std::any_of(m_resting.begin(), m_resting.end(), [](const Resting& resting) { return resting.endedNs == 0; });
+}
+
+void RestingOutputs::onStopped(void* resting, calldata_t*)
+{
+    auto& self = *static_cast<Resting*>(resting);
+    // The output frees its encoders as soon as this returns, and the lines may still be inside.
+    const CaptureProgress::StandStill still(self.lines);
+    self.endedNs = os_gettime_ns();
+}
+
+void RestingOutputs::look()
+{
+    stopWhatRuns();
+    std::erase_if(m_resting, [](const Resting& resting) { return resting.hasRested(); });
     if (m_resting.empty())
         m_timer.stop();
+}
+
+void RestingOutputs::stopWhatRuns()
+{
+    for (Resting& resting : m_resting) {
+        if (resting.endedNs == 0 && obs_output_active(resting.output.get()))
+            stop(resting);
+    }
+}
+
+void RestingOutputs::stop(Resting& resting)
+{
+    // For a recording that runs meanwhile they are connected already. They may be held for its end, and libobs would
+    // let nobody else connect until they go on.
+    const bool wasConnected = m_lines.isConnected();
+    if (!wasConnected)
+        m_lines.connect(obs_output_get_mixer(resting.output.get()));
+    {
+        const CaptureProgress::StandStill still(m_lines);
+        // One that has ended by itself in between is closing its file.
+        if (resting.endedNs == 0)
+            obs_output_stop(resting.output.get());
+    }
+    if (!wasConnected)
+        m_lines.disconnect();
+}
+
+void RestingOutputs::waitUntilNoneIsBusy()
+{
+    constexpr int kStepMs = 10;
+    constexpr int kLimitMs = 5000;
+    const auto isBusy = [](const Resting& resting) { return resting.isBusy(); };
+    for (int waitedMs = 0; waitedMs < kLimitMs && std::any_of(m_resting.begin(), m_resting.end(), isBusy);
+         waitedMs += kStepMs) {
+        stopWhatRuns();
+        QThread::msleep(kStepMs);
+    }
 }

@@ -1,6 +1,9 @@
 #include "app/appidentity.h"
+#include "engine/captureprogress.h"
+#include "engine/obshandles.h"
 #include "engine/obswrapper.h"
 #include "engine/recordingformat.h"
+#include "engine/restingoutputs.h"
 #include "tests/engine/enginerecordingtest.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
@@ -13,8 +16,10 @@
 #include <QThread>
 
 #include <util/platform.h>
+#include <utility>
 
 #include <algorithm>
+#include <atomic>
 #include <thread>
 
 using standins::behaviour;
@@ -495,6 +500,160 @@ private slots:
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
 
+    void outputThatOpensItsFileTooSlowlyIsStoppedWhenItRuns_data()
+    {
+        QTest::addColumn<bool>("nextRecordingRuns");
+        QTest::newRow("nothing is recorded then") << false;
+        QTest::newRow("the next recording runs then") << true;
+    }
+
+    void outputThatOpensItsFileTooSlowlyIsStoppedWhenItRuns()
+    {
+        QFETCH(const bool, nextRecordingRuns);
+        behaviour().duringStart = keepOpening;
+        setup(5);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        obs_output_t* output = standins::currentOutput();
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QVERIFY(!m_wrapper->isRecording());
+        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_CONNECT_FAILED);
+        QCOMPARE(standins::countOf("destroy output"), 0);
+        // It would begin on a picture line that has gone.
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), OBS_VIDEO_CURRENTLY_ACTIVE);
+        if (nextRecordingRuns) {
+            behaviour().duringStart = nullptr;
+            setup(1);
+            QCOMPARE(m_wrapper->startRecording(), 0);
+        }
+        QVERIFY(obs_output_begin_data_capture(output, 0));
+        QTRY_COMPARE(standins::countOf("stop output"), 1);
+        QTRY_VERIFY(!obs_output_active(output));
+        QCOMPARE(m_wrapper->isRecording(), nextRecordingRuns);
+        QCOMPARE(statuses(*m_status), nextRecordingRuns ? (QList<int>{0, 2, 0}) : (QList<int>{0, 2}));
+        QCOMPARE(standins::countOf("destroy output"), 0);
+        m_status.reset();
+        m_wrapper.reset();
+        QCOMPARE(standins::countOf("destroy output"), nextRecordingRuns ? 2 : 1);
+    }
+
+    void outputThatIsReplacedWhileItOpensItsFileIsKept()
+    {
+        behaviour().duringStart = keepOpening;
+        setup(5);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        obs_output_t* output = standins::currentOutput();
+        QVERIFY(m_wrapper->createOutputMode());
+        QCOMPARE(standins::countOf("destroy output"), 0);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QVERIFY(!m_wrapper->isRecording());
+        std::thread([output] { signalStop(output, OBS_OUTPUT_CONNECT_FAILED); }).join();
+        QTest::qWait(50);
+        QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+    }
+
+    void wrapperGoesWhileTheFileIsBeingOpened()
+    {
+        behaviour().duringStart = keepOpening;
+        setup(5);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        // When the wrapper has waited for it.
+        std::thread opener([output = ObsOutputHandle(obs_output_get_ref(standins::currentOutput()))] {
+            QThread::msleep(4000);
+            obs_output_begin_data_capture(output.get(), 0);
+            for (int waitedMs = 0; obs_output_active(output.get()) && waitedMs < 5000; ++waitedMs)
+                QThread::msleep(1);
+        });
+        m_status.reset();
+        m_wrapper.reset();
+        opener.join();
+        QCOMPARE(standins::countOf("stop output"), 1);
+        QCOMPARE(standins::countOf("destroy output"), 1);
+    }
+
+    void restingOutputIsNotReleasedWhileItEnds()
+    {
+        CaptureProgress lines;
+        RestingOutputs resting(lines);
+        ObsOutputHandle started = startedOutput();
+        obs_output_t* output = started.get();
+        QVERIFY(obs_output_active(output));
+        resting.keep(std::move(started), os_gettime_ns() - kLongRestNs);
+        QTest::qWait(1500);
+        QCOMPARE(standins::countOf("destroy output"), 0);
+        obs_output_stop(output);
+        QTRY_COMPARE(standins::countOf("destroy output"), 1);
+    }
+
+    void restingOutputIsWaitedForWhileItEnds()
+    {
+        CaptureProgress lines;
+        ObsOutputHandle started = startedOutput();
+        QVERIFY(obs_output_active(started.get()));
+        std::thread ending([output = ObsOutputHandle(obs_output_get_ref(started.get()))] {
+            QThread::msleep(1500);
+            obs_output_stop(output.get());
+            while (obs_output_active(output.get()))
+                QThread::msleep(1);
+        });
+        {
+            RestingOutputs resting(lines);
+            resting.keep(std::move(started), os_gettime_ns() - kLongRestNs);
+        }
+        ending.join();
+        QCOMPARE(standins::countOf("destroy output"), 1);
+    }
+
+    void restingOutputThatCannotOpenItsFileIsReleased_data()
+    {
+        QTest::addColumn<bool>("isFollowed");
+        QTest::newRow("known before it is followed") << false;
+        QTest::newRow("known afterwards") << true;
+    }
+
+    void restingOutputThatCannotOpenItsFileIsReleased()
+    {
+        QFETCH(const bool, isFollowed);
+        behaviour().duringStart = keepOpening;
+        CaptureProgress lines;
+        ObsOutputHandle started = startedOutput();
+        obs_output_t* output = started.get();
+        QVERIFY(output);
+        const std::atomic<std::uint64_t> endedNs{isFollowed ? 0 : os_gettime_ns()};
+        QElapsedTimer timer;
+        {
+            RestingOutputs resting(lines);
+            resting.keepStarting(std::move(started), endedNs);
+            QCOMPARE(resting.isAnyStarting(), isFollowed);
+            if (isFollowed)
+                std::thread([output] { signalStop(output, OBS_OUTPUT_CONNECT_FAILED); }).join();
+            QVERIFY(!resting.isAnyStarting());
+            timer.start();
+        }
+        QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY(!standins::events().contains("stop output"));
+        QCOMPARE(standins::countOf("destroy output"), 1);
+    }
+
+    void outputThatNeverOpensItsFileIsLeftBehind()
+    {
+        behaviour().duringStart = keepOpening;
+        CaptureProgress lines;
+        ObsOutputHandle started = startedOutput();
+        obs_output_t* output = started.get();
+        QVERIFY(output);
+        {
+            const std::atomic<std::uint64_t> endedNs{0};
+            RestingOutputs resting(lines);
+            resting.keepStarting(std::move(started), endedNs);
+            QTest::qWait(1500);
+            QVERIFY(resting.isAnyStarting());
+        }
+        QCOMPARE(standins::countOf("destroy output"), 0);
+        const ObsOutputHandle leftBehind(output);
+    }
+
     void endIsReachedOnlyWhenALaggingEncoderHasCaughtUp()
     {
         behaviour().encodeMs = 100;
@@ -523,8 +682,21 @@ private slots:
     }
 
 private:
+    /// Longer than an output rests.
+    static constexpr std::uint64_t kLongRestNs = 15'000'000'000;
+
     /// What an output does inside its start that opens its file on a thread of its own.
     static void keepOpening(obs_output_t*) {}
+
+    /// An output of the tests' own.
+    static ObsOutputHandle startedOutput()
+    {
+        ObsOutputHandle output(obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr));
+        obs_output_set_media(output.get(), obs_get_video(), obs_get_audio());
+        if (!obs_output_start(output.get()))
+            output.reset();
+        return output;
+    }
 };
 
 int main(int argc, char** argv)
