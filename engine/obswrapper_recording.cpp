@@ -368,15 +368,22 @@ void ObsWrapper::waitUntilWritten(const obs_output_t* output) const
     constexpr int kStepMs = 10;
     constexpr int kQuietSteps = 12;
     constexpr int kLimitMs = 5000;
+    // While the lines stand still nothing is given out. What is written later than this has piled up behind a disk that
+    // is slow, and may be busy with one packet for longer.
+    constexpr int kBacklogMs = 50;
+    constexpr int kQuietStepsOfSlowDisk = 50;
     std::uint64_t bytes = obs_output_get_total_bytes(output);
     int quiet = 0;
-    for (int waitedMs = 0; quiet < kQuietSteps && !hasEndedByItself(); waitedMs += kStepMs) {
+    int quietSteps = kQuietSteps;
+    for (int waitedMs = 0; quiet < quietSteps && !hasEndedByItself(); waitedMs += kStepMs) {
         if (waitedMs >= kLimitMs) {
             SCLogger::warning(QStringLiteral("The disk is slow, the recording ends without what it has not taken yet"));
             return;
         }
         QThread::msleep(kStepMs);
         const std::uint64_t now = obs_output_get_total_bytes(output);
+        if (now != bytes && waitedMs >= kBacklogMs)
+            quietSteps = kQuietStepsOfSlowDisk;
         quiet = now == bytes ? quiet + 1 : 0;
         bytes = now;
     }

@@ -654,6 +654,31 @@ private slots:
         const ObsOutputHandle leftBehind(output);
     }
 
+    void stopWaitsLongerForADiskThatIsBehind_data()
+    {
+        QTest::addColumn<int>("looksThatDiffer");
+        QTest::addColumn<bool>("isBehind");
+        QTest::newRow("a last packet") << 2 << false;
+        QTest::newRow("what has piled up") << 20 << true;
+    }
+
+    void stopWaitsLongerForADiskThatIsBehind()
+    {
+        QFETCH(const int, looksThatDiffer);
+        QFETCH(const bool, isBehind);
+        // The stop looks every ten milliseconds.
+        int looks = 0;
+        behaviour().bytesWritten = [&looks, looksThatDiffer] {
+            return static_cast<uint64_t>(std::min(++looks, looksThatDiffer));
+        };
+        setup(0);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        QCOMPARE(m_wrapper->stopRecording(false), 0);
+        const int quietLooks = looks - looksThatDiffer;
+        QVERIFY2(isBehind ? quietLooks >= 50 : quietLooks < 20, qPrintable(QString::number(quietLooks)));
+    }
+
     void endIsReachedOnlyWhenALaggingEncoderHasCaughtUp()
     {
         behaviour().encodeMs = 100;
