@@ -993,7 +993,8 @@ private:
             if (widget->objectName() == QLatin1String("mainMenu") && widget->isVisible())
                 menu = qobject_cast<QMenu*>(widget);
         }
-        QVERIFY(menu != nullptr);
+        if (menu == nullptr)
+            QFAIL("the menu is not shown");
         QAction* const parent = entryOf(*menu, QLatin1String(submenu));
         QVERIFY(parent != nullptr && parent->menu() != nullptr);
         QAction* const chosen = entryOf(*parent->menu(), QString::fromUtf8(entry));

@@ -183,6 +183,7 @@ private slots:
             isPicking = isPicking || shownWindow<SCScreenshotWindow>() != nullptr;
         });
         QVERIFY(!isPicking);
+        QTRY_VERIFY(m_window->findChild<Tile*>(QStringLiteral("windowTile"))->isEnabled());
         emit picker->windowClicked({30, 40, 500, 300});
         QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
         picker->hide();
