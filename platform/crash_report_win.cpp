@@ -29,8 +29,8 @@ static_assert(kDumpType == 0x1027);
 constexpr std::size_t kPathLength = 32768;
 /// The time, the extension and the closing zero.
 constexpr std::size_t kStampLength = std::size(L"2024-05-01_13-07-09.dmp");
-/// Left to the report when the stack has run out: it is written on the same one.
-constexpr ULONG kReportStackBytes = 128 * 1024;
+/// What the filter needs of a stack that has run out; the report itself is written on another.
+constexpr ULONG kFilterStackBytes = 64 * 1024;
 
 // Filled in at install up to the time, since a crashing program had better not ask for memory, nor have so much of it
 // on its stack, which may be what has run out. Of two threads that crash at once the second finds the file taken.
@@ -47,18 +47,63 @@ HANDLE createReportFile()
     return CreateFileW(g_path, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-LONG WINAPI onUnhandledException(EXCEPTION_POINTERS* exception)
+/// @param threadId of the thread that crashed
+void writeReport(EXCEPTION_POINTERS* exception, DWORD threadId)
 {
     const HANDLE file = createReportFile();
     if (file == INVALID_HANDLE_VALUE)
-        return EXCEPTION_CONTINUE_SEARCH;
+        return;
     MINIDUMP_EXCEPTION_INFORMATION information{};
-    information.ThreadId = GetCurrentThreadId();
+    information.ThreadId = threadId;
     information.ExceptionPointers = exception;
     information.ClientPointers = FALSE;
     MiniDumpWriteDump(GetCurrentProcess(), GetCurrentProcessId(), file, kDumpType,
                       exception != nullptr ? &information : nullptr, nullptr, nullptr);
     CloseHandle(file);
+}
+
+/// A thread that waits for the one crash whose report cannot be written where it happens: that of a stack that has run
+/// out. Made at install, since a thread that begins may wait for what the crashing one holds.
+struct ReportWriter
+{
+    HANDLE thread = nullptr;
+    HANDLE wanted = nullptr;
+    EXCEPTION_POINTERS* exception = nullptr;
+    DWORD crashedThreadId = 0;
+};
+ReportWriter g_writer;
+
+DWORD WINAPI writeReportWhenWanted(void* /*parameter*/)
+{
+    if (WaitForSingleObject(g_writer.wanted, INFINITE) == WAIT_OBJECT_0)
+        writeReport(g_writer.exception, g_writer.crashedThreadId);
+    return 0;
+}
+
+void makeReportWriter()
+{
+    g_writer.wanted = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    if (g_writer.wanted == nullptr) {
+        reportSystemFailure("CreateEvent", GetLastError());
+        return;
+    }
+    g_writer.thread = CreateThread(nullptr, 0, &writeReportWhenWanted, nullptr, 0, nullptr);
+    if (g_writer.thread == nullptr)
+        reportSystemFailure("CreateThread", GetLastError());
+}
+
+LONG WINAPI onUnhandledException(EXCEPTION_POINTERS* exception)
+{
+    const bool stackHasRunOut =
+        exception != nullptr && exception->ExceptionRecord->ExceptionCode == EXCEPTION_STACK_OVERFLOW;
+    if (!stackHasRunOut || g_writer.thread == nullptr) {
+        writeReport(exception, GetCurrentThreadId());
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
+    g_writer.exception = exception;
+    g_writer.crashedThreadId = GetCurrentThreadId();
+    SetEvent(g_writer.wanted);
+    WaitForSingleObject(g_writer.thread, INFINITE);
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
@@ -79,7 +124,9 @@ void installCrashReporter(const QString& folder, const QByteArray& /*program*/, 
         return;
     }
     g_prefixLength = static_cast<std::size_t>(prefix.toWCharArray(g_path));
-    ULONG stackBytes = kReportStackBytes;
+    if (g_writer.thread == nullptr)
+        makeReportWriter();
+    ULONG stackBytes = kFilterStackBytes;
     if (SetThreadStackGuarantee(&stackBytes) == 0)
         reportSystemFailure("SetThreadStackGuarantee", GetLastError());
     SetUnhandledExceptionFilter(onUnhandledException);

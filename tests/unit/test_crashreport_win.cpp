@@ -69,6 +69,7 @@ private slots:
         const auto exception = dump.exception();
         QVERIFY(exception.has_value());
         QCOMPARE(exception->code, kStackOverflow);
+        QVERIFY(dump.threadIds().contains(exception->threadId));
     }
 
     void noFileMeansSilentlyNoReport()
