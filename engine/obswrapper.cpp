@@ -259,7 +259,7 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
 
     if (!obs_initialized())
         qDebug() << "obs not initialized!";
-    if (m_restingOutputs.isAnyStarting())
+    if (m_restingOutputs.isAnyBusy())
         return OBS_VIDEO_CURRENTLY_ACTIVE;
     // A recording that ended by itself may have left this behind; libobs counts it as activity.
     if (!isRecording())

@@ -55,7 +55,7 @@ public:
     /// Gives the engine a new picture size. The captured picture is stretched over the whole output.
     ///
     /// @return libobs' result: 0, or a negative code (the previous layout is then untouched). The engine refuses while
-    /// a recording runs, or the output of one that has been given up is still opening its file.
+    /// a recording runs, or the output of an earlier one is still busy with its file.
     int resetVideo(int srcWidth, int srcHeight, int outputWidth, int outputHeight, int fps);
 
     /// Builds transition, scene and capture source and clears channels 1 and 2; setMicDevice() and

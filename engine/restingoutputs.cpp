@@ -12,7 +12,7 @@
 namespace {
 
 constexpr char kStopSignal[] = "stop";
-constexpr int kLookIntervalMs = 100;
+constexpr int kLookIntervalMs = 10;
 constexpr std::uint64_t kRestNs = 10'000'000'000;
 constexpr std::uint64_t kShortestRestNs = 1'000'000'000;
 
@@ -78,17 +78,19 @@ void RestingOutputs::keepStarting(ObsOutputHandle output, const std::atomic<std:
     m_timer.start();
 }
 
-bool RestingOutputs::isAnyStarting() const
+bool RestingOutputs::isAnyBusy() const
 {
-    return std::any_of(m_resting.begin(), m_resting.end(), [](const Resting& resting) { return resting.endedNs == 0; });
+    return std::any_of(m_resting.begin(), m_resting.end(), [](const Resting& resting) { return resting.isBusy(); });
 }
 
 void RestingOutputs::onStopped(void* resting, calldata_t*)
 {
     auto& self = *static_cast<Resting*>(resting);
-    // The output frees its encoders as soon as this returns, and the lines may still be inside.
-    const CaptureProgress::StandStill still(self.lines);
+    // First, for whoever holds the lines to stop it.
     self.endedNs = os_gettime_ns();
+    // The output frees its encoders as soon as this returns, and the lines may still be inside. Where they are not
+    // connected they cannot be held; that is the case between its beginning and the next look.
+    const CaptureProgress::StandStill still(self.lines);
 }
 
 void RestingOutputs::look()
@@ -128,9 +130,7 @@ void RestingOutputs::waitUntilNoneIsBusy()
 {
     constexpr int kStepMs = 10;
     constexpr int kLimitMs = 5000;
-    const auto isBusy = [](const Resting& resting) { return resting.isBusy(); };
-    for (int waitedMs = 0; waitedMs < kLimitMs && std::any_of(m_resting.begin(), m_resting.end(), isBusy);
-         waitedMs += kStepMs) {
+    for (int waitedMs = 0; waitedMs < kLimitMs && isAnyBusy(); waitedMs += kStepMs) {
         stopWhatRuns();
         QThread::msleep(kStepMs);
     }

@@ -37,9 +37,9 @@ public:
     /// @param endedNs what another handler of its end, connected until this returns, has noted of it; 0 for nothing
     void keepStarting(ObsOutputHandle output, const std::atomic<std::uint64_t>& endedNs);
 
-    /// Whether an output may still be opening its file. The engine's video must not be reset then: the output would
-    /// begin on a picture line that has gone.
-    bool isAnyStarting() const;
+    /// Whether an output may still be opening its file or leaving the lines. The engine's video must not be reset then:
+    /// the output would begin on a picture line, or leave one, that has gone.
+    bool isAnyBusy() const;
 
 private:
     struct Resting
