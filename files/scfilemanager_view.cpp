@@ -133,16 +133,13 @@ bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
     if (event.type() == QEvent::MouseButtonRelease)
         return std::exchange(m_iconPressed, false);
     const QPoint place = inViewport(view, event);
-    m_iconPressed = isOnIcon(view, place);
-    if (!m_iconPressed) {
-        if (event.type() == QEvent::MouseButtonDblClick)
-            onDoubleClicked(view, place);
-        return false;
-    }
-    // A double click's first press has done what the icon does.
-    if (event.type() == QEvent::MouseButtonPress)
+    const bool press = event.type() == QEvent::MouseButtonPress;
+    m_iconPressed = press && isOnIcon(view, place);
+    if (m_iconPressed)
         onIconPressed(view, place);
-    return true;
+    else if (!press)
+        onDoubleClicked(view, place);
+    return m_iconPressed;
 }
 
 void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& place)

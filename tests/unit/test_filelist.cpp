@@ -394,18 +394,6 @@ private slots:
         QCOMPARE(opener.files(), QStringList());
     }
 
-    void doubleClickOnAnIconOpensNothingAndSelectsNothing()
-    {
-        const OpenedAddresses opener({"file"});
-        const messagebox::Recorder boxes;
-        press(filerow::textRect(rowRect(0)).center());
-        for (const QRect& icon : {filerow::folderRect(rowRect(2)), filerow::deleteRect(rowRect(2))})
-            doubleClick(icon.center());
-        QCOMPARE(opener.files(), QStringList());
-        QVERIFY(boxes.questions().empty());
-        QCOMPARE(selectedNames(), QStringList({"new.mp4"}));
-    }
-
     void doubleClickOpensFilesOfUnusualNames_data()
     {
         QTest::addColumn<QString>("name");
