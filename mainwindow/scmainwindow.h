@@ -249,6 +249,8 @@ private:
     {
         bool screenOn = true;
         int format = 0;
+        /// What the selection has set in its place.
+        int formatMeanwhile = 0;
         CaptureMode mode = CaptureMode::FullScreen;
     };
     Chosen m_beforeSelection;

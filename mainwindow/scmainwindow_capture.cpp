@@ -28,8 +28,9 @@
 
 namespace {
 
-/// Less of a region than this is no picture to the engine, which rounds sizes down. Logical pixels.
-constexpr QSize kSmallestRegion(4, 2);
+/// Less of a region than this is no picture to the engine, which rounds sizes down; with a column more, since a region
+/// never has the desktop's first. Logical pixels.
+constexpr QSize kSmallestRegion(5, 2);
 
 /// Moved onto the screen as far as it fits.
 QRect keptOn(const QRect& screen, const QRect& area)
@@ -259,8 +260,10 @@ void SCMainWindow::onRegionChosen()
     SCLogger::info(QStringLiteral("Select region clicked"));
     giveUpPicking();
     m_screenshots->giveUp();
-    m_beforeSelection = {m_screenOn, m_ui->formatBox->currentIndex(), m_captureArea.mode()};
+    const int format = m_ui->formatBox->currentIndex();
+    m_beforeSelection = {m_screenOn, format, format, m_captureArea.mode()};
     setScreenOn(true);
+    m_beforeSelection.formatMeanwhile = m_ui->formatBox->currentIndex();
     setMode(CaptureMode::Region);
     m_region->select();
 }
@@ -337,8 +340,9 @@ QRect SCMainWindow::frameRegion(const QRect& area)
 
 void SCMainWindow::onSelectionCancelled()
 {
-    // Only what the selection has changed: with another screen beside the veil, the user may have chosen a format.
-    if (m_screenOn != m_beforeSelection.screenOn) {
+    // With another screen beside the veil, the user may have chosen a format meanwhile, which stays then.
+    const bool isUntouched = m_ui->formatBox->currentIndex() == m_beforeSelection.formatMeanwhile;
+    if (m_screenOn != m_beforeSelection.screenOn && isUntouched) {
         setScreenOn(m_beforeSelection.screenOn);
         setFormat(m_beforeSelection.format);
     }

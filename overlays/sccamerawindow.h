@@ -18,7 +18,7 @@ class QVideoWidget;
 /// It finds the cameras and opens the first one by itself, chooses the format, tries others when that fails, and
 /// follows cameras that are plugged in and out. Every step is in the log; nothing is shown to the user but the picture.
 /// While the window is hidden its camera may come back to life, so close() it to let go of the camera; a closed window
-/// opens none before it is shown again. All coordinates are logical pixels of the desktop.
+/// opens none before it is shown again, but the one of last resort. All coordinates are logical pixels of the desktop.
 class SCCameraWindow : public QWidget
 {
     Q_OBJECT

@@ -518,11 +518,14 @@ private slots:
         SCMainWindow window;
         window.show();
         auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        auto* const box = child<QComboBox>(window, "formatBox");
         control->setChecked(true);
         control->setChecked(false);
         QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QTest::keyClick(box, Qt::Key_Down);
         QTest::keyClick(child<Tile>(window, "fullScreenTile"), Qt::Key_Space);
         QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QCOMPARE(box->currentText(), QStringLiteral("AVI"));
         QVERIFY(control->isChecked());
         QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
         QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
@@ -531,10 +534,9 @@ private slots:
         QVERIFY(shownWindow<DrawWindow>() != nullptr);
         QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
         QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        auto* const box = child<QComboBox>(window, "formatBox");
         QTest::keyClick(box, Qt::Key_Down);
         QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
-        QCOMPARE(box->currentText(), QStringLiteral("AVI"));
+        QCOMPARE(box->currentText(), QStringLiteral("FLV"));
         QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
         control->setChecked(false);
         QVERIFY(shownWindow<AreaSelector>() == nullptr);
