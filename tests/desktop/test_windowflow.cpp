@@ -191,7 +191,7 @@ private slots:
     void escapeGivesASelectionUp()
     {
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
+        QTRY_VERIFY(veilHasTheKeyboard());
         press(QStringLiteral("Escape"));
         QTRY_VERIFY(shownWindow<AreaSelector>() == nullptr);
         QCOMPARE(selectedTiles(), QStringList{"fullScreenTile"});
@@ -221,7 +221,7 @@ private slots:
     {
         dragRegion();
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
+        QTRY_VERIFY(veilHasTheKeyboard());
         press(QStringLiteral("Escape"));
         QTRY_VERIFY(shownWindow<AreaSelector>() == nullptr);
         QTRY_COMPARE(wrongInTheFrame(region()), QString());
@@ -299,6 +299,12 @@ private slots:
     }
 
 private:
+    static bool veilHasTheKeyboard()
+    {
+        const auto* const veil = shownWindow<AreaSelector>();
+        return veil != nullptr && veil->isActiveWindow();
+    }
+
     void expectTilePixels(const QString& selected) const
     {
         for (const char* name : {"fullScreenTile", "regionTile", "windowTile"}) {
