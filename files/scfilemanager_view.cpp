@@ -134,12 +134,14 @@ bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
         return std::exchange(m_iconPressed, false);
     const QPoint place = inViewport(view, event);
     const bool press = event.type() == QEvent::MouseButtonPress;
-    m_iconPressed = press && isOnIcon(view, place);
-    if (m_iconPressed)
+    const bool onIcon = press && isOnIcon(view, place);
+    // The release may come while the icon's box is open.
+    m_iconPressed = onIcon;
+    if (onIcon)
         onIconPressed(view, place);
     else if (!press)
         onDoubleClicked(view, place);
-    return m_iconPressed;
+    return onIcon;
 }
 
 void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& place)
