@@ -394,6 +394,14 @@ private slots:
         QCOMPARE(opener.files(), QStringList());
     }
 
+    void doubleClickOnAnIconOpensTheFileOfItsRow()
+    {
+        const OpenedAddresses opener({"file"});
+        const QPoint icon = onDesktop(filerow::folderRect(rowRect(2)).center());
+        pointerevents::mouse(*m_view->viewport(), QEvent::MouseButtonDblClick, icon, Qt::LeftButton, Qt::LeftButton);
+        QCOMPARE(opener.files(), QStringList({m_produced->folder() + QLatin1String("/sound.aac")}));
+    }
+
     void doubleClickOpensFilesOfUnusualNames_data()
     {
         QTest::addColumn<QString>("name");
