@@ -1,5 +1,41 @@
 # What every target of the program shares, and the functions that make them.
 
+# What the precompiled headers hold: what many sources include. Every source includes what it uses all the same;
+# tools/lint --tidy compiles without precompiled headers.
+set(KESTRANO_QT_HEADERS
+    <algorithm>
+    <chrono>
+    <functional>
+    <memory>
+    <optional>
+    <vector>
+    <QtCore/QDateTime>
+    <QtCore/QDir>
+    <QtCore/QElapsedTimer>
+    <QtCore/QFile>
+    <QtCore/QHash>
+    <QtCore/QList>
+    <QtCore/QMap>
+    <QtCore/QObject>
+    <QtCore/QPointer>
+    <QtCore/QSettings>
+    <QtCore/QString>
+    <QtCore/QStringList>
+    <QtCore/QTimer>
+    <QtCore/QVariant>
+    <QtGui/QGuiApplication>
+    <QtGui/QIcon>
+    <QtGui/QImage>
+    <QtGui/QMouseEvent>
+    <QtGui/QPainter>
+    <QtGui/QPixmap>
+    <QtGui/QScreen>
+    <QtWidgets/QApplication>
+    <QtWidgets/QComboBox>
+    <QtWidgets/QLabel>
+    <QtWidgets/QPushButton>
+    <QtWidgets/QWidget>)
+
 add_library(kestrano_options INTERFACE)
 target_include_directories(kestrano_options INTERFACE "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/generated")
 target_compile_definitions(
@@ -34,15 +70,42 @@ if(WIN32)
 else()
   # Crash reports name functions from the dynamic symbol table.
   target_link_options(kestrano_options INTERFACE -rdynamic)
+  if(KESTRANO_FAST_LINKER)
+    find_program(KESTRANO_MOLD mold)
+    find_program(KESTRANO_LLD ld.lld)
+    mark_as_advanced(KESTRANO_MOLD KESTRANO_LLD)
+    if(KESTRANO_MOLD)
+      target_link_options(kestrano_options INTERFACE -fuse-ld=mold)
+    elseif(KESTRANO_LLD)
+      target_link_options(kestrano_options INTERFACE -fuse-ld=lld)
+    endif()
+  endif()
   set(KESTRANO_PLATFORM_SUFFIX x11)
 endif()
 
-# kestrano_add_library(<folder> SOURCES <files> [LINKS <libraries>])
+# Owns the precompiled header of the libraries that use Qt only: GCC refuses one that was made with more definitions than
+# its user has.
+file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/generated/precompiled.cpp" CONTENT "")
+add_library(kestrano_precompiled_qt OBJECT "${PROJECT_BINARY_DIR}/generated/precompiled.cpp")
+target_link_libraries(kestrano_precompiled_qt PRIVATE kestrano_options Qt6::Core Qt6::Gui Qt6::Widgets)
+target_precompile_headers(kestrano_precompiled_qt PRIVATE ${KESTRANO_QT_HEADERS})
+set_target_properties(kestrano_precompiled_qt PROPERTIES AUTOMOC OFF)
+
+# kestrano_add_library(<folder> SOURCES <files> [LINKS <libraries>] [PRECOMPILE <headers> | REUSE <library>])
 # Makes the static library kestrano_<folder>. LINKS are public: they are the arrows of docs/architecture.md.
+# PRECOMPILE makes a precompiled header; REUSE takes that of another target, by default kestrano_precompiled_qt's.
 function(kestrano_add_library folder)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "REUSE" "SOURCES;LINKS;PRECOMPILE")
   add_library(kestrano_${folder} STATIC ${arg_SOURCES})
   target_link_libraries(kestrano_${folder} PUBLIC kestrano_options ${arg_LINKS})
+  if(arg_PRECOMPILE)
+    target_precompile_headers(kestrano_${folder} PRIVATE ${arg_PRECOMPILE})
+  else()
+    if(NOT arg_REUSE)
+      set(arg_REUSE kestrano_precompiled_qt)
+    endif()
+    target_precompile_headers(kestrano_${folder} REUSE_FROM ${arg_REUSE})
+  endif()
 endfunction()
 
 # kestrano_platform_sources(<variable> <name>...)
@@ -62,51 +125,4 @@ function(kestrano_add_executable)
   set_target_properties(kestrano PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
   kestrano_add_windows_resources(kestrano)
   kestrano_install(kestrano)
-endfunction()
-
-# kestrano_add_test(<name> KIND unit|engine|desktop|recording|windows SOURCES <files> [LINKS <libraries>]
-#                   [DESKTOP_ARGS <arguments>] [TIMEOUT <seconds>] [WHOLE_STACKS])
-# windows: run on Linux, on a private desktop, and drive the Windows program in Wine (tools/test-windows).
-# unit: run without a display, also under Wine. engine, desktop and recording: run on a private desktop of their own
-# (tools/private-desktop, Linux only). Each kind is a CTest label. WHOLE_STACKS is for tests that run into leaks which only
-# the far end of their stacks tells from ours: the leak sanitizer then walks all of it (tests/support/lsan-whole-stacks.supp).
-function(kestrano_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "WHOLE_STACKS" "KIND;TIMEOUT" "SOURCES;LINKS;DESKTOP_ARGS")
-  if(NOT arg_KIND STREQUAL "unit" AND WIN32)
-    return()
-  endif()
-  if(NOT arg_TIMEOUT)
-    set(arg_TIMEOUT 120)
-  endif()
-  add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE kestrano_test_support ${arg_LINKS})
-  target_compile_definitions(${name} PRIVATE KESTRANO_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-                                             KESTRANO_BINARY_DIR="${PROJECT_BINARY_DIR}")
-  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
-  set(environment "")
-  if(KESTRANO_SANITIZERS)
-    set(suppressions lsan.supp)
-    set(asan_options detect_leaks=1)
-    if(arg_WHOLE_STACKS)
-      set(suppressions lsan-whole-stacks.supp)
-      string(APPEND asan_options :fast_unwind_on_malloc=0)
-    endif()
-    list(APPEND environment
-         "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/${suppressions}:print_suppressions=0"
-         "UBSAN_OPTIONS=print_stacktrace=1" "ASAN_OPTIONS=${asan_options}")
-  endif()
-  if(arg_KIND STREQUAL "unit")
-    add_test(NAME ${name} COMMAND ${name})
-    list(APPEND environment "QT_QPA_PLATFORM=offscreen")
-    # What the desktop of whoever runs them is like is none of their business. Wine cannot do without one.
-    if(NOT WIN32)
-      list(APPEND environment "DISPLAY=")
-    endif()
-  else()
-    add_test(NAME ${name} COMMAND "${PROJECT_SOURCE_DIR}/tools/private-desktop" ${arg_DESKTOP_ARGS} --
-                                  $<TARGET_FILE:${name}>)
-    # One desktop at a time: two of them would steal each other's processor time.
-    set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
-  endif()
-  set_tests_properties(${name} PROPERTIES LABELS ${arg_KIND} TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${environment}")
 endfunction()

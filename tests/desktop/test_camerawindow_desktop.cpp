@@ -2,6 +2,7 @@
 #include "tests/desktop/desktopuser.h"
 #include "tests/support/fakecameras.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -147,12 +148,6 @@ private:
     std::unique_ptr<SCCameraWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    QApplication application(argc, argv);
-    TestCameraWindowDesktop test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestCameraWindowDesktop>);
 
 #include "test_camerawindow_desktop.moc"

@@ -414,9 +414,6 @@ private:
     std::unique_ptr<SCMainWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestDialogs>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestDialogs>);
 
 #include "test_dialogs.moc"

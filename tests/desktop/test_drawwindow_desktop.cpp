@@ -2,6 +2,7 @@
 #include "platform/compositing.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -612,12 +613,6 @@ private:
     std::unique_ptr<DrawWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    const QApplication application(argc, argv);
-    TestDrawWindowDesktop test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestDrawWindowDesktop>);
 
 #include "test_drawwindow_desktop.moc"

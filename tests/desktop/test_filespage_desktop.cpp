@@ -401,9 +401,6 @@ private:
     int m_boxes = 0;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestFilesPageDesktop>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestFilesPageDesktop>);
 
 #include "test_filespage_desktop.moc"

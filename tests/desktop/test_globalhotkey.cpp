@@ -1,5 +1,6 @@
 #include "platform/global_hotkey.h"
 #include "tests/desktop/userinput.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QSignalSpy>
@@ -161,11 +162,6 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    QApplication application(argc, argv);
-    TestGlobalHotkey test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestGlobalHotkey>);
 
 #include "test_globalhotkey.moc"

@@ -4,6 +4,7 @@
 #include "app/settingstables.h"
 #include "tests/support/layoutfaults.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 #include "tests/support/translationfile.h"
 #include "tests/tour/tour.h"
 
@@ -180,15 +181,6 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestLayout test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestLayout>);
 
 #include "test_layout.moc"

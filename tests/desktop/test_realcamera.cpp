@@ -2,6 +2,7 @@
 #include "tests/desktop/desktopuser.h"
 #include "tests/support/loglines.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testregistry.h"
 
 #include <QApplication>
 #include <QFile>
@@ -90,7 +91,7 @@ private:
     std::unique_ptr<SCCameraWindow> m_window;
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
     const TestProfile profile;
     const QTemporaryDir folder;
@@ -99,5 +100,7 @@ int main(int argc, char* argv[])
     TestRealCamera test;
     return QTest::qExec(&test, argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_realcamera.moc"

@@ -1,5 +1,6 @@
 #include "app/appidentity.h"
 #include "mainwindow/sccountdownwidget.h"
+#include "tests/desktop/desktoprun.h"
 #include "tests/desktop/regiontest.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
@@ -222,18 +223,6 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    // Before the toolkit looks at the screens.
-    if (!desktopuser::splitDisplayWhereAsked())
-        return EXIT_FAILURE;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestRegionFrame test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(desktopuser::run<TestRegionFrame>);
 
 #include "test_regionframe.moc"

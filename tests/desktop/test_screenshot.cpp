@@ -1,5 +1,6 @@
 #include "app/appidentity.h"
 #include "app/settings.h"
+#include "tests/desktop/desktoprun.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/screenshottest.h"
 #include "tests/desktop/userinput.h"
@@ -221,18 +222,6 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    // Before the toolkit looks at the screens.
-    if (!desktopuser::splitDisplayWhereAsked())
-        return EXIT_FAILURE;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestScreenshot test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(desktopuser::run<TestScreenshot>);
 
 #include "test_screenshot.moc"

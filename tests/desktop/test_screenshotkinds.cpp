@@ -1,6 +1,7 @@
 #include "app/appidentity.h"
 #include "app/settings.h"
 #include "overlays/windowhighlighter.h"
+#include "tests/desktop/desktoprun.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/screenshottest.h"
 #include "tests/desktop/userinput.h"
@@ -186,18 +187,6 @@ private:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    // Before the toolkit looks at the screens.
-    if (!desktopuser::splitDisplayWhereAsked())
-        return EXIT_FAILURE;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestScreenshotKinds test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(desktopuser::run<TestScreenshotKinds>);
 
 #include "test_screenshotkinds.moc"

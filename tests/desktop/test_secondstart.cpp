@@ -1,5 +1,6 @@
 #include "app/singleinstance.h"
 #include "tests/desktop/startedcopy.h"
+#include "tests/support/testrun.h"
 #include "tests/support/watchedwindow.h"
 #include "tests/support/x11clients.h"
 
@@ -297,5 +298,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestSecondStart)
+REGISTER_TEST(testrun::gui<TestSecondStart>);
 #include "test_secondstart.moc"

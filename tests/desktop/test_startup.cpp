@@ -1,4 +1,5 @@
 #include "tests/desktop/startedcopy.h"
+#include "tests/support/testrun.h"
 #include "tests/support/x11clients.h"
 
 #include <QApplication>
@@ -365,5 +366,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestStartup)
+REGISTER_TEST(testrun::gui<TestStartup>);
 #include "test_startup.moc"

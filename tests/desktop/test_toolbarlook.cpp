@@ -2,6 +2,7 @@
 #include "mainwindow/toolbarplacement.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 #include "tests/support/x11clients.h"
 
 #include <QApplication>
@@ -243,13 +244,6 @@ private:
     QWidget m_backdrop;
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestToolbarLook test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestToolbarLook>);
 
 #include "test_toolbarlook.moc"

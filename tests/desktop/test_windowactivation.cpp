@@ -1,4 +1,5 @@
 #include "platform/window_activation.h"
+#include "tests/support/testrun.h"
 #include "tests/support/x11clients.h"
 
 #include <QApplication>
@@ -129,5 +130,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestWindowActivation)
+REGISTER_TEST(testrun::gui<TestWindowActivation>);
 #include "test_windowactivation.moc"

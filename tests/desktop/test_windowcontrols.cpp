@@ -444,9 +444,6 @@ private:
     std::unique_ptr<SCMainWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestWindowControls>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestWindowControls>);
 
 #include "test_windowcontrols.moc"

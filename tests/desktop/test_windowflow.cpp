@@ -5,6 +5,7 @@
 #include "overlays/areaselector.h"
 #include "overlays/windowhighlighter.h"
 #include "screenshot/scscreenshotwindow.h"
+#include "tests/desktop/desktoprun.h"
 #include "tests/desktop/regiontest.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/messagecapture.h"
@@ -49,7 +50,8 @@ class OtherProgram
 public:
     bool start()
     {
-        m_process.start(QCoreApplication::applicationFilePath(), {QLatin1String(kOtherProgram)});
+        m_process.start(QCoreApplication::applicationFilePath(),
+                        {QStringLiteral("test_windowflow"), QLatin1String(kOtherProgram)});
         return waitFor("shown");
     }
 
@@ -334,21 +336,15 @@ int beAnotherProgram()
 
 } // namespace
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
-    const bool isOther = argc == 2 && qstrcmp(argv[1], kOtherProgram) == 0;
+    if (argc != 2 || qstrcmp(argv[1], kOtherProgram) != 0)
+        return desktopuser::run<TestWindowFlow>(argc, argv);
     const TestProfile profile;
-    // Before the toolkit looks at the screens.
-    if (!isOther && !desktopuser::splitDisplayWhereAsked())
-        return EXIT_FAILURE;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    if (isOther)
-        return beAnotherProgram();
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestWindowFlow test;
-    return QTest::qExec(&test, argc, argv);
+    const QApplication application(argc, argv);
+    return beAnotherProgram();
 }
+
+REGISTER_TEST(run);
 
 #include "test_windowflow.moc"

@@ -5,6 +5,7 @@
 #include "platform/capture_exclusion.h"
 #include "platform/compositing.h"
 #include "platform/global_hotkey.h"
+#include "tests/desktop/desktoprun.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
@@ -415,33 +416,6 @@ private:
     QWidget m_backdrop;
 };
 
-namespace {
-
-/// Splits the display in two screens, of which the right one is the primary, where the environment asks for it.
-bool splitDisplayWhereAsked()
-{
-    const auto monitor = [](const char* name, const char* area, const char* output) {
-        return QProcess::execute(QStringLiteral("xrandr"), {QStringLiteral("--setmonitor"), QLatin1String(name),
-                                                            QLatin1String(area), QLatin1String(output)}) == 0;
-    };
-    return !qEnvironmentVariableIsSet("KESTRANO_TEST_TWO_SCREENS") ||
-           (monitor("*Right", "640/170x720/190+640+0", "screen") && monitor("Left", "640/170x720/190+0+0", "none"));
-}
-
-} // namespace
-
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    // Before the toolkit looks at the screens.
-    if (!splitDisplayWhereAsked())
-        return EXIT_FAILURE;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    // Windows closed by a test must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestWindowLook test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(desktopuser::run<TestWindowLook>);
 
 #include "test_windowlook.moc"

@@ -3,6 +3,7 @@
 #include "platform/native_windows.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -370,13 +371,6 @@ private:
     Pane* m_nested = nullptr;
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestWindowPicking test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestWindowPicking>);
 
 #include "test_windowpicking.moc"

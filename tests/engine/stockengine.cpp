@@ -26,7 +26,7 @@ StockEngine::~StockEngine()
 
 QString StockEngine::perform(QProcess& process, const char* name, const QStringList& arguments)
 {
-    process.start(QStringLiteral(KESTRANO_BINARY_DIR "/") + QLatin1String(name), arguments);
+    process.start(QCoreApplication::applicationDirPath() + QLatin1Char('/') + QLatin1String(name), arguments);
     return process.waitForReadyRead(kStartTimeoutMs) ? QString() : QLatin1String(name) + QLatin1String(" is not there");
 }
 

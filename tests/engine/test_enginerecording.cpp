@@ -6,6 +6,7 @@
 #include "tests/engine/standins.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -457,13 +458,6 @@ private:
     }
 };
 
-int main(int argc, char** argv)
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestEngineRecording test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestEngineRecording>);
 
 #include "test_enginerecording.moc"

@@ -9,6 +9,7 @@
 #include "tests/engine/standins.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -724,13 +725,6 @@ private:
     }
 };
 
-int main(int argc, char** argv)
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestEngineRecordingEnd test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestEngineRecordingEnd>);
 
 #include "test_enginerecordingend.moc"

@@ -6,6 +6,7 @@
 #include "tests/engine/standins.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -577,13 +578,6 @@ private:
     std::unique_ptr<ObsWrapper> m_wrapper;
 };
 
-int main(int argc, char** argv)
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestEngineScene test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestEngineScene>);
 
 #include "test_enginescene.moc"

@@ -4,6 +4,7 @@
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QTest>
@@ -430,13 +431,6 @@ private:
     std::unique_ptr<ObsWrapper> m_wrapper;
 };
 
-int main(int argc, char** argv)
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestEngineSound test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestEngineSound>);
 
 #include "test_enginesound.moc"

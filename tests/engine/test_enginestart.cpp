@@ -5,6 +5,7 @@
 #include "tests/engine/obsspy.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QDir>
@@ -291,7 +292,7 @@ private:
         QProcess process;
         process.setStandardOutputFile(QProcess::nullDevice());
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(program, {kScenarioOption, scenario, outcomePath});
+        process.start(program, {QStringLiteral("test_enginestart"), kScenarioOption, scenario, outcomePath});
         QFile file(outcomePath);
         if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit ||
             process.exitCode() != 0 || !file.open(QIODevice::ReadOnly))
@@ -300,17 +301,16 @@ private:
     }
 };
 
-int main(int argc, char** argv)
+static int run(int argc, char* argv[])
 {
-    const bool isScenario = argc == 4 && qstrcmp(argv[1], kScenarioOption) == 0;
+    if (argc != 4 || qstrcmp(argv[1], kScenarioOption) != 0)
+        return testrun::gui<TestEngineStart>(argc, argv);
     // A scenario plays in the profile of the test that started it.
-    const std::unique_ptr<TestProfile> profile = isScenario ? nullptr : std::make_unique<TestProfile>();
     appidentity::apply();
-    QApplication application(argc, argv);
-    if (isScenario)
-        return playInThisProcess(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
-    TestEngineStart test;
-    return QTest::qExec(&test, argc, argv);
+    const QApplication application(argc, argv);
+    return playInThisProcess(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
 }
+
+REGISTER_TEST(run);
 
 #include "test_enginestart.moc"

@@ -3,6 +3,7 @@
 #include "tests/support/mediafile.h"
 #include "tests/support/testpicture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 #include "tests/support/testtone.h"
 
 #include <QApplication>
@@ -149,13 +150,6 @@ private:
     QList<float> m_samples;
 };
 
-int main(int argc, char** argv)
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestStockMicrophone test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestStockMicrophone>);
 
 #include "test_stockmicrophone.moc"

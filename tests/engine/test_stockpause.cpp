@@ -4,6 +4,7 @@
 #include "tests/support/mediafile.h"
 #include "tests/support/testpicture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 #include "tests/support/testtone.h"
 
 #include <QApplication>
@@ -287,13 +288,6 @@ private:
     QTemporaryDir m_folder;
 };
 
-int main(int argc, char** argv)
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestStockPause test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestStockPause>);
 
 #include "test_stockpause.moc"

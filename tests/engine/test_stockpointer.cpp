@@ -5,6 +5,7 @@
 #include "tests/engine/stockengine.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -336,13 +337,6 @@ private:
     QWidget m_ground;
 };
 
-int main(int argc, char** argv)
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestStockPointer test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestStockPointer>);
 
 #include "test_stockpointer.moc"

@@ -6,6 +6,7 @@
 #include "tests/support/mediafile.h"
 #include "tests/support/testpicture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QDir>
@@ -55,7 +56,7 @@ class TestStockRecording : public QObject
 private slots:
     void initTestCase()
     {
-        m_picture.start(QStringLiteral(KESTRANO_BINARY_DIR "/kestrano_test_picture"),
+        m_picture.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano_test_picture"),
                         {QStringLiteral("--rate"), QString::number(kPictureRate)});
         QVERIFY(m_picture.waitForReadyRead(10'000));
         const QScreen* screen = QGuiApplication::primaryScreen();
@@ -359,13 +360,6 @@ private:
     std::unique_ptr<ObsWrapper> m_engine;
 };
 
-int main(int argc, char** argv)
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestStockRecording test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestStockRecording>);
 
 #include "test_stockrecording.moc"

@@ -13,6 +13,7 @@
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 #include "tests/support/widgetpicture.h"
 
 #include <QApplication>
@@ -510,16 +511,12 @@ private:
     ObsWrapper* m_engine = nullptr;
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
-    const TestProfile profile;
-    appidentity::apply();
     qputenv("QT_SCALE_FACTOR", kScaleFactor);
-    QApplication application(argc, argv);
-    // A window that goes must not end the test program.
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestWindowEngine test;
-    return QTest::qExec(&test, argc, argv);
+    return testrun::gui<TestWindowEngine>(argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_windowengine.moc"

@@ -1,6 +1,7 @@
 #include "tests/recording/formatjudge.h"
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/programundertest.h"
+#include "tests/support/testrun.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -43,5 +44,5 @@ private:
     QSize m_screen;
 };
 
-QTEST_MAIN(TestFormats)
+REGISTER_TEST(testrun::gui<TestFormats>);
 #include "test_formats.moc"

@@ -1,6 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/programundertest.h"
+#include "tests/support/testrun.h"
 
 #include <QProcess>
 #include <QRect>
@@ -184,5 +185,5 @@ private:
     Performance m_performance;
 };
 
-QTEST_GUILESS_MAIN(TestMainWindow)
+REGISTER_TEST(testrun::core<TestMainWindow>);
 #include "test_mainwindow.moc"

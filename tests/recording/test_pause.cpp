@@ -2,6 +2,7 @@
 #include "tests/recording/regionuser.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testpicture.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -170,5 +171,5 @@ private:
     Performance m_performance;
 };
 
-QTEST_GUILESS_MAIN(TestPause)
+REGISTER_TEST(testrun::core<TestPause>);
 #include "test_pause.moc"

@@ -1,6 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testpicture.h"
+#include "tests/support/testrun.h"
 
 #include <QImage>
 #include <QTest>
@@ -137,5 +138,5 @@ private:
     QString m_found;
 };
 
-QTEST_GUILESS_MAIN(TestPointer)
+REGISTER_TEST(testrun::core<TestPointer>);
 #include "test_pointer.moc"

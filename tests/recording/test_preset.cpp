@@ -2,6 +2,7 @@
 #include "tests/recording/regionuser.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/stillpicture.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -43,5 +44,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestPreset)
+REGISTER_TEST(testrun::core<TestPreset>);
 #include "test_preset.moc"

@@ -2,6 +2,7 @@
 #include "tests/recording/regionuser.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/stillpicture.h"
+#include "tests/support/testrun.h"
 
 #include <QImage>
 #include <QPainter>
@@ -349,5 +350,5 @@ private:
     QImage m_grid;
 };
 
-QTEST_GUILESS_MAIN(TestRegion)
+REGISTER_TEST(testrun::core<TestRegion>);
 #include "test_region.moc"

@@ -2,6 +2,7 @@
 #include "tests/support/mediafile.h"
 #include "tests/support/programundertest.h"
 #include "tests/support/testpicture.h"
+#include "tests/support/testrun.h"
 #include "tests/support/testtone.h"
 
 #include <QDir>
@@ -482,5 +483,5 @@ void TestSession::theHotkeyHammeredLeavesPlayableFiles()
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 }
 
-QTEST_GUILESS_MAIN(TestSession)
+REGISTER_TEST(testrun::core<TestSession>);
 #include "test_session.moc"

@@ -3,6 +3,7 @@
 #include "app/appidentity.h"
 #include "tests/support/filelibrary.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testregistry.h"
 
 #include <QApplication>
 #include <QTest>

@@ -1,5 +1,6 @@
 #include "mainwindow/tile.h"
 #include "overlays/scswitchwidget.h"
+#include "tests/support/testrun.h"
 
 #include <QAccessible>
 #include <QSignalSpy>
@@ -80,6 +81,6 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestAccessibleToggle)
+REGISTER_TEST(testrun::gui<TestAccessibleToggle>);
 
 #include "test_accessibletoggle.moc"

@@ -1,5 +1,6 @@
 #include "overlays/areaselector.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/testrun.h"
 #include "tests/support/widgetpicture.h"
 
 #include <QGuiApplication>
@@ -191,5 +192,5 @@ private:
     }
 };
 
-QTEST_MAIN(TestAreaSelector)
+REGISTER_TEST(testrun::gui<TestAreaSelector>);
 #include "test_areaselector.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/testrun.h"
 #include "widgets/bartip.h"
 
 #include <QApplication>
@@ -88,5 +89,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestBarTip)
+REGISTER_TEST(testrun::gui<TestBarTip>);
 #include "test_bartip.moc"

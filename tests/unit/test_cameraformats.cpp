@@ -1,5 +1,6 @@
 #include "overlays/cameraformats.h"
 #include "tests/support/fakecameras.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -64,6 +65,6 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(TestCameraFormats)
+REGISTER_TEST(testrun::core<TestCameraFormats>);
 
 #include "test_cameraformats.moc"

@@ -502,9 +502,6 @@ private:
     std::unique_ptr<SCCameraWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestCameraLife>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestCameraLife>);
 
 #include "test_cameralife.moc"

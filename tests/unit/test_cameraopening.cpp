@@ -374,9 +374,6 @@ private:
     std::unique_ptr<SCCameraWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestCameraOpening>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestCameraOpening>);
 
 #include "test_cameraopening.moc"

@@ -1,4 +1,5 @@
 #include "mainwindow/capturearea.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -277,5 +278,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCaptureArea)
+REGISTER_TEST(testrun::core<TestCaptureArea>);
 #include "test_capturearea.moc"

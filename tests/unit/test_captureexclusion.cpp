@@ -1,6 +1,7 @@
 #include "platform/capture_exclusion.h"
 #include "platform/display_affinity.h"
 #include "tests/support/reportedfailures.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 #include <QWidget>
@@ -130,6 +131,6 @@ private:
     ReportedFailures m_reports;
 };
 
-QTEST_MAIN(TestCaptureExclusion)
+REGISTER_TEST(testrun::gui<TestCaptureExclusion>);
 
 #include "test_captureexclusion.moc"

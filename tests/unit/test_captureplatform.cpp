@@ -1,4 +1,5 @@
 #include "engine/captureplatform.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -119,5 +120,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCapturePlatform)
+REGISTER_TEST(testrun::core<TestCapturePlatform>);
 #include "test_captureplatform.moc"

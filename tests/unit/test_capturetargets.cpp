@@ -1,4 +1,5 @@
 #include "engine/capturetargets.h"
+#include "tests/support/testrun.h"
 
 #include <QRect>
 #include <QTest>
@@ -54,5 +55,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCaptureTargets)
+REGISTER_TEST(testrun::core<TestCaptureTargets>);
 #include "test_capturetargets.moc"

@@ -1,4 +1,5 @@
 #include "platform/console.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -29,5 +30,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestConsole)
+REGISTER_TEST(testrun::core<TestConsole>);
 #include "test_console.moc"

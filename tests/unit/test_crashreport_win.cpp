@@ -1,4 +1,5 @@
 #include "tests/support/minidump.h"
+#include "tests/support/testrun.h"
 #include "tests/unit/crashertest.h"
 
 #include <QCoreApplication>
@@ -109,5 +110,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCrashReport)
+REGISTER_TEST(testrun::core<TestCrashReport>);
 #include "test_crashreport_win.moc"

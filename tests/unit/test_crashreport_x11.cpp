@@ -1,6 +1,7 @@
 #include "platform/crash_report.h"
 #include "platform/signal_safe_writer.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testregistry.h"
 #include "tests/unit/crashertest.h"
 
 #include <QCoreApplication>
@@ -261,12 +262,14 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
     TestProfile profile;
     const QCoreApplication application(argc, argv);
     TestCrashReport test(&profile);
     return QTest::qExec(&test, argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_crashreport_x11.moc"

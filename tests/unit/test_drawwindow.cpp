@@ -1,6 +1,7 @@
 #include "overlays/drawwindow.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/pointerevents.h"
+#include "tests/support/testrun.h"
 #include "tests/support/widgetpicture.h"
 
 #include <QApplication>
@@ -857,5 +858,5 @@ private:
     }
 };
 
-QTEST_MAIN(TestDrawWindow)
+REGISTER_TEST(testrun::gui<TestDrawWindow>);
 #include "test_drawwindow.moc"

@@ -1,4 +1,5 @@
 #include "platform/explorer_arguments.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -52,6 +53,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestExplorerArguments)
+REGISTER_TEST(testrun::core<TestExplorerArguments>);
 
 #include "test_explorerarguments.moc"

@@ -4,6 +4,7 @@
 #include "platform/window_activation.h"
 #include "platform/window_hotkey.h"
 #include "tests/support/reportedfailures.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QDir>
@@ -165,13 +166,13 @@ private:
     ReportedFailures m_reports;
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
     // Off screen a window has no number of the system's.
     qputenv("QT_QPA_PLATFORM", "windows");
-    const QApplication application(argc, argv);
-    TestFailedCalls test;
-    return QTest::qExec(&test, argc, argv);
+    return testrun::gui<TestFailedCalls>(argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_failedcalls_win.moc"

@@ -123,9 +123,6 @@ private:
     QString m_folder;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestFarPaths>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestFarPaths>);
 
 #include "test_farpaths.moc"

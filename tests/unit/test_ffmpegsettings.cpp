@@ -1,4 +1,5 @@
 #include "engine/ffmpegsettings.h"
+#include "tests/support/testrun.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -128,5 +129,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestFfmpegSettings)
+REGISTER_TEST(testrun::core<TestFfmpegSettings>);
 #include "test_ffmpegsettings.moc"

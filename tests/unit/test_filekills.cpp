@@ -2,6 +2,7 @@
 #include "files/scfilemanager.h"
 #include "tests/support/filelibrary.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QDir>
@@ -132,13 +133,6 @@ private:
     QRandomGenerator m_random{20261121};
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestFileKills test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestFileKills>);
 
 #include "test_filekills.moc"

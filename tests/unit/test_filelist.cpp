@@ -803,9 +803,6 @@ private:
     int m_boxesAnswered = 0;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestFileList>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestFileList>);
 
 #include "test_filelist.moc"

@@ -1,6 +1,7 @@
 #include "platform/file_manager.h"
 #include "tests/support/addresses.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -174,13 +175,12 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
-    const TestProfile profile;
     const MessageBus bus;
-    QApplication application(argc, argv);
-    TestFileManager test;
-    return QTest::qExec(&test, argc, argv);
+    return testrun::gui<TestFileManager>(argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_filemanager_x11.moc"

@@ -1,4 +1,5 @@
 #include "files/filerecordtext.h"
+#include "tests/support/testrun.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -148,5 +149,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestFileRecordText)
+REGISTER_TEST(testrun::core<TestFileRecordText>);
 #include "test_filerecordtext.moc"

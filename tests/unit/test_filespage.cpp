@@ -297,9 +297,6 @@ private:
     std::unique_ptr<SCMainWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestFilesPage>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestFilesPage>);
 
 #include "test_filespage.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/testrun.h"
 #include "widgets/focusring.h"
 
 #include <QApplication>
@@ -87,6 +88,6 @@ private:
     FocusRing* m_ring = nullptr;
 };
 
-QTEST_MAIN(TestFocusRing)
+REGISTER_TEST(testrun::gui<TestFocusRing>);
 
 #include "test_focusring.moc"

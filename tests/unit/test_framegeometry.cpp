@@ -1,3 +1,4 @@
+#include "tests/support/testrun.h"
 #include "widgets/framegeometry.h"
 
 #include <QTest>
@@ -210,5 +211,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(TestFrameGeometry)
+REGISTER_TEST(testrun::core<TestFrameGeometry>);
 #include "test_framegeometry.moc"

@@ -5,6 +5,7 @@
 #include "tests/support/fulldisk.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QFile>
@@ -109,14 +110,6 @@ private:
     QByteArray m_before;
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    appidentity::apply();
-    const LibraryRefuge refuge;
-    QApplication application(argc, argv);
-    TestFullDisk test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestFullDisk>);
 
 #include "test_fulldisk_x11.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/testrun.h"
 #include "widgets/hovericons.h"
 #include "widgets/icons.h"
 
@@ -135,6 +136,6 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestIcons)
+REGISTER_TEST(testrun::gui<TestIcons>);
 
 #include "test_icons.moc"

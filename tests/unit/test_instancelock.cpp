@@ -3,6 +3,7 @@
 #include "platform/instance_lock.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testregistry.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -172,7 +173,7 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
     const TestProfile profile;
     appidentity::apply();
@@ -180,5 +181,7 @@ int main(int argc, char* argv[])
     TestInstanceLock test(profile.path());
     return QTest::qExec(&test, argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_instancelock.moc"

@@ -1,4 +1,5 @@
 #include "app/settingstables.h"
+#include "tests/support/testrun.h"
 #include "tests/support/translationfile.h"
 
 #include <QMap>
@@ -258,5 +259,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(TestLanguages)
+REGISTER_TEST(testrun::core<TestLanguages>);
 #include "test_languages.moc"

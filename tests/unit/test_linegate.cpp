@@ -1,4 +1,5 @@
 #include "engine/linegate.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -110,5 +111,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestLineGate)
+REGISTER_TEST(testrun::core<TestLineGate>);
 #include "test_linegate.moc"

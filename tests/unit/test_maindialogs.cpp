@@ -238,9 +238,6 @@ private:
     std::unique_ptr<SCMainWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestMainDialogs>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestMainDialogs>);
 
 #include "test_maindialogs.moc"

@@ -1,4 +1,5 @@
 #include "mainwindow/mainmenu.h"
+#include "tests/support/testrun.h"
 
 #include <QAction>
 #include <QApplication>
@@ -151,6 +152,6 @@ private:
     std::unique_ptr<MainMenu> m_menu;
 };
 
-QTEST_MAIN(TestMainMenu)
+REGISTER_TEST(testrun::gui<TestMainMenu>);
 
 #include "test_mainmenu.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/testrun.h"
 #include "widgets/messagebox.h"
 
 #include <QApplication>
@@ -184,5 +185,5 @@ private:
     }
 };
 
-QTEST_MAIN(TestMessageBox)
+REGISTER_TEST(testrun::gui<TestMessageBox>);
 #include "test_messagebox.moc"

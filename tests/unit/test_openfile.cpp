@@ -2,6 +2,7 @@
 #include "tests/support/addresses.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 #include "widgets/openfile.h"
 
 #include <QApplication>
@@ -63,12 +64,6 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    const QApplication application(argc, argv);
-    TestOpenFile test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestOpenFile>);
 
 #include "test_openfile.moc"

@@ -1,4 +1,5 @@
 #include "engine/pointereffects.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -82,5 +83,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestPointerEffects)
+REGISTER_TEST(testrun::core<TestPointerEffects>);
 #include "test_pointereffects.moc"

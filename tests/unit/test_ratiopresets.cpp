@@ -1,5 +1,6 @@
 #include "mainwindow/capturearea.h"
 #include "mainwindow/ratiopresets.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -61,6 +62,6 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(TestRatioPresets)
+REGISTER_TEST(testrun::core<TestRatioPresets>);
 
 #include "test_ratiopresets.moc"

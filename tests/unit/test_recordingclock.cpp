@@ -1,4 +1,5 @@
 #include "mainwindow/recordingclock.h"
+#include "tests/support/testrun.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>
@@ -63,6 +64,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestRecordingClock)
+REGISTER_TEST(testrun::core<TestRecordingClock>);
 
 #include "test_recordingclock.moc"

@@ -1,4 +1,5 @@
 #include "engine/recordingend.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -38,5 +39,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestRecordingEnd)
+REGISTER_TEST(testrun::core<TestRecordingEnd>);
 #include "test_recordingend.moc"

@@ -1,4 +1,5 @@
 #include "engine/recordingformat.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -28,5 +29,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestRecordingFormat)
+REGISTER_TEST(testrun::core<TestRecordingFormat>);
 #include "test_recordingformat.moc"

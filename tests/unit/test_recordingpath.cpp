@@ -1,4 +1,5 @@
 #include "mainwindow/recordingpath.h"
+#include "tests/support/testrun.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -155,5 +156,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestRecordingPath)
+REGISTER_TEST(testrun::core<TestRecordingPath>);
 #include "test_recordingpath.moc"

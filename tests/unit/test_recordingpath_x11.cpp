@@ -1,4 +1,5 @@
 #include "mainwindow/recordingpath.h"
+#include "tests/support/testrun.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -21,5 +22,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestRecordingPathX11)
+REGISTER_TEST(testrun::core<TestRecordingPathX11>);
 #include "test_recordingpath_x11.moc"

@@ -2,6 +2,7 @@
 #include "mainwindow/recorderport.h"
 #include "mainwindow/recordingsession.h"
 #include "mainwindow/recordingstage.h"
+#include "tests/support/testrun.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -788,5 +789,5 @@ private:
     std::unique_ptr<RecordingSession> m_session;
 };
 
-QTEST_GUILESS_MAIN(TestRecordingSession)
+REGISTER_TEST(testrun::core<TestRecordingSession>);
 #include "test_recordingsession.moc"

@@ -1,4 +1,5 @@
 #include "engine/resumemeeting.h"
+#include "tests/support/testrun.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -163,5 +164,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestResumeMeeting)
+REGISTER_TEST(testrun::core<TestResumeMeeting>);
 #include "test_resumemeeting.moc"

@@ -159,9 +159,6 @@ private:
     std::unique_ptr<SCAboutWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestSCAboutWindow>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSCAboutWindow>);
 
 #include "test_scaboutwindow.moc"

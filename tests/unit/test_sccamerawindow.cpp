@@ -343,9 +343,6 @@ private:
     std::unique_ptr<SCCameraWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestSCCameraWindow>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSCCameraWindow>);
 
 #include "test_sccamerawindow.moc"

@@ -183,9 +183,6 @@ private:
     static void storeHotkey(const QString& hotkey) { openSettings()->setValue(settingskeys::kRecordingHotkey, hotkey); }
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestSCCountdownWidget>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSCCountdownWidget>);
 
 #include "test_sccountdownwidget.moc"

@@ -3,6 +3,7 @@
 #include "tests/support/filelibrary.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/windowtest.h"
 
 #include <QApplication>
 #include <QDateTime>
@@ -494,14 +495,6 @@ private:
     ProducedFiles m_produced;
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    appidentity::apply();
-    const LibraryRefuge refuge;
-    QApplication application(argc, argv);
-    TestSCFileManager test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSCFileManager>);
 
 #include "test_scfilemanager.moc"

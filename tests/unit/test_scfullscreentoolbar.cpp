@@ -1,5 +1,6 @@
 #include "mainwindow/scfullscreentoolbar.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -587,12 +588,6 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestSCFullscreenToolbar test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestSCFullscreenToolbar>);
 
 #include "test_scfullscreentoolbar.moc"

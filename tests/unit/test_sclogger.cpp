@@ -2,6 +2,7 @@
 #include "app/sclogger.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testregistry.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -280,10 +281,12 @@ private:
     }
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
     TestSCLogger test;
     return QTest::qExec(&test, argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_sclogger.moc"

@@ -1034,9 +1034,6 @@ private:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestSCMainWindow>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSCMainWindow>);
 
 #include "test_scmainwindow.moc"

@@ -3,6 +3,7 @@
 #include "screenshot/scscreenshot.h"
 #include "tests/support/fulldisk.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QDir>
@@ -93,13 +94,6 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestScreenshotDisk test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestScreenshotDisk>);
 
 #include "test_screenshotdisk_x11.moc"

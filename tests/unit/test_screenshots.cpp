@@ -311,9 +311,6 @@ private:
     std::unique_ptr<SCMainWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestScreenshots>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestScreenshots>);
 
 #include "test_screenshots.moc"

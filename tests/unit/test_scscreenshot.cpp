@@ -202,9 +202,6 @@ private:
     QString m_folder;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestSCScreenshot>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSCScreenshot>);
 
 #include "test_scscreenshot.moc"

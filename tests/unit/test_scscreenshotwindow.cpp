@@ -581,9 +581,6 @@ private:
     QList<QRect> m_areas;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestSCScreenshotWindow>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSCScreenshotWindow>);
 
 #include "test_scscreenshotwindow.moc"

@@ -476,9 +476,6 @@ private:
     std::unique_ptr<SCSettingsWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestSCSettingsWindow>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSCSettingsWindow>);
 
 #include "test_scsettingswindow.moc"

@@ -1,4 +1,5 @@
 #include "overlays/scswitchwidget.h"
+#include "tests/support/testrun.h"
 #include "tests/support/widgetpicture.h"
 
 #include <QImage>
@@ -181,5 +182,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestSCSwitchWidget)
+REGISTER_TEST(testrun::gui<TestSCSwitchWidget>);
 #include "test_scswitchwidget.moc"

@@ -1,6 +1,7 @@
 #include "app/sctranslator.h"
 #include "app/settingstables.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/testrun.h"
 #include "tests/support/translationfile.h"
 
 #include <QCoreApplication>
@@ -221,5 +222,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSCTranslator)
+REGISTER_TEST(testrun::core<TestSCTranslator>);
 #include "test_sctranslator.moc"

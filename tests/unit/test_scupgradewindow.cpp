@@ -263,9 +263,6 @@ private:
     static int page(const QWidget& window) { return child<QStackedWidget>(window, "stackedWidget")->currentIndex(); }
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestSCUpgradeWindow>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSCUpgradeWindow>);
 
 #include "test_scupgradewindow.moc"

@@ -3,6 +3,7 @@
 #include "platform/shared_segment.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -190,13 +191,6 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    appidentity::apply();
-    const QCoreApplication application(argc, argv);
-    TestSegmentNumbers test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::core<TestSegmentNumbers>);
 
 #include "test_segmentnumbers.moc"

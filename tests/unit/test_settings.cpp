@@ -2,6 +2,7 @@
 #include "app/settingsfile.h"
 #include "app/settingstables.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -177,12 +178,6 @@ private:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    const QCoreApplication application(argc, argv);
-    TestSettings test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::core<TestSettings>);
 
 #include "test_settings.moc"

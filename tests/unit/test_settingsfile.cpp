@@ -1,4 +1,5 @@
 #include "app/settingsfile.h"
+#include "tests/support/testrun.h"
 
 #include <QBuffer>
 #include <QRandomGenerator>
@@ -183,5 +184,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSettingsFile)
+REGISTER_TEST(testrun::core<TestSettingsFile>);
 #include "test_settingsfile.moc"

@@ -1,6 +1,7 @@
 #include "app/appidentity.h"
 #include "app/settings.h"
 #include "tests/support/settingsrefuge.h"
+#include "tests/support/testrun.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -60,5 +61,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSettingsStore)
+REGISTER_TEST(testrun::core<TestSettingsStore>);
 #include "test_settingsstore_win.moc"

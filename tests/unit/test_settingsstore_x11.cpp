@@ -2,6 +2,7 @@
 #include "app/settings.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testregistry.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -128,7 +129,7 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
     const TestProfile profile;
     appidentity::apply();
@@ -136,5 +137,7 @@ int main(int argc, char* argv[])
     TestSettingsStore test(profile.path());
     return QTest::qExec(&test, argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_settingsstore_x11.moc"

@@ -4,6 +4,7 @@
 #include "platform/shared_segment.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testregistry.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -29,14 +30,15 @@ namespace {
 constexpr qint64 kPromptMs = 2000;
 constexpr int kTimeoutMs = 20'000;
 
-/// Another copy of the program that stands still, where this test program plays it (see main()).
+/// Another copy of the program that stands still, where this test program plays it (see run()).
 class StandingCopy
 {
 public:
     /// @param with what it holds: "gate", "lock", "segment"; and whether its process id is "published" there.
     StandingCopy(const QString& key, const QStringList& with) : m_segment(key)
     {
-        m_process.start(QCoreApplication::applicationFilePath(), QStringList{"stand-still", key} + with);
+        m_process.start(QCoreApplication::applicationFilePath(),
+                        QStringList{"test_singleinstance", "stand-still", key} + with);
         m_isThere = m_process.waitForReadyRead(kTimeoutMs) && m_process.readLine().trimmed() == "there";
     }
     ~StandingCopy()
@@ -340,7 +342,7 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
     // In the profile of the test that started it.
     if (argc > 2 && QString(argv[1]) == "stand-still")
@@ -351,5 +353,7 @@ int main(int argc, char* argv[])
     TestSingleInstance test;
     return QTest::qExec(&test, argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_singleinstance.moc"

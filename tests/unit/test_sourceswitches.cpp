@@ -213,9 +213,6 @@ private:
     VolumeControl* m_micMeter = nullptr;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestSourceSwitches>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestSourceSwitches>);
 
 #include "test_sourceswitches.moc"

@@ -1,4 +1,5 @@
 #include "tests/support/messagecapture.h"
+#include "tests/support/testrun.h"
 #include "widgets/stylesheet.h"
 
 #include <QApplication>
@@ -101,5 +102,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestStyleSheet)
+REGISTER_TEST(testrun::gui<TestStyleSheet>);
 #include "test_stylesheet.moc"

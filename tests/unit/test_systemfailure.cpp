@@ -1,6 +1,7 @@
 #include "platform/system_failure.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/reportedfailures.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -41,6 +42,6 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(TestSystemFailure)
+REGISTER_TEST(testrun::core<TestSystemFailure>);
 
 #include "test_systemfailure.moc"

@@ -1,5 +1,6 @@
 #include "tests/support/shownclock.h"
 #include "tests/support/testpicture.h"
+#include "tests/support/testrun.h"
 #include "tests/support/testtone.h"
 
 #include <QTest>
@@ -186,5 +187,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestTestPicture)
+REGISTER_TEST(testrun::core<TestTestPicture>);
 #include "test_testpicture.moc"

@@ -1,4 +1,5 @@
 #include "mainwindow/tile.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -64,6 +65,6 @@ private:
     static QColor colour(Tile& tile) { return tile.grab().toImage().pixelColor(3, 3); }
 };
 
-QTEST_MAIN(TestTile)
+REGISTER_TEST(testrun::gui<TestTile>);
 
 #include "test_tile.moc"

@@ -1,5 +1,6 @@
 #include "mainwindow/scfullscreentoolbar.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QImage>
@@ -108,13 +109,13 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
     // Off screen there are no windows of the system's.
     qputenv("QT_QPA_PLATFORM", "windows");
-    const QApplication application(argc, argv);
-    TestToolbarFade test;
-    return QTest::qExec(&test, argc, argv);
+    return testrun::gui<TestToolbarFade>(argc, argv);
 }
+
+REGISTER_TEST(run);
 
 #include "test_toolbarfade_win.moc"

@@ -1,4 +1,5 @@
 #include "mainwindow/toolbarplacement.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -85,5 +86,5 @@ private:
     static constexpr QSize kBar{280, 40};
 };
 
-QTEST_APPLESS_MAIN(TestToolbarPlacement)
+REGISTER_TEST(testrun::core<TestToolbarPlacement>);
 #include "test_toolbarplacement.moc"

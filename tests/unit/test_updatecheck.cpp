@@ -321,9 +321,6 @@ private:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestUpdateCheck>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestUpdateCheck>);
 
 #include "test_updatecheck.moc"

@@ -1,4 +1,5 @@
 #include "dialogs/updatedocument.h"
+#include "tests/support/testrun.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -110,6 +111,6 @@ private:
     static QJsonObject object(const QByteArray& body) { return updatedocument::parsed(body).value(); }
 };
 
-QTEST_GUILESS_MAIN(TestUpdateDocument)
+REGISTER_TEST(testrun::core<TestUpdateDocument>);
 
 #include "test_updatedocument.moc"

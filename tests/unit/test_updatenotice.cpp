@@ -191,9 +191,6 @@ private:
     std::unique_ptr<SCMainWindow> m_window;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestUpdateNotice>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestUpdateNotice>);
 
 #include "test_updatenotice.moc"

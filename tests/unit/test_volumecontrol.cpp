@@ -1,4 +1,5 @@
 #include "engine/volumecontrol.h"
+#include "tests/support/testrun.h"
 #include "tests/support/widgetpicture.h"
 
 #include <QImage>
@@ -218,5 +219,5 @@ private:
     };
 };
 
-QTEST_MAIN(TestVolumeControl)
+REGISTER_TEST(testrun::gui<TestVolumeControl>);
 #include "test_volumecontrol.moc"

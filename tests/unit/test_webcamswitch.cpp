@@ -7,6 +7,7 @@
 #include "overlays/scswitchwidget.h"
 #include "tests/support/fakecameras.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 #include "widgets/messagebox.h"
 
 #include <QApplication>
@@ -185,13 +186,6 @@ private:
     SCSwitchWidget* m_control = nullptr;
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    appidentity::apply();
-    QApplication application(argc, argv);
-    TestWebcamSwitch test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestWebcamSwitch>);
 
 #include "test_webcamswitch.moc"

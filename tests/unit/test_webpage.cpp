@@ -1,6 +1,7 @@
 #include "tests/support/addresses.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/testrun.h"
 #include "widgets/webpage.h"
 
 #include <QApplication>
@@ -66,12 +67,6 @@ private slots:
     }
 };
 
-int main(int argc, char* argv[])
-{
-    const TestProfile profile;
-    QApplication application(argc, argv);
-    TestWebPage test;
-    return QTest::qExec(&test, argc, argv);
-}
+REGISTER_TEST(testrun::gui<TestWebPage>);
 
 #include "test_webpage.moc"

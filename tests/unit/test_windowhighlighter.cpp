@@ -1,6 +1,7 @@
 #include "app/sctranslator.h"
 #include "overlays/windowhighlighter.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/testrun.h"
 #include "tests/support/widgetpicture.h"
 #include "widgets/messagebox.h"
 
@@ -163,7 +164,8 @@ private slots:
     void aSecondInstanceIsFatal()
     {
         QProcess program;
-        program.start(QCoreApplication::applicationFilePath(), {kSecondInstance});
+        program.start(QCoreApplication::applicationFilePath(),
+                      {QStringLiteral("test_windowhighlighter"), kSecondInstance});
         QVERIFY(program.waitForFinished(60000));
         QCOMPARE(program.exitStatus(), QProcess::NormalExit);
         QCOMPARE(program.exitCode(), kFatalExitCode);
@@ -548,14 +550,14 @@ private:
     }
 };
 
-int main(int argc, char* argv[])
+static int run(int argc, char* argv[])
 {
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    if (QCoreApplication::arguments().contains(kSecondInstance))
-        return makeTwo();
-    TestWindowHighlighter test;
-    return QTest::qExec(&test, argc, argv);
+    if (argc != 2 || argv[1] != kSecondInstance)
+        return testrun::gui<TestWindowHighlighter>(argc, argv);
+    const QApplication application(argc, argv);
+    return makeTwo();
 }
+
+REGISTER_TEST(run);
 
 #include "test_windowhighlighter.moc"

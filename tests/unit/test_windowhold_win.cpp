@@ -1,4 +1,5 @@
 #include "platform/window_hold.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -66,6 +67,6 @@ private:
     }
 };
 
-QTEST_APPLESS_MAIN(TestWindowHold)
+REGISTER_TEST(testrun::core<TestWindowHold>);
 
 #include "test_windowhold_win.moc"

@@ -1,4 +1,5 @@
 #include "platform/windows_path.h"
+#include "tests/support/testrun.h"
 
 #include <QTest>
 
@@ -48,6 +49,6 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(TestWindowsPath)
+REGISTER_TEST(testrun::core<TestWindowsPath>);
 
 #include "test_windowspath.moc"

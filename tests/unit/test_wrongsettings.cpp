@@ -141,9 +141,6 @@ private:
     QMap<QString, QVariant> m_before;
 };
 
-int main(int argc, char* argv[])
-{
-    return windowtest::run<TestWrongSettings>(argc, argv);
-}
+REGISTER_TEST(windowtest::run<TestWrongSettings>);
 
 #include "test_wrongsettings.moc"

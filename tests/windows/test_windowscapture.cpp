@@ -1,5 +1,6 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
+#include "tests/support/testrun.h"
 #include "tests/windows/windowsuser.h"
 
 #include <QGuiApplication>
@@ -285,5 +286,5 @@ void TestWindowsCapture::theHookFramesTheDeepestWindowAndSwallowsNoClick()
     QCOMPARE(m_target.readAll().trimmed(), QByteArray("button pressed"));
 }
 
-QTEST_MAIN(TestWindowsCapture)
+REGISTER_TEST(testrun::gui<TestWindowsCapture>);
 #include "test_windowscapture.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/testrun.h"
 #include "tests/windows/windowsuser.h"
 
 #include <QTest>
@@ -215,5 +216,5 @@ void TestWindowsDialogs::closeButtonOfTheMainWindowEndsTheProgramWithZero()
     QVERIFY2(m_program->endedWell(), qPrintable(m_program->transcript()));
 }
 
-QTEST_MAIN(TestWindowsDialogs)
+REGISTER_TEST(testrun::gui<TestWindowsDialogs>);
 #include "test_windowsdialogs.moc"

@@ -1,5 +1,6 @@
 #include "tests/recording/formatjudge.h"
 #include "tests/recording/recordinghelpers.h"
+#include "tests/support/testrun.h"
 #include "tests/windows/windowsprogram.h"
 
 #include <QGuiApplication>
@@ -52,5 +53,5 @@ private:
     WindowsPerformance m_performance;
 };
 
-QTEST_MAIN(TestWindowsFormats)
+REGISTER_TEST(testrun::gui<TestWindowsFormats>);
 #include "test_windowsformats.moc"

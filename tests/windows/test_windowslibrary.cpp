@@ -1,4 +1,5 @@
 #include "tests/recording/recordinghelpers.h"
+#include "tests/support/testrun.h"
 #include "tests/windows/windowsuser.h"
 
 #include <QFile>
@@ -166,5 +167,5 @@ void TestWindowsLibrary::selectedFilesAreDeletedFromDiskTogether()
     QTRY_COMPARE_WITH_TIMEOUT(made().entryList(QDir::Files), QStringList{"b.mp4"}, kTimeoutMs);
 }
 
-QTEST_MAIN(TestWindowsLibrary)
+REGISTER_TEST(testrun::gui<TestWindowsLibrary>);
 #include "test_windowslibrary.moc"

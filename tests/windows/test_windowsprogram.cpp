@@ -1,6 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/minidump.h"
+#include "tests/support/testrun.h"
 #include "tests/windows/windowsuser.h"
 
 #include <QFileInfo>
@@ -215,5 +216,5 @@ void TestWindowsProgram::anAccessViolationLeavesACrashReport()
         QVERIFY2(modules.filter(QLatin1String(name)).size() == 1, qPrintable(modules.join(QLatin1Char(' '))));
 }
 
-QTEST_MAIN(TestWindowsProgram)
+REGISTER_TEST(testrun::gui<TestWindowsProgram>);
 #include "test_windowsprogram.moc"

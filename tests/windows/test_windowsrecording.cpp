@@ -1,5 +1,6 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
+#include "tests/support/testrun.h"
 #include "tests/windows/windowsprogram.h"
 
 #include <QElapsedTimer>
@@ -203,5 +204,5 @@ void TestWindowsRecording::theHeldWindowTakesNoFocusFromAnother()
     other.waitForFinished();
 }
 
-QTEST_MAIN(TestWindowsRecording)
+REGISTER_TEST(testrun::gui<TestWindowsRecording>);
 #include "test_windowsrecording.moc"

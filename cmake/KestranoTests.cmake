@@ -1,0 +1,123 @@
+# Tests. All tests of a kind are one executable, kestrano_<kind>_tests. Each source registers one class in it
+# (tests/support/testregistry.h), and CTest starts the executable once for each class.
+#
+# unit       without a display, also under Wine
+# engine     the real core of libobs, on a private desktop
+# desktop    real windows, on a private desktop
+# recording  the program from its start to its file, on a private desktop
+# windows    Linux programs that drive the Windows program in Wine (tools/test-windows)
+#
+# The kind is the CTest label. Tests that judge frames or timing run alone and have the label "alone" as well; the label
+# "smoke" is a short run over everything.
+
+# Qt Test defines the folder of each target that links it. No test looks for data that way, and the definitions would
+# keep targets of several folders from sharing one precompiled header.
+get_target_property(definitions Qt6::Test INTERFACE_COMPILE_DEFINITIONS)
+list(FILTER definitions EXCLUDE REGEX QT_TESTCASE_)
+set_target_properties(Qt6::Test PROPERTIES INTERFACE_COMPILE_DEFINITIONS "${definitions}")
+
+# kestrano_add_test_program(<kind> [SOURCES <files>] [LINKS <libraries>] [NEEDS <targets>])
+# NEEDS are programs that the tests start.
+function(kestrano_add_test_program kind)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS;NEEDS")
+  kestrano_add_test_executable(kestrano_${kind}_tests SOURCES ${arg_SOURCES} LINKS ${arg_LINKS} NEEDS ${arg_NEEDS})
+endfunction()
+
+# A test executable of any name.
+function(kestrano_add_test_executable target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS;NEEDS")
+  add_executable(${target} ${arg_SOURCES})
+  target_link_libraries(${target} PRIVATE kestrano_test_main kestrano_test_support ${arg_LINKS})
+  target_precompile_headers(${target} REUSE_FROM kestrano_test_support)
+  set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
+  if(arg_NEEDS)
+    add_dependencies(${target} ${arg_NEEDS})
+  endif()
+endfunction()
+
+# kestrano_add_tests(<kind> <name>... [<options of kestrano_add_test>])
+# Each test test_<name> from test_<name>.cpp.
+function(kestrano_add_tests kind)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "WHOLE_STACKS;ALONE" "TIMEOUT" "DESKTOP_ARGS")
+  foreach(option WHOLE_STACKS ALONE)
+    if(arg_${option})
+      list(APPEND options ${option})
+    endif()
+  endforeach()
+  foreach(option TIMEOUT DESKTOP_ARGS)
+    if(arg_${option})
+      list(APPEND options ${option} ${arg_${option}})
+    endif()
+  endforeach()
+  foreach(name IN LISTS arg_UNPARSED_ARGUMENTS)
+    kestrano_add_test(${kind} test_${name} ${options})
+  endforeach()
+endfunction()
+
+# kestrano_add_test(<kind> <name> [SOURCE <file>] [STANDALONE] [LINKS <libraries>] [SOURCES <files>] [VARIANT <name>]
+#                   [FUNCTIONS <names>] [DESKTOP_ARGS <arguments>] [ENVIRONMENT <variables>] [TIMEOUT <seconds>] [ALONE]
+#                   [WHOLE_STACKS])
+# SOURCE        by default <name>.cpp.
+# STANDALONE    an executable <name> of its own, with LINKS and further SOURCES: for a test that replaces a function of a
+#               library.
+# VARIANT       the test once more, as <name>_<variant>, in another environment: whole, or only FUNCTIONS.
+# DESKTOP_ARGS  for tools/private-desktop.
+# ALONE         judges frames or timing.
+# WHOLE_STACKS  the leak sanitizer walks whole stacks: the test has leaks of libraries that only the far end of the stack
+#               identifies (tests/support/lsan-whole-stacks.supp).
+function(kestrano_add_test kind name)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "STANDALONE;ALONE;WHOLE_STACKS" "SOURCE;TIMEOUT;VARIANT"
+                        "LINKS;SOURCES;FUNCTIONS;DESKTOP_ARGS;ENVIRONMENT")
+  if(NOT kind STREQUAL "unit" AND WIN32)
+    return()
+  endif()
+  if(NOT arg_SOURCE)
+    set(arg_SOURCE ${name}.cpp)
+  endif()
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  get_filename_component(stem ${arg_SOURCE} NAME_WE)
+  set(target kestrano_${kind}_tests)
+  if(TARGET ${name})
+    set(target ${name})
+  endif()
+  set(test ${name})
+  if(arg_VARIANT)
+    set(test ${name}_${arg_VARIANT})
+  elseif(arg_STANDALONE)
+    set(target ${name})
+    kestrano_add_test_executable(${target} SOURCES ${arg_SOURCE} ${arg_SOURCES} LINKS ${arg_LINKS})
+  else()
+    target_sources(${target} PRIVATE ${arg_SOURCE})
+  endif()
+
+  set(environment ${arg_ENVIRONMENT})
+  if(KESTRANO_SANITIZERS)
+    set(suppressions lsan.supp)
+    set(asan_options detect_leaks=1)
+    if(arg_WHOLE_STACKS)
+      set(suppressions lsan-whole-stacks.supp)
+      string(APPEND asan_options :fast_unwind_on_malloc=0)
+    endif()
+    list(APPEND environment
+         "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/${suppressions}:print_suppressions=0"
+         "UBSAN_OPTIONS=print_stacktrace=1" "ASAN_OPTIONS=${asan_options}")
+  endif()
+  if(kind STREQUAL "unit")
+    add_test(NAME ${test} COMMAND ${target} ${stem} ${arg_FUNCTIONS})
+    list(APPEND environment "QT_QPA_PLATFORM=offscreen")
+    # The tests must not see the caller's desktop. Wine cannot do without one.
+    if(NOT WIN32)
+      list(APPEND environment "DISPLAY=")
+    endif()
+  else()
+    add_test(NAME ${test} COMMAND "${PROJECT_SOURCE_DIR}/tools/private-desktop" ${arg_DESKTOP_ARGS} --
+                                  $<TARGET_FILE:${target}> ${stem} ${arg_FUNCTIONS})
+  endif()
+  set_tests_properties(${test} PROPERTIES LABELS ${kind} TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${environment}")
+  if(arg_ALONE)
+    set_property(TEST ${test} APPEND PROPERTY LABELS alone)
+    set_tests_properties(${test} PROPERTIES RUN_SERIAL ON)
+  endif()
+endfunction()
