@@ -58,10 +58,14 @@ else()
               -Wlogical-op>
               $<$<BOOL:${KESTRANO_WARNINGS_AS_ERRORS}>:-Werror>)
 endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # ccache needs it to see which precompiled header a source uses.
+  target_compile_options(kestrano_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fpch-preprocess>)
+endif()
 if(KESTRANO_SANITIZERS)
-  target_compile_options(kestrano_options INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer
+  target_compile_options(kestrano_options INTERFACE -fsanitize=${KESTRANO_SANITIZERS} -fno-omit-frame-pointer
                                                     -fno-sanitize-recover=undefined)
-  target_link_options(kestrano_options INTERFACE -fsanitize=address,undefined)
+  target_link_options(kestrano_options INTERFACE -fsanitize=${KESTRANO_SANITIZERS})
 endif()
 if(WIN32)
   target_compile_definitions(kestrano_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN

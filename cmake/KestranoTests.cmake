@@ -7,8 +7,12 @@
 # recording  the program from its start to its file, on a private desktop
 # windows    Linux programs that drive the Windows program in Wine (tools/test-windows)
 #
-# The kind is the CTest label. Tests that judge frames or timing run alone and have the label "alone" as well; the label
-# "smoke" is a short run over everything.
+# The kind is the CTest label. Further labels:
+#
+# alone      judges frames or timing: runs while no other test does
+# smoke      belongs to the short run over everything (tools/test --smoke)
+# excerpt    a part of another test, for the short run only
+# threads    has threads: runs under the thread sanitizer (tools/test --tsan)
 
 # Qt Test defines the folder of each target that links it. No test looks for data that way, and the definitions would
 # keep targets of several folders from sharing one precompiled header.
@@ -38,13 +42,13 @@ endfunction()
 # kestrano_add_tests(<kind> <name>... [<options of kestrano_add_test>])
 # Each test test_<name> from test_<name>.cpp.
 function(kestrano_add_tests kind)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "WHOLE_STACKS;ALONE" "TIMEOUT" "DESKTOP_ARGS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "WHOLE_STACKS;ALONE" "TIMEOUT" "DESKTOP_ARGS;LABELS")
   foreach(option WHOLE_STACKS ALONE)
     if(arg_${option})
       list(APPEND options ${option})
     endif()
   endforeach()
-  foreach(option TIMEOUT DESKTOP_ARGS)
+  foreach(option TIMEOUT DESKTOP_ARGS LABELS)
     if(arg_${option})
       list(APPEND options ${option} ${arg_${option}})
     endif()
@@ -56,7 +60,7 @@ endfunction()
 
 # kestrano_add_test(<kind> <name> [SOURCE <file>] [STANDALONE] [LINKS <libraries>] [SOURCES <files>] [VARIANT <name>]
 #                   [FUNCTIONS <names>] [DESKTOP_ARGS <arguments>] [ENVIRONMENT <variables>] [TIMEOUT <seconds>] [ALONE]
-#                   [WHOLE_STACKS])
+#                   [LABELS <labels>] [WHOLE_STACKS])
 # SOURCE        by default <name>.cpp.
 # STANDALONE    an executable <name> of its own, with LINKS and further SOURCES: for a test that replaces a function of a
 #               library.
@@ -67,7 +71,7 @@ endfunction()
 #               identifies (tests/support/lsan-whole-stacks.supp).
 function(kestrano_add_test kind name)
   cmake_parse_arguments(PARSE_ARGV 2 arg "STANDALONE;ALONE;WHOLE_STACKS" "SOURCE;TIMEOUT;VARIANT"
-                        "LINKS;SOURCES;FUNCTIONS;DESKTOP_ARGS;ENVIRONMENT")
+                        "LINKS;SOURCES;FUNCTIONS;DESKTOP_ARGS;ENVIRONMENT;LABELS")
   if(NOT kind STREQUAL "unit" AND WIN32)
     return()
   endif()
@@ -93,7 +97,9 @@ function(kestrano_add_test kind name)
   endif()
 
   set(environment ${arg_ENVIRONMENT})
-  if(KESTRANO_SANITIZERS)
+  if(KESTRANO_SANITIZERS STREQUAL "thread")
+    list(APPEND environment "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp:print_suppressions=0")
+  elseif(KESTRANO_SANITIZERS)
     set(suppressions lsan.supp)
     set(asan_options detect_leaks=1)
     if(arg_WHOLE_STACKS)
@@ -115,9 +121,23 @@ function(kestrano_add_test kind name)
     add_test(NAME ${test} COMMAND "${PROJECT_SOURCE_DIR}/tools/private-desktop" ${arg_DESKTOP_ARGS} --
                                   $<TARGET_FILE:${target}> ${stem} ${arg_FUNCTIONS})
   endif()
+  # Which executable a test is in: tools/test builds only what the tests that it runs need.
+  set_property(GLOBAL APPEND_STRING PROPERTY KESTRANO_TEST_TARGETS "${test} ${target}\n")
   set_tests_properties(${test} PROPERTIES LABELS ${kind} TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${environment}")
+  if(kind STREQUAL "unit")
+    list(APPEND arg_LABELS smoke)
+  endif()
+  if(arg_LABELS)
+    set_property(TEST ${test} APPEND PROPERTY LABELS ${arg_LABELS})
+  endif()
   if(arg_ALONE)
     set_property(TEST ${test} APPEND PROPERTY LABELS alone)
     set_tests_properties(${test} PROPERTIES RUN_SERIAL ON)
   endif()
+endfunction()
+
+# Call it when all tests have been added.
+function(kestrano_write_test_targets)
+  get_property(targets GLOBAL PROPERTY KESTRANO_TEST_TARGETS)
+  file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/test-targets.txt" CONTENT "${targets}" @ONLY)
 endfunction()

@@ -39,17 +39,32 @@ logged() {
     return $status
 }
 
-# build_preset <preset> <folder> [target]...: configures and builds one preset of CMakePresets.json.
-build_preset() {
-    local preset=$1 folder=$2 begun=$SECONDS
+# configure_preset <preset> <folder>
+configure_preset() {
+    cd "$root" || die "cannot enter $root"
+    say "Configuring (preset $1, folder $2)"
+    logged "$2/logs/configure.log" cmake --preset "$1" || die "configuring failed; the reason stands above"
+}
+
+# A folder that is configured is configured again by the build when that is needed.
+configure_preset_once() {
+    [[ -f $root/$2/build.ninja ]] || configure_preset "$1" "$2"
+}
+
+# build_targets <preset> <folder> [target]...
+build_targets() {
+    local preset=$1 folder=$2 begun=$SECONDS targets=()
     shift 2
-    local targets=()
     (($# == 0)) || targets=(--target "$@")
     cd "$root" || die "cannot enter $root"
-    say "Configuring (preset $preset, folder $folder)"
-    logged "$folder/logs/configure.log" cmake --preset "$preset" || die "configuring failed; the reason stands above"
-    say "Building"
+    say "Building ${*:-all}"
     logged "$folder/logs/build.log" cmake --build --preset "$preset" -j "$(nproc)" "${targets[@]}" ||
         die "the build failed; the reason stands above"
     say "Built in $(minutes $((SECONDS - begun)))"
+}
+
+# build_preset <preset> <folder> [target]...: configures and builds one preset of CMakePresets.json.
+build_preset() {
+    configure_preset "$1" "$2"
+    build_targets "$@"
 }
