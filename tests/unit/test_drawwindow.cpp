@@ -118,6 +118,17 @@ Report report(bool isMoving, const QRect& inside)
     return {isMoving, inside.topLeft(), inside.bottomRight()};
 }
 
+struct PaintCounter : QObject
+{
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+    int count = 0;
+};
+
 } // namespace
 
 class TestDrawWindow : public QObject
@@ -755,8 +766,10 @@ private slots:
         window.setGeometry(kPlace);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
+        PaintCounter painted;
+        window.installEventFilter(&painted);
         window.resize(500, 350);
-        QTest::qWait(50);
+        QTRY_VERIFY(painted.count > 0);
         const QImage shown = window.windowHandle()->screen()->grabWindow(window.winId()).toImage();
         if (!shown.isNull() && shown.size() == QSize(500, 350))
             QVERIFY(shown.pixelColor(398, 100) != kBlue);
