@@ -203,7 +203,7 @@ private slots:
         m_window->initializeCapture();
         chooseRegion(QRect(100, 80, 400, 240));
         emit frame()->windowGeometryChanged(true, {120, 80}, {519, 319});
-        QTest::qWait(100);
+        QVERIFY(waitForUpdates());
         QCOMPARE(settingOf("crop_filter", "left"), QJsonValue(125));
         emit frame()->windowGeometryChanged(false, {120, 80}, {519, 319});
         QTRY_COMPARE(settingOf("crop_filter", "left"), QJsonValue(150));
@@ -212,7 +212,7 @@ private slots:
         emit frame()->windowGeometryChanged(true, {200, 80}, {599, 319});
         QTRY_COMPARE(settingOf("crop_filter", "left"), QJsonValue(250));
         emit frame()->windowGeometryChanged(false, {240, 80}, {639, 319});
-        QTest::qWait(100);
+        QVERIFY(waitForUpdates());
         QCOMPARE(settingOf("crop_filter", "left"), QJsonValue(250));
         button()->click();
         QTRY_VERIFY_WITH_TIMEOUT(!m_window->isMinimized(), kRoadTimeoutMs);
@@ -458,6 +458,12 @@ private:
         const auto found = std::find_if(windows.begin(), windows.end(),
                                         [](QWidget* window) { return qobject_cast<DrawWindow*>(window) != nullptr; });
         return found == windows.end() ? nullptr : qobject_cast<DrawWindow*>(*found);
+    }
+
+    /// The engine hands new settings to sources of pictures at its next picture.
+    static bool waitForUpdates()
+    {
+        return QTest::qWaitFor([wanted = obs_get_total_frames() + 3] { return obs_get_total_frames() >= wanted; });
     }
 
     void startRecording() const
