@@ -1,4 +1,5 @@
 #include "app/appidentity.h"
+#include "engine/obshandles.h"
 #include "tests/engine/stockengine.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testpicture.h"
@@ -11,14 +12,15 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <chrono>
 #include <cmath>
 
 namespace {
 
 constexpr int kVoiceHz = 720;
-/// The program looks for its microphone every second.
-constexpr int kNoticedMs = 1500;
+constexpr int kTimeoutMs = 20'000;
 constexpr int kStretchMs = 2000;
+constexpr uint32_t kMicrophoneChannel = 2;
 
 QString pactl(const QStringList& arguments)
 {
@@ -71,6 +73,29 @@ private:
     QProcess m_voice;
 };
 
+/// Whether one of the engine's two meters shows sound at present.
+class Loudness
+{
+public:
+    using Signal = void (ObsWrapper::*)(const float*, const float*, const float*);
+
+    Loudness(const ObsWrapper& engine, Signal levels)
+    {
+        QObject::connect(&engine, levels, &m_context, [this](const float* magnitudeDb, const float*, const float*) {
+            // Zero stands for no level at all.
+            m_isHeard = *magnitudeDb < 0.0F && *magnitudeDb > kAudibleDb;
+        });
+    }
+
+    bool isHeard() const { return m_isHeard; }
+
+private:
+    static constexpr float kAudibleDb = -50.0F;
+
+    bool m_isHeard = false;
+    QObject m_context;
+};
+
 } // namespace
 
 /// A microphone that vanishes while it is recorded, with the stock plug-ins and a real sound server.
@@ -84,8 +109,13 @@ private slots:
         QVERIFY(m_microphone.isThere());
         QCOMPARE(m_stock.showPicture(), QString());
         QCOMPARE(m_stock.playTone(), QString());
-        QCOMPARE(m_stock.start(), QString());
+        EngineTimings timings;
+        timings.microphoneInterval = std::chrono::milliseconds(100);
+        QCOMPARE(m_stock.start(timings), QString());
+        const Loudness microphone(m_stock.engine(), &ObsWrapper::micVolumeDataChange);
+        const Loudness desktop(m_stock.engine(), &ObsWrapper::playerVolumeDataChange);
         m_stock.engine().setMicDevice(true, QStringLiteral("default"));
+        QTRY_VERIFY_WITH_TIMEOUT(microphone.isHeard() && desktop.isHeard(), kTimeoutMs);
     }
 
     void cleanupTestCase() { m_stock.release(); }
@@ -93,15 +123,16 @@ private slots:
     void microphoneThatVanishesIsUsedAgainWhenItComesBack()
     {
         const QString path = m_folder.filePath(QStringLiteral("film"));
-        QTest::qWait(kStretchMs);
         QCOMPARE(m_stock.begin(path, 1), QString());
         m_begun = monotonicNow();
         const double with = stretch();
         m_microphone.pullOut();
-        QTest::qWait(kNoticedMs);
+        QTRY_VERIFY_WITH_TIMEOUT(isMicrophoneMuted(), kTimeoutMs);
         const double without = stretch();
         m_microphone.putIn();
-        QTest::qWait(kNoticedMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!isMicrophoneMuted(), kTimeoutMs);
+        const Loudness microphone(m_stock.engine(), &ObsWrapper::micVolumeDataChange);
+        QTRY_VERIFY_WITH_TIMEOUT(microphone.isHeard(), kTimeoutMs);
         const double again = stretch();
         QVERIFY(m_stock.engine().isRecording());
         QCOMPARE(m_stock.end(), QString());
@@ -129,6 +160,11 @@ private slots:
     }
 
 private:
+    static bool isMicrophoneMuted()
+    {
+        return obs_source_muted(ObsSourceHandle(obs_get_output_source(kMicrophoneChannel)).get());
+    }
+
     /// Lets the recording run and returns the second in it, about, in the middle of that time.
     double stretch() const
     {

@@ -12,13 +12,15 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <chrono>
 #include <cmath>
 
 namespace {
 
 constexpr double kNsPerSecond = 1e9;
-constexpr int kTakeMs = 1500;
-constexpr int kPauseMs = 1100;
+/// A second of a stretch is looked at, and a gap of a third of a second parts two of them.
+constexpr int kTakeMs = 1200;
+constexpr int kPauseMs = 600;
 
 /// One stretch of a recording that no pause interrupts.
 struct Stretch
@@ -203,26 +205,30 @@ private slots:
     {
         const QString path = m_folder.filePath(QStringLiteral("forced"));
         QCOMPARE(m_stock.begin(path, 0), QString());
-        QTest::qWait(2 * kTakeMs);
+        // Else the file would be empty.
+        const int frames = m_stock.engine().encoderDelayFrames() + StockEngine::kFps;
+        QTRY_VERIFY_WITH_TIMEOUT(m_stock.engine().recordedFrames() > static_cast<quint64>(frames), 20'000);
         QVERIFY(m_stock.engine().pauseRecording(true));
-        QTest::qWait(100);
         QCOMPARE(m_stock.engine().stopRecording(true), 0);
         QVERIFY(!m_stock.engine().isRecordingPaused());
         QVERIFY(MediaFile(path + QLatin1String(".mp4")).isReadable());
     }
 
+    // Runs last: it has an engine of its own.
     void stopInTheMiddleOfAResumeIsNotHeldUp()
     {
+        // Where the stop waited for picture and sound to meet, it would wait for ever.
+        EngineTimings timings;
+        timings.resumeLimit = std::chrono::hours(1);
+        m_stock.release();
+        QCOMPARE(m_stock.start(timings), QString());
         const QString path = m_folder.filePath(QStringLiteral("middle"));
         QCOMPARE(m_stock.begin(path, 1), QString());
         QTest::qWait(kTakeMs);
         QVERIFY(m_stock.engine().pauseRecording(true));
         QTest::qWait(kPauseMs);
         QVERIFY(m_stock.engine().pauseRecording(false));
-        QElapsedTimer timer;
-        timer.start();
         QCOMPARE(m_stock.engine().stopRecording(false), 0);
-        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
         QVERIFY(MediaFile(path + QLatin1String(".avi")).isReadable());
     }
 
