@@ -379,27 +379,23 @@ private slots:
         QCOMPARE(field("widthEdit"), QString());
     }
 
-    void sceneThatCannotBeMadeIsLoggedWithItsCode()
+    void sceneThatCannotBeMadeLeavesTheEngineRunning()
     {
         const MessageCapture messages;
         obsspy::failAt(QStringLiteral("obs_scene_create"));
         m_window->initializeCapture();
-        QVERIFY(messages.texts().contains("[ERROR] The capture scene could not be made: code -2"));
         QVERIFY(messages.texts().contains("[INFO] OBS initialized successfully"));
+        QVERIFY(!m_engine->isSceneRendered());
+        QCOMPARE(nameOnChannel(1), QStringLiteral("Desktop Audio"));
     }
 
-    void primaryScreenThatIsNoneOfTheMonitorsIsLoggedAndNotRecorded()
+    void primaryScreenThatIsNoneOfTheMonitorsIsNotRecorded()
     {
         behaviour().monitors = {{"A: 640x480 @ 1280,0", "a"}, {"B: 640x480 @ 1920,0", "b"}};
-        const QString warning = QStringLiteral(
-            "[WARNING] The primary screen is none of the engine's screens: \"A: 640x480 @ 1280,0\", \"B: 640x480 @ "
-            "1920,0\"");
-        {
-            const MessageCapture messages;
-            m_window->initializeCapture();
-            QCOMPARE(messages.texts(QtWarningMsg), QStringList{warning});
-        }
-        QCOMPARE(attemptToRecord(), (QStringList{warning, "[ERROR] Failed to prepare recording"}));
+        m_window->initializeCapture();
+        QCOMPARE(attemptToRecord().last(), QStringLiteral("[ERROR] Failed to prepare recording"));
+        QCOMPARE(standins::countOf(QStringLiteral("start output")), 0);
+        QVERIFY(settingOf("monitor_capture", "monitor_id").isUndefined());
     }
 
     void failedVideoResetIsLoggedAndNothingIsRecorded()
