@@ -70,8 +70,9 @@ private slots:
         QCOMPARE(standins::countOf("destroy output"), 0);
     }
 
-    void outputRestsForTenSecondsUnlessTheProgramEnds()
+    void outputHasThreeSecondsToStartAndRestsForTen()
     {
+        QCOMPARE(EngineTimings().outputStartLimit, std::chrono::seconds(3));
         const RestTimes times = EngineTimings().rest;
         QCOMPARE(times.rest, std::chrono::seconds(10));
         QCOMPARE(times.shortestRest, std::chrono::seconds(1));
