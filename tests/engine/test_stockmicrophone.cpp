@@ -12,7 +12,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <chrono>
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -20,6 +20,8 @@ namespace {
 constexpr int kVoiceHz = 720;
 constexpr int kTimeoutMs = 20'000;
 constexpr int kStretchMs = 2000;
+/// The plug-in, and the sound server with it, begin anew with a device that is back.
+constexpr int kReturnMs = 1500;
 constexpr uint32_t kMicrophoneChannel = 2;
 
 QString pactl(const QStringList& arguments)
@@ -28,6 +30,28 @@ QString pactl(const QStringList& arguments)
     process.start(QStringLiteral("pactl"), arguments);
     process.waitForFinished();
     return QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed();
+}
+
+/// The columns of every line of a list of the sound server's.
+QList<QStringList> listed(const char* kind)
+{
+    QList<QStringList> lines;
+    for (const QString& line : pactl({"list", "short", kind}).split(QLatin1Char('\n')))
+        lines << line.split(QLatin1Char('\t'));
+    return lines;
+}
+
+/// Whether somebody records from the source of this name.
+bool isListenedTo(const QString& source)
+{
+    for (const QStringList& there : listed("sources")) {
+        if (there.value(1) != source)
+            continue;
+        for (const QStringList& listener : listed("source-outputs"))
+            if (listener.value(1) == there.value(0))
+                return true;
+    }
+    return false;
 }
 
 /// The desktop's microphone, which can be pulled out and put in.
@@ -73,29 +97,6 @@ private:
     QProcess m_voice;
 };
 
-/// Whether one of the engine's two meters shows sound at present.
-class Loudness
-{
-public:
-    using Signal = void (ObsWrapper::*)(const float*, const float*, const float*);
-
-    Loudness(const ObsWrapper& engine, Signal levels)
-    {
-        QObject::connect(&engine, levels, &m_context, [this](const float* magnitudeDb, const float*, const float*) {
-            // Zero stands for no level at all.
-            m_isHeard = *magnitudeDb < 0.0F && *magnitudeDb > kAudibleDb;
-        });
-    }
-
-    bool isHeard() const { return m_isHeard; }
-
-private:
-    static constexpr float kAudibleDb = -50.0F;
-
-    bool m_isHeard = false;
-    QObject m_context;
-};
-
 } // namespace
 
 /// A microphone that vanishes while it is recorded, with the stock plug-ins and a real sound server.
@@ -109,13 +110,9 @@ private slots:
         QVERIFY(m_microphone.isThere());
         QCOMPARE(m_stock.showPicture(), QString());
         QCOMPARE(m_stock.playTone(), QString());
-        EngineTimings timings;
-        timings.microphoneInterval = std::chrono::milliseconds(100);
-        QCOMPARE(m_stock.start(timings), QString());
-        const Loudness microphone(m_stock.engine(), &ObsWrapper::micVolumeDataChange);
-        const Loudness desktop(m_stock.engine(), &ObsWrapper::playerVolumeDataChange);
+        QCOMPARE(m_stock.start(), QString());
         m_stock.engine().setMicDevice(true, QStringLiteral("default"));
-        QTRY_VERIFY_WITH_TIMEOUT(microphone.isHeard() && desktop.isHeard(), kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(isAllListenedTo(), kTimeoutMs);
     }
 
     void cleanupTestCase() { m_stock.release(); }
@@ -131,18 +128,19 @@ private slots:
         const double without = stretch();
         m_microphone.putIn();
         QTRY_VERIFY_WITH_TIMEOUT(!isMicrophoneMuted(), kTimeoutMs);
-        const Loudness microphone(m_stock.engine(), &ObsWrapper::micVolumeDataChange);
-        QTRY_VERIFY_WITH_TIMEOUT(microphone.isHeard(), kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(isAllListenedTo(), kTimeoutMs);
+        QTest::qWait(kReturnMs);
         const double again = stretch();
         QVERIFY(m_stock.engine().isRecording());
         QCOMPARE(m_stock.end(), QString());
 
         const MediaFile file(path + QLatin1String(".avi"));
         QVERIFY2(file.isReadable(), qPrintable(file.error()));
-        const NumbersHeld numbers = countNumbers(file.numbers(TestPicture(m_stock.size())));
-        QCOMPARE(numbers.unreadable, 0);
-        QCOMPARE(numbers.backwards, 0);
-        QVERIFY2(numbers.share() > 0.98, qPrintable(QString::number(numbers.share())));
+        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(m_stock.size()));
+        QCOMPARE(countNumbers(numbers).unreadable, 0);
+        QCOMPARE(countNumbers(numbers).backwards, 0);
+        // The picture went on, a busy machine's late ones apart.
+        QVERIFY2(longestGap(numbers) < StockEngine::kPictureRate, qPrintable(QString::number(longestGap(numbers))));
 
         m_samples = file.samples(testtone::kSamplesPerSecond);
         const double length = static_cast<double>(m_samples.size()) / testtone::kSamplesPerSecond;
@@ -160,6 +158,22 @@ private slots:
     }
 
 private:
+    /// Both of the engine's sources take their sound from where it is played.
+    static bool isAllListenedTo()
+    {
+        return isListenedTo(qEnvironmentVariable("KESTRANO_TEST_MICROPHONE")) &&
+               isListenedTo(qEnvironmentVariable("KESTRANO_TEST_SINK") + QLatin1String(".monitor"));
+    }
+
+    /// How many numbers on, at most, one frame is from the one before.
+    static qint64 longestGap(const QList<std::optional<uint32_t>>& numbers)
+    {
+        qint64 longest = 0;
+        for (qsizetype frame = 1; frame < numbers.size(); ++frame)
+            longest = std::max(longest, qint64{numbers.at(frame).value_or(0)} - numbers.at(frame - 1).value_or(0));
+        return longest;
+    }
+
     static bool isMicrophoneMuted()
     {
         return obs_source_muted(ObsSourceHandle(obs_get_output_source(kMicrophoneChannel)).get());

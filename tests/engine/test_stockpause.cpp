@@ -84,8 +84,10 @@ private slots:
     void twoPausesAreNotInTheFile_data()
     {
         QTest::addColumn<int>("format");
-        for (int format = 0; format < kRecordingFormatCount; ++format)
-            QTest::newRow(qPrintable(recordingFormatName(recordingFormatFromIndex(format)))) << format;
+        // Picture and sound, picture alone, sound with a token picture, sound alone.
+        for (const RecordingFormat format :
+             {RecordingFormat::Mp4, RecordingFormat::Gif, RecordingFormat::Mp3, RecordingFormat::Aac})
+            QTest::newRow(qPrintable(recordingFormatName(format))) << static_cast<int>(format);
     }
 
     void twoPausesAreNotInTheFile()
@@ -142,7 +144,6 @@ private slots:
         QTest::addColumn<int>("format");
         QTest::newRow("mp4") << 0;
         QTest::newRow("avi") << 1;
-        QTest::newRow("gif") << 3;
     }
 
     void stopWhilePausedKeepsAllThatCameBefore()
@@ -184,10 +185,6 @@ private slots:
     {
         const QString path = m_folder.filePath(QStringLiteral("after"));
         QCOMPARE(m_stock.begin(path, 0), QString());
-        QTest::qWait(kTakeMs);
-        QVERIFY(m_stock.engine().pauseRecording(true));
-        QTest::qWait(kPauseMs);
-        QVERIFY(m_stock.engine().pauseRecording(false));
         QTest::qWait(kTakeMs);
         QVERIFY(m_stock.engine().pauseRecording(true));
         QTest::qWait(kPauseMs);
