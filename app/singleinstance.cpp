@@ -9,7 +9,6 @@
 namespace {
 
 constexpr int kAttempts = 20;
-constexpr unsigned long kAttemptIntervalMs = 50;
 /// A visit at the segment takes well under a millisecond.
 constexpr unsigned long kGateIntervalMs = 5;
 /// One new number of 65536 is as good as certain to be free.
@@ -34,7 +33,11 @@ struct SingleInstance::Block
     qint64 processId;
 };
 
-SingleInstance::SingleInstance(const QString& key) : m_segment(key), m_lock(key), m_gate(gateName(key))
+SingleInstance::SingleInstance(const QString& key, std::chrono::milliseconds attemptInterval)
+    : m_attemptIntervalMs(static_cast<unsigned long>(attemptInterval.count()))
+    , m_segment(key)
+    , m_lock(key)
+    , m_gate(gateName(key))
 {
     static_assert(sizeof(Block) == 16);
 }
@@ -60,7 +63,7 @@ SingleInstance::Role SingleInstance::claim()
         m_gate.release();
         if (last.result != Result::Again)
             return conclude(last);
-        QThread::msleep(kAttemptIntervalMs);
+        QThread::msleep(m_attemptIntervalMs);
     }
     // Somebody holds the lock and shows no segment, or a segment that nobody may remove.
     last.result = Result::Second;
@@ -86,7 +89,7 @@ SingleInstance::Role SingleInstance::conclude(const Attempt& attempt)
 bool SingleInstance::enterGate()
 {
     using State = platform::InstanceLock::State;
-    for (unsigned long waited = 0; waited < kAttemptIntervalMs; waited += kGateIntervalMs) {
+    for (unsigned long waited = 0; waited < m_attemptIntervalMs; waited += kGateIntervalMs) {
         if (m_gate.tryLock() != State::HeldByAnother)
             return true;
         QThread::msleep(kGateIntervalMs);

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <optional>
 
 /// Lets one copy of the program run per user session: the first publishes its main window in a shared-memory segment,
@@ -54,7 +55,11 @@ public:
         Unguarded, ///< the segment can be neither attached nor created; runs all the same
     };
 
-    explicit SingleInstance(const QString& key = QStringLiteral("TolvaranKestranoSingleInstance"));
+    /// How long an attempt to claim the segment takes that met another copy in between; there are twenty.
+    static constexpr std::chrono::milliseconds kAttemptInterval{50};
+
+    explicit SingleInstance(const QString& key = QStringLiteral("TolvaranKestranoSingleInstance"),
+                            std::chrono::milliseconds attemptInterval = kAttemptInterval);
     ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
@@ -112,6 +117,7 @@ private:
     bool enterGate();
     void enterGateOrWaitItOut();
 
+    unsigned long m_attemptIntervalMs;
     platform::SharedSegment m_segment;
     platform::InstanceLock m_lock;
     platform::InstanceLock m_gate;

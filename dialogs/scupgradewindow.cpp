@@ -4,7 +4,6 @@
 #include "app/sclogger.h"
 #include "dialogs/dialogwindow.h"
 #include "dialogs/updatedocument.h"
-#include "dialogs/updaterequest.h"
 #include "platform/frameless_window.h"
 #include "ui_scupgradewindow.h"
 #include "widgets/stylesheet.h"
@@ -15,7 +14,7 @@
 #include <QNetworkAccessManager>
 #include <QTextDocument>
 
-SCUpgradeWindow::SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo)
+SCUpgradeWindow::SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo, int timeLimitMs)
     : QMainWindow(parent), m_ui(std::make_unique<Ui::SCUpgradeWindow>()), m_upgradeInfo(upgradeInfo)
 {
     m_ui->setupUi(this);
@@ -26,7 +25,7 @@ SCUpgradeWindow::SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo
     m_ui->stackedWidget->setCurrentIndex(Waiting);
     applyStyleSheetIfReadable(*this, QStringLiteral(":/res/style/upgrade-window.qss"));
     if (m_upgradeInfo.isEmpty())
-        check();
+        check(timeLimitMs);
     else
         showDocument(m_upgradeInfo);
 }
@@ -41,11 +40,11 @@ void SCUpgradeWindow::changeEvent(QEvent* event)
     QMainWindow::changeEvent(event);
 }
 
-void SCUpgradeWindow::check()
+void SCUpgradeWindow::check(int timeLimitMs)
 {
     if (m_network == nullptr)
         m_network = new QNetworkAccessManager(this);
-    const QNetworkReply* const reply = updaterequest::send(*m_network);
+    const QNetworkReply* const reply = updaterequest::send(*m_network, timeLimitMs);
     connect(reply, &QNetworkReply::finished, this, &SCUpgradeWindow::onNetworkReplyFinished);
     connect(reply, &QNetworkReply::errorOccurred, this, &SCUpgradeWindow::onNetworkError);
 }

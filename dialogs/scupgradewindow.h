@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dialogs/updaterequest.h"
+
 #include <QJsonObject>
 #include <QMainWindow>
 #include <QNetworkReply>
@@ -30,7 +32,8 @@ public:
     };
 
     /// @param upgradeInfo the document to show; empty to have the window ask the maker's server itself
-    SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo);
+    /// @param timeLimitMs for what it asks
+    SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo, int timeLimitMs = updaterequest::kTimeLimitMs);
     ~SCUpgradeWindow() override;
 
 signals:
@@ -49,7 +52,7 @@ private slots:
     void onNetworkError(QNetworkReply::NetworkError error);
 
 private:
-    void check();
+    void check(int timeLimitMs);
     void showDocument(const QJsonObject& document);
 
     std::unique_ptr<Ui::SCUpgradeWindow> m_ui;

@@ -1,18 +1,19 @@
 #include "dialogs/silentupdatecheck.h"
 
 #include "dialogs/updatedocument.h"
-#include "dialogs/updaterequest.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 
-SilentUpdateCheck::SilentUpdateCheck(QObject* parent) : QObject(parent), m_network(new QNetworkAccessManager(this)) {}
+SilentUpdateCheck::SilentUpdateCheck(QObject* parent, int timeLimitMs)
+    : QObject(parent), m_network(new QNetworkAccessManager(this)), m_timeLimitMs(timeLimitMs)
+{}
 
 SilentUpdateCheck::~SilentUpdateCheck() = default;
 
 void SilentUpdateCheck::start()
 {
-    QNetworkReply* const reply = updaterequest::send(*m_network);
+    QNetworkReply* const reply = updaterequest::send(*m_network, m_timeLimitMs);
     connect(reply, &QNetworkReply::finished, this, [this, reply] { onFinished(*reply); });
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dialogs/updaterequest.h"
+
 #include <QJsonObject>
 #include <QObject>
 
@@ -12,7 +14,7 @@ class SilentUpdateCheck : public QObject
     Q_OBJECT
 
 public:
-    explicit SilentUpdateCheck(QObject* parent);
+    explicit SilentUpdateCheck(QObject* parent, int timeLimitMs = updaterequest::kTimeLimitMs);
     ~SilentUpdateCheck() override;
 
     /// Asks the maker's server and returns at once.
@@ -26,4 +28,5 @@ private:
     void onFinished(QNetworkReply& reply);
 
     QNetworkAccessManager* m_network;
+    int m_timeLimitMs;
 };

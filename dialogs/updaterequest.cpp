@@ -29,7 +29,7 @@ QUrl address()
     return QUrl(QStringLiteral("https://%1/kestrano/upgrade.json").arg(QLatin1String(webaddresses::kUpdateHost)));
 }
 
-QNetworkReply* send(QNetworkAccessManager& network)
+QNetworkReply* send(QNetworkAccessManager& network, int timeLimitMs)
 {
     QNetworkRequest request(address());
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
@@ -39,7 +39,7 @@ QNetworkReply* send(QNetworkAccessManager& network)
                      [reply](qint64 received, qint64 announced) { refuseTooLarge(*reply, received, announced); });
     QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply] { refuseTooLarge(*reply, 0, 0); });
     // A limit for the whole: a server that sends a little now and then would never be idle.
-    QTimer::singleShot(kTimeLimitMs, reply, &QNetworkReply::abort);
+    QTimer::singleShot(timeLimitMs, reply, &QNetworkReply::abort);
     return reply;
 }
 

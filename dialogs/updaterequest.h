@@ -23,6 +23,8 @@ QUrl address();
 
 /// Sends the request, without headers or parameters of its own. The reply belongs to network; the caller deletes it
 /// later.
-QNetworkReply* send(QNetworkAccessManager& network);
+///
+/// @param timeLimitMs for the whole exchange
+QNetworkReply* send(QNetworkAccessManager& network, int timeLimitMs = kTimeLimitMs);
 
 } // namespace updaterequest

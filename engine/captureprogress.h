@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/enginetimings.h"
 #include "engine/linegate.h"
 #include "engine/resumemeeting.h"
 
@@ -19,7 +20,10 @@ struct video_data;
 class CaptureProgress
 {
 public:
-    CaptureProgress() = default;
+    /// @param resumeLimit how long picture and sound wait for each other at the end of a pause
+    explicit CaptureProgress(std::chrono::milliseconds resumeLimit = EngineTimings().resumeLimit)
+        : m_resume(resumeLimit)
+    {}
     ~CaptureProgress();
     CaptureProgress(const CaptureProgress&) = delete;
     CaptureProgress& operator=(const CaptureProgress&) = delete;

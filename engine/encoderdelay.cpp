@@ -31,9 +31,6 @@ constexpr int kX264LatestPlace = 2;
 constexpr int kFailureSettleMs = 50;
 /// A picture takes milliseconds; an output must not be stopped while one is inside its encoder.
 constexpr int kFrameLimitMs = 60000;
-/// How long the output's writing thread gets to take up a picture that the encoder gave out. Too short a time makes the
-/// answer too large by one, never too small.
-constexpr int kWriterLimitMs = 15;
 
 /// For what has to be waited for, cancelled or not.
 const std::atomic<bool> kNotCancelled{false};
@@ -115,7 +112,8 @@ struct Sight
     int framesHeldBack = 0;
 };
 
-Sight watchFirstFrame(obs_output_t* output, video_t* line, int limit, const std::atomic<bool>& cancelled)
+Sight watchFirstFrame(obs_output_t* output, video_t* line, int limit, const std::atomic<bool>& cancelled,
+                      std::chrono::milliseconds writerLimit)
 {
     const auto isOut = [output] { return obs_output_get_total_bytes(output) > 0; };
     for (int number = 0; number <= limit; ++number) {
@@ -125,7 +123,7 @@ Sight watchFirstFrame(obs_output_t* output, video_t* line, int limit, const std:
             return {};
         if (obs_output_get_total_frames(output) == 0)
             return {Seen::DeafOutput};
-        if (waitFor(kWriterLimitMs, cancelled, isOut))
+        if (waitFor(static_cast<int>(writerLimit.count()), cancelled, isOut))
             return {Seen::FirstFrame, number};
     }
     return {};
@@ -168,7 +166,7 @@ int computedEncoderDelay(int heightPx, int processors)
 }
 
 std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& request, const video_output_info& form,
-                                   const std::atomic<bool>& cancelled)
+                                   const std::atomic<bool>& cancelled, std::chrono::milliseconds writerLimit)
 {
     const ObsVideoLineHandle line = openLine(form);
     if (!line)
@@ -186,7 +184,7 @@ std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& 
         QThread::msleep(kFailureSettleMs);
         return {};
     }
-    const Sight sight = watchFirstFrame(output.get(), line.get(), encoderDelayBound(format), cancelled);
+    const Sight sight = watchFirstFrame(output.get(), line.get(), encoderDelayBound(format), cancelled, writerLimit);
     obs_output_force_stop(output.get());
     // An output that is let go of while it still ends is stopped a second time, and waits for an end that has passed.
     waitFor(kNoLimit, kNotCancelled, [&] { return !obs_output_active(output.get()); });

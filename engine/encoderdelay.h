@@ -7,6 +7,7 @@
 #include <obs.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -24,6 +25,10 @@ int encoderDelayBound(RecordingFormat format);
 /// @param processors logical ones, of which libx264 makes its threads
 int computedEncoderDelay(int heightPx, int processors);
 
+/// How long the output's writing thread gets to take up a picture that the encoder gave out. Too short a time makes the
+/// answer of a trial too large by some, never too small.
+inline constexpr std::chrono::milliseconds kTrialWriterLimit{15};
+
 /// Lets a second output with the same settings encode blank pictures into nothing, and counts how many go in before the
 /// first one comes out. The pictures come from a line of their own, so the engine does not count as active and its
 /// video can be reset meanwhile. Needs a running engine with its modules; takes about a second; call on any thread.
@@ -33,7 +38,8 @@ int computedEncoderDelay(int heightPx, int processors);
 /// @return the number of pictures that have to follow, computed where libobs (31.1) hands an output nothing of a line
 ///         but its own; nothing when the output could not be run
 std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& request, const video_output_info& line,
-                                   const std::atomic<bool>& cancelled);
+                                   const std::atomic<bool>& cancelled,
+                                   std::chrono::milliseconds writerLimit = kTrialWriterLimit);
 
 /// Knows how many pictures the encoder of a recording holds back on this computer. It is measured in the background
 /// with low priority. What was found for a size holds for every smaller one: the encoders use fewer threads for a low

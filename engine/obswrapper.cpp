@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr int kLevelIntervalMs = 16;
-constexpr int kMicrophoneIntervalMs = 1000;
 /// The video is reset for a recording that starts right after it; a trial would take processor time from that.
 constexpr int kRepeatTrialMs = 500;
 constexpr uint32_t kSamplesPerSecond = 48000;
@@ -90,11 +88,12 @@ void ObsWrapper::MeterContext::onLevels(void* param, const float* magnitude, con
     std::copy_n(inputPeak, kLevelChannels, levels.inputPeak.begin());
 }
 
-ObsWrapper::ObsWrapper(CapturePlatform platform) : m_platform(std::move(platform))
+ObsWrapper::ObsWrapper(CapturePlatform platform, const EngineTimings& timings)
+    : m_platform(std::move(platform)), m_timings(timings)
 {
-    m_levelTimer.setInterval(kLevelIntervalMs);
+    m_levelTimer.setInterval(m_timings.levelInterval);
     connect(&m_levelTimer, &QTimer::timeout, this, &ObsWrapper::onLevelTick);
-    m_microphoneTimer.setInterval(kMicrophoneIntervalMs);
+    m_microphoneTimer.setInterval(m_timings.microphoneInterval);
     connect(&m_microphoneTimer, &QTimer::timeout, this, &ObsWrapper::followMicrophone);
     m_repeatTrial.setInterval(kRepeatTrialMs);
     connect(&m_repeatTrial, &QTimer::timeout, this, &ObsWrapper::repeatTrial);

@@ -4,6 +4,7 @@
 #include "engine/captureplatform.h"
 #include "engine/captureprogress.h"
 #include "engine/encoderdelay.h"
+#include "engine/enginetimings.h"
 #include "engine/obshandles.h"
 #include "engine/recordingend.h"
 #include "engine/recordingformat.h"
@@ -41,7 +42,9 @@ public:
     static constexpr int kLevelChannels = 8;
 
     /// @param platform what differs between systems; the table of the running system unless a test says otherwise.
-    explicit ObsWrapper(CapturePlatform platform = CapturePlatform::current());
+    /// @param timings the program's unless a test says otherwise.
+    explicit ObsWrapper(CapturePlatform platform = CapturePlatform::current(),
+                        const EngineTimings& timings = EngineTimings());
     ~ObsWrapper() override;
 
     /// Starts the engine and puts the default audio devices with their meters on channels 1 (desktop) and 2
@@ -75,9 +78,9 @@ public:
     /// where there is no graphics card, and nobody sees it while nothing is recorded; the sound and its levels do not
     /// depend on it.
     ///
-    /// Switching it on waits, half a second at most, until the engine has drawn the screen as it is now: what the
-    /// capture source holds from before is old, or nothing. Do so before setupFFmpeg(), whatever the format. Switching
-    /// it off is refused while a recording runs, whose picture would go black.
+    /// Switching it on waits, half a second at most (EngineTimings), until the engine has drawn the screen as it is
+    /// now: what the capture source holds from before is old, or nothing. Do so before setupFFmpeg(), whatever the
+    /// format. Switching it off is refused while a recording runs, whose picture would go black.
     void setSceneRendered(bool rendered);
     bool isSceneRendered() const;
 
@@ -128,7 +131,8 @@ public:
 
     /// Stops the output, at once when force is set, and lets go of it. Returns 0 with the file closed; only one that
     /// ended by itself may still be closing its file. An output that is still opening its file is waited for, three
-    /// seconds at most, and then given up: it is stopped when it has opened it, and endReason() says so.
+    /// seconds at most (EngineTimings), and then given up: it is stopped when it has opened it, and endReason() says
+    /// so.
     ///
     /// The output throws away what its encoder holds back. To keep the end of the picture, call requestRecordingEnd()
     /// first, and this when isRecordingEndReached().
@@ -184,7 +188,7 @@ public:
 
 signals:
     /// Sound levels in dB, each an array of kLevelChannels floats that belongs to this object: copy during the call.
-    /// Every 16 ms, and once with zeros when the device is switched off.
+    /// Every 16 ms (EngineTimings), and once with zeros when the device is switched off.
     void micVolumeDataChange(const float* magnitude, const float* peak, const float* inputPeak);
     void playerVolumeDataChange(const float* magnitude, const float* peak, const float* inputPeak);
 
@@ -276,6 +280,7 @@ private:
 
     ReleasedSources m_releasedSources;
     CapturePlatform m_platform;
+    const EngineTimings m_timings;
     /// The list that the capture targets were read from last.
     TargetList m_targets;
     RecordingFormat m_format = RecordingFormat::Mp4;
@@ -285,7 +290,7 @@ private:
     EncoderDelay m_encoderDelay;
     /// Runs after a trial was broken off, until it has been begun again.
     QTimer m_repeatTrial;
-    CaptureProgress m_progress;
+    CaptureProgress m_progress{m_timings.resumeLimit};
     quint64 m_recordedFrames = 0;
 
     // What the stop handlers use on libobs' threads outlasts their connections, which are among the handles below.
@@ -310,7 +315,7 @@ private:
     ObsSourceHandle m_micSource;
     ObsSourceHandle m_desktopSource;
     ObsSourceHandle m_videoCapture;
-    RestingOutputs m_restingOutputs{m_progress};
+    RestingOutputs m_restingOutputs{m_progress, m_timings.rest};
     ObsOutputHandle m_output;
     ObsSourceHandle m_transition;
     ObsSceneHandle m_scene;

@@ -23,8 +23,6 @@ constexpr size_t kArchiveMixer = 1;
 
 /// The first picture comes after tens of milliseconds, or some hundreds when shaders have to be compiled for it.
 constexpr int kFirstPictureLimitMs = 1000;
-/// Opening a file and its encoders takes tens of milliseconds; an output that needs longer is not waited for.
-constexpr int kOutputStartLimitMs = 3000;
 /// The longest block that one of the sound encoders collects (FLAC: 4608 samples of 48000 a second), twice: one block
 /// to fill, one that the encoder holds back.
 constexpr std::int64_t kSoundDelayNs = 192'000'000;
@@ -398,7 +396,7 @@ void ObsWrapper::waitUntilOutputRuns() const
 {
     // libobs ignores a stop that comes while the output opens its file, and cannot cope with its release then.
     constexpr int kStepMs = 5;
-    for (int waitedMs = 0; isOutputStarting() && waitedMs < kOutputStartLimitMs; waitedMs += kStepMs)
+    for (int waitedMs = 0; isOutputStarting() && waitedMs < m_timings.outputStartLimit.count(); waitedMs += kStepMs)
         QThread::msleep(kStepMs);
 }
 

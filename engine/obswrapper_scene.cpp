@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr int kSceneDrawnLimitMs = 500;
-
 constexpr char kSceneName[] = "CurrentDesktopCapture";
 constexpr char kTransitionId[] = "fade_transition";
 constexpr char kCropFilterId[] = "crop_filter";
@@ -167,7 +165,7 @@ void ObsWrapper::waitUntilSceneIsDrawn() const
 {
     QElapsedTimer timer;
     timer.start();
-    const auto isInTime = [&timer] { return !timer.hasExpired(kSceneDrawnLimitMs); };
+    const auto isInTime = [this, &timer] { return !timer.hasExpired(m_timings.sceneDrawnLimit.count()); };
     while (m_videoCapture && obs_source_get_width(m_videoCapture.get()) == 0 && isInTime())
         QThread::msleep(1);
     const std::int64_t before = renderedPictures();

@@ -13,8 +13,11 @@ namespace {
 
 constexpr char kStopSignal[] = "stop";
 constexpr int kLookIntervalMs = 10;
-constexpr std::uint64_t kRestNs = 10'000'000'000;
-constexpr std::uint64_t kShortestRestNs = 1'000'000'000;
+
+std::uint64_t inNs(std::chrono::nanoseconds time)
+{
+    return static_cast<std::uint64_t>(time.count());
+}
 
 } // namespace
 
@@ -27,16 +30,16 @@ bool RestingOutputs::Resting::isBusy() const
     return endedNs == 0 || obs_output_active(output.get());
 }
 
-bool RestingOutputs::Resting::hasRested() const
+bool RestingOutputs::Resting::hasRested(std::chrono::nanoseconds rest) const
 {
     if (isBusy())
         return false;
     // First the end, which may be noted on another thread at this moment.
     const std::uint64_t ended = endedNs;
-    return os_gettime_ns() - ended >= kRestNs;
+    return os_gettime_ns() - ended >= inNs(rest);
 }
 
-RestingOutputs::RestingOutputs(CaptureProgress& lines) : m_lines(lines)
+RestingOutputs::RestingOutputs(CaptureProgress& lines, const RestTimes& times) : m_lines(lines), m_times(times)
 {
     m_timer.setInterval(kLookIntervalMs);
     QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { look(); });
@@ -55,8 +58,9 @@ RestingOutputs::~RestingOutputs()
             continue;
         }
         const std::uint64_t restedNs = os_gettime_ns() - resting.endedNs;
-        if (restedNs < kShortestRestNs)
-            QThread::usleep(static_cast<unsigned long>((kShortestRestNs - restedNs) / 1000));
+        const std::uint64_t shortestNs = inNs(m_times.shortestRest);
+        if (restedNs < shortestNs)
+            QThread::usleep(static_cast<unsigned long>((shortestNs - restedNs) / 1000));
     }
 }
 
@@ -96,7 +100,7 @@ void RestingOutputs::onStopped(void* resting, calldata_t*)
 void RestingOutputs::look()
 {
     stopWhatRuns();
-    std::erase_if(m_resting, [](const Resting& resting) { return resting.hasRested(); });
+    std::erase_if(m_resting, [this](const Resting& resting) { return resting.hasRested(m_times.rest); });
     if (m_resting.empty())
         m_timer.stop();
 }
@@ -129,8 +133,7 @@ void RestingOutputs::stop(Resting& resting)
 void RestingOutputs::waitUntilNoneIsBusy()
 {
     constexpr int kStepMs = 10;
-    constexpr int kLimitMs = 5000;
-    for (int waitedMs = 0; waitedMs < kLimitMs && isAnyBusy(); waitedMs += kStepMs) {
+    for (int waitedMs = 0; waitedMs < m_times.busyLimit.count() && isAnyBusy(); waitedMs += kStepMs) {
         stopWhatRuns();
         QThread::msleep(kStepMs);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/captureprogress.h"
+#include "engine/enginetimings.h"
 #include "engine/obshandles.h"
 
 #include <QTimer>
@@ -19,14 +20,15 @@ class RestingOutputs
 {
 public:
     /// @param lines the lines that stand still while an output is stopped, connected or not; must outlive this object
-    explicit RestingOutputs(CaptureProgress& lines);
-    /// Releases what is left. Whatever ended less than a second ago is waited for, and so is, for five seconds,
+    explicit RestingOutputs(CaptureProgress& lines, const RestTimes& times = RestTimes());
+    /// Releases what is left. Whatever ended less than the shortest rest ago is waited for, and so is, up to the limit,
     /// whatever has not ended; what has not ended even then is never released.
     ~RestingOutputs();
     RestingOutputs(const RestingOutputs&) = delete;
     RestingOutputs& operator=(const RestingOutputs&) = delete;
 
-    /// Takes an output over and releases it ten seconds after its end, or later if libobs is still ending it then.
+    /// Takes an output over and releases it when it has rested since its end, or later if libobs is still ending it
+    /// then.
     ///
     /// @param endedNs when it said that it has ended, on libobs' clock
     void keep(ObsOutputHandle output, std::uint64_t endedNs);
@@ -47,7 +49,7 @@ private:
         Resting(ObsOutputHandle taken, std::uint64_t ended, CaptureProgress& used);
         /// Whether it runs, is ended by libobs at this moment, or has not even begun.
         bool isBusy() const;
-        bool hasRested() const;
+        bool hasRested(std::chrono::nanoseconds rest) const;
 
         ObsOutputHandle output;
         /// When it said that it has ended, on libobs' clock; 0 when it has not.
@@ -63,6 +65,7 @@ private:
     void waitUntilNoneIsBusy();
 
     CaptureProgress& m_lines;
+    const RestTimes m_times;
     /// A list, so that the handlers of the ends find them where they were.
     std::list<Resting> m_resting;
     QTimer m_timer;

@@ -1,14 +1,5 @@
 #include "engine/resumemeeting.h"
 
-#include <chrono>
-
-namespace {
-
-/// A line that has not come by then does not move at all; the other one is not held up for it.
-constexpr std::chrono::milliseconds kPatience{1000};
-
-} // namespace
-
 void ResumeMeeting::appoint(std::uint64_t momentNs)
 {
     {
@@ -29,7 +20,7 @@ void ResumeMeeting::pictureArrives(std::uint64_t takenNs)
     const std::uint64_t momentNs = m_momentNs;
     m_pictureIsThere = true;
     m_changed.notify_all();
-    m_changed.wait_for(lock, kPatience, [this, momentNs] { return m_soundIsThrough || m_momentNs != momentNs; });
+    m_changed.wait_for(lock, m_limit, [this, momentNs] { return m_soundIsThrough || m_momentNs != momentNs; });
     if (m_momentNs == momentNs)
         m_momentNs = kNone;
     m_changed.notify_all();
@@ -47,7 +38,7 @@ void ResumeMeeting::soundHasPassed(std::uint64_t beginNs, std::uint64_t endNs)
     }
     const std::uint64_t nextEndNs = endNs + (endNs - beginNs);
     if (nextEndNs >= m_momentNs)
-        m_changed.wait_for(lock, kPatience,
+        m_changed.wait_for(lock, m_limit,
                            [this, momentNs = m_momentNs] { return m_pictureIsThere || m_momentNs != momentNs; });
 }
 

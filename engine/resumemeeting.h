@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -15,6 +16,9 @@
 class ResumeMeeting
 {
 public:
+    /// @param limit how long one line waits for the other
+    explicit ResumeMeeting(std::chrono::milliseconds limit) : m_limit(limit) {}
+
     /// Lets the lines meet at a moment that neither has reached, on the clock of their time stamps.
     void appoint(std::uint64_t momentNs);
 
@@ -36,6 +40,7 @@ public:
 private:
     static constexpr std::uint64_t kNone = 0;
 
+    const std::chrono::milliseconds m_limit;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::uint64_t m_momentNs = kNone;

@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr int kRepaintIntervalMs = 40;
 /// The frame's share of the width, on both sides together.
 constexpr int kFrameWidthPx = 4;
 /// Up to this width there is nothing but the frame.

@@ -11,8 +11,8 @@
 /// middle, green up to three quarters, orange above.
 ///
 /// Only the first channel's magnitude sets the length; peaks only tell silence from sound. The meter repaints itself
-/// every 40 ms. All operations belong to the user-interface thread; painting reads the levels without the lock, a torn
-/// read is one odd picture.
+/// every kRepaintIntervalMs. All operations belong to the user-interface thread; painting reads the levels without the
+/// lock, a torn read is one odd picture.
 class VolumeControl : public QWidget
 {
     Q_OBJECT
@@ -20,6 +20,7 @@ class VolumeControl : public QWidget
 public:
     /// libobs' highest number of audio channels.
     static constexpr int kMaxChannels = 8;
+    static constexpr int kRepaintIntervalMs = 40;
 
     explicit VolumeControl(QWidget* parent);
     ~VolumeControl() override;

@@ -32,10 +32,6 @@ constexpr QSize kFirstSize(400, 225);
 constexpr int kScreenMarginPx = 20;
 constexpr int kRadiusPx = 5;
 constexpr QColor kBackground(40, 40, 46, 240);
-constexpr int kDeviceCheckMs = 2000;
-constexpr int kLateDeviceCheckMs = 5000;
-constexpr int kRefreshAfterShowMs = 200;
-constexpr int kRefreshAfterShowEventMs = 100;
 
 const auto kLabelStyle = QStringLiteral("QLabel { color: white; background-color: rgba(0, 0, 0, 180); }");
 const auto kWindowStyle = QStringLiteral("SCCameraWindow {"
@@ -57,8 +53,8 @@ QRegion roundedRegion(const QRect& rect)
 
 SCCameraWindow::SCCameraWindow(QWidget* parent) : SCCameraWindow(std::make_shared<QtCameraSystem>(), parent) {}
 
-SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* parent)
-    : QWidget(parent), m_system(std::move(cameras))
+SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* parent, const CameraTimings& timings)
+    : QWidget(parent), m_system(std::move(cameras)), m_timings(timings)
 {
     setAttribute(Qt::WA_MouseTracking);
     setWindowFlags(Qt::WindowFlags::fromInt(kWindowFlags));
@@ -72,7 +68,7 @@ SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* p
     // Makes the native window, where the system did not need it so far.
     winId();
     windowHandle()->installEventFilter(this);
-    startDeviceTimer(kDeviceCheckMs);
+    startDeviceTimer(m_timings.deviceCheckMs);
     checkDevices();
 }
 
@@ -170,9 +166,9 @@ void SCCameraWindow::followUpDiagnostics()
     queue([this] { checkDevices(); });
     queue([this] {
         if (m_deviceTimer == nullptr)
-            startDeviceTimer(kLateDeviceCheckMs);
+            startDeviceTimer(m_timings.lateDeviceCheckMs);
     });
-    queue([this] { scheduleRefresh(kRefreshAfterShowMs); });
+    queue([this] { scheduleRefresh(m_timings.refreshAfterShowMs); });
 }
 
 void SCCameraWindow::scheduleRefresh(int delayMs)
@@ -218,7 +214,7 @@ void SCCameraWindow::showEvent(QShowEvent* event)
         SCLogger::info(QStringLiteral("Selecting first available camera after window show"));
         onCameraSelected(0);
     }
-    scheduleRefresh(kRefreshAfterShowEventMs);
+    scheduleRefresh(m_timings.refreshAfterShowEventMs);
 }
 
 void SCCameraWindow::hideEvent(QHideEvent* event)

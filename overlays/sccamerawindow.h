@@ -12,6 +12,19 @@ class QLabel;
 class QTimer;
 class QVideoWidget;
 
+/// The times of the webcam window; the defaults are the program's. Tests shorten what they wait for.
+struct CameraTimings
+{
+    /// Between two looks for cameras that were plugged in or out.
+    int deviceCheckMs = 2000;
+    /// The same where the timer had to be made once more.
+    int lateDeviceCheckMs = 5000;
+    // Until the video widget is made to paint anew: after the diagnostics, the show event and the camera's start.
+    int refreshAfterShowMs = 200;
+    int refreshAfterShowEventMs = 100;
+    int refreshAfterStartMs = 200;
+};
+
 /// The webcam's picture, floating above the desktop so that it is recorded with it: a small frameless window that the
 /// user moves by dragging, and resizes by its edges and corners at the camera's ratio.
 ///
@@ -26,7 +39,8 @@ class SCCameraWindow : public QWidget
 public:
     /// Over the machine's own cameras.
     explicit SCCameraWindow(QWidget* parent = nullptr);
-    explicit SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* parent = nullptr);
+    explicit SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* parent = nullptr,
+                            const CameraTimings& timings = CameraTimings());
     ~SCCameraWindow() override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -87,6 +101,7 @@ private:
 
     /// Shared with the job that writes about the cameras, which may outlive the window.
     std::shared_ptr<CameraSystem> m_system;
+    const CameraTimings m_timings;
     /// Where the pointer went down, globally.
     QPoint m_pressPoint;
     bool m_pressing = false;

@@ -13,7 +13,6 @@
 namespace {
 
 constexpr int kLeastWidthPx = 200;
-constexpr int kRefreshAfterStartMs = 200;
 
 const auto kInitializing = QStringLiteral("when initializing camera");
 const auto kStarting = QStringLiteral("when starting camera");
@@ -191,7 +190,7 @@ void SCCameraWindow::activateCamera()
     m_camera->activate();
     SCLogger::info(QStringLiteral("Camera started successfully"));
     fitToFormat();
-    scheduleRefresh(kRefreshAfterStartMs);
+    scheduleRefresh(m_timings.refreshAfterStartMs);
 }
 
 void SCCameraWindow::fitToFormat()

@@ -7,6 +7,9 @@ class QString;
 
 namespace platform {
 
+/// How long a report may wait for what the crashed program holds.
+inline constexpr std::chrono::seconds kCrashReportLimit{20};
+
 /// Has the system write a report when the program crashes: a file "crash_<yyyy-MM-dd_HH-mm-ss>.dmp", in local time, in
 /// folder. A file of that name is replaced; when it cannot be made there is silently no report. Afterwards the crash
 /// takes its usual course, so exit status, core dump and the system's own crash handling are what they would have been.
@@ -23,6 +26,6 @@ namespace platform {
 /// @param timeout a report that waits for what the crashed program holds is given up after that time. Not
 ///        on Windows, where a report takes the time that it takes.
 void installCrashReporter(const QString& folder, const QByteArray& program,
-                          std::chrono::seconds timeout = std::chrono::seconds(20));
+                          std::chrono::seconds timeout = kCrashReportLimit);
 
 } // namespace platform

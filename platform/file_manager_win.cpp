@@ -27,7 +27,7 @@ QString explorerProgram()
 
 } // namespace
 
-void revealInFileManager(const QString& path)
+void revealInFileManager(const QString& path, std::chrono::milliseconds /*answerLimit*/)
 {
     const std::optional<QString> arguments = explorerArguments(shellPath(path));
     if (!arguments) {

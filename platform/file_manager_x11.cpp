@@ -14,8 +14,6 @@ namespace platform {
 
 namespace {
 
-constexpr int kAnswerMs = 10000;
-
 QDBusMessage showItemsCall(const QString& path)
 {
     QDBusMessage call = QDBusMessage::createMethodCall(
@@ -38,11 +36,12 @@ void openFolderUnlessShown(const QDBusPendingCall& call, const QString& path)
 
 } // namespace
 
-void revealInFileManager(const QString& path)
+void revealInFileManager(const QString& path, std::chrono::milliseconds answerLimit)
 {
     if (path.isEmpty())
         return;
-    const QDBusPendingCall call = QDBusConnection::sessionBus().asyncCall(showItemsCall(path), kAnswerMs);
+    const QDBusPendingCall call =
+        QDBusConnection::sessionBus().asyncCall(showItemsCall(path), static_cast<int>(answerLimit.count()));
     if (call.isFinished()) {
         openFolderUnlessShown(call, path);
         return;

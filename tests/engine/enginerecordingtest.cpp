@@ -5,6 +5,43 @@
 
 #include <QTest>
 
+PassingPictures::PassingPictures()
+{
+    obs_add_raw_video_callback(nullptr, &PassingPictures::onFrame, &m_passed);
+}
+
+PassingPictures::~PassingPictures()
+{
+    obs_remove_raw_video_callback(&PassingPictures::onFrame, &m_passed);
+}
+
+bool PassingPictures::waitFor(int count) const
+{
+    constexpr int kTimeoutMs = 20'000;
+    return QTest::qWaitFor([this, wanted = m_passed + count] { return m_passed >= wanted; }, kTimeoutMs);
+}
+
+void PassingPictures::onFrame(void* passed, video_data*)
+{
+    ++*static_cast<std::atomic<int>*>(passed);
+}
+
+EngineTimings EngineRecordingTest::quickTimings()
+{
+    EngineTimings timings;
+    timings.outputStartLimit = std::chrono::milliseconds(50);
+    // No stand-in closes a file after its end.
+    timings.rest.shortestRest = std::chrono::milliseconds(1);
+    return timings;
+}
+
+void EngineRecordingTest::make(const EngineTimings& timings)
+{
+    m_status.reset();
+    m_wrapper = std::make_unique<ObsWrapper>(standins::platform(), timings);
+    m_status = std::make_unique<QSignalSpy>(m_wrapper.get(), &ObsWrapper::recordStatusChanged);
+}
+
 void EngineRecordingTest::setup(int format)
 {
     m_wrapper->setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, format);
@@ -26,8 +63,7 @@ QList<int> EngineRecordingTest::statuses(const QSignalSpy& spy)
 void EngineRecordingTest::init()
 {
     standins::behaviour() = standins::Behaviour();
-    m_wrapper = std::make_unique<ObsWrapper>(standins::platform());
-    m_status = std::make_unique<QSignalSpy>(m_wrapper.get(), &ObsWrapper::recordStatusChanged);
+    make(quickTimings());
     standins::clearEvents();
     obsspy::clear();
 }
@@ -37,7 +73,7 @@ void EngineRecordingTest::cleanup()
     m_status.reset();
     m_wrapper.reset();
     obsspy::failNowhere();
-    obsspy::delaySecondStopConnection(0);
+    obsspy::aroundSecondStopConnection({}, {});
     QTRY_VERIFY(!obs_video_active());
     // An output whose end is under way is ended a second time by its release, and the ends run on without it.
     QCOMPARE(obsspy::outputsReleasedWhileActive(), 0);

@@ -6,7 +6,27 @@
 #include <QObject>
 #include <QSignalSpy>
 
+#include <atomic>
 #include <memory>
+
+/// Follows the engine's picture line, beside the outputs: a picture that has passed here has been handed to them, but
+/// for the latest one.
+class PassingPictures
+{
+public:
+    PassingPictures();
+    ~PassingPictures();
+    PassingPictures(const PassingPictures&) = delete;
+    PassingPictures& operator=(const PassingPictures&) = delete;
+
+    /// Waits until so many more have passed; false when they do not come.
+    bool waitFor(int count) const;
+
+private:
+    static void onFrame(void* passed, video_data* frame);
+
+    std::atomic<int> m_passed{0};
+};
 
 /// What the tests of recording share: each test function has a wrapper of its own over the stand-ins.
 class EngineRecordingTest : public QObject
@@ -14,6 +34,12 @@ class EngineRecordingTest : public QObject
     Q_OBJECT
 
 protected:
+    /// The program's, but an output that opens its file too slowly is soon given up, and one that ended by itself soon
+    /// released with the wrapper.
+    static EngineTimings quickTimings();
+    /// Makes the wrapper, in place of the one that is there.
+    void make(const EngineTimings& timings);
+
     /// Prepares a recording of this format.
     void setup(int format);
 

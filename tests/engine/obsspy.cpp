@@ -7,6 +7,7 @@
 
 #include <obs-module.h>
 #include <obs.h>
+#include <utility>
 
 #include <atomic>
 #include <dlfcn.h>
@@ -19,7 +20,8 @@ struct Notes
     QStringList calls;
     QStringList failing;
     int stopConnections = 0;
-    int delayMs = 0;
+    std::function<void()> beforeStopConnection;
+    std::function<void()> afterStopConnection;
     std::atomic<int> outputsReleasedWhileActive{0};
 };
 
@@ -57,11 +59,19 @@ bool isProgramsThread()
     return application && QThread::currentThread() == application->thread();
 }
 
-/// How long this connection to "stop" is to be held up.
-int delayOfStopConnection()
+/// What is to be called around this connection to "stop".
+std::pair<std::function<void()>, std::function<void()>> callsAroundStopConnection()
 {
     const QMutexLocker locker(&notes().mutex);
-    return ++notes().stopConnections == 2 ? notes().delayMs : 0;
+    if (++notes().stopConnections != 2)
+        return {};
+    return {notes().beforeStopConnection, notes().afterStopConnection};
+}
+
+void callIfThere(const std::function<void()>& function)
+{
+    if (function)
+        function();
 }
 
 /// Leaves out what the library calls by itself.
@@ -108,11 +118,12 @@ int outputsReleasedWhileActive()
     return notes().outputsReleasedWhileActive;
 }
 
-void delaySecondStopConnection(int delayMs)
+void aroundSecondStopConnection(std::function<void()> before, std::function<void()> after)
 {
     const QMutexLocker locker(&notes().mutex);
     notes().stopConnections = 0;
-    notes().delayMs = delayMs;
+    notes().beforeStopConnection = std::move(before);
+    notes().afterStopConnection = std::move(after);
 }
 
 } // namespace obsspy
@@ -388,11 +399,15 @@ void obs_add_raw_video_callback(const video_scale_info* form, void (*callback)(v
 
 void signal_handler_connect_ref(signal_handler_t* handler, const char* signal, signal_callback_t callback, void* data)
 {
-    if (qstrcmp(signal, "stop") == 0 && isProgramsThread()) {
-        note("signal_handler_connect_ref", QLatin1String(signal));
-        QThread::msleep(static_cast<unsigned long>(delayOfStopConnection()));
+    if (qstrcmp(signal, "stop") != 0 || !isProgramsThread()) {
+        REAL(signal_handler_connect_ref)(handler, signal, callback, data);
+        return;
     }
+    note("signal_handler_connect_ref", QLatin1String(signal));
+    const auto [before, after] = callsAroundStopConnection();
+    callIfThere(before);
     REAL(signal_handler_connect_ref)(handler, signal, callback, data);
+    callIfThere(after);
 }
 
 void signal_handler_disconnect(signal_handler_t* handler, const char* signal, signal_callback_t callback, void* data)

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 /// Notes the program's calls of libobs in their order. The functions are defined once more in the test program, which
 /// comes before the library when names are looked up; each notes its name with what matters of its arguments and goes
 /// on to the real one.
@@ -20,7 +22,8 @@ void failNowhere();
 /// How many outputs were let go of while libobs still ended them. It may then wait for ever for an end that has passed.
 int outputsReleasedWhileActive();
 
-/// From now on, whoever connects to an output's "stop" for the second time is held up for so long; 0 for not at all.
-void delaySecondStopConnection(int delayMs);
+/// From now on, the first is called before and the second after the program connects to an output's "stop" for the
+/// second time; neither where it is empty.
+void aroundSecondStopConnection(std::function<void()> before, std::function<void()> after);
 
 } // namespace obsspy

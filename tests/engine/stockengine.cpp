@@ -40,11 +40,11 @@ QString StockEngine::playTone()
     return perform(m_tone, "kestrano_test_tone", {});
 }
 
-QString StockEngine::start()
+QString StockEngine::start(const EngineTimings& timings)
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
     m_screen = QRect(screen->geometry().topLeft(), screen->size() * screen->devicePixelRatio());
-    m_engine = std::make_unique<ObsWrapper>();
+    m_engine = std::make_unique<ObsWrapper>(CapturePlatform::current(), timings);
     if (!m_engine->initialize(m_screen.width(), m_screen.height(), kFps))
         return QStringLiteral("the engine does not start");
     if (m_engine->setupScene(ObsWrapper::kCaptureMonitor) != 0)

@@ -28,7 +28,7 @@ public:
 
     /// Starts the engine, builds the scene and points it at the whole primary screen, its sound on. Empty on success,
     /// else what went wrong.
-    QString start();
+    QString start(const EngineTimings& timings = EngineTimings());
     /// What is cut off the picture from now on; the picture has the size of what is left.
     bool setMargins(int left, int right, int top, int bottom);
     /// Releases the engine.

@@ -9,11 +9,12 @@
 #include "tests/support/testrun.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
+#include <chrono>
+#include <limits>
 #include <memory>
 
 using standins::behaviour;
@@ -173,12 +174,15 @@ private slots:
 
     void sceneThatIsThereAlreadyIsNotWaitedFor()
     {
+        // Who waited would do so for ever.
+        CapturePlatform platform = standins::platform();
+        platform.picturesUntilDrawn = std::numeric_limits<int>::max();
+        EngineTimings timings;
+        timings.sceneDrawnLimit = std::chrono::hours(1);
+        m_wrapper = std::make_unique<ObsWrapper>(platform, timings);
         QCOMPARE(m_wrapper->setupScene(1), 0);
         obsspy::clear();
-        QElapsedTimer timer;
-        timer.start();
         m_wrapper->setSceneRendered(true);
-        QVERIFY(timer.elapsed() < 30);
         QVERIFY(obsspy::calls().filter(QLatin1String("obs_set_output_source")).isEmpty());
     }
 
@@ -186,15 +190,29 @@ private slots:
     {
         QCOMPARE(m_wrapper->setupScene(1), 0);
         m_wrapper->setSceneRendered(false);
-        QTest::qWait(200);
+        waitForUpdates();
         const qsizetype before = standins::capturedPictures();
         m_wrapper->setSceneRendered(true);
         QVERIFY(standins::capturedPictures() - before >= 2);
         m_wrapper->setSceneRendered(false);
-        QTest::qWait(100);
+        waitForUpdates();
         const qsizetype after = standins::capturedPictures();
-        QTest::qWait(200);
+        waitForUpdates();
         QCOMPARE(standins::capturedPictures(), after);
+    }
+
+    void sceneThatIsNotDrawnIsWaitedForHalfASecond()
+    {
+        CapturePlatform platform = standins::platform();
+        platform.picturesUntilDrawn = std::numeric_limits<int>::max();
+        EngineTimings timings;
+        QCOMPARE(timings.sceneDrawnLimit, std::chrono::milliseconds(500));
+        timings.sceneDrawnLimit = std::chrono::milliseconds(50);
+        m_wrapper = std::make_unique<ObsWrapper>(platform, timings);
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setSceneRendered(false);
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(m_wrapper->isSceneRendered());
     }
 
     void sceneLeavesTheSoundAlone()

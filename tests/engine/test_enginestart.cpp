@@ -257,8 +257,9 @@ private slots:
     {
         const QJsonObject outcome = run("missing type");
         QVERIFY(outcome.value("initialized").toBool());
-        QCOMPARE(texts(outcome, "critical"),
-                 QStringList{"[ERROR] The engine has no \"smoke_output\": no smoke can be sent"});
+        const QStringList critical = texts(outcome, "critical");
+        QCOMPARE(critical.size(), 1);
+        QCOMPARE(critical.filter("smoke_output").filter("no smoke can be sent").size(), 1);
     }
 
     void missingObsDataIsReportedButDoesNotFailTheStart()
@@ -272,7 +273,7 @@ private slots:
         const QStringList critical = texts(outcome, "critical");
         QCOMPARE(critical.first(), QStringLiteral("Failed to load 5 OBS modules:"));
         QVERIFY(critical.contains("[ERROR] Failed to load OBS module: linux-capture"));
-        QVERIFY(critical.contains("[ERROR] The engine has no \"ffmpeg_output\": nothing can be written to a file"));
+        QVERIFY(!critical.filter("ffmpeg_output").isEmpty());
     }
 
     void resetVideoBeforeInitializeSaysSoAndStillTries()

@@ -12,13 +12,15 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <chrono>
 #include <cmath>
 
 namespace {
 
 constexpr double kNsPerSecond = 1e9;
-constexpr int kTakeMs = 1500;
-constexpr int kPauseMs = 1100;
+/// A second of a stretch is looked at, and a gap of a third of a second parts two of them.
+constexpr int kTakeMs = 1200;
+constexpr int kPauseMs = 600;
 
 /// One stretch of a recording that no pause interrupts.
 struct Stretch
@@ -82,8 +84,10 @@ private slots:
     void twoPausesAreNotInTheFile_data()
     {
         QTest::addColumn<int>("format");
-        for (int format = 0; format < kRecordingFormatCount; ++format)
-            QTest::newRow(qPrintable(recordingFormatName(recordingFormatFromIndex(format)))) << format;
+        // Picture and sound, picture alone, sound with a token picture, sound alone.
+        for (const RecordingFormat format :
+             {RecordingFormat::Mp4, RecordingFormat::Gif, RecordingFormat::Mp3, RecordingFormat::Aac})
+            QTest::newRow(qPrintable(recordingFormatName(format))) << static_cast<int>(format);
     }
 
     void twoPausesAreNotInTheFile()
@@ -140,7 +144,6 @@ private slots:
         QTest::addColumn<int>("format");
         QTest::newRow("mp4") << 0;
         QTest::newRow("avi") << 1;
-        QTest::newRow("gif") << 3;
     }
 
     void stopWhilePausedKeepsAllThatCameBefore()
@@ -186,10 +189,6 @@ private slots:
         QVERIFY(m_stock.engine().pauseRecording(true));
         QTest::qWait(kPauseMs);
         QVERIFY(m_stock.engine().pauseRecording(false));
-        QTest::qWait(kTakeMs);
-        QVERIFY(m_stock.engine().pauseRecording(true));
-        QTest::qWait(kPauseMs);
-        QVERIFY(m_stock.engine().pauseRecording(false));
         QTest::qWait(300);
         const std::optional<uint32_t> atRequest = StockEngine::numberOnScreen();
         QCOMPARE(m_stock.end(), QString());
@@ -203,26 +202,30 @@ private slots:
     {
         const QString path = m_folder.filePath(QStringLiteral("forced"));
         QCOMPARE(m_stock.begin(path, 0), QString());
-        QTest::qWait(2 * kTakeMs);
+        // Else the file would be empty.
+        const int frames = m_stock.engine().encoderDelayFrames() + StockEngine::kFps;
+        QTRY_VERIFY_WITH_TIMEOUT(m_stock.engine().recordedFrames() > static_cast<quint64>(frames), 20'000);
         QVERIFY(m_stock.engine().pauseRecording(true));
-        QTest::qWait(100);
         QCOMPARE(m_stock.engine().stopRecording(true), 0);
         QVERIFY(!m_stock.engine().isRecordingPaused());
         QVERIFY(MediaFile(path + QLatin1String(".mp4")).isReadable());
     }
 
+    // Runs last: it has an engine of its own.
     void stopInTheMiddleOfAResumeIsNotHeldUp()
     {
+        // Where the stop waited for picture and sound to meet, it would wait for ever.
+        EngineTimings timings;
+        timings.resumeLimit = std::chrono::hours(1);
+        m_stock.release();
+        QCOMPARE(m_stock.start(timings), QString());
         const QString path = m_folder.filePath(QStringLiteral("middle"));
         QCOMPARE(m_stock.begin(path, 1), QString());
         QTest::qWait(kTakeMs);
         QVERIFY(m_stock.engine().pauseRecording(true));
         QTest::qWait(kPauseMs);
         QVERIFY(m_stock.engine().pauseRecording(false));
-        QElapsedTimer timer;
-        timer.start();
         QCOMPARE(m_stock.engine().stopRecording(false), 0);
-        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
         QVERIFY(MediaFile(path + QLatin1String(".avi")).isReadable());
     }
 

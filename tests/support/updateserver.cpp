@@ -43,6 +43,11 @@ UpdateServer::~UpdateServer()
     QNetworkProxy::setApplicationProxy(m_previousProxy);
 }
 
+bool UpdateServer::isConnected() const
+{
+    return !findChildren<QSslSocket*>().isEmpty();
+}
+
 void UpdateServer::incomingConnection(qintptr handle)
 {
     auto* const socket = new QSslSocket(this);

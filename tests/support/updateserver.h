@@ -52,6 +52,8 @@ public:
     const QList<QByteArray>& targets() const { return m_targets; }
     /// How many bytes of bodies have been handed to the system.
     qint64 sentBytes() const { return m_sentBytes; }
+    /// Whether somebody is connected.
+    bool isConnected() const;
 
 protected:
     void incomingConnection(qintptr handle) override;

@@ -123,27 +123,27 @@ private slots:
         makeReportsHang();
         QElapsedTimer taken;
         taken.start();
-        const CrasherRun run(QStringList{"abort", "2"});
+        const CrasherRun run(QStringList{"abort", "1"});
         QCOMPARE(run.exitStatus(), QProcess::CrashExit);
         QCOMPARE(run.exitCode(), SIGABRT);
-        QVERIFY2(taken.elapsed() >= 1900, qPrintable(QString::number(taken.elapsed())));
+        // It did hang, for as long as a report may.
+        QVERIFY2(taken.elapsed() >= 900, qPrintable(QString::number(taken.elapsed())));
     }
+
+    void aReportMayTakeTwentySeconds() { QCOMPARE(platform::kCrashReportLimit, std::chrono::seconds(20)); }
 
     void aReportThatCrashesDoesNotChangeHowTheProgramEnds()
     {
         makeReportsHang();
         QProcess process;
-        process.start(QCoreApplication::applicationDirPath() + "/kestrano_test_crasher", {"abort"});
+        // The crash has to end it, for the time that a report may take does not.
+        process.start(QCoreApplication::applicationDirPath() + "/kestrano_test_crasher", {"abort", "3600"});
         QVERIFY(process.waitForStarted());
         QTRY_VERIFY_WITH_TIMEOUT(waitsInReport(process.processId(), SIGABRT), 10'000);
-        QElapsedTimer taken;
-        taken.start();
         QCOMPARE(kill(static_cast<pid_t>(process.processId()), SIGSEGV), 0);
         QVERIFY(process.waitForFinished());
         QCOMPARE(process.exitStatus(), QProcess::CrashExit);
         QCOMPARE(process.exitCode(), SIGABRT);
-        // That crash ended it, and not the time that a report may take.
-        QVERIFY2(taken.elapsed() < 10'000, qPrintable(QString::number(taken.elapsed())));
     }
 
     void allThreadsAreListedByName()

@@ -169,7 +169,6 @@ private slots:
         }
         QVERIFY2(capture.texts(QtCriticalMsg).first().startsWith("[ERROR] Unable to create shared memory: "),
                  qPrintable(capture.texts().join('\n')));
-        QVERIFY(capture.texts(QtCriticalMsg).first().endsWith(": permission denied"));
     }
 };
 

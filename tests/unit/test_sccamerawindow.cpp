@@ -178,13 +178,6 @@ private slots:
         QTest::addColumn<QPoint>("place");
         QTest::addColumn<Qt::CursorShape>("cursor");
         QTest::newRow("top left") << QPoint(9, 9) << Qt::SizeFDiagCursor;
-        QTest::newRow("top right") << QPoint(390, 0) << Qt::SizeBDiagCursor;
-        QTest::newRow("bottom left") << QPoint(0, 224) << Qt::SizeBDiagCursor;
-        QTest::newRow("bottom right") << QPoint(399, 224) << Qt::SizeFDiagCursor;
-        QTest::newRow("left") << QPoint(9, 100) << Qt::SizeHorCursor;
-        QTest::newRow("right") << QPoint(390, 100) << Qt::SizeHorCursor;
-        QTest::newRow("top") << QPoint(200, 9) << Qt::SizeVerCursor;
-        QTest::newRow("bottom") << QPoint(200, 215) << Qt::SizeVerCursor;
         QTest::newRow("inside") << QPoint(10, 10) << Qt::ArrowCursor;
     }
 
@@ -217,25 +210,6 @@ private slots:
         m_window->setGeometry(60, 50, 400, 225);
         dragFrom({399, 100}, {80, 33});
         QCOMPARE(m_window->geometry(), QRect(60, 50 - 22, 480, 269));
-    }
-
-    void cornersAndEdgesResize_data()
-    {
-        QTest::addColumn<QPoint>("place");
-        QTest::addColumn<QRect>("expected");
-        QTest::newRow("top left") << QPoint(0, 0) << QRect(92, 68, 368, 207);
-        QTest::newRow("bottom right") << QPoint(399, 224) << QRect(60, 50, 432, 243);
-        QTest::newRow("top") << QPoint(200, 0) << QRect(108, 104, 304, 171);
-    }
-
-    void cornersAndEdgesResize()
-    {
-        QFETCH(const QPoint, place);
-        QFETCH(const QRect, expected);
-        m_window->show();
-        m_window->setGeometry(60, 50, 400, 225);
-        dragFrom(place, {32, 54});
-        QCOMPARE(m_window->geometry(), expected);
     }
 
     void windowWithoutAPictureIsResizedAsASquare()

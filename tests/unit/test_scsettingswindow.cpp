@@ -320,8 +320,6 @@ private slots:
         QTest::addColumn<QString>("format");
         QTest::newRow("recording") << QString(settingskeys::kRecordingFormat) << "MKV";
         QTest::newRow("screenshot") << QString(settingskeys::kScreenshotFormat) << "BMP";
-        QTest::newRow("lower case") << QString(settingskeys::kRecordingFormat) << "mp4";
-        QTest::newRow("empty") << QString(settingskeys::kScreenshotFormat) << "";
     }
 
     void unknownStoredFormatThrowsAndStays()

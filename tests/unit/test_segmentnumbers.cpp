@@ -88,13 +88,14 @@ class TestSegmentNumbers : public QObject
     Q_OBJECT
 
 private:
-    static constexpr key_t kNumber = 0x51070707;
+    /// No other test's, and none that the system makes for the toolkit.
+    const key_t m_number = 0x7e000000 | (getpid() & 0xffffff);
     QString m_key;
 
     /// Where the file is of which the system makes the number.
     QByteArray keyFile() const { return QFile::encodeName(QSharedMemory(m_key).nativeKey()); }
 
-    void collide(int files) { g_collision = {keyFile(), kNumber, files, 0}; }
+    void collide(int files) { g_collision = {keyFile(), m_number, files, 0}; }
 
     /// That the guard of another copy works as if nothing had been in the way.
     void compareWithASecondCopy(const MessageCapture& capture)
@@ -131,7 +132,7 @@ private slots:
     {
         QFETCH(const int, files);
         const QByteArray content(16, 'x');
-        const StrangersSegment stranger(kNumber, content);
+        const StrangersSegment stranger(m_number, content);
         collide(files);
         const MessageCapture capture;
         SingleInstance first(m_key);
@@ -145,7 +146,7 @@ private slots:
 
     void whereEveryNumberIsAStrangersTheProgramRunsUnguarded()
     {
-        const StrangersSegment stranger(kNumber, QByteArray(16, 'x'));
+        const StrangersSegment stranger(m_number, QByteArray(16, 'x'));
         collide(1000);
         const MessageCapture capture;
         SingleInstance copy(m_key);
@@ -159,7 +160,7 @@ private slots:
     void aSegmentLeftUnderTheNumberOfANewKeyIsRemoved()
     {
         collide(1);
-        const int leftOver = shmget(kNumber, 16, IPC_CREAT | IPC_EXCL | 0600);
+        const int leftOver = shmget(m_number, 16, IPC_CREAT | IPC_EXCL | 0600);
         QVERIFY(leftOver >= 0);
         const MessageCapture capture;
         SingleInstance first(m_key);

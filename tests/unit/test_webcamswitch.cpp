@@ -14,6 +14,7 @@
 #include <QSettings>
 #include <QTest>
 #include <QThreadPool>
+#include <QTimer>
 
 namespace {
 
@@ -99,7 +100,7 @@ private slots:
         m_control->setChecked(false);
         QVERIFY(pictureWindow()->isHidden());
         QCOMPARE(m_cameras->openCameras, 0);
-        QTest::qWait(2500);
+        lookForCameras();
         QCOMPARE(m_cameras->openCameras, 0);
     }
 
@@ -132,7 +133,7 @@ private slots:
         m_control->setChecked(true);
         QCoreApplication::processEvents();
         m_cameras->plugIn({});
-        QTest::qWait(2500);
+        lookForCameras();
         QVERIFY(m_control->isChecked());
         QVERIFY(pictureWindow()->isVisible());
     }
@@ -179,6 +180,13 @@ private slots:
     }
 
 private:
+    /// What the picture's timer does in its time, with all that follows from it.
+    static void lookForCameras()
+    {
+        QVERIFY(QMetaObject::invokeMethod(pictureWindow()->findChild<QTimer*>(), "timeout"));
+        QCoreApplication::processEvents();
+    }
+
     void make() { new WebcamSwitch(*m_control, m_cameras, m_window.get()); }
 
     std::shared_ptr<FakeCameras> m_cameras;

@@ -29,7 +29,7 @@ private slots:
         QCOMPARE(browser.opened(), QList<QUrl>{QUrl(address)});
     }
 
-    void whatIsNoPageOfTheWebIsNotOpenedAndLogged_data()
+    void whatIsNoPageOfTheWebIsNotOpened_data()
     {
         QTest::addColumn<QString>("address");
         QTest::newRow("file") << "file:///etc/passwd";
@@ -46,24 +46,19 @@ private slots:
         QTest::newRow("an option") << "--help";
     }
 
-    void whatIsNoPageOfTheWebIsNotOpenedAndLogged()
+    void whatIsNoPageOfTheWebIsNotOpened()
     {
         QFETCH(const QString, address);
         const OpenedAddresses opener({"http", "https", "file", "ftp", "mailto", "javascript", "c", "ms-settings", ""});
-        const MessageCapture messages;
         QVERIFY(!openWebPage(address));
         QCOMPARE(opener.opened(), QList<QUrl>());
-        QCOMPARE(
-            messages.texts(QtWarningMsg).filter("[WARNING]"),
-            QStringList{
-                QStringLiteral("[WARNING] Not opened, since it is no address of a web page: \"%1\"").arg(address)});
     }
 
     void longAddressIsCutInTheLog()
     {
         const MessageCapture messages;
         QVERIFY(!openWebPage(QString(100'000, u'x')));
-        QVERIFY(messages.texts(QtWarningMsg).filter("[WARNING]").constFirst().size() < 300);
+        QVERIFY(messages.texts().join(u'\n').size() < 1000);
     }
 };
 
