@@ -20,6 +20,12 @@ using Calls = QStringList;
 
 constexpr int kNever = 1000000;
 
+constexpr Durations kShort{.windowGoneMs = 40,
+                           .drainPollMs = 1,
+                           .drainTimeoutMs = 300,
+                           .sessionEndDrainTimeoutMs = 50,
+                           .confirmTimeoutMs = 200};
+
 /// An engine that does nothing but note what it is asked, and behave as it is told to.
 class FakeRecorder : public RecorderPort
 {
@@ -175,8 +181,7 @@ private slots:
                            1080,
                            true,
                            false};
-        m_session = std::make_unique<RecordingSession>(*m_recorder, *m_stage, nullptr);
-        m_session->setPatience({1, 300, 200, 50, 40});
+        m_session = std::make_unique<RecordingSession>(*m_recorder, *m_stage, nullptr, kShort);
         m_recorder->onStatus = [this](int status) { m_session->onRecordStatusChanged(status); };
         m_logSize = log().size();
     }
