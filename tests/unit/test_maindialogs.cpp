@@ -6,6 +6,7 @@
 #include "mainwindow/scmainwindow.h"
 #include "overlays/scswitchwidget.h"
 #include "platform/global_hotkey.h"
+#include "tests/support/countdowntest.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/updateserver.h"
@@ -198,7 +199,7 @@ private slots:
         const auto* const button = m_window->findChild<QPushButton*>("settingsBtn");
         QVERIFY(button->isEnabled());
         bool enabled = true;
-        QTimer::singleShot(300, this, [&] {
+        whenCountingDown(this, [&] {
             enabled = button->isEnabled();
             m_window->findChild<QPushButton*>("recordButton")->click();
         });

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "mainwindow/sccountdownwidget.h"
+#include "tests/support/shownwindow.h"
+
+#include <QTimer>
+
+#include <utility>
+
+/// Runs an action once a countdown is on the screen, while whoever has started it waits for its end.
+template <typename Action>
+void whenCountingDown(QObject* context, Action action)
+{
+    constexpr int kPollMs = 5;
+    auto* const poll = new QTimer(context);
+    QObject::connect(poll, &QTimer::timeout, context, [poll, run = std::move(action)] {
+        if (shownWindow<SCCountdownWidget>() == nullptr)
+            return;
+        poll->stop();
+        poll->deleteLater();
+        run();
+    });
+    poll->start(kPollMs);
+}
