@@ -15,7 +15,7 @@ constexpr int kEngineStartTimeoutMs = 60'000;
 constexpr int kPoliteEndTimeoutMs = 10'000;
 constexpr int kToolTimeoutMs = 10'000;
 constexpr int kPollMs = 5;
-constexpr int kCountdownStepMs = 60;
+constexpr int kCountdownStepMs = 100;
 
 QByteArray runTool(const QString& program, const QStringList& arguments)
 {
