@@ -207,9 +207,9 @@ void TestSession::aFullDiskEndsTheRecordingWithAReason()
     const qsizetype from = program.messages().size();
     ProgramUnderTest::pressKey(kHotkey);
     QVERIFY2(program.waitForMessage(kStarted, kMessageTimeoutMs, from).has_value(), qPrintable(program.transcript()));
-    QVERIFY2(program.mainWindow(true, kWindowTimeoutMs).has_value(), qPrintable(program.transcript()));
-    QVERIFY2(program.mainWindow(false, kMessageTimeoutMs).has_value(), qPrintable(program.transcript()));
-    QVERIFY2(program.logText().contains(QLatin1String("disk is full")), qPrintable(program.logText()));
+    QTRY_VERIFY2_WITH_TIMEOUT(program.logText().contains(QLatin1String("disk is full")), qPrintable(program.logText()),
+                              kMessageTimeoutMs);
+    QVERIFY2(program.mainWindow(false, kWindowTimeoutMs).has_value(), qPrintable(program.transcript()));
     QVERIFY(program.isRunning());
 }
 
