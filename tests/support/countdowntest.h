@@ -7,9 +7,10 @@
 
 #include <utility>
 
-/// Runs an action once a countdown is on the screen, while whoever has started it waits for its end.
+/// Runs an action once a countdown is on the screen, while whoever has started it waits for its end. Deleting what is
+/// returned gives that up.
 template <typename Action>
-void whenCountingDown(QObject* context, Action action)
+QTimer* whenCountingDown(QObject* context, Action action)
 {
     constexpr int kPollMs = 5;
     auto* const poll = new QTimer(context);
@@ -21,4 +22,5 @@ void whenCountingDown(QObject* context, Action action)
         run();
     });
     poll->start(kPollMs);
+    return poll;
 }
