@@ -138,7 +138,7 @@ bool ProgramUnderTest::start()
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_startedAtNs = monotonicNow();
     const QStringList words = command();
-    m_process.start(words.constFirst(), words.mid(1), QIODevice::ReadOnly);
+    m_process.start(words.constFirst(), words.mid(1));
     return m_process.waitForStarted();
 }
 

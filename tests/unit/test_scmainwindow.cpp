@@ -26,7 +26,6 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
-#include <QSet>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStackedWidget>
@@ -262,6 +261,13 @@ private slots:
         QApplication::setQuitOnLastWindowClosed(false);
         QVERIFY(!window.isVisible());
         expectCancelled(window, messages);
+    }
+
+    void fitsOnASmallScreenOfTwiceTheScale()
+    {
+        SCMainWindow window;
+        window.show();
+        QCOMPARE(window.size().boundedTo(QSize(960, 540)), window.size());
     }
 
     void closingWhileIdleClosesAtOnce()
@@ -892,34 +898,6 @@ private slots:
         QVERIFY(!child<QLabel>(window, "hotkeyLabel")->isVisible());
         QVERIFY(messages.texts().contains(
             QStringLiteral("[WARNING] The hotkey \"garbage\" cannot be used: there is no such key")));
-    }
-
-    void everyTextOfTheWindowIsAKeyOfTheTranslations()
-    {
-        class Listing : public QTranslator
-        {
-        public:
-            QString translate(const char* context, const char* text, const char*, int) const override
-            {
-                // What Qt's own widgets ask for is Qt's to translate.
-                if (QLatin1String(context) == QLatin1String("SCMainWindow"))
-                    asked.insert(QString::fromUtf8(text));
-                return {};
-            }
-            bool isEmpty() const override { return false; }
-
-            mutable QSet<QString> asked;
-        };
-        Listing listing;
-        QApplication::installTranslator(&listing);
-        const SCMainWindow window;
-        QApplication::removeTranslator(&listing);
-        QVERIFY(listing.asked.contains(QStringLiteral("Start Recording")));
-        QFile file(QStringLiteral(":/locales/en_US.ini"));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString keys = QString::fromUtf8(file.readAll());
-        for (const QString& text : std::as_const(listing.asked))
-            QVERIFY2(keys.contains(text + QLatin1String(" = \"")), qPrintable(text));
     }
 
     void styleSheetIsLoaded()
