@@ -50,7 +50,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         m_window->setGeometry(kPlace);
         // All that showing it has called for.
-        desktopuser::waitUntilStill();
+        QTest::qWait(500);
         QTRY_COMPARE(m_window->geometry(), kPlace);
     }
 

@@ -18,7 +18,6 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QEnterEvent>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
