@@ -2,7 +2,6 @@
 #include "platform/compositing.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 
 #include <QApplication>

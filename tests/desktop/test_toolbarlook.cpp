@@ -1,7 +1,6 @@
 #include "mainwindow/scfullscreentoolbar.h"
 #include "mainwindow/toolbarplacement.h"
 #include "tests/desktop/desktopuser.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 #include "tests/support/x11clients.h"
 

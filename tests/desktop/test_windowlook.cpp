@@ -1,4 +1,3 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "mainwindow/sccountdownwidget.h"
 #include "mainwindow/scmainwindow.h"
@@ -10,7 +9,6 @@
 #include "tests/desktop/userinput.h"
 #include "tests/support/countdowntest.h"
 #include "tests/support/messagecapture.h"
-#include "tests/support/testprofile.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -3,7 +3,6 @@
 #include "platform/native_windows.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 
 #include <QApplication>
