@@ -1,8 +1,8 @@
 #include "mainwindow/recordingclock.h"
 
-RecordingClock::RecordingClock(QObject* parent) : QObject(parent)
+RecordingClock::RecordingClock(QObject* parent, int tickMs) : QObject(parent), m_tickMs(tickMs)
 {
-    m_timer.setInterval(kIntervalMs);
+    m_timer.setInterval(m_tickMs);
     connect(&m_timer, &QTimer::timeout, this, &RecordingClock::onTimeout);
 }
 
@@ -11,7 +11,7 @@ void RecordingClock::setRunning(bool running)
     m_running = running;
     m_remainingMs = -1;
     if (running)
-        m_timer.start(kIntervalMs);
+        m_timer.start(m_tickMs);
     else
         m_timer.stop();
 }
@@ -32,7 +32,7 @@ void RecordingClock::setPaused(bool paused)
 void RecordingClock::onTimeout()
 {
     // The second that a pause has cut is over.
-    if (m_timer.interval() != kIntervalMs)
-        m_timer.start(kIntervalMs);
+    if (m_timer.interval() != m_tickMs)
+        m_timer.start(m_tickMs);
     emit tick();
 }

@@ -1,19 +1,19 @@
 #pragma once
 
+#include "mainwindow/durations.h"
+
 #include <QObject>
 #include <QTimer>
 
-/// Ticks once a second while a recording runs. A pause keeps the part of a second that has passed.
+/// Ticks once a second while a recording runs. A pause keeps the part of the second that has passed.
 class RecordingClock : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int kIntervalMs = 1000;
+    explicit RecordingClock(QObject* parent, int tickMs = Durations().clockTickMs);
 
-    explicit RecordingClock(QObject* parent);
-
-    /// Starts anew with a whole second, or stops.
+    /// Starts again with a whole second, or stops.
     void setRunning(bool running);
 
     /// Stands still, or goes on where it stood. Ignored by a clock that does not run.
@@ -26,6 +26,7 @@ private:
     void onTimeout();
 
     QTimer m_timer;
+    int m_tickMs;
     bool m_running = false;
     /// What was left of the second when the clock was paused, in ms; -1 while it is not paused.
     int m_remainingMs = -1;

@@ -15,8 +15,9 @@ constexpr int kVideoBitRate = 4;
 
 } // namespace
 
-RecordingSession::RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent)
-    : QObject(parent), m_recorder(recorder), m_stage(stage)
+RecordingSession::RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent,
+                                   const Durations& durations)
+    : QObject(parent), m_recorder(recorder), m_stage(stage), m_durations(durations)
 {
     m_drainTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_drainTimer, &QTimer::timeout, this, &RecordingSession::pollDrain);
@@ -129,7 +130,7 @@ void RecordingSession::setPaused(bool paused)
     } else if (m_state == RecordingState::Paused) {
         // Whoever restored the window during the pause does not want it in the picture.
         m_stage.minimiseWindow();
-        m_resumeTimer.start(m_patience.windowGoneMs);
+        m_resumeTimer.start(m_durations.windowGoneMs);
     }
 }
 
@@ -152,7 +153,7 @@ void RecordingSession::beginStop()
     setState(RecordingState::Stopping);
     m_recorder.requestRecordingEnd();
     m_sinceStopRequest.start();
-    m_drainTimer.start(m_patience.pollMs);
+    m_drainTimer.start(m_durations.drainPollMs);
 }
 
 void RecordingSession::pollDrain()
@@ -160,11 +161,11 @@ void RecordingSession::pollDrain()
     if (!m_recorder.isRecording()) {
         // It ended by itself meanwhile, and its last word is on the way here.
         m_drainTimer.stop();
-        m_confirmTimer.start(m_patience.confirmMs);
+        m_confirmTimer.start(m_durations.confirmTimeoutMs);
         return;
     }
     const bool reached = m_recorder.isRecordingEndReached();
-    if (!reached && !m_sinceStopRequest.hasExpired(m_patience.drainMs))
+    if (!reached && !m_sinceStopRequest.hasExpired(m_durations.drainTimeoutMs))
         return;
     if (!reached)
         SCLogger::warning(QStringLiteral("The recorder stalls, the recording ends without its last pictures"));
@@ -175,7 +176,7 @@ void RecordingSession::pollDrain()
 void RecordingSession::stopOutput()
 {
     // Armed first: the engine may report the end before its stop returns.
-    m_confirmTimer.start(m_patience.confirmMs);
+    m_confirmTimer.start(m_durations.confirmTimeoutMs);
     m_stopAsked = true;
     const int result = m_recorder.stopRecording(false);
     SCLogger::info(QStringLiteral("Recording stopped... %1").arg(result));
@@ -184,7 +185,7 @@ void RecordingSession::stopOutput()
 void RecordingSession::giveUpWaiting()
 {
     SCLogger::error(QStringLiteral("The engine did not report the end of the recording within %1 seconds")
-                        .arg(m_patience.confirmMs / 1000));
+                        .arg(m_durations.confirmTimeoutMs / 1000));
     conclude();
 }
 
@@ -216,8 +217,8 @@ void RecordingSession::finishAtOnce()
 void RecordingSession::waitForDrain() const
 {
     // Events have to wait as well: one of them could be the stop that is about to be carried out here.
-    while (!m_recorder.isRecordingEndReached() && !m_sinceStopRequest.hasExpired(m_patience.sessionEndDrainMs))
-        QThread::msleep(static_cast<unsigned long>(m_patience.pollMs));
+    while (!m_recorder.isRecordingEndReached() && !m_sinceStopRequest.hasExpired(m_durations.sessionEndDrainTimeoutMs))
+        QThread::msleep(static_cast<unsigned long>(m_durations.drainPollMs));
 }
 
 void RecordingSession::onRecordStatusChanged(int status)

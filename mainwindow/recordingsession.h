@@ -1,5 +1,6 @@
 #pragma once
 
+#include "mainwindow/durations.h"
 #include "mainwindow/recordingstage.h"
 
 #include <QElapsedTimer>
@@ -35,25 +36,10 @@ public:
     /// Pictures per second of every recording.
     static constexpr int kFramesPerSecond = 30;
 
-    /// How long a stop waits for the last frames and for the engine's word, in milliseconds.
-    struct Patience
-    {
-        int pollMs = 10;
-        /// The longest wait for the encoder, far above what any encoder holds back at 30 frames per second.
-        int drainMs = 10000;
-        /// The longest wait for the engine to report a closed file. A long file on a slow disk takes its time.
-        int confirmMs = 60000;
-        /// The longest wait for the encoder when the user's session ends: the system grants five seconds in all.
-        int sessionEndDrainMs = 1000;
-        /// How long a window that is minimised may take to be gone from the screen, its compositor's effects included.
-        int windowGoneMs = 400;
-    };
-
-    RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent);
+    RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent, const Durations& durations = {});
     ~RecordingSession() override;
 
     RecordingState state() const { return m_state; }
-    void setPatience(const Patience& patience) { m_patience = patience; }
 
 public slots:
     /// The record button and the hotkey: starts, cancels a running countdown, or stops, also while paused. Ignored
@@ -121,7 +107,7 @@ private:
 
     RecorderPort& m_recorder;
     RecordingStage& m_stage;
-    Patience m_patience;
+    Durations m_durations;
     RecordingState m_state = RecordingState::Idle;
     bool m_countdownCancelled = false;
     bool m_starting = false;

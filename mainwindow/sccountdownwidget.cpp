@@ -15,7 +15,6 @@ constexpr QSize kWidgetSize(200, 240);
 constexpr QSize kCircleSize(200, 200);
 constexpr QSize kHintSize(180, 30);
 constexpr int kSpacing = 10;
-constexpr int kTickIntervalMs = 1000;
 
 const auto kNumberStyle =
     QStringLiteral("QLabel {color: #FFFFFF;background-color: #28282E;border: 2px solid #007ACC;border-radius: 100px;"
@@ -25,7 +24,7 @@ const auto kHintTextStyle = QStringLiteral("QLabel {color: #FFFFFF;background-co
 
 } // namespace
 
-SCCountdownWidget::SCCountdownWidget(QWidget* parent)
+SCCountdownWidget::SCCountdownWidget(QWidget* parent, int stepMs)
     : QWidget(parent, Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::SubWindow)
     , m_timer(new QTimer(this))
     , m_settings(openSettings())
@@ -40,7 +39,7 @@ SCCountdownWidget::SCCountdownWidget(QWidget* parent)
     const QString hotkey = m_settings->value(settingskeys::kRecordingHotkey).toString();
     if (hotkey != QLatin1String("None"))
         layout->addWidget(buildHint(hotkey), 0, Qt::AlignCenter);
-    m_timer->setInterval(kTickIntervalMs);
+    m_timer->setInterval(stepMs);
     connect(m_timer, &QTimer::timeout, this, &SCCountdownWidget::updateCountdown);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mainwindow/durations.h"
+
 #include <QTimer>
 #include <QWidget>
 
@@ -19,11 +21,11 @@ class SCCountdownWidget : public QWidget
     Q_OBJECT
 
 public:
-    explicit SCCountdownWidget(QWidget* parent);
+    explicit SCCountdownWidget(QWidget* parent, int stepMs = Durations().countdownStepMs);
     ~SCCountdownWidget() override;
 
-    /// Shows the widget and counts down from count to 1, one a second. A count below 1 emits countdownFinished() at
-    /// once and shows nothing.
+    /// Shows the widget and counts down from count to 1, one a step, which is a second. A count below 1 emits
+    /// countdownFinished() at once and shows nothing.
     void start(int count);
 
     /// Waits until the countdown is over or cancelled. Returns at once when none runs.

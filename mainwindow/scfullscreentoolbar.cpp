@@ -30,8 +30,6 @@ constexpr int kAudioOnlyIconPx = 20;
 constexpr int kCornerRadiusPx = 8;
 /// Qt::WindowStaysOnTopHint and the bits of Qt::Tool and Qt::SubWindow.
 constexpr int kWindowFlags = 0x4001B;
-constexpr int kFadeMs = 150;
-constexpr int kMousePollMs = 50;
 constexpr int kTopEdgePx = 10;
 constexpr double kHighestAlpha = 230.0;
 
@@ -66,7 +64,7 @@ void setMeaning(QPushButton& button, const QString& meaning)
 
 } // namespace
 
-SCFullscreenToolbar::SCFullscreenToolbar(QWidget* parent)
+SCFullscreenToolbar::SCFullscreenToolbar(QWidget* parent, const Durations& durations)
     : QWidget(parent)
     , m_layout(new QHBoxLayout(this))
     , m_opacityEffect(new QGraphicsOpacityEffect(this))
@@ -90,8 +88,8 @@ SCFullscreenToolbar::SCFullscreenToolbar(QWidget* parent)
     connect(m_recordButton, &QPushButton::clicked, this, &SCFullscreenToolbar::toggleRecording);
     connect(m_pauseButton, &QPushButton::clicked, this, [this] { emit pauseToggled(!m_paused); });
 
-    setUpAnimation();
-    m_mousePollTimer->setInterval(kMousePollMs);
+    setUpAnimation(durations.toolbarFadeMs);
+    m_mousePollTimer->setInterval(durations.toolbarPointerPollMs);
     connect(m_mousePollTimer, &QTimer::timeout, this, &SCFullscreenToolbar::checkMousePosition);
     qApp->installEventFilter(this);
 }
@@ -134,11 +132,11 @@ QWidget* SCFullscreenToolbar::buildContainer()
     return m_container;
 }
 
-void SCFullscreenToolbar::setUpAnimation()
+void SCFullscreenToolbar::setUpAnimation(int fadeMs)
 {
     m_opacityEffect->setOpacity(1.0);
     setGraphicsEffect(m_opacityEffect);
-    m_opacityAnimation->setDuration(kFadeMs);
+    m_opacityAnimation->setDuration(fadeMs);
     connect(m_opacityAnimation, &QPropertyAnimation::finished, this, [this] {
         if (m_opacityAnimation->endValue().toDouble() == 0.0)
             QWidget::setVisible(false);

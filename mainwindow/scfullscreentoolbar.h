@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mainwindow/durations.h"
+
 #include <QRect>
 #include <QWidget>
 
@@ -21,7 +23,7 @@ class SCFullscreenToolbar : public QWidget
     Q_OBJECT
 
 public:
-    explicit SCFullscreenToolbar(QWidget* parent = nullptr);
+    explicit SCFullscreenToolbar(QWidget* parent = nullptr, const Durations& durations = {});
     ~SCFullscreenToolbar() override;
 
     /// Shows whether a recording runs. A bar told that none runs is not paused either.
@@ -87,7 +89,7 @@ private:
     };
 
     QWidget* buildContainer();
-    void setUpAnimation();
+    void setUpAnimation(int fadeMs);
     void readyNativeWindow();
     void updateOutline();
     void updateRecordButton();

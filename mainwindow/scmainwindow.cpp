@@ -66,23 +66,25 @@ void openPage(const char* address)
 
 } // namespace
 
-SCMainWindow::SCMainWindow() : SCMainWindow(std::make_unique<ObsWrapper>()) {}
+SCMainWindow::SCMainWindow(const Durations& durations) : SCMainWindow(std::make_unique<ObsWrapper>(), durations) {}
 
-SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine)
-    : SCMainWindow(std::move(engine), std::make_shared<QtCameraSystem>())
+SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, const Durations& durations)
+    : SCMainWindow(std::move(engine), std::make_shared<QtCameraSystem>(), durations)
 {}
 
-SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<CameraSystem> cameras)
-    : m_ui(std::make_unique<Ui::SCMainWindow>())
+SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<CameraSystem> cameras,
+                           const Durations& durations)
+    : m_durations(durations)
+    , m_ui(std::make_unique<Ui::SCMainWindow>())
     , m_obs(std::move(engine))
     , m_windowPicker(std::make_unique<WindowHighlighter>())
     , m_region(new RegionOverlays(this))
-    , m_screenshots(new ScreenshotSession(this))
+    , m_screenshots(new ScreenshotSession(this, durations.windowGoneMs))
     , m_files(new SCFileManager(this))
     , m_settings(openSettings())
     , m_sources(*m_obs)
     , m_recorder(*m_obs)
-    , m_session(m_recorder, *this, nullptr)
+    , m_session(m_recorder, *this, nullptr, durations)
     , m_shownStatus(recordstatus::kEnded)
 {
     m_ui->setupUi(this);
@@ -265,7 +267,7 @@ void SCMainWindow::connectTiles()
 
 void SCMainWindow::connectSession()
 {
-    m_recordingClock = new RecordingClock(this);
+    m_recordingClock = new RecordingClock(this, m_durations.clockTickMs);
     connect(m_recordingClock, &RecordingClock::tick, &m_session, &RecordingSession::onTick);
     connect(m_obs.get(), &ObsWrapper::recordStatusChanged, &m_session, &RecordingSession::onRecordStatusChanged);
     connect(&m_session, &RecordingSession::stateChanged, this, &SCMainWindow::onStateChanged);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mainwindow/capturearea.h"
+#include "mainwindow/durations.h"
 #include "mainwindow/obsrecorder.h"
 #include "mainwindow/obssources.h"
 #include "mainwindow/recordingsession.h"
@@ -47,14 +48,15 @@ class SCMainWindow : public QMainWindow, private RecordingStage
 public:
     /// Builds the window, fills in missing settings, takes the hotkeys and, on a profile's first run, opens the maker's
     /// page. The engine stands still until initializeCapture().
-    SCMainWindow();
+    explicit SCMainWindow(const Durations& durations = {});
 
     /// The same window over an engine that the caller has made, for one that captures by another table than the running
     /// system's.
-    explicit SCMainWindow(std::unique_ptr<ObsWrapper> engine);
+    explicit SCMainWindow(std::unique_ptr<ObsWrapper> engine, const Durations& durations = {});
 
     /// The same with other cameras than the machine's.
-    SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<CameraSystem> cameras);
+    SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<CameraSystem> cameras,
+                 const Durations& durations = {});
     ~SCMainWindow() override;
 
     /// Shares the application's translator with the window, which reloads it when the user chooses another language.
@@ -216,6 +218,7 @@ private:
     void setClockPaused(bool paused) override;
     QDateTime now() const override;
 
+    Durations m_durations;
     std::unique_ptr<Ui::SCMainWindow> m_ui;
     std::unique_ptr<ObsWrapper> m_obs;
     std::unique_ptr<WindowHighlighter> m_windowPicker;

@@ -24,7 +24,8 @@
 
 void SCMainWindow::armUpdateCheck()
 {
-    m_updateNotice = new UpdateNotice(this, [this](bool excluded) { return mayBeInterrupted(excluded); });
+    m_updateNotice = new UpdateNotice(
+        this, [this](bool excluded) { return mayBeInterrupted(excluded); }, m_durations);
 }
 
 void SCMainWindow::connectDialogs()

@@ -97,7 +97,7 @@ void SCMainWindow::minimiseWhileRecording()
 SCFullscreenToolbar& SCMainWindow::toolbar()
 {
     if (m_toolbar == nullptr) {
-        m_toolbar = std::make_unique<SCFullscreenToolbar>();
+        m_toolbar = std::make_unique<SCFullscreenToolbar>(nullptr, m_durations);
         connect(m_toolbar.get(), &SCFullscreenToolbar::recordingToggled, this, &SCMainWindow::onBarToggled);
         connect(m_toolbar.get(), &SCFullscreenToolbar::pauseToggled, &m_session, &RecordingSession::setPaused);
     }
@@ -198,7 +198,7 @@ void SCMainWindow::countDown(int from)
     m_screenshots->giveUp();
     giveUpPicking();
     bringAreaUpToDate();
-    m_countdown = new SCCountdownWidget(nullptr);
+    m_countdown = new SCCountdownWidget(nullptr, m_durations.countdownStepMs);
     const QPoint centre = captureCentre(m_captureArea.rectOn(primaryScreen()));
     m_countdown->move(centre - QPoint(m_countdown->width() / 2, m_countdown->height() / 2));
     connect(m_countdown, &SCCountdownWidget::closed, &m_session, &RecordingSession::cancelCountdown);

@@ -15,9 +15,6 @@
 
 namespace {
 
-/// Compositors let a window that is minimised fade out.
-constexpr int kWindowGoneMs = 400;
-
 /// Without what lies beyond all screens, where a picture would be black. On Windows a maximised window reaches there
 /// with its borders, which nobody sees. What lies on another screen stays.
 QRect seenOf(const QRect& area)
@@ -29,7 +26,7 @@ QRect seenOf(const QRect& area)
 
 } // namespace
 
-ScreenshotSession::ScreenshotSession(QObject* parent)
+ScreenshotSession::ScreenshotSession(QObject* parent, int windowGoneMs)
     : QObject(parent)
     , m_screenshot(new SCScreenshot(this))
     , m_selection(new RegionSelection(this))
@@ -37,9 +34,9 @@ ScreenshotSession::ScreenshotSession(QObject* parent)
     , m_keyboard(new QTimer(this))
 {
     m_selectorDelay->setSingleShot(true);
-    m_selectorDelay->setInterval(kWindowGoneMs);
+    m_selectorDelay->setInterval(windowGoneMs);
     m_keyboard->setSingleShot(true);
-    m_keyboard->setInterval(kWindowGoneMs);
+    m_keyboard->setInterval(windowGoneMs);
     connect(m_keyboard, &QTimer::timeout, this, &ScreenshotSession::takeKeyboard);
     connect(m_selectorDelay, &QTimer::timeout, m_selection, &RegionSelection::begin);
     connect(m_screenshot, &SCScreenshot::error, this, &ScreenshotSession::failed);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mainwindow/durations.h"
+
 #include <QObject>
 #include <QRect>
 
@@ -19,7 +21,7 @@ class ScreenshotSession : public QObject
     Q_OBJECT
 
 public:
-    explicit ScreenshotSession(QObject* parent);
+    explicit ScreenshotSession(QObject* parent, int windowGoneMs = Durations().windowGoneMs);
     ~ScreenshotSession() override;
 
     /// Lays the frame over the whole primary screen.

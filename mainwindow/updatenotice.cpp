@@ -9,14 +9,18 @@
 
 #include <utility>
 
-UpdateNotice::UpdateNotice(QWidget* window, MayShow mayShow)
-    : QObject(window), m_window(*window), m_mayShow(std::move(mayShow)), m_check(new SilentUpdateCheck(this))
+UpdateNotice::UpdateNotice(QWidget* window, MayShow mayShow, const Durations& durations)
+    : QObject(window)
+    , m_window(*window)
+    , m_mayShow(std::move(mayShow))
+    , m_retryMs(durations.updateNoticeRetryMs)
+    , m_check(new SilentUpdateCheck(this))
 {
     connect(m_check, &SilentUpdateCheck::newerVersionFound, this, &UpdateNotice::onNewerVersionFound);
     auto* const timer = new QTimer(this);
     timer->setSingleShot(true);
     connect(timer, &QTimer::timeout, m_check, &SilentUpdateCheck::start);
-    timer->start(kDelayMs);
+    timer->start(durations.updateCheckDelayMs);
 }
 
 UpdateNotice::~UpdateNotice() = default;
@@ -41,5 +45,5 @@ void UpdateNotice::showWhenFree()
     else if (m_mayShow(m_excluded))
         dialogwindow::showOver(*m_updateWindow, m_window);
     else
-        QTimer::singleShot(kRetryMs, this, &UpdateNotice::showWhenFree);
+        QTimer::singleShot(m_retryMs, this, &UpdateNotice::showWhenFree);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mainwindow/durations.h"
+
 #include <QObject>
 #include <QPointer>
 
@@ -21,12 +23,8 @@ public:
     /// Whether the window may open now. The argument says whether the system keeps it out of every capture.
     using MayShow = std::function<bool(bool excludedFromCapture)>;
 
-    static constexpr int kDelayMs = 5000;
-    /// How long a window that may not open yet waits until it asks again.
-    static constexpr int kRetryMs = 1000;
-
     /// Starts counting. The update window opens over the given one.
-    UpdateNotice(QWidget* window, MayShow mayShow);
+    UpdateNotice(QWidget* window, MayShow mayShow, const Durations& durations = {});
     ~UpdateNotice() override;
 
     /// Shows nothing that has not been shown yet: the user has asked, and been told.
@@ -38,6 +36,7 @@ private:
 
     QWidget& m_window;
     MayShow m_mayShow;
+    int m_retryMs;
     SilentUpdateCheck* m_check;
     /// Made, and not shown before it may be.
     QPointer<SCUpgradeWindow> m_updateWindow;

@@ -120,6 +120,22 @@ QImage screenshot()
     return QGuiApplication::primaryScreen()->grabWindow().toImage();
 }
 
+void waitUntilStill()
+{
+    constexpr int kLooks = 4;
+    constexpr int kPeriodMs = 20;
+    QImage last = screenshot();
+    int same = 0;
+    const bool isStill = QTest::qWaitFor([&last, &same] {
+        QTest::qWait(kPeriodMs);
+        const QImage seen = screenshot();
+        same = seen == last ? same + 1 : 0;
+        last = seen;
+        return same >= kLooks;
+    });
+    QVERIFY(isStill);
+}
+
 QRgb colourAt(const QPoint& place)
 {
     return screenshot().pixel(inPicture(place)) | 0xff000000;

@@ -41,6 +41,10 @@ QPoint centreOf(const QWidget& widget);
 /// What the primary screen shows, in physical pixels.
 QImage screenshot();
 
+/// Waits until the primary screen shows the same for some looks in a row: what has been begun there is over. Where a
+/// test knows what is to be seen it waits for that instead.
+void waitUntilStill();
+
 /// What the primary screen shows at a point.
 QRgb colourAt(const QPoint& place);
 

@@ -43,11 +43,12 @@ protected:
     /// Drags the region out, from its top left to its bottom right.
     void dragRegion() const;
     /// Chooses an entry of the ratio box.
-    void choosePreset(const char* name) const;
+    void choosePreset(const QString& name) const;
 
     /// Looks at what there is during the next countdown, which runs within the event that starts it, and cancels it.
-    void duringTheCountdown(const std::function<void()>& look) const;
-    static bool isCancelled(const MessageCapture& messages);
+    void duringTheCountdown(const std::function<void()>& look);
+    /// The countdown that was looked at is gone, without having come to its end, and the window is back.
+    bool isCancelled(const MessageCapture& messages) const;
 
     template <typename Widget>
     Widget* child(const QString& name) const
@@ -76,4 +77,5 @@ private slots:
 
 private:
     QWidget m_backdrop;
+    bool m_hasLooked = false;
 };

@@ -1,6 +1,7 @@
 #include "tests/desktop/screenshottest.h"
 
 #include "app/settings.h"
+#include "mainwindow/screenshotsession.h"
 #include "mainwindow/tile.h"
 #include "overlays/areaselector.h"
 #include "tests/desktop/desktopuser.h"
@@ -11,6 +12,7 @@
 #include <QScreen>
 #include <QSettings>
 #include <QTest>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdlib>
@@ -43,11 +45,11 @@ void ScreenshotTest::init()
     settings->setValue(settingskeys::kScreenshotHotkey, QStringLiteral("F10"));
     pointTo(onScreen({3, 3}));
     m_boxes = std::make_unique<messagebox::Recorder>();
-    m_window = std::make_unique<SCMainWindow>();
+    m_window = std::make_unique<SCMainWindow>(Durations{.windowGoneMs = 150});
     m_window->move(onScreen({20, 40}));
     m_window->show();
     QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-    QTest::qWait(150);
+    desktopuser::waitUntilStill();
     click(*m_window->findChild<QPushButton*>(QStringLiteral("screenshotTab")));
     m_produced = std::make_unique<QSignalSpy>(m_window.get(), &SCMainWindow::fileProduced);
 }
@@ -109,17 +111,21 @@ void ScreenshotTest::clickTile(const char* name) const
 void ScreenshotTest::dragRegion() const
 {
     clickTile("screenshotRegionTile");
-    QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
-    QTest::qWait(100);
+    QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr && shownWindow<AreaSelector>()->isActiveWindow());
+    desktopuser::waitUntilStill();
     drag(region().topLeft(), region().bottomRight());
     QTRY_VERIFY(frame() != nullptr && shownWindow<AreaSelector>() == nullptr);
     waitForTheKeyboard();
 }
 
-void ScreenshotTest::waitForTheKeyboard()
+void ScreenshotTest::waitForTheKeyboard() const
 {
+    // The session asks for the keyboard once the window that made room is gone.
+    const auto timers =
+        m_window->findChild<ScreenshotSession*>()->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+    QTRY_VERIFY(std::ranges::none_of(timers, &QTimer::isActive));
+    desktopuser::waitUntilStill();
     QTRY_VERIFY(frame()->isActiveWindow());
-    QTest::qWait(600);
 }
 
 void ScreenshotTest::expectShot(const QRect& covered) const

@@ -38,7 +38,7 @@ protected:
     /// Chooses the region with the pointer; its frame is shown and has the keyboard.
     void dragRegion() const;
     /// The window manager may have other ideas about the keyboard.
-    static void waitForTheKeyboard();
+    void waitForTheKeyboard() const;
     /// A PNG file was written and told, and it is just what the desktop shows there.
     void expectShot(const QRect& covered) const;
 

@@ -2,8 +2,6 @@
 
 #include "app/settingsfile.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 
@@ -12,7 +10,6 @@
 namespace {
 
 constexpr int kTimeoutMs = 30'000;
-constexpr int kPollMs = 20;
 /// "2026-01-31 12:00:00.000 - "
 constexpr qsizetype kStampLength = 26;
 /// Until its input is closed.
@@ -82,50 +79,37 @@ InTemporaryFolderOf::~InTemporaryFolderOf()
         qputenv("TMPDIR", m_before);
 }
 
-StartedCopy::StartedCopy(const Profile& profile, Start start)
+StartedCopy::StartedCopy(const Profile& profile, Start start) : m_profile(profile), m_start(start)
 {
-    const QString program = QCoreApplication::applicationDirPath() + QLatin1String("/kestrano");
-    m_process.setProcessEnvironment(profile.environment);
-    m_process.setWorkingDirectory(profile.root().path());
-    m_process.setProcessChannelMode(QProcess::MergedChannels);
-    if (start == Start::AtOnce)
-        m_process.start(program, QStringList());
-    else
-        m_process.start(QStringLiteral("sh"), {QStringLiteral("-c"), QLatin1String(kHeldStart), program});
-    m_process.waitForStarted();
+    process().setWorkingDirectory(profile.root().path());
+    ProgramUnderTest::start();
 }
 
 StartedCopy::~StartedCopy()
 {
-    if (!isRunning())
-        return;
-    m_process.terminate();
-    if (!m_process.waitForFinished(kTimeoutMs)) {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
+    end();
+}
+
+QStringList StartedCopy::command() const
+{
+    if (m_start == Start::AtOnce)
+        return {executable()};
+    return {QStringLiteral("sh"), QStringLiteral("-c"), QLatin1String(kHeldStart), executable()};
 }
 
 bool StartedCopy::waitForMessage(const QString& text)
 {
-    QElapsedTimer waited;
-    waited.start();
-    while (!transcript().contains(text)) {
-        if (waited.hasExpired(kTimeoutMs) || !isRunning())
-            return transcript().contains(text);
-        m_process.waitForReadyRead(kPollMs);
-    }
-    return true;
+    return ProgramUnderTest::waitForMessage(text, kTimeoutMs).has_value();
 }
 
 bool StartedCopy::waitUntilEnded()
 {
-    return !isRunning() || m_process.waitForFinished(kTimeoutMs);
+    return ProgramUnderTest::waitUntilEnded(kTimeoutMs);
 }
 
-int StartedCopy::exitCode() const
+int StartedCopy::exitCode()
 {
-    return !isRunning() && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+    return !isRunning() && process().exitStatus() == QProcess::NormalExit ? process().exitCode() : -1;
 }
 
 void StartedCopy::sendSignal(int number) const
@@ -135,6 +119,8 @@ void StartedCopy::sendSignal(int number) const
 
 QStringList StartedCopy::messages()
 {
-    m_output += m_process.readAll();
-    return QString::fromLocal8Bit(m_output).split(u'\n', Qt::SkipEmptyParts);
+    QStringList texts;
+    for (const Line& line : ProgramUnderTest::messages())
+        texts.append(line.text);
+    return texts;
 }

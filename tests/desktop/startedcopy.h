@@ -1,9 +1,11 @@
 #pragma once
 
+#include "tests/support/programundertest.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QMap>
-#include <QProcess>
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -45,8 +47,9 @@ private:
     QByteArray m_before;
 };
 
-/// One start of the program. The destructor ends it.
-class StartedCopy
+/// One start of the program in a profile that it may share with others; what is stored there is the test's own
+/// affair. The destructor ends it.
+class StartedCopy : private ProgramUnderTest
 {
 public:
     enum class Start
@@ -56,28 +59,32 @@ public:
     };
 
     explicit StartedCopy(const Profile& profile, Start start = Start::AtOnce);
-    ~StartedCopy();
-    StartedCopy(const StartedCopy&) = delete;
-    StartedCopy& operator=(const StartedCopy&) = delete;
+    ~StartedCopy() override;
 
     bool waitUntilHeld() { return waitForMessage(QStringLiteral("held")); }
-    void release() { m_process.closeWriteChannel(); }
+    void release() { process().closeWriteChannel(); }
 
     /// Waits for a message that contains text.
     bool waitForMessage(const QString& text);
     /// Waits until the program has shown its window and published it.
     bool waitUntilPublished() { return waitForMessage(QStringLiteral("Stored window handle and process ID")); }
     bool waitUntilEnded();
-    bool isRunning() const { return m_process.state() == QProcess::Running; }
+    using ProgramUnderTest::isRunning;
+    using ProgramUnderTest::processId;
     /// The exit code; -1 while it runs, and when it was ended by a signal.
-    int exitCode() const;
-    qint64 processId() const { return m_process.processId(); }
+    int exitCode();
     void sendSignal(int number) const;
     /// Everything it has said so far on its message output and standard error.
     QStringList messages();
     QString transcript() { return messages().join(QLatin1Char('\n')); }
 
+protected:
+    QDir dataFolder() const override { return m_profile.logFolder().filePath(QStringLiteral("..")); }
+    bool writeSettings() override { return true; }
+    QStringList command() const override;
+    QProcessEnvironment environment() override { return m_profile.environment; }
+
 private:
-    QProcess m_process;
-    QByteArray m_output;
+    const Profile& m_profile;
+    Start m_start;
 };

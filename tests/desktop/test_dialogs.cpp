@@ -10,6 +10,7 @@
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/addresses.h"
+#include "tests/support/countdowntest.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/updateserver.h"
 #include "tests/support/windowtest.h"
@@ -24,6 +25,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
@@ -67,11 +69,11 @@ private slots:
         settings->setValue(settingskeys::kRecordingSaveLocation, m_folder.path());
         settings->setValue(settingskeys::kScreenshotSaveLocation, m_folder.path());
         pointTo(onScreen({3, 3}));
-        m_window = std::make_unique<SCMainWindow>();
+        m_window = std::make_unique<SCMainWindow>(Durations{.countdownStepMs = 20'000, .windowGoneMs = 100});
         m_window->move(onScreen(kWindowPlace));
         m_window->show();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        QTest::qWait(100);
+        desktopuser::waitUntilStill();
     }
 
     void cleanup() { m_window.reset(); }
@@ -87,7 +89,7 @@ private slots:
         QTRY_COMPARE(about->pos(), before + QPoint(60, 40));
         const QPoint logo = desktopuser::centreOf(*about->findChild<QWidget*>("logoLabel"));
         drag(logo, logo + QPoint(50, 30));
-        QTest::qWait(100);
+        desktopuser::waitUntilStill();
         QCOMPARE(about->pos(), before + QPoint(60, 40));
         click(*about->findChild<QPushButton*>("closeBtn"));
         QTRY_VERIFY(shownWindow<SCAboutWindow>() == nullptr);
@@ -116,14 +118,14 @@ private slots:
     {
         chooseEntry("About");
         opened<SCAboutWindow>()->move(onScreen({700, 500}));
-        QTest::qWait(200);
+        desktopuser::waitUntilStill();
         const auto* const pages = m_window->findChild<QStackedWidget*>("pages");
         click(*m_window->findChild<QPushButton*>("filesTab"));
-        QTest::qWait(100);
+        desktopuser::waitUntilStill();
         QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("recordingPage"));
         // The recording's hotkey as well: the dialog would be recorded.
         press("F9");
-        QTest::qWait(300);
+        desktopuser::waitUntilStill();
         QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
         QVERIFY(!m_window->isMinimized());
     }
@@ -233,7 +235,7 @@ private slots:
         click(*m_window->findChild<QPushButton*>("settingsBtn"));
         const auto* const format = opened<SCSettingsWindow>()->findChild<QComboBox*>("recordingFormatComboBox");
         click(desktopuser::centreOf(*format), "5");
-        QTest::qWait(100);
+        desktopuser::waitUntilStill();
         QCOMPARE(format->currentText(), QStringLiteral("MP4"));
         press("Escape");
         QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
@@ -245,14 +247,13 @@ private slots:
         click(*m_window->findChild<QPushButton*>("settingsBtn"));
         SCSettingsWindow& window = *opened<SCSettingsWindow>();
         choose(*window.findChild<QComboBox*>("recordingFormatComboBox"), "GIF");
-        QTimer::singleShot(700, this, [path = other.path()] {
-            QVERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()) != nullptr);
+        whenActive<QFileDialog>([path = other.path()](QFileDialog& /*dialog*/) {
             press("ctrl+a");
             userinput::xdotool({"type", "--delay", "15", path});
             press("Return");
         });
         click(*window.findChild<QPushButton*>("changeRecordingFileLocationBtn"));
-        QTRY_COMPARE_WITH_TIMEOUT(window.findChild<QLineEdit*>("recordingFileLocationLE")->text(), other.path(), 8000);
+        QTRY_COMPARE(window.findChild<QLineEdit*>("recordingFileLocationLE")->text(), other.path());
         click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Cancel));
         QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
         QCOMPARE(stored(settingskeys::kRecordingSaveLocation), other.path());
@@ -269,14 +270,12 @@ private slots:
         click(*window.findChild<QPushButton*>("hotkeysSettingsTab"));
         choose(*window.findChild<QComboBox*>("recordingComboBox"), "F6");
         QString text;
-        QTimer::singleShot(1500, this, [&text] {
-            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            QVERIFY(box != nullptr);
-            text = box->text();
+        whenActive<QMessageBox>([&text](const QMessageBox& box) {
+            text = box.text();
             press("Return");
         });
         click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
-        QTRY_VERIFY_WITH_TIMEOUT(!text.isEmpty(), 4000);
+        QTRY_VERIFY(!text.isEmpty());
         QVERIFY2(text.contains("F6"), qPrintable(text));
         QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
         expectHotkey("F6", false);
@@ -304,12 +303,12 @@ private slots:
         choose(*window.findChild<QComboBox*>("screenshotComboBox"), "F7");
         click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
         QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
-        QTest::qWait(200);
         platform::GlobalHotkey other(nullptr);
-        QVERIFY(other.registerKey(QKeySequence("F10")));
+        QTRY_VERIFY(other.registerKey(QKeySequence("F10")));
         press("F7");
-        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
-        QTest::qWait(500);
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr &&
+                    shownWindow<SCScreenshotWindow>()->isActiveWindow());
+        desktopuser::waitUntilStill();
         press("Escape");
         QTRY_VERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
         QTRY_VERIFY(!m_window->isMinimized());
@@ -319,14 +318,12 @@ private slots:
     {
         openSettings()->setValue(settingskeys::kRecordingFormat, "MKV");
         QString text;
-        QTimer::singleShot(1500, this, [&text] {
-            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            QVERIFY(box != nullptr);
-            text = box->text();
+        whenActive<QMessageBox>([&text](const QMessageBox& box) {
+            text = box.text();
             press("Return");
         });
         click(*m_window->findChild<QPushButton*>("settingsBtn"));
-        QTRY_VERIFY_WITH_TIMEOUT(!text.isEmpty(), 4000);
+        QTRY_VERIFY(!text.isEmpty());
         QVERIFY2(text.contains("MKV"), qPrintable(text));
         QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
         QVERIFY(shownWindow<SCSettingsWindow>() == nullptr);
@@ -364,7 +361,7 @@ private:
         [&window] {
             QTRY_VERIFY((window = shownWindow<Window>()) != nullptr);
             QVERIFY(QTest::qWaitForWindowActive(window));
-            QTest::qWait(200);
+            desktopuser::waitUntilStill();
         }();
         return window;
     }
@@ -385,7 +382,7 @@ private:
     {
         click(box);
         QTRY_VERIFY(QApplication::activePopupWidget() != nullptr);
-        QTest::qWait(150);
+        desktopuser::waitUntilStill();
         QAbstractItemView* const view = box.view();
         const QModelIndex entry = box.model()->index(box.findText(QLatin1String(text)), 0);
         QVERIFY(entry.isValid());
@@ -396,18 +393,41 @@ private:
     /// A hotkey that works begins the countdown, and takes it back when it is pressed again.
     void expectHotkey(const char* key, bool works) const
     {
-        QTest::qWait(200);
         bool counted = false;
-        QTimer::singleShot(700, m_window.get(), [&counted, key] {
-            counted = shownWindow<SCCountdownWidget>() != nullptr;
-            if (counted)
-                press(QLatin1String(key));
+        QTRY_VERIFY(m_window->isActiveWindow());
+        desktopuser::waitUntilStill();
+        const QPointer<QTimer> waiting = whenCountingDown(m_window.get(), [this, &counted, key] {
+            counted = true;
+            QTRY_VERIFY(m_window->isMinimized());
+            press(QLatin1String(key));
         });
         press(QLatin1String(key));
-        QTest::qWait(1200);
+        if (works)
+            QTRY_VERIFY(counted);
+        else
+            desktopuser::waitUntilStill();
         QCOMPARE(counted, works);
         QTRY_VERIFY(shownWindow<SCCountdownWidget>() == nullptr);
         QTRY_VERIFY(!m_window->isMinimized());
+        // It would wait for the next countdown.
+        delete waiting;
+    }
+
+    /// Acts in the next modal window of that class once it is active; it runs within what opens it.
+    template <typename Window, typename Act>
+    void whenActive(Act act) const
+    {
+        auto* const look = new QTimer(m_window.get());
+        connect(look, &QTimer::timeout, look, [look, act] {
+            auto* const window = qobject_cast<Window*>(QApplication::activeModalWidget());
+            if (window == nullptr || !window->isActiveWindow())
+                return;
+            look->stop();
+            look->deleteLater();
+            desktopuser::waitUntilStill();
+            act(*window);
+        });
+        look->start(50);
     }
 
     QTemporaryDir m_folder;

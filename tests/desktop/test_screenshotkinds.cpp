@@ -75,10 +75,8 @@ private slots:
     {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("format");
-        for (const char* kind : {"screen", "region", "window"}) {
-            for (const char* format : {"PNG", "JPG"})
-                QTest::addRow("%s as %s", kind, format) << QString(kind) << QString(format);
-        }
+        for (const auto& [kind, format] : {std::pair{"screen", "PNG"}, {"region", "JPG"}, {"window", "PNG"}})
+            QTest::addRow("%s as %s", kind, format) << QString(kind) << QString(format);
     }
 
     void frameIsResizedMovedDrawnOnAndSaved()
@@ -93,14 +91,14 @@ private slots:
         drag(framed.bottomRight(), framed.bottomRight() - QPoint(80, 40));
         const QRect resized = framed.adjusted(0, 0, -80, -40);
         QTRY_COMPARE(frame()->geometry(), resized);
-        QTest::qWait(100);
+        desktopuser::waitUntilStill();
         const QPoint grip = gripOf(bar());
         drag(grip, grip + QPoint(20, 30));
         const QRect moved = resized.translated(20, 30);
         QTRY_COMPARE(frame()->geometry(), moved);
         click(barButton("drawButton"));
         drag(moved.topLeft() + kStrokeBegin, moved.topLeft() + kStrokeBegin + kStroke);
-        QTest::qWait(100);
+        desktopuser::waitUntilStill();
         click(barButton("saveButton"));
 
         QTRY_COMPARE(m_produced->size(), 1);
@@ -145,7 +143,7 @@ private:
     {
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QTest::qWait(200);
+        desktopuser::waitUntilStill();
         clickTile("screenshotWindowTile");
         QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
         pointTo(window.geometry().center());

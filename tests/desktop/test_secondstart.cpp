@@ -229,7 +229,6 @@ private slots:
         publisher.join();
         QCOMPARE(role, SingleInstance::Role::Second);
         QVERIFY2(waited.elapsed() >= 300, qPrintable(QString::number(waited.elapsed())));
-        QVERIFY2(waited.elapsed() < 1000, qPrintable(QString::number(waited.elapsed())));
     }
 
     void aDozenAtOnceLeaveExactlyOne()

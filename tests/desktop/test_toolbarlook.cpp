@@ -1,7 +1,6 @@
 #include "mainwindow/scfullscreentoolbar.h"
 #include "mainwindow/toolbarplacement.h"
-#include "tests/desktop/userinput.h"
-#include "tests/support/testprofile.h"
+#include "tests/desktop/desktopuser.h"
 #include "tests/support/testrun.h"
 #include "tests/support/x11clients.h"
 
@@ -16,40 +15,16 @@
 
 #include <algorithm>
 
-using userinput::xdotool;
+using desktopuser::click;
+using desktopuser::colourAt;
+using desktopuser::pointTo;
+using desktopuser::press;
 
 namespace {
 
 constexpr QRgb kBackdrop = qRgb(10, 200, 30);
 /// Longer than a fade, two looks at the pointer and a picture.
-constexpr int kFadeIsOverMs = 500;
-
-double scale()
-{
-    return QGuiApplication::primaryScreen()->devicePixelRatio();
-}
-
-QPoint inPixels(const QPoint& logical)
-{
-    return (QPointF(logical) * scale()).toPoint();
-}
-
-void pointTo(const QPoint& logical)
-{
-    userinput::pointTo(inPixels(logical));
-}
-
-void click(const QPoint& logical)
-{
-    pointTo(logical);
-    xdotool({"click", "1"});
-}
-
-QRgb pixel(const QPoint& logical)
-{
-    const QImage picture = QGuiApplication::primaryScreen()->grabWindow().toImage();
-    return picture.pixel(inPixels(logical)) | 0xff000000;
-}
+constexpr int kFadeIsOverMs = 300;
 
 QPoint centreOf(const SCFullscreenToolbar& bar, const char* name)
 {
@@ -95,10 +70,10 @@ private slots:
         QCOMPARE(bar.frameGeometry(), bar.geometry());
         QCOMPARE(bar.geometry(), QRect((screen.width() - 280) / 2, 0, 280, 40));
         const QPoint middle(bar.geometry().center());
-        QTRY_VERIFY(pixel(middle - QPoint(100, 0)) != kBackdrop);
-        QCOMPARE(pixel({bar.x() - 2, middle.y()}), kBackdrop);
-        QCOMPARE(pixel({bar.geometry().right() + 3, middle.y()}), kBackdrop);
-        QCOMPARE(pixel({middle.x(), bar.geometry().bottom() + 3}), kBackdrop);
+        QTRY_VERIFY(colourAt(middle - QPoint(100, 0)) != kBackdrop);
+        QCOMPARE(colourAt({bar.x() - 2, middle.y()}), kBackdrop);
+        QCOMPARE(colourAt({bar.geometry().right() + 3, middle.y()}), kBackdrop);
+        QCOMPARE(colourAt({middle.x(), bar.geometry().bottom() + 3}), kBackdrop);
         // A window manager that does not have it can put no frame around it.
         const QList<x11clients::Window> managed = x11clients::windowsOf(QCoreApplication::applicationPid());
         QVERIFY(std::ranges::none_of(managed, [&](const auto& window) { return window.id == bar.internalWinId(); }));
@@ -110,7 +85,7 @@ private slots:
         showAtTop(bar);
         for (const QPoint& corner : {bar.geometry().topLeft(), bar.geometry().topRight(), bar.geometry().bottomLeft(),
                                      bar.geometry().bottomRight()})
-            QTRY_COMPARE(pixel(corner), kBackdrop);
+            QTRY_COMPARE(colourAt(corner), kBackdrop);
     }
 
     void barLeavesTheFocusToTheRecordedProgram()
@@ -126,7 +101,7 @@ private slots:
         QTRY_COMPARE(toggled, (QList<QVariantList>{{true}}));
         QVERIFY(other.isActiveWindow());
         QVERIFY(!bar.isActiveWindow());
-        xdotool({"key", "a"});
+        press(QStringLiteral("a"));
         QTRY_COMPARE(other.text(), QStringLiteral("a"));
     }
 
@@ -138,11 +113,11 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&film));
         SCFullscreenToolbar bar;
         showAtTop(bar);
-        QTRY_VERIFY(pixel(bar.geometry().center() - QPoint(100, 0)) != kBackdrop);
+        QTRY_VERIFY(colourAt(bar.geometry().center() - QPoint(100, 0)) != kBackdrop);
         film.raise();
         film.activateWindow();
-        QTest::qWait(kFadeIsOverMs);
-        QVERIFY(pixel(bar.geometry().center() - QPoint(100, 0)) != kBackdrop);
+        desktopuser::waitUntilStill();
+        QVERIFY(colourAt(bar.geometry().center() - QPoint(100, 0)) != kBackdrop);
         QVERIFY(film.isActiveWindow());
     }
 
@@ -172,10 +147,10 @@ private slots:
         QVERIFY(bar.isVisible());
         pointTo(kAway);
         QTRY_VERIFY(!bar.isVisible());
-        QTRY_COMPARE(pixel(fill), kBackdrop);
+        QTRY_COMPARE(colourAt(fill), kBackdrop);
         pointTo({20, 0});
         QTRY_VERIFY(bar.isVisible());
-        QTRY_VERIFY(pixel(fill) != kBackdrop);
+        QTRY_VERIFY(colourAt(fill) != kBackdrop);
         // Down onto the bar, which stays; the pin goes in again, and the bar stays altogether.
         click(centreOf(bar, "autoHideButton"));
         QTest::qWait(kFadeIsOverMs);
@@ -183,7 +158,7 @@ private slots:
         pointTo(kAway);
         QTest::qWait(kFadeIsOverMs);
         QVERIFY(bar.isVisible());
-        QVERIFY(pixel(fill) != kBackdrop);
+        QVERIFY(colourAt(fill) != kBackdrop);
     }
 
     void barIsAlwaysALittleTransparentWhileItFades()
@@ -207,11 +182,11 @@ private slots:
         bar.show();
         const QPoint fill = bar.geometry().center() + QPoint(80, 0);
         QTest::qWait(kFadeIsOverMs);
-        QCOMPARE(pixel(fill), kBackdrop);
+        QCOMPARE(colourAt(fill), kBackdrop);
         pointTo({20, 5});
-        QTRY_VERIFY(pixel(fill) != kBackdrop);
+        QTRY_VERIFY(colourAt(fill) != kBackdrop);
         pointTo(kAway);
-        QTRY_COMPARE(pixel(fill), kBackdrop);
+        QTRY_COMPARE(colourAt(fill), kBackdrop);
         QTRY_VERIFY(!bar.isVisible());
     }
 
@@ -238,7 +213,7 @@ private:
         bar.move(toolbarTopCentre(QGuiApplication::primaryScreen()->geometry(), bar.size()));
         bar.show();
         QVERIFY(QTest::qWaitForWindowExposed(&bar));
-        QTest::qWait(100);
+        desktopuser::waitUntilStill();
     }
 
     QWidget m_backdrop;

@@ -1,4 +1,3 @@
-#include "app/appidentity.h"
 #include "app/settings.h"
 #include "mainwindow/sccountdownwidget.h"
 #include "mainwindow/scmainwindow.h"
@@ -6,56 +5,33 @@
 #include "platform/compositing.h"
 #include "platform/global_hotkey.h"
 #include "tests/desktop/desktoprun.h"
+#include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
+#include "tests/support/countdowntest.h"
 #include "tests/support/messagecapture.h"
-#include "tests/support/testprofile.h"
 
 #include <QApplication>
-#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QProcess>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
 #include <QTest>
-#include <QTimer>
 
-#include <algorithm>
-
-using userinput::pointTo;
-using userinput::xdotool;
+using desktopuser::colourAt;
+using desktopuser::drag;
+using desktopuser::onScreen;
+using desktopuser::pointTo;
+using desktopuser::press;
+using desktopuser::screenshot;
 
 namespace {
 
 constexpr QRgb kBackdrop = qRgb(10, 200, 30);
 constexpr QRgb kCountdownFill = qRgb(0x28, 0x28, 0x2e);
 constexpr QRgb kCountdownRing = qRgb(0x00, 0x7a, 0xcc);
-
-/// Presses at a place, moves in steps, which a window manager needs to take it for a drag, and lets go.
-void drag(const QPoint& from, const QPoint& distance)
-{
-    pointTo(from);
-    xdotool({"mousedown", "1"});
-    QTest::qWait(150);
-    constexpr int kSteps = 5;
-    for (int step = 1; step <= kSteps; ++step) {
-        pointTo(from + distance * step / kSteps);
-        QTest::qWait(40);
-    }
-    xdotool({"mouseup", "1"});
-    QTest::qWait(200);
-}
-
-QImage screenshot()
-{
-    return QGuiApplication::primaryScreen()->grabWindow().toImage();
-}
-
-QRgb pixel(const QPoint& global)
-{
-    return screenshot().pixel(global) | 0xff000000;
-}
+/// A countdown that is cancelled before it ends, however busy the machine is.
+constexpr Durations kSlow{.countdownStepMs = 20'000};
 
 bool isOnScreen(const QWidget& window)
 {
@@ -81,7 +57,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&m_backdrop));
     }
 
-    void init() { pointTo({3, 3}); }
+    void init() { pointTo(onScreen({3, 3})); }
 
     void cleanup()
     {
@@ -96,8 +72,8 @@ private slots:
         QCOMPARE(window.frameGeometry(), window.geometry());
         QVERIFY(window.windowFlags().testFlag(Qt::FramelessWindowHint));
         const QPoint corner = window.geometry().topLeft();
-        QTRY_COMPARE(pixel(corner - QPoint(1, 1)), kBackdrop);
-        QTRY_VERIFY(pixel(corner) != kBackdrop);
+        QTRY_COMPARE(colourAt(corner - QPoint(1, 1)), kBackdrop);
+        QTRY_VERIFY(colourAt(corner) != kBackdrop);
     }
 
     void titleBarMovesTheWindow()
@@ -105,7 +81,8 @@ private slots:
         SCMainWindow window;
         showAndWait(window);
         const QRect before = window.geometry();
-        drag(centreOf(window, "titleBar"), {60, -40});
+        const QPoint bar = centreOf(window, "titleBar");
+        drag(bar, bar + QPoint(60, -40));
         QTRY_COMPARE(window.pos(), before.topLeft() + QPoint(60, -40));
         QCOMPARE(window.size(), before.size());
     }
@@ -115,7 +92,9 @@ private slots:
         SCMainWindow window;
         showAndWait(window);
         const QPoint before = window.pos();
-        drag(centreOf(window, "sourceCard"), {60, 40});
+        const QPoint card = centreOf(window, "sourceCard");
+        drag(card, card + QPoint(60, 40));
+        desktopuser::waitUntilStill();
         QCOMPARE(window.pos(), before);
     }
 
@@ -124,10 +103,12 @@ private slots:
         SCMainWindow window;
         showAndWait(window);
         const QRect before = window.geometry();
-        drag(before.bottomRight() - QPoint(1, 1), {50, 30});
+        const QPoint corner = before.bottomRight() - QPoint(1, 1);
+        drag(corner, corner + QPoint(50, 30));
         QTRY_COMPARE(window.size(), before.size() + QSize(50, 30));
         QCOMPARE(window.pos(), before.topLeft());
-        drag({window.x() + 1, window.y() + window.height() / 2}, {-40, 0});
+        const QPoint edge(window.x() + 1, window.y() + window.height() / 2);
+        drag(edge, edge - QPoint(40, 0));
         QTRY_COMPARE(window.geometry().left(), before.left() - 40);
         QCOMPARE(window.geometry().right(), before.right() + 50);
     }
@@ -143,48 +124,17 @@ private slots:
         QTRY_VERIFY(QGuiApplication::overrideCursor() == nullptr);
     }
 
-    void minimiseButtonMinimises()
-    {
-        SCMainWindow window;
-        showAndWait(window);
-        pointTo(centreOf(window, "minimizeBtn"));
-        xdotool({"click", "1"});
-        QTRY_VERIFY(window.isMinimized());
-    }
-
-    void closeButtonCloses()
-    {
-        SCMainWindow window;
-        showAndWait(window);
-        pointTo(centreOf(window, "closeBtn"));
-        xdotool({"click", "1"});
-        QTRY_VERIFY(!window.isVisible());
-    }
-
-    void closeButtonTurnsLightUnderThePointer()
-    {
-        SCMainWindow window;
-        showAndWait(window);
-        const QPoint centre = centreOf(window, "closeBtn");
-        QTRY_VERIFY(brightest(centre) < 200);
-        pointTo(centre + QPoint(12, 12));
-        QTRY_VERIFY(brightest(centre) > 240);
-        pointTo({3, 3});
-        QTRY_VERIFY(brightest(centre) < 200);
-    }
-
     void countdownStandsWithItsCentreOnTheScreensCentre()
     {
-        SCMainWindow window;
+        SCMainWindow window(kSlow);
         showAndWait(window);
         QRect seen;
-        QPoint circle;
         bool minimised = false;
-        QTimer::singleShot(900, &window, [&] {
-            const SCCountdownWidget* const countdown = visibleCountdown();
-            seen = countdown != nullptr ? countdown->frameGeometry() : QRect();
-            minimised = window.isMinimized();
-            xdotool({"key", "F9"});
+        whenCountingDown(&window, [&] {
+            minimised = QTest::qWaitFor([&] { return window.isMinimized(); });
+            desktopuser::waitUntilStill();
+            seen = shownWindow<SCCountdownWidget>()->frameGeometry();
+            press(QStringLiteral("F9"));
         });
         button(window)->click();
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
@@ -194,28 +144,36 @@ private slots:
 
     void hotkeyCancelsTheCountdownAndBringsTheWindowBack()
     {
-        SCMainWindow window;
+        SCMainWindow window(kSlow);
         showAndWait(window);
         const MessageCapture messages;
-        QTimer::singleShot(900, &window, [] { xdotool({"key", "F9"}); });
+        whenCountingDown(&window, [&] {
+            QTRY_VERIFY(window.isMinimized());
+            desktopuser::waitUntilStill();
+            press(QStringLiteral("F9"));
+        });
         button(window)->click();
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
         QTRY_VERIFY(isOnScreen(window));
-        QVERIFY(visibleCountdown() == nullptr);
-        QTRY_VERIFY(pixel(window.geometry().center()) != kBackdrop);
+        QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
+        // What a countdown that has run to its end says where no engine runs.
+        QCOMPARE(messages.texts().filter(QStringLiteral("OBS wrapper not initialized")), QStringList());
+        QTRY_VERIFY(colourAt(window.geometry().center()) != kBackdrop);
     }
 
     void hotkeyStartsTheCountdownFromAnotherWindow()
     {
-        SCMainWindow window;
+        SCMainWindow window(kSlow);
         showAndWait(window);
         QLineEdit other;
         other.show();
         QVERIFY(QTest::qWaitForWindowActive(&other));
-        const MessageCapture messages;
-        xdotool({"key", "F9"});
-        QTimer::singleShot(1000, &window, [] { xdotool({"key", "F9"}); });
-        QTRY_VERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
+        bool counted = false;
+        whenCountingDown(&window, [&] {
+            counted = true;
+            press(QStringLiteral("F9"));
+        });
+        press(QStringLiteral("F9"));
+        QTRY_VERIFY(counted && shownWindow<SCCountdownWidget>() == nullptr);
         QCOMPARE(other.text(), QString());
     }
 
@@ -225,16 +183,17 @@ private slots:
         other.setGeometry(540, 250, 200, 200);
         other.show();
         QVERIFY(QTest::qWaitForWindowActive(&other));
-        SCCountdownWidget countdown(nullptr);
+        SCCountdownWidget countdown(nullptr, kSlow.countdownStepMs);
         countdown.move(540, 240);
         countdown.start(3);
-        QTest::qWait(600);
+        QTRY_COMPARE(colourAt({580, 340}), kCountdownFill);
+        desktopuser::waitUntilStill();
         QCOMPARE(countdown.geometry(), QRect(540, 240, 200, 240));
         const QImage picture = screenshot();
         QCOMPARE(picture.pixel(580, 340), kCountdownFill);
         QCOMPARE(picture.pixel(540 + 1, 340), kCountdownRing);
         QVERIFY(other.isActiveWindow());
-        xdotool({"key", "a"});
+        press(QStringLiteral("a"));
         QTRY_COMPARE(other.text(), QStringLiteral("a"));
         countdown.cancel();
     }
@@ -243,23 +202,24 @@ private slots:
     {
         m_backdrop.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&m_backdrop));
-        SCCountdownWidget countdown(nullptr);
+        SCCountdownWidget countdown(nullptr, kSlow.countdownStepMs);
         countdown.move(540, 240);
         countdown.start(3);
-        QTest::qWait(600);
-        QCOMPARE(pixel({580, 340}), kCountdownFill);
+        QTRY_COMPARE(colourAt({580, 340}), kCountdownFill);
+        desktopuser::waitUntilStill();
+        QCOMPARE(colourAt({580, 340}), kCountdownFill);
         QVERIFY(m_backdrop.isActiveWindow());
         countdown.cancel();
     }
 
     void outsideOfTheCountdownsCircleIsSeenThrough()
     {
-        SCCountdownWidget countdown(nullptr);
+        SCCountdownWidget countdown(nullptr, kSlow.countdownStepMs);
         countdown.move(540, 240);
         countdown.start(3);
-        QTest::qWait(600);
+        QTRY_COMPARE(colourAt({580, 340}), kCountdownFill);
+        desktopuser::waitUntilStill();
         const QImage picture = screenshot();
-        QCOMPARE(picture.pixel(580, 340), kCountdownFill);
         for (const QPoint& corner : {QPoint(541, 241), QPoint(738, 241), QPoint(541, 438), QPoint(738, 438)})
             QCOMPARE(picture.pixel(corner), kBackdrop);
         QCOMPARE(picture.pixel(542, 465), kBackdrop);
@@ -268,12 +228,12 @@ private slots:
 
     void hintLeavesTheCircleClear()
     {
-        SCCountdownWidget countdown(nullptr);
+        SCCountdownWidget countdown(nullptr, kSlow.countdownStepMs);
         countdown.move(540, 240);
         countdown.start(3);
-        QTest::qWait(600);
+        QTRY_COMPARE(colourAt({560, 465}), kCountdownFill);
+        desktopuser::waitUntilStill();
         const QImage picture = screenshot();
-        QCOMPARE(picture.pixel(560, 465), kCountdownFill);
         QCOMPARE(picture.pixel(640, 445), kBackdrop);
         countdown.cancel();
     }
@@ -320,43 +280,6 @@ private slots:
         QVERIFY(messages.texts(QtInfoMsg).contains(QStringLiteral("[INFO] The hotkey \"%1\" works again").arg(key)));
     }
 
-    void nothingIsCutOff_data()
-    {
-        QTest::addColumn<QString>("tab");
-        for (const char* tab : {"recordingTab", "screenshotTab", "filesTab"})
-            QTest::newRow(tab) << QString::fromLatin1(tab);
-    }
-
-    void nothingIsCutOff()
-    {
-        QFETCH(const QString, tab);
-        SCMainWindow window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        window.findChild<QPushButton*>(tab)->click();
-        const QSize screen = window.screen()->size();
-        QCOMPARE(window.size().boundedTo(screen), window.size());
-        const QList<QWidget*> parts = window.findChildren<QWidget*>();
-        int looked = 0;
-        for (const QWidget* const part : parts) {
-            if (!part->isVisible() || part->objectName().startsWith(QLatin1String("qt_")))
-                continue;
-            ++looked;
-            QVERIFY2(part->parentWidget()->rect().contains(part->geometry()), qPrintable(part->objectName()));
-            const bool bearsText = qobject_cast<const QLabel*>(part) || qobject_cast<const QPushButton*>(part) ||
-                                   qobject_cast<const QComboBox*>(part);
-            QVERIFY2(!bearsText || (part->width() >= part->minimumSizeHint().width() &&
-                                    part->height() >= part->minimumSizeHint().height()),
-                     qPrintable(QStringLiteral("%1 is %2x%3 and needs %4x%5")
-                                    .arg(part->objectName())
-                                    .arg(part->width())
-                                    .arg(part->height())
-                                    .arg(part->minimumSizeHint().width())
-                                    .arg(part->minimumSizeHint().height())));
-        }
-        QVERIFY(looked > 15);
-    }
-
     void x11CannotExcludeAWindowFromCapture()
     {
         QWidget window;
@@ -375,7 +298,7 @@ private:
         window.move(300, 120);
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
-        QTest::qWait(200);
+        desktopuser::waitUntilStill();
     }
 
     static QPoint centreOf(const SCMainWindow& window, const char* name)
@@ -390,28 +313,6 @@ private:
     }
 
     static QLabel* hint(const SCMainWindow& window) { return window.findChild<QLabel*>(QStringLiteral("hotkeyLabel")); }
-
-    static SCCountdownWidget* visibleCountdown()
-    {
-        for (QWidget* const widget : QApplication::topLevelWidgets()) {
-            auto* const countdown = qobject_cast<SCCountdownWidget*>(widget);
-            if (countdown != nullptr && countdown->isVisible())
-                return countdown;
-        }
-        return nullptr;
-    }
-
-    /// The lightest grey within the icon around centre.
-    static int brightest(const QPoint& centre)
-    {
-        const QImage picture = screenshot();
-        int found = 0;
-        for (int y = -6; y <= 6; ++y) {
-            for (int x = -6; x <= 6; ++x)
-                found = std::max(found, qGray(picture.pixel(centre + QPoint(x, y))));
-        }
-        return found;
-    }
 
     QWidget m_backdrop;
 };

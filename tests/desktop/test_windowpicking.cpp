@@ -1,8 +1,8 @@
 #include "overlays/windowhighlighter.h"
 #include "platform/compositing.h"
 #include "platform/native_windows.h"
+#include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
-#include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 
 #include <QApplication>
@@ -13,8 +13,9 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
-#include <QVBoxLayout>
+#include <QWindow>
 
+using desktopuser::scale;
 using userinput::pointTo;
 using userinput::xdotool;
 
@@ -23,16 +24,11 @@ namespace {
 constexpr QRgb kBackdrop = qRgb(10, 200, 30);
 constexpr QRgb kOutline = qRgb(255, 0, 0);
 /// Longer than what the highlighter takes to look at its window again.
-constexpr int kTickIsOverMs = 300;
-
-double scale()
-{
-    return QGuiApplication::primaryScreen()->devicePixelRatio();
-}
+constexpr int kTickIsOverMs = 200;
 
 QImage screenshot()
 {
-    return QGuiApplication::primaryScreen()->grabWindow().toImage().convertToFormat(QImage::Format_RGB32);
+    return desktopuser::screenshot().convertToFormat(QImage::Format_RGB32);
 }
 
 QRgb pixel(const QPoint& physical)
@@ -86,7 +82,7 @@ private slots:
         m_nested->setGeometry(80, 20, 40, 40);
         m_dialog->show();
         QVERIFY(QTest::qWaitForWindowActive(m_dialog.get()));
-        QTest::qWait(200);
+        desktopuser::waitUntilStill();
     }
 
     void init()
@@ -212,14 +208,18 @@ private slots:
         pointTo(place);
         QTRY_COMPARE(physicalRect(highlighter), physicalRect(*m_button));
         QPoint menuAt;
-        QTimer::singleShot(1500, this, [&menuAt] {
+        QTimer look;
+        connect(&look, &QTimer::timeout, this, [&look, &menuAt] {
             auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-            QVERIFY(menu != nullptr);
+            if (menu == nullptr || !menu->windowHandle()->isExposed())
+                return;
+            look.stop();
             menuAt = physicalRect(*menu).topLeft();
             // Anywhere else closes it: it has the mouse.
             pointTo({900, 600});
             xdotool({"click", "1"});
         });
+        look.start(50);
         xdotool({"click", "3"});
         QTRY_VERIFY(!clicked.isEmpty());
         QCOMPARE(clicked.first(), QVariantList{physicalRect(*m_button)});
@@ -278,7 +278,7 @@ private slots:
         pointTo(physicalRect(*pane).center());
         QTRY_COMPARE(physicalRect(highlighter), physicalRect(*pane));
         pane.reset();
-        QTRY_VERIFY_WITH_TIMEOUT(!highlighter.isVisible(), 1000);
+        QTRY_VERIFY(!highlighter.isVisible());
         pointTo(physicalRect(*m_button).center());
         QTest::qWait(kTickIsOverMs);
         QVERIFY(!highlighter.isVisible());
@@ -292,7 +292,7 @@ private slots:
         pane.setGeometry(m_dialog->geometry());
         pane.show();
         QVERIFY(QTest::qWaitForWindowExposed(&pane));
-        QTest::qWait(200);
+        desktopuser::waitUntilStill();
         const platform::NativeWindows windows;
         QCOMPARE(windows.at(physicalRect(*m_button).topLeft() + QPoint(5, 5)), m_button->internalWinId());
     }
@@ -305,7 +305,7 @@ private slots:
         pane.setMask(QRegion(pane.rect()) - QRect(40, 30, 120, 60));
         pane.show();
         QVERIFY(QTest::qWaitForWindowExposed(&pane));
-        QTest::qWait(200);
+        desktopuser::waitUntilStill();
         const platform::NativeWindows windows;
         QCOMPARE(windows.at(physicalRect(*m_button).topLeft() + QPoint(5, 5)), m_button->internalWinId());
         QCOMPARE(windows.at(physicalRect(*m_dialog).topLeft() + QPoint(5, 5)), pane.internalWinId());

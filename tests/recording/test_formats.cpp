@@ -28,7 +28,7 @@ private slots:
 
     void aRecordingHoldsTheScreenAndItsSound()
     {
-        constexpr int kRecordMs = 3000;
+        constexpr int kRecordMs = 2500;
         QFETCH(int, index);
         const formatjudge::Expected& expected = formatjudge::kFormats.at(static_cast<size_t>(index));
         ProgramUnderTest program;

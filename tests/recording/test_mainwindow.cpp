@@ -116,12 +116,12 @@ private slots:
         endTake(program, take);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
         // What the program asked for when it brought the window back is done first.
-        QTest::qWait(500);
+        QTest::qWait(300);
         x11clients::minimise(window->id);
         QVERIFY(program.mainWindow(true, kWindowTimeoutMs).has_value());
         bringBack(window->id);
         QVERIFY2(program.mainWindow(false, kWindowTimeoutMs).has_value(), qPrintable(program.transcript()));
-        QTest::qWait(500);
+        QTest::qWait(300);
         QVERIFY(program.mainWindow(false, 0).has_value());
     }
 
@@ -139,7 +139,7 @@ private slots:
         QVERIFY(program.mainWindow(true, kWindowTimeoutMs).has_value());
         bringBack(window->id);
         QVERIFY2(program.mainWindow(false, kWindowTimeoutMs).has_value(), qPrintable(program.transcript()));
-        QTest::qWait(500);
+        QTest::qWait(300);
         QVERIFY(program.mainWindow(false, 0).has_value());
         pressPause();
         QVERIFY2(program.waitForMessage(QStringLiteral("Recording resumed"), kMessageTimeoutMs).has_value(),
@@ -162,7 +162,7 @@ private:
 
     static void expectHeld(ProgramUnderTest& program, uint32_t window)
     {
-        constexpr int kSettlesMs = 1000;
+        constexpr int kSettlesMs = 500;
         bringBack(window);
         QTest::qWait(kSettlesMs);
         for (int look = 0; look < 10; ++look) {
@@ -176,9 +176,8 @@ private:
     static void pressPause()
     {
         QVERIFY(pointTo({kPauseButton.x(), 0}));
-        QTest::qWait(600);
+        QVERIFY(visibleWindow(QStringLiteral("Recording Toolbar")).has_value());
         QVERIFY(pointTo(kPauseButton));
-        QTest::qWait(100);
         QVERIFY(xdotool({"click", "1"}));
     }
 

@@ -57,50 +57,26 @@ private slots:
         QVERIFY(xdotool({"mousemove", QString::number(m_place.x()), QString::number(m_place.y())}));
     }
 
-    void pointerInTheFileIsWhatTheSettingsSay_data()
+    void pointerIsInTheFileWithoutCirclesWhereTheyAreOff()
     {
-        QTest::addColumn<bool>("effects");
-        QTest::addColumn<bool>("cursor");
-        QTest::newRow("circles and pointer") << true << true;
-        QTest::newRow("circles only") << true << false;
-        QTest::newRow("pointer only") << false << true;
-        QTest::newRow("neither") << false << false;
-    }
-
-    void pointerInTheFileIsWhatTheSettingsSay()
-    {
-        QFETCH(const bool, effects);
-        QFETCH(const bool, cursor);
-        const QImage picture = recorded(effects, cursor, {});
+        const QImage picture = recorded(false, true, {});
         QVERIFY(!picture.isNull());
         const QColor ground = m_picture.background();
-        const QColor expected = effects ? mixed(ground, QColor(0, 255, 128), 0.3) : ground;
-        QVERIFY2(isColour(picture, m_place + kInHighlight, expected), qPrintable(m_found));
-        QVERIFY2(isColour(picture, m_place + kOutside, ground), qPrintable(m_found));
-        // The pointer's arrow lies below and right of the place that it points at.
-        bool isUntouched = true;
-        for (int step = 2; step <= 12; ++step)
-            isUntouched = isUntouched && isColour(picture, m_place + QPoint(step / 2, step), expected);
-        QCOMPARE(isUntouched, !cursor);
+        QVERIFY2(isColour(picture, m_place + kInHighlight, ground), qPrintable(m_found));
+        QVERIFY(isPointerSeen(picture, ground));
     }
 
-    void clickIsInTheFile_data()
+    void circlesAreInTheFileWithoutThePointerWhereItIsOff()
     {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QColor>("colour");
-        QTest::newRow("left") << "1" << QColor(0, 0, 255);
-        QTest::newRow("right") << "3" << QColor(255, 0, 0);
-    }
-
-    void clickIsInTheFile()
-    {
-        QFETCH(const QString, button);
-        QFETCH(const QColor, colour);
-        const QImage picture = recorded(true, false, button);
+        const QImage picture = recorded(true, false, QStringLiteral("3"));
         QVERIFY(!picture.isNull());
-        const QColor highlight = mixed(m_picture.background(), QColor(0, 255, 128), 0.3);
-        QVERIFY2(isColour(picture, m_place, mixed(highlight, colour, 0.7)), qPrintable(m_found));
-        QVERIFY2(isColour(picture, m_place + kOutside, m_picture.background()), qPrintable(m_found));
+        const QColor ground = m_picture.background();
+        const QColor highlight = mixed(ground, QColor(0, 255, 128), 0.3);
+        const QColor click = mixed(highlight, QColor(255, 0, 0), 0.7);
+        QVERIFY2(isColour(picture, m_place, click), qPrintable(m_found));
+        QVERIFY2(isColour(picture, m_place + kInHighlight, highlight), qPrintable(m_found));
+        QVERIFY2(isColour(picture, m_place + kOutside, ground), qPrintable(m_found));
+        QVERIFY2(!isPointerSeen(picture, click), qPrintable(m_found));
     }
 
 private:
@@ -123,6 +99,18 @@ private:
         if (!take.failure.isEmpty())
             qWarning().noquote() << take.failure;
         return MediaFile(take.path).pictureAt(kTakeMs / 2000.0);
+    }
+
+    /// The pointer's arrow lies below and right of the place that it points at.
+    bool isPointerSeen(const QImage& picture, const QColor& below)
+    {
+        // Within a click's circle, whose radius is 12 pixels.
+        constexpr int kArrowPx = 9;
+        for (int step = 2; step <= kArrowPx; ++step) {
+            if (!isColour(picture, m_place + QPoint(step / 2, step), below))
+                return true;
+        }
+        return false;
     }
 
     bool isColour(const QImage& picture, const QPoint& place, const QColor& expected)

@@ -15,6 +15,7 @@ constexpr int kEngineStartTimeoutMs = 60'000;
 constexpr int kPoliteEndTimeoutMs = 10'000;
 constexpr int kToolTimeoutMs = 10'000;
 constexpr int kPollMs = 5;
+constexpr int kCountdownStepMs = 100;
 
 QByteArray runTool(const QString& program, const QStringList& arguments)
 {
@@ -129,13 +130,15 @@ bool ProgramUnderTest::start()
     if (!writeSettings())
         return false;
     QProcessEnvironment variables = environment();
+    if (!m_countsDownInFull)
+        variables.insert(QStringLiteral("KESTRANO_COUNTDOWN_STEP_MS"), QString::number(kCountdownStepMs));
     // The moment of each message by the same clock that the test picture shows.
     variables.insert(QStringLiteral("QT_MESSAGE_PATTERN"), QStringLiteral("@%{time boot}@%{message}"));
     m_process.setProcessEnvironment(variables);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_startedAtNs = monotonicNow();
     const QStringList words = command();
-    m_process.start(words.constFirst(), words.mid(1), QIODevice::ReadOnly);
+    m_process.start(words.constFirst(), words.mid(1));
     return m_process.waitForStarted();
 }
 

@@ -47,6 +47,8 @@ public:
     /// start().
     void startThrough(const QStringList& command) { m_wrapper = command; }
     QString executable() const { return m_executable; }
+    /// Counts down for three seconds, as the user has it, and not for a moment only; before start().
+    void countDownInFull() { m_countsDownInFull = true; }
 
     /// Starts the program without waiting for anything.
     bool start();
@@ -115,6 +117,7 @@ private:
     QTemporaryDir m_profile;
     QString m_executable;
     QStringList m_wrapper;
+    bool m_countsDownInFull = false;
     QMap<QString, QVariant> m_settings;
     QProcess m_process;
     QByteArray m_partialLine;

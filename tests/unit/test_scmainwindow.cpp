@@ -9,6 +9,7 @@
 #include "overlays/drawwindow.h"
 #include "overlays/scswitchwidget.h"
 #include "tests/support/addresses.h"
+#include "tests/support/countdowntest.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/windowtest.h"
@@ -16,9 +17,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QEnterEvent>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
@@ -26,7 +25,6 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
-#include <QSet>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStackedWidget>
@@ -42,11 +40,7 @@ class TestSCMainWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        windowtest::resetSettings();
-        const auto settings = openSettings();
-    }
+    void init() { windowtest::resetSettings(); }
 
     void freshProfileHasAllDefaultsAndIsNoLongerOnItsFirstRun()
     {
@@ -158,12 +152,12 @@ private slots:
 
     void recordingWithoutAnEngineComesBackAndCanBeTriedAgain()
     {
-        SCMainWindow window;
+        SCMainWindow window(Durations{.countdownStepMs = 40});
         window.show();
         auto* const button = child<QPushButton>(window, "recordButton");
         for (int attempt = 0; attempt < 2; ++attempt) {
             bool minimised = false;
-            QTimer::singleShot(500, &window, [&] { minimised = window.isMinimized(); });
+            whenCountingDown(&window, [&] { minimised = window.isMinimized(); });
             const MessageCapture messages;
             button->click();
             QVERIFY(minimised);
@@ -182,12 +176,9 @@ private slots:
         window.show();
         auto* const button = child<QPushButton>(window, "recordButton");
         const MessageCapture messages;
-        QTimer::singleShot(200, button, &QPushButton::click);
-        QElapsedTimer elapsed;
-        elapsed.start();
+        whenCountingDown(&window, [button] { button->click(); });
         button->click();
-        QVERIFY(elapsed.elapsed() < 2000);
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
+        expectCancelled(window, messages);
     }
 
     void closingDuringTheCountdownCancelsItAndCloses()
@@ -195,12 +186,9 @@ private slots:
         SCMainWindow window;
         window.show();
         const MessageCapture messages;
-        QTimer::singleShot(200, &window, &QWidget::close);
-        QElapsedTimer elapsed;
-        elapsed.start();
+        whenCountingDown(&window, [&window] { window.close(); });
         child<QPushButton>(window, "recordButton")->click();
-        QVERIFY(elapsed.elapsed() < 2000);
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
+        expectCancelled(window, messages);
         QTRY_VERIFY(!window.isVisible());
     }
 
@@ -209,15 +197,9 @@ private slots:
         SCMainWindow window;
         window.show();
         const MessageCapture messages;
-        QTimer::singleShot(200, &window, [] {
-            for (QWidget* const shown : QApplication::topLevelWidgets()) {
-                if (shown->inherits("SCCountdownWidget"))
-                    shown->close();
-            }
-        });
+        whenCountingDown(&window, [] { shownWindow<SCCountdownWidget>()->close(); });
         child<QPushButton>(window, "recordButton")->click();
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
-        QVERIFY(messages.texts().filter(QStringLiteral("OBS wrapper")).isEmpty());
+        expectCancelled(window, messages);
     }
 
     void cancelledCountdownLeavesTheKeyboardFocusWhereItWas()
@@ -226,7 +208,7 @@ private slots:
         window.show();
         auto* const button = child<QPushButton>(window, "recordButton");
         button->setFocus();
-        QTimer::singleShot(200, button, &QPushButton::click);
+        whenCountingDown(&window, [button] { button->click(); });
         button->click();
         QCoreApplication::processEvents();
         QCOMPARE(window.focusWidget(), button);
@@ -236,19 +218,23 @@ private slots:
     {
         SCMainWindow window;
         window.show();
-        const QWidget* dialog = nullptr;
-        QTimer::singleShot(200, &window, [&window, &dialog] {
-            // Should one open after all, it must not hold the test up.
-            QTimer::singleShot(200, &window, [&dialog] {
-                dialog = QApplication::activeModalWidget();
-                if (dialog != nullptr)
-                    QApplication::activeModalWidget()->close();
+        bool isOpened = false;
+        whenCountingDown(&window, [&window, &isOpened] {
+            // A dialog that opens holds the click up until it is closed.
+            QTimer closer;
+            connect(&closer, &QTimer::timeout, &window, [&isOpened] {
+                if (QWidget* const dialog = QApplication::activeModalWidget()) {
+                    isOpened = true;
+                    dialog->close();
+                }
             });
+            closer.start(10);
             child<QPushButton>(window, "changeLocationButton")->click();
+            closer.stop();
+            child<QPushButton>(window, "recordButton")->click();
         });
-        QTimer::singleShot(600, child<QPushButton>(window, "recordButton"), &QPushButton::click);
         child<QPushButton>(window, "recordButton")->click();
-        QCOMPARE(dialog, nullptr);
+        QVERIFY(!isOpened);
     }
 
     void programThatEndsDuringTheCountdownStartsNothing()
@@ -257,10 +243,9 @@ private slots:
         window.show();
         const MessageCapture messages;
         QTimer::singleShot(0, &window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
-        QTimer::singleShot(200, qApp, [] { QCoreApplication::exit(0); });
+        whenCountingDown(&window, [] { QCoreApplication::exit(0); });
         QApplication::exec();
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
-        QVERIFY(messages.texts().filter(QStringLiteral("OBS wrapper")).isEmpty());
+        expectCancelled(window, messages);
     }
 
     void quitDuringTheCountdownCancelsItAndCloses()
@@ -270,11 +255,18 @@ private slots:
         const MessageCapture messages;
         QApplication::setQuitOnLastWindowClosed(true);
         QTimer::singleShot(0, &window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
-        QTimer::singleShot(200, qApp, &QCoreApplication::quit);
+        whenCountingDown(&window, [] { QCoreApplication::quit(); });
         QApplication::exec();
         QApplication::setQuitOnLastWindowClosed(false);
         QVERIFY(!window.isVisible());
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
+        expectCancelled(window, messages);
+    }
+
+    void fitsOnASmallScreenOfTwiceTheScale()
+    {
+        SCMainWindow window;
+        window.show();
+        QCOMPARE(window.size().boundedTo(QSize(960, 540)), window.size());
     }
 
     void closingWhileIdleClosesAtOnce()
@@ -611,9 +603,9 @@ private slots:
         dragRegion(window, {100, 80}, {419, 319});
         auto* const frame = shownWindow<DrawWindow>();
         const MessageCapture messages;
-        QTimer::singleShot(200, &window, [frame] { QTest::mousePress(frame, Qt::RightButton, {}, {2, 2}); });
+        whenCountingDown(&window, [frame] { QTest::mousePress(frame, Qt::RightButton, {}, {2, 2}); });
         child<QPushButton>(window, "recordButton")->click();
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
+        expectCancelled(window, messages);
         QTRY_COMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
         QVERIFY(!frame->isVisible());
     }
@@ -625,22 +617,26 @@ private slots:
         dragRegion(window, {100, 80}, {419, 319});
         auto* const frame = shownWindow<DrawWindow>();
         const MessageCapture messages;
-        QTimer::singleShot(200, &window, [frame] { emit frame->stopRecording(); });
+        whenCountingDown(&window, [frame] { emit frame->stopRecording(); });
         emit frame->startRecording();
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Countdown cancelled, nothing is recorded")));
+        expectCancelled(window, messages);
     }
 
     void recordingDoesNotStartWhileADialogIsOpen()
     {
         SCMainWindow window;
         window.show();
-        const MessageCapture messages;
+        bool isCounting = false;
+        whenCountingDown(&window, [&window, &isCounting] {
+            isCounting = true;
+            child<QPushButton>(window, "recordButton")->click();
+        });
         QTimer::singleShot(0, &window, [&window] {
             child<QPushButton>(window, "recordButton")->click();
             QApplication::activeModalWidget()->close();
         });
         child<QPushButton>(window, "changeLocationButton")->click();
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Recording request ignored: a dialog is open")));
+        QVERIFY(!isCounting);
         QVERIFY(!window.isMinimized());
     }
 
@@ -867,7 +863,7 @@ private slots:
         window.show();
         dragRegion(window, {100, 80}, {419, 319});
         auto* const frame = shownWindow<DrawWindow>();
-        QTimer::singleShot(200, &window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
+        whenCountingDown(&window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
         emit frame->startRecording();
         QCoreApplication::processEvents();
         QVERIFY(frame->isVisible());
@@ -879,7 +875,7 @@ private slots:
         SCMainWindow window;
         window.show();
         QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
-        QTimer::singleShot(200, &window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
+        whenCountingDown(&window, [&window] { child<QPushButton>(window, "recordButton")->click(); });
         child<QPushButton>(window, "recordButton")->click();
         QVERIFY(shownWindow<AreaSelector>() == nullptr);
         QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
@@ -903,34 +899,6 @@ private slots:
             QStringLiteral("[WARNING] The hotkey \"garbage\" cannot be used: there is no such key")));
     }
 
-    void everyTextOfTheWindowIsAKeyOfTheTranslations()
-    {
-        class Listing : public QTranslator
-        {
-        public:
-            QString translate(const char* context, const char* text, const char*, int) const override
-            {
-                // What Qt's own widgets ask for is Qt's to translate.
-                if (QLatin1String(context) == QLatin1String("SCMainWindow"))
-                    asked.insert(QString::fromUtf8(text));
-                return {};
-            }
-            bool isEmpty() const override { return false; }
-
-            mutable QSet<QString> asked;
-        };
-        Listing listing;
-        QApplication::installTranslator(&listing);
-        const SCMainWindow window;
-        QApplication::removeTranslator(&listing);
-        QVERIFY(listing.asked.contains(QStringLiteral("Start Recording")));
-        QFile file(QStringLiteral(":/locales/en_US.ini"));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString keys = QString::fromUtf8(file.readAll());
-        for (const QString& text : std::as_const(listing.asked))
-            QVERIFY2(keys.contains(text + QLatin1String(" = \"")), qPrintable(text));
-    }
-
     void styleSheetIsLoaded()
     {
         const MessageCapture messages;
@@ -942,6 +910,16 @@ private slots:
     }
 
 private:
+    /// A countdown that runs to its end finds no engine and says so; a cancelled one leaves nothing behind.
+    static void expectCancelled(const SCMainWindow& window, const MessageCapture& messages)
+    {
+        QCOMPARE(messages.texts().filter(QStringLiteral("OBS wrapper not initialized")), QStringList());
+        QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
+        QVERIFY(!window.isMinimized());
+        QCOMPARE(child<QPushButton>(window, "recordButton")->text(), QStringLiteral("Start Recording"));
+        QTRY_VERIFY(child<Tile>(window, "fullScreenTile")->isEnabled());
+    }
+
     /// What the icon shows; empty where the system has no plug-in for its format.
     static QImage picture(const QIcon& icon) { return icon.pixmap(QSize(24, 24)).toImage(); }
 

@@ -5,6 +5,7 @@
 #include "overlays/drawwindow.h"
 #include "overlays/windowhighlighter.h"
 #include "screenshot/scscreenshotwindow.h"
+#include "tests/support/countdowntest.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
@@ -29,7 +30,7 @@ private slots:
     void init()
     {
         windowtest::resetSettings();
-        m_window = std::make_unique<SCMainWindow>();
+        m_window = std::make_unique<SCMainWindow>(Durations{.windowGoneMs = 20});
         m_window->show();
     }
 
@@ -279,9 +280,8 @@ private:
     /// Presses the record button, does something while the countdown runs, and presses it again.
     void countDownAndCancel(const std::function<void()>& meanwhile) const
     {
-        constexpr int kCountingMs = 200;
         auto* const button = m_window->findChild<QPushButton*>(QStringLiteral("recordButton"));
-        QTimer::singleShot(kCountingMs, button, [button, &meanwhile] {
+        whenCountingDown(button, [button, &meanwhile] {
             meanwhile();
             button->click();
         });

@@ -7,6 +7,7 @@
 #include "mainwindow/updatenotice.h"
 #include "overlays/areaselector.h"
 #include "platform/capture_exclusion.h"
+#include "tests/support/countdowntest.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/updateserver.h"
@@ -22,8 +23,10 @@
 namespace {
 
 constexpr char kNewer[] = "{\"win\": {\"version\": \"1.0.1\"}}";
-/// The check's delay and what a loaded machine may add to it.
-constexpr int kCheckMs = UpdateNotice::kDelayMs + 3000;
+constexpr Durations kBrief{.updateCheckDelayMs = 50, .updateNoticeRetryMs = 20};
+constexpr int kTimeoutMs = 10'000;
+/// Time enough to ask again, several times.
+constexpr int kAskedAgainMs = 10 * kBrief.updateNoticeRetryMs;
 
 bool systemExcludesWindows()
 {
@@ -50,21 +53,27 @@ private slots:
     void init()
     {
         windowtest::resetSettings();
-        makeWindow();
+        makeWindow(kBrief);
         m_window->move(60, 50);
         m_window->show();
     }
 
     void cleanup() { m_window.reset(); }
 
-    void updateCheckStartsFiveSecondsAfterTheWindowWasMadeThoughTheUserDoesNothing()
+    void updateCheckIsDueFiveSecondsAfterTheWindowWasMade()
+    {
+        makeWindow({});
+        QVERIFY(timer().isActive());
+        QVERIFY(timer().isSingleShot());
+        QCOMPARE(timer().interval(), 5000);
+        QCOMPARE(Durations().updateNoticeRetryMs, 1000);
+    }
+
+    void updateCheckIsMadeOnceThoughTheUserDoesNothing()
     {
         const UpdateServer server;
-        makeWindow();
-        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kCheckMs);
-        // A timer of that length may be a twentieth early.
-        QVERIFY(server.requestTimesMs().constFirst() >= UpdateNotice::kDelayMs * 95 / 100);
-        QTest::qWait(500);
+        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
+        QTest::qWait(4 * kBrief.updateCheckDelayMs);
         QCOMPARE(server.requests().size(), 1);
     }
 
@@ -72,7 +81,7 @@ private slots:
     {
         UpdateServer server;
         server.setAnswer(kNewer);
-        QTRY_VERIFY_WITH_TIMEOUT(shownWindow<SCUpgradeWindow>() != nullptr, kCheckMs);
+        QTRY_VERIFY_WITH_TIMEOUT(shownWindow<SCUpgradeWindow>() != nullptr, kTimeoutMs);
         const auto* const window = shownWindow<SCUpgradeWindow>();
         QCOMPARE(window->findChild<QStackedWidget*>("stackedWidget")->currentIndex(), int(SCUpgradeWindow::NewVersion));
         QCOMPARE(window->windowModality(), Qt::ApplicationModal);
@@ -84,7 +93,7 @@ private slots:
         UpdateServer server;
         server.setAnswer("{\"win\": {\"version\": \"1.0.0\"}}");
         const MessageCapture messages;
-        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kCheckMs);
+        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
         QTest::qWait(300);
         QVERIFY(shownWindow<SCUpgradeWindow>() == nullptr);
         QCOMPARE(messages.texts().filter("["), QStringList());
@@ -95,8 +104,8 @@ private slots:
         UpdateServer server;
         server.setAnswer(kNewer);
         emit menu().aboutRequested();
-        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kCheckMs);
-        QTest::qWait(UpdateNotice::kRetryMs + 500);
+        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
+        QTest::qWait(kAskedAgainMs);
         QVERIFY(shownWindow<SCUpgradeWindow>() == nullptr);
         shownWindow<SCAboutWindow>()->close();
         QTRY_VERIFY(shownWindow<SCUpgradeWindow>() != nullptr);
@@ -107,8 +116,8 @@ private slots:
         UpdateServer server;
         server.setAnswer(kNewer);
         QTest::keyClick(m_window->findChild<Tile*>("regionTile"), Qt::Key_Space);
-        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kCheckMs);
-        QTest::qWait(UpdateNotice::kRetryMs + 500);
+        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
+        QTest::qWait(kAskedAgainMs);
         QVERIFY(shownWindow<SCUpgradeWindow>() == nullptr);
         QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
         QTRY_VERIFY(shownWindow<SCUpgradeWindow>() != nullptr);
@@ -118,15 +127,17 @@ private slots:
     {
         UpdateServer server;
         server.setAnswer(kNewer);
+        auto* const button = m_window->findChild<QPushButton*>("recordButton");
         bool shownMeanwhile = false;
-        QTimer look;
-        connect(&look, &QTimer::timeout, this,
-                [&] { shownMeanwhile = shownMeanwhile || shownWindow<SCUpgradeWindow>() != nullptr; });
-        QTest::qWait(UpdateNotice::kDelayMs - 1000);
-        look.start(20);
-        // Three seconds of countdown; without an engine the recording ends there.
-        m_window->findChild<QPushButton*>("recordButton")->click();
-        look.stop();
+        whenCountingDown(this, [&] {
+            QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
+            if (systemExcludesWindows())
+                QTRY_VERIFY(shownWindow<SCUpgradeWindow>() != nullptr);
+            QTest::qWait(kAskedAgainMs);
+            shownMeanwhile = shownWindow<SCUpgradeWindow>() != nullptr;
+            button->click();
+        });
+        button->click();
         QCOMPARE(server.requests().size(), 1);
         QCOMPARE(shownMeanwhile, systemExcludesWindows());
         QTRY_VERIFY(shownWindow<SCUpgradeWindow>() != nullptr);
@@ -139,9 +150,9 @@ private slots:
         server.setAnswer(kNewer);
         emit menu().updateCheckRequested();
         QTRY_COMPARE(upgradeWindows(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 2, kCheckMs);
+        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 2, kTimeoutMs);
         shownWindow<SCUpgradeWindow>()->close();
-        QTest::qWait(UpdateNotice::kRetryMs + 500);
+        QTest::qWait(kAskedAgainMs);
         QCOMPARE(upgradeWindows(), 0);
     }
 
@@ -150,11 +161,13 @@ private slots:
         UpdateServer server;
         server.setAnswers({{"500 Internal Server Error", "{}", {}, UpdateServer::Manner::Answer, true},
                            {"200 OK", kNewer, {}, UpdateServer::Manner::Answer, true}});
+        makeWindow({});
         emit menu().updateCheckRequested();
         QTRY_COMPARE(page(), int(SCUpgradeWindow::UpToDate));
         shownWindow<SCUpgradeWindow>()->close();
         QCOMPARE(upgradeWindows(), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(upgradeWindows(), 1, kCheckMs);
+        timer().start(0);
+        QTRY_COMPARE_WITH_TIMEOUT(upgradeWindows(), 1, kTimeoutMs);
         QCOMPARE(page(), int(SCUpgradeWindow::NewVersion));
     }
 
@@ -168,16 +181,23 @@ private slots:
         QTRY_COMPARE(window->findChild<QStackedWidget*>("stackedWidget")->currentIndex(),
                      int(SCUpgradeWindow::UpToDate));
         shownWindow<SCUpgradeWindow>()->close();
-        makeWindow();
-        QTest::qWait(kCheckMs);
+        makeWindow(kBrief);
+        QTRY_VERIFY(!timer().isActive());
+        QTest::qWait(kAskedAgainMs);
         QCOMPARE(upgradeWindows(), 0);
     }
 
 private:
-    void makeWindow()
+    void makeWindow(const Durations& durations)
     {
         m_window.reset();
-        m_window = std::make_unique<SCMainWindow>();
+        m_window = std::make_unique<SCMainWindow>(durations);
+    }
+
+    /// The one that the check waits for.
+    QTimer& timer() const
+    {
+        return *m_window->findChild<UpdateNotice*>()->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
     }
 
     /// The one that the update window shows.
