@@ -98,7 +98,7 @@ private slots:
 private:
     /// Where the program will write its screenshots.
     static QDir keepShotsIn(WindowsProgram& program);
-    /// The one screenshot there, once it can be read; empty when it does not come.
+    /// Waits for the box that reports a screenshot, and closes it. The one screenshot there; empty when there is none.
     static QString awaitShot(const QDir& shots);
     /// Starts the program and clicks a tile of its screenshot page.
     static void clickTile(WindowsProgram& program, const QPoint& tile);
@@ -144,15 +144,13 @@ QDir TestWindowsCapture::keepShotsIn(WindowsProgram& program)
 
 QString TestWindowsCapture::awaitShot(const QDir& shots)
 {
-    QElapsedTimer waited;
-    waited.start();
-    do {
-        const QStringList names = shots.entryList({"Screenshot_*.png"}, QDir::Files);
-        if (names.size() == 1 && !QImage(shots.filePath(names.constFirst())).isNull())
-            return shots.filePath(names.constFirst());
-        QTest::qWait(kPollMs);
-    } while (!waited.hasExpired(kTimeoutMs));
-    return {};
+    // The box comes when the file is complete, and keeps the program from ending.
+    const auto box = QStringLiteral("Screenshot Saved");
+    if (!windowsuser::awaitReady(box))
+        return {};
+    windowsuser::press({QStringLiteral("Return")});
+    const QStringList names = shots.entryList({"Screenshot_*.png"}, QDir::Files);
+    return windowsuser::awaitGone(box) && names.size() == 1 ? shots.filePath(names.constFirst()) : QString();
 }
 
 void TestWindowsCapture::clickTile(WindowsProgram& program, const QPoint& tile)
@@ -176,11 +174,9 @@ void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
     QCOMPARE(picture.pixelColor(kTarget.topLeft() + QPoint(10, 10)), QColor(Qt::white));
     QCOMPARE(picture.pixelColor(kTarget.center()), QColor(128, 128, 128));
 
-    QVERIFY(WineDesktop::visibleWindow(QStringLiteral("Screenshot Saved"), kTimeoutMs));
     QFile library(program.dataFolder().filePath(QStringLiteral("file_data.json")));
     QVERIFY(library.open(QIODevice::ReadOnly));
     QVERIFY2(library.readAll().contains(QFileInfo(path).fileName().toUtf8()), "the library does not have it");
-    ProgramUnderTest::pressKey(QStringLiteral("Return"));
 }
 
 void TestWindowsCapture::aDraggedRegionIsShotAsItIsOrWithAStroke_data()
