@@ -39,15 +39,20 @@ logged() {
     return $status
 }
 
-# build_preset <preset> <folder> [target]...: configures and builds one preset of CMakePresets.json.
+# configure_preset <preset> <folder>: configures one preset of CMakePresets.json.
+configure_preset() {
+    cd "$root" || die "cannot enter $root"
+    say "Configuring (preset $1, folder $2)"
+    logged "$2/logs/configure.log" cmake --preset "$1" || die "configuring failed; the reason stands above"
+}
+
+# build_preset <preset> <folder> [target]...: configures and builds one preset.
 build_preset() {
     local preset=$1 folder=$2 begun=$SECONDS
     shift 2
     local targets=()
     (($# == 0)) || targets=(--target "$@")
-    cd "$root" || die "cannot enter $root"
-    say "Configuring (preset $preset, folder $folder)"
-    logged "$folder/logs/configure.log" cmake --preset "$preset" || die "configuring failed; the reason stands above"
+    configure_preset "$preset" "$folder"
     say "Building"
     logged "$folder/logs/build.log" cmake --build --preset "$preset" -j "$(nproc)" "${targets[@]}" ||
         die "the build failed; the reason stands above"

@@ -4,6 +4,10 @@
 
 kit=$root/build-windows-kit
 
+# What the build for Windows is made for: the unit tests, and the tests that use the program.
+windows_unit_targets=(kestrano_unit_tests)
+windows_program_targets=(kestrano kestrano_test_windowprobe kestrano_test_picture)
+
 find_kit() {
     kit_source=${KESTRANO_WINDOWS_KIT:-$root/../shared/windows-kit/kit.tar.xz}
     [[ -e $kit_source ]] || die "there is no Windows kit at $kit_source
@@ -54,6 +58,7 @@ set_wine_environment() {
 }
 
 make_wine_template() {
+    set_wine_environment
     [[ ! -f $wine_folder/template/prepared ]] || return 0
     local log=$wine_folder/template.log
     export WINEPREFIX=$wine_folder/template
