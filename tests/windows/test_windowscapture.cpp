@@ -29,7 +29,6 @@ const QRect kButton(kTarget.left() + kTarget.width() / 4, kTarget.top() + kTarge
 constexpr QPoint kRegionTile(340, 156);
 constexpr QPoint kWindowTile(453, 156);
 // On the tool bar of a screenshot's frame.
-constexpr int kShotBarHeight = 30;
 constexpr QPoint kSaveButton(15, 15);
 constexpr QPoint kPenButton(45, 15);
 constexpr QPoint kClearButton(75, 15);
@@ -166,7 +165,7 @@ void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
     const QDir shots = keepShotsIn(program);
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     ProgramUnderTest::pressKey(QStringLiteral("F10"));
-    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot")));
+    QVERIFY(windowsuser::awaitScreenshotBar());
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
     const QString path = awaitShot(shots);
     const QImage picture(path);
@@ -193,10 +192,7 @@ void TestWindowsCapture::aDraggedRegionIsShotAsItIsOrWithAStroke()
     const QDir shots = keepShotsIn(program);
     clickTile(program, kRegionTile);
     QVERIFY(dragRegion());
-    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot")));
-    const auto bar = windowsuser::awaitWindow([](const WindowsWindow& window) {
-        return window.program == QLatin1String("kestrano.exe") && window.place.height() == kShotBarHeight;
-    });
+    const auto bar = windowsuser::awaitScreenshotBar();
     QVERIFY(bar);
     const QPoint stroke(kTarget.center() - QPoint(0, 70));
     if (draws) {
@@ -229,7 +225,7 @@ void TestWindowsCapture::aPickedWindowIsShotAndNothingElse()
     QVERIFY(bringTargetToFront());
     QVERIFY(pointAtButton());
     QVERIFY(xdotool({"click", "1"}));
-    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot")));
+    QVERIFY(windowsuser::awaitScreenshotBar());
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
 
     const QImage picture(awaitShot(shots));

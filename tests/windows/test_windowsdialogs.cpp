@@ -123,7 +123,7 @@ void TestWindowsDialogs::savedSettingsAreStoredAndInForceAtOnce()
 
     // The first key would minimise the window and count down, and the second one then take no screenshot.
     press({"F9", "F10"});
-    QVERIFY(awaitReady(QStringLiteral("Screenshot")));
+    QVERIFY(awaitScreenshotBar());
     press({"Return"});
     QVERIFY(awaitReady(QStringLiteral("Screenshot Saved")));
     QCOMPARE(shots().entryList({"Screenshot_*.jpg"}, QDir::Files).size(), 1);

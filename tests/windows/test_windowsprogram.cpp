@@ -152,7 +152,7 @@ void TestWindowsProgram::aUserFolderWithOtherLettersHoldsAllBeyondTheOldLimitOfP
     QVERIFY(take.path.size() > kOldLimit && log.size() > kOldLimit);
 
     windowsuser::press({QStringLiteral("F10")});
-    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot")));
+    QVERIFY(windowsuser::awaitScreenshotBar());
     windowsuser::press({QStringLiteral("Return")});
     const auto box = QStringLiteral("Screenshot Saved");
     QVERIFY(windowsuser::awaitReady(box));

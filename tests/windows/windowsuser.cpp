@@ -90,6 +90,14 @@ std::optional<WindowsWindow> awaitReady(const QString& title, int timeoutMs)
     return std::nullopt;
 }
 
+std::optional<WindowsWindow> awaitScreenshotBar()
+{
+    constexpr int kHeight = 30;
+    const auto bar = awaitWindow(
+        [](const WindowsWindow& window) { return isOfProgram(window) && window.place.height() == kHeight; });
+    return bar && awaitReady(QStringLiteral("Screenshot")) ? bar : std::nullopt;
+}
+
 bool isInFront(int64_t handle)
 {
     const QList<WindowsWindow> windows = WineDesktop::windows();

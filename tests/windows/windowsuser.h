@@ -36,6 +36,9 @@ bool closeBySystem(const WindowsWindow& window);
 std::optional<WindowsWindow> awaitWindow(const std::function<bool(const WindowsWindow&)>& isIt);
 /// The program's window with this title once it is in front of all others and ready for keys and pointer.
 std::optional<WindowsWindow> awaitReady(const QString& title, int timeoutMs = kTimeoutMs);
+/// The tool bar of a screenshot's frame, once it is shown and the frame has the keyboard: the frame has it before the
+/// bar comes, and again afterwards.
+std::optional<WindowsWindow> awaitScreenshotBar();
 /// Whether the window has the keyboard.
 bool isInFront(int64_t handle);
 /// Whether it has it in time.

@@ -24,7 +24,6 @@ namespace {
 constexpr int kToolTimeoutMs = 30'000;
 constexpr int kStartTimeoutMs = 60'000;
 constexpr int kPollMs = 50;
-constexpr int kPointerTimeoutMs = 5'000;
 
 /// That of the desktop that there is.
 QProcess* currentProbe = nullptr;
@@ -255,7 +254,7 @@ bool WineDesktop::pointTo(const QPoint& place)
         if (isThere(now) && now.value(QLatin1String("moment")) != before.value(QLatin1String("moment")))
             return true;
         QTest::qWait(kPollMs / 5);
-    } while (!waited.hasExpired(kPointerTimeoutMs));
+    } while (!waited.hasExpired(kToolTimeoutMs));
     return false;
 }
 
