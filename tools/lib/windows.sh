@@ -48,7 +48,7 @@ windows_path() {
 wine_folder=$root/build-windows/wine
 
 # How many tests run under Wine at a time, each in a prefix that no other uses meanwhile.
-wine_workers=${KESTRANO_WINE_WORKERS:-3}
+wine_workers=${KESTRANO_WINE_WORKERS:-$(($(nproc) + 1))}
 
 set_wine_environment() {
     export WINEDEBUG=-all WINEARCH=win64 WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
