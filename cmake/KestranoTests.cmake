@@ -5,7 +5,8 @@
 # engine     the real core of libobs, on a private desktop
 # desktop    real windows, on a private desktop
 # recording  the program from its start to its file, on a private desktop
-# windows    Linux programs that drive the Windows program in Wine (tools/test-windows)
+# windows    Linux programs that drive the Windows program in Wine (tools/test-windows), on a private desktop and in a Wine
+#            prefix of their own
 #
 # The kind is the CTest label. Further labels:
 #
@@ -118,7 +119,11 @@ function(kestrano_add_test kind name)
       list(APPEND environment "DISPLAY=")
     endif()
   else()
-    add_test(NAME ${test} COMMAND "${PROJECT_SOURCE_DIR}/tools/private-desktop" ${arg_DESKTOP_ARGS} --
+    set(wrapper "")
+    if(kind STREQUAL "windows")
+      set(wrapper "${PROJECT_SOURCE_DIR}/tools/lib/with-wine")
+    endif()
+    add_test(NAME ${test} COMMAND "${PROJECT_SOURCE_DIR}/tools/private-desktop" ${arg_DESKTOP_ARGS} -- ${wrapper}
                                   $<TARGET_FILE:${target}> ${stem} ${arg_FUNCTIONS})
   endif()
   # Which executable a test is in: tools/test builds only what the tests that it runs need.

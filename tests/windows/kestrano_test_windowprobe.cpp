@@ -1,20 +1,28 @@
 // The eyes and the fingers of a test that runs outside Windows: says which windows there are, and does to them what
 // other programs do.
 //
-//   kestrano_test_windowprobe windows                             all top-level windows, one line of JSON
-//   kestrano_test_windowprobe post WINDOW MESSAGE WPARAM LPARAM   posts a message
-//   kestrano_test_windowprobe command WINDOW COMMAND              gives a system command, and says whether the window
-//                                                                 is minimised when it has been obeyed
-//   kestrano_test_windowprobe front WINDOW                        asks it to come to the front, as a taskbar does
-//   kestrano_test_windowprobe place WINDOW                        puts it before the others; it may activate itself
-//   kestrano_test_windowprobe crash PROCESS                       makes one of its threads read what is not there
-//   kestrano_test_windowprobe target LEFT TOP WIDTH HEIGHT        shows a window with a button in its middle, and says
-//                                                                 each mouse button that is pressed on one of them
-//   kestrano_test_windowprobe hold MODIFIERS KEY                  takes a hotkey away from others
-//   kestrano_test_windowprobe hooks                               says each mouse button that comes to its own hook
+//   kestrano_test_windowprobe answer                          answers questions, see below
+//   kestrano_test_windowprobe target LEFT TOP WIDTH HEIGHT    shows a window with a button in its middle, and says
+//                                                             each mouse button that is pressed on one of them
+//   kestrano_test_windowprobe hold MODIFIERS KEY              takes a hotkey away from others
 //
-// Handles and numbers are decimal, rectangles in pixels of the desktop. The last three run until they are ended;
-// "READY" says that they work.
+// All run until they are ended; "READY" says that they work. A question is one line of the standard input, a JSON array
+// of strings, and its answer one line of the standard output: a JSON array that is empty when the question failed, else
+// has the answer (null where there is nothing to say).
+//
+//   windows                             all top-level windows, from the front to the back
+//   post WINDOW MESSAGE WPARAM LPARAM   posts a message
+//   command WINDOW COMMAND              gives a system command; whether the window is minimised when it has been obeyed
+//   front WINDOW                        asks it to come to the front, as a taskbar does
+//   place WINDOW                        puts it before the others; it may activate itself
+//   crash PROCESS                       makes one of its threads read what is not there
+//   input                               when Windows last heard of a key or the pointer, and where the pointer is
+//   store KEY NAME VALUE                stores a text in the registry of the user
+//   forget KEY                          removes a key and all below it
+//   stored KEY                          all values at and below a key, by their names with those of the keys before
+//                                       them; null for one that is no text
+//
+// Handles and numbers are decimal, rectangles in pixels of the desktop, keys have backslashes.
 
 #include <QByteArray>
 #include <QFileInfo>
@@ -30,7 +38,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <iostream>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -113,58 +123,135 @@ BOOL CALLBACK keep(HWND window, LPARAM list)
     return TRUE;
 }
 
-/// From the front to the back.
-int sayWindows(const QStringList& /*arguments*/)
+/// Nothing when the question failed.
+using Answer = std::optional<QJsonValue>;
+
+Answer doneIf(bool done)
+{
+    return done ? Answer(QJsonValue::Null) : std::nullopt;
+}
+
+Answer sayWindows(const QStringList& /*arguments*/)
 {
     QJsonArray windows;
     EnumWindows(&keep, reinterpret_cast<LPARAM>(&windows));
-    std::puts(QJsonDocument(windows).toJson(QJsonDocument::Compact).constData());
-    return EXIT_SUCCESS;
+    return windows;
 }
 
-int post(const QStringList& arguments)
+Answer post(const QStringList& arguments)
 {
-    const bool done = PostMessageW(toWindow(arguments.at(0)), arguments.at(1).toUInt(), arguments.at(2).toULongLong(),
-                                   arguments.at(3).toLongLong()) != 0;
-    return done ? EXIT_SUCCESS : EXIT_FAILURE;
+    return doneIf(PostMessageW(toWindow(arguments.at(0)), arguments.at(1).toUInt(), arguments.at(2).toULongLong(),
+                               arguments.at(3).toLongLong()) != 0);
 }
 
-int command(const QStringList& arguments)
+Answer command(const QStringList& arguments)
 {
     constexpr UINT kTimeoutMs = 10'000;
     HWND const window = toWindow(arguments.at(0));
     DWORD_PTR answer = 0;
     const bool answered =
         SendMessageTimeoutW(window, WM_SYSCOMMAND, arguments.at(1).toUInt(), 0, SMTO_NORMAL, kTimeoutMs, &answer) != 0;
-    std::puts(IsIconic(window) != 0 ? "minimised" : "shown");
-    return answered ? EXIT_SUCCESS : EXIT_FAILURE;
+    return answered ? Answer(IsIconic(window) != 0) : std::nullopt;
 }
 
-int bringToFront(const QStringList& arguments)
+Answer bringToFront(const QStringList& arguments)
 {
-    return SetForegroundWindow(toWindow(arguments.at(0))) != 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return doneIf(SetForegroundWindow(toWindow(arguments.at(0))) != 0);
 }
 
 /// Without SWP_NOACTIVATE: the window becomes the active one unless it refuses.
-int placeInFront(const QStringList& arguments)
+Answer placeInFront(const QStringList& arguments)
 {
-    return SetWindowPos(toWindow(arguments.at(0)), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE) != 0 ? EXIT_SUCCESS
-                                                                                                       : EXIT_FAILURE;
+    return doneIf(SetWindowPos(toWindow(arguments.at(0)), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE) != 0);
 }
 
 /// Starts a thread of the process where nobody has put any code.
-int crash(const QStringList& arguments)
+Answer crash(const QStringList& arguments)
 {
     const HANDLE process = OpenProcess(PROCESS_ALL_ACCESS, FALSE, arguments.at(0).toUInt());
     if (process == nullptr)
-        return EXIT_FAILURE;
+        return std::nullopt;
     constexpr quintptr kNowhere = 16;
     const HANDLE thread = CreateRemoteThread(process, nullptr, 0, reinterpret_cast<LPTHREAD_START_ROUTINE>(kNowhere),
                                              nullptr, 0, nullptr);
     if (thread != nullptr)
         CloseHandle(thread);
     CloseHandle(process);
-    return thread != nullptr ? EXIT_SUCCESS : EXIT_FAILURE;
+    return doneIf(thread != nullptr);
+}
+
+Answer sayInput(const QStringList& /*arguments*/)
+{
+    LASTINPUTINFO input{};
+    input.cbSize = sizeof(input);
+    POINT pointer{};
+    if (GetLastInputInfo(&input) == 0 || GetCursorPos(&pointer) == 0)
+        return std::nullopt;
+    return QJsonObject{{QStringLiteral("moment"), static_cast<qint64>(input.dwTime)},
+                       {QStringLiteral("x"), static_cast<int>(pointer.x)},
+                       {QStringLiteral("y"), static_cast<int>(pointer.y)}};
+}
+
+const wchar_t* wide(const QString& text)
+{
+    return reinterpret_cast<const wchar_t*>(text.utf16());
+}
+
+Answer store(const QStringList& arguments)
+{
+    const QString& value = arguments.at(2);
+    const auto bytes = static_cast<DWORD>((value.size() + 1) * static_cast<qsizetype>(sizeof(wchar_t)));
+    return doneIf(RegSetKeyValueW(HKEY_CURRENT_USER, wide(arguments.at(0)), wide(arguments.at(1)), REG_SZ, wide(value),
+                                  bytes) == ERROR_SUCCESS);
+}
+
+Answer forget(const QStringList& arguments)
+{
+    const LSTATUS status = RegDeleteTreeW(HKEY_CURRENT_USER, wide(arguments.at(0)));
+    return doneIf(status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND);
+}
+
+/// The longest name of a key or a value, with its end.
+constexpr DWORD kNameLength = 16'384;
+
+void keepValues(HKEY key, const QString& prefix, QJsonObject& values)
+{
+    std::vector<wchar_t> name(kNameLength);
+    DWORD length = kNameLength;
+    for (DWORD index = 0;
+         RegEnumValueW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         ++index, length = kNameLength) {
+        std::vector<wchar_t> text(kNameLength);
+        auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+        const bool isText =
+            RegGetValueW(key, nullptr, name.data(), RRF_RT_REG_SZ, nullptr, text.data(), &bytes) == ERROR_SUCCESS;
+        values.insert(prefix + QString::fromWCharArray(name.data(), static_cast<int>(length)),
+                      isText ? QJsonValue(QString::fromWCharArray(text.data())) : QJsonValue());
+    }
+}
+
+void keepKey(HKEY parent, const QString& path, const QString& prefix, QJsonObject& values)
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(parent, wide(path), 0, KEY_READ, &key) != ERROR_SUCCESS)
+        return;
+    keepValues(key, prefix, values);
+    std::vector<wchar_t> name(kNameLength);
+    DWORD length = kNameLength;
+    for (DWORD index = 0;
+         RegEnumKeyExW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         ++index, length = kNameLength) {
+        const QString below = QString::fromWCharArray(name.data(), static_cast<int>(length));
+        keepKey(key, below, prefix + below + QLatin1Char('/'), values);
+    }
+    RegCloseKey(key);
+}
+
+Answer sayStored(const QStringList& arguments)
+{
+    QJsonObject values;
+    keepKey(HKEY_CURRENT_USER, arguments.at(0), {}, values);
+    return values;
 }
 
 void say(const char* text)
@@ -217,17 +304,42 @@ int holdHotkey(const QStringList& arguments)
     return held ? obeyMessages() : EXIT_FAILURE;
 }
 
-LRESULT CALLBACK onMouse(int code, WPARAM message, LPARAM details)
+struct Question
 {
-    if (code >= 0 && (message == WM_LBUTTONDOWN || message == WM_RBUTTONDOWN))
-        say("pressed");
-    return CallNextHookEx(nullptr, code, message, details);
+    int arguments;
+    std::function<Answer(const QStringList&)> answer;
+};
+
+const std::map<QString, Question>& questions()
+{
+    static const std::map<QString, Question> table{
+        {QStringLiteral("windows"), {0, sayWindows}}, {QStringLiteral("post"), {4, post}},
+        {QStringLiteral("command"), {2, command}},    {QStringLiteral("front"), {1, bringToFront}},
+        {QStringLiteral("place"), {1, placeInFront}}, {QStringLiteral("crash"), {1, crash}},
+        {QStringLiteral("input"), {0, sayInput}},     {QStringLiteral("store"), {3, store}},
+        {QStringLiteral("forget"), {1, forget}},      {QStringLiteral("stored"), {1, sayStored}}};
+    return table;
 }
 
-int listen(const QStringList& /*arguments*/)
+Answer answerTo(const QByteArray& line)
 {
-    const HHOOK hook = SetWindowsHookExW(WH_MOUSE_LL, &onMouse, GetModuleHandleW(nullptr), 0);
-    return hook != nullptr ? obeyMessages() : EXIT_FAILURE;
+    const QStringList words = QJsonDocument::fromJson(line).toVariant().toStringList();
+    const auto question = words.isEmpty() ? questions().end() : questions().find(words.constFirst());
+    if (question == questions().end() || words.size() - 1 != question->second.arguments)
+        return std::nullopt;
+    return question->second.answer(words.mid(1));
+}
+
+int answerQuestions(const QStringList& /*arguments*/)
+{
+    say("READY");
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        const Answer answer = answerTo(QByteArray::fromStdString(line));
+        const QJsonArray words = answer ? QJsonArray{*answer} : QJsonArray{};
+        say(QJsonDocument(words).toJson(QJsonDocument::Compact).constData());
+    }
+    return EXIT_SUCCESS;
 }
 
 struct Command
@@ -239,9 +351,7 @@ struct Command
 const std::map<std::string, Command>& commands()
 {
     static const std::map<std::string, Command> table{
-        {"windows", {0, sayWindows}}, {"post", {4, post}},          {"command", {2, command}},
-        {"front", {1, bringToFront}}, {"place", {1, placeInFront}}, {"crash", {1, crash}},
-        {"target", {4, showTarget}},  {"hold", {2, holdHotkey}},    {"hooks", {0, listen}}};
+        {"answer", {0, answerQuestions}}, {"target", {4, showTarget}}, {"hold", {2, holdHotkey}}};
     return table;
 }
 

@@ -11,12 +11,13 @@
 #include <QScreen>
 #include <QTest>
 
+#include <algorithm>
+
 namespace {
 
 using windowsuser::kTimeoutMs;
 
-/// A window that is there is not yet ready for the pointer.
-constexpr int kReadyMs = 500;
+constexpr int kPollMs = 50;
 constexpr int kTolerance = 12;
 /// Where another program shows a white window with a grey one in its middle half.
 const QRect kTarget(200, 100, 320, 200);
@@ -28,7 +29,6 @@ const QRect kButton(kTarget.left() + kTarget.width() / 4, kTarget.top() + kTarge
 constexpr QPoint kRegionTile(340, 156);
 constexpr QPoint kWindowTile(453, 156);
 // On the tool bar of a screenshot's frame.
-constexpr int kShotBarHeight = 30;
 constexpr QPoint kSaveButton(15, 15);
 constexpr QPoint kPenButton(45, 15);
 constexpr QPoint kClearButton(75, 15);
@@ -38,18 +38,28 @@ QColor colourAt(const QImage& image, const QPoint& place)
     return meanColour(image, place, 2);
 }
 
-/// Wine hears of the pointer later than of the button.
-bool dragSlowly(const QPoint& from, const QPoint& to)
+/// The window of the program that is as large as this, once it is shown.
+std::optional<WindowsWindow> awaitWindow(const QSize& size)
 {
-    bool done = pointTo(from);
-    QTest::qWait(kReadyMs);
-    done = xdotool({"mousedown", "1"}) && done;
-    for (const QPoint& place : {from, (from + to) / 2, to}) {
-        QTest::qWait(kReadyMs);
-        done = pointTo(place) && done;
-    }
-    QTest::qWait(kReadyMs);
-    return xdotool({"mouseup", "1"}) && done;
+    return windowsuser::awaitWindow([&size](const WindowsWindow& window) {
+        return window.program == QLatin1String("kestrano.exe") && window.place.size() == size;
+    });
+}
+
+/// Drags a region on the veil over the whole screen; whether the veil came, and went.
+bool dragRegion()
+{
+    const auto veil = awaitWindow(QGuiApplication::primaryScreen()->size());
+    if (!veil || !windowsuser::drag(kTarget.topLeft(), kTarget.bottomRight()))
+        return false;
+    return QTest::qWaitFor(
+        [&veil] {
+            const QList<WindowsWindow> windows = WineDesktop::windows();
+            return std::none_of(windows.begin(), windows.end(), [&veil](const WindowsWindow& window) {
+                return window.handle == veil->handle && window.isVisible;
+            });
+        },
+        kTimeoutMs);
 }
 
 } // namespace
@@ -87,50 +97,27 @@ private slots:
 private:
     /// Where the program will write its screenshots.
     static QDir keepShotsIn(WindowsProgram& program);
-    /// The one screenshot there, once it can be read; empty when it does not come.
+    /// Waits for the box that reports a screenshot, and closes it. The one screenshot there; empty when there is none.
     static QString awaitShot(const QDir& shots);
     /// Starts the program and clicks a tile of its screenshot page.
     static void clickTile(WindowsProgram& program, const QPoint& tile);
     /// Puts the other program's window in front of the program's.
     static bool bringTargetToFront();
-    /// Waits for a window of the program as large as this.
-    static bool waitForWindow(const QSize& size);
+    /// Moves the pointer to that window's button until the program frames it; the frame.
+    static std::optional<WindowsWindow> pointAtButton();
 
     WineDesktop m_desktop;
     QProcess m_target;
 };
-
-bool TestWindowsCapture::waitForWindow(const QSize& size)
-{
-    QElapsedTimer waited;
-    waited.start();
-    do {
-        const QList<WindowsWindow> windows = WineDesktop::windows();
-        for (const WindowsWindow& window : windows)
-            if (window.isVisible && window.program == QLatin1String("kestrano.exe") && window.place.size() == size) {
-                QTest::qWait(kReadyMs);
-                return true;
-            }
-    } while (!waited.hasExpired(kTimeoutMs));
-    return false;
-}
 
 void TestWindowsCapture::aDraggedRegionIsRecordedAndNothingElse()
 {
     WindowsProgram program;
     for (const char* key : {"mouse/switch", "mouse/showHighlight", "mouse/showCursor"})
         program.setSetting(QLatin1String(key), false);
-    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-    const auto window = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kTimeoutMs);
-    QVERIFY(window && WineDesktop::probe({QStringLiteral("front"), QString::number(window->handle)}));
-    QTest::qWait(kReadyMs);
-    for (int step = 0; step < kStepsToRegion; ++step)
-        ProgramUnderTest::pressKey(QStringLiteral("shift+Tab"));
-    ProgramUnderTest::pressKey(QStringLiteral("space"));
-    QVERIFY(program.waitForMessage(QStringLiteral("Select region clicked"), kTimeoutMs));
-    QVERIFY(waitForWindow(QGuiApplication::primaryScreen()->size()));
-    QVERIFY(dragSlowly(kTarget.topLeft(), kTarget.bottomRight()));
-    QTest::qWait(kReadyMs);
+    QVERIFY2(windowsuser::startInFront(program), qPrintable(program.transcript()));
+    windowsuser::press(QStringList(kStepsToRegion, QStringLiteral("shift+Tab")) + QStringList{QStringLiteral("space")});
+    QVERIFY(dragRegion());
 
     const Take take = record(program, QStringLiteral("mp4"), 2000);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
@@ -156,15 +143,13 @@ QDir TestWindowsCapture::keepShotsIn(WindowsProgram& program)
 
 QString TestWindowsCapture::awaitShot(const QDir& shots)
 {
-    QElapsedTimer waited;
-    waited.start();
-    do {
-        const QStringList names = shots.entryList({"Screenshot_*.png"}, QDir::Files);
-        if (names.size() == 1 && !QImage(shots.filePath(names.constFirst())).isNull())
-            return shots.filePath(names.constFirst());
-        QTest::qWait(kReadyMs);
-    } while (!waited.hasExpired(kTimeoutMs));
-    return {};
+    // The box comes when the file is complete, and keeps the program from ending.
+    const auto box = QStringLiteral("Screenshot Saved");
+    if (!windowsuser::awaitReady(box))
+        return {};
+    windowsuser::press({QStringLiteral("Return")});
+    const QStringList names = shots.entryList({"Screenshot_*.png"}, QDir::Files);
+    return windowsuser::awaitGone(box) && names.size() == 1 ? shots.filePath(names.constFirst()) : QString();
 }
 
 void TestWindowsCapture::clickTile(WindowsProgram& program, const QPoint& tile)
@@ -180,7 +165,7 @@ void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
     const QDir shots = keepShotsIn(program);
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     ProgramUnderTest::pressKey(QStringLiteral("F10"));
-    QTest::qWait(kTimeoutMs / 10);
+    QVERIFY(windowsuser::awaitScreenshotBar());
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
     const QString path = awaitShot(shots);
     const QImage picture(path);
@@ -188,11 +173,9 @@ void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
     QCOMPARE(picture.pixelColor(kTarget.topLeft() + QPoint(10, 10)), QColor(Qt::white));
     QCOMPARE(picture.pixelColor(kTarget.center()), QColor(128, 128, 128));
 
-    QVERIFY(WineDesktop::visibleWindow(QStringLiteral("Screenshot Saved"), kTimeoutMs));
     QFile library(program.dataFolder().filePath(QStringLiteral("file_data.json")));
     QVERIFY(library.open(QIODevice::ReadOnly));
     QVERIFY2(library.readAll().contains(QFileInfo(path).fileName().toUtf8()), "the library does not have it");
-    ProgramUnderTest::pressKey(QStringLiteral("Return"));
 }
 
 void TestWindowsCapture::aDraggedRegionIsShotAsItIsOrWithAStroke_data()
@@ -208,17 +191,13 @@ void TestWindowsCapture::aDraggedRegionIsShotAsItIsOrWithAStroke()
     WindowsProgram program;
     const QDir shots = keepShotsIn(program);
     clickTile(program, kRegionTile);
-    QVERIFY(waitForWindow(QGuiApplication::primaryScreen()->size()));
-    QVERIFY(dragSlowly(kTarget.topLeft(), kTarget.bottomRight()));
-    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot")));
-    const auto bar = windowsuser::awaitWindow([](const WindowsWindow& window) {
-        return window.program == QLatin1String("kestrano.exe") && window.place.height() == kShotBarHeight;
-    });
+    QVERIFY(dragRegion());
+    const auto bar = windowsuser::awaitScreenshotBar();
     QVERIFY(bar);
     const QPoint stroke(kTarget.center() - QPoint(0, 70));
     if (draws) {
         QVERIFY(windowsuser::click(*bar, kPenButton));
-        QVERIFY(dragSlowly(stroke - QPoint(60, 0), stroke + QPoint(60, 0)));
+        QVERIFY(windowsuser::drag(stroke - QPoint(60, 0), stroke + QPoint(60, 0)));
         QVERIFY(windowsuser::click(*bar, kSaveButton));
     } else {
         // The keyboard works though the bar was pressed last.
@@ -244,11 +223,9 @@ void TestWindowsCapture::aPickedWindowIsShotAndNothingElse()
     const QDir shots = keepShotsIn(program);
     clickTile(program, kWindowTile);
     QVERIFY(bringTargetToFront());
-    QTest::qWait(kReadyMs);
-    QVERIFY(pointTo(kTarget.topLeft() + QPoint(10, 10)) && pointTo(kButton.center()));
-    QVERIFY(waitForWindow(kButton.size()));
+    QVERIFY(pointAtButton());
     QVERIFY(xdotool({"click", "1"}));
-    QVERIFY(windowsuser::awaitReady(QStringLiteral("Screenshot")));
+    QVERIFY(windowsuser::awaitScreenshotBar());
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
 
     const QImage picture(awaitShot(shots));
@@ -259,11 +236,25 @@ void TestWindowsCapture::aPickedWindowIsShotAndNothingElse()
 
 bool TestWindowsCapture::bringTargetToFront()
 {
-    const QList<WindowsWindow> windows = WineDesktop::windows();
-    for (const WindowsWindow& window : windows)
-        if (window.title == QLatin1String("Target"))
-            return WineDesktop::probe({QStringLiteral("front"), QString::number(window.handle)});
-    return false;
+    const auto target =
+        windowsuser::awaitWindow([](const WindowsWindow& window) { return window.title == QLatin1String("Target"); });
+    return target && windowsuser::bringToFront(*target) && windowsuser::awaitFront(target->handle);
+}
+
+std::optional<WindowsWindow> TestWindowsCapture::pointAtButton()
+{
+    QElapsedTimer waited;
+    waited.start();
+    do {
+        // The program may not have been looking yet.
+        if (!WineDesktop::pointTo(kTarget.topLeft() + QPoint(10, 10)) || !WineDesktop::pointTo(kButton.center()))
+            return std::nullopt;
+        const auto frame = WineDesktop::visibleWindow(QString(), kTimeoutMs);
+        if (frame && frame->place.size() == kButton.size())
+            return frame;
+        QTest::qWait(kPollMs);
+    } while (!waited.hasExpired(kTimeoutMs));
+    return std::nullopt;
 }
 
 void TestWindowsCapture::theHookFramesTheDeepestWindowAndSwallowsNoClick()
@@ -272,11 +263,9 @@ void TestWindowsCapture::theHookFramesTheDeepestWindowAndSwallowsNoClick()
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     QVERIFY(bringTargetToFront());
     ProgramUnderTest::pressKey(QStringLiteral("ctrl+shift+h"));
-    QTest::qWait(kReadyMs);
-    QVERIFY(pointTo(kTarget.topLeft() + QPoint(10, 10)) && pointTo(kButton.center()));
-    QVERIFY(waitForWindow(kButton.size()));
-    const auto frame = WineDesktop::visibleWindow(QString(), kTimeoutMs);
+    const auto frame = pointAtButton();
     QVERIFY(frame);
+    QCOMPARE(WineDesktop::visibleWindow(QString(), kTimeoutMs)->handle, frame->handle);
     QCOMPARE(frame->place, kButton);
     QVERIFY(frame->isTopmost);
 

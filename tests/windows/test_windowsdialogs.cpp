@@ -11,8 +11,6 @@ namespace {
 
 /// Starting and ending one takes longer on a busy machine.
 constexpr int kRecordingTimeoutMs = 60'000;
-/// Long enough for a key that does work to have done so.
-constexpr int kNothingHappensMs = 2000;
 /// A place in the main window, left of and below every dialog.
 constexpr QPoint kEmptyPlace(76, 420);
 
@@ -44,7 +42,7 @@ bool pressSave(const WindowsWindow& /*window*/)
 
 QString stored(const char* key)
 {
-    return WindowsProgram::storedSetting(QLatin1String(key));
+    return WindowsProgram::storedSettings().value(QLatin1String(key));
 }
 
 } // namespace
@@ -71,10 +69,8 @@ private slots:
 
     void savedSettingsAreStoredAndInForceAtOnce();
     void settingsThatAreNotSavedAreNotStored();
-    void aboutWindowStaysInFrontOfTheMainWindow();
-    void updateCheckWithoutANetworkIsToldInItsWindow();
-    void dialogClosesInEveryWayAndTheProgramStays_data();
-    void dialogClosesInEveryWayAndTheProgramStays();
+    void aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryWay();
+    void updateCheckWithoutANetworkIsToldInItsWindowWhichClosesInEveryWay();
     void closeButtonOfTheMainWindowEndsTheProgramWithZero();
 
 private:
@@ -82,7 +78,7 @@ private:
 
     /// Opens the main menu and presses the keys that choose an entry. The window that this opens.
     std::optional<WindowsWindow> choose(const QStringList& keys, const QString& title) const;
-    /// Whether the dialog goes and leaves the main window in front.
+    /// Whether the dialog goes and leaves the main window in front, with the program running.
     bool closes(const WindowsWindow& window, WayToClose close) const;
 
     WineDesktop m_desktop;
@@ -125,25 +121,23 @@ void TestWindowsDialogs::savedSettingsAreStoredAndInForceAtOnce()
     QCOMPARE(stored("screenshot/format"), QStringLiteral("JPG"));
     QCOMPARE(stored("recording/format"), QStringLiteral("MP4"));
 
-    // A key that works would minimise the window and count down.
-    press({"F9"});
-    QTest::qWait(kNothingHappensMs);
-    QVERIFY(awaitReady(m_main.title, 0));
+    // The first key would minimise the window and count down, and the second one then take no screenshot.
+    press({"F9", "F10"});
+    QVERIFY(awaitScreenshotBar());
+    press({"Return"});
+    QVERIFY(awaitReady(QStringLiteral("Screenshot Saved")));
+    QCOMPARE(shots().entryList({"Screenshot_*.jpg"}, QDir::Files).size(), 1);
+    press({"Return"});
+    QVERIFY(awaitGone(QStringLiteral("Screenshot Saved")) && awaitReady(m_main.title));
     QCOMPARE(visibleWindows(), 1);
+    QVERIFY2(!m_program->transcript().contains(QLatin1String("Recording started...")),
+             qPrintable(m_program->transcript()));
     press({"F8"});
     QVERIFY(m_program->waitForMessage(QStringLiteral("Recording started..."), kRecordingTimeoutMs));
     press({"F8"});
     QVERIFY(m_program->waitForMessage(QStringLiteral("Recording stopped... 0"), kRecordingTimeoutMs));
     QVERIFY(awaitReady(m_main.title));
     QCOMPARE(QDir(m_program->saveFolder()).entryList({"*.mp4"}, QDir::Files).size(), 1);
-
-    press({"F10"});
-    QVERIFY(awaitReady(QStringLiteral("Screenshot")));
-    press({"Return"});
-    QVERIFY(awaitReady(QStringLiteral("Screenshot Saved")));
-    QCOMPARE(shots().entryList({"Screenshot_*.jpg"}, QDir::Files).size(), 1);
-    press({"Return"});
-    QVERIFY(awaitGone(QStringLiteral("Screenshot Saved")));
 }
 
 void TestWindowsDialogs::settingsThatAreNotSavedAreNotStored()
@@ -159,53 +153,45 @@ void TestWindowsDialogs::settingsThatAreNotSavedAreNotStored()
     }
 }
 
-void TestWindowsDialogs::aboutWindowStaysInFrontOfTheMainWindow()
+void TestWindowsDialogs::aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryWay()
 {
-    const auto window = choose({"Up", "Return"}, QStringLiteral("About"));
+    const QStringList entry{"Up", "Return"};
+    const auto title = QStringLiteral("About");
+    auto window = choose(entry, title);
     QVERIFY(window);
     const QPoint off = window->place.center() - m_main.place.center();
     QVERIFY2(off.manhattanLength() <= 2, qPrintable(QStringLiteral("%1 %2").arg(off.x()).arg(off.y())));
     QVERIFY(click(m_main, kEmptyPlace) && click(m_main, kSettingsButton));
-    QTest::qWait(kNothingHappensMs);
+    // The recording's hotkey as well: the dialog would be recorded.
+    press({"F9"});
     QVERIFY(awaitReady(window->title));
     const auto front = WineDesktop::visibleWindow(QString(), kTimeoutMs);
     QVERIFY(front);
     QCOMPARE(front->handle, window->handle);
     QCOMPARE(visibleWindows(), 2);
-    // The recording's hotkey as well: the dialog would be recorded.
-    press({"F9"});
-    QTest::qWait(kNothingHappensMs);
-    QCOMPARE(visibleWindows(), 2);
-    QVERIFY(closes(*window, pressEscape));
+    // This click comes after all that, finds the window still before the main window, and leaves no other one.
+    QVERIFY(closes(*window, clickCloseButton));
+    for (const WayToClose close : {pressEscape, closeBySystem}) {
+        window = choose(entry, title);
+        QVERIFY(window && closes(*window, close));
+    }
 }
 
-void TestWindowsDialogs::updateCheckWithoutANetworkIsToldInItsWindow()
+void TestWindowsDialogs::updateCheckWithoutANetworkIsToldInItsWindowWhichClosesInEveryWay()
 {
-    const auto window = choose({"Down", "Down", "Down", "Return"}, QStringLiteral("Upgrade"));
+    const QStringList entry{"Down", "Down", "Down", "Return"};
+    const auto title = QStringLiteral("Upgrade");
+    auto window = choose(entry, title);
     QVERIFY(window);
     QVERIFY2(m_program->waitForMessage(QStringLiteral("Network error: "), kRecordingTimeoutMs),
              qPrintable(m_program->transcript()));
-    // There is no other box: the window says it.
-    QTest::qWait(kNothingHappensMs);
+    // There is no other box, which would take the click: the window says it.
     QVERIFY(awaitReady(window->title));
     QCOMPARE(visibleWindows(), 2);
     QVERIFY(closes(*window, clickCloseButton));
-}
-
-void TestWindowsDialogs::dialogClosesInEveryWayAndTheProgramStays_data()
-{
-    QTest::addColumn<QStringList>("entry");
-    QTest::newRow("About") << QStringList{"Up", "Return"};
-    QTest::newRow("Upgrade") << QStringList{"Down", "Down", "Down", "Return"};
-}
-
-void TestWindowsDialogs::dialogClosesInEveryWayAndTheProgramStays()
-{
-    QFETCH(const QStringList, entry);
-    for (const WayToClose close : {pressEscape, clickCloseButton, closeBySystem}) {
-        const auto window = choose(entry, QLatin1String(QTest::currentDataTag()));
-        QVERIFY(window);
-        QVERIFY(closes(*window, close));
+    for (const WayToClose close : {pressEscape, closeBySystem}) {
+        window = choose(entry, title);
+        QVERIFY(window && closes(*window, close));
     }
 }
 

@@ -35,7 +35,7 @@ private slots:
 
     void aRecordingHoldsTheScreenAndTheMicrophone()
     {
-        constexpr int kRecordMs = 3000;
+        constexpr int kRecordMs = 2000;
         QFETCH(int, index);
         const formatjudge::Expected& expected = formatjudge::kFormats.at(static_cast<size_t>(index));
         WindowsProgram program;

@@ -14,8 +14,9 @@ using namespace windowsuser;
 
 namespace {
 
-/// A place in the main window.
+// Places in the main window.
 constexpr QPoint kDeleteSelected(731, 433);
+constexpr QPoint kEmptyPlace(76, 420);
 
 /// Across a row of the list, from the left edge of the main window.
 enum Column
@@ -61,7 +62,8 @@ private:
     void startWithFiles(const QStringList& names, const QStringList& gone = {});
     /// The names in the list as it is stored.
     QStringList listed() const;
-    bool clickMain(const QPoint& place) const { return click(m_main, place); }
+    /// Clicks elsewhere first: a second click at the same place would make it a double one.
+    bool clickMain(const QPoint& place) const { return click(m_main, kEmptyPlace) && click(m_main, place); }
     /// Answers the box that asks before a deletion. Whether it came and went.
     static bool answerBox(const QStringList& keys);
 
@@ -155,7 +157,7 @@ void TestWindowsLibrary::selectedFilesAreDeletedFromDiskTogether()
     const QStringList all{"a.mp4", "b.mp4", "c.mp4"};
     startWithFiles(all);
     QVERIFY(clickMain(rowPlace(0, Name)) && xdotool({"keydown", "ctrl"}));
-    const bool selected = clickMain(rowPlace(2, Name));
+    const bool selected = click(m_main, rowPlace(2, Name));
     QVERIFY(xdotool({"keyup", "ctrl"}) && selected);
     QVERIFY(clickMain(kDeleteSelected));
     QVERIFY(answerBox(kCheckAndCancel));

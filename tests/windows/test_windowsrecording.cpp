@@ -1,7 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testrun.h"
-#include "tests/windows/windowsprogram.h"
+#include "tests/windows/windowsuser.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -13,10 +13,8 @@
 
 namespace {
 
-constexpr int kTimeoutMs = 20'000;
-/// A window that is there is not yet ready for the pointer.
-constexpr int kReadyMs = 500;
-constexpr int kSpanMs = 2000;
+constexpr int kPollMs = 50;
+constexpr int kSpanMs = 1500;
 constexpr double kNsPerSecond = 1e9;
 /// The button that pauses, in the floating bar.
 constexpr QPoint kPauseButton(60, 20);
@@ -24,10 +22,7 @@ constexpr QPoint kPauseButton(60, 20);
 constexpr QPoint kElsewhere(480, 400);
 const auto kBarTitle = QStringLiteral("Recording Toolbar");
 
-QString number(int64_t value)
-{
-    return QString::number(value);
-}
+using windowsuser::kTimeoutMs;
 
 /// Calls the floating bar with the pointer and presses its button that pauses, until the program answers: the bar may
 /// have gone again before a slow desktop brought it the click. The moment of the answer.
@@ -38,13 +33,11 @@ std::optional<int64_t> pressPause(ProgramUnderTest& program, const QString& answ
     QElapsedTimer waited;
     waited.start();
     while (!waited.hasExpired(kTimeoutMs)) {
-        if (!pointTo({kElsewhere.x(), 0}))
+        if (!WineDesktop::pointTo({kElsewhere.x(), 0}))
             return std::nullopt;
-        const auto bar = WineDesktop::visibleWindow(kBarTitle, kTimeoutMs);
-        if (!bar || !pointTo(bar->place.topLeft() + kPauseButton))
-            return std::nullopt;
-        QTest::qWait(kReadyMs);
-        if (!xdotool({"click", "1"}))
+        const auto bar =
+            windowsuser::awaitWindow([](const WindowsWindow& window) { return window.title == kBarTitle; });
+        if (!bar || !windowsuser::click(*bar, kPauseButton))
             return std::nullopt;
         if (const auto line = program.waitForMessage(answer, kAnswerMs, from))
             return line->monotonicNs;
@@ -73,8 +66,6 @@ private slots:
 private:
     /// Puts another program's window in front; its handle, 0 when it is not there.
     static int64_t bringAnotherToFront();
-    /// Whether the window is the one with the keyboard, or gets to be it in time.
-    static bool isInFront(int64_t handle, int timeoutMs);
     static QString waitForBar(bool shown, int alpha);
 
     WineDesktop m_desktop;
@@ -116,12 +107,12 @@ void TestWindowsRecording::theBarFadesByTheAlphaOfItsLayer()
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     Take take = beginTake(program, QStringLiteral("mp4"));
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
-    QVERIFY(pointTo({kElsewhere.x(), 0}));
+    QVERIFY(WineDesktop::pointTo({kElsewhere.x(), 0}));
     QVERIFY(WineDesktop::visibleWindow(kBarTitle, kTimeoutMs));
     for (int fade = 0; fade < 2; ++fade) {
-        QVERIFY(pointTo(kElsewhere));
+        QVERIFY(WineDesktop::pointTo(kElsewhere));
         QCOMPARE(waitForBar(false, 0), QString());
-        QVERIFY(pointTo({kElsewhere.x(), 0}));
+        QVERIFY(WineDesktop::pointTo({kElsewhere.x(), 0}));
         QCOMPARE(waitForBar(true, kHighestAlpha), QString());
     }
     const auto bar = WineDesktop::visibleWindow(kBarTitle, kTimeoutMs);
@@ -147,6 +138,7 @@ QString TestWindowsRecording::waitForBar(bool shown, int alpha)
                            .arg(window.layer ? window.layer->alpha : -1);
         if (last == QStringLiteral("visible %1, alpha %2").arg(shown).arg(alpha))
             return {};
+        QTest::qWait(kPollMs);
     } while (!waited.hasExpired(kTimeoutMs));
     return last;
 }
@@ -156,22 +148,8 @@ int64_t TestWindowsRecording::bringAnotherToFront()
     const QList<WindowsWindow> windows = WineDesktop::windows();
     for (const WindowsWindow& window : windows)
         if (window.title == QLatin1String("Target"))
-            return WineDesktop::probe({QStringLiteral("front"), number(window.handle)}) ? window.handle : 0;
+            return windowsuser::bringToFront(window) ? window.handle : 0;
     return 0;
-}
-
-bool TestWindowsRecording::isInFront(int64_t handle, int timeoutMs)
-{
-    QElapsedTimer waited;
-    waited.start();
-    do {
-        const QList<WindowsWindow> windows = WineDesktop::windows();
-        if (std::any_of(windows.begin(), windows.end(), [handle](const WindowsWindow& window) {
-                return window.handle == handle && window.isForeground;
-            }))
-            return true;
-    } while (!waited.hasExpired(timeoutMs));
-    return false;
 }
 
 void TestWindowsRecording::theHeldWindowTakesNoFocusFromAnother()
@@ -187,19 +165,20 @@ void TestWindowsRecording::theHeldWindowTakesNoFocusFromAnother()
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
     const auto held = WindowsProgram::mainWindowAsWindowsKnowsIt(true, kTimeoutMs);
     QVERIFY(held);
+    const QStringList placeBeforeOthers{QStringLiteral("place"), QString::number(held->handle)};
     const int64_t another = bringAnotherToFront();
-    QVERIFY(isInFront(another, kTimeoutMs));
-    QVERIFY(WineDesktop::probe({QStringLiteral("place"), number(held->handle)}));
-    QTest::qWait(kReadyMs);
-    QVERIFY(isInFront(another, 0));
+    QVERIFY(windowsuser::awaitFront(another));
+    // The window has refused, or not, by the time of the answer.
+    QVERIFY(WineDesktop::tell(placeBeforeOthers));
+    QVERIFY(windowsuser::isInFront(another));
     endTake(program, take);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
     // Afterwards the same request is obeyed.
     QVERIFY(bringAnotherToFront() == another);
-    QVERIFY(isInFront(another, kTimeoutMs));
-    QVERIFY(WineDesktop::probe({QStringLiteral("place"), number(held->handle)}));
-    QVERIFY(isInFront(held->handle, kTimeoutMs));
+    QVERIFY(windowsuser::awaitFront(another));
+    QVERIFY(WineDesktop::tell(placeBeforeOthers));
+    QVERIFY(windowsuser::awaitFront(held->handle));
     other.kill();
     other.waitForFinished();
 }

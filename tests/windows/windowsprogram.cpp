@@ -12,26 +12,14 @@
 namespace {
 
 constexpr int kStartTimeoutMs = 60'000;
+constexpr int kPollMs = 50;
 constexpr int64_t kNsPerMs = 1'000'000;
-const auto kKey = QStringLiteral("HKEY_CURRENT_USER\\Software\\Tolvaran\\Kestrano");
-const auto kFolders =
-    QStringLiteral("HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders");
+const auto kKey = QStringLiteral("Software\\Tolvaran\\Kestrano");
+const auto kFolders = QStringLiteral("Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders");
 
-QString quoted(const QString& text)
+bool store(const QString& key, const QString& name, const QString& value)
 {
-    QString escaped = text;
-    escaped.replace(QLatin1Char('\\'), QLatin1String("\\\\")).replace(QLatin1Char('"'), QLatin1String("\\\""));
-    return QLatin1Char('"') + escaped + QLatin1Char('"');
-}
-
-QString line(const QString& name, const QString& value)
-{
-    return quoted(name) + QLatin1Char('=') + quoted(value) + QLatin1Char('\n');
-}
-
-QString section(const QString& key)
-{
-    return QLatin1Char('[') + key + QLatin1String("]\n");
+    return WineDesktop::tell({QStringLiteral("store"), key, name, value});
 }
 
 } // namespace
@@ -56,18 +44,20 @@ QDir WindowsProgram::dataFolder() const
 
 bool WindowsProgram::writeSettings()
 {
-    QString text = section(QLatin1Char('-') + kKey) + section(kFolders);
+    bool done = WineDesktop::tell({QStringLiteral("forget"), kKey});
     for (const auto& [name, folder] : {std::pair{"AppData", "AppData/Roaming"},
                                        {"Local AppData", "AppData/Local"},
                                        {"My Video", "Films"},
                                        {"My Pictures", "Pictures"}}) {
         userFolder().mkpath(QLatin1String(folder));
-        text += line(QLatin1String(name), WineDesktop::windowsPath(QDir::cleanPath(userFolder().filePath(folder))));
+        const QString path = QDir::cleanPath(userFolder().filePath(QLatin1String(folder)));
+        done = store(kFolders, QLatin1String(name), WineDesktop::windowsPath(path)) && done;
     }
     for (auto setting = settings().cbegin(); setting != settings().cend(); ++setting)
-        text += section(kKey + QLatin1Char('\\') + setting.key().section(QLatin1Char('/'), 0, 0)) +
-                line(setting.key().section(QLatin1Char('/'), 1), setting.value().toString());
-    return WineDesktop::importRegistry(text);
+        done = store(kKey + QLatin1Char('\\') + setting.key().section(QLatin1Char('/'), 0, 0),
+                     setting.key().section(QLatin1Char('/'), 1), setting.value().toString()) &&
+               done;
+    return done;
 }
 
 QStringList WindowsProgram::command() const
@@ -115,12 +105,9 @@ QList<x11clients::Window> WindowsProgram::windows()
     return windows;
 }
 
-QString WindowsProgram::storedSetting(const QString& key)
+QMap<QString, QString> WindowsProgram::storedSettings()
 {
-    const QString text = WineDesktop::exportRegistry(kKey + QLatin1Char('\\') + key.section(QLatin1Char('/'), 0, 0));
-    const QString begin = QLatin1Char('\n') + quoted(key.section(QLatin1Char('/'), 1)) + QLatin1String("=\"");
-    const qsizetype at = text.indexOf(begin);
-    return at < 0 ? QString() : text.mid(at + begin.size()).section(QLatin1Char('"'), 0, 0);
+    return WineDesktop::stored(kKey);
 }
 
 std::optional<WindowsWindow> WindowsProgram::mainWindowAsWindowsKnowsIt(bool minimised, int timeoutMs)
@@ -131,6 +118,7 @@ std::optional<WindowsWindow> WindowsProgram::mainWindowAsWindowsKnowsIt(bool min
         auto window = WineDesktop::visibleWindow(QStringLiteral("Kestrano"), timeoutMs);
         if (window && window->isMinimised == minimised)
             return window;
+        QTest::qWait(kPollMs);
     } while (!waited.hasExpired(timeoutMs));
     return std::nullopt;
 }
@@ -141,8 +129,8 @@ void WindowsProgram::askToEnd()
     const QList<WindowsWindow> all = WineDesktop::windows();
     for (const WindowsWindow& window : all)
         if (window.program == QLatin1String("kestrano.exe") && window.title == QLatin1String("Kestrano"))
-            WineDesktop::probe({QStringLiteral("post"), QString::number(window.handle), QString::number(kCloseMessage),
-                                QStringLiteral("0"), QStringLiteral("0")});
+            WineDesktop::tell({QStringLiteral("post"), QString::number(window.handle), QString::number(kCloseMessage),
+                               QStringLiteral("0"), QStringLiteral("0")});
 }
 
 WindowsPerformance::~WindowsPerformance()

@@ -18,8 +18,8 @@ public:
     /// The folder where the user's folders lie.
     QDir userFolder() const { return QDir(profile().filePath(m_profileName)); }
 
-    /// A value of the registry as it is now ("hotkeys/recording").
-    static QString storedSetting(const QString& key);
+    /// What the registry has of the program now, by keys ("hotkeys/recording").
+    static QMap<QString, QString> storedSettings();
 
     /// The main window as Windows knows it.
     static std::optional<WindowsWindow> mainWindowAsWindowsKnowsIt(bool minimised, int timeoutMs);

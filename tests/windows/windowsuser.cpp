@@ -11,12 +11,7 @@ namespace windowsuser {
 
 namespace {
 
-constexpr int kPollMs = 100;
-constexpr int kKeyMs = 80;
-/// Wine hears of the pointer later than of the button.
-constexpr int kPointerMs = 500;
-/// A window that is there is not yet ready for the pointer.
-constexpr int kReadyMs = 500;
+constexpr int kPollMs = 50;
 
 bool isOfProgram(const WindowsWindow& window)
 {
@@ -30,32 +25,40 @@ std::optional<WindowsWindow> startInFront(WindowsProgram& program)
     if (!program.startAndWaitUntilReady())
         return std::nullopt;
     const auto window = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kTimeoutMs);
-    if (!window || !WineDesktop::probe({QStringLiteral("front"), QString::number(window->handle)}))
+    if (!window || !bringToFront(*window))
         return std::nullopt;
     return awaitReady(window->title);
 }
 
+bool bringToFront(const WindowsWindow& window)
+{
+    return WineDesktop::tell({QStringLiteral("front"), QString::number(window.handle)});
+}
+
 void press(const QStringList& keys)
 {
-    for (const QString& key : keys) {
-        ProgramUnderTest::pressKey(key);
-        QTest::qWait(kKeyMs);
-    }
+    xdotool(QStringList{QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("40")} + keys);
 }
 
 bool click(const WindowsWindow& window, const QPoint& place)
 {
-    const bool pointed = pointTo(window.place.topLeft() + place);
-    QTest::qWait(kPointerMs);
-    return xdotool({"click", "1"}) && pointed;
+    return WineDesktop::pointTo(window.place.topLeft() + place) && xdotool({"click", "1"});
+}
+
+bool drag(const QPoint& from, const QPoint& to)
+{
+    bool done = WineDesktop::pointTo(from) && xdotool({"mousedown", "1"});
+    for (const QPoint& place : {(from + to) / 2, to})
+        done = WineDesktop::pointTo(place) && done;
+    return xdotool({"mouseup", "1"}) && done;
 }
 
 bool closeBySystem(const WindowsWindow& window)
 {
     constexpr int kSystemCommand = 0x0112;
     constexpr int kClose = 0xF060;
-    return WineDesktop::probe({QStringLiteral("post"), QString::number(window.handle), QString::number(kSystemCommand),
-                               QString::number(kClose), QStringLiteral("0")});
+    return WineDesktop::tell({QStringLiteral("post"), QString::number(window.handle), QString::number(kSystemCommand),
+                              QString::number(kClose), QStringLiteral("0")});
 }
 
 std::optional<WindowsWindow> awaitWindow(const std::function<bool(const WindowsWindow&)>& isIt)
@@ -65,7 +68,7 @@ std::optional<WindowsWindow> awaitWindow(const std::function<bool(const WindowsW
     do {
         const QList<WindowsWindow> windows = WineDesktop::windows();
         const auto found = std::find_if(windows.begin(), windows.end(), [&isIt](const WindowsWindow& window) {
-            return window.isVisible && isIt(window);
+            return window.isVisible && isIt(window) && WineDesktop::isShown(window.place);
         });
         if (found != windows.end())
             return *found;
@@ -80,13 +83,32 @@ std::optional<WindowsWindow> awaitReady(const QString& title, int timeoutMs)
     waited.start();
     do {
         auto window = WineDesktop::visibleWindow(title, timeoutMs);
-        if (window && window->isForeground) {
-            QTest::qWait(kReadyMs);
+        if (window && window->isForeground && WineDesktop::isShown(window->place))
             return window;
-        }
         QTest::qWait(kPollMs);
     } while (!waited.hasExpired(timeoutMs));
     return std::nullopt;
+}
+
+std::optional<WindowsWindow> awaitScreenshotBar()
+{
+    constexpr int kHeight = 30;
+    const auto bar = awaitWindow(
+        [](const WindowsWindow& window) { return isOfProgram(window) && window.place.height() == kHeight; });
+    return bar && awaitReady(QStringLiteral("Screenshot")) ? bar : std::nullopt;
+}
+
+bool isInFront(int64_t handle)
+{
+    const QList<WindowsWindow> windows = WineDesktop::windows();
+    return std::any_of(windows.begin(), windows.end(), [handle](const WindowsWindow& window) {
+        return window.handle == handle && window.isForeground;
+    });
+}
+
+bool awaitFront(int64_t handle)
+{
+    return QTest::qWaitFor([handle] { return isInFront(handle); }, kTimeoutMs);
 }
 
 bool awaitGone(const QString& title)

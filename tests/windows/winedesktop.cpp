@@ -1,6 +1,7 @@
 #include "tests/windows/winedesktop.h"
 
-#include <QDir>
+#include "tests/recording/recordinghelpers.h"
+
 #include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
@@ -12,23 +13,29 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <xcb/xcb.h>
+
+#include <cstdlib>
 #include <ctime>
+#include <memory>
 
 namespace {
 
 constexpr int kToolTimeoutMs = 30'000;
 constexpr int kStartTimeoutMs = 60'000;
-constexpr int kPollMs = 100;
+constexpr int kPollMs = 50;
 
-bool runWine(const QStringList& arguments, QByteArray* output = nullptr)
+/// That of the desktop that there is.
+QProcess* currentProbe = nullptr;
+
+template <typename T>
+struct Free
 {
-    QProcess process;
-    process.start(QStringLiteral("wine"), arguments);
-    const bool ended = process.waitForFinished(kToolTimeoutMs);
-    if (output != nullptr)
-        *output = process.readAllStandardOutput();
-    return ended && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
+    void operator()(T* pointer) const { std::free(pointer); }
+};
+
+template <typename T>
+using Reply = std::unique_ptr<T, Free<T>>;
 
 int64_t nanoseconds(clockid_t clock)
 {
@@ -72,13 +79,57 @@ QString desktopSettings(const QSize& size)
         .arg(size.height());
 }
 
+/// Before the desktop is there: a program that runs already would make one of another size.
+bool storeDesktopSettings(const QSize& size)
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("settings.reg")));
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    QStringEncoder encoder(QStringEncoder::Utf16LE, QStringEncoder::Flag::WriteBom);
+    const QByteArray bytes = encoder(QLatin1String("Windows Registry Editor Version 5.00\n\n") + desktopSettings(size));
+    file.write(bytes);
+    file.close();
+    QProcess regedit;
+    regedit.start(QStringLiteral("wine"),
+                  {QStringLiteral("regedit"), QStringLiteral("/S"), WineDesktop::windowsPath(file.fileName())});
+    return regedit.waitForFinished(kToolTimeoutMs) && regedit.exitStatus() == QProcess::NormalExit &&
+           regedit.exitCode() == 0;
+}
+
+/// Whether the window or one in it is there to be seen at that place, from the parent's top left corner.
+bool isShownIn(xcb_connection_t* connection, xcb_window_t parent, const QRect& place)
+{
+    const Reply<xcb_query_tree_reply_t> tree(
+        xcb_query_tree_reply(connection, xcb_query_tree(connection, parent), nullptr));
+    if (!tree)
+        return false;
+    const xcb_window_t* const children = xcb_query_tree_children(tree.get());
+    for (int index = 0; index < xcb_query_tree_children_length(tree.get()); ++index) {
+        const xcb_window_t child = children[index];
+        const Reply<xcb_get_geometry_reply_t> is(
+            xcb_get_geometry_reply(connection, xcb_get_geometry(connection, child), nullptr));
+        const Reply<xcb_get_window_attributes_reply_t> attributes(
+            xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, child), nullptr));
+        if (!is || !attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE)
+            continue;
+        if (QRect(is->x, is->y, is->width, is->height) == place ||
+            isShownIn(connection, child, place.translated(-is->x, -is->y)))
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 WineDesktop::~WineDesktop()
 {
+    currentProbe = nullptr;
     QProcess::execute(QStringLiteral("wineserver"), {QStringLiteral("-k")});
-    m_explorer.kill();
-    m_explorer.waitForFinished();
+    for (QProcess* process : {&m_probe, &m_explorer}) {
+        process->kill();
+        process->waitForFinished();
+    }
     QProcess::execute(QStringLiteral("wineserver"), {QStringLiteral("-w")});
 }
 
@@ -88,7 +139,7 @@ QString WineDesktop::begin()
         if (!qEnvironmentVariableIsSet(variable))
             return QLatin1String(variable) + QLatin1String(" is not set: tools/test-windows runs this test");
     const QSize size = QGuiApplication::primaryScreen()->size();
-    if (!importRegistry(desktopSettings(size)))
+    if (!storeDesktopSettings(size))
         return QStringLiteral("Wine's registry cannot be written");
     m_explorer.start(
         QStringLiteral("wine"),
@@ -101,7 +152,11 @@ QString WineDesktop::begin()
         QProcess::execute(QStringLiteral("xdotool"), {"search", "--onlyvisible", "--name", "kestrano - Wine desktop"}))
         if (waited.hasExpired(kStartTimeoutMs))
             return QStringLiteral("there is no Wine desktop");
-    return {};
+    m_probe.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    const QString failure = launch(m_probe, QStringLiteral("kestrano_test_windowprobe"), {QStringLiteral("answer")});
+    if (failure.isEmpty())
+        currentProbe = &m_probe;
+    return failure;
 }
 
 QString WineDesktop::windowsPath(const QString& path)
@@ -134,42 +189,23 @@ QString WineDesktop::launch(QProcess& process, const QString& name, const QStrin
     return process.readLine().startsWith("READY") ? QString() : name + QLatin1String(" is not ready");
 }
 
-bool WineDesktop::importRegistry(const QString& lines)
+std::optional<QJsonValue> WineDesktop::ask(const QStringList& question)
 {
-    const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("settings.reg")));
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    QStringEncoder encoder(QStringEncoder::Utf16LE, QStringEncoder::Flag::WriteBom);
-    const QByteArray bytes = encoder(QLatin1String("Windows Registry Editor Version 5.00\n\n") + lines);
-    file.write(bytes);
-    file.close();
-    return runWine({QStringLiteral("regedit"), QStringLiteral("/S"), windowsPath(file.fileName())});
-}
-
-QString WineDesktop::exportRegistry(const QString& key)
-{
-    const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("settings.reg")));
-    if (!runWine({QStringLiteral("reg"), QStringLiteral("export"), key, windowsPath(file.fileName()),
-                  QStringLiteral("/y")}) ||
-        !file.open(QIODevice::ReadOnly))
-        return {};
-    QStringDecoder decoder(QStringDecoder::Utf16LE);
-    return QString(decoder(file.readAll())).remove(QLatin1Char('\r'));
-}
-
-bool WineDesktop::probe(const QStringList& arguments, QByteArray* answer)
-{
-    return runWine(QStringList{tool(QStringLiteral("kestrano_test_windowprobe"))} + arguments, answer);
+    if (currentProbe == nullptr)
+        return std::nullopt;
+    currentProbe->readAllStandardOutput();
+    currentProbe->write(QJsonDocument(QJsonArray::fromStringList(question)).toJson(QJsonDocument::Compact) + '\n');
+    while (!currentProbe->canReadLine())
+        if (!currentProbe->waitForReadyRead(kToolTimeoutMs))
+            return std::nullopt;
+    const QJsonArray answer = QJsonDocument::fromJson(currentProbe->readLine()).array();
+    return answer.isEmpty() ? std::nullopt : std::optional(answer.first());
 }
 
 QList<WindowsWindow> WineDesktop::windows()
 {
-    QByteArray answer;
-    probe({QStringLiteral("windows")}, &answer);
     QList<WindowsWindow> windows;
-    const QJsonArray array = QJsonDocument::fromJson(answer).array();
+    const QJsonArray array = ask({QStringLiteral("windows")}).value_or(QJsonValue()).toArray();
     for (const auto& window : array)
         windows.append(windowFrom(window.toObject()));
     return windows;
@@ -188,6 +224,47 @@ std::optional<WindowsWindow> WineDesktop::visibleWindow(const QString& title, in
         QTest::qWait(kPollMs);
     } while (!waited.hasExpired(timeoutMs));
     return std::nullopt;
+}
+
+bool WineDesktop::isShown(const QRect& place)
+{
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(xcb_connect(nullptr, nullptr),
+                                                                                  &xcb_disconnect);
+    if (xcb_connection_has_error(connection.get()) != 0)
+        return false;
+    const xcb_screen_t* const screen = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data;
+    return isShownIn(connection.get(), screen->root, place);
+}
+
+bool WineDesktop::pointTo(const QPoint& place)
+{
+    const auto input = [] { return ask({QStringLiteral("input")}).value_or(QJsonValue()).toObject(); };
+    const auto isThere = [&place](const QJsonObject& now) {
+        return QPoint(now.value(QLatin1String("x")).toInt(-1), now.value(QLatin1String("y")).toInt(-1)) == place;
+    };
+    const QJsonObject before = input();
+    if (isThere(before))
+        return true;
+    if (!::pointTo(place))
+        return false;
+    QElapsedTimer waited;
+    waited.start();
+    do {
+        const QJsonObject now = input();
+        if (isThere(now) && now.value(QLatin1String("moment")) != before.value(QLatin1String("moment")))
+            return true;
+        QTest::qWait(kPollMs / 5);
+    } while (!waited.hasExpired(kToolTimeoutMs));
+    return false;
+}
+
+QMap<QString, QString> WineDesktop::stored(const QString& key)
+{
+    QMap<QString, QString> values;
+    const QJsonObject object = ask({QStringLiteral("stored"), key}).value_or(QJsonValue()).toObject();
+    for (auto value = object.begin(); value != object.end(); ++value)
+        values.insert(value.key(), value.value().toString());
+    return values;
 }
 
 int64_t WineDesktop::clockAheadNs()

@@ -1,6 +1,9 @@
 #pragma once
 
-#include <QByteArray>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QMap>
+#include <QPoint>
 #include <QProcess>
 #include <QRect>
 #include <QSize>
@@ -33,8 +36,8 @@ struct WindowsWindow
     std::optional<Layer> layer;
 };
 
-/// A Windows desktop that fills the test's X display, made by Wine, with programs that look at it from inside. Keys and
-/// pointer of the display reach it. One at a time.
+/// A Windows desktop that fills the test's X display, made by Wine, with a program that looks at it from inside. Keys
+/// and pointer of the display reach it. One at a time.
 ///
 /// tools/test-windows prepares what it needs and says in the environment where: WINEPREFIX and what goes with it,
 /// KESTRANO_WINDOWS_BUILD (the folder of the Windows build) and KESTRANO_WINDOWS_PROGRAM (the folder of the program,
@@ -61,21 +64,29 @@ public:
     /// Starts a test program that says "READY". Empty on success.
     static QString launch(QProcess& process, const QString& name, const QStringList& arguments);
 
-    /// Puts the lines of a registry file's body into the registry.
-    static bool importRegistry(const QString& lines);
-    /// What the registry has below a key, in the form of a registry file.
-    static QString exportRegistry(const QString& key);
+    /// Asks the probe (kestrano_test_windowprobe says what there is to ask). Nothing when the question failed.
+    static std::optional<QJsonValue> ask(const QStringList& question);
+    /// The same, where the answer has nothing to say.
+    static bool tell(const QStringList& question) { return ask(question).has_value(); }
 
     /// All top-level windows, from the front to the back.
     static QList<WindowsWindow> windows();
     /// The visible window of the program with this title, once there is one; an empty title: any.
     static std::optional<WindowsWindow> visibleWindow(const QString& title, int timeoutMs);
-    /// Runs the probe; whether it succeeded.
-    static bool probe(const QStringList& arguments, QByteArray* answer = nullptr);
+    /// Whether the X display shows a window at that place in its full size. Windows knows of a window before it is
+    /// shown, and until then the pointer goes to what lies below.
+    static bool isShown(const QRect& place);
+    /// Moves the pointer and waits until Windows has heard of it, which it does later than of a button.
+    static bool pointTo(const QPoint& place);
+
+    /// The values at and below a key of the user's registry, by their names with those of the keys before them
+    /// ("general/language"). One that is no text is empty.
+    static QMap<QString, QString> stored(const QString& key);
 
     /// How far the clock of the Windows programs is ahead of CLOCK_MONOTONIC, in nanoseconds.
     static int64_t clockAheadNs();
 
 private:
     QProcess m_explorer;
+    QProcess m_probe;
 };

@@ -4,6 +4,10 @@
 
 kit=$root/build-windows-kit
 
+# What the build for Windows is made for: the unit tests, and the tests that use the program.
+windows_unit_targets=(kestrano_unit_tests)
+windows_program_targets=(kestrano kestrano_test_windowprobe kestrano_test_picture)
+
 find_kit() {
     kit_source=${KESTRANO_WINDOWS_KIT:-$root/../shared/windows-kit/kit.tar.xz}
     [[ -e $kit_source ]] || die "there is no Windows kit at $kit_source
@@ -37,34 +41,30 @@ windows_path() {
     printf 'Z:%s' "$path"
 }
 
-# name_wine_prefix [name]: a Wine of the tests' own; nothing of the user's is read or written.
-name_wine_prefix() {
-    export WINEPREFIX=$root/build-windows/wine/${1:-prefix}
+# ---- Wine ------------------------------------------------------------------------------------------------------------
+
+# All prefixes lie here: the template, which Wine makes once, and the copies in which programs run. Nothing of the user's
+# is read or written.
+wine_folder=$root/build-windows/wine
+
+# How many tests run under Wine at a time, each in a prefix that no other uses meanwhile.
+wine_workers=${KESTRANO_WINE_WORKERS:-$(($(nproc) + 1))}
+
+set_wine_environment() {
     export WINEDEBUG=-all WINEARCH=win64 WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
     WINEPATH="$(windows_path "$kit/qt/bin");$(windows_path "$kit/obs/bin")"
     QT_PLUGIN_PATH=$(windows_path "$kit/qt/plugins")
     export WINEPATH QT_PLUGIN_PATH
 }
 
-# use_wine_prefix [name]: nothing of that Wine keeps running when the command ends.
-use_wine_prefix() {
-    name_wine_prefix "${1:-prefix}"
-    trap end_wine EXIT
-    trap 'exit 130' INT
-    trap 'exit 143' TERM
-}
-
-end_wine() {
-    timeout 20 wineserver -k >/dev/null 2>&1 || true
-    timeout 20 wineserver -w >/dev/null 2>&1 || true
-}
-
-prepare_wine_prefix() {
-    [[ ! -f $WINEPREFIX/prepared ]] || return 0
+make_wine_template() {
+    set_wine_environment
+    [[ ! -f $wine_folder/template/prepared ]] || return 0
+    local log=$wine_folder/template.log
+    export WINEPREFIX=$wine_folder/template
     say "Making a Wine prefix ($WINEPREFIX)"
     rm -rf "$WINEPREFIX"
-    mkdir -p "${WINEPREFIX%/*}"
-    local log=$WINEPREFIX.log
+    mkdir -p "$wine_folder"
     {
         timeout 300 env -u DISPLAY wineboot --init &&
             timeout 60 wine reg add 'HKCU\Software\Wine' /v Version /d win10 /f &&
@@ -76,6 +76,56 @@ prepare_wine_prefix() {
     }
     keep_user_folders
     touch "$WINEPREFIX/prepared"
+}
+
+# use_new_wine_prefix <name>: a copy of the template. What nobody writes to, Windows itself, is the same files.
+use_new_wine_prefix() {
+    [[ -f $wine_folder/template/prepared ]] || die "there is no Wine prefix; tools/test-windows makes it"
+    export WINEPREFIX=$wine_folder/$1
+    end_wine
+    rm -rf "$WINEPREFIX"
+    cp -al "$wine_folder/template" "$WINEPREFIX"
+    cp -a --remove-destination "$wine_folder"/template/*.reg "$WINEPREFIX"
+    rm -rf "$WINEPREFIX/drive_c/users"
+    cp -a "$wine_folder/template/drive_c/users" "$WINEPREFIX/drive_c/users"
+}
+
+# Leaves in WINEPREFIX the folder of a prefix that is this process's until it ends, with all to whom it hands $wine_lock.
+# Whether there is a prefix is for the caller to see.
+take_wine_worker() {
+    local number
+    while true; do
+        for ((number = 1; number <= wine_workers; ++number)); do
+            exec {wine_lock}>"$wine_folder/worker-$number.lock"
+            ! flock -n "$wine_lock" || break 2
+            exec {wine_lock}>&-
+        done
+        sleep 0.2
+    done
+    export WINEPREFIX=$wine_folder/worker-$number
+}
+
+# Nothing of the prefix keeps running.
+end_wine() {
+    [[ -d ${WINEPREFIX:-} ]] || return 0
+    timeout 20 wineserver -k >/dev/null 2>&1 || true
+    timeout 20 wineserver -w >/dev/null 2>&1 || true
+}
+
+# The same for all prefixes, and again when the command ends.
+end_wine_workers() {
+    local folder
+    for folder in "$wine_folder"/*/; do
+        [[ ! -f $folder/system.reg ]] || WINEPREFIX=${folder%/} end_wine
+    done
+}
+
+clear_wine_workers() {
+    trap end_wine_workers EXIT
+    trap 'exit 130' INT
+    trap 'exit 143' TERM
+    end_wine_workers
+    rm -rf "$wine_folder"/worker-*
 }
 
 # Wine makes the folders for documents, videos and the like links into the home of whoever runs it.
