@@ -54,8 +54,6 @@ private slots:
     {
         windowtest::resetSettings();
         makeWindow(kBrief);
-        m_window->move(60, 50);
-        m_window->show();
     }
 
     void cleanup() { m_window.reset(); }
@@ -192,6 +190,8 @@ private:
     {
         m_window.reset();
         m_window = std::make_unique<SCMainWindow>(durations);
+        m_window->move(60, 50);
+        m_window->show();
     }
 
     /// The one that the check waits for.
