@@ -68,3 +68,11 @@ build_preset() {
     configure_preset "$1" "$2"
     build_targets "$@"
 }
+
+# second_tries <log>: the tests that needed a second try: those with a failure and a success in ctest's
+# output.
+second_tries() {
+    awk '/Test +#[0-9]+: / { name = $0; sub(/.*Test +#[0-9]+: /, "", name); sub(/ .*/, "", name)
+             if (/\*\*\*/) failed[name] = 1; else if (/ Passed /) passed[name] = 1 }
+         END { for (name in failed) if (name in passed) print "    " name }' "$1"
+}
