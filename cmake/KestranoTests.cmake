@@ -146,3 +146,15 @@ function(kestrano_write_test_targets)
   get_property(targets GLOBAL PROPERTY KESTRANO_TEST_TARGETS)
   file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/test-targets.txt" CONTENT "${targets}" @ONLY)
 endfunction()
+
+# kestrano_label_tests(<label> <name>...): a further label for the tests test_<name>.
+function(kestrano_label_tests label)
+  foreach(name IN LISTS ARGN)
+    set_property(TEST test_${name} APPEND PROPERTY LABELS ${label})
+  endforeach()
+endfunction()
+
+# kestrano_add_excerpt(<kind> <name> <function> [<options of kestrano_add_test>]): a part of a test, for the short run.
+function(kestrano_add_excerpt kind name function)
+  kestrano_add_test(${kind} test_${name} VARIANT smoke FUNCTIONS ${function} LABELS smoke excerpt ${ARGN})
+endfunction()

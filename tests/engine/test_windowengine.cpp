@@ -106,7 +106,7 @@ private slots:
         settings->setValue(settingskeys::kSpeakerSwitch, true);
         auto engine = std::make_unique<ObsWrapper>(standins::platform());
         m_engine = engine.get();
-        m_window = std::make_unique<SCMainWindow>(std::move(engine));
+        m_window = std::make_unique<SCMainWindow>(std::move(engine), Durations{.countdownStepMs = 10});
         m_window->show();
         standins::clearEvents();
         obsspy::clear();

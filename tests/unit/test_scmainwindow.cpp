@@ -915,7 +915,7 @@ private:
     {
         QCOMPARE(messages.texts().filter(QStringLiteral("OBS wrapper not initialized")), QStringList());
         QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
-        QVERIFY(!window.isVisible() || !window.isMinimized());
+        QTRY_VERIFY(!window.isVisible() || !window.isMinimized());
         QCOMPARE(child<QPushButton>(window, "recordButton")->text(), QStringLiteral("Start Recording"));
         QTRY_VERIFY(child<Tile>(window, "fullScreenTile")->isEnabled());
     }
