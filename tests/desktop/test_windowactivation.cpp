@@ -47,6 +47,8 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(m_other.get()));
         QTRY_COMPARE_WITH_TIMEOUT(quint64{x11clients::topmostWindow()}, quint64{m_other->winId()}, kTimeoutMs);
         QVERIFY(QTest::qWaitForWindowActive(m_other.get()));
+        // In the window manager's view as well, which answers what is asked of it by that view.
+        QTRY_COMPARE_WITH_TIMEOUT(quint64{x11clients::activeWindow()}, quint64{m_other->winId()}, kTimeoutMs);
     }
 
     void cleanup()
