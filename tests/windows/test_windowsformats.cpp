@@ -35,10 +35,12 @@ private slots:
 
     void aRecordingHoldsTheScreenAndTheMicrophone()
     {
-        constexpr int kRecordMs = 2000;
+        constexpr int kRecordMs = 2500;
         QFETCH(int, index);
         const formatjudge::Expected& expected = formatjudge::kFormats.at(static_cast<size_t>(index));
         WindowsProgram program;
+        // The sound of a process begins late, which the countdown covers.
+        program.countDownInFull();
         program.setSetting(QStringLiteral("recording/format"), QLatin1String(expected.name));
         program.setSetting(QStringLiteral("recording/micSwitch"), true);
         QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
