@@ -102,7 +102,7 @@ function(kestrano_add_test kind name)
 
   set(environment ${arg_ENVIRONMENT})
   if(KESTRANO_SANITIZERS STREQUAL "thread")
-    string(JOIN ":" tsan_options ignore_noninstrumented_modules=1 print_suppressions=0
+    string(JOIN ":" tsan_options ignore_noninstrumented_modules=1 die_after_fork=0 print_suppressions=0
            "suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp")
     list(APPEND environment "TSAN_OPTIONS=${tsan_options}")
   elseif(KESTRANO_SANITIZERS)
