@@ -25,6 +25,13 @@ using desktopuser::press;
 using desktopuser::scale;
 using userinput::xdotool;
 
+namespace {
+
+/// More than the 700 ms that Qt waits before it shows a tool tip.
+constexpr int kToolTipMs = 2000;
+
+} // namespace
+
 /// Screenshots taken with pointer and keyboard, compared with what the desktop shows.
 class TestScreenshot : public ScreenshotTest
 {
@@ -61,8 +68,15 @@ private slots:
     {
         clickTile("screenshotFullScreenTile");
         QTRY_VERIFY(frame() != nullptr);
-        pointTo(barButton("saveButton").mapToGlobal(QPoint(15, 15)));
-        QTRY_VERIFY(QToolTip::isVisible());
+        QVERIFY(QTest::qWaitForWindowExposed(frame()));
+        const QPoint place = barButton("saveButton").mapToGlobal(QPoint(15, 15));
+        // A tool tip waits for the pointer's last movement within the button.
+        bool isShown = false;
+        for (int attempt = 0; attempt < 5 && !isShown; ++attempt) {
+            pointTo(place + QPoint(attempt % 2, 0));
+            isShown = QTest::qWaitFor([] { return QToolTip::isVisible(); }, kToolTipMs);
+        }
+        QVERIFY(isShown);
         xdotool({"click", "1"});
         expectShot(pixels(QGuiApplication::primaryScreen()->geometry()));
     }
