@@ -57,7 +57,9 @@ build_targets() {
     shift 2
     (($# == 0)) || targets=(--target "$@")
     cd "$root" || die "cannot enter $root"
-    (($# > 5)) && say "Building $# targets" || say "Building ${*:-all}"
+    local what=${*:-all}
+    (($# <= 5)) || what="$# targets"
+    say "Building $what"
     logged "$folder/logs/build.log" cmake --build --preset "$preset" -j "$(nproc)" "${targets[@]}" ||
         die "the build failed; the reason stands above"
     say "Built in $(minutes $((SECONDS - begun)))"
