@@ -218,7 +218,9 @@ private slots:
         killed.kill();
         {
             platform::InstanceLock gate(SingleInstance::gateName(m_key));
-            QCOMPARE(gate.tryLock(), platform::InstanceLock::State::Acquired);
+            const auto state = gate.tryLock();
+            QVERIFY(state == platform::InstanceLock::State::Acquired ||
+                    state == platform::InstanceLock::State::NotNeeded);
         }
         SingleInstance next(m_key);
         QCOMPARE(next.claim(), Role::First);
