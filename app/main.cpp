@@ -75,26 +75,6 @@ void publishWindow(SingleInstance& guard, const SCMainWindow& window)
     guard.publish(handle != nullptr ? handle->winId() : 0, QCoreApplication::applicationPid());
 }
 
-/// What tests of the whole program may shorten: three seconds of countdown before each recording.
-Durations durations()
-{
-    constexpr const char* kCountdownStep = "KESTRANO_COUNTDOWN_STEP_MS";
-    constexpr int kLongestStepMs = 60'000;
-    Durations durations;
-    if (!qEnvironmentVariableIsSet(kCountdownStep))
-        return durations;
-    bool isNumber = false;
-    const QString text = qEnvironmentVariable(kCountdownStep);
-    const int stepMs = text.toInt(&isNumber);
-    if (isNumber && stepMs > 0 && stepMs <= kLongestStepMs)
-        durations.countdownStepMs = stepMs;
-    else
-        SCLogger::warning(QStringLiteral("%1 is ignored: %2 is not a number of milliseconds from 1 to %3")
-                              .arg(QLatin1String(kCountdownStep), text)
-                              .arg(kLongestStepMs));
-    return durations;
-}
-
 /// Runs the first copy, from its log to the end of its event loop.
 int run(QApplication& application, SingleInstance& guard)
 {
@@ -111,7 +91,7 @@ int run(QApplication& application, SingleInstance& guard)
     installLanguage(*translator, chosenLanguage(*settings));
 
     SCLogger::info(QStringLiteral("Creating main window..."));
-    SCMainWindow window(durations());
+    SCMainWindow window(durationsFromEnvironment());
     showWindow(window, translator);
     publishWindow(guard, window);
 

@@ -27,3 +27,7 @@ struct Durations
     /// The longest wait for the engine to report a closed file. A long file on a slow disk takes its time.
     int confirmTimeoutMs = 60000;
 };
+
+/// The defaults, with a countdown step from the environment where KESTRANO_COUNTDOWN_STEP_MS has one (1 to 60000):
+/// tests start the program with a short countdown. Logs the step that is used, or that the value is broken and ignored.
+Durations durationsFromEnvironment();
