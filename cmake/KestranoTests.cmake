@@ -44,6 +44,7 @@ endfunction()
 # Each test test_<name> from test_<name>.cpp.
 function(kestrano_add_tests kind)
   cmake_parse_arguments(PARSE_ARGV 1 arg "WHOLE_STACKS;ALONE" "TIMEOUT" "DESKTOP_ARGS;LABELS")
+  set(options)
   foreach(option WHOLE_STACKS ALONE)
     if(arg_${option})
       list(APPEND options ${option})

@@ -46,9 +46,14 @@ configure_preset() {
     logged "$2/logs/configure.log" cmake --preset "$1" || die "configuring failed; the reason stands above"
 }
 
-# A folder that is configured is configured again by the build when that is needed.
+# Configures a folder that is not configured, or whose CMake files have changed.
 configure_preset_once() {
-    [[ -f $root/$2/build.ninja ]] || configure_preset "$1" "$2"
+    if [[ -f $root/$2/build.ninja && -f $root/$2/test-targets.txt ]]; then
+        logged "$root/$2/logs/configure.log" ninja -C "$root/$2" build.ninja ||
+            die "configuring failed; the reason stands above"
+    else
+        configure_preset "$1" "$2"
+    fi
 }
 
 # build_targets <preset> <folder> [target]...
