@@ -179,6 +179,8 @@ private slots:
         QTest::addColumn<Qt::CursorShape>("cursor");
         QTest::newRow("top left") << QPoint(9, 9) << Qt::SizeFDiagCursor;
         QTest::newRow("inside") << QPoint(10, 10) << Qt::ArrowCursor;
+        // Where it is goes by the window's size.
+        QTest::newRow("bottom right") << QPoint(399, 224) << Qt::SizeFDiagCursor;
     }
 
     void cursorTellsWhatTheMouseDoes()
@@ -186,6 +188,7 @@ private slots:
         QFETCH(const QPoint, place);
         QFETCH(const Qt::CursorShape, cursor);
         m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
         m_window->setCursor(Qt::WaitCursor);
         send(QEvent::MouseMove, place, Qt::NoButton, Qt::NoButton);
         QCOMPARE(m_window->cursor().shape(), cursor);
@@ -228,6 +231,10 @@ private slots:
         m_window->setGeometry(60, 50, 400, 225);
         dragFrom({399, 224}, {-390, 0});
         QCOMPARE(m_window->geometry(), QRect(60, 50, 200, 112));
+        // The opposite corner stays where it is.
+        m_window->setGeometry(60, 50, 400, 225);
+        dragFrom({2, 2}, {390, 0});
+        QCOMPARE(m_window->geometry(), QRect(60 + 200, 50 + 113, 200, 112));
     }
 
     void otherButtonsDragNothing()

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QFile>
+#include <QFileInfo>
 #include <QGraphicsOpacityEffect>
 #include <QHBoxLayout>
 #include <QHelpEvent>
@@ -13,9 +14,12 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QTemporaryFile>
 #include <QTest>
 #include <QTimer>
 #include <QTranslator>
+
+#include <cstdlib>
 
 namespace {
 
@@ -101,6 +105,12 @@ class TestSCFullscreenToolbar : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase()
+    {
+        QCOMPARE(QGuiApplication::screens().size(), 2);
+        QCOMPARE(QGuiApplication::primaryScreen()->geometry(), QRect(0, 800, 800, 800));
+    }
+
     void barIsMadeAsItIsToBe()
     {
         BriefToolbar bar;
@@ -424,6 +434,10 @@ private slots:
         QCursor::setPos(screenPoint(400, 30));
         QTest::qWait(kFadeIsOverMs);
         QVERIFY(!bar.isVisible());
+        // At the top of the screen above.
+        QCursor::setPos(screenPoint(400, -800));
+        bar.checkMousePosition();
+        QVERIFY(!bar.isVisible());
         QCursor::setPos(screenPoint(400, 10));
         QTRY_VERIFY(bar.isVisible());
         QCursor::setPos(screenPoint(400, 30));
@@ -586,6 +600,27 @@ private slots:
     }
 };
 
-REGISTER_TEST(testrun::gui<TestSCFullscreenToolbar>);
+namespace {
+
+/// The primary screen stands below another one: its top edge is not where the desktop begins.
+int runBelowAnotherScreen(int argc, char* argv[])
+{
+    // In the current folder, by its name alone: what stands after a colon would be another option to Qt, which takes
+    // the first screen by name for the primary one.
+    QTemporaryFile screens(QStringLiteral("screens.XXXXXX.json"));
+    const QByteArray screen = R"({"name": "%1", "x": 0, "y": %2, "width": 800, "height": 800,
+                                  "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1})";
+    const QString text =
+        QStringLiteral(R"({"screens": [%1, %2]})")
+            .arg(QString::fromUtf8(screen).arg("primary").arg(800), QString::fromUtf8(screen).arg("upper").arg(0));
+    if (!screens.open() || screens.write(text.toUtf8()) < 0 || !screens.flush())
+        return EXIT_FAILURE;
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QFileInfo(screens.fileName()).fileName().toLocal8Bit());
+    return testrun::gui<TestSCFullscreenToolbar>(argc, argv);
+}
+
+} // namespace
+
+REGISTER_TEST(runBelowAnotherScreen);
 
 #include "test_scfullscreentoolbar.moc"

@@ -176,9 +176,16 @@ private slots:
         window.show();
         auto* const button = child<QPushButton>(window, "recordButton");
         const MessageCapture messages;
-        whenCountingDown(&window, [button] { button->click(); });
+        bool finished = false;
+        whenCountingDown(&window, [button, &finished] {
+            connect(shownWindow<SCCountdownWidget>(), &SCCountdownWidget::countdownFinished, button,
+                    [&finished] { finished = true; });
+            button->click();
+        });
         button->click();
         expectCancelled(window, messages);
+        // Nor does it go on unseen, and keep the window away until it is over.
+        QVERIFY(!finished);
     }
 
     void closingDuringTheCountdownCancelsItAndCloses()
