@@ -197,7 +197,7 @@ private slots:
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QVERIFY(!m_wrapper->isRecording());
         QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
-        QCoreApplication::processEvents();
+        QVERIFY(waitForWholeEnd(standins::currentOutput()));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
 
@@ -224,7 +224,7 @@ private slots:
         QCOMPARE(seen.code, OBS_OUTPUT_NO_SPACE);
         QVERIFY(!m_wrapper->isRecording());
         signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR);
-        QCoreApplication::processEvents();
+        QVERIFY(waitForWholeEnd(standins::currentOutput()));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
     }
@@ -262,7 +262,7 @@ private slots:
         QVERIFY(!standins::events().contains("force stop output"));
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
-        QCoreApplication::processEvents();
+        QVERIFY(waitForWholeEnd(output));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
 
@@ -581,7 +581,7 @@ private slots:
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QVERIFY(!m_wrapper->isRecording());
         std::thread([output] { signalStop(output, OBS_OUTPUT_CONNECT_FAILED); }).join();
-        QCoreApplication::processEvents();
+        QVERIFY(waitForWholeEnd(output));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
     }
@@ -760,6 +760,14 @@ private:
     {
         return QTest::qWaitFor([wanted = obs_get_total_frames() + count] { return obs_get_total_frames() >= wanted; },
                                20'000);
+    }
+
+    /// Waits until libobs has ended the output, and whatever status comes with that has arrived.
+    static bool waitForWholeEnd(obs_output_t* output)
+    {
+        const bool ended = QTest::qWaitFor([output] { return !obs_output_active(output); }, 20'000);
+        QCoreApplication::processEvents();
+        return ended;
     }
 
     static ObsOutputHandle idleOutput()

@@ -251,6 +251,8 @@ private slots:
         QTRY_COMPARE(status.size(), 2);
         QCOMPARE(status.last().first().toInt(), ObsWrapper::kStatusEnded);
         QCOMPARE(m_engine->stopRecording(false), 0);
+        // What comes with the whole end has arrived.
+        QTRY_VERIFY(!obs_video_active());
         QCoreApplication::processEvents();
         QCOMPARE(status.size(), 2);
         QVERIFY(!m_engine->isRecording());
@@ -272,6 +274,8 @@ private slots:
         QCOMPARE(m_engine->endReason().code, OBS_OUTPUT_NO_SPACE);
         QCOMPARE(describe(m_engine->endReason()).left(16), QStringLiteral("the disk is full"));
         QCOMPARE(m_engine->stopRecording(false), 0);
+        QTRY_VERIFY(!obs_video_active());
+        QCoreApplication::processEvents();
         QCOMPARE(status.size(), 2);
     }
 
