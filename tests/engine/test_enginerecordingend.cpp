@@ -499,6 +499,7 @@ private slots:
         QTest::addColumn<int>("format");
         // Both ends would be reached by the pictures and the sound that pass while the file is being opened.
         QTest::newRow("picture") << 1;
+        QTest::newRow("picture that is held back for long") << 0;
         QTest::newRow("sound only") << 5;
     }
 
@@ -510,7 +511,7 @@ private slots:
         QCOMPARE(m_wrapper->startRecording(), 0);
         obs_output_t* output = standins::currentOutput();
         // What passes now never reaches the encoder.
-        QVERIFY(PassingPictures().waitFor(kPicturesOfAnEnd));
+        QVERIFY(PassingPictures().waitFor(m_wrapper->encoderDelayFrames() + kPicturesOfAnEnd));
         QVERIFY(!m_wrapper->isRecordingEndReached());
         QVERIFY(obs_output_begin_data_capture(output, 0));
         QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
