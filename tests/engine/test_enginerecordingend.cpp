@@ -197,7 +197,7 @@ private slots:
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QVERIFY(!m_wrapper->isRecording());
         QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
-        QCoreApplication::processEvents();
+        QVERIFY(waitForWholeEnd(standins::currentOutput()));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
 
@@ -224,7 +224,7 @@ private slots:
         QCOMPARE(seen.code, OBS_OUTPUT_NO_SPACE);
         QVERIFY(!m_wrapper->isRecording());
         signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR);
-        QCoreApplication::processEvents();
+        QVERIFY(waitForWholeEnd(standins::currentOutput()));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
     }
@@ -262,7 +262,7 @@ private slots:
         QVERIFY(!standins::events().contains("force stop output"));
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
-        QCoreApplication::processEvents();
+        QVERIFY(waitForWholeEnd(output));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
 
@@ -499,6 +499,7 @@ private slots:
         QTest::addColumn<int>("format");
         // Both ends would be reached by the pictures and the sound that pass while the file is being opened.
         QTest::newRow("picture") << 1;
+        QTest::newRow("picture that is held back for long") << 0;
         QTest::newRow("sound only") << 5;
     }
 
@@ -510,7 +511,7 @@ private slots:
         QCOMPARE(m_wrapper->startRecording(), 0);
         obs_output_t* output = standins::currentOutput();
         // What passes now never reaches the encoder.
-        QVERIFY(PassingPictures().waitFor(kPicturesOfAnEnd));
+        QVERIFY(PassingPictures().waitFor(m_wrapper->encoderDelayFrames() + kPicturesOfAnEnd));
         QVERIFY(!m_wrapper->isRecordingEndReached());
         QVERIFY(obs_output_begin_data_capture(output, 0));
         QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), ObsWrapper::kRecordingEndTimeoutMs);
@@ -581,7 +582,7 @@ private slots:
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QVERIFY(!m_wrapper->isRecording());
         std::thread([output] { signalStop(output, OBS_OUTPUT_CONNECT_FAILED); }).join();
-        QCoreApplication::processEvents();
+        QVERIFY(waitForWholeEnd(output));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
     }
@@ -760,6 +761,14 @@ private:
     {
         return QTest::qWaitFor([wanted = obs_get_total_frames() + count] { return obs_get_total_frames() >= wanted; },
                                20'000);
+    }
+
+    /// Waits until libobs has ended the output, and whatever status comes with that has arrived.
+    static bool waitForWholeEnd(obs_output_t* output)
+    {
+        const bool ended = QTest::qWaitFor([output] { return !obs_output_active(output); }, 20'000);
+        QCoreApplication::processEvents();
+        return ended;
     }
 
     static ObsOutputHandle idleOutput()

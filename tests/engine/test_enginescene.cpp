@@ -9,6 +9,7 @@
 #include "tests/support/testrun.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
@@ -211,7 +212,12 @@ private slots:
         m_wrapper = std::make_unique<ObsWrapper>(platform, timings);
         QCOMPARE(m_wrapper->setupScene(1), 0);
         m_wrapper->setSceneRendered(false);
+        QElapsedTimer timer;
+        timer.start();
         m_wrapper->setSceneRendered(true);
+        // A sleep may be a little shorter than asked for.
+        QVERIFY2(timer.elapsed() >= timings.sceneDrawnLimit.count() * 9 / 10,
+                 qPrintable(QString::number(timer.elapsed())));
         QVERIFY(m_wrapper->isSceneRendered());
     }
 

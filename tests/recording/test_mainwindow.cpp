@@ -1,3 +1,4 @@
+#include "mainwindow/durations.h"
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/programundertest.h"
@@ -13,6 +14,9 @@ const auto kMp4 = QStringLiteral("mp4");
 constexpr int kShortMs = 1500;
 constexpr int kWindowTimeoutMs = 15'000;
 constexpr int kMessageTimeoutMs = 20'000;
+/// What is still so after twice the time that a window may take to be gone stays so.
+constexpr int kStaysMs = 2 * Durations().windowGoneMs;
+constexpr int kLookMs = 50;
 /// On a desktop of 640x360, with room for the frame and its bar.
 constexpr QRect kRegion(340, 100, 240, 180);
 /// The button that pauses, on the floating bar at the middle of the top edge: the second of 40 pixels.
@@ -116,12 +120,12 @@ private slots:
         endTake(program, take);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
         // What the program asked for when it brought the window back is done first.
-        QTest::qWait(300);
+        QTest::qWait(kStaysMs);
         x11clients::minimise(window->id);
         QVERIFY(program.mainWindow(true, kWindowTimeoutMs).has_value());
         bringBack(window->id);
         QVERIFY2(program.mainWindow(false, kWindowTimeoutMs).has_value(), qPrintable(program.transcript()));
-        QTest::qWait(300);
+        QTest::qWait(kStaysMs);
         QVERIFY(program.mainWindow(false, 0).has_value());
     }
 
@@ -139,7 +143,7 @@ private slots:
         QVERIFY(program.mainWindow(true, kWindowTimeoutMs).has_value());
         bringBack(window->id);
         QVERIFY2(program.mainWindow(false, kWindowTimeoutMs).has_value(), qPrintable(program.transcript()));
-        QTest::qWait(300);
+        QTest::qWait(kStaysMs);
         QVERIFY(program.mainWindow(false, 0).has_value());
         pressPause();
         QVERIFY2(program.waitForMessage(QStringLiteral("Recording resumed"), kMessageTimeoutMs).has_value(),
@@ -162,13 +166,12 @@ private:
 
     static void expectHeld(ProgramUnderTest& program, uint32_t window)
     {
-        constexpr int kSettlesMs = 500;
         bringBack(window);
-        QTest::qWait(kSettlesMs);
-        for (int look = 0; look < 10; ++look) {
+        QTest::qWait(kStaysMs);
+        for (int waitedMs = 0; waitedMs < kStaysMs; waitedMs += kLookMs) {
             QVERIFY2(program.mainWindow(true, 0).has_value(), qPrintable(program.transcript()));
             QVERIFY(x11clients::activeWindow() != window);
-            QTest::qWait(50);
+            QTest::qWait(kLookMs);
         }
     }
 

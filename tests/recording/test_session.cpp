@@ -148,13 +148,15 @@ void TestSession::expectNothingRecorded(ProgramUnderTest& program, const QString
 {
     for (int attempt = 0; attempt < 2; ++attempt) {
         const qsizetype from = program.messages().size();
+        const qsizetype logFrom = program.logText().size();
         ProgramUnderTest::pressKey(kHotkey);
         QVERIFY2(program.waitForMessage(lastMessage, kMessageTimeoutMs, from).has_value(),
                  qPrintable(program.transcript()));
         QVERIFY2(program.mainWindow(false, kWindowTimeoutMs).has_value(), qPrintable(program.transcript()));
+        // The reason, not what went wrong before.
+        QTRY_VERIFY2_WITH_TIMEOUT(program.logText().mid(logFrom).contains(QLatin1String("Error: ")),
+                                  qPrintable(program.logText()), kMessageTimeoutMs);
     }
-    // The reason.
-    QVERIFY2(program.logText().contains(QLatin1String("Error: ")), qPrintable(program.logText()));
 }
 
 void TestSession::aFailedRecordingLeavesTheNextOneWhole()
@@ -268,10 +270,17 @@ void TestSession::theHotkeyHammeredLeavesPlayableFiles()
     }
     // What was begun last may still be counted down, and then runs until it is stopped.
     QTest::qWait(2 * kLongestPauseMs);
-    if (countMessages(program, kStarted) > countMessages(program, kStopped))
-        ProgramUnderTest::pressKey(kHotkey);
-    QVERIFY2(program.mainWindow(false, kWindowTimeoutMs).has_value(), qPrintable(program.transcript()));
-    QTRY_COMPARE_WITH_TIMEOUT(countMessages(program, kStopped), countMessages(program, kStarted), kWindowTimeoutMs);
+    const auto isIdle = [&program] {
+        return countMessages(program, kStopped) == countMessages(program, kStarted) &&
+               program.mainWindow(false, 0).has_value();
+    };
+    // A press may meet a recording that is just ending, and begin the next one.
+    for (int press = 0; press < kPresses && !isIdle(); ++press) {
+        if (countMessages(program, kStarted) > countMessages(program, kStopped))
+            ProgramUnderTest::pressKey(kHotkey);
+        (void)QTest::qWaitFor(isIdle, kLongestPauseMs * (press + 1));
+    }
+    QVERIFY2(isIdle(), qPrintable(program.transcript()));
     const QStringList files = filesIn(program.saveFolder());
     QCOMPARE(files.size(), countMessages(program, kStarted));
     for (const QString& name : files)

@@ -14,7 +14,9 @@
 #include "tests/support/windowtest.h"
 
 #include <QApplication>
+#include <QNetworkReply>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSettings>
 #include <QStackedWidget>
 #include <QTest>
@@ -23,7 +25,8 @@
 namespace {
 
 constexpr char kNewer[] = "{\"win\": {\"version\": \"1.0.1\"}}";
-constexpr Durations kBrief{.updateCheckDelayMs = 50, .updateNoticeRetryMs = 20};
+/// The countdown outlasts whatever is waited for while it runs.
+constexpr Durations kBrief{.countdownStepMs = 20'000, .updateCheckDelayMs = 50, .updateNoticeRetryMs = 20};
 constexpr int kTimeoutMs = 10'000;
 /// Time enough to ask again, several times.
 constexpr int kAskedAgainMs = 10 * kBrief.updateNoticeRetryMs;
@@ -92,7 +95,8 @@ private slots:
         server.setAnswer("{\"win\": {\"version\": \"1.0.0\"}}");
         const MessageCapture messages;
         QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
-        QTest::qWait(300);
+        QTRY_VERIFY_WITH_TIMEOUT(!isReplyAwaited(), kTimeoutMs);
+        QTest::qWait(kAskedAgainMs);
         QVERIFY(shownWindow<SCUpgradeWindow>() == nullptr);
         QCOMPARE(messages.texts().filter("["), QStringList());
     }
@@ -103,6 +107,7 @@ private slots:
         server.setAnswer(kNewer);
         emit menu().aboutRequested();
         QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!isReplyAwaited(), kTimeoutMs);
         QTest::qWait(kAskedAgainMs);
         QVERIFY(shownWindow<SCUpgradeWindow>() == nullptr);
         shownWindow<SCAboutWindow>()->close();
@@ -115,6 +120,7 @@ private slots:
         server.setAnswer(kNewer);
         QTest::keyClick(m_window->findChild<Tile*>("regionTile"), Qt::Key_Space);
         QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!isReplyAwaited(), kTimeoutMs);
         QTest::qWait(kAskedAgainMs);
         QVERIFY(shownWindow<SCUpgradeWindow>() == nullptr);
         QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
@@ -128,12 +134,14 @@ private slots:
         auto* const button = m_window->findChild<QPushButton*>("recordButton");
         bool shownMeanwhile = false;
         whenCountingDown(this, [&] {
+            // On failure, too: else the countdown would be waited for.
+            const auto cancel = qScopeGuard([button] { button->click(); });
             QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
+            QTRY_VERIFY_WITH_TIMEOUT(!isReplyAwaited(), kTimeoutMs);
             if (systemExcludesWindows())
                 QTRY_VERIFY(shownWindow<SCUpgradeWindow>() != nullptr);
             QTest::qWait(kAskedAgainMs);
             shownMeanwhile = shownWindow<SCUpgradeWindow>() != nullptr;
-            button->click();
         });
         button->click();
         QCOMPARE(server.requests().size(), 1);
@@ -149,6 +157,7 @@ private slots:
         emit menu().updateCheckRequested();
         QTRY_COMPARE(upgradeWindows(), 1);
         QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 2, kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!isReplyAwaited(), kTimeoutMs);
         shownWindow<SCUpgradeWindow>()->close();
         QTest::qWait(kAskedAgainMs);
         QCOMPARE(upgradeWindows(), 0);
@@ -181,6 +190,7 @@ private slots:
         shownWindow<SCUpgradeWindow>()->close();
         makeWindow(kBrief);
         QTRY_VERIFY(!timer().isActive());
+        QTRY_VERIFY_WITH_TIMEOUT(!isReplyAwaited(), kTimeoutMs);
         QTest::qWait(kAskedAgainMs);
         QCOMPARE(upgradeWindows(), 0);
     }
@@ -199,6 +209,9 @@ private:
     {
         return *m_window->findChild<UpdateNotice*>()->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
     }
+
+    /// The replies are gone when they have been dealt with.
+    bool isReplyAwaited() const { return !m_window->findChildren<QNetworkReply*>().isEmpty(); }
 
     /// The one that the update window shows.
     static int page()
