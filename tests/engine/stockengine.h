@@ -34,7 +34,7 @@ public:
     /// Releases the engine.
     void release() { m_engine.reset(); }
 
-    ObsWrapper& engine() { return *m_engine; }
+    ObsWrapper& engine() const { return *m_engine; }
     /// The primary screen on the desktop, in physical pixels.
     QRect screen() const { return m_screen; }
     /// The size of what is recorded.
