@@ -55,7 +55,7 @@ public:
         Unguarded, ///< the segment can be neither attached nor created; runs all the same
     };
 
-    /// How long an attempt to claim the segment takes that met another copy in between; there are twenty.
+    /// How long an attempt to claim the segment takes that met another instance in between; there are twenty.
     static constexpr std::chrono::milliseconds kAttemptInterval{50};
 
     explicit SingleInstance(const QString& key = QStringLiteral("TolvaranKestranoSingleInstance"),

@@ -20,7 +20,7 @@ struct video_data;
 class CaptureProgress
 {
 public:
-    /// @param resumeLimit how long picture and sound wait for each other at the end of a pause
+    /// @param resumeLimit how long video and audio wait for each other at the end of a pause
     explicit CaptureProgress(std::chrono::milliseconds resumeLimit = EngineTimings().resumeLimit)
         : m_resume(resumeLimit)
     {}

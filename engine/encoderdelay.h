@@ -25,9 +25,9 @@ int encoderDelayBound(RecordingFormat format);
 /// @param processors logical ones, of which libx264 makes its threads
 int computedEncoderDelay(int heightPx, int processors);
 
-/// How long the output's writing thread gets to take up a picture that the encoder gave out. Too short a time makes the
-/// answer of a trial too large by some, never too small.
-inline constexpr std::chrono::milliseconds kTrialWriterLimit{15};
+/// How long the output's writing thread gets to take up a frame that the encoder returned. Too short a time makes the
+/// measured delay too large by some, never too small.
+inline constexpr std::chrono::milliseconds kProbeWriterLimit{15};
 
 /// Lets a second output with the same settings encode blank pictures into nothing, and counts how many go in before the
 /// first one comes out. The pictures come from a line of their own, so the engine does not count as active and its
@@ -39,7 +39,7 @@ inline constexpr std::chrono::milliseconds kTrialWriterLimit{15};
 ///         but its own; nothing when the output could not be run
 std::optional<int> runEncoderTrial(RecordingFormat format, const FfmpegRequest& request, const video_output_info& line,
                                    const std::atomic<bool>& cancelled,
-                                   std::chrono::milliseconds writerLimit = kTrialWriterLimit);
+                                   std::chrono::milliseconds writerLimit = kProbeWriterLimit);
 
 /// Knows how many pictures the encoder of a recording holds back on this computer. It is measured in the background
 /// with low priority. What was found for a size holds for every smaller one: the encoders use fewer threads for a low

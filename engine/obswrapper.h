@@ -131,7 +131,7 @@ public:
 
     /// Stops the output, at once when force is set, and lets go of it. Returns 0 with the file closed; only one that
     /// ended by itself may still be closing its file. An output that is still opening its file is waited for, three
-    /// seconds at most (EngineTimings), and then given up: it is stopped when it has opened it, and endReason() says
+    /// seconds at most (EngineTimings), and then cancelled: it is stopped when it has opened it, and endReason() says
     /// so.
     ///
     /// The output throws away what its encoder holds back. To keep the end of the picture, call requestRecordingEnd()
@@ -315,7 +315,7 @@ private:
     ObsSourceHandle m_micSource;
     ObsSourceHandle m_desktopSource;
     ObsSourceHandle m_videoCapture;
-    RestingOutputs m_restingOutputs{m_progress, m_timings.rest};
+    RestingOutputs m_restingOutputs{m_progress, m_timings.release};
     ObsOutputHandle m_output;
     ObsSourceHandle m_transition;
     ObsSceneHandle m_scene;

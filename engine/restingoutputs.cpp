@@ -30,16 +30,16 @@ bool RestingOutputs::Resting::isBusy() const
     return endedNs == 0 || obs_output_active(output.get());
 }
 
-bool RestingOutputs::Resting::hasRested(std::chrono::nanoseconds rest) const
+bool RestingOutputs::Resting::isReleaseDue(std::chrono::nanoseconds delay) const
 {
     if (isBusy())
         return false;
     // First the end, which may be noted on another thread at this moment.
     const std::uint64_t ended = endedNs;
-    return os_gettime_ns() - ended >= inNs(rest);
+    return os_gettime_ns() - ended >= inNs(delay);
 }
 
-RestingOutputs::RestingOutputs(CaptureProgress& lines, const RestTimes& times) : m_lines(lines), m_times(times)
+RestingOutputs::RestingOutputs(CaptureProgress& lines, const DeferredRelease& times) : m_lines(lines), m_times(times)
 {
     m_timer.setInterval(kLookIntervalMs);
     QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { look(); });
@@ -58,7 +58,7 @@ RestingOutputs::~RestingOutputs()
             continue;
         }
         const std::uint64_t restedNs = os_gettime_ns() - resting.endedNs;
-        const std::uint64_t shortestNs = inNs(m_times.shortestRest);
+        const std::uint64_t shortestNs = inNs(m_times.shortestDelay);
         if (restedNs < shortestNs)
             QThread::usleep(static_cast<unsigned long>((shortestNs - restedNs) / 1000));
     }
@@ -100,7 +100,7 @@ void RestingOutputs::onStopped(void* resting, calldata_t*)
 void RestingOutputs::look()
 {
     stopWhatRuns();
-    std::erase_if(m_resting, [this](const Resting& resting) { return resting.hasRested(m_times.rest); });
+    std::erase_if(m_resting, [this](const Resting& resting) { return resting.isReleaseDue(m_times.delay); });
     if (m_resting.empty())
         m_timer.stop();
 }

@@ -20,14 +20,14 @@ class RestingOutputs
 {
 public:
     /// @param lines the lines that stand still while an output is stopped, connected or not; must outlive this object
-    explicit RestingOutputs(CaptureProgress& lines, const RestTimes& times = RestTimes());
-    /// Releases what is left. Whatever ended less than the shortest rest ago is waited for, and so is, up to the limit,
-    /// whatever has not ended; what has not ended even then is never released.
+    explicit RestingOutputs(CaptureProgress& lines, const DeferredRelease& times = DeferredRelease());
+    /// Releases what is left. Whatever ended less than the shortest delay ago is waited for, and so is, up to the
+    /// limit, whatever has not ended; what has not ended even then is never released.
     ~RestingOutputs();
     RestingOutputs(const RestingOutputs&) = delete;
     RestingOutputs& operator=(const RestingOutputs&) = delete;
 
-    /// Takes an output over and releases it when it has rested since its end, or later if libobs is still ending it
+    /// Takes an output over and releases it when the delay since its end is over, or later if libobs is still ending it
     /// then.
     ///
     /// @param endedNs when it said that it has ended, on libobs' clock
@@ -49,7 +49,7 @@ private:
         Resting(ObsOutputHandle taken, std::uint64_t ended, CaptureProgress& used);
         /// Whether it runs, is ended by libobs at this moment, or has not even begun.
         bool isBusy() const;
-        bool hasRested(std::chrono::nanoseconds rest) const;
+        bool isReleaseDue(std::chrono::nanoseconds delay) const;
 
         ObsOutputHandle output;
         /// When it said that it has ended, on libobs' clock; 0 when it has not.
@@ -65,7 +65,7 @@ private:
     void waitUntilNoneIsBusy();
 
     CaptureProgress& m_lines;
-    const RestTimes m_times;
+    const DeferredRelease m_times;
     /// A list, so that the handlers of the ends find them where they were.
     std::list<Resting> m_resting;
     QTimer m_timer;

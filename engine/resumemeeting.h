@@ -16,7 +16,7 @@
 class ResumeMeeting
 {
 public:
-    /// @param limit how long one line waits for the other
+    /// @param limit how long one stream waits for the other
     explicit ResumeMeeting(std::chrono::milliseconds limit) : m_limit(limit) {}
 
     /// Lets the lines meet at a moment that neither has reached, on the clock of their time stamps.

@@ -15,11 +15,11 @@ class QVideoWidget;
 /// The times of the webcam window; the defaults are the program's. Tests shorten what they wait for.
 struct CameraTimings
 {
-    /// Between two looks for cameras that were plugged in or out.
+    /// Between two checks for cameras that were plugged in or out.
     int deviceCheckMs = 2000;
-    /// The same where the timer had to be made once more.
+    /// The same where the timer had to be made again.
     int lateDeviceCheckMs = 5000;
-    // Until the video widget is made to paint anew: after the diagnostics, the show event and the camera's start.
+    // Until the video widget is made to paint again: after the diagnostics, the show event and the camera's start.
     int refreshAfterShowMs = 200;
     int refreshAfterShowEventMs = 100;
     int refreshAfterStartMs = 200;

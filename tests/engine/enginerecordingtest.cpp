@@ -31,7 +31,7 @@ EngineTimings EngineRecordingTest::quickTimings()
     EngineTimings timings;
     timings.outputStartLimit = std::chrono::milliseconds(50);
     // No stand-in closes a file after its end.
-    timings.rest.shortestRest = std::chrono::milliseconds(1);
+    timings.release.shortestDelay = std::chrono::milliseconds(1);
     return timings;
 }
 

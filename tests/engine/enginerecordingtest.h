@@ -9,7 +9,7 @@
 #include <atomic>
 #include <memory>
 
-/// Follows the engine's picture line, beside the outputs: a picture that has passed here has been handed to them, but
+/// Follows the engine's video output, beside the outputs: a frame that has passed here has been handed to them, but
 /// for the latest one.
 class PassingPictures
 {
@@ -34,7 +34,7 @@ class EngineRecordingTest : public QObject
     Q_OBJECT
 
 protected:
-    /// The program's, but an output that opens its file too slowly is soon given up, and one that ended by itself soon
+    /// The program's, but an output that opens its file too slowly is soon cancelled, and one that ended by itself soon
     /// released with the wrapper.
     static EngineTimings quickTimings();
     /// Makes the wrapper, in place of the one that is there.

@@ -42,7 +42,7 @@ private slots:
     void outputThatEndedByItselfIsReleasedOnlyAfterARest()
     {
         EngineTimings timings = quickTimings();
-        timings.rest.rest = std::chrono::milliseconds(300);
+        timings.release.delay = std::chrono::milliseconds(300);
         make(timings);
         setup(0);
         QCOMPARE(m_wrapper->startRecording(), 0);
@@ -53,13 +53,13 @@ private slots:
         QCOMPARE(m_wrapper->stopRecording(false), 0);
         QVERIFY(m_wrapper->createOutputMode());
         QTRY_COMPARE(standins::countOf("destroy output"), 1);
-        QVERIFY2(timer.elapsed() >= timings.rest.rest.count(), qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() >= timings.release.delay.count(), qPrintable(QString::number(timer.elapsed())));
     }
 
     void restOfAnOutputHoldsNobodyUp()
     {
         EngineTimings timings = quickTimings();
-        timings.rest.rest = std::chrono::hours(1);
+        timings.release.delay = std::chrono::hours(1);
         make(timings);
         setup(0);
         QCOMPARE(m_wrapper->startRecording(), 0);
@@ -73,9 +73,9 @@ private slots:
     void outputHasThreeSecondsToStartAndRestsForTen()
     {
         QCOMPARE(EngineTimings().outputStartLimit, std::chrono::seconds(3));
-        const RestTimes times = EngineTimings().rest;
-        QCOMPARE(times.rest, std::chrono::seconds(10));
-        QCOMPARE(times.shortestRest, std::chrono::seconds(1));
+        const DeferredRelease times = EngineTimings().release;
+        QCOMPARE(times.delay, std::chrono::seconds(10));
+        QCOMPARE(times.shortestDelay, std::chrono::seconds(1));
         QCOMPARE(times.busyLimit, std::chrono::seconds(5));
     }
 
@@ -499,7 +499,7 @@ private slots:
         QTest::addColumn<int>("format");
         // Both ends would be reached by the pictures and the sound that pass while the file is being opened.
         QTest::newRow("picture") << 1;
-        QTest::newRow("picture that is held back for long") << 0;
+        QTest::newRow("video that the encoder buffers for long") << 0;
         QTest::newRow("sound only") << 5;
     }
 
@@ -615,9 +615,9 @@ private slots:
         ObsOutputHandle started = startedOutput();
         obs_output_t* output = started.get();
         QVERIFY(obs_output_active(output));
-        resting.keep(std::move(started), os_gettime_ns() - kLongRestNs);
+        resting.keep(std::move(started), os_gettime_ns() - kLongAgoNs);
         // One that has ended is released by the same look.
-        resting.keep(idleOutput(), os_gettime_ns() - kLongRestNs);
+        resting.keep(idleOutput(), os_gettime_ns() - kLongAgoNs);
         QTRY_COMPARE(standins::countOf("destroy output"), 1);
         obs_output_stop(output);
         QTRY_COMPARE(standins::countOf("destroy output"), 2);
@@ -637,7 +637,7 @@ private slots:
         });
         {
             RestingOutputs resting(lines);
-            resting.keep(std::move(started), os_gettime_ns() - kLongRestNs);
+            resting.keep(std::move(started), os_gettime_ns() - kLongAgoNs);
         }
         ending.join();
         QCOMPARE(standins::countOf("destroy output"), 1);
@@ -661,7 +661,7 @@ private slots:
         const std::atomic<std::uint64_t> endedNs{isFollowed ? 0 : os_gettime_ns()};
         {
             // Who took it for busy would wait for ever.
-            RestTimes times = quickTimings().rest;
+            DeferredRelease times = quickTimings().release;
             times.busyLimit = std::chrono::hours(1);
             RestingOutputs resting(lines, times);
             resting.keepStarting(std::move(started), endedNs);
@@ -683,11 +683,11 @@ private slots:
         QVERIFY(output);
         {
             const std::atomic<std::uint64_t> endedNs{0};
-            RestTimes times = quickTimings().rest;
+            DeferredRelease times = quickTimings().release;
             times.busyLimit = std::chrono::milliseconds(50);
             RestingOutputs resting(lines, times);
             resting.keepStarting(std::move(started), endedNs);
-            resting.keep(idleOutput(), os_gettime_ns() - kLongRestNs);
+            resting.keep(idleOutput(), os_gettime_ns() - kLongAgoNs);
             QTRY_COMPARE(standins::countOf("destroy output"), 1);
             QVERIFY(resting.isAnyBusy());
         }
@@ -749,7 +749,7 @@ private slots:
 
 private:
     /// Longer than an output rests.
-    static constexpr std::uint64_t kLongRestNs = 15'000'000'000;
+    static constexpr std::uint64_t kLongAgoNs = 15'000'000'000;
     /// More than an encoder that holds little back, and the sound, need after the requested end.
     static constexpr int kPicturesOfAnEnd = 10;
 

@@ -97,7 +97,7 @@ private slots:
 
     void delayThatIsComputedIsTheOneThatIsMeasured()
     {
-        QCOMPARE(kTrialWriterLimit, std::chrono::milliseconds(15));
+        QCOMPARE(kProbeWriterLimit, std::chrono::milliseconds(15));
         // Ample: a writer that is too slow to show the picture that came out has the next ones counted, too.
         constexpr std::chrono::milliseconds kWriterLimit{100};
         const FfmpegRequest request{QString(), m_screen.width(), m_screen.height(), kFps, kBitRate};
@@ -163,7 +163,7 @@ private slots:
         EncoderDelay delay;
         const FfmpegRequest large{QString(), 640, 480, kFps, kBitRate};
         delay.measure(RecordingFormat::Mp4, large, *video_output_get_info(obs_get_video()));
-        // The trial does not make the engine's video active.
+        // The probe does not make the engine's video active.
         bool wasActive = false;
         const auto isMeasured = [&] {
             wasActive = wasActive || obs_video_active();

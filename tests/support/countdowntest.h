@@ -7,8 +7,8 @@
 
 #include <utility>
 
-/// Runs an action once a countdown is on the screen, while whoever has started it waits for its end. Deleting what is
-/// returned gives that up.
+/// Runs an action once a countdown is on the screen, while whoever has started it waits for its end. Deleting the
+/// returned timer cancels the action.
 template <typename Action>
 QTimer* whenCountingDown(QObject* context, Action action)
 {

@@ -69,7 +69,7 @@ private slots:
         QVERIFY(!timer->isSingleShot());
     }
 
-    void pictureIsMadeToPaintAnewAfterAShortWhile()
+    void pictureIsMadeToPaintAgainAfterAShortWhile()
     {
         const CameraTimings timings;
         QCOMPARE(timings.refreshAfterShowMs, 200);

@@ -54,7 +54,7 @@ private slots:
         QCOMPARE(QDir::fromNativeSeparators(platform::shellPath(file.fileName())), same.fileName());
     }
 
-    void whatCannotBeOpenedIsToldToTheCaller()
+    void whatCannotBeOpenedIsReportedToTheCaller()
     {
         const OpenedAddresses system({"file"});
         QVERIFY(!openFile(QString()));

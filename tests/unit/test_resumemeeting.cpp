@@ -32,7 +32,7 @@ public:
 
     bool hasReturned() const { return m_returned; }
 
-    /// Whether the line stands still: it has begun, and a line that was let through would have returned by now. On a
+    /// Whether the stream is blocked: it has begun, and one that is not blocked would have returned by now. On a
     /// machine so busy that it would not, the answer is right for the wrong reason.
     bool waits() const
     {

@@ -67,7 +67,7 @@ private:
 
 } // namespace
 
-/// Takes the C library's place, for the toolkit as well: two files have the same number once in 65536 times.
+/// Takes the C library's place, for Qt as well: two files have the same number once in 65536 times.
 extern "C" key_t ftok(const char* path, int project)
 {
     struct stat status = {};
@@ -88,7 +88,7 @@ class TestSegmentNumbers : public QObject
     Q_OBJECT
 
 private:
-    /// No other test's, and none that the system makes for the toolkit.
+    /// No other test's, and none that the system makes for Qt.
     const key_t m_number = 0x7e000000 | (getpid() & 0xffffff);
     QString m_key;
 

@@ -70,7 +70,7 @@ private slots:
     void savedSettingsAreStoredAndInForceAtOnce();
     void settingsThatAreNotSavedAreNotStored();
     void aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryWay();
-    void updateCheckWithoutANetworkIsToldInItsWindowWhichClosesInEveryWay();
+    void updateCheckWithoutANetworkIsReportedInItsWindowWhichClosesInEveryWay();
     void closeButtonOfTheMainWindowEndsTheProgramWithZero();
 
 private:
@@ -177,7 +177,7 @@ void TestWindowsDialogs::aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryW
     }
 }
 
-void TestWindowsDialogs::updateCheckWithoutANetworkIsToldInItsWindowWhichClosesInEveryWay()
+void TestWindowsDialogs::updateCheckWithoutANetworkIsReportedInItsWindowWhichClosesInEveryWay()
 {
     const QStringList entry{"Down", "Down", "Down", "Return"};
     const auto title = QStringLiteral("Upgrade");
