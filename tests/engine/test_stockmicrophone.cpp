@@ -19,7 +19,9 @@ namespace {
 
 constexpr int kVoiceHz = 720;
 constexpr int kTimeoutMs = 20'000;
-constexpr int kStretchMs = 2000;
+constexpr int kStretchMs = 2500;
+/// Seconds before the end of a stretch from which half a second is judged.
+constexpr double kMeasuredBeforeEnd = 0.8;
 constexpr uint32_t kMicrophoneChannel = 2;
 
 QString pactl(const QStringList& arguments)
@@ -28,6 +30,28 @@ QString pactl(const QStringList& arguments)
     process.start(QStringLiteral("pactl"), arguments);
     process.waitForFinished();
     return QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed();
+}
+
+/// The columns of every line of a list of the sound server's.
+QList<QStringList> listed(const char* kind)
+{
+    QList<QStringList> lines;
+    for (const QString& line : pactl({"list", "short", kind}).split(QLatin1Char('\n')))
+        lines << line.split(QLatin1Char('\t'));
+    return lines;
+}
+
+/// Whether somebody records from the source of this name.
+bool isListenedTo(const QString& source)
+{
+    for (const QStringList& there : listed("sources")) {
+        if (there.value(1) != source)
+            continue;
+        for (const QStringList& listener : listed("source-outputs"))
+            if (listener.value(1) == there.value(0))
+                return true;
+    }
+    return false;
 }
 
 /// The desktop's microphone, which can be pulled out and put in.
@@ -156,9 +180,13 @@ private slots:
     }
 
 private:
-    /// Until both meters show sound: a source is silent for about a second after the sound server has connected it.
+    /// Until both sources are connected and their meters show sound. The sound server first connects a source without a
+    /// device to another one, and delivers sound about a second after it has connected the right one.
     void waitUntilAllIsHeard() const
     {
+        QTRY_VERIFY_WITH_TIMEOUT(isListenedTo(qEnvironmentVariable("KESTRANO_TEST_MICROPHONE")), kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(isListenedTo(qEnvironmentVariable("KESTRANO_TEST_SINK") + QLatin1String(".monitor")),
+                                 kTimeoutMs);
         const Loudness microphone(m_stock.engine(), &ObsWrapper::micVolumeDataChange);
         const Loudness desktop(m_stock.engine(), &ObsWrapper::playerVolumeDataChange);
         QTRY_VERIFY_WITH_TIMEOUT(microphone.isHeard() && desktop.isHeard(), kTimeoutMs);
@@ -178,11 +206,11 @@ private:
         return obs_source_muted(ObsSourceHandle(obs_get_output_source(kMicrophoneChannel)).get());
     }
 
-    /// Lets the recording run and returns the second in it, about, in the middle of that time.
+    /// Lets the recording run and returns the second in it, about, from which that stretch is judged.
     double stretch() const
     {
         QTest::qWait(kStretchMs);
-        return static_cast<double>(monotonicNow() - m_begun) / 1e9 - kStretchMs / 2000.0;
+        return static_cast<double>(monotonicNow() - m_begun) / 1e9 - kMeasuredBeforeEnd;
     }
 
     double loudness(double atSeconds, double frequencyHz) const
