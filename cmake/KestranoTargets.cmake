@@ -40,7 +40,7 @@ add_library(kestrano_options INTERFACE)
 target_include_directories(kestrano_options INTERFACE "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/generated")
 target_compile_definitions(
   kestrano_options INTERFACE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH
-                             QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+                             QT_DISABLE_DEPRECATED_BEFORE=0x060400 QT_WARN_DEPRECATED_UP_TO=0x060400)
 if(MSVC)
   target_compile_options(kestrano_options INTERFACE /W4 /utf-8 $<$<BOOL:${KESTRANO_WARNINGS_AS_ERRORS}>:/WX>)
 else()

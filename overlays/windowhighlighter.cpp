@@ -42,12 +42,12 @@ QRect physicalGeometry(const QScreen& screen)
     return {screen.geometry().topLeft(), QSize(rounded(size.width()), rounded(size.height()))};
 }
 
-const QScreen& screenHolding(const QPoint& physical)
+const QScreen* screenHolding(const QPoint& physical)
 {
     const QList<QScreen*> screens = QGuiApplication::screens();
     const auto found = std::ranges::find_if(
         screens, [&physical](const QScreen* screen) { return physicalGeometry(*screen).contains(physical); });
-    return found != screens.end() ? **found : *QGuiApplication::primaryScreen();
+    return found != screens.end() ? *found : QGuiApplication::primaryScreen();
 }
 
 } // namespace
@@ -221,8 +221,8 @@ QRect WindowHighlighter::logicalRect(const QRect& physical, const QPoint& screen
 
 QRect WindowHighlighter::logicalRectOnItsScreen(const QRect& physical)
 {
-    const QScreen& screen = screenHolding(physical.topLeft());
-    return logicalRect(physical, screen.geometry().topLeft(), screen.devicePixelRatio());
+    const QScreen* const screen = screenHolding(physical.topLeft());
+    return logicalRect(physical, screen->geometry().topLeft(), screen->devicePixelRatio());
 }
 
 void WindowHighlighter::paintEvent(QPaintEvent* /*event*/)
