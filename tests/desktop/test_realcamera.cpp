@@ -25,6 +25,8 @@ struct Bar
     bool blue;
 };
 
+/// A busy machine takes seconds to start a camera.
+constexpr int kPaintTimeoutMs = 30'000;
 constexpr std::array<Bar, 4> kBars{
     {{0.07, true, true, true}, {0.21, true, true, false}, {0.36, false, true, true}, {0.93, false, false, true}}};
 
@@ -62,8 +64,8 @@ private slots:
         show();
         for (const Bar& bar : kBars) {
             const QPoint place = kPlace.topLeft() + QPoint(qRound(kPlace.width() * bar.place), 60);
-            QTRY_VERIFY2(isBar(desktopuser::colourAt(place), bar),
-                         qPrintable(QColor(desktopuser::colourAt(place)).name()));
+            QTRY_VERIFY2_WITH_TIMEOUT(isBar(desktopuser::colourAt(place), bar),
+                                      qPrintable(QColor(desktopuser::colourAt(place)).name()), kPaintTimeoutMs);
         }
         QVERIFY(log.count("[INFO] Setting camera format: 1280x720 @ 30 FPS") >= 1);
         QVERIFY(log.count("[INFO] Active camera format: 1280x720 @ 30 FPS") >= 1);
