@@ -1,7 +1,6 @@
 #include "app/singleinstance.h"
 
 #include "app/sclogger.h"
-#include "platform/process_life.h"
 #include "platform/window_activation.h"
 
 #include <QThread>
@@ -11,9 +10,9 @@ namespace {
 constexpr int kAttempts = 20;
 /// A visit at the segment takes well under a millisecond.
 constexpr unsigned long kGateIntervalMs = 5;
-/// One new number of 65536 is as good as certain to be free.
-constexpr int kRenumberings = 5;
 constexpr int kFlashes = 3;
+
+using State = platform::InstanceLock::State;
 
 void bringToFront(quint64 window)
 {
@@ -54,41 +53,72 @@ SingleInstance::~SingleInstance()
 
 SingleInstance::Role SingleInstance::claim()
 {
-    Attempt last;
-    for (int count = 1; count <= kAttempts; ++count) {
+    for (int attempt = 1; attempt <= kAttempts; ++attempt) {
         // Whoever keeps the gate shut for so long is stopped and does nothing behind it.
-        if (!enterGate() && count < kAttempts)
+        if (!enterGate() && attempt < kAttempts)
             continue;
-        last = claimOnce();
+        const std::optional<Role> role = claimOnce();
         m_gate.release();
-        if (last.result != Result::Again)
-            return conclude(last);
+        if (role)
+            return conclude(*role);
         QThread::msleep(m_attemptIntervalMs);
     }
-    // Somebody holds the lock and shows no segment, or a segment that nobody may remove.
-    last.result = Result::Second;
-    return conclude(last);
+    return conclude(roleAfterAllAttempts());
 }
 
-SingleInstance::Role SingleInstance::conclude(const Attempt& attempt)
+std::optional<SingleInstance::Role> SingleInstance::claimOnce()
 {
-    if (attempt.result == Result::First) {
-        SCLogger::info(QStringLiteral("Created shared memory for single instance"));
+    m_lockState = m_lock.tryLock();
+    if (m_lockState == State::Unavailable)
+        SCLogger::debug(QStringLiteral("The single instance has no lock; its shared memory alone decides"));
+    // Where this instance has the lock, looking removes the segment of one that was killed: detaching is what does.
+    const bool isThere = findFirstWindow();
+    if (m_lockState == State::HeldByAnother)
+        return isThere ? std::optional(Role::Second) : std::nullopt;
+    if (isThere && m_lockState != State::Acquired)
+        return Role::Second; // without a lock the segment alone decides
+    if (!isThere && m_segment.error() == QSharedMemory::PermissionDenied)
+        return Role::Unguarded; // another user's
+    if (m_segment.create(sizeof(Block)))
         return Role::First;
-    }
-    m_lock.release();
-    if (attempt.result == Result::Second) {
-        // The system may have given the window of a copy that is gone to another program since.
-        m_firstWindow = attempt.met.isGone ? 0 : attempt.met.window;
+    return m_segment.error() == QSharedMemory::AlreadyExists ? std::nullopt : std::optional(Role::Unguarded);
+}
+
+SingleInstance::Role SingleInstance::roleAfterAllAttempts() const
+{
+    // The other one is stopped between taking the lock and making the segment.
+    if (m_lockState == State::HeldByAnother)
         return Role::Second;
-    }
-    SCLogger::error(QStringLiteral("Unable to create shared memory: %1").arg(m_segment.errorString()));
-    return Role::Unguarded;
+    // A segment that somebody else keeps though the lock is free: of an instance whose lock file was removed, or a
+    // stranger's of the same System V key.
+    return platform::isWindow(m_firstWindow) ? Role::Second : Role::Unguarded;
+}
+
+SingleInstance::Role SingleInstance::conclude(Role role)
+{
+    if (role == Role::First)
+        SCLogger::info(QStringLiteral("Created shared memory for single instance"));
+    else
+        m_lock.release();
+    if (role == Role::Unguarded)
+        SCLogger::error(QStringLiteral("Unable to create shared memory: %1").arg(m_segment.errorString()));
+    return role;
+}
+
+bool SingleInstance::findFirstWindow()
+{
+    m_firstWindow = 0;
+    if (!m_segment.attach())
+        return false;
+    Block block{};
+    if (m_segment.read(&block, sizeof(block)))
+        m_firstWindow = block.windowHandle;
+    m_segment.detach();
+    return true;
 }
 
 bool SingleInstance::enterGate()
 {
-    using State = platform::InstanceLock::State;
     for (unsigned long waited = 0; waited < m_attemptIntervalMs; waited += kGateIntervalMs) {
         if (m_gate.tryLock() != State::HeldByAnother)
             return true;
@@ -101,83 +131,6 @@ void SingleInstance::enterGateOrWaitItOut()
 {
     for (int attempt = 0; attempt < kAttempts && !enterGate(); ++attempt) {
     }
-}
-
-SingleInstance::Attempt SingleInstance::claimOnce()
-{
-    using State = platform::InstanceLock::State;
-    const State lock = m_lock.tryLock();
-    if (lock == State::HeldByAnother)
-        return secondOnceItLives();
-    if (lock == State::Acquired)
-        return replaceStaleSegment();
-    if (lock == State::Unavailable)
-        SCLogger::debug(QStringLiteral("The single instance has no lock; its shared memory alone decides"));
-    if (const std::optional<OtherCopy> first = lookAtOtherCopy())
-        return {Result::Second, *first};
-    const Attempt made = create();
-    return made.result == Result::Exists ? meetItsMaker() : made;
-}
-
-SingleInstance::Attempt SingleInstance::secondOnceItLives()
-{
-    // The lock is held by the maker of the segment, or by a copy that has yet to replace it.
-    const OtherCopy first = lookAtOtherCopy().value_or(OtherCopy{0, true});
-    return {first.isGone ? Result::Again : Result::Second, first};
-}
-
-SingleInstance::Attempt SingleInstance::replaceStaleSegment()
-{
-    // Detaching removes the segment, unless somebody else is attached: for life a first copy without a lock or a
-    // stranger, or a second copy that was stopped while it looked.
-    if (m_segment.attach())
-        m_segment.detach();
-    const bool wasKeyUnused = m_segment.isKeyUnused();
-    const Attempt made = create();
-    if (made.result != Result::Exists)
-        return made;
-    Attempt attempt = meetItsMaker();
-    // A running copy's files may have been cleared away, and the number of the old key file given to the new one.
-    if (attempt.met.isGone || (wasKeyUnused && !platform::isWindow(attempt.met.window)))
-        return createUnderAnotherNumber();
-    // What is still there after the last attempt is alive.
-    if (attempt.result == Result::Second)
-        attempt.result = Result::Again;
-    return attempt;
-}
-
-SingleInstance::Attempt SingleInstance::createUnderAnotherNumber()
-{
-    for (int count = 0; count < kRenumberings; ++count) {
-        const Attempt made = m_segment.renumber() ? create() : Attempt{Result::Exists, {}};
-        if (made.result != Result::Exists)
-            return made;
-    }
-    return {Result::Unguarded, {}};
-}
-
-SingleInstance::Attempt SingleInstance::create()
-{
-    if (m_segment.create(sizeof(Block)))
-        return {Result::First, {}};
-    return {m_segment.error() == QSharedMemory::AlreadyExists ? Result::Exists : Result::Unguarded, {}};
-}
-
-SingleInstance::Attempt SingleInstance::meetItsMaker()
-{
-    if (const std::optional<OtherCopy> maker = lookAtOtherCopy())
-        return {Result::Second, *maker};
-    return {m_segment.error() == QSharedMemory::PermissionDenied ? Result::Unguarded : Result::Again, {}};
-}
-
-std::optional<SingleInstance::OtherCopy> SingleInstance::lookAtOtherCopy()
-{
-    if (!m_segment.attach())
-        return std::nullopt;
-    Block block{};
-    const bool isBlock = m_segment.read(&block, sizeof(block));
-    m_segment.detach();
-    return OtherCopy{block.windowHandle, !isBlock || platform::isProcessGone(block.processId)};
 }
 
 void SingleInstance::handOver() const

@@ -32,18 +32,6 @@ public:
 
     bool isAttached() const { return m_memory->isAttached(); }
 
-    /// Whether nobody has made, or tried to make, the segment of that key since it was last removed. A segment that
-    /// turns out to exist all the same is a stranger's: X11 systems number segments, and of the key only 16 bits of the
-    /// number of a file that create() makes go into a segment's number. Always false on Windows, where segments have
-    /// names.
-    bool isKeyUnused() const;
-
-    /// Gives the key another number, under which its segment can be made although a stranger's has the number that the
-    /// key had. Only for who is sure that no living copy uses that.
-    ///
-    /// @return false when the file that numbers the key cannot be replaced, and always on Windows.
-    bool renumber();
-
     /// Why the last attach() or create() that failed did so.
     QSharedMemory::SharedMemoryError error() const { return m_error; }
     QString errorString() const { return m_errorString; }

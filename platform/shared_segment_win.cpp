@@ -37,16 +37,6 @@ std::unique_ptr<QSharedMemory> SharedSegment::makeMemory(const QString& key)
     return std::make_unique<QSharedMemory>(key);
 }
 
-bool SharedSegment::isKeyUnused() const
-{
-    return false;
-}
-
-bool SharedSegment::renumber()
-{
-    return false;
-}
-
 bool SharedSegment::read(void* destination, qsizetype size)
 {
     if (m_memory->size() < size)

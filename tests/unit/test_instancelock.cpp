@@ -11,6 +11,8 @@
 #include <QSharedMemory>
 #include <QTest>
 
+#include <chrono>
+#include <cstring>
 #include <functional>
 #include <sys/shm.h>
 #include <sys/stat.h>
@@ -144,14 +146,20 @@ private slots:
         QCOMPARE(next.claim(), Role::First);
     }
 
-    void withoutItsLockFileTheRunningCopyIsStillTheFirst()
+    void aStrangersSegmentOfTheSameNumberIsLoggedAndRunThrough()
     {
-        SingleInstance first(m_key);
-        QCOMPARE(first.claim(), Role::First);
-        first.publish(1, QCoreApplication::applicationPid());
-        QVERIFY(QFile::remove(QFile::decodeName(lockFile(m_key))));
-        SingleInstance second(m_key);
-        QCOMPARE(second.claim(), Role::Second);
+        // The system makes the number of a segment from the file of its key.
+        QSharedMemory theirs(m_key + "-theirs");
+        QVERIFY(theirs.create(16));
+        std::memset(theirs.data(), 0x7f, 16);
+        QCOMPARE(link(QFile::encodeName(theirs.nativeKey()).constData(),
+                      QFile::encodeName(QSharedMemory(m_key).nativeKey()).constData()),
+                 0);
+        const MessageCapture capture;
+        SingleInstance ours(m_key, std::chrono::milliseconds(1));
+        QCOMPARE(ours.claim(), Role::Unguarded);
+        QCOMPARE(capture.texts(QtCriticalMsg).size(), 1);
+        QCOMPARE(QByteArray(static_cast<const char*>(theirs.constData()), 16), QByteArray(16, 0x7f));
     }
 
     void whereAnotherUserHasTheSegmentEveryCopyRunsUnguarded()

@@ -34,7 +34,7 @@ constexpr std::chrono::milliseconds kShortInterval{5};
 class StandingCopy
 {
 public:
-    /// @param with what it holds: "gate", "lock", "segment"; and whether its process id is "published" there.
+    /// @param with what it holds: "gate", "lock", "segment".
     StandingCopy(const QString& key, const QStringList& with) : m_segment(key)
     {
         m_process.start(QCoreApplication::applicationFilePath(),
@@ -71,15 +71,12 @@ int standStill(const QString& key, const QStringList& with)
     platform::InstanceLock gate(SingleInstance::gateName(key));
     platform::InstanceLock lock(key);
     platform::SharedSegment segment(key);
-    const std::array<qint64, 2> block{0, QCoreApplication::applicationPid()};
     if (with.contains("gate"))
         gate.tryLock();
     if (with.contains("lock"))
         lock.tryLock();
-    if (with.contains("segment") && !segment.create(sizeof(block)))
+    if (with.contains("segment") && !segment.create(16))
         return 1;
-    if (with.contains("published"))
-        segment.write(block.data(), sizeof(block));
     std::puts("there");
     std::fflush(stdout);
     for (;;)
@@ -250,24 +247,6 @@ private slots:
     void anAttemptTakesFiftyMilliseconds()
     {
         QCOMPARE(SingleInstance::kAttemptInterval, std::chrono::milliseconds(50));
-    }
-
-    void aSegmentThatALivingCopyHoldsWithoutTheLockMakesUsTheSecond_data()
-    {
-        QTest::addColumn<QStringList>("with");
-        QTest::newRow("starting") << QStringList{"segment"};
-        QTest::newRow("running") << QStringList{"segment", "published"};
-    }
-
-    void aSegmentThatALivingCopyHoldsWithoutTheLockMakesUsTheSecond()
-    {
-        QFETCH(const QStringList, with);
-        const StandingCopy first(m_key, with);
-        QVERIFY(first.isThere());
-        const MessageCapture capture;
-        SingleInstance second(m_key, kShortInterval);
-        QCOMPARE(second.claim(), Role::Second);
-        QVERIFY2(capture.texts().isEmpty(), qPrintable(capture.texts().join('\n')));
     }
 
     void aSegmentCanBeMadeAgainByTheObjectThatGaveItUp()
