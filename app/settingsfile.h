@@ -4,19 +4,17 @@
 
 class QIODevice;
 
-/// The settings file of systems without a registry: INI syntax in UTF-8, every group under the name it has.
-///
-/// The toolkit's own INI container cannot be used: it gives the group "general" a meaning of its own and finds
-/// "general/language" no more after a restart.
+/// The settings file of systems without a registry: INI syntax in UTF-8, every group under the name it has. Qt's own
+/// INI container gives the group "general" a meaning of its own and does not find "general/language" after a restart.
 ///
 ///     [general]
 ///     firstRun=false
 ///     language="en_US"
 ///
-/// The part of a key before its first "/" is the group; keys without one come first. Unquoted true and false are
-/// booleans, everything else is a string. Strings are written in double quotes, where a backslash begins an escape:
-/// \\ \" \n \r \t and \u with four hexadecimal digits of a UTF-16 code unit. A value typed by hand may go without
-/// quotes and is then taken as it stands, without the blanks around it. Lines that begin with ";" or "#" are comments.
+/// The part of a key before its first "/" is the group. Unquoted true and false are booleans, everything else is a
+/// string, written as in JSON. A value typed by hand may go without quotes: it is taken as it stands, without the
+/// blanks around it. Lines that begin with ";" or "#" are comments. Keys are plain words: "=", brackets and line ends
+/// in them are not escaped.
 namespace settingsfile {
 
 /// What is longer than this many bytes was not written by this program.
