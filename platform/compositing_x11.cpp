@@ -1,7 +1,7 @@
 #include "platform/compositing.h"
 #include "platform/xcb_handles.h"
 
-#include <QByteArray>
+#include <string>
 
 namespace platform {
 
@@ -15,19 +15,12 @@ struct Inquiry
     xcb_atom_t selection = XCB_ATOM_NONE;
 };
 
-xcb_atom_t atomNamed(xcb_connection_t* connection, const QByteArray& name)
-{
-    const auto cookie = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.constData());
-    const xcb::Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
 Inquiry newInquiry()
 {
     int screen = 0;
     Inquiry inquiry{xcb::Connection(xcb_connect(nullptr, &screen))};
     if (xcb_connection_has_error(inquiry.connection.get()) == 0)
-        inquiry.selection = atomNamed(inquiry.connection.get(), "_NET_WM_CM_S" + QByteArray::number(screen));
+        inquiry.selection = xcb::atomNamed(inquiry.connection.get(), "_NET_WM_CM_S" + std::to_string(screen));
     return inquiry;
 }
 

@@ -63,10 +63,7 @@ unsigned long MouseHook::Private::connect()
         connection.get(), xcb_input_xi_query_version(connection.get(), kXInputMajor, kXInputMinor), nullptr));
     if (!version || std::pair(version->major_version, version->minor_version) < std::pair(kXInputMajor, kXInputMinor))
         return XCB_CONN_CLOSED_EXT_NOTSUPPORTED;
-    auto screen = xcb_setup_roots_iterator(xcb_get_setup(connection.get()));
-    for (; screenNumber > 0 && screen.rem > 1; --screenNumber)
-        xcb_screen_next(&screen);
-    root = screen.data->root;
+    root = xcb::screenNumbered(connection.get(), screenNumber).root;
     return 0;
 }
 

@@ -56,10 +56,7 @@ NativeWindows::Private::Private()
     connection.reset(xcb_connect(nullptr, &screenNumber));
     if (!isConnected())
         return;
-    auto screen = xcb_setup_roots_iterator(xcb_get_setup(connection.get()));
-    for (; screenNumber > 0 && screen.rem > 1; --screenNumber)
-        xcb_screen_next(&screen);
-    root = screen.data->root;
+    root = xcb::screenNumbered(connection.get(), screenNumber).root;
 }
 
 /// The child with what position is in its coordinates; position is in the parent's.

@@ -3,24 +3,12 @@
 
 namespace platform {
 
-namespace {
-
-xcb_window_t rootOf(xcb_connection_t* display, int screen)
-{
-    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(display));
-    while (screen-- > 0 && screens.rem > 1)
-        xcb_screen_next(&screens);
-    return screens.data->root;
-}
-
-} // namespace
-
 struct PointerProbe::Connection
 {
     Connection() : display(xcb_connect(nullptr, &screen))
     {
         if (isUsable())
-            root = rootOf(display.get(), screen);
+            root = xcb::screenNumbered(display.get(), screen).root;
     }
 
     bool isUsable() const { return xcb_connection_has_error(display.get()) == 0; }

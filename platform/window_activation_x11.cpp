@@ -23,8 +23,6 @@ constexpr uint32_t kSourceUser = 2;
 class Connection
 {
 public:
-    Connection() : m_connection(xcb_connect(nullptr, &m_screenNumber)) {}
-
     bool isOpen() const { return xcb_connection_has_error(get()) == 0; }
     xcb_connection_t* get() const { return m_connection.get(); }
 
@@ -36,12 +34,7 @@ public:
         return reply ? reply->root : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
     }
 
-    xcb_atom_t atom(std::string_view name) const
-    {
-        const auto cookie = xcb_intern_atom(get(), 0, static_cast<uint16_t>(name.size()), name.data());
-        const xcb::Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(get(), cookie, nullptr));
-        return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
-    }
+    xcb_atom_t atom(std::string_view name) const { return xcb::atomNamed(get(), name); }
 
     /// The first 32-bit number of a property; 0 when there is none.
     uint32_t firstNumber(xcb_window_t window, xcb_atom_t property) const
@@ -81,8 +74,7 @@ public:
     }
 
 private:
-    int m_screenNumber = 0;
-    xcb::Connection m_connection;
+    xcb::Connection m_connection{xcb_connect(nullptr, nullptr)};
 };
 
 /// The window that a handle stands for; none for a number that cannot be a window id.

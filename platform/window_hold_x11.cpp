@@ -6,8 +6,6 @@
 #include <QWidget>
 #include <QWindow>
 
-#include <string_view>
-
 namespace {
 
 const auto kHoldName = QStringLiteral("windowHold");
@@ -18,22 +16,19 @@ void iconify(xcb_window_t window)
 {
     using namespace platform::xcb;
     constexpr uint32_t kIconicState = 3;
-    constexpr std::string_view kRequest = "WM_CHANGE_STATE";
     const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     if (x11 == nullptr)
         return;
     xcb_connection_t* const connection = x11->connection();
-    const Owned<xcb_intern_atom_reply_t> atom(
-        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, kRequest.size(), kRequest.data()), nullptr));
     const Owned<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
-    if (!atom || !tree)
+    if (!tree)
         return;
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window;
-    message.type = atom->atom;
+    message.type = atomNamed(connection, "WM_CHANGE_STATE");
     message.data.data32[0] = kIconicState;
     xcb_send_event(connection, 0, tree->root, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&message));

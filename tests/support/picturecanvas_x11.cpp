@@ -2,8 +2,8 @@
 #include "tests/support/picturecanvas.h"
 
 #include <array>
-#include <string_view>
 
+using platform::xcb::atomNamed;
 using platform::xcb::Connection;
 using platform::xcb::Owned;
 
@@ -13,13 +13,6 @@ xcb_rectangle_t rectangleOf(const QRect& rect)
 {
     return {static_cast<int16_t>(rect.x()), static_cast<int16_t>(rect.y()), static_cast<uint16_t>(rect.width()),
             static_cast<uint16_t>(rect.height())};
-}
-
-xcb_atom_t atom(xcb_connection_t* connection, std::string_view name)
-{
-    const auto cookie = xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.data());
-    const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 } // namespace
@@ -62,9 +55,9 @@ void PictureCanvas::show(const QColor& background)
                       XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values.data());
     const std::array<uint32_t, 1> noExposures{0};
     xcb_create_gc(connection, m_private->gc, m_private->window, XCB_GC_GRAPHICS_EXPOSURES, noExposures.data());
-    const xcb_atom_t type = atom(connection, "_NET_WM_WINDOW_TYPE_DESKTOP");
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, m_private->window, atom(connection, "_NET_WM_WINDOW_TYPE"),
-                        XCB_ATOM_ATOM, 32, 1, &type);
+    const xcb_atom_t type = atomNamed(connection, "_NET_WM_WINDOW_TYPE_DESKTOP");
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, m_private->window,
+                        atomNamed(connection, "_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1, &type);
     xcb_map_window(connection, m_private->window);
     flush();
 }

@@ -1,38 +1,21 @@
 #include "tests/support/stillpicture.h"
 
-#include <xcb/xcb.h>
+#include "platform/xcb_handles.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <string_view>
+
+using platform::xcb::atomNamed;
+using platform::xcb::Connection;
+using platform::xcb::Owned;
 
 namespace {
-
-struct Disconnect
-{
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
-
-struct Free
-{
-    void operator()(void* memory) const { std::free(memory); }
-};
-
-using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
 
 xcb_screen_t* screenOf(const Connection& connection)
 {
     return xcb_connection_has_error(connection.get()) == 0
                ? xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data
                : nullptr;
-}
-
-xcb_atom_t atom(xcb_connection_t* connection, std::string_view name)
-{
-    const auto cookie = xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.data());
-    const std::unique_ptr<xcb_intern_atom_reply_t, Free> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 /// The picture in the server's memory. It goes over in stripes that are below the longest request of any server.
@@ -93,15 +76,15 @@ StillPicture::StillPicture(const QImage& picture) : m_private(std::make_unique<P
                       screen->height_in_pixels, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
                       XCB_CW_BACK_PIXMAP, background.data());
     xcb_free_pixmap(connection, pixmap);
-    const xcb_atom_t type = atom(connection, "_NET_WM_WINDOW_TYPE_DESKTOP");
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom(connection, "_NET_WM_WINDOW_TYPE"),
+    const xcb_atom_t type = atomNamed(connection, "_NET_WM_WINDOW_TYPE_DESKTOP");
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atomNamed(connection, "_NET_WM_WINDOW_TYPE"),
                         XCB_ATOM_ATOM, 32, 1, &type);
     // Window managers put it on one of several screens unless the user himself has placed it, which is the first flag.
     const std::array<uint32_t, 18> sizeHints{1};
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32,
                         static_cast<uint32_t>(sizeHints.size()), sizeHints.data());
     const xcb_void_cookie_t mapped = xcb_map_window_checked(connection, window);
-    const std::unique_ptr<xcb_generic_error_t, Free> error(xcb_request_check(connection, mapped));
+    const Owned<xcb_generic_error_t> error(xcb_request_check(connection, mapped));
     m_private->isShown = error == nullptr && xcb_connection_has_error(connection) == 0;
 }
 

@@ -1,22 +1,16 @@
 #include "tests/support/watchedwindow.h"
 
+#include "platform/xcb_handles.h"
+
 #include <QString>
 
-#include <xcb/xcb.h>
-
 #include <array>
-#include <cstdlib>
 #include <string_view>
 
 namespace {
 
-struct Free
-{
-    void operator()(void* memory) const { std::free(memory); }
-};
-
 template <typename T>
-using Reply = std::unique_ptr<T, Free>;
+using Reply = platform::xcb::Owned<T>;
 
 constexpr uint8_t kEventMask = 0x7f;
 
@@ -28,12 +22,7 @@ struct WatchedWindow::Private
     xcb_window_t window = XCB_WINDOW_NONE;
     QStringList events;
 
-    xcb_atom_t atom(std::string_view name) const
-    {
-        const auto cookie = xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.data());
-        const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
-        return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-    }
+    xcb_atom_t atom(std::string_view name) const { return platform::xcb::atomNamed(connection, name); }
 
     QString name(xcb_atom_t atom) const
     {

@@ -65,12 +65,7 @@ public:
         return QImage(xcb_get_image_data(reply.get()), area.width(), area.height(), QImage::Format_RGB32).copy();
     }
 
-    xcb_atom_t atom(std::string_view name)
-    {
-        const auto cookie = xcb_intern_atom(m_connection.get(), 0, static_cast<uint16_t>(name.size()), name.data());
-        const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection.get(), cookie, nullptr));
-        return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-    }
+    xcb_atom_t atom(std::string_view name) { return platform::xcb::atomNamed(m_connection.get(), name); }
 
     QString atomName(xcb_atom_t atom)
     {
