@@ -1,7 +1,6 @@
 #include "mainwindow/sccountdownwidget.h"
 
 #include "app/settings.h"
-#include "platform/compositing.h"
 #include "platform/overlay_window.h"
 
 #include <QEventLoop>
@@ -81,7 +80,7 @@ void SCCountdownWidget::start(int count)
     }
     m_count = count;
     updateCountdown();
-    platform::readyAsOverlay(*this);
+    platform::prepareAsOverlay(*this);
     show();
     m_timer->start();
 }

@@ -1,8 +1,6 @@
 #include "mainwindow/scfullscreentoolbar.h"
 
-#include "platform/compositing.h"
 #include "platform/overlay_window.h"
-#include "platform/window_alpha.h"
 #include "widgets/bartip.h"
 #include "widgets/icons.h"
 #include "widgets/stylesheet.h"
@@ -158,8 +156,8 @@ void SCFullscreenToolbar::readyNativeWindow()
 {
     const auto flags = Qt::WindowFlags::fromInt(kWindowFlags);
     overrideWindowFlags(flags | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
-    platform::readyAsOverlay(*this);
-    m_hasOpenCorners = platform::readyForAlpha(*this);
+    platform::prepareAsOverlay(*this);
+    m_hasOpenCorners = platform::prepareForAlpha(*this);
     // What the native window was made with stays with it.
     overrideWindowFlags(flags);
 }

@@ -1,6 +1,6 @@
 #include "overlays/areaselector.h"
 
-#include "platform/compositing.h"
+#include "platform/overlay_window.h"
 
 #include <QDebug>
 #include <QGuiApplication>

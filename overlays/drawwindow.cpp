@@ -1,6 +1,5 @@
 #include "overlays/drawwindow.h"
 
-#include "platform/compositing.h"
 #include "platform/overlay_window.h"
 #include "widgets/bartip.h"
 #include "widgets/icons.h"
@@ -86,8 +85,8 @@ DrawWindow::DrawWindow(QWidget* parent) : QWidget(parent), m_opening(*this)
     if (QGuiApplication::primaryScreen() != nullptr)
         setGeometry(kFirstGeometry);
     loadStyleSheet();
-    platform::readyAsOverlay(*this);
-    platform::readyAsOverlay(*m_toolBar);
+    platform::prepareAsOverlay(*this);
+    platform::prepareAsOverlay(*m_toolBar);
     connect(&m_unseenMove, &UnseenMove::concealed, this, [this] { setConcealed(true); });
     connect(&m_unseenMove, &UnseenMove::moved, this, &DrawWindow::dragByToolBar);
     connect(&m_unseenMove, &UnseenMove::ended, this, &DrawWindow::endToolBarDrag);

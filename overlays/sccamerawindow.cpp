@@ -64,7 +64,7 @@ SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* p
     setAttribute(Qt::WA_QuitOnClose, false);
     setMinimumSize(kMinimumSize);
     buildContent();
-    platform::readyAsOverlay(*this);
+    platform::prepareAsOverlay(*this);
     // Makes the native window, where the system did not need it so far.
     winId();
     windowHandle()->installEventFilter(this);

@@ -1,7 +1,6 @@
 #include "overlays/windowhighlighter.h"
 
 #include "app/sclogger.h"
-#include "platform/compositing.h"
 #include "platform/overlay_window.h"
 #include "platform/window_hotkey.h"
 #include "widgets/messagebox.h"
@@ -70,7 +69,7 @@ WindowHighlighter::WindowHighlighter(std::unique_ptr<PickingDesktop> desktop, QW
     m_updateTimer->setInterval(kUpdateIntervalMs);
     connect(m_updateTimer, &QTimer::timeout, this, &WindowHighlighter::onTimer);
     m_desktop->registerHotkey(*this, [this] { setVisible(!isVisible()); });
-    platform::readyAsOverlay(*this);
+    platform::prepareAsOverlay(*this);
 }
 
 WindowHighlighter::~WindowHighlighter()

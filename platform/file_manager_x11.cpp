@@ -54,4 +54,9 @@ void revealInFileManager(const QString& path, std::chrono::milliseconds answerLi
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, QCoreApplication::instance(), finish);
 }
 
+QString shellPath(const QString& path)
+{
+    return path;
+}
+
 } // namespace platform

@@ -18,7 +18,7 @@ namespace platform {
 /// and hands them to it as mouse events. While that is so, the left and the right button and a plain move arrive; the
 /// wheel is swallowed, and the cursor is a cross.
 ///
-/// For windows made ready by readyAsOverlay(). Used on the user-interface thread, by the window that owns it.
+/// For windows made ready by prepareAsOverlay(). Used on the user-interface thread, by the window that owns it.
 class WindowOpening
 {
 public:

@@ -46,4 +46,14 @@ QString withoutWindowsMark(const QString& path)
     return path.startsWith(kMark) ? path.mid(kMark.size()) : path;
 }
 
+std::optional<QString> explorerArguments(const QString& path)
+{
+    // No file's name holds a quote; one that came from somewhere else could end the argument early.
+    if (path.isEmpty() || path.contains(u'"'))
+        return {};
+    // Explorer splits unquoted arguments at commas, hence quotes also where there is no blank, which an argument list
+    // would leave out.
+    return QStringLiteral("/select, \"%1\"").arg(withBackslashes(path));
+}
+
 } // namespace platform

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace platform {
 
 /// A path as Windows' own calls take it whatever its length: cleaned, with backslashes, and marked as one that needs no
@@ -13,5 +15,11 @@ QString extendedWindowsPath(const QString& path);
 
 /// The path without the mark that extendedWindowsPath() gives it.
 QString withoutWindowsMark(const QString& path);
+
+/// What Windows' "explorer" is to be called with to show a file selected in its folder: "/select," and the path, as one
+/// text in which the path cannot be taken for anything else. Nothing for a path that no file can have.
+///
+/// @param path absolute, with either separator.
+std::optional<QString> explorerArguments(const QString& path);
 
 } // namespace platform

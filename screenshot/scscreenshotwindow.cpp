@@ -1,7 +1,6 @@
 #include "screenshot/scscreenshotwindow.h"
 
 #include "platform/capture_exclusion.h"
-#include "platform/compositing.h"
 #include "platform/overlay_window.h"
 #include "screenshot/screengrab.h"
 #include "screenshot/scscreenshot.h"
@@ -108,7 +107,7 @@ SCScreenshotWindow::SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent
     placeToolBar();
     m_toolbar->show();
     loadStyleSheet();
-    platform::readyAsOverlay(*this);
+    platform::prepareAsOverlay(*this);
     // One answer for both: by it goes what is taken away before a grab, and what is painted onto it.
     m_isExcluded = platform::excludeTogether({m_toolbar.get(), this});
 }
@@ -137,7 +136,7 @@ void SCScreenshotWindow::buildToolBar()
     connect(m_cancelButton, &QPushButton::clicked, this, &SCScreenshotWindow::cancelScreenshot);
     retranslate();
     m_toolbar->adjustSize();
-    platform::readyAsOverlay(*m_toolbar);
+    platform::prepareAsOverlay(*m_toolbar);
     platform::setExcludedFromCapture(*m_toolbar, true);
 }
 

@@ -1,6 +1,6 @@
+#include "platform/file_manager.h"
 #include "platform/global_hotkey.h"
 #include "platform/mouse_hook.h"
-#include "platform/shell_path.h"
 #include "platform/window_activation.h"
 #include "platform/window_hotkey.h"
 #include "tests/support/reportedfailures.h"

@@ -3,7 +3,7 @@
 
 #include <QTest>
 
-/// Paths for Windows' own calls.
+/// Paths for Windows' own calls and for its file manager.
 class TestWindowsPath : public QObject
 {
     Q_OBJECT
@@ -46,6 +46,49 @@ private slots:
         for (const char* const path : {R"(\\?\C:\a\..\b)", R"(\\.\pipe\a)", R"(a\b)", "C:"})
             QCOMPARE(platform::extendedWindowsPath(QLatin1String(path)), QLatin1String(path));
         QCOMPARE(platform::extendedWindowsPath(QStringLiteral("a/b")), QStringLiteral(R"(a\b)"));
+    }
+
+    void explorerGetsOneArgumentWhateverThePathHolds_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("arguments");
+        QTest::newRow("plain") << "C:/videos/a.mp4"
+                               << R"(/select, "C:\videos\a.mp4")";
+        QTest::newRow("native separators") << R"(C:\videos\a.mp4)"
+                                           << R"(/select, "C:\videos\a.mp4")";
+        QTest::newRow("blanks") << "C:/my videos/a b.mp4"
+                                << R"(/select, "C:\my videos\a b.mp4")";
+        QTest::newRow("comma") << "C:/a,/e,b.mp4"
+                               << R"(/select, "C:\a,\e,b.mp4")";
+        QTest::newRow("percent signs") << "C:/100%/%1 %TEMP%.mp4"
+                                       << R"(/select, "C:\100%\%1 %TEMP%.mp4")";
+        QTest::newRow("leading dashes") << "C:/--help/-rf.mp4"
+                                        << R"(/select, "C:\--help\-rf.mp4")";
+        QTest::newRow("shell") << "C:/a & calc ^ (b); 'c'.mp4"
+                               << R"(/select, "C:\a & calc ^ (b); 'c'.mp4")";
+        QTest::newRow("Japanese") << u"C:/\u9332\u753b.mp4"_qs << u"/select, \"C:\\\u9332\u753b.mp4\""_qs;
+        QTest::newRow("another machine's") << "//host/share/a.mp4"
+                                           << R"(/select, "\\host\share\a.mp4")";
+    }
+
+    void explorerGetsOneArgumentWhateverThePathHolds()
+    {
+        QFETCH(const QString, path);
+        QFETCH(const QString, arguments);
+        QCOMPARE(platform::explorerArguments(path), std::optional(arguments));
+    }
+
+    void explorerIsNotAskedForWhatNoFileCanHave_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("quote") << R"(C:/a" /root,"C:/b.mp4)";
+        QTest::newRow("empty") << "";
+    }
+
+    void explorerIsNotAskedForWhatNoFileCanHave()
+    {
+        QFETCH(const QString, path);
+        QVERIFY(!platform::explorerArguments(path).has_value());
     }
 };
 

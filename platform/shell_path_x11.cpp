@@ -1,8 +1,0 @@
-#include "platform/shell_path.h"
-
-#include <QString>
-
-QString platform::shellPath(const QString& path)
-{
-    return path;
-}
