@@ -1,7 +1,7 @@
 #include "app/crashhandler.h"
 
 #include "app/appidentity.h"
-#include "platform/crash_report.h"
+#include "platform/process/crash_report.h"
 
 #include <QByteArray>
 #include <QDir>

@@ -6,9 +6,9 @@
 #include "app/singleinstance.h"
 #include "mainwindow/durations.h"
 #include "mainwindow/scmainwindow.h"
-#include "platform/console.h"
+#include "platform/process/console.h"
+#include "platform/process/termination.h"
 #include "platform/system_failure.h"
-#include "platform/termination.h"
 
 #include <QApplication>
 #include <QIcon>

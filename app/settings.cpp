@@ -4,7 +4,7 @@
 #include "app/sclogger.h"
 #include "app/settingsfile.h"
 #include "app/settingstables.h"
-#include "platform/settings_format.h"
+#include "platform/process/settings_format.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 #include "app/singleinstance.h"
 
 #include "app/sclogger.h"
-#include "platform/window_activation.h"
+#include "platform/windowing/window_activation.h"
 
 #include <QThread>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/instance_lock.h"
-#include "platform/shared_segment.h"
+#include "platform/process/instance_lock.h"
+#include "platform/process/shared_segment.h"
 
 #include <QString>
 

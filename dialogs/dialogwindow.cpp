@@ -1,6 +1,6 @@
 #include "dialogs/dialogwindow.h"
 
-#include "platform/frameless_window.h"
+#include "platform/windowing/frameless_window.h"
 #include "widgets/hovericons.h"
 
 #include <QAbstractButton>

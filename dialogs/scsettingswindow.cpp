@@ -4,7 +4,7 @@
 #include "app/settingstables.h"
 #include "dialogs/dialogwindow.h"
 #include "dialogs/hotkeychoices.h"
-#include "platform/frameless_window.h"
+#include "platform/windowing/frameless_window.h"
 #include "ui_scsettingswindow.h"
 #include "widgets/combobox.h"
 #include "widgets/hovericons.h"

@@ -4,7 +4,7 @@
 #include "app/sclogger.h"
 #include "dialogs/dialogwindow.h"
 #include "dialogs/updatedocument.h"
-#include "platform/frameless_window.h"
+#include "platform/windowing/frameless_window.h"
 #include "ui_scupgradewindow.h"
 #include "widgets/stylesheet.h"
 #include "widgets/webpage.h"

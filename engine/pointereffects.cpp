@@ -1,6 +1,6 @@
 #include "engine/pointereffects.h"
 
-#include "platform/pointer_state.h"
+#include "platform/input/pointer_state.h"
 
 #include <QString>
 #include <QStringList>

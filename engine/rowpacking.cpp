@@ -1,6 +1,6 @@
 #include "engine/rowpacking.h"
 
-#include "platform/gl_function.h"
+#include "platform/process/gl_function.h"
 
 #include <obs.h>
 

@@ -3,7 +3,7 @@
 #include "app/appidentity.h"
 #include "app/sclogger.h"
 #include "files/filerecordtext.h"
-#include "platform/disk_sync.h"
+#include "platform/files/disk_sync.h"
 
 #include <QDateTime>
 #include <QDir>

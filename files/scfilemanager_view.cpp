@@ -3,7 +3,7 @@
 #include "files/fileitemdelegate.h"
 #include "files/filerow.h"
 #include "files/scfilemanager.h"
-#include "platform/file_manager.h"
+#include "platform/files/file_manager.h"
 #include "widgets/messagebox.h"
 #include "widgets/openfile.h"
 

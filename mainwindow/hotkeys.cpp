@@ -2,7 +2,7 @@
 
 #include "app/sclogger.h"
 #include "app/settings.h"
-#include "platform/global_hotkey.h"
+#include "platform/input/global_hotkey.h"
 
 #include <QKeySequence>
 #include <QMetaMethod>

@@ -1,7 +1,7 @@
 #include "mainwindow/sccountdownwidget.h"
 
 #include "app/settings.h"
-#include "platform/overlay_window.h"
+#include "platform/windowing/overlay_window.h"
 
 #include <QEventLoop>
 #include <QLabel>

@@ -1,6 +1,6 @@
 #include "mainwindow/scfullscreentoolbar.h"
 
-#include "platform/overlay_window.h"
+#include "platform/windowing/overlay_window.h"
 #include "widgets/bartip.h"
 #include "widgets/icons.h"
 #include "widgets/stylesheet.h"

@@ -14,8 +14,8 @@
 #include "mainwindow/screenshotsession.h"
 #include "mainwindow/toolbarplacement.h"
 #include "overlays/windowhighlighter.h"
-#include "platform/capture_exclusion.h"
-#include "platform/window_hold.h"
+#include "platform/windowing/capture_exclusion.h"
+#include "platform/windowing/window_hold.h"
 #include "ui_scmainwindow.h"
 #include "widgets/icons.h"
 

@@ -3,7 +3,7 @@
 #include "dialogs/dialogwindow.h"
 #include "dialogs/scupgradewindow.h"
 #include "dialogs/silentupdatecheck.h"
-#include "platform/capture_exclusion.h"
+#include "platform/windowing/capture_exclusion.h"
 
 #include <QTimer>
 

@@ -1,6 +1,6 @@
 #include "overlays/areaselector.h"
 
-#include "platform/overlay_window.h"
+#include "platform/windowing/overlay_window.h"
 
 #include <QDebug>
 #include <QGuiApplication>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "overlays/unseenmove.h"
-#include "platform/window_opening.h"
+#include "platform/windowing/window_opening.h"
 #include "widgets/framegeometry.h"
 
 #include <QList>

@@ -1,7 +1,7 @@
 #include "overlays/pickingdesktop.h"
 
-#include "platform/pointer_state.h"
-#include "platform/window_hotkey.h"
+#include "platform/input/pointer_state.h"
+#include "platform/input/window_hotkey.h"
 
 #include <utility>
 

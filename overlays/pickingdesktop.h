@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/mouse_hook.h"
-#include "platform/native_windows.h"
+#include "platform/input/mouse_hook.h"
+#include "platform/input/native_windows.h"
 
 #include <functional>
 #include <memory>

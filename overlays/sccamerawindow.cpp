@@ -3,7 +3,7 @@
 #include "app/sclogger.h"
 #include "overlays/cameradiagnostics.h"
 #include "overlays/qtcamerasystem.h"
-#include "platform/overlay_window.h"
+#include "platform/windowing/overlay_window.h"
 
 #include <QCloseEvent>
 #include <QFutureWatcher>

@@ -1,8 +1,8 @@
 #include "overlays/windowhighlighter.h"
 
 #include "app/sclogger.h"
-#include "platform/overlay_window.h"
-#include "platform/window_hotkey.h"
+#include "platform/input/window_hotkey.h"
+#include "platform/windowing/overlay_window.h"
 #include "widgets/messagebox.h"
 #include "widgets/stylesheet.h"
 #include "widgets/windowmask.h"

@@ -1,7 +1,7 @@
 #include "screenshot/scscreenshot.h"
 
 #include "app/settings.h"
-#include "platform/disk_sync.h"
+#include "platform/files/disk_sync.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "screenshot/scscreenshotwindow.h"
 
-#include "platform/capture_exclusion.h"
-#include "platform/overlay_window.h"
+#include "platform/windowing/capture_exclusion.h"
+#include "platform/windowing/overlay_window.h"
 #include "screenshot/screengrab.h"
 #include "screenshot/scscreenshot.h"
 #include "widgets/icons.h"

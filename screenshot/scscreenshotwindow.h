@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/window_opening.h"
+#include "platform/windowing/window_opening.h"
 #include "widgets/framegeometry.h"
 
 #include <QColor>

@@ -1,7 +1,7 @@
 #include "widgets/openfile.h"
 
 #include "app/sclogger.h"
-#include "platform/file_manager.h"
+#include "platform/files/file_manager.h"
 
 #include <QDesktopServices>
 #include <QUrl>

@@ -5,7 +5,7 @@
 #include "dialogs/scupgradewindow.h"
 #include "mainwindow/sccountdownwidget.h"
 #include "mainwindow/scmainwindow.h"
-#include "platform/global_hotkey.h"
+#include "platform/input/global_hotkey.h"
 #include "screenshot/scscreenshotwindow.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"

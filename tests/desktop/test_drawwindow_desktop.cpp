@@ -1,5 +1,5 @@
 #include "overlays/drawwindow.h"
-#include "platform/overlay_window.h"
+#include "platform/windowing/overlay_window.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/testrun.h"

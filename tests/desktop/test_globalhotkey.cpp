@@ -1,4 +1,4 @@
-#include "platform/global_hotkey.h"
+#include "platform/input/global_hotkey.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/testrun.h"
 

@@ -1,4 +1,4 @@
-#include "platform/window_activation.h"
+#include "platform/windowing/window_activation.h"
 #include "tests/support/testrun.h"
 #include "tests/support/x11clients.h"
 

@@ -1,6 +1,6 @@
 #include "overlays/windowhighlighter.h"
-#include "platform/native_windows.h"
-#include "platform/overlay_window.h"
+#include "platform/input/native_windows.h"
+#include "platform/windowing/overlay_window.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/testrun.h"

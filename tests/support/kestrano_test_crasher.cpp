@@ -5,7 +5,7 @@
 
 #include "app/appidentity.h"
 #include "app/crashhandler.h"
-#include "platform/crash_report.h"
+#include "platform/process/crash_report.h"
 
 #include <QStandardPaths>
 #include <QString>

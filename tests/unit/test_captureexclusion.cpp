@@ -1,5 +1,5 @@
-#include "platform/capture_exclusion.h"
-#include "platform/display_affinity.h"
+#include "platform/windowing/capture_exclusion.h"
+#include "platform/windowing/display_affinity.h"
 #include "tests/support/reportedfailures.h"
 #include "tests/support/testrun.h"
 

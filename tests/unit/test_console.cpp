@@ -1,4 +1,4 @@
-#include "platform/console.h"
+#include "platform/process/console.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>

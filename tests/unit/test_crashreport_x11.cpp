@@ -1,4 +1,4 @@
-#include "platform/crash_report.h"
+#include "platform/process/crash_report.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testregistry.h"
 #include "tests/unit/crashertest.h"

@@ -1,8 +1,8 @@
-#include "platform/file_manager.h"
-#include "platform/global_hotkey.h"
-#include "platform/mouse_hook.h"
-#include "platform/window_activation.h"
-#include "platform/window_hotkey.h"
+#include "platform/files/file_manager.h"
+#include "platform/input/global_hotkey.h"
+#include "platform/input/mouse_hook.h"
+#include "platform/input/window_hotkey.h"
+#include "platform/windowing/window_activation.h"
 #include "tests/support/reportedfailures.h"
 #include "tests/support/testrun.h"
 

@@ -1,4 +1,4 @@
-#include "platform/file_manager.h"
+#include "platform/files/file_manager.h"
 #include "tests/support/addresses.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"

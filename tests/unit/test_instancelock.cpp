@@ -1,6 +1,6 @@
 #include "app/appidentity.h"
 #include "app/singleinstance.h"
-#include "platform/instance_lock.h"
+#include "platform/process/instance_lock.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testregistry.h"

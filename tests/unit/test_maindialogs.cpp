@@ -5,7 +5,7 @@
 #include "mainwindow/mainmenu.h"
 #include "mainwindow/scmainwindow.h"
 #include "overlays/scswitchwidget.h"
-#include "platform/global_hotkey.h"
+#include "platform/input/global_hotkey.h"
 #include "tests/support/countdowntest.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"

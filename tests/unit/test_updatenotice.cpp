@@ -6,7 +6,7 @@
 #include "mainwindow/tile.h"
 #include "mainwindow/updatenotice.h"
 #include "overlays/areaselector.h"
-#include "platform/capture_exclusion.h"
+#include "platform/windowing/capture_exclusion.h"
 #include "tests/support/countdowntest.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"

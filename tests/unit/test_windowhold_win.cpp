@@ -1,4 +1,4 @@
-#include "platform/window_hold.h"
+#include "platform/windowing/window_hold.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "platform/windows_path.h"
+#include "platform/files/windows_path.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>

@@ -1,8 +1,0 @@
-#include "platform/gl_function.h"
-
-#include <QLibrary>
-
-QFunctionPointer platform::glFunction(const char* name)
-{
-    return QLibrary::resolve(QStringLiteral("GL"), 1, name);
-}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/input/global_hotkey.h"
+
+namespace platform {
+
+/// Takes one key at a time for its owner and has it emit its signals, queued: what follows a hotkey may run events of
+/// its own, which must not happen inside the system's dispatcher.
+class GlobalHotkey::Backend
+{
+public:
+    Backend() = default;
+    virtual ~Backend() = default;
+    Backend(const Backend&) = delete;
+    Backend& operator=(const Backend&) = delete;
+
+    /// Takes the key; none is taken before. Empty on success, else why not.
+    virtual QString take(const QKeyCombination& key) = 0;
+
+    /// Lets go of the key, if one is taken.
+    virtual void release() = 0;
+
+    static std::unique_ptr<Backend> create(GlobalHotkey& owner);
+};
+
+} // namespace platform

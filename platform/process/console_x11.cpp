@@ -1,0 +1,11 @@
+#include "platform/process/console.h"
+
+namespace platform {
+
+bool attachToParentConsole()
+{
+    // A process started from a terminal already writes to it.
+    return false;
+}
+
+} // namespace platform

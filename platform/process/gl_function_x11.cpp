@@ -1,0 +1,8 @@
+#include "platform/process/gl_function.h"
+
+#include <QLibrary>
+
+QFunctionPointer platform::glFunction(const char* name)
+{
+    return QLibrary::resolve(QStringLiteral("GL"), 1, name);
+}

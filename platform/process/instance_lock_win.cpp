@@ -1,0 +1,16 @@
+#include "platform/process/instance_lock.h"
+
+namespace platform {
+
+InstanceLock::InstanceLock(const QString& name) : m_name(name) {}
+
+InstanceLock::~InstanceLock() = default;
+
+InstanceLock::State InstanceLock::tryLock()
+{
+    return State::NotNeeded;
+}
+
+void InstanceLock::release() {}
+
+} // namespace platform

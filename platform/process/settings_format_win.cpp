@@ -1,0 +1,10 @@
+#include "platform/process/settings_format.h"
+
+namespace platform {
+
+QSettings::Format settingsFormat(QSettings::ReadFunc, QSettings::WriteFunc)
+{
+    return QSettings::NativeFormat;
+}
+
+} // namespace platform

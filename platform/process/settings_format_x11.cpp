@@ -1,0 +1,10 @@
+#include "platform/process/settings_format.h"
+
+namespace platform {
+
+QSettings::Format settingsFormat(QSettings::ReadFunc readFile, QSettings::WriteFunc writeFile)
+{
+    return QSettings::registerFormat(QStringLiteral("conf"), readFile, writeFile, Qt::CaseSensitive);
+}
+
+} // namespace platform

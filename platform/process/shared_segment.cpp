@@ -1,0 +1,44 @@
+#include "platform/process/shared_segment.h"
+
+#include <utility>
+
+namespace platform {
+
+SharedSegment::SharedSegment(QString key) : m_key(std::move(key)), m_memory(makeMemory(m_key)) {}
+
+bool SharedSegment::attach()
+{
+    return noteResult(m_memory->attach());
+}
+
+bool SharedSegment::create(qsizetype size)
+{
+    if (noteResult(m_memory->create(size)))
+        return true;
+    forget();
+    return false;
+}
+
+void SharedSegment::detach()
+{
+    m_memory->detach();
+    forget();
+}
+
+void SharedSegment::forget()
+{
+    // Without the toolkit's lock, an object that once made its segment, or tried to, takes the lock that it does not
+    // have for an error from then on, and can do nothing any more (seen in Qt 6.4).
+    m_memory = makeMemory(m_key);
+}
+
+bool SharedSegment::noteResult(bool succeeded)
+{
+    if (succeeded)
+        return true;
+    m_error = m_memory->error();
+    m_errorString = m_memory->errorString();
+    return false;
+}
+
+} // namespace platform

@@ -1,0 +1,28 @@
+#include "platform/process/shared_segment.h"
+
+#include <cstring>
+
+namespace platform {
+
+std::unique_ptr<QSharedMemory> SharedSegment::makeMemory(const QString& key)
+{
+    // A segment that is named by its native key is one whose access the toolkit leaves to the caller.
+    auto memory = std::make_unique<QSharedMemory>();
+    memory->setNativeKey(QSharedMemory(key).nativeKey());
+    return memory;
+}
+
+bool SharedSegment::read(void* destination, qsizetype size)
+{
+    if (m_memory->size() < size)
+        return false;
+    std::memcpy(destination, m_memory->constData(), static_cast<std::size_t>(size));
+    return true;
+}
+
+void SharedSegment::write(const void* source, qsizetype size)
+{
+    std::memcpy(m_memory->data(), source, static_cast<std::size_t>(size));
+}
+
+} // namespace platform

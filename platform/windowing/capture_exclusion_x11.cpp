@@ -1,0 +1,10 @@
+#include "platform/windowing/capture_exclusion.h"
+
+namespace platform {
+
+bool setExcludedFromCapture(QWidget&, bool)
+{
+    return false;
+}
+
+} // namespace platform
