@@ -5,7 +5,7 @@
 # engine     the real core of libobs, on a private desktop
 # desktop    real windows, on a private desktop
 # recording  the program from its start to its file, on a private desktop
-# windows    Linux programs that drive the Windows program in Wine (tools/test-windows), on a private desktop and in a Wine
+# win32      Linux programs that drive the Windows program in Wine (tools/test-windows), on a private desktop and in a Wine
 #            prefix of their own
 #
 # The kind is the CTest label. Further labels:
@@ -126,7 +126,7 @@ function(kestrano_add_test kind name)
     endif()
   else()
     set(wrapper "")
-    if(kind STREQUAL "windows")
+    if(kind STREQUAL "win32")
       set(wrapper "${PROJECT_SOURCE_DIR}/tools/lib/with-wine")
     endif()
     add_test(NAME ${test} COMMAND "${PROJECT_SOURCE_DIR}/tools/private-desktop" ${arg_DESKTOP_ARGS} -- ${wrapper}

@@ -1,10 +1,10 @@
 // The eyes and the fingers of a test that runs outside Windows: says which windows there are, and does to them what
 // other programs do.
 //
-//   kestrano_test_windowprobe answer                          answers questions, see below
-//   kestrano_test_windowprobe target LEFT TOP WIDTH HEIGHT    shows a window with a button in its middle, and says
+//   kestrano_test_win32probe answer                          answers questions, see below
+//   kestrano_test_win32probe target LEFT TOP WIDTH HEIGHT    shows a window with a button in its middle, and says
 //                                                             each mouse button that is pressed on one of them
-//   kestrano_test_windowprobe hold MODIFIERS KEY              takes a hotkey away from others
+//   kestrano_test_win32probe hold MODIFIERS KEY              takes a hotkey away from others
 //
 // All run until they are ended; "READY" says that they work. A question is one line of the standard input, a JSON array
 // of strings, and its answer one line of the standard output: a JSON array that is empty when the question failed, else
@@ -364,7 +364,7 @@ int main(int argc, char* argv[])
         arguments.append(QString::fromLocal8Bit(argv[index]));
     const auto command = argc > 1 ? commands().find(argv[1]) : commands().end();
     if (command == commands().end() || arguments.size() != command->second.arguments) {
-        std::fputs("kestrano_test_windowprobe: no such command, or not its arguments\n", stderr);
+        std::fputs("kestrano_test_win32probe: no such command, or not its arguments\n", stderr);
         return 2;
     }
     return command->second.run(arguments);

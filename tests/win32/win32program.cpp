@@ -1,4 +1,4 @@
-#include "tests/windows/windowsprogram.h"
+#include "tests/win32/win32program.h"
 
 #include "tests/support/testpicture.h"
 
@@ -24,25 +24,25 @@ bool store(const QString& key, const QString& name, const QString& value)
 
 } // namespace
 
-WindowsProgram::WindowsProgram(const QString& profileName)
+Win32Program::Win32Program(const QString& profileName)
     : ProgramUnderTest(WineDesktop::program()), m_profileName(profileName.isEmpty() ? QStringLiteral(".") : profileName)
 {
     setSetting(QStringLiteral("recording/saveLocation"), WineDesktop::windowsPath(saveFolder()).replace('\\', '/'));
 }
 
-WindowsProgram::~WindowsProgram()
+Win32Program::~Win32Program()
 {
     if (QTest::currentTestFailed())
         std::fprintf(stderr, "--- what libobs printed ---\n%s", m_printed.constData());
     end();
 }
 
-QDir WindowsProgram::dataFolder() const
+QDir Win32Program::dataFolder() const
 {
     return userFolder().filePath(QStringLiteral("AppData/Roaming/Tolvaran/Kestrano"));
 }
 
-bool WindowsProgram::writeSettings()
+bool Win32Program::writeSettings()
 {
     bool done = WineDesktop::tell({QStringLiteral("forget"), kKey});
     for (const auto& [name, folder] : {std::pair{"AppData", "AppData/Roaming"},
@@ -60,18 +60,18 @@ bool WindowsProgram::writeSettings()
     return done;
 }
 
-QStringList WindowsProgram::command() const
+QStringList Win32Program::command() const
 {
     return {QStringLiteral("wine"), executable()};
 }
 
 /// The profile's folders are in the registry.
-QProcessEnvironment WindowsProgram::environment()
+QProcessEnvironment Win32Program::environment()
 {
     return QProcessEnvironment::systemEnvironment();
 }
 
-void WindowsProgram::readMessages()
+void Win32Program::readMessages()
 {
     process().waitForReadyRead(0);
     m_printed += process().readAll();
@@ -86,7 +86,7 @@ void WindowsProgram::readMessages()
     }
 }
 
-void WindowsProgram::keepLine(const QString& line)
+void Win32Program::keepLine(const QString& line)
 {
     constexpr qsizetype kStampLength = 23;
     const QDateTime moment = QDateTime::fromString(line.left(kStampLength), QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
@@ -95,7 +95,7 @@ void WindowsProgram::keepLine(const QString& line)
     keep({monotonicNow() - sinceNs, line.mid(kStampLength)});
 }
 
-QList<x11clients::Window> WindowsProgram::windows()
+QList<x11clients::Window> Win32Program::windows()
 {
     QList<x11clients::Window> windows;
     const QList<WindowsWindow> all = WineDesktop::windows();
@@ -105,12 +105,12 @@ QList<x11clients::Window> WindowsProgram::windows()
     return windows;
 }
 
-QMap<QString, QString> WindowsProgram::storedSettings()
+QMap<QString, QString> Win32Program::storedSettings()
 {
     return WineDesktop::stored(kKey);
 }
 
-std::optional<WindowsWindow> WindowsProgram::mainWindowAsWindowsKnowsIt(bool minimised, int timeoutMs)
+std::optional<WindowsWindow> Win32Program::mainWindowAsWindowsKnowsIt(bool minimised, int timeoutMs)
 {
     QElapsedTimer waited;
     waited.start();
@@ -123,7 +123,7 @@ std::optional<WindowsWindow> WindowsProgram::mainWindowAsWindowsKnowsIt(bool min
     return std::nullopt;
 }
 
-void WindowsProgram::askToEnd()
+void Win32Program::askToEnd()
 {
     constexpr int kCloseMessage = 0x0010;
     const QList<WindowsWindow> all = WineDesktop::windows();

@@ -1,4 +1,4 @@
-#include "tests/windows/winedesktop.h"
+#include "tests/win32/winedesktop.h"
 
 #include "tests/recording/recordinghelpers.h"
 
@@ -153,7 +153,7 @@ QString WineDesktop::begin()
         if (waited.hasExpired(kStartTimeoutMs))
             return QStringLiteral("there is no Wine desktop");
     m_probe.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    const QString failure = launch(m_probe, QStringLiteral("kestrano_test_windowprobe"), {QStringLiteral("answer")});
+    const QString failure = launch(m_probe, QStringLiteral("kestrano_test_win32probe"), {QStringLiteral("answer")});
     if (failure.isEmpty())
         currentProbe = &m_probe;
     return failure;

@@ -1,6 +1,6 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/testrun.h"
-#include "tests/windows/windowsuser.h"
+#include "tests/win32/win32user.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -10,7 +10,7 @@
 
 #include <memory>
 
-using namespace windowsuser;
+using namespace win32user;
 
 namespace {
 
@@ -41,13 +41,13 @@ const QStringList kCheckAndCancel{"Tab", "space", "Tab", "Tab", "space"};
 } // namespace
 
 /// The Windows program's list of files, worked by keys and pointer.
-class TestWindowsLibrary : public QObject
+class TestWin32Library : public QObject
 {
     Q_OBJECT
 
 private slots:
     void initTestCase() { QCOMPARE(m_desktop.begin(), QString()); }
-    void init() { m_program = std::make_unique<WindowsProgram>(); }
+    void init() { m_program = std::make_unique<Win32Program>(); }
     void cleanup() { m_program.reset(); }
 
     void libraryDropsWhatIsGoneAndShowsAFileInItsFolder();
@@ -68,11 +68,11 @@ private:
     static bool answerBox(const QStringList& keys);
 
     WineDesktop m_desktop;
-    std::unique_ptr<WindowsProgram> m_program;
+    std::unique_ptr<Win32Program> m_program;
     WindowsWindow m_main;
 };
 
-void TestWindowsLibrary::startWithFiles(const QStringList& names, const QStringList& gone)
+void TestWin32Library::startWithFiles(const QStringList& names, const QStringList& gone)
 {
     QVERIFY(m_program->dataFolder().mkpath(QStringLiteral(".")) && made().mkpath(QStringLiteral(".")));
     QJsonArray list;
@@ -91,7 +91,7 @@ void TestWindowsLibrary::startWithFiles(const QStringList& names, const QStringL
     QVERIFY(clickMain(kFilesTab));
 }
 
-QStringList TestWindowsLibrary::listed() const
+QStringList TestWin32Library::listed() const
 {
     QFile file(m_program->dataFolder().filePath(QStringLiteral("file_data.json")));
     if (!file.open(QIODevice::ReadOnly))
@@ -103,7 +103,7 @@ QStringList TestWindowsLibrary::listed() const
     return names;
 }
 
-bool TestWindowsLibrary::answerBox(const QStringList& keys)
+bool TestWin32Library::answerBox(const QStringList& keys)
 {
     const auto title = QStringLiteral("Delete");
     if (!awaitReady(title))
@@ -112,7 +112,7 @@ bool TestWindowsLibrary::answerBox(const QStringList& keys)
     return awaitGone(title) && awaitReady(QStringLiteral("Kestrano"));
 }
 
-void TestWindowsLibrary::libraryDropsWhatIsGoneAndShowsAFileInItsFolder()
+void TestWin32Library::libraryDropsWhatIsGoneAndShowsAFileInItsFolder()
 {
     startWithFiles({"new.mp4", "gone.mp4", "old.mp4"}, {"gone.mp4"});
     QCOMPARE(listed(), QStringList({"new.mp4", "old.mp4"}));
@@ -128,7 +128,7 @@ void TestWindowsLibrary::libraryDropsWhatIsGoneAndShowsAFileInItsFolder()
     QTRY_COMPARE_WITH_TIMEOUT(listed(), QStringList{"new.mp4"}, kTimeoutMs);
 }
 
-void TestWindowsLibrary::oneFileIsDeletedFromTheListOrFromDiskAsTold()
+void TestWin32Library::oneFileIsDeletedFromTheListOrFromDiskAsTold()
 {
     const QStringList all{"a.mp4", "b.mp4", "c.mp4"};
     startWithFiles(all);
@@ -152,7 +152,7 @@ void TestWindowsLibrary::oneFileIsDeletedFromTheListOrFromDiskAsTold()
     QTRY_COMPARE_WITH_TIMEOUT(made().entryList(QDir::Files), QStringList({"a.mp4", "b.mp4"}), kTimeoutMs);
 }
 
-void TestWindowsLibrary::selectedFilesAreDeletedFromDiskTogether()
+void TestWin32Library::selectedFilesAreDeletedFromDiskTogether()
 {
     const QStringList all{"a.mp4", "b.mp4", "c.mp4"};
     startWithFiles(all);
@@ -169,5 +169,5 @@ void TestWindowsLibrary::selectedFilesAreDeletedFromDiskTogether()
     QTRY_COMPARE_WITH_TIMEOUT(made().entryList(QDir::Files), QStringList{"b.mp4"}, kTimeoutMs);
 }
 
-REGISTER_TEST(testrun::gui<TestWindowsLibrary>);
-#include "test_windowslibrary.moc"
+REGISTER_TEST(testrun::gui<TestWin32Library>);
+#include "test_win32library.moc"

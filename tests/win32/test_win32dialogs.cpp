@@ -1,11 +1,11 @@
 #include "tests/support/testrun.h"
-#include "tests/windows/windowsuser.h"
+#include "tests/win32/win32user.h"
 
 #include <QTest>
 
 #include <memory>
 
-using namespace windowsuser;
+using namespace win32user;
 
 namespace {
 
@@ -42,13 +42,13 @@ bool pressSave(const WindowsWindow& /*window*/)
 
 QString stored(const char* key)
 {
-    return WindowsProgram::storedSettings().value(QLatin1String(key));
+    return Win32Program::storedSettings().value(QLatin1String(key));
 }
 
 } // namespace
 
 /// The windows that the Windows program opens over its main window, worked by keys and pointer.
-class TestWindowsDialogs : public QObject
+class TestWin32Dialogs : public QObject
 {
     Q_OBJECT
 
@@ -57,7 +57,7 @@ private slots:
 
     void init()
     {
-        m_program = std::make_unique<WindowsProgram>();
+        m_program = std::make_unique<Win32Program>();
         m_program->setSetting(QStringLiteral("screenshot/saveLocation"),
                               WineDesktop::windowsPath(shots().path()).replace('\\', '/'));
         const auto window = startInFront(*m_program);
@@ -82,11 +82,11 @@ private:
     bool closes(const WindowsWindow& window, WayToClose close) const;
 
     WineDesktop m_desktop;
-    std::unique_ptr<WindowsProgram> m_program;
+    std::unique_ptr<Win32Program> m_program;
     WindowsWindow m_main;
 };
 
-std::optional<WindowsWindow> TestWindowsDialogs::choose(const QStringList& keys, const QString& title) const
+std::optional<WindowsWindow> TestWin32Dialogs::choose(const QStringList& keys, const QString& title) const
 {
     if (!click(m_main, kMenuButton) || !awaitWindow([this](const WindowsWindow& window) {
             return window.process == m_main.process && window.handle != m_main.handle;
@@ -96,7 +96,7 @@ std::optional<WindowsWindow> TestWindowsDialogs::choose(const QStringList& keys,
     return awaitReady(title);
 }
 
-bool TestWindowsDialogs::closes(const WindowsWindow& window, WayToClose close) const
+bool TestWin32Dialogs::closes(const WindowsWindow& window, WayToClose close) const
 {
     if (!close(window) || !awaitGone(window.title) || !m_program->isRunning())
         return false;
@@ -104,7 +104,7 @@ bool TestWindowsDialogs::closes(const WindowsWindow& window, WayToClose close) c
     return front && front->handle == m_main.handle && visibleWindows() == 1;
 }
 
-void TestWindowsDialogs::savedSettingsAreStoredAndInForceAtOnce()
+void TestWin32Dialogs::savedSettingsAreStoredAndInForceAtOnce()
 {
     const auto window = choose({"Down", "Return"}, QStringLiteral("Settings"));
     QVERIFY(window);
@@ -140,7 +140,7 @@ void TestWindowsDialogs::savedSettingsAreStoredAndInForceAtOnce()
     QCOMPARE(QDir(m_program->saveFolder()).entryList({"*.mp4"}, QDir::Files).size(), 1);
 }
 
-void TestWindowsDialogs::settingsThatAreNotSavedAreNotStored()
+void TestWin32Dialogs::settingsThatAreNotSavedAreNotStored()
 {
     for (const WayToClose close : {pressCancel, pressEscape, clickCloseButton, closeBySystem, pressSave}) {
         QVERIFY(click(m_main, kSettingsButton));
@@ -153,7 +153,7 @@ void TestWindowsDialogs::settingsThatAreNotSavedAreNotStored()
     }
 }
 
-void TestWindowsDialogs::aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryWay()
+void TestWin32Dialogs::aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryWay()
 {
     const QStringList entry{"Up", "Return"};
     const auto title = QStringLiteral("About");
@@ -177,7 +177,7 @@ void TestWindowsDialogs::aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryW
     }
 }
 
-void TestWindowsDialogs::updateCheckWithoutANetworkIsReportedInItsWindowWhichClosesInEveryWay()
+void TestWin32Dialogs::updateCheckWithoutANetworkIsReportedInItsWindowWhichClosesInEveryWay()
 {
     const QStringList entry{"Down", "Down", "Down", "Return"};
     const auto title = QStringLiteral("Upgrade");
@@ -195,12 +195,12 @@ void TestWindowsDialogs::updateCheckWithoutANetworkIsReportedInItsWindowWhichClo
     }
 }
 
-void TestWindowsDialogs::closeButtonOfTheMainWindowEndsTheProgramWithZero()
+void TestWin32Dialogs::closeButtonOfTheMainWindowEndsTheProgramWithZero()
 {
     QVERIFY(click(m_main, kCloseButton));
     QVERIFY(m_program->waitUntilEnded(kTimeoutMs));
     QVERIFY2(m_program->endedWell(), qPrintable(m_program->transcript()));
 }
 
-REGISTER_TEST(testrun::gui<TestWindowsDialogs>);
-#include "test_windowsdialogs.moc"
+REGISTER_TEST(testrun::gui<TestWin32Dialogs>);
+#include "test_win32dialogs.moc"

@@ -1,7 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testrun.h"
-#include "tests/windows/windowsuser.h"
+#include "tests/win32/win32user.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -15,7 +15,7 @@
 
 namespace {
 
-using windowsuser::kTimeoutMs;
+using win32user::kTimeoutMs;
 
 constexpr int kPollMs = 50;
 constexpr int kTolerance = 12;
@@ -41,7 +41,7 @@ QColor colourAt(const QImage& image, const QPoint& place)
 /// The window of the program that is as large as this, once it is shown.
 std::optional<WindowsWindow> awaitWindow(const QSize& size)
 {
-    return windowsuser::awaitWindow([&size](const WindowsWindow& window) {
+    return win32user::awaitWindow([&size](const WindowsWindow& window) {
         return window.program == QLatin1String("kestrano.exe") && window.place.size() == size;
     });
 }
@@ -50,7 +50,7 @@ std::optional<WindowsWindow> awaitWindow(const QSize& size)
 bool dragRegion()
 {
     const auto veil = awaitWindow(QGuiApplication::primaryScreen()->size());
-    if (!veil || !windowsuser::drag(kTarget.topLeft(), kTarget.bottomRight()))
+    if (!veil || !win32user::drag(kTarget.topLeft(), kTarget.bottomRight()))
         return false;
     return QTest::qWaitFor(
         [&veil] {
@@ -66,7 +66,7 @@ bool dragRegion()
 
 /// What the Windows program takes of the screen: a region of it in a recording; all of it, a region and a window in a
 /// screenshot.
-class TestWindowsCapture : public QObject
+class TestWin32Capture : public QObject
 {
     Q_OBJECT
 
@@ -74,7 +74,7 @@ private slots:
     void initTestCase()
     {
         QCOMPARE(m_desktop.begin(), QString());
-        QCOMPARE(WineDesktop::launch(m_target, QStringLiteral("kestrano_test_windowprobe"),
+        QCOMPARE(WineDesktop::launch(m_target, QStringLiteral("kestrano_test_win32probe"),
                                      {QStringLiteral("target"), QString::number(kTarget.left()),
                                       QString::number(kTarget.top()), QString::number(kTarget.width()),
                                       QString::number(kTarget.height())}),
@@ -96,11 +96,11 @@ private slots:
 
 private:
     /// Where the program will write its screenshots.
-    static QDir keepShotsIn(WindowsProgram& program);
+    static QDir keepShotsIn(Win32Program& program);
     /// Waits for the box that reports a screenshot, and closes it. The one screenshot there; empty when there is none.
     static QString awaitShot(const QDir& shots);
     /// Starts the program and clicks a tile of its screenshot page.
-    static void clickTile(WindowsProgram& program, const QPoint& tile);
+    static void clickTile(Win32Program& program, const QPoint& tile);
     /// Puts the other program's window in front of the program's.
     static bool bringTargetToFront();
     /// Moves the pointer to that window's button until the program frames it; the frame.
@@ -110,13 +110,13 @@ private:
     QProcess m_target;
 };
 
-void TestWindowsCapture::aDraggedRegionIsRecordedAndNothingElse()
+void TestWin32Capture::aDraggedRegionIsRecordedAndNothingElse()
 {
-    WindowsProgram program;
+    Win32Program program;
     for (const char* key : {"mouse/switch", "mouse/showHighlight", "mouse/showCursor"})
         program.setSetting(QLatin1String(key), false);
-    QVERIFY2(windowsuser::startInFront(program), qPrintable(program.transcript()));
-    windowsuser::press(QStringList(kStepsToRegion, QStringLiteral("shift+Tab")) + QStringList{QStringLiteral("space")});
+    QVERIFY2(win32user::startInFront(program), qPrintable(program.transcript()));
+    win32user::press(QStringList(kStepsToRegion, QStringLiteral("shift+Tab")) + QStringList{QStringLiteral("space")});
     QVERIFY(dragRegion());
 
     const Take take = record(program, QStringLiteral("mp4"), 2000);
@@ -133,7 +133,7 @@ void TestWindowsCapture::aDraggedRegionIsRecordedAndNothingElse()
              qPrintable(colourAt(picture, all.center()).name()));
 }
 
-QDir TestWindowsCapture::keepShotsIn(WindowsProgram& program)
+QDir TestWin32Capture::keepShotsIn(Win32Program& program)
 {
     const QDir shots(program.profile().filePath(QStringLiteral("shots")));
     program.setSetting(QStringLiteral("screenshot/saveLocation"),
@@ -141,31 +141,31 @@ QDir TestWindowsCapture::keepShotsIn(WindowsProgram& program)
     return shots;
 }
 
-QString TestWindowsCapture::awaitShot(const QDir& shots)
+QString TestWin32Capture::awaitShot(const QDir& shots)
 {
     // The box comes when the file is complete, and keeps the program from ending.
     const auto box = QStringLiteral("Screenshot Saved");
-    if (!windowsuser::awaitReady(box))
+    if (!win32user::awaitReady(box))
         return {};
-    windowsuser::press({QStringLiteral("Return")});
+    win32user::press({QStringLiteral("Return")});
     const QStringList names = shots.entryList({"Screenshot_*.png"}, QDir::Files);
-    return windowsuser::awaitGone(box) && names.size() == 1 ? shots.filePath(names.constFirst()) : QString();
+    return win32user::awaitGone(box) && names.size() == 1 ? shots.filePath(names.constFirst()) : QString();
 }
 
-void TestWindowsCapture::clickTile(WindowsProgram& program, const QPoint& tile)
+void TestWin32Capture::clickTile(Win32Program& program, const QPoint& tile)
 {
-    const auto window = windowsuser::startInFront(program);
+    const auto window = win32user::startInFront(program);
     QVERIFY2(window, qPrintable(program.transcript()));
-    QVERIFY(windowsuser::click(*window, windowsuser::kScreenshotTab) && windowsuser::click(*window, tile));
+    QVERIFY(win32user::click(*window, win32user::kScreenshotTab) && win32user::click(*window, tile));
 }
 
-void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
+void TestWin32Capture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
 {
-    WindowsProgram program;
+    Win32Program program;
     const QDir shots = keepShotsIn(program);
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     ProgramUnderTest::pressKey(QStringLiteral("F10"));
-    QVERIFY(windowsuser::awaitScreenshotBar());
+    QVERIFY(win32user::awaitScreenshotBar());
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
     const QString path = awaitShot(shots);
     const QImage picture(path);
@@ -178,31 +178,31 @@ void TestWindowsCapture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
     QVERIFY2(library.readAll().contains(QFileInfo(path).fileName().toUtf8()), "the library does not have it");
 }
 
-void TestWindowsCapture::aDraggedRegionIsShotAsItIsOrWithAStroke_data()
+void TestWin32Capture::aDraggedRegionIsShotAsItIsOrWithAStroke_data()
 {
     QTest::addColumn<bool>("draws");
     QTest::newRow("as it is") << false;
     QTest::newRow("with a stroke") << true;
 }
 
-void TestWindowsCapture::aDraggedRegionIsShotAsItIsOrWithAStroke()
+void TestWin32Capture::aDraggedRegionIsShotAsItIsOrWithAStroke()
 {
     QFETCH(const bool, draws);
-    WindowsProgram program;
+    Win32Program program;
     const QDir shots = keepShotsIn(program);
     clickTile(program, kRegionTile);
     QVERIFY(dragRegion());
-    const auto bar = windowsuser::awaitScreenshotBar();
+    const auto bar = win32user::awaitScreenshotBar();
     QVERIFY(bar);
     const QPoint stroke(kTarget.center() - QPoint(0, 70));
     if (draws) {
-        QVERIFY(windowsuser::click(*bar, kPenButton));
-        QVERIFY(windowsuser::drag(stroke - QPoint(60, 0), stroke + QPoint(60, 0)));
-        QVERIFY(windowsuser::click(*bar, kSaveButton));
+        QVERIFY(win32user::click(*bar, kPenButton));
+        QVERIFY(win32user::drag(stroke - QPoint(60, 0), stroke + QPoint(60, 0)));
+        QVERIFY(win32user::click(*bar, kSaveButton));
     } else {
         // The keyboard works though the bar was pressed last.
-        QVERIFY(windowsuser::click(*bar, kClearButton));
-        windowsuser::press({"Return"});
+        QVERIFY(win32user::click(*bar, kClearButton));
+        win32user::press({"Return"});
     }
 
     const QImage picture(awaitShot(shots));
@@ -217,15 +217,15 @@ void TestWindowsCapture::aDraggedRegionIsShotAsItIsOrWithAStroke()
     QCOMPARE(picture.pixelColor(picture.rect().center()), QColor(128, 128, 128));
 }
 
-void TestWindowsCapture::aPickedWindowIsShotAndNothingElse()
+void TestWin32Capture::aPickedWindowIsShotAndNothingElse()
 {
-    WindowsProgram program;
+    Win32Program program;
     const QDir shots = keepShotsIn(program);
     clickTile(program, kWindowTile);
     QVERIFY(bringTargetToFront());
     QVERIFY(pointAtButton());
     QVERIFY(xdotool({"click", "1"}));
-    QVERIFY(windowsuser::awaitScreenshotBar());
+    QVERIFY(win32user::awaitScreenshotBar());
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
 
     const QImage picture(awaitShot(shots));
@@ -234,14 +234,14 @@ void TestWindowsCapture::aPickedWindowIsShotAndNothingElse()
         QCOMPARE(picture.pixelColor(place), QColor(128, 128, 128));
 }
 
-bool TestWindowsCapture::bringTargetToFront()
+bool TestWin32Capture::bringTargetToFront()
 {
     const auto target =
-        windowsuser::awaitWindow([](const WindowsWindow& window) { return window.title == QLatin1String("Target"); });
-    return target && windowsuser::bringToFront(*target) && windowsuser::awaitFront(target->handle);
+        win32user::awaitWindow([](const WindowsWindow& window) { return window.title == QLatin1String("Target"); });
+    return target && win32user::bringToFront(*target) && win32user::awaitFront(target->handle);
 }
 
-std::optional<WindowsWindow> TestWindowsCapture::pointAtButton()
+std::optional<WindowsWindow> TestWin32Capture::pointAtButton()
 {
     QElapsedTimer waited;
     waited.start();
@@ -257,9 +257,9 @@ std::optional<WindowsWindow> TestWindowsCapture::pointAtButton()
     return std::nullopt;
 }
 
-void TestWindowsCapture::theHookFramesTheDeepestWindowAndSwallowsNoClick()
+void TestWin32Capture::theHookFramesTheDeepestWindowAndSwallowsNoClick()
 {
-    WindowsProgram program;
+    Win32Program program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     QVERIFY(bringTargetToFront());
     ProgramUnderTest::pressKey(QStringLiteral("ctrl+shift+h"));
@@ -275,5 +275,5 @@ void TestWindowsCapture::theHookFramesTheDeepestWindowAndSwallowsNoClick()
     QCOMPARE(m_target.readAll().trimmed(), QByteArray("button pressed"));
 }
 
-REGISTER_TEST(testrun::gui<TestWindowsCapture>);
-#include "test_windowscapture.moc"
+REGISTER_TEST(testrun::gui<TestWin32Capture>);
+#include "test_win32capture.moc"

@@ -1,7 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testrun.h"
-#include "tests/windows/windowsuser.h"
+#include "tests/win32/win32user.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -22,7 +22,7 @@ constexpr QPoint kPauseButton(60, 20);
 constexpr QPoint kElsewhere(480, 400);
 const auto kBarTitle = QStringLiteral("Recording Toolbar");
 
-using windowsuser::kTimeoutMs;
+using win32user::kTimeoutMs;
 
 /// Calls the floating bar with the pointer and presses its button that pauses, until the program answers: the bar may
 /// have gone again before a slow desktop brought it the click. The moment of the answer.
@@ -35,9 +35,8 @@ std::optional<int64_t> pressPause(ProgramUnderTest& program, const QString& answ
     while (!waited.hasExpired(kTimeoutMs)) {
         if (!WineDesktop::pointTo({kElsewhere.x(), 0}))
             return std::nullopt;
-        const auto bar =
-            windowsuser::awaitWindow([](const WindowsWindow& window) { return window.title == kBarTitle; });
-        if (!bar || !windowsuser::click(*bar, kPauseButton))
+        const auto bar = win32user::awaitWindow([](const WindowsWindow& window) { return window.title == kBarTitle; });
+        if (!bar || !win32user::click(*bar, kPauseButton))
             return std::nullopt;
         if (const auto line = program.waitForMessage(answer, kAnswerMs, from))
             return line->monotonicNs;
@@ -48,7 +47,7 @@ std::optional<int64_t> pressPause(ProgramUnderTest& program, const QString& answ
 } // namespace
 
 /// What a user does, and another program may do, while the Windows program records.
-class TestWindowsRecording : public QObject
+class TestWin32Recording : public QObject
 {
     Q_OBJECT
 
@@ -72,9 +71,9 @@ private:
     WindowsPerformance m_performance;
 };
 
-void TestWindowsRecording::aPausePressedOnTheBarIsNotInTheFile()
+void TestWin32Recording::aPausePressedOnTheBarIsNotInTheFile()
 {
-    WindowsProgram program;
+    Win32Program program;
     program.setSetting(QStringLiteral("recording/micSwitch"), true);
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     Take take = beginTake(program, QStringLiteral("mp4"));
@@ -99,11 +98,11 @@ void TestWindowsRecording::aPausePressedOnTheBarIsNotInTheFile()
                  qPrintable(QStringLiteral("%1 s of %2 s with a pause of %3 s").arg(seconds).arg(all).arg(pause)));
 }
 
-void TestWindowsRecording::theBarFadesByTheAlphaOfItsLayer()
+void TestWin32Recording::theBarFadesByTheAlphaOfItsLayer()
 {
     constexpr int kHighestAlpha = 230;
     constexpr int64_t kAlphaFlag = 2;
-    WindowsProgram program;
+    Win32Program program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     Take take = beginTake(program, QStringLiteral("mp4"));
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
@@ -123,7 +122,7 @@ void TestWindowsRecording::theBarFadesByTheAlphaOfItsLayer()
 }
 
 /// Waits until the floating bar is shown, or is not, with this alpha. Empty on success, else what it had at last.
-QString TestWindowsRecording::waitForBar(bool shown, int alpha)
+QString TestWin32Recording::waitForBar(bool shown, int alpha)
 {
     QElapsedTimer waited;
     waited.start();
@@ -143,45 +142,45 @@ QString TestWindowsRecording::waitForBar(bool shown, int alpha)
     return last;
 }
 
-int64_t TestWindowsRecording::bringAnotherToFront()
+int64_t TestWin32Recording::bringAnotherToFront()
 {
     const QList<WindowsWindow> windows = WineDesktop::windows();
     for (const WindowsWindow& window : windows)
         if (window.title == QLatin1String("Target"))
-            return windowsuser::bringToFront(window) ? window.handle : 0;
+            return win32user::bringToFront(window) ? window.handle : 0;
     return 0;
 }
 
-void TestWindowsRecording::theHeldWindowTakesNoFocusFromAnother()
+void TestWin32Recording::theHeldWindowTakesNoFocusFromAnother()
 {
     QProcess other;
-    QCOMPARE(WineDesktop::launch(other, QStringLiteral("kestrano_test_windowprobe"),
+    QCOMPARE(WineDesktop::launch(other, QStringLiteral("kestrano_test_win32probe"),
                                  {QStringLiteral("target"), QStringLiteral("20"), QStringLiteral("420"),
                                   QStringLiteral("100"), QStringLiteral("60")}),
              QString());
-    WindowsProgram program;
+    Win32Program program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     Take take = beginTake(program, QStringLiteral("mp4"));
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
-    const auto held = WindowsProgram::mainWindowAsWindowsKnowsIt(true, kTimeoutMs);
+    const auto held = Win32Program::mainWindowAsWindowsKnowsIt(true, kTimeoutMs);
     QVERIFY(held);
     const QStringList placeBeforeOthers{QStringLiteral("place"), QString::number(held->handle)};
     const int64_t another = bringAnotherToFront();
-    QVERIFY(windowsuser::awaitFront(another));
+    QVERIFY(win32user::awaitFront(another));
     // The window has refused, or not, by the time of the answer.
     QVERIFY(WineDesktop::tell(placeBeforeOthers));
-    QVERIFY(windowsuser::isInFront(another));
+    QVERIFY(win32user::isInFront(another));
     endTake(program, take);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
     // Afterwards the same request is obeyed.
     QVERIFY(bringAnotherToFront() == another);
-    QVERIFY(windowsuser::awaitFront(another));
+    QVERIFY(win32user::awaitFront(another));
     QVERIFY(WineDesktop::tell(placeBeforeOthers));
-    QVERIFY(windowsuser::awaitFront(held->handle));
+    QVERIFY(win32user::awaitFront(held->handle));
     other.kill();
     other.waitForFinished();
 }
 
-REGISTER_TEST(testrun::gui<TestWindowsRecording>);
-#include "test_windowsrecording.moc"
+REGISTER_TEST(testrun::gui<TestWin32Recording>);
+#include "test_win32recording.moc"

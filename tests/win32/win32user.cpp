@@ -1,4 +1,4 @@
-#include "tests/windows/windowsuser.h"
+#include "tests/win32/win32user.h"
 
 #include "tests/recording/recordinghelpers.h"
 
@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace windowsuser {
+namespace win32user {
 
 namespace {
 
@@ -20,11 +20,11 @@ bool isOfProgram(const WindowsWindow& window)
 
 } // namespace
 
-std::optional<WindowsWindow> startInFront(WindowsProgram& program)
+std::optional<WindowsWindow> startInFront(Win32Program& program)
 {
     if (!program.startAndWaitUntilReady())
         return std::nullopt;
-    const auto window = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kTimeoutMs);
+    const auto window = Win32Program::mainWindowAsWindowsKnowsIt(false, kTimeoutMs);
     if (!window || !bringToFront(*window))
         return std::nullopt;
     return awaitReady(window->title);
@@ -128,4 +128,4 @@ qsizetype visibleWindows()
                          [](const WindowsWindow& window) { return isOfProgram(window) && !window.isMinimised; });
 }
 
-} // namespace windowsuser
+} // namespace win32user

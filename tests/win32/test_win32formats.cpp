@@ -1,7 +1,7 @@
 #include "tests/recording/formatjudge.h"
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/testrun.h"
-#include "tests/windows/windowsprogram.h"
+#include "tests/win32/win32program.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -15,7 +15,7 @@ constexpr formatjudge::Allowance kAllowance{.clockDrift = 0.15, .soundServer = 0
 } // namespace
 
 /// Each format recorded by the Windows program through its hotkey, and judged as the Linux program's are.
-class TestWindowsFormats : public QObject
+class TestWin32Formats : public QObject
 {
     Q_OBJECT
 
@@ -38,7 +38,7 @@ private slots:
         constexpr int kRecordMs = 2500;
         QFETCH(int, index);
         const formatjudge::Expected& expected = formatjudge::kFormats.at(static_cast<size_t>(index));
-        WindowsProgram program;
+        Win32Program program;
         // The sound of a process begins late, which the countdown covers.
         program.countDownInFull();
         program.setSetting(QStringLiteral("recording/format"), QLatin1String(expected.name));
@@ -55,5 +55,5 @@ private:
     WindowsPerformance m_performance;
 };
 
-REGISTER_TEST(testrun::gui<TestWindowsFormats>);
-#include "test_windowsformats.moc"
+REGISTER_TEST(testrun::gui<TestWin32Formats>);
+#include "test_win32formats.moc"

@@ -2,7 +2,7 @@
 #include "tests/support/mediafile.h"
 #include "tests/support/minidump.h"
 #include "tests/support/testrun.h"
-#include "tests/windows/windowsuser.h"
+#include "tests/win32/win32user.h"
 
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -31,7 +31,7 @@ std::optional<bool> isMinimisedAfter(const WindowsWindow& window, int systemComm
 } // namespace
 
 /// The Windows program from its start to its end: what it stores, and what it does with other programs' requests.
-class TestWindowsProgram : public QObject
+class TestWin32Program : public QObject
 {
     Q_OBJECT
 
@@ -49,35 +49,35 @@ private:
     WineDesktop m_desktop;
 };
 
-void TestWindowsProgram::aFreshProfileGetsAllFifteenKeys()
+void TestWin32Program::aFreshProfileGetsAllFifteenKeys()
 {
-    WindowsProgram program;
+    Win32Program program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     const QStringList expected{"general/firstRun",       "general/language",       "hotkeys/recording",
                                "hotkeys/screenshot",     "mouse/showCursor",       "mouse/showHighlight",
                                "mouse/switch",           "recording/format",       "recording/micSwitch",
                                "recording/saveLocation", "recording/screenSwitch", "recording/speakerSwitch",
                                "recording/webcamSwitch", "screenshot/format",      "screenshot/saveLocation"};
-    const QMap<QString, QString> stored = WindowsProgram::storedSettings();
+    const QMap<QString, QString> stored = Win32Program::storedSettings();
     QCOMPARE(stored.keys(), expected);
     QCOMPARE(stored.value(QStringLiteral("hotkeys/recording")), QStringLiteral("F9"));
     QCOMPARE(stored.value(QStringLiteral("recording/webcamSwitch")), QStringLiteral("false"));
 }
 
-void TestWindowsProgram::aSecondCopyHandsTheFocusOverAndEnds()
+void TestWin32Program::aSecondCopyHandsTheFocusOverAndEnds()
 {
-    WindowsProgram program;
+    Win32Program program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-    const auto shown = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
+    const auto shown = Win32Program::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
     QVERIFY(shown);
     QCOMPARE(isMinimisedAfter(*shown, kMinimise), true);
-    QVERIFY(WindowsProgram::mainWindowAsWindowsKnowsIt(true, kWindowTimeoutMs));
+    QVERIFY(Win32Program::mainWindowAsWindowsKnowsIt(true, kWindowTimeoutMs));
 
     QProcess second;
     second.start(QStringLiteral("wine"), {program.executable()});
     QVERIFY(second.waitForFinished(kEndTimeoutMs));
     QCOMPARE(second.exitCode(), 0);
-    const auto restored = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
+    const auto restored = Win32Program::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
     QVERIFY(restored);
     QCOMPARE(restored->handle, shown->handle);
     QVERIFY(restored->isForeground);
@@ -86,39 +86,39 @@ void TestWindowsProgram::aSecondCopyHandsTheFocusOverAndEnds()
     QCOMPARE(QDir(program.dataFolder().filePath(QStringLiteral("logs"))).entryList({"*.log"}, QDir::Files).size(), 1);
 }
 
-void TestWindowsProgram::aMinimisedWindowIsNotBroughtBackWhileRecording()
+void TestWin32Program::aMinimisedWindowIsNotBroughtBackWhileRecording()
 {
-    WindowsProgram program;
+    Win32Program program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     Take take = beginTake(program, QStringLiteral("mp4"));
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
-    const auto held = WindowsProgram::mainWindowAsWindowsKnowsIt(true, kWindowTimeoutMs);
+    const auto held = Win32Program::mainWindowAsWindowsKnowsIt(true, kWindowTimeoutMs);
     QVERIFY(held);
     // Refused, not undone afterwards. The low four bits are the system's.
     for (const int request : {kRestore, kRestore + 2, kMaximise})
         QCOMPARE(isMinimisedAfter(*held, request), true);
     // Long enough for a file, and for a window that does come back to do so.
     QTest::qWait(kRecordMs);
-    QVERIFY(WindowsProgram::mainWindowAsWindowsKnowsIt(true, 0));
+    QVERIFY(Win32Program::mainWindowAsWindowsKnowsIt(true, 0));
     endTake(program, take);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
     // Afterwards it is a window like any other.
     QCOMPARE(isMinimisedAfter(*held, kMinimise), true);
-    QVERIFY(WindowsProgram::mainWindowAsWindowsKnowsIt(true, kWindowTimeoutMs));
+    QVERIFY(Win32Program::mainWindowAsWindowsKnowsIt(true, kWindowTimeoutMs));
     QCOMPARE(isMinimisedAfter(*held, kRestore), false);
-    QVERIFY(WindowsProgram::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs));
+    QVERIFY(Win32Program::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs));
 }
 
-void TestWindowsProgram::aHotkeyThatAnotherProgramHoldsIsNamedInTheLog()
+void TestWin32Program::aHotkeyThatAnotherProgramHoldsIsNamedInTheLog()
 {
     constexpr int kF9 = 0x78;
     QProcess holder;
-    QCOMPARE(WineDesktop::launch(holder, QStringLiteral("kestrano_test_windowprobe"),
+    QCOMPARE(WineDesktop::launch(holder, QStringLiteral("kestrano_test_win32probe"),
                                  {QStringLiteral("hold"), QStringLiteral("0"), QString::number(kF9)}),
              QString());
     {
-        WindowsProgram program;
+        Win32Program program;
         QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
         const QRegularExpression named(QStringLiteral("F9.*another program holds it"));
         QVERIFY2(program.logText().contains(named), qPrintable(program.logText()));
@@ -127,14 +127,14 @@ void TestWindowsProgram::aHotkeyThatAnotherProgramHoldsIsNamedInTheLog()
     holder.waitForFinished();
 }
 
-void TestWindowsProgram::aUserFolderWithOtherLettersHoldsAllBeyondTheOldLimitOfPaths()
+void TestWin32Program::aUserFolderWithOtherLettersHoldsAllBeyondTheOldLimitOfPaths()
 {
     // Windows wants the user's folders themselves within 260 characters; what lies in them need not be.
     constexpr int kOldLimit = 260;
     const QString name = QStringLiteral("Aufnahmen aus dem \u00dcbungsraum/").repeated(5) +
                          QStringLiteral("J\u00fcrgen M\u00f6ller \u9332\u753b");
     const QString saveFolder = QStringLiteral("Aufnahmen f\u00fcr Zo\u00eb/").repeated(8);
-    WindowsProgram program(name);
+    Win32Program program(name);
     const QDir films(QDir::cleanPath(program.userFolder().filePath(saveFolder)));
     for (const char* key : {"recording/saveLocation", "screenshot/saveLocation"})
         program.setSetting(QLatin1String(key), WineDesktop::windowsPath(films.path()).replace('\\', '/'));
@@ -151,26 +151,26 @@ void TestWindowsProgram::aUserFolderWithOtherLettersHoldsAllBeyondTheOldLimitOfP
         WineDesktop::windowsPath(program.dataFolder().filePath(QStringLiteral("logs/vexmoor_yyyy-MM-dd_HH-mm-ss.log")));
     QVERIFY(take.path.size() > kOldLimit && log.size() > kOldLimit);
 
-    windowsuser::press({QStringLiteral("F10")});
-    QVERIFY(windowsuser::awaitScreenshotBar());
-    windowsuser::press({QStringLiteral("Return")});
+    win32user::press({QStringLiteral("F10")});
+    QVERIFY(win32user::awaitScreenshotBar());
+    win32user::press({QStringLiteral("Return")});
     const auto box = QStringLiteral("Screenshot Saved");
-    QVERIFY(windowsuser::awaitReady(box));
+    QVERIFY(win32user::awaitReady(box));
     const QStringList shots = films.entryList({QStringLiteral("Screenshot_*.png")}, QDir::Files);
     QCOMPARE(shots.size(), 1);
     QCOMPARE(QImage(films.filePath(shots.constFirst())).size(), QGuiApplication::primaryScreen()->size());
-    windowsuser::press({QStringLiteral("Return")});
-    QVERIFY(windowsuser::awaitGone(box));
+    win32user::press({QStringLiteral("Return")});
+    QVERIFY(win32user::awaitGone(box));
 }
 
-void TestWindowsProgram::anAccessViolationLeavesACrashReport()
+void TestWin32Program::anAccessViolationLeavesACrashReport()
 {
     // What stands before the memory is well within this; a dump of the whole memory takes minutes under Wine.
     constexpr qint64 kEnoughBytes = 4'000'000;
     constexpr uint32_t kAccessViolation = 0xC0000005;
-    WindowsProgram program;
+    Win32Program program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-    const auto window = WindowsProgram::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
+    const auto window = Win32Program::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
     QVERIFY(window && WineDesktop::tell({QStringLiteral("crash"), QString::number(window->process)}));
     const QDir logs(program.dataFolder().filePath(QStringLiteral("logs")));
     QTRY_COMPARE_WITH_TIMEOUT(logs.entryList({"crash_*.dmp"}, QDir::Files).size(), 1, kWindowTimeoutMs);
@@ -190,5 +190,5 @@ void TestWindowsProgram::anAccessViolationLeavesACrashReport()
         QVERIFY2(modules.filter(QLatin1String(name)).size() == 1, qPrintable(modules.join(QLatin1Char(' '))));
 }
 
-REGISTER_TEST(testrun::gui<TestWindowsProgram>);
-#include "test_windowsprogram.moc"
+REGISTER_TEST(testrun::gui<TestWin32Program>);
+#include "test_win32program.moc"

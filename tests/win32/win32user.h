@@ -1,12 +1,12 @@
 #pragma once
 
-#include "tests/windows/windowsprogram.h"
+#include "tests/win32/win32program.h"
 
 #include <functional>
 
 /// A user before the Windows desktop, with a keyboard and a pointer. Where something is awaited it is so for a time
 /// that a busy machine keeps.
-namespace windowsuser {
+namespace win32user {
 
 inline constexpr int kTimeoutMs = 20'000;
 
@@ -18,7 +18,7 @@ inline constexpr QPoint kMenuButton(736, 20);
 inline constexpr QPoint kCloseButton(808, 20);
 
 /// Starts the program and gets its main window to the front. Nothing when that fails.
-std::optional<WindowsWindow> startInFront(WindowsProgram& program);
+std::optional<WindowsWindow> startInFront(Win32Program& program);
 
 /// Asks a window to come to the front, as a taskbar does.
 bool bringToFront(const WindowsWindow& window);
@@ -49,4 +49,4 @@ bool awaitGone(const QString& title);
 /// How many windows of the program are there to be seen.
 qsizetype visibleWindows();
 
-} // namespace windowsuser
+} // namespace win32user

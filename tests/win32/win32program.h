@@ -1,16 +1,16 @@
 #pragma once
 
 #include "tests/support/programundertest.h"
-#include "tests/windows/winedesktop.h"
+#include "tests/win32/winedesktop.h"
 
 /// The Windows program under Wine, on a WineDesktop, in a profile of its own: the user's folders lie below profile(),
 /// and the registry has only what the test stores.
-class WindowsProgram : public ProgramUnderTest
+class Win32Program : public ProgramUnderTest
 {
 public:
     /// @param profileName a folder below profile() in which the user's folders are made; empty: profile() itself.
-    explicit WindowsProgram(const QString& profileName = {});
-    ~WindowsProgram() override;
+    explicit Win32Program(const QString& profileName = {});
+    ~Win32Program() override;
 
     /// The engine's own message does not go to the log file; this one follows it.
     QString startMessage() const override { return QStringLiteral("Recording started..."); }

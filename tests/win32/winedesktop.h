@@ -64,7 +64,7 @@ public:
     /// Starts a test program that says "READY". Empty on success.
     static QString launch(QProcess& process, const QString& name, const QStringList& arguments);
 
-    /// Asks the probe (kestrano_test_windowprobe says what there is to ask). Nothing when the question failed.
+    /// Asks the probe (kestrano_test_win32probe says what there is to ask). Nothing when the question failed.
     static std::optional<QJsonValue> ask(const QStringList& question);
     /// The same, where the answer has nothing to say.
     static bool tell(const QStringList& question) { return ask(question).has_value(); }
