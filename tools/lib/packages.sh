@@ -20,8 +20,11 @@ packages_faster=(ccache mold)
 packages_format=(clang-format)
 packages_lint=(clang-format clang-tidy shellcheck)
 
-# Builds for Windows and runs the result.
-packages_windows=(g++-mingw-w64-x86-64-posix mingw-w64-tools qt6-base-dev-tools qt6-multimedia-dev wine wine64 xz-utils)
+# Builds for Windows.
+packages_windows=(g++-mingw-w64-x86-64-posix mingw-w64-tools qt6-base-dev-tools qt6-multimedia-dev xz-utils)
+
+# Runs the result.
+packages_wine=(wine wine64)
 
 # Makes the installer for Windows.
 packages_package=(nsis)
