@@ -37,17 +37,14 @@ public:
     static void error(const QString& message);
 
 private:
-    /// Closes the file behind the logger's back.
-    friend class TestSCLogger;
-
     explicit SCLogger(QObject* parent);
 
     bool openForAppending();
     void writeLine(const QString& text);
 
-    QFile m_file;
+    QMutex m_mutex; ///< guards what follows
+    QFile m_file{this};
     QTextStream m_stream;
     QString m_filePath;
-    QMutex m_mutex;
     bool m_initialized = false;
 };

@@ -232,7 +232,7 @@ private slots:
     void aFileClosedBehindTheLoggersBackIsOpenedAgain()
     {
         QVERIFY(SCLogger::instance()->initialize(logPath()));
-        SCLogger::instance()->m_file.close();
+        SCLogger::instance()->findChild<QFile*>()->close();
         SCLogger::info("back again");
         QCOMPARE(linesOf(logPath()).size(), 3);
         QCOMPARE(messagesOf(logPath()).last(), QString(" - Info: back again"));
@@ -241,7 +241,7 @@ private slots:
     void aLineIsLostWhenTheFileCannotBeReopened()
     {
         QVERIFY(SCLogger::instance()->initialize(logPath()));
-        SCLogger::instance()->m_file.close();
+        SCLogger::instance()->findChild<QFile*>()->close();
         QVERIFY(QFile::remove(logPath()));
         QVERIFY(QDir().mkpath(logPath()));
         const MessageCapture capture;
