@@ -2,9 +2,8 @@
 
 class QString;
 
-/// Makes the crash folder, which is the log folder, and has the system write a report there when the program crashes
-/// (platform::installCrashReporter). Call once at start-up, when the application's identity is set and before the
-/// application object is made, so that a crash of that is reported as well.
+/// Makes the crash folder and has the system write a report there when the program crashes. Call once at start-up, with
+/// the application's identity set and before the application object is made.
 void installCrashHandler();
 
 /// The folder of crash reports: the log folder as it was when this was first asked for.

@@ -6,19 +6,14 @@
 #include <map>
 #include <stdexcept>
 
-/// An ordered map whose entries are fixed when it is made.
-///
-/// A key that is not in the table is a fault of the program or of a hand-edited value, never silently something else:
-/// the lookup throws.
+/// An ordered map whose entries are fixed when it is made; looking up a missing key throws.
 template <typename Key, typename T>
 class FixedTable
 {
 public:
     FixedTable(std::initializer_list<std::pair<const Key, T>> entries) : m_entries(entries) {}
 
-    /// The entry of key.
-    ///
-    /// @throw std::out_of_range when there is none.
+    /// @throw std::out_of_range when there is no entry.
     const T& at(const Key& key) const
     {
         const auto entry = m_entries.find(key);
@@ -34,7 +29,7 @@ public:
     auto begin() const { return m_entries.cbegin(); }
     auto end() const { return m_entries.cend(); }
 
-    /// The same table read the other way round. Of entries with equal values the first stays.
+    /// Values to keys. Of entries with equal values the first stays.
     FixedTable<T, Key> reversed() const
     {
         FixedTable<T, Key> table({});

@@ -75,7 +75,7 @@ void publishWindow(SingleInstance& guard, const SCMainWindow& window)
     guard.publish(handle != nullptr ? handle->winId() : 0, QCoreApplication::applicationPid());
 }
 
-/// Runs the first copy, from its log to the end of its event loop.
+/// Runs the first instance, from its log to the end of its event loop.
 int run(QApplication& application, SingleInstance& guard)
 {
     // Quitting closes every window as the user would, as soon as the event loop runs.

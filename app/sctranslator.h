@@ -4,16 +4,16 @@
 #include <QString>
 #include <QTranslator>
 
-/// Answers the toolkit's translation requests from one small text file per language, the resource
-/// ":/locales/<code>.ini" with lines of the form
+/// Answers Qt's translation requests from one text file per language, the resource ":/locales/<code>.ini" with lines of
+/// the form
 ///
 ///     Start Recording = "Aufnahme starten"
 ///
-/// The key is the English text as the program passes it; UTF-8, CR LF, no sections. The file goes through the toolkit's
-/// INI reader, which takes a "%" in a key for the start of a hexadecimal escape: write it as "%25" there.
+/// The key is the English text as the program passes it; UTF-8, CR LF, no sections. Qt's INI reader takes a "%" in a
+/// key for the start of a hexadecimal escape: write it as "%25".
 ///
-/// Used on the main thread only. To change the language, load the new one, take the translator out of the application
-/// and install it again: installing tells every window that the language changed.
+/// Main thread. To change the language, load the new one, remove the translator from the application and install it
+/// again, which announces the change to every window.
 class SCTranslator : public QTranslator
 {
     Q_OBJECT
@@ -21,18 +21,17 @@ class SCTranslator : public QTranslator
 public:
     explicit SCTranslator(QObject* parent = nullptr);
 
-    /// Replaces the whole table with the one of a language code such as "en_US".
+    /// Replaces the whole table with that of a language code such as "en_US".
     ///
-    /// @return false, with the path in the debug output and the table as it was, when there is no file for the code or
-    ///         the INI reader finds a fault in it.
+    /// @return false, with the table as it was, when there is no file for the code or the INI reader finds a fault in
+    /// it.
     bool loadLanguage(const QString& code);
 
-    /// The translation of sourceText, or sourceText itself when the table does not hold it. One text has one
-    /// translation everywhere: context, disambiguation and plural count are ignored.
+    /// sourceText itself when the table does not hold it. Context, disambiguation and plural count are ignored.
     QString translate(const char* context, const char* sourceText, const char* disambiguation = nullptr,
                       int n = -1) const override;
 
-    /// Whether the table is empty. The toolkit announces a language change only for a translator that is not.
+    /// Qt announces a language change only for a translator that is not empty.
     bool isEmpty() const override;
 
 private:

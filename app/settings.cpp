@@ -25,7 +25,7 @@ QString saveFolder(QStandardPaths::StandardLocation location)
 }
 
 /// Keeps what the next write to the store would replace.
-void setAside(const QString& path)
+void keepCopy(const QString& path)
 {
     const QString copy = path + QLatin1String(".unreadable");
     QFile::remove(copy);
@@ -57,22 +57,22 @@ std::unique_ptr<QSettings> openSettings()
                                     QLatin1String(appidentity::kApplicationName));
     settings->setFallbacksEnabled(false);
     if (settings->status() == QSettings::FormatError)
-        setAside(settings->fileName());
+        keepCopy(settings->fileName());
     reportTrouble(*settings);
     return settings;
 }
 
 QString settingsTrouble(const QSettings& settings)
 {
-    const QString place = QDir::toNativeSeparators(settings.fileName());
+    const QString path = QDir::toNativeSeparators(settings.fileName());
     if (settings.status() == QSettings::FormatError)
         return QStringLiteral("The settings in %1 cannot be understood; a copy is kept beside them, and the defaults "
                               "apply")
-            .arg(place);
+            .arg(path);
     if (!canBeRead(settings.fileName()))
-        return QStringLiteral("The settings in %1 cannot be read; the defaults apply").arg(place);
+        return QStringLiteral("The settings in %1 cannot be read; the defaults apply").arg(path);
     if (settings.status() == QSettings::AccessError || !settings.isWritable())
-        return QStringLiteral("The settings in %1 cannot be written; changes last until the program ends").arg(place);
+        return QStringLiteral("The settings in %1 cannot be written; changes last until the program ends").arg(path);
     return {};
 }
 

@@ -30,14 +30,13 @@ inline constexpr QLatin1String kMouseShowHighlight("mouse/showHighlight");
 
 } // namespace settingskeys
 
-/// Opens the user's settings store. The one place that does: it knows the container (the registry on Windows, elsewhere
-/// "Tolvaran/Kestrano.conf" in the user's configuration folder) and turns the system-wide fallbacks off.
+/// Opens the user's settings store, and is the one place that does: the registry on Windows, elsewhere
+/// "Tolvaran/Kestrano.conf" in the user's configuration folder, without system-wide fallbacks.
 ///
-/// Any number may be open at once; within the process they see each other's writes at once. Read by key alone, without
-/// a default of your own: applyDefaultSettings() has filled in what was missing, and an absent key is false or the
-/// empty string. Never fails: a store that cannot be read or written gets one warning in the log per process, and what
-/// is written to it lives as long as the process. A store whose file is no settings file is set aside under the file's
-/// name with ".unreadable" added, and started anew.
+/// Any number may be open; within the process they see each other's writes at once. Read by key alone: an absent key is
+/// false or the empty string, and applyDefaultSettings() has filled in what was missing. Never fails: a store that
+/// cannot be read or written gets one warning in the log, and its changes last until the process ends. A file that is
+/// no settings file is kept under its name with ".unreadable" added.
 std::unique_ptr<QSettings> openSettings();
 
 /// What keeps a store from being read or written, in plain words for the log; empty when all is well.

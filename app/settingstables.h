@@ -4,11 +4,10 @@
 
 #include <QString>
 
-/// The fixed tables between positions in the user interface's lists and the texts in the settings store. The store
-/// holds the text, never the position.
+/// Positions in the user interface's lists and the texts that the settings store holds for them.
 ///
-/// Every lookup (FixedTable::at) of a position or text that is not in its table throws std::out_of_range; who looks up
-/// a stored value, which the user may have edited, catches it.
+/// A look-up throws std::out_of_range for what is not in the table: who looks up a stored value, which the user may
+/// have edited, catches it.
 namespace settingstables {
 
 using PositionToText = FixedTable<int, QString>;

@@ -24,11 +24,11 @@ public:
     enum class Role
     {
         First,     ///< owns the segment
-        Second,    ///< another copy runs; hand over to it and end
+        Second,    ///< another instance runs; hand over to it and end
         Unguarded, ///< the segment can be neither attached nor created; runs all the same
     };
 
-    /// How long an attempt to claim the segment takes that met another instance in between; there are twenty.
+    /// How long an attempt takes that met another instance in between; there are twenty.
     static constexpr std::chrono::milliseconds kAttemptInterval{50};
 
     explicit SingleInstance(const QString& key = QStringLiteral("TolvaranKestranoSingleInstance"),
@@ -37,26 +37,25 @@ public:
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
-    /// Finds out which copy this is; takes two seconds at most, and hardly any time as a rule. Logs the making of the
-    /// segment, or what kept it from being made. Call once.
+    /// Finds out which instance this is; takes two seconds at most, and hardly any time as a rule. Call once.
     Role claim();
 
-    /// As the second copy: brings the first copy's window to the front, or logs that it has published none.
+    /// As the second instance: brings the first one's window to the front, or logs that it has published none.
     void handOver() const;
 
-    /// As the first copy: publishes the main window for later copies. Does nothing without a segment.
+    /// As the first instance: publishes the main window for later ones. Does nothing without a segment.
     void publish(quint64 windowHandle, qint64 processId);
 
     /// Gives up the segment, then the lock.
     void release();
 
-    /// The name of the lock (platform::InstanceLock) that is the gate to the segment of that key.
+    /// The name of the gate of the segment with that key.
     static QString gateName(const QString& key);
 
 private:
     struct Block;
 
-    /// The role, as far as one attempt tells.
+    /// None where another attempt is needed.
     std::optional<Role> claimOnce();
     Role roleAfterAllAttempts() const;
     Role conclude(Role role);

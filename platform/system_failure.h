@@ -4,11 +4,10 @@
 
 namespace platform {
 
-/// What a part of this folder could not do, told to whoever keeps the log; the caller learns it from the result. Any
-/// thread.
+/// Reports what a part of this folder could not do to whoever keeps the log. Any thread.
 void reportFailure(const QString& sentence);
 
-/// Tells of a call to the system that failed, in the system's own words: "RegisterHotKey failed: Hot key is already
+/// Reports a call to the system that failed, in the system's own words: "RegisterHotKey failed: Hot key is already
 /// registered. (error 1409)". Any thread.
 ///
 /// @param call  the system function's name. Not a text object: making one might set another error.
@@ -20,8 +19,7 @@ QString systemErrorText(unsigned long error);
 
 using FailureSink = void (*)(const QString& sentence);
 
-/// Hands reports to sink, which is called on the thread that reports; null brings back the toolkit's message output,
-/// where they go as warnings at first.
+/// Hands reports to sink, on the thread that reports; null means Qt's message output, as at first.
 void setFailureSink(FailureSink sink);
 
 } // namespace platform

@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// Takes one key at a time for its owner and has it emit its signals, queued: what follows a hotkey may run events of
-/// its own, which must not happen inside the system's dispatcher.
+/// Takes one key at a time for its owner and has it emit its signals, queued: what follows a hotkey may run an event
+/// loop, which must not happen inside the system's dispatcher.
 class GlobalHotkey::Backend
 {
 public:
@@ -17,7 +17,6 @@ public:
     /// Takes the key; none is taken before. Empty on success, else why not.
     virtual QString take(const QKeyCombination& key) = 0;
 
-    /// Lets go of the key, if one is taken.
     virtual void release() = 0;
 
     static std::unique_ptr<Backend> create(GlobalHotkey& owner);

@@ -98,7 +98,7 @@ void MouseHook::Private::readEvents()
     notifier->setEnabled(false);
 }
 
-/// Whoever waits for an answer takes in the events before it as well, and the socket does not tell of those any more.
+/// Whoever waits for an answer takes in the events before it as well, and the socket does not announce those any more.
 void MouseHook::Private::lookAtPointer()
 {
     hasMoved = true;
@@ -146,7 +146,7 @@ void MouseHook::Private::setWanted(bool wanted)
         glance.stop();
 }
 
-/// Raw events tell how far the device was moved, not where that took the pointer.
+/// Raw events say how far the device was moved, not where that took the pointer.
 QPoint MouseHook::Private::pointer() const
 {
     const xcb::Owned<xcb_query_pointer_reply_t> reply(

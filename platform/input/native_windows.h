@@ -21,13 +21,13 @@ public:
     NativeWindows(const NativeWindows&) = delete;
     NativeWindows& operator=(const NativeWindows&) = delete;
 
-    /// The deepest visible window at the place that the mouse would reach: a control within a dialog, and at least the
-    /// desktop's own window. Windows that let the mouse through are not there. 0 when the system does not answer.
+    /// The deepest visible window that takes the pointer at the position: a control within a dialog, at least the
+    /// desktop's own window. 0 when the system does not answer.
     NativeWindow at(const QPoint& position) const;
 
     bool exists(NativeWindow window) const;
 
-    /// With the window's own border, as it lies on the desktop; none when it is gone.
+    /// With the window's own border; none when it is gone.
     std::optional<QRect> rectOf(NativeWindow window) const;
 
 private:

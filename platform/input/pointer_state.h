@@ -17,9 +17,8 @@ struct PointerState
     bool rightDown = false;
 };
 
-/// Looks at the pointer of the whole desktop, whoever's window it is over. A look takes some tens of microseconds.
-///
-/// One thread may look at a time, whichever it is. On X11 it has a connection to the display of its own.
+/// Looks at the desktop's pointer, in some tens of microseconds. Any thread, one at a time; on X11 by its own
+/// connection.
 class PointerProbe
 {
 public:
@@ -28,8 +27,7 @@ public:
     PointerProbe(const PointerProbe&) = delete;
     PointerProbe& operator=(const PointerProbe&) = delete;
 
-    /// Nothing where the system does not say: there is no display, the pointer is on another one, or a desktop is shown
-    /// that belongs to the system. The caller then shows no pointer.
+    /// Nothing where the system does not say: no display, the pointer is on another one, or a secure desktop is shown.
     std::optional<PointerState> look() const;
 
 private:

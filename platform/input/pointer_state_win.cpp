@@ -24,7 +24,7 @@ PointerProbe::~PointerProbe() = default;
 std::optional<PointerState> PointerProbe::look() const
 {
     // Physical pixels: the program sees every monitor in its own resolution. Refused while the system shows a desktop
-    // of its own, to ask for a password or for consent; the next picture looks again, so nothing is told.
+    // of its own, to ask for a password or for consent; the next frame looks again, so nothing is reported.
     POINT position{};
     if (!GetCursorPos(&position))
         return {};

@@ -8,8 +8,8 @@
 
 namespace platform {
 
-/// What the X server says of its keyboard: which keys bear which symbols, and which modifiers which keys are. One
-/// state, read on construction; read anew after a MappingNotify.
+/// Which keys bear which symbols, and which modifiers which keys are, as of construction. Make a new one after a
+/// MappingNotify.
 class X11Keyboard
 {
 public:

@@ -2,11 +2,10 @@
 
 namespace platform {
 
-/// Attaches the process to the console of the process that started it and lets standard output and standard error
-/// write there. Call first thing in main(), before any text is written.
+/// Attaches the process to the console of the process that started it, for standard output and standard error. Call
+/// first thing in main().
 ///
-/// @return true when a console was attached. False when there is none, and where the system hands a terminal on by
-///         itself (X11): the standard streams are then left as they are.
+/// @return false when there is none, and on X11, where a terminal is inherited; the streams are left as they are.
 bool attachToParentConsole();
 
 } // namespace platform

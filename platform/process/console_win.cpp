@@ -24,7 +24,7 @@ void sendToConsole(std::FILE* stream)
 
 bool attachToParentConsole()
 {
-    // Most starts come from the desktop, where there is none: nothing to tell.
+    // Most starts come from the desktop, where there is none: nothing to report.
     if (AttachConsole(ATTACH_PARENT_PROCESS) == 0)
         return false;
     sendToConsole(stdout);

@@ -37,7 +37,8 @@ constexpr ULONG kFilterStackBytes = 64 * 1024;
 wchar_t g_path[kPathLength];
 std::size_t g_prefixLength = 0;
 
-/// Where there can be no file there is no report, and nobody is told: the program is no longer to be trusted with that.
+/// Where there can be no file there is no report, and nothing is reported: the program is no longer to be trusted with
+/// that.
 HANDLE createReportFile()
 {
     SYSTEMTIME now;

@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// A function of the system's OpenGL library by its name ("glPixelStorei"), of those that every version has. It acts on
-/// the context that is current on the thread. Null where there is no such library; the caller then does without.
+/// A function of the system's OpenGL library that every version has ("glPixelStorei"). It acts on the thread's current
+/// context. Null where there is no such library.
 QFunctionPointer glFunction(const char* name);
 
 } // namespace platform

@@ -13,9 +13,8 @@ namespace platform {
 
 namespace {
 
-/// Beside the file from which the toolkit derives the segment's key. Copies with different temporary folders have
-/// different segments and may run side by side: with a lock in a place they share, the second would wait for a segment
-/// that never comes. Users who share a temporary folder cannot share a lock, hence the user's id in the name.
+/// Beside the file from which Qt derives the segment's key: instances with different temporary folders have different
+/// segments. Users who share a temporary folder cannot share a lock, hence the user's id in the name.
 QByteArray lockPath(const QString& name)
 {
     return QFile::encodeName(QDir::tempPath() + u'/' + name + u'-' + QString::number(geteuid()) +
@@ -69,7 +68,7 @@ void InstanceLock::release()
 {
     if (m_descriptor < 0)
         return;
-    // Not left to closing: a process that is just being started may still have a copy of the descriptor.
+    // Not left to closing: a process that is just being started may still have the descriptor.
     flock(m_descriptor, LOCK_UN);
     close(m_descriptor);
     m_descriptor = -1;

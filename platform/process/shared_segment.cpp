@@ -27,8 +27,7 @@ void SharedSegment::detach()
 
 void SharedSegment::forget()
 {
-    // Without the toolkit's lock, an object that once made its segment, or tried to, takes the lock that it does not
-    // have for an error from then on, and can do nothing any more (seen in Qt 6.4).
+    // In Qt 6.4 an object without Qt's lock that once made its segment, or tried to, fails from then on.
     m_memory = makeMemory(m_key);
 }
 

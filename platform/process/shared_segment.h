@@ -7,14 +7,10 @@
 
 namespace platform {
 
-/// A segment of memory that processes share by a key. On every system its system-wide name is the one that
-/// QSharedMemory makes of the key.
+/// Memory that processes share by a key, under the system-wide name that QSharedMemory makes of it.
 ///
-/// On Windows reading and writing is guarded by the segment's own lock. On X11 systems the segment gets no lock of the
-/// toolkit's along with it: that is a System V semaphore, which a process killed at the wrong moment leaves taken for
-/// ever, and which making a segment sets free whoever holds it. There the caller excludes other copies himself, by a
-/// lock that the kernel drops with its holder (platform::InstanceLock), whenever he attaches, makes, reads, writes or
-/// detaches the segment.
+/// On Windows the segment's own lock guards reading and writing. On X11 systems it has none (docs/single-instance.md),
+/// and the caller holds a platform::InstanceLock whenever the segment is attached, made, read, written or detached.
 class SharedSegment
 {
 public:
@@ -24,7 +20,6 @@ public:
     bool attach();
 
     /// Makes the segment and attaches it; false, with the reason in error(), where it exists already or cannot be made.
-    /// After a failure, attach() and create() may be called again.
     bool create(qsizetype size);
 
     /// Detaches; the last one to do so removes the segment.
@@ -42,7 +37,6 @@ public:
     void write(const void* source, qsizetype size);
 
 private:
-    /// An object that has neither made nor attached anything yet.
     static std::unique_ptr<QSharedMemory> makeMemory(const QString& key);
 
     bool noteResult(bool succeeded);

@@ -6,7 +6,7 @@ namespace platform {
 
 std::unique_ptr<QSharedMemory> SharedSegment::makeMemory(const QString& key)
 {
-    // A segment that is named by its native key is one whose access the toolkit leaves to the caller.
+    // Qt makes no lock for a segment that is named by its native key.
     auto memory = std::make_unique<QSharedMemory>();
     memory->setNativeKey(QSharedMemory(key).nativeKey());
     return memory;

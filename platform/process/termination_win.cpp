@@ -55,7 +55,7 @@ TerminationWatcher::TerminationWatcher(QObject* parent) : QObject(parent), m_pri
 
 TerminationWatcher::~TerminationWatcher()
 {
-    // Fails when the handler could not be put there, which has been told; without a watcher it does nothing.
+    // Fails when the handler could not be put there, which has been reported; without a watcher it does nothing.
     SetConsoleCtrlHandler(onConsoleEvent, FALSE);
     setWatcher(nullptr);
 }

@@ -14,7 +14,7 @@ bool exclude(DisplayAffinity& affinity)
     if (kept == DisplayAffinity::kExcluded)
         return true;
     reportFailure(QStringLiteral("A window was to be left out of captures, and the system made it %1 instead of %2")
-                      .arg(kept ? QString::number(*kept) : QStringLiteral("something that it does not tell"))
+                      .arg(kept ? QString::number(*kept) : QStringLiteral("something that it does not say"))
                       .arg(DisplayAffinity::kExcluded));
     affinity.set(DisplayAffinity::kEverywhere);
     return false;

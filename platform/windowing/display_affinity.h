@@ -6,8 +6,7 @@
 
 namespace platform {
 
-/// What Windows keeps of a window: where its content may be seen. The two calls for it, so that the answers of every
-/// version of the system can be played.
+/// Windows' two calls for where a window's content may be seen, so that every version's answers can be played.
 class DisplayAffinity
 {
 public:
@@ -27,11 +26,8 @@ public:
     virtual std::optional<quint32> get() const = 0;
 };
 
-/// Keeps a window out of captures, or lets it be captured again.
-///
-/// Systems before Windows 10 2004 do not refuse kExcluded: they accept it and black the window out. So they are not
-/// asked, and of the others the answer is read back; a window that turns out to be anything but excluded is captured as
-/// usual.
+/// Keeps a window out of captures, or lets it be captured again. Systems before Windows 10 2004 accept kExcluded and
+/// black the window out, so they are not asked; of the others the answer is read back.
 ///
 /// @param isKnown whether the system has kExcluded.
 /// @return whether the system did it.

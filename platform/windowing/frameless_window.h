@@ -8,11 +8,10 @@ class QWidget;
 
 namespace platform {
 
-/// Takes the system's frame off a top-level window and makes a widget of it the title bar by which it is moved; a
-/// window that can change its size is resized by its edges. Belongs to the window. User-interface thread.
+/// Takes the system's frame off a top-level window and makes a widget of it the title bar; a window that can change its
+/// size is resized by its edges. Belongs to the window. User-interface thread.
 ///
-/// Uses QWindowKit where the build found it, which keeps snapping, shadow and system menu on Windows; else the window
-/// loses its frame altogether and asks the system to move and resize it.
+/// Uses QWindowKit where the build found it, which keeps snapping, shadow and system menu on Windows.
 class FramelessWindow : public QObject
 {
     Q_OBJECT
@@ -24,7 +23,7 @@ public:
         Close
     };
 
-    /// Takes the frame off; call before the window is shown. The window becomes this object's parent.
+    /// Call before the window is shown; it becomes this object's parent.
     explicit FramelessWindow(QWidget* window);
     ~FramelessWindow() override;
 

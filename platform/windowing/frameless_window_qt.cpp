@@ -164,7 +164,7 @@ void FramelessWindow::setTitleBar(QWidget* titleBar)
 
 void FramelessWindow::setSystemButton(SystemButton, QWidget*)
 {
-    // Buttons take their own clicks here; there is no system frame to tell about them.
+    // Buttons take their own clicks here; no system frame has to know of them.
 }
 
 void FramelessWindow::setHitTestVisible(QWidget*)

@@ -12,9 +12,9 @@ HWND toWindow(quint64 handle)
     return reinterpret_cast<HWND>(static_cast<quintptr>(handle));
 }
 
-bool placeBehind(HWND window, HWND place)
+bool placeBehind(HWND window, HWND other)
 {
-    if (SetWindowPos(window, place, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE) != 0)
+    if (SetWindowPos(window, other, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE) != 0)
         return true;
     // Among others for the window of a program that runs with more rights.
     reportSystemFailure("SetWindowPos", GetLastError());

@@ -9,17 +9,14 @@ class QWidget;
 
 namespace platform {
 
-/// Asks the system to leave a minimised window alone: nobody brings it back, and it does not take the focus.
-/// User-interface thread.
+/// Has a minimised window stay minimised and without the focus, whoever asks for it. User-interface thread.
 ///
-/// On Windows the window refuses by itself, through answerWhileHeld(), and nothing is done here. X11 window managers do
-/// not ask: they are told that the window takes no input, and a held window that is brought back all the same is
-/// minimised again.
+/// On Windows the window refuses by answerWhileHeld(), and nothing is done here. On X11 a held window takes no input
+/// and is minimised again when it is brought back.
 void setHeld(QWidget& window, bool held);
 
-/// The answer of a held window to a native message (QWidget::nativeEvent): 0 for one that is to go no further, a
-/// request to restore or maximise the window or to move it in front, which loses its right to the focus. Nothing for
-/// every other message, and always on X11.
+/// The answer of a held window to a native message (QWidget::nativeEvent): 0 for a request to restore, maximise or
+/// raise the window, which goes no further; nothing for every other message, and always on X11.
 std::optional<qintptr> answerWhileHeld(const QByteArray& eventType, void* message);
 
 } // namespace platform

@@ -10,8 +10,7 @@ namespace {
 
 const auto kHoldName = QStringLiteral("windowHold");
 
-/// Asks the window manager, whatever the toolkit takes the window's state for: of requests that follow each other fast
-/// it sees the last one's outcome only.
+/// Asks the window manager, whatever Qt takes the window's state for: of fast requests it sees the last outcome only.
 void iconify(xcb_window_t window)
 {
     using namespace platform::xcb;

@@ -41,9 +41,8 @@ Qt::MouseButtons buttonsOf(uint16_t state)
     return buttons;
 }
 
-/// An input-only window in front of another one, which it follows: as large, at the same place, and shown no longer
-/// than that one. On a connection of its own: Qt's event stream stays untouched, and the server tells this connection
-/// where the other window really is. Belongs to the other window.
+/// An input-only window in front of another one, which it follows and belongs to. On a connection of its own: Qt's
+/// event stream stays untouched, and the server reports here where the other window really is.
 class PointerCatcher : public QObject
 {
 public:
@@ -99,18 +98,18 @@ void PointerCatcher::make()
     xcb_connection_t* const connection = m_connection.get();
     const uint32_t wanted = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection, m_targetId, XCB_CW_EVENT_MASK, &wanted);
-    const xcb::Owned<xcb_get_geometry_reply_t> place(
+    const xcb::Owned<xcb_get_geometry_reply_t> geometry(
         xcb_get_geometry_reply(connection, xcb_get_geometry(connection, m_targetId), nullptr));
-    if (!place)
+    if (!geometry)
         return;
     m_window = xcb_generate_id(connection);
     const std::array<uint32_t, 2> values{1, XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
                                                 XCB_EVENT_MASK_POINTER_MOTION};
-    xcb_create_window(connection, 0, m_window, place->root, place->x, place->y, place->width, place->height, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
-                      values.data());
+    xcb_create_window(connection, 0, m_window, geometry->root, geometry->x, geometry->y, geometry->width,
+                      geometry->height, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT,
+                      XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values.data());
     giveCross();
-    cover(place->x, place->y, place->width, place->height);
+    cover(geometry->x, geometry->y, geometry->width, geometry->height);
     xcb_map_window(connection, m_window);
     xcb_flush(connection);
 }
@@ -162,7 +161,7 @@ void PointerCatcher::handle(const xcb_generic_event_t& event)
     const auto& pointer = reinterpret_cast<const xcb_button_press_event_t&>(event);
     const Qt::MouseButtons before = buttonsOf(pointer.state);
     const Qt::MouseButton button = buttonOf(pointer.detail);
-    const auto& place = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+    const auto& configured = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
     switch (event.response_type & kEventTypeMask) {
     case XCB_BUTTON_PRESS:
         hand(QEvent::MouseButtonPress, pointer, button, before | button);
@@ -174,8 +173,8 @@ void PointerCatcher::handle(const xcb_generic_event_t& event)
         hand(QEvent::MouseMove, pointer, Qt::NoButton, before);
         break;
     case XCB_CONFIGURE_NOTIFY:
-        if (place.window == m_targetId)
-            cover(place.x, place.y, place.width, place.height);
+        if (configured.window == m_targetId)
+            cover(configured.x, configured.y, configured.width, configured.height);
         break;
     default:
         break;
