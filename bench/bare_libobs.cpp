@@ -8,7 +8,7 @@
 // Prints one line for each event, with CLOCK_MONOTONIC in nanoseconds: READY, STARTED, STOP_REQUESTED, STOPPED, and
 // then FRAMES total lagged skipped, counted from the start of the recording. Idle it records nothing and shows nothing:
 // READY, and the end.
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>

@@ -4,7 +4,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/programundertest.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -64,7 +64,7 @@ void readFile(Measurement& measurement, const QString& path)
         measurement.failure = path + QLatin1String(": ") + file.error();
         return;
     }
-    measurement.heldPercent = countNumbers(file.numbers(TestPicture(file.video()->size))).share() * 100;
+    measurement.heldPercent = countNumbers(file.numbers(TestPattern(file.video()->size))).share() * 100;
 }
 
 double percent(double part, double whole)

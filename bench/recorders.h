@@ -3,11 +3,11 @@
 #include <QSize>
 #include <QString>
 
-/// One recording of the test picture, measured.
+/// One recording of the test pattern, measured.
 struct Measurement
 {
     QString recorder;
-    /// Numbers a second that the test picture showed.
+    /// Numbers a second that the test pattern showed.
     int rate = 0;
     /// Why there is nothing to read below; empty when there is.
     QString failure;

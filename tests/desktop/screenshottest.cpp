@@ -32,8 +32,8 @@ constexpr QRect kRegion(880, 200, 300, 240);
 
 void ScreenshotTest::initTestCase()
 {
-    m_desktop = gridPicture(StillPicture::displaySize());
-    m_picture = std::make_unique<StillPicture>(m_desktop);
+    m_desktop = gridPicture(StillImage::displaySize());
+    m_picture = std::make_unique<StillImage>(m_desktop);
     QVERIFY(m_picture->isShown());
 }
 

@@ -3,7 +3,7 @@
 #include "mainwindow/scmainwindow.h"
 #include "screenshot/scscreenshotwindow.h"
 #include "tests/support/shownwindow.h"
-#include "tests/support/stillpicture.h"
+#include "tests/support/stillimage.h"
 #include "widgets/messagebox.h"
 
 #include <QImage>
@@ -53,5 +53,5 @@ private slots:
     void cleanup();
 
 private:
-    std::unique_ptr<StillPicture> m_picture;
+    std::unique_ptr<StillImage> m_picture;
 };

@@ -119,7 +119,7 @@ private slots:
         QCOMPARE(missing, QSet<QString>());
     }
 
-    /// What the toolkit brings along speaks the language as well.
+    /// What Qt brings along speaks the language as well.
     void menuOfAFieldIsTranslated()
     {
         SCTranslator translator;

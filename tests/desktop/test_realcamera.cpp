@@ -40,7 +40,7 @@ bool isBar(QRgb seen, const Bar& bar)
 
 } // namespace
 
-/// The webcam window with the toolkit's own multimedia and a camera that a plug-in of GStreamer lists.
+/// The webcam window with Qt's own multimedia and a camera that a plug-in of GStreamer lists.
 class TestRealCamera : public QObject
 {
     Q_OBJECT

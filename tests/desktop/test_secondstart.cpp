@@ -1,5 +1,5 @@
 #include "app/singleinstance.h"
-#include "tests/desktop/startedcopy.h"
+#include "tests/desktop/startedinstance.h"
 #include "tests/support/testrun.h"
 #include "tests/support/watchedwindow.h"
 #include "tests/support/x11clients.h"
@@ -21,19 +21,19 @@ namespace {
 constexpr int kTimeoutMs = 20'000;
 constexpr int kDozen = 12;
 
-/// The window the window manager manages for the copy; id 0 while there is none.
-x11clients::Window mainWindowOf(const StartedCopy& copy)
+/// The window the window manager manages for the instance; id 0 while there is none.
+x11clients::Window mainWindowOf(const StartedInstance& instance)
 {
-    const QList<x11clients::Window> windows = x11clients::windowsOf(copy.processId());
+    const QList<x11clients::Window> windows = x11clients::windowsOf(instance.processId());
     return windows.value(0);
 }
 
-int countMessages(StartedCopy& copy, const QString& text)
+int countMessages(StartedInstance& instance, const QString& text)
 {
-    return static_cast<int>(copy.messages().filter(text).size());
+    return static_cast<int>(instance.messages().filter(text).size());
 }
 
-/// Pipes under the names that the log of a copy started now may get.
+/// Pipes under the names that the log of a instance started now may get.
 QStringList putPipesInPlaceOfTheLog(const Profile& profile)
 {
     constexpr int kSeconds = 60;
@@ -49,31 +49,32 @@ QStringList putPipesInPlaceOfTheLog(const Profile& profile)
     return paths;
 }
 
-using Copies = std::vector<std::unique_ptr<StartedCopy>>;
+using Instances = std::vector<std::unique_ptr<StartedInstance>>;
 
-/// Twelve copies that get away in the same moment; fewer when not all of them came to the start.
-Copies startDozen(const Profile& profile)
+/// Twelve instances that get away in the same moment; fewer when not all of them came to the start.
+Instances startDozen(const Profile& profile)
 {
-    Copies copies;
-    copies.reserve(kDozen);
-    for (int copy = 0; copy < kDozen; ++copy)
-        copies.push_back(std::make_unique<StartedCopy>(profile, StartedCopy::Start::Held));
-    copies.erase(std::remove_if(copies.begin(), copies.end(), [](const auto& copy) { return !copy->waitUntilHeld(); }),
-                 copies.end());
-    for (const auto& copy : copies)
-        copy->release();
-    return copies;
+    Instances instances;
+    instances.reserve(kDozen);
+    for (int instance = 0; instance < kDozen; ++instance)
+        instances.push_back(std::make_unique<StartedInstance>(profile, StartedInstance::Start::Held));
+    instances.erase(std::remove_if(instances.begin(), instances.end(),
+                                   [](const auto& instance) { return !instance->waitUntilHeld(); }),
+                    instances.end());
+    for (const auto& instance : instances)
+        instance->release();
+    return instances;
 }
 
-int countRunning(const Copies& copies)
+int countRunning(const Instances& instances)
 {
     return static_cast<int>(
-        std::count_if(copies.begin(), copies.end(), [](const auto& copy) { return copy->isRunning(); }));
+        std::count_if(instances.begin(), instances.end(), [](const auto& instance) { return instance->isRunning(); }));
 }
 
 } // namespace
 
-/// The program started while another copy of it runs, starts or died.
+/// The program started while another instance of it runs, starts or died.
 class TestSecondStart : public QObject
 {
     Q_OBJECT
@@ -82,24 +83,24 @@ private:
     /// Starts a dozen at the same moment and sees all but one of them end.
     static void expectOneOfADozen(const Profile& profile)
     {
-        const Copies copies = startDozen(profile);
-        QCOMPARE(copies.size(), std::size_t{kDozen});
-        QTRY_COMPARE_WITH_TIMEOUT(countRunning(copies), 1, 60'000);
-        for (const auto& copy : copies) {
-            if (copy->isRunning())
-                QVERIFY2(copy->waitUntilPublished(), qPrintable(copy->transcript()));
+        const Instances instances = startDozen(profile);
+        QCOMPARE(instances.size(), std::size_t{kDozen});
+        QTRY_COMPARE_WITH_TIMEOUT(countRunning(instances), 1, 60'000);
+        for (const auto& instance : instances) {
+            if (instance->isRunning())
+                QVERIFY2(instance->waitUntilPublished(), qPrintable(instance->transcript()));
             else
-                QCOMPARE(copy->exitCode(), 0);
-            QCOMPARE(countMessages(*copy, "Unable to create shared memory"), 0);
+                QCOMPARE(instance->exitCode(), 0);
+            QCOMPARE(countMessages(*instance, "Unable to create shared memory"), 0);
         }
-        QCOMPARE(countRunning(copies), 1);
+        QCOMPARE(countRunning(instances), 1);
     }
 
 private slots:
     void aSecondStartRestoresRaisesAndActivatesTheMinimisedWindow()
     {
         const Profile profile;
-        StartedCopy first(profile);
+        StartedInstance first(profile);
         QVERIFY2(first.waitUntilPublished(), qPrintable(first.transcript()));
         QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(first).id != 0, kTimeoutMs);
         const uint32_t window = mainWindowOf(first).id;
@@ -110,7 +111,7 @@ private slots:
         other.showMaximized();
         QTRY_COMPARE_WITH_TIMEOUT(x11clients::activeWindow(), static_cast<uint32_t>(other.winId()), kTimeoutMs);
 
-        StartedCopy second(profile);
+        StartedInstance second(profile);
         QVERIFY2(second.waitUntilEnded(), qPrintable(second.transcript()));
         QCOMPARE(second.exitCode(), 0);
         QVERIFY2(second.messages().isEmpty(), qPrintable(second.transcript()));
@@ -125,7 +126,7 @@ private slots:
     void aSecondStartRaisesACoveredWindow()
     {
         const Profile profile;
-        StartedCopy first(profile);
+        StartedInstance first(profile);
         QVERIFY2(first.waitUntilPublished(), qPrintable(first.transcript()));
         QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(first).id != 0, kTimeoutMs);
         const x11clients::Window before = mainWindowOf(first);
@@ -133,7 +134,7 @@ private slots:
         other.showMaximized();
         QTRY_COMPARE_WITH_TIMEOUT(x11clients::topmostWindow(), static_cast<uint32_t>(other.winId()), kTimeoutMs);
 
-        StartedCopy second(profile);
+        StartedInstance second(profile);
         QVERIFY2(second.waitUntilEnded(), qPrintable(second.transcript()));
         QCOMPARE(second.exitCode(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(x11clients::topmostWindow(), before.id, kTimeoutMs);
@@ -143,14 +144,14 @@ private slots:
 
     void aSecondStartRestoresRaisesActivatesAndFlashesInThisOrder()
     {
-        // This process is the first copy, with a window that no window manager looks after.
+        // This process is the first instance, with a window that no window manager looks after.
         const Profile profile;
         const InTemporaryFolderOf profilesFolder(profile);
         WatchedWindow window;
         SingleInstance first;
         QCOMPARE(first.claim(), SingleInstance::Role::First);
         first.publish(window.id(), QCoreApplication::applicationPid());
-        StartedCopy second(profile);
+        StartedInstance second(profile);
         QVERIFY2(second.waitUntilEnded(), qPrintable(second.transcript()));
         QCOMPARE(second.exitCode(), 0);
         QCOMPARE(window.events(), QStringList({"shown", "_NET_WM_STATE add _NET_WM_STATE_ABOVE",
@@ -160,12 +161,12 @@ private slots:
 
     void aSecondStartDuringTheFirstOnesStartEndsWithoutAWindow()
     {
-        // This process is the first copy, and takes its time before it shows a window.
+        // This process is the first instance, and takes its time before it shows a window.
         const Profile profile;
         const InTemporaryFolderOf profilesFolder(profile);
         SingleInstance first;
         QCOMPARE(first.claim(), SingleInstance::Role::First);
-        StartedCopy second(profile);
+        StartedInstance second(profile);
         QVERIFY2(second.waitUntilEnded(), qPrintable(second.transcript()));
         QCOMPARE(second.exitCode(), 0);
         QVERIFY2(second.transcript().contains("[ERROR] Stored window handle is invalid"),
@@ -199,23 +200,23 @@ private slots:
     void aDozenAtOnceAfterAKillLeaveExactlyOne()
     {
         const Profile profile;
-        StartedCopy killed(profile);
+        StartedInstance killed(profile);
         QVERIFY2(killed.waitUntilPublished(), qPrintable(killed.transcript()));
         killed.sendSignal(SIGKILL);
         QVERIFY2(killed.waitUntilEnded(), qPrintable(killed.transcript()));
         expectOneOfADozen(profile);
     }
 
-    void aStartAfterAKillIsTheFirstCopyAgain()
+    void aStartAfterAKillIsTheFirstInstanceAgain()
     {
         const Profile profile;
         {
-            StartedCopy killed(profile);
+            StartedInstance killed(profile);
             QVERIFY2(killed.waitUntilPublished(), qPrintable(killed.transcript()));
             killed.sendSignal(SIGKILL);
             QVERIFY2(killed.waitUntilEnded(), qPrintable(killed.transcript()));
         }
-        StartedCopy next(profile);
+        StartedInstance next(profile);
         QVERIFY2(next.waitUntilPublished(), qPrintable(next.transcript()));
         QCOMPARE(countMessages(next, "[INFO] Created shared memory for single instance"), 1);
     }
@@ -223,11 +224,11 @@ private slots:
     void aStartAfterAKillBeforeTheProcessIdWasStored()
     {
         const Profile profile;
-        // Nobody reads from the pipes that stand where the log would be: the copy does not get past opening it.
+        // Nobody reads from the pipes that stand where the log would be: the instance does not get past opening it.
         const QStringList pipes = putPipesInPlaceOfTheLog(profile);
         QVERIFY(!pipes.isEmpty());
         {
-            StartedCopy killed(profile);
+            StartedInstance killed(profile);
             QVERIFY2(killed.waitForMessage("Created shared memory for single instance"),
                      qPrintable(killed.transcript()));
             killed.sendSignal(SIGKILL);
@@ -236,7 +237,7 @@ private slots:
         }
         for (const QString& pipe : pipes)
             QVERIFY(QFile::remove(pipe));
-        StartedCopy next(profile);
+        StartedInstance next(profile);
         QVERIFY2(next.waitUntilPublished(), qPrintable(next.transcript()));
         QCOMPARE(countMessages(next, "[INFO] Created shared memory for single instance"), 1);
     }
@@ -245,12 +246,12 @@ private slots:
     {
         Profile profile;
         profile.environment.insert("TMPDIR", "/proc");
-        StartedCopy first(profile);
+        StartedInstance first(profile);
         QVERIFY2(first.waitForMessage("Main window displayed"), qPrintable(first.transcript()));
         QCOMPARE(countMessages(first, "[ERROR] Unable to create shared memory: "), 1);
         QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(first).id != 0, kTimeoutMs);
         QCOMPARE(countMessages(first, "Stored window handle"), 0);
-        StartedCopy second(profile);
+        StartedInstance second(profile);
         QVERIFY2(second.waitForMessage("Main window displayed"), qPrintable(second.transcript()));
     }
 };

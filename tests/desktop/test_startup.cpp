@@ -1,4 +1,4 @@
-#include "tests/desktop/startedcopy.h"
+#include "tests/desktop/startedinstance.h"
 #include "tests/support/testrun.h"
 #include "tests/support/x11clients.h"
 
@@ -18,16 +18,16 @@ namespace {
 constexpr int kTimeoutMs = 20'000;
 constexpr char kSegmentKey[] = "TolvaranKestranoSingleInstance";
 
-/// The window the window manager manages for the copy; id 0 while there is none.
-x11clients::Window mainWindowOf(const StartedCopy& copy)
+/// The window the window manager manages for the instance; id 0 while there is none.
+x11clients::Window mainWindowOf(const StartedInstance& instance)
 {
-    const QList<x11clients::Window> windows = x11clients::windowsOf(copy.processId());
+    const QList<x11clients::Window> windows = x11clients::windowsOf(instance.processId());
     return windows.value(0);
 }
 
-int countMessages(StartedCopy& copy, const QString& text)
+int countMessages(StartedInstance& instance, const QString& text)
 {
-    return static_cast<int>(copy.messages().filter(text).size());
+    return static_cast<int>(instance.messages().filter(text).size());
 }
 
 /// The sizes of the System V segments of memory that the process made; they outlast it unless it removes them. Without
@@ -72,12 +72,12 @@ private slots:
     void theStepsComeInTheirOrder()
     {
         const Profile profile;
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
-        QVERIFY2(copy.waitForMessage("OBS initialized successfully"), qPrintable(copy.transcript()));
-        copy.sendSignal(SIGTERM);
-        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
-        QCOMPARE(copy.exitCode(), 0);
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
+        QVERIFY2(instance.waitForMessage("OBS initialized successfully"), qPrintable(instance.transcript()));
+        instance.sendSignal(SIGTERM);
+        QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
+        QCOMPARE(instance.exitCode(), 0);
         const QString path = profile.logFolder().filePath(profile.logFiles().value(0));
         const QStringList steps{"=== Application Started ===",
                                 "Log file initialized: " + path,
@@ -102,10 +102,10 @@ private slots:
     void theWindowHasTheProgramsIcon()
     {
         const Profile profile;
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
-        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(copy).id != 0, kTimeoutMs);
-        const QList<uint32_t> icon = x11clients::iconOf(mainWindowOf(copy).id);
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
+        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(instance).id != 0, kTimeoutMs);
+        const QList<uint32_t> icon = x11clients::iconOf(mainWindowOf(instance).id);
         QVERIFY(icon.value(0) >= 16 && icon.value(1) >= 16);
         // Pixels that are not all transparent.
         QVERIFY(std::any_of(icon.begin() + 2, icon.end(), [](uint32_t pixel) { return pixel != 0; }));
@@ -117,10 +117,10 @@ private slots:
         for (const char* const factor : {"1", "1.25"}) {
             Profile profile;
             profile.environment.insert("QT_SCALE_FACTOR", factor);
-            StartedCopy copy(profile);
-            QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
-            QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(copy).id != 0, kTimeoutMs);
-            widths.append(mainWindowOf(copy).geometry.width());
+            StartedInstance instance(profile);
+            QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
+            QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(instance).id != 0, kTimeoutMs);
+            widths.append(mainWindowOf(instance).geometry.width());
         }
         QVERIFY2(qAbs(widths.at(1) - 1.25 * widths.at(0)) < 2,
                  qPrintable(QString("%1 and %2").arg(widths.at(0)).arg(widths.at(1))));
@@ -131,11 +131,11 @@ private slots:
         const Profile profile;
         QVERIFY(!profile.logFolder().exists());
         for (int start = 1; start <= 2; ++start) {
-            StartedCopy copy(profile);
-            QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
+            StartedInstance instance(profile);
+            QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
             QCOMPARE(profile.logFiles().size(), start);
-            copy.sendSignal(SIGTERM);
-            QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
+            instance.sendSignal(SIGTERM);
+            QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
             // File names have seconds.
             const QTime second = QTime::currentTime();
             QTRY_VERIFY(QTime::currentTime().second() != second.second());
@@ -146,12 +146,12 @@ private slots:
     {
         const Profile profile;
         profile.writeSettings("[general]\nfirstRun=false\nlanguage=\"fr_FR\"\n");
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
-        QCOMPARE(countMessages(copy, "Loaded fallback translation (en_US)"), 1);
-        QCOMPARE(countMessages(copy, "System locale:"), 0);
-        copy.sendSignal(SIGTERM);
-        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
+        QCOMPARE(countMessages(instance, "Loaded fallback translation (en_US)"), 1);
+        QCOMPARE(countMessages(instance, "System locale:"), 0);
+        instance.sendSignal(SIGTERM);
+        QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
         QCOMPARE(profile.settings().value("general/language").toString(), QString("fr_FR"));
     }
 
@@ -160,14 +160,14 @@ private slots:
         Profile profile;
         profile.environment.insert("LC_ALL", "sv_SE.UTF-8");
         for (const char* const expected : {"System locale: sv_SE", "Loaded translation for: en_US"}) {
-            StartedCopy copy(profile);
-            QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
-            QCOMPARE(countMessages(copy, expected), 1);
+            StartedInstance instance(profile);
+            QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
+            QCOMPARE(countMessages(instance, expected), 1);
             // There is none for the system's; the fallback is stored.
-            QCOMPARE(countMessages(copy, "Loaded fallback translation (en_US)"),
+            QCOMPARE(countMessages(instance, "Loaded fallback translation (en_US)"),
                      expected == QLatin1String("System locale: sv_SE") ? 1 : 0);
-            copy.sendSignal(SIGTERM);
-            QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
+            instance.sendSignal(SIGTERM);
+            QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
         }
         QCOMPARE(profile.settings().value("general/language").toString(), QString("en_US"));
     }
@@ -175,10 +175,10 @@ private slots:
     void aFreshProfileGetsAllFifteenSettings()
     {
         const Profile profile;
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
-        copy.sendSignal(SIGTERM);
-        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
+        instance.sendSignal(SIGTERM);
+        QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
         const QMap<QString, QVariant> settings = profile.settings();
         QCOMPARE(settings.size(), 15);
         QCOMPARE(settings.value("general/firstRun"), QVariant(false));
@@ -203,14 +203,14 @@ private slots:
                 text += key + '=' + value + '\n';
         }
         profile.writeSettings(text);
-        StartedCopy copy(profile);
+        StartedInstance instance(profile);
         // The switches are restored once the engine is there.
-        QVERIFY2(copy.waitForMessage("OBS initialized successfully"), qPrintable(copy.transcript()));
-        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(copy).id != 0, kTimeoutMs);
-        QCOMPARE(countMessages(copy, "Loaded fallback translation (en_US)"), 1);
-        copy.sendSignal(SIGTERM);
-        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
-        QCOMPARE(copy.exitCode(), 0);
+        QVERIFY2(instance.waitForMessage("OBS initialized successfully"), qPrintable(instance.transcript()));
+        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(instance).id != 0, kTimeoutMs);
+        QCOMPARE(countMessages(instance, "Loaded fallback translation (en_US)"), 1);
+        instance.sendSignal(SIGTERM);
+        QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
+        QCOMPARE(instance.exitCode(), 0);
         QCOMPARE(profile.settings().size(), 15);
     }
 
@@ -218,12 +218,12 @@ private slots:
     {
         const Profile profile;
         profile.writeSettings("[recording]\nwebcamSwitch=true\n");
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitForMessage("OBS initialized successfully"), qPrintable(copy.transcript()));
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitForMessage("OBS initialized successfully"), qPrintable(instance.transcript()));
         // The webcam has a window of its own.
-        QCOMPARE(x11clients::windowsOf(copy.processId()).size(), 1);
-        copy.sendSignal(SIGTERM);
-        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
+        QCOMPARE(x11clients::windowsOf(instance.processId()).size(), 1);
+        instance.sendSignal(SIGTERM);
+        QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
         QCOMPARE(profile.settings().value("recording/webcamSwitch"), QVariant(true));
     }
 
@@ -233,10 +233,10 @@ private slots:
         QVERIFY(QDir().mkpath(QFileInfo(profile.logFolder().path()).path()));
         QFile blocker(profile.logFolder().path());
         QVERIFY(blocker.open(QIODevice::WriteOnly));
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
-        QVERIFY(copy.messages().contains("Failed to initialize logger"));
-        QVERIFY(countMessages(copy, "Failed to open log file:") >= 1);
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
+        QVERIFY(instance.messages().contains("Failed to initialize logger"));
+        QVERIFY(countMessages(instance, "Failed to open log file:") >= 1);
     }
 
     void settingsThatCannotBeWrittenAreSaidInTheLog()
@@ -244,8 +244,8 @@ private slots:
         const Profile profile;
         QFile blocker(QFileInfo(profile.settingsPath()).path());
         QVERIFY(blocker.open(QIODevice::WriteOnly));
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
         QCOMPARE(profile.loggedMessages().filter("cannot be written").size(), 1);
     }
 
@@ -261,55 +261,55 @@ private slots:
     {
         QFETCH(const int, signal);
         const Profile profile;
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
         // Into the event loop, which starts the engine.
-        QVERIFY2(copy.waitForMessage("OBS initialized successfully"), qPrintable(copy.transcript()));
-        copy.sendSignal(signal);
-        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
-        QCOMPARE(copy.exitCode(), 0);
+        QVERIFY2(instance.waitForMessage("OBS initialized successfully"), qPrintable(instance.transcript()));
+        instance.sendSignal(signal);
+        QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
+        QCOMPARE(instance.exitCode(), 0);
         QVERIFY(profile.loggedMessages().contains("Application exiting..."));
     }
 
     void anOrderlyEndLeavesNoSharedMemoryBehind()
     {
         const Profile profile;
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitForMessage("OBS initialized successfully"), qPrintable(copy.transcript()));
-        const qint64 processId = copy.processId();
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitForMessage("OBS initialized successfully"), qPrintable(instance.transcript()));
+        const qint64 processId = instance.processId();
         QTRY_VERIFY_WITH_TIMEOUT(sizesOfSegmentsMadeBy(processId).contains(screenBytes()), kTimeoutMs);
-        copy.sendSignal(SIGTERM);
-        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
+        instance.sendSignal(SIGTERM);
+        QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
         QCOMPARE(sizesOfSegmentsMadeBy(processId), QList<qint64>());
     }
 
     void closingTheWindowEndsTheProgram()
     {
         const Profile profile;
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
-        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(copy).id != 0, kTimeoutMs);
-        x11clients::close(mainWindowOf(copy).id);
-        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
-        QCOMPARE(copy.exitCode(), 0);
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
+        QTRY_VERIFY_WITH_TIMEOUT(mainWindowOf(instance).id != 0, kTimeoutMs);
+        x11clients::close(mainWindowOf(instance).id);
+        QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
+        QCOMPARE(instance.exitCode(), 0);
         QVERIFY(profile.loggedMessages().contains("Application exiting..."));
 
         const InTemporaryFolderOf profilesFolder(profile);
         QSharedMemory segment(kSegmentKey);
         QVERIFY(!segment.attach());
         QVERIFY(!QFile::exists(QSharedMemory(kSegmentKey).nativeKey()));
-        StartedCopy next(profile);
+        StartedInstance next(profile);
         QVERIFY2(next.waitUntilPublished(), qPrintable(next.transcript()));
     }
 
     void aCrashLeavesAReportNextToTheLog()
     {
         const Profile profile;
-        StartedCopy copy(profile);
-        QVERIFY2(copy.waitUntilPublished(), qPrintable(copy.transcript()));
-        copy.sendSignal(SIGSEGV);
-        QVERIFY2(copy.waitUntilEnded(), qPrintable(copy.transcript()));
-        QCOMPARE(copy.exitCode(), -1);
+        StartedInstance instance(profile);
+        QVERIFY2(instance.waitUntilPublished(), qPrintable(instance.transcript()));
+        instance.sendSignal(SIGSEGV);
+        QVERIFY2(instance.waitUntilEnded(), qPrintable(instance.transcript()));
+        QCOMPARE(instance.exitCode(), -1);
         const QStringList reports = profile.logFolder().entryList({"crash_*.dmp"}, QDir::Files);
         QCOMPARE(reports.size(), 1);
         QVERIFY(QRegularExpression("^crash_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d\\.dmp$")

@@ -95,7 +95,7 @@ private slots:
         QVERIFY(!platform::isMinimized(handle()));
         m_window->showMinimized();
         QTRY_VERIFY_WITH_TIMEOUT(platform::isMinimized(handle()), kTimeoutMs);
-        QTest::qWait(300); // the toolkit reads the window's state some time after it changed
+        QTest::qWait(300); // Qt reads the window's state some time after it changed
         QVERIFY(platform::restoreWindow(handle()));
         QTRY_VERIFY_WITH_TIMEOUT(!platform::isMinimized(handle()), kTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(!m_window->isMinimized(), kTimeoutMs);

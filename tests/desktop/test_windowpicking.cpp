@@ -36,7 +36,7 @@ QRgb pixel(const QPoint& physical)
     return screenshot().pixel(physical) | 0xff000000;
 }
 
-/// A window of the system as it is, in physical pixels; the toolkit would merge a child with its parent.
+/// A window of the system as it is, in physical pixels; Qt would merge a child with its parent.
 class Pane : public QWidget
 {
 public:

@@ -1,7 +1,7 @@
 #include "tests/engine/stockengine.h"
 
 #include "engine/capturetargets.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -32,7 +32,7 @@ QString StockEngine::perform(QProcess& process, const char* name, const QStringL
 
 QString StockEngine::showPicture()
 {
-    return perform(m_picture, "kestrano_test_picture", {QStringLiteral("--rate"), QString::number(kPictureRate)});
+    return perform(m_picture, "kestrano_test_pattern", {QStringLiteral("--rate"), QString::number(kPictureRate)});
 }
 
 QString StockEngine::playTone()
@@ -89,9 +89,9 @@ QString StockEngine::end()
 std::optional<uint32_t> StockEngine::numberOnScreen()
 {
     const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-    const TestPicture picture(screen.size());
+    const TestPattern picture(screen.size());
     QList<int> brightness;
     for (int i = 0; i < picture.blockCount(); ++i)
         brightness << qGray(screen.pixel(picture.block(i).center()));
-    return TestPicture::numberFromBlocks(brightness);
+    return TestPattern::numberFromBlocks(brightness);
 }

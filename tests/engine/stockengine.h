@@ -16,13 +16,13 @@ class StockEngine
 public:
     static constexpr int kFps = 30;
     static constexpr int kBitRate = 4;
-    /// Numbers a second that the test picture shows: one for every recorded picture, so that each that is lost is
+    /// Numbers a second that the test pattern shows: one for every recorded picture, so that each that is lost is
     /// missed.
     static constexpr int kPictureRate = kFps;
 
     ~StockEngine();
 
-    /// Shows the test picture on the whole desktop, or plays the test tone. Empty on success, else what went wrong.
+    /// Shows the test pattern on the whole desktop, or plays the test tone. Empty on success, else what went wrong.
     QString showPicture();
     QString playTone();
 

@@ -2,7 +2,7 @@
 #include "engine/obshandles.h"
 #include "tests/engine/stockengine.h"
 #include "tests/support/mediafile.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 #include "tests/support/testtone.h"
@@ -158,7 +158,7 @@ private slots:
 
         const MediaFile file(path + QLatin1String(".avi"));
         QVERIFY2(file.isReadable(), qPrintable(file.error()));
-        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(m_stock.size()));
+        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPattern(m_stock.size()));
         QCOMPARE(countNumbers(numbers).unreadable, 0);
         QCOMPARE(countNumbers(numbers).backwards, 0);
         // The picture went on, a busy machine's late ones apart.

@@ -2,7 +2,7 @@
 #include "engine/ffmpegsettings.h"
 #include "tests/engine/stockengine.h"
 #include "tests/support/mediafile.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 #include "tests/support/testtone.h"
@@ -158,7 +158,7 @@ private slots:
         QCOMPARE(m_stock.end(), QString());
         QVERIFY(!m_stock.engine().isRecordingPaused());
         const MediaFile file(recordingUrl(path, recordingFormatFromIndex(format)));
-        const QList<Stretch> stretches = stretchesOf(file.numbers(TestPicture(m_stock.size())));
+        const QList<Stretch> stretches = stretchesOf(file.numbers(TestPattern(m_stock.size())));
         QVERIFY(!stretches.isEmpty() && stretches.size() <= 2);
         QVERIFY2(stretches.first().lastNumber >= *atPause, qPrintable(QString::number(stretches.first().lastNumber)));
         // What is in it from after the pause is a few pictures at most.
@@ -193,7 +193,7 @@ private slots:
         const std::optional<uint32_t> atRequest = StockEngine::numberOnScreen();
         QCOMPARE(m_stock.end(), QString());
         const NumbersHeld numbers =
-            countNumbers(MediaFile(path + QLatin1String(".mp4")).numbers(TestPicture(m_stock.size())));
+            countNumbers(MediaFile(path + QLatin1String(".mp4")).numbers(TestPattern(m_stock.size())));
         QVERIFY(numbers.last.has_value());
         QVERIFY2(*numbers.last >= *atRequest, qPrintable(QString::number(*atRequest - *numbers.last)));
     }
@@ -240,7 +240,7 @@ private:
 
     void checkPicture(const MediaFile& file, int takes, double expected) const
     {
-        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(m_stock.size()));
+        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPattern(m_stock.size()));
         QVERIFY(!numbers.contains(std::nullopt));
         const QList<Stretch> stretches = stretchesOf(numbers);
         QCOMPARE(stretches.size(), takes);
@@ -267,7 +267,7 @@ private:
     void checkTogether(const MediaFile& file) const
     {
         constexpr int kSpanMs = 300;
-        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(m_stock.size()));
+        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPattern(m_stock.size()));
         const QList<float> samples = file.samples(testtone::kSamplesPerSecond);
         std::optional<double> firstMs;
         for (const Stretch& stretch : stretchesOf(numbers)) {

@@ -4,7 +4,7 @@
 #include "engine/obswrapper.h"
 #include "tests/engine/obsspy.h"
 #include "tests/support/mediafile.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 
@@ -40,11 +40,11 @@ constexpr int kPictureRate = kFps;
 std::optional<uint32_t> numberOnScreen()
 {
     const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-    const TestPicture picture(screen.size());
+    const TestPattern picture(screen.size());
     QList<int> brightness;
     for (int i = 0; i < picture.blockCount(); ++i)
         brightness << qGray(screen.pixel(picture.block(i).center()));
-    return TestPicture::numberFromBlocks(brightness);
+    return TestPattern::numberFromBlocks(brightness);
 }
 
 } // namespace
@@ -57,7 +57,7 @@ class TestStockRecording : public QObject
 private slots:
     void initTestCase()
     {
-        m_picture.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano_test_picture"),
+        m_picture.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano_test_pattern"),
                         {QStringLiteral("--rate"), QString::number(kPictureRate)});
         QVERIFY(m_picture.waitForReadyRead(10'000));
         const QScreen* screen = QGuiApplication::primaryScreen();
@@ -213,7 +213,7 @@ private slots:
             const QString path = m_folder.filePath(QStringLiteral("return%1").arg(round));
             record(path, 1, 200);
             const MediaFile file(recordingUrl(path, RecordingFormat::Avi));
-            const NumbersHeld numbers = countNumbers(file.numbers(TestPicture(m_screen.size())));
+            const NumbersHeld numbers = countNumbers(file.numbers(TestPattern(m_screen.size())));
             // Neither black nor what was on the screen when the scene was taken off.
             QCOMPARE(numbers.unreadable, 0);
             QVERIFY(numbers.first.has_value());
@@ -323,7 +323,7 @@ private:
     void checkPicture(const MediaFile& file) const
     {
         QCOMPARE(file.video()->size, m_screen.size());
-        const NumbersHeld numbers = countNumbers(file.numbers(TestPicture(m_screen.size())));
+        const NumbersHeld numbers = countNumbers(file.numbers(TestPattern(m_screen.size())));
         QVERIFY(numbers.last.has_value());
         QCOMPARE(numbers.unreadable, 0);
         QVERIFY2(*numbers.last >= m_lastNumber,

@@ -14,7 +14,7 @@
 #include "tests/support/shownwindow.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
-#include "tests/support/widgetpicture.h"
+#include "tests/support/widgetimage.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -70,7 +70,7 @@ QImage picture(const QIcon& icon)
 
 } // namespace
 
-/// Comes before the toolkit's own when the program's calls are bound, so that a session without a screen can be had.
+/// Comes before Qt's own when the program's calls are bound, so that a session without a screen can be had.
 QScreen* QGuiApplication::primaryScreen()
 {
     using Function = QScreen* (*)();

@@ -2,7 +2,7 @@
 
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/shownclock.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testtone.h"
 
 #include <QFileInfo>
@@ -81,7 +81,7 @@ void checkRate(const MediaFile& file)
 
 void checkMoments(const MediaFile& file, const Take& take, const Allowance& allowance)
 {
-    const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(file.video()->size));
+    const QList<std::optional<uint32_t>> numbers = file.numbers(TestPattern(file.video()->size));
     const NumbersHeld held = countNumbers(numbers);
     QVERIFY(held.first.has_value());
     // A block that is torn may also be taken for the other colour, and the number for an earlier one.
@@ -107,10 +107,10 @@ void checkMoments(const MediaFile& file, const Take& take, const Allowance& allo
 
 void checkColours(const Expected& expected, const MediaFile& file)
 {
-    const QImage picture = file.pictureAt(file.durationSeconds() / 2);
+    const QImage picture = file.frameAt(file.durationSeconds() / 2);
     QCOMPARE(picture.size(), file.video()->size);
-    const QList<TestPicture::Patch> patches = TestPicture(picture.size()).patches();
-    for (const TestPicture::Patch& patch : patches) {
+    const QList<TestPattern::Patch> patches = TestPattern(picture.size()).patches();
+    for (const TestPattern::Patch& patch : patches) {
         // GIF's palette has three bits of red and green and two of blue: only its corners are exact.
         const bool coarse = qstrcmp(expected.name, "GIF") == 0 && patch.colour.red() % 255 != 0;
         const int tolerance = coarse ? 48 : 12;

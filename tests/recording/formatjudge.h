@@ -8,7 +8,7 @@
 
 struct Take;
 
-/// Judges a recording of the test picture and the test tone by its file alone, for each format the same way, whatever
+/// Judges a recording of the test pattern and the test tone by its file alone, for each format the same way, whatever
 /// recorded it. Each function reports what is wrong as a failure of the running test.
 namespace formatjudge {
 
@@ -43,7 +43,7 @@ struct Allowance
     double clockDrift = 0.1;
     /// What the sound server holds of the test tone before it is heard, with a margin for a busy machine.
     double soundServer = 0.05;
-    /// Share of the pictures that may be torn in the middle of a block of the test picture's number.
+    /// Share of the pictures that may be torn in the middle of a block of the test pattern's number.
     double tornPictures = 0.0;
 };
 

@@ -42,7 +42,7 @@ QString Performance::begin(int numbersPerSecond, bool motion)
     QStringList arguments{QStringLiteral("--rate"), QString::number(numbersPerSecond)};
     if (motion)
         arguments.append(QStringLiteral("--motion"));
-    const QString failure = launch(m_picture, QStringLiteral("kestrano_test_picture"), arguments);
+    const QString failure = launch(m_picture, QStringLiteral("kestrano_test_pattern"), arguments);
     return failure.isEmpty() ? launch(m_tone, QStringLiteral("kestrano_test_tone"), {}) : failure;
 }
 

@@ -13,7 +13,7 @@
 /// Frames a second of every recording.
 inline constexpr int kFramesPerSecond = 30;
 
-/// The test picture on the screen and the test tone on the default sink, for as long as the object lives.
+/// The test pattern on the screen and the test tone on the default sink, for as long as the object lives.
 class Performance
 {
 public:

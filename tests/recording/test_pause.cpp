@@ -1,7 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/recording/regionuser.h"
 #include "tests/support/mediafile.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>
@@ -155,7 +155,7 @@ private:
         // What was on its way when the button was pressed, and a number's own time.
         constexpr int64_t kAtStartNs = 250'000'000;
         constexpr int64_t kAtEndNs = 50'000'000;
-        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPicture(kScreen));
+        const QList<std::optional<uint32_t>> numbers = file.numbers(TestPattern(kScreen));
         for (const std::optional<uint32_t>& number : numbers) {
             if (!number)
                 return QStringLiteral("a picture without a number");

@@ -1,6 +1,6 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testrun.h"
 
 #include <QImage>
@@ -17,13 +17,13 @@ constexpr int kColourError = 14;
 const QPoint kInHighlight(-14, 0);
 const QPoint kOutside(-26, 0);
 
-/// A place where the test picture shows its background alone, far around.
-QPoint emptyPlace(const TestPicture& picture)
+/// A place where the test pattern shows its background alone, far around.
+QPoint emptyPlace(const TestPattern& picture)
 {
     constexpr int kAroundPx = 40;
     const QRect screen(QPoint(), picture.screen());
     QList<QRect> taken{picture.strip(), picture.sweepArea()};
-    for (const TestPicture::Patch& patch : picture.patches())
+    for (const TestPattern::Patch& patch : picture.patches())
         taken << patch.area;
     for (int y = screen.bottom() - kAroundPx; y > kAroundPx; y -= 8) {
         for (int x = screen.right() - kAroundPx; x > kAroundPx; x -= 8) {
@@ -98,7 +98,7 @@ private:
         endTake(program, take);
         if (!take.failure.isEmpty())
             qWarning().noquote() << take.failure;
-        return MediaFile(take.path).pictureAt(kTakeMs / 2000.0);
+        return MediaFile(take.path).frameAt(kTakeMs / 2000.0);
     }
 
     /// The pointer's arrow lies below and right of the place that it points at.
@@ -120,7 +120,7 @@ private:
         return colourDistance(found, expected) <= kColourError;
     }
 
-    const TestPicture m_picture{QSize(640, 360)};
+    const TestPattern m_picture{QSize(640, 360)};
     Performance m_performance;
     QPoint m_place;
     QString m_found;

@@ -1,7 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/recording/regionuser.h"
 #include "tests/support/mediafile.h"
-#include "tests/support/stillpicture.h"
+#include "tests/support/stillimage.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>
@@ -17,9 +17,9 @@ private slots:
         constexpr QSize kNineToSixteen(608, 1080);
         constexpr int kTakeMs = 2000;
         constexpr int kListMs = 200;
-        const QSize screen = StillPicture::displaySize();
+        const QSize screen = StillImage::displaySize();
         const QImage grid = gridPicture(screen);
-        const StillPicture still(grid);
+        const StillImage still(grid);
         ProgramUnderTest program;
         regionuser::prepare(program);
         QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
@@ -39,7 +39,7 @@ private slots:
         const QRect middle(
             QPoint((screen.width() - kNineToSixteen.width()) / 2, (screen.height() - kNineToSixteen.height()) / 2),
             kNineToSixteen);
-        const QString difference = differenceFromGrid(file.pictureAt(file.durationSeconds() * 0.8), middle, grid);
+        const QString difference = differenceFromGrid(file.frameAt(file.durationSeconds() * 0.8), middle, grid);
         QVERIFY2(difference.isEmpty(), qPrintable(difference));
     }
 };

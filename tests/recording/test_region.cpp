@@ -1,7 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/recording/regionuser.h"
 #include "tests/support/mediafile.h"
-#include "tests/support/stillpicture.h"
+#include "tests/support/stillimage.h"
 #include "tests/support/testrun.h"
 
 #include <QImage>
@@ -133,7 +133,7 @@ private slots:
     {
         QFETCH(const double, scale);
         QFETCH(const QRect, region);
-        const StillPicture still(m_grid);
+        const StillImage still(m_grid);
         const QImage picture = recorded(region, scale);
         const QRect part((QPointF(region.topLeft()) * scale).toPoint(), (QSizeF(region.size()) * scale).toSize());
         const QString difference = differenceFromGrid(picture, part, m_grid);
@@ -153,7 +153,7 @@ private slots:
     {
         QFETCH(const double, scale);
         QFETCH(const QRect, region);
-        const StillPicture still(
+        const StillImage still(
             ringedPicture(m_size, QRectF(QPointF(region.topLeft()) * scale, QSizeF(region.size()) * scale)));
         const QImage picture = recorded(region, scale);
         QVERIFY(!picture.isNull());
@@ -174,7 +174,7 @@ private slots:
 
     void theFrameDraggedByItsBarTakesThePictureAlong()
     {
-        const StillPicture still(m_grid);
+        const StillImage still(m_grid);
         const QRect start(151, 197, 244, 162);
         const QList<QRect> stops{start, start.translated(61, 39), start.translated(122, 20)};
         ProgramUnderTest program;
@@ -193,7 +193,7 @@ private slots:
         endTake(program, take);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
-        const QList<QImage> pictures = MediaFile(take.path).pictures();
+        const QList<QImage> pictures = MediaFile(take.path).frames();
         const QList<int> shown = regionsShown(pictures, stops, m_grid);
         const QByteArray story = asText(shown).toUtf8();
         QCOMPARE(shown.value(0), 0);
@@ -228,7 +228,7 @@ private slots:
         QFETCH(const int, steps);
         QImage white(m_size, QImage::Format_RGB32);
         white.fill(Qt::white);
-        const StillPicture still(white);
+        const StillImage still(white);
         const QRect start(151, 197, 244, 162);
         ProgramUnderTest program;
         Take take = begin(program, start);
@@ -243,7 +243,7 @@ private slots:
         endTake(program, take);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
-        const QList<QImage> pictures = MediaFile(take.path).pictures();
+        const QList<QImage> pictures = MediaFile(take.path).frames();
         QVERIFY(pictures.size() > qsizetype{2} * kFramesPerSecond);
         QList<int> stained;
         for (qsizetype index = 0; index < pictures.size(); ++index) {
@@ -258,7 +258,7 @@ private slots:
 
     void strokesDrawnWhileRecordingAreInTheFileAndTheFrameIsNot()
     {
-        const StillPicture still(m_grid);
+        const StillImage still(m_grid);
         const QRect region(151, 197, 244, 162);
         const QPoint from(40, 81);
         const QPoint to(200, 81);
@@ -273,7 +273,7 @@ private slots:
         endTake(program, take);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
-        const QList<QImage> pictures = MediaFile(take.path).pictures();
+        const QList<QImage> pictures = MediaFile(take.path).frames();
         QVERIFY(pictures.size() > kFramesPerSecond);
         const QString difference = differenceFromGrid(pictures.constFirst(), region, m_grid);
         QVERIFY2(difference.isEmpty(), qPrintable(difference));
@@ -293,7 +293,7 @@ private slots:
 
     void aRegionOfAPrimaryScreenOffTheOriginIsRecordedFromThere()
     {
-        const StillPicture still(m_grid);
+        const StillImage still(m_grid);
         const TwoScreens screens(m_size);
         QVERIFY(screens.areMade());
         const QRect region(screens.primary().left() + 61, 97, 244, 162);
@@ -339,10 +339,10 @@ private:
         if (!take.failure.isEmpty())
             QTest::qFail(qPrintable(take.failure), __FILE__, __LINE__);
         const MediaFile file(take.path);
-        return file.pictureAt(file.durationSeconds() / 2);
+        return file.frameAt(file.durationSeconds() / 2);
     }
 
-    const QSize m_size = StillPicture::displaySize();
+    const QSize m_size = StillImage::displaySize();
     QImage m_grid;
 };
 

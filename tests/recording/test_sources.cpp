@@ -1,7 +1,7 @@
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/programundertest.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testrun.h"
 #include "tests/support/testtone.h"
 
@@ -89,10 +89,10 @@ private slots:
         const MediaFile file(take.path);
         QVERIFY2(file.isReadable() && file.video(), qPrintable(file.error()));
         QCOMPARE(file.video()->size, screens.primary().size());
-        const QImage picture = file.pictureAt(file.durationSeconds() / 2);
+        const QImage picture = file.frameAt(file.durationSeconds() / 2);
         int compared = 0;
-        const QList<TestPicture::Patch> patches = TestPicture({640, 360}).patches();
-        for (const TestPicture::Patch& patch : patches) {
+        const QList<TestPattern::Patch> patches = TestPattern({640, 360}).patches();
+        for (const TestPattern::Patch& patch : patches) {
             if (!screens.primary().contains(patch.area))
                 continue;
             const QColor found = meanColour(picture, patch.area.center() - screens.primary().topLeft(), 4);

@@ -11,9 +11,9 @@
 
 namespace {
 
-QVideoFrame frameOf(const QImage& picture)
+QVideoFrame frameOf(const QImage& image)
 {
-    const QImage pixels = picture.convertToFormat(QImage::Format_ARGB32);
+    const QImage pixels = image.convertToFormat(QImage::Format_ARGB32);
     QVideoFrame frame(QVideoFrameFormat(pixels.size(), QVideoFrameFormat::Format_BGRA8888));
     frame.map(QVideoFrame::WriteOnly);
     for (int row = 0; row < pixels.height(); ++row) {
@@ -24,12 +24,12 @@ QVideoFrame frameOf(const QImage& picture)
     return frame;
 }
 
-QImage pictureFor(const QSize& size, const QColor& colour)
+QImage imageFor(const QSize& size, const QColor& colour)
 {
-    QImage picture(size, QImage::Format_ARGB32);
-    picture.fill(Qt::white);
-    QPainter(&picture).fillRect(0, 0, size.width(), size.height() / 2, colour);
-    return picture;
+    QImage image(size, QImage::Format_ARGB32);
+    image.fill(Qt::white);
+    QPainter(&image).fillRect(0, 0, size.width(), size.height() / 2, colour);
+    return image;
 }
 
 class FakeCamera : public Camera
@@ -91,7 +91,7 @@ public:
             return;
         const QSize size = format() ? format()->resolution : QSize();
         if (!size.isEmpty())
-            m_output->videoSink()->setVideoFrame(frameOf(pictureFor(size, m_cameras.colour)));
+            m_output->videoSink()->setVideoFrame(frameOf(imageFor(size, m_cameras.colour)));
     }
 
     void deactivate() override

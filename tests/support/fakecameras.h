@@ -8,8 +8,8 @@
 
 #include <functional>
 
-/// Cameras that are not there, for a window that shows one: what is plugged in, what fails and what picture is shown is
-/// up to the test, and every call is written down. To show the webcam window with a picture:
+/// Cameras that are not there, for a window that shows one: what is plugged in, what fails and what image is shown is
+/// up to the test, and every call is written down. To show the webcam window with an image:
 ///
 ///     auto cameras = std::make_shared<FakeCameras>();
 ///     cameras->plugIn({FakeCameras::device("a", {FakeCameras::format(1280, 720, 30)})});
@@ -44,7 +44,7 @@ public:
     /// The camera that was opened last, while it is open, is active.
     bool isActive = false;
 
-    /// The colour of the upper half of the picture, whose lower half is white.
+    /// The colour of the upper half of the image, whose lower half is white.
     QColor colour{0, 160, 80};
 
     QList<CameraDevice> devices() const noexcept override;

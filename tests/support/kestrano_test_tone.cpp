@@ -5,7 +5,7 @@
 // The samples go to pacat through a pipe, each at its own moment, so that what is heard says the time; what the sound
 // server holds back on the way (a few tens of milliseconds) comes on top. "READY" on the standard output says that it
 // plays.
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testtone.h"
 
 #include <array>

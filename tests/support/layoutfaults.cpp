@@ -22,7 +22,7 @@
 
 namespace {
 
-/// Between a button's picture and its text, as the toolkit's styles have it.
+/// Between a button's icon and its text, as Qt's styles have it.
 constexpr int kIconSpacingPx = 4;
 /// At the sides of a field's text, as QLineEdit has it.
 constexpr int kFieldMarginPx = 2;
@@ -38,7 +38,7 @@ QString sized(const QSize& size)
     return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
 }
 
-/// The toolkit's own parts of a larger control.
+/// Qt's own parts of a larger control.
 bool isInner(const QWidget& widget)
 {
     const QWidget* const parent = widget.parentWidget();

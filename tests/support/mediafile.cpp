@@ -1,6 +1,6 @@
 #include "tests/support/mediafile.h"
 
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -135,17 +135,17 @@ double MediaFile::durationSeconds() const
     return duration;
 }
 
-QImage MediaFile::pictureAt(double seconds) const
+QImage MediaFile::frameAt(double seconds) const
 {
     return decodedPictures({"-ss", QString::number(seconds, 'f', 3)}, {"-frames:v", "1"}).value(0);
 }
 
-QList<QImage> MediaFile::pictures() const
+QList<QImage> MediaFile::frames() const
 {
     return decodedPictures({}, {"-fps_mode", "passthrough"});
 }
 
-/// The pictures that ffmpeg gives with further arguments before and after the name of the file.
+/// The frames that ffmpeg gives with further arguments before and after the name of the file.
 QList<QImage> MediaFile::decodedPictures(const QStringList& before, const QStringList& after) const
 {
     if (!video())
@@ -158,37 +158,37 @@ QList<QImage> MediaFile::decodedPictures(const QStringList& before, const QStrin
                                    QStringList{"-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
     const QSize size = video()->size;
     const qsizetype lineBytes = qsizetype{3} * size.width();
-    const qsizetype pictureBytes = lineBytes * size.height();
-    QList<QImage> pictures;
-    for (qsizetype at = 0; pictureBytes > 0 && at + pictureBytes <= data.size(); at += pictureBytes) {
+    const qsizetype imageBytes = lineBytes * size.height();
+    QList<QImage> frames;
+    for (qsizetype at = 0; imageBytes > 0 && at + imageBytes <= data.size(); at += imageBytes) {
         const auto* bytes = reinterpret_cast<const uchar*>(data.constData()) + at;
-        pictures.append(QImage(bytes, size.width(), size.height(), lineBytes, QImage::Format_RGB888).copy());
+        frames.append(QImage(bytes, size.width(), size.height(), lineBytes, QImage::Format_RGB888).copy());
     }
-    return pictures;
+    return frames;
 }
 
-QList<std::optional<uint32_t>> MediaFile::numbers(const TestPicture& picture) const
+QList<std::optional<uint32_t>> MediaFile::numbers(const TestPattern& pattern) const
 {
     // The middle half of the strip's height, averaged by the scaler to one pixel for each block's middle half.
-    const QRect strip = picture.strip();
+    const QRect strip = pattern.strip();
     const int halfBlock = strip.height() / 2;
     const QString filter = QStringLiteral("crop=%1:%2:%3:%4,format=gray,scale=%5:1:flags=area")
                                .arg(strip.width())
                                .arg(halfBlock)
                                .arg(strip.left())
                                .arg(strip.top() + halfBlock / 2)
-                               .arg(picture.blockCount() * 4);
+                               .arg(pattern.blockCount() * 4);
     const QByteArray data =
         decode({"-i", m_path, "-map", "0:v:0", "-fps_mode", "passthrough", "-vf", filter, "-f", "rawvideo", "-"});
     QList<std::optional<uint32_t>> numbers;
-    const qsizetype frameBytes = qsizetype{4} * picture.blockCount();
+    const qsizetype frameBytes = qsizetype{4} * pattern.blockCount();
     for (qsizetype frame = 0; (frame + 1) * frameBytes <= data.size(); ++frame) {
         QList<int> brightness;
-        for (int block = 0; block < picture.blockCount(); ++block) {
+        for (int block = 0; block < pattern.blockCount(); ++block) {
             const qsizetype at = frame * frameBytes + qsizetype{4} * block;
             brightness.append((static_cast<uchar>(data.at(at + 1)) + static_cast<uchar>(data.at(at + 2))) / 2);
         }
-        numbers.append(TestPicture::numberFromBlocks(brightness));
+        numbers.append(TestPattern::numberFromBlocks(brightness));
     }
     return numbers;
 }

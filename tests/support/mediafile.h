@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <optional>
 
-class TestPicture;
+class TestPattern;
 
 /// One stream of a media file, as ffprobe tells it.
 struct MediaStream
@@ -48,12 +48,12 @@ public:
     const MediaStream* video() const { return first(QStringLiteral("video")); }
     const MediaStream* audio() const { return first(QStringLiteral("audio")); }
 
-    /// The picture that shows at @p seconds; a null image where there is none.
-    QImage pictureAt(double seconds) const;
-    /// All pictures, in order; for short recordings of small areas.
-    QList<QImage> pictures() const;
-    /// The test picture's number in each frame, in order; nothing where a frame shows no number.
-    QList<std::optional<uint32_t>> numbers(const TestPicture& picture) const;
+    /// The frame that shows at @p seconds; a null image where there is none.
+    QImage frameAt(double seconds) const;
+    /// All frames, in order; for short recordings of small areas.
+    QList<QImage> frames() const;
+    /// The test pattern's number in each frame, in order; nothing where a frame shows no number.
+    QList<std::optional<uint32_t>> numbers(const TestPattern& pattern) const;
     /// The sound, mixed to one channel, -1..1, at @p samplesPerSecond.
     QList<float> samples(int samplesPerSecond) const;
 

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-/// Records what goes to the toolkit's message output while the object lives. One at a time; any thread may log.
+/// Records what goes to Qt's message output while the object lives. One at a time; any thread may log.
 class MessageCapture
 {
 public:

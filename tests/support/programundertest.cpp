@@ -1,6 +1,6 @@
 #include "tests/support/programundertest.h"
 
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -132,7 +132,7 @@ bool ProgramUnderTest::start()
     QProcessEnvironment variables = environment();
     if (!m_countsDownInFull)
         variables.insert(QStringLiteral("KESTRANO_COUNTDOWN_STEP_MS"), QString::number(kCountdownStepMs));
-    // The moment of each message by the same clock that the test picture shows.
+    // The moment of each message by the same clock that the test pattern shows.
     variables.insert(QStringLiteral("QT_MESSAGE_PATTERN"), QStringLiteral("@%{time boot}@%{message}"));
     m_process.setProcessEnvironment(variables);
     m_process.setProcessChannelMode(QProcess::MergedChannels);

@@ -1,6 +1,6 @@
 #include "tests/support/shownclock.h"
 
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,7 @@
 
 namespace {
 
-/// How far a number may be from what the others say: a recorder that could not keep up shows old pictures for a while.
+/// How far a number may be from what the others say: a recorder that could not keep up shows old frames for a while.
 constexpr int64_t kBelievableNs = 700'000'000;
 constexpr double kNsPerSecond = 1e9;
 

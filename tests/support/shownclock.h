@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-/// What the test picture's numbers in a recording say about when it was made, and about its clock.
+/// What the test pattern's numbers in a recording say about when it was made, and about its clock.
 struct ShownClock
 {
     int64_t firstNs = 0; ///< When the first believable number began to be shown, on the clock of the numbers.
@@ -15,10 +15,10 @@ struct ShownClock
     double driftSeconds = 0.0;
 };
 
-/// Reads the clock off all pictures together, so that one number that was torn does not speak for the file.
+/// Reads the clock off all frames together, so that one number that was torn does not speak for the file.
 ///
-/// @param numbers one for each picture, nothing where none could be read.
-/// @param seconds the pictures' times in the file.
+/// @param numbers one for each frame, nothing where none could be read.
+/// @param seconds the frames' times in the file.
 /// @param nearNs  a moment of the recording: numbers wrap.
 /// @return nothing where fewer than two numbers were read in a half of the file.
 std::optional<ShownClock> readShownClock(const QList<std::optional<uint32_t>>& numbers, const QList<double>& seconds,

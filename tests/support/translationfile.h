@@ -40,7 +40,7 @@ public:
     QString translate(const char* context, const char* text, const char* disambiguation, int count) const override;
     bool isEmpty() const override { return false; }
 
-    /// The texts of those contexts that are the program's own classes, not the toolkit's.
+    /// The texts of those contexts that are the program's own classes, not Qt's.
     QSet<QString> ownTexts() const;
 
 private:

@@ -14,7 +14,7 @@ namespace windowtest {
 /// Every setting at its default, but the first start is over and no hotkey is taken.
 void resetSettings();
 
-/// What main() does for such a test: a profile and a list of files of its own, file dialogs of the toolkit instead of
+/// What main() does for such a test: a profile and a list of files of its own, file dialogs of Qt instead of
 /// the system's, and a program that goes on when its last window is closed.
 template <typename Test>
 int run(int argc, char* argv[])

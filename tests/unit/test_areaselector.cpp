@@ -1,7 +1,7 @@
 #include "overlays/areaselector.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testrun.h"
-#include "tests/support/widgetpicture.h"
+#include "tests/support/widgetimage.h"
 
 #include <QGuiApplication>
 #include <QImage>

@@ -214,7 +214,7 @@ private slots:
 
     void marginsAreCountedFromTheScreensTruePixels()
     {
-        // 800 by 600 pixels at 1.5, of which the toolkit makes 533 by 400.
+        // 800 by 600 pixels at 1.5, of which Qt makes 533 by 400.
         const CaptureScreen rounded{{0, 0, 533, 400}, 1.5};
         const CaptureScreen screen = withPixels(rounded, {800, 600});
         CaptureArea area;

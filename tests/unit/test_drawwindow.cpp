@@ -2,7 +2,7 @@
 #include "tests/support/messagecapture.h"
 #include "tests/support/pointerevents.h"
 #include "tests/support/testrun.h"
-#include "tests/support/widgetpicture.h"
+#include "tests/support/widgetimage.h"
 
 #include <QApplication>
 #include <QHBoxLayout>

@@ -97,7 +97,7 @@ bool isPlain(const QImage& picture, const QRect& rect, const QColor& colour)
     return true;
 }
 
-/// Icons are blank where the toolkit has no plug-in for their format.
+/// Icons are blank where Qt has no plug-in for their format.
 bool canShowIcons()
 {
     return !QIcon(QStringLiteral(":/res/forms/images/folder.svg")).pixmap(18).isNull();

@@ -47,7 +47,7 @@ private slots:
         QCOMPARE(m_ring->geometry().topLeft(), QPoint(67, 67));
         m_second->move(100, 50);
         QCOMPARE(m_ring->geometry().topLeft(), QPoint(67, 67));
-        // The toolkit hands the focus of a hidden control on.
+        // Qt hands the focus of a hidden control on.
         m_first->hide();
         QCOMPARE(m_ring->geometry().topLeft(), QPoint(147, 87));
         m_second->clearFocus();

@@ -21,7 +21,7 @@ QImage picture(const QIcon& icon, QIcon::Mode mode, double devicePixelRatio = 1.
     return icon.pixmap(kSize, devicePixelRatio, mode).toImage().convertToFormat(QImage::Format_ARGB32);
 }
 
-/// What stands farthest from the windows' background when the icon is drawn on it; 0 where the toolkit has no plug-in
+/// What stands farthest from the windows' background when the icon is drawn on it; 0 where Qt has no plug-in
 /// for the icons' format.
 int contrast(const QImage& icon)
 {

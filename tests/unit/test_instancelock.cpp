@@ -162,7 +162,7 @@ private slots:
         QCOMPARE(QByteArray(static_cast<const char*>(theirs.constData()), 16), QByteArray(16, 0x7f));
     }
 
-    void whereAnotherUserHasTheSegmentEveryCopyRunsUnguarded()
+    void whereAnotherUserHasTheSegmentEveryInstanceRunsUnguarded()
     {
         // Users who share a folder of temporary files.
         QVERIFY(chmod(QFile::encodeName(m_root).constData(), 0711) == 0);

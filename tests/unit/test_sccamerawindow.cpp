@@ -1,6 +1,6 @@
 #include "overlays/sccamerawindow.h"
 #include "tests/support/fakecameras.h"
-#include "tests/support/widgetpicture.h"
+#include "tests/support/widgetimage.h"
 #include "tests/support/windowtest.h"
 
 #include <QApplication>

@@ -3,7 +3,7 @@
 #include "screenshot/scscreenshotwindow.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/pointerevents.h"
-#include "tests/support/widgetpicture.h"
+#include "tests/support/widgetimage.h"
 #include "tests/support/windowtest.h"
 
 #include <QApplication>

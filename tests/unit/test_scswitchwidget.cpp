@@ -1,6 +1,6 @@
 #include "overlays/scswitchwidget.h"
 #include "tests/support/testrun.h"
-#include "tests/support/widgetpicture.h"
+#include "tests/support/widgetimage.h"
 
 #include <QImage>
 #include <QPainter>

@@ -27,29 +27,29 @@ using Role = SingleInstance::Role;
 namespace {
 
 constexpr int kTimeoutMs = 20'000;
-/// For claims that meet a copy which never gives way.
+/// For claims that meet a instance which never gives way.
 constexpr std::chrono::milliseconds kShortInterval{5};
 
-/// Another copy of the program that stands still, where this test program plays it (see run()).
-class StandingCopy
+/// Another instance of the program that stands still, where this test program plays it (see run()).
+class StandingInstance
 {
 public:
     /// @param with what it holds: "gate", "lock", "segment".
-    StandingCopy(const QString& key, const QStringList& with) : m_segment(key)
+    StandingInstance(const QString& key, const QStringList& with) : m_segment(key)
     {
         m_process.start(QCoreApplication::applicationFilePath(),
                         QStringList{"test_singleinstance", "stand-still", key} + with);
         m_isThere = m_process.waitForReadyRead(kTimeoutMs) && m_process.readLine().trimmed() == "there";
     }
-    ~StandingCopy()
+    ~StandingInstance()
     {
         kill();
         // Where its segment outlives it, this removes it.
         if (m_segment.attach())
             m_segment.detach();
     }
-    StandingCopy(const StandingCopy&) = delete;
-    StandingCopy& operator=(const StandingCopy&) = delete;
+    StandingInstance(const StandingInstance&) = delete;
+    StandingInstance& operator=(const StandingInstance&) = delete;
 
     bool isThere() const { return m_isThere; }
 
@@ -65,7 +65,7 @@ private:
     bool m_isThere = false;
 };
 
-/// What StandingCopy runs; does not return before it is killed.
+/// What StandingInstance runs; does not return before it is killed.
 int standStill(const QString& key, const QStringList& with)
 {
     platform::InstanceLock gate(SingleInstance::gateName(key));
@@ -100,7 +100,7 @@ private slots:
         m_key = QString("KestranoTest%1-%2").arg(QCoreApplication::applicationPid()).arg(++count);
     }
 
-    void theFirstCopyMakesTheSegmentAndSaysSo()
+    void theFirstInstanceMakesTheSegmentAndSaysSo()
     {
         const MessageCapture capture;
         SingleInstance first(m_key);
@@ -132,7 +132,7 @@ private slots:
         QCOMPARE(capture.texts(QtInfoMsg), QStringList("[INFO] Stored window handle and process ID in shared memory"));
     }
 
-    void aSecondCopyDuringTheFirstOnesStartFindsNoWindow()
+    void aSecondInstanceDuringTheFirstOnesStartFindsNoWindow()
     {
         SingleInstance first(m_key);
         QCOMPARE(first.claim(), Role::First);
@@ -167,7 +167,7 @@ private slots:
         QCOMPARE(capture.texts(QtCriticalMsg), QStringList("[ERROR] Stored window handle is invalid"));
     }
 
-    void theSecondCopyLeavesTheSegmentAlone()
+    void theSecondInstanceLeavesTheSegmentAlone()
     {
         SingleInstance first(m_key);
         QCOMPARE(first.claim(), Role::First);
@@ -199,7 +199,7 @@ private slots:
         QVERIFY(capture.texts().isEmpty());
     }
 
-    void aCopyKilledInsideTheGateLeavesItOpen_data()
+    void aInstanceKilledInsideTheGateLeavesItOpen_data()
     {
         QTest::addColumn<QStringList>("with");
         QTest::newRow("gate") << QStringList{"gate"};
@@ -207,10 +207,10 @@ private slots:
         QTest::newRow("gate, lock and segment") << QStringList{"gate", "lock", "segment"};
     }
 
-    void aCopyKilledInsideTheGateLeavesItOpen()
+    void aInstanceKilledInsideTheGateLeavesItOpen()
     {
         QFETCH(const QStringList, with);
-        StandingCopy killed(m_key, with);
+        StandingInstance killed(m_key, with);
         QVERIFY(killed.isThere());
         killed.kill();
         {
@@ -226,19 +226,19 @@ private slots:
         QCOMPARE(second.claim(), Role::Second);
     }
 
-    void aCopyStoppedInsideTheGateIsPassedBy()
+    void aInstanceStoppedInsideTheGateIsPassedBy()
     {
-        const StandingCopy stopped(m_key, {"gate"});
+        const StandingInstance stopped(m_key, {"gate"});
         QVERIFY(stopped.isThere());
         SingleInstance next(m_key, kShortInterval);
         QCOMPARE(next.claim(), Role::First);
     }
 
-    void theFirstCopyIsFoundBehindAGateThatSomebodyStoppedIn()
+    void theFirstInstanceIsFoundBehindAGateThatSomebodyStoppedIn()
     {
         SingleInstance first(m_key);
         QCOMPARE(first.claim(), Role::First);
-        const StandingCopy stopped(m_key, {"gate"});
+        const StandingInstance stopped(m_key, {"gate"});
         QVERIFY(stopped.isThere());
         SingleInstance second(m_key, kShortInterval);
         QCOMPARE(second.claim(), Role::Second);
@@ -276,7 +276,7 @@ private slots:
         SingleInstance second(m_key);
         QCOMPARE(second.claim(), Role::Second);
         first.publish(1, QCoreApplication::applicationPid());
-        // The toolkit's semaphores are files there.
+        // Qt's semaphores are files there.
         QCOMPARE(QDir::temp().entryList({"qipc_systemsem_*"}, QDir::Files), QStringList());
     }
 
@@ -298,30 +298,30 @@ private slots:
     void aDozenAtOnceLeaveExactlyOne()
     {
         for (int round = 0; round < 5; ++round) {
-            constexpr int kCopies = 12;
-            std::vector<std::unique_ptr<SingleInstance>> copies;
-            copies.reserve(kCopies);
-            for (int copy = 0; copy < kCopies; ++copy)
-                copies.push_back(std::make_unique<SingleInstance>(m_key));
-            std::atomic<int> waiting = kCopies;
+            constexpr int kInstances = 12;
+            std::vector<std::unique_ptr<SingleInstance>> instances;
+            instances.reserve(kInstances);
+            for (int instance = 0; instance < kInstances; ++instance)
+                instances.push_back(std::make_unique<SingleInstance>(m_key));
+            std::atomic<int> waiting = kInstances;
             std::atomic<int> firsts = 0;
             std::atomic<int> seconds = 0;
-            const auto start = [&](int copy) {
+            const auto start = [&](int instance) {
                 --waiting;
                 while (waiting > 0)
                     std::this_thread::yield();
-                const Role role = copies.at(static_cast<std::size_t>(copy))->claim();
+                const Role role = instances.at(static_cast<std::size_t>(instance))->claim();
                 firsts += role == Role::First ? 1 : 0;
                 seconds += role == Role::Second ? 1 : 0;
             };
             std::vector<std::thread> threads;
-            threads.reserve(kCopies);
-            for (int copy = 0; copy < kCopies; ++copy)
-                threads.emplace_back(start, copy);
+            threads.reserve(kInstances);
+            for (int instance = 0; instance < kInstances; ++instance)
+                threads.emplace_back(start, instance);
             for (std::thread& thread : threads)
                 thread.join();
             QCOMPARE(firsts.load(), 1);
-            QCOMPARE(seconds.load(), kCopies - 1);
+            QCOMPARE(seconds.load(), kInstances - 1);
         }
     }
 };

@@ -3,7 +3,7 @@
 #include "mainwindow/sourceport.h"
 #include "mainwindow/sourceswitches.h"
 #include "overlays/scswitchwidget.h"
-#include "tests/support/widgetpicture.h"
+#include "tests/support/widgetimage.h"
 #include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
 

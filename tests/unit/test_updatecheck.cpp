@@ -124,7 +124,7 @@ private slots:
                 names.append(QString::fromLatin1(line.left(line.indexOf(':'))).toLower());
         }
         names.sort();
-        // The toolkit's own, which every request has.
+        // Qt's own, which every request has.
         QCOMPARE(names, (QStringList{"accept-encoding", "accept-language", "connection", "host", "user-agent"}));
     }
 

@@ -2,7 +2,7 @@
 #include "overlays/windowhighlighter.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testrun.h"
-#include "tests/support/widgetpicture.h"
+#include "tests/support/widgetimage.h"
 #include "widgets/messagebox.h"
 
 #include <QApplication>

@@ -124,7 +124,7 @@ void TestWin32Capture::aDraggedRegionIsRecordedAndNothingElse()
     const MediaFile file(WineDesktop::unixPath(take.path));
     QVERIFY2(file.isReadable(), qPrintable(file.error()));
     QCOMPARE(file.video()->size, kTarget.size());
-    const QImage picture = file.pictureAt(file.durationSeconds() / 2);
+    const QImage picture = file.frameAt(file.durationSeconds() / 2);
     const QRect all = picture.rect().adjusted(4, 4, -4, -4);
     for (const QPoint& corner : {all.topLeft(), all.topRight(), all.bottomLeft(), all.bottomRight()})
         QVERIFY2(colourDistance(colourAt(picture, corner), Qt::white) <= kTolerance,

@@ -1,6 +1,6 @@
 #include "tests/win32/win32program.h"
 
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -146,7 +146,7 @@ WindowsPerformance::~WindowsPerformance()
 QString WindowsPerformance::begin(int numbersPerSecond)
 {
     QString failure =
-        WineDesktop::launch(m_picture, QStringLiteral("kestrano_test_picture"),
+        WineDesktop::launch(m_picture, QStringLiteral("kestrano_test_pattern"),
                             {QStringLiteral("--rate"), QString::number(numbersPerSecond), QStringLiteral("--motion"),
                              QStringLiteral("--clock-ahead"), QString::number(WineDesktop::clockAheadNs())});
     if (!failure.isEmpty())

@@ -44,7 +44,7 @@ private:
     qint64 m_readBytes = 0;
 };
 
-/// The test picture on the Windows desktop, and the test tone at the microphone, for as long as the object lives:
+/// The test pattern on the Windows desktop, and the test tone at the microphone, for as long as the object lives:
 /// Wine's sound driver lets nobody record what a speaker plays.
 class WindowsPerformance
 {

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Facts about a recording of the test picture (tools/lib/test-picture.tcl), in words.
+# Facts about a recording of the test pattern (tools/lib/test-picture.tcl), in words.
 
 readonly kCounterBits=16
 

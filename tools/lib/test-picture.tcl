@@ -14,7 +14,7 @@ set laneHeight [expr {$height / 3}]
 set patchTop [expr {$height * 3 / 4}]
 set barWidth [expr {$width / 16}]
 
-wm title . "Moving test picture"
+wm title . "Moving test pattern"
 wm attributes . -type desktop
 wm geometry . ${width}x${height}+0+0
 . configure -background "#28282E" -cursor left_ptr

@@ -6,7 +6,7 @@ kit=$root/build-windows-kit
 
 # What the build for Windows is made for: the unit tests, and the tests that use the program.
 windows_unit_targets=(kestrano_unit_tests)
-windows_program_targets=(kestrano kestrano_test_win32probe kestrano_test_picture)
+windows_program_targets=(kestrano kestrano_test_win32probe kestrano_test_pattern)
 
 find_kit() {
     kit_source=${KESTRANO_WINDOWS_KIT:-$root/../shared/windows-kit/kit.tar.xz}

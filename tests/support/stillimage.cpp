@@ -1,4 +1,4 @@
-#include "tests/support/stillpicture.h"
+#include "tests/support/stillimage.h"
 
 #include "platform/xcb_handles.h"
 
@@ -18,28 +18,27 @@ xcb_screen_t* screenOf(const Connection& connection)
                : nullptr;
 }
 
-/// The picture in the server's memory. It goes over in stripes that are below the longest request of any server.
-xcb_pixmap_t upload(xcb_connection_t* connection, const xcb_screen_t& screen, const QImage& picture)
+/// The image in the server's memory. It goes over in stripes that are below the longest request of any server.
+xcb_pixmap_t upload(xcb_connection_t* connection, const xcb_screen_t& screen, const QImage& image)
 {
     constexpr int kStripePx = 16;
-    const auto width = static_cast<uint16_t>(picture.width());
+    const auto width = static_cast<uint16_t>(image.width());
     const xcb_pixmap_t pixmap = xcb_generate_id(connection);
     const xcb_gcontext_t gc = xcb_generate_id(connection);
-    xcb_create_pixmap(connection, screen.root_depth, pixmap, screen.root, width,
-                      static_cast<uint16_t>(picture.height()));
+    xcb_create_pixmap(connection, screen.root_depth, pixmap, screen.root, width, static_cast<uint16_t>(image.height()));
     xcb_create_gc(connection, gc, pixmap, 0, nullptr);
-    for (int top = 0; top < picture.height(); top += kStripePx) {
-        const int height = std::min(kStripePx, picture.height() - top);
+    for (int top = 0; top < image.height(); top += kStripePx) {
+        const int height = std::min(kStripePx, image.height() - top);
         xcb_put_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, gc, width, static_cast<uint16_t>(height), 0,
                       static_cast<int16_t>(top), 0, screen.root_depth,
-                      static_cast<uint32_t>(picture.bytesPerLine() * height), picture.constScanLine(top));
+                      static_cast<uint32_t>(image.bytesPerLine() * height), image.constScanLine(top));
     }
     xcb_free_gc(connection, gc);
     return pixmap;
 }
 
-/// The mean difference of a picture's area from the grid, whose pixel (0, 0) of the picture is the one at the origin.
-double meanDifference(const QImage& picture, const QRect& area, const QImage& grid, const QPoint& origin)
+/// The mean difference of an image's area from the grid, whose pixel (0, 0) of the image is the one at the origin.
+double meanDifference(const QImage& image, const QRect& area, const QImage& grid, const QPoint& origin)
 {
     qint64 sum = 0;
     qint64 count = 0;
@@ -48,7 +47,7 @@ double meanDifference(const QImage& picture, const QRect& area, const QImage& gr
             const QPoint place = origin + QPoint(x, y);
             if (!grid.rect().contains(place))
                 continue;
-            sum += std::abs(qGray(picture.pixel(x, y)) - qGray(grid.pixel(place)));
+            sum += std::abs(qGray(image.pixel(x, y)) - qGray(grid.pixel(place)));
             ++count;
         }
     }
@@ -57,19 +56,19 @@ double meanDifference(const QImage& picture, const QRect& area, const QImage& gr
 
 } // namespace
 
-struct StillPicture::Private
+struct StillImage::Private
 {
     Connection connection{xcb_connect(nullptr, nullptr)};
     bool isShown = false;
 };
 
-StillPicture::StillPicture(const QImage& picture) : m_private(std::make_unique<Private>())
+StillImage::StillImage(const QImage& image) : m_private(std::make_unique<Private>())
 {
     xcb_connection_t* const connection = m_private->connection.get();
     const xcb_screen_t* const screen = screenOf(m_private->connection);
     if (screen == nullptr)
         return;
-    const xcb_pixmap_t pixmap = upload(connection, *screen, picture.convertToFormat(QImage::Format_RGB32));
+    const xcb_pixmap_t pixmap = upload(connection, *screen, image.convertToFormat(QImage::Format_RGB32));
     const xcb_window_t window = xcb_generate_id(connection);
     const std::array<uint32_t, 1> background{pixmap};
     xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, screen->width_in_pixels,
@@ -88,14 +87,14 @@ StillPicture::StillPicture(const QImage& picture) : m_private(std::make_unique<P
     m_private->isShown = error == nullptr && xcb_connection_has_error(connection) == 0;
 }
 
-StillPicture::~StillPicture() = default;
+StillImage::~StillImage() = default;
 
-bool StillPicture::isShown() const
+bool StillImage::isShown() const
 {
     return m_private->isShown;
 }
 
-QSize StillPicture::displaySize()
+QSize StillImage::displaySize()
 {
     const Connection connection(xcb_connect(nullptr, nullptr));
     const xcb_screen_t* const screen = screenOf(connection);
@@ -109,7 +108,7 @@ QImage gridPicture(const QSize& size)
     constexpr int kDarkest = 30;
     constexpr int kGreys = 12;
     constexpr int kGreyStep = 11;
-    QImage picture(size, QImage::Format_RGB32);
+    QImage image(size, QImage::Format_RGB32);
     for (int y = 0; y < size.height(); ++y) {
         for (int x = 0; x < size.width(); ++x) {
             const bool isLine = x % kLineEveryPx == 0 || y % kLineEveryPx == 0;
@@ -118,35 +117,35 @@ QImage gridPicture(const QSize& size)
             // Primes, so that no cell is like its neighbours and the order does not repeat soon.
             const int grey = kDarkest + (column * 31 + row * 57 + column * row * 7) % kGreys * kGreyStep;
             const int value = isLine ? kLine : grey;
-            picture.setPixel(x, y, qRgb(value, value, value));
+            image.setPixel(x, y, qRgb(value, value, value));
         }
     }
-    return picture;
+    return image;
 }
 
-QString differenceFromGrid(const QImage& picture, const QRect& part, const QImage& grid)
+QString differenceFromGrid(const QImage& image, const QRect& part, const QImage& grid)
 {
     constexpr double kCodecError = 8.0;
     constexpr double kCodecErrorAtEdge = 14.0;
-    if (picture.size() != part.size())
+    if (image.size() != part.size())
         return QStringLiteral("%1x%2 pixels instead of %3x%4")
-            .arg(picture.width())
-            .arg(picture.height())
+            .arg(image.width())
+            .arg(image.height())
             .arg(part.width())
             .arg(part.height());
-    const QRect all = picture.rect();
-    const double whole = meanDifference(picture, all, grid, part.topLeft());
+    const QRect all = image.rect();
+    const double whole = meanDifference(image, all, grid, part.topLeft());
     if (whole > kCodecError)
         return QStringLiteral("%1 off in the mean").arg(whole);
-    // The picture is nowhere else as like as here.
+    // The image is nowhere else as like as here.
     for (const QPoint& shift : {QPoint(-1, 0), QPoint(1, 0), QPoint(0, -1), QPoint(0, 1)}) {
-        if (meanDifference(picture, all, grid, part.topLeft() + shift) < 2 * whole)
+        if (meanDifference(image, all, grid, part.topLeft() + shift) < 2 * whole)
             return QStringLiteral("as like as one that is moved by (%1, %2)").arg(shift.x()).arg(shift.y());
     }
     const QRect top(all.topLeft(), QSize(all.width(), 1));
     const QRect left(all.topLeft(), QSize(1, all.height()));
     for (const QRect& edge : {top, left, top.translated(0, all.height() - 1), left.translated(all.width() - 1, 0)}) {
-        const double off = meanDifference(picture, edge, grid, part.topLeft());
+        const double off = meanDifference(image, edge, grid, part.topLeft());
         if (off > kCodecErrorAtEdge)
             return QStringLiteral("the edge at (%1, %2) is %3 off").arg(edge.x()).arg(edge.y()).arg(off);
     }

@@ -1,4 +1,4 @@
-#include "tests/support/picturecanvas.h"
+#include "tests/support/patterncanvas.h"
 
 #include <windows.h>
 #include <utility>
@@ -16,7 +16,7 @@ LRESULT CALLBACK onMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPar
         g_exposed = true;
         return 0;
     }
-    // Whatever comes to the front, the picture stays behind it.
+    // Whatever comes to the front, the pattern stays behind it.
     if (message == WM_WINDOWPOSCHANGING)
         reinterpret_cast<WINDOWPOS*>(lParam)->hwndInsertAfter = HWND_BOTTOM;
     if (message == WM_MOUSEACTIVATE)
@@ -27,15 +27,15 @@ LRESULT CALLBACK onMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPar
 
 } // namespace
 
-struct PictureCanvas::Private
+struct PatternCanvas::Private
 {
     HWND window = nullptr;
     HDC context = nullptr;
 };
 
-PictureCanvas::PictureCanvas() : m_private(std::make_unique<Private>()) {}
+PatternCanvas::PatternCanvas() : m_private(std::make_unique<Private>()) {}
 
-PictureCanvas::~PictureCanvas()
+PatternCanvas::~PatternCanvas()
 {
     if (m_private->context != nullptr)
         ReleaseDC(m_private->window, m_private->context);
@@ -43,17 +43,17 @@ PictureCanvas::~PictureCanvas()
         DestroyWindow(m_private->window);
 }
 
-bool PictureCanvas::isBroken() const
+bool PatternCanvas::isBroken() const
 {
     return g_closed;
 }
 
-QSize PictureCanvas::size() const
+QSize PatternCanvas::size() const
 {
     return {GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
 }
 
-void PictureCanvas::show(const QColor& /*background*/)
+void PatternCanvas::show(const QColor& /*background*/)
 {
     WNDCLASSEXW description{};
     description.cbSize = sizeof(description);
@@ -61,10 +61,10 @@ void PictureCanvas::show(const QColor& /*background*/)
     description.style = CS_OWNDC;
     description.lpfnWndProc = &onMessage;
     description.hInstance = GetModuleHandleW(nullptr);
-    description.lpszClassName = L"KestranoTestPicture";
+    description.lpszClassName = L"KestranoTestPattern";
     RegisterClassExW(&description);
     m_private->window = CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, description.lpszClassName,
-                                        L"Moving test picture", WS_POPUP, 0, 0, size().width(), size().height(),
+                                        L"Moving test pattern", WS_POPUP, 0, 0, size().width(), size().height(),
                                         nullptr, nullptr, description.hInstance, nullptr);
     g_closed = m_private->window == nullptr;
     m_private->context = GetDC(m_private->window);
@@ -72,19 +72,19 @@ void PictureCanvas::show(const QColor& /*background*/)
     g_exposed = true;
 }
 
-void PictureCanvas::fill(const QRect& area, const QColor& colour)
+void PatternCanvas::fill(const QRect& area, const QColor& colour)
 {
     const RECT rect{area.left(), area.top(), area.left() + area.width(), area.top() + area.height()};
     SetDCBrushColor(m_private->context, RGB(colour.red(), colour.green(), colour.blue()));
     FillRect(m_private->context, &rect, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
 }
 
-void PictureCanvas::flush()
+void PatternCanvas::flush()
 {
     GdiFlush();
 }
 
-bool PictureCanvas::takeExposure()
+bool PatternCanvas::takeExposure()
 {
     MSG message{};
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0)

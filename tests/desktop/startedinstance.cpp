@@ -1,4 +1,4 @@
-#include "tests/desktop/startedcopy.h"
+#include "tests/desktop/startedinstance.h"
 
 #include "app/settingsfile.h"
 
@@ -79,45 +79,45 @@ InTemporaryFolderOf::~InTemporaryFolderOf()
         qputenv("TMPDIR", m_before);
 }
 
-StartedCopy::StartedCopy(const Profile& profile, Start start) : m_profile(profile), m_start(start)
+StartedInstance::StartedInstance(const Profile& profile, Start start) : m_profile(profile), m_start(start)
 {
     process().setWorkingDirectory(profile.root().path());
     ProgramUnderTest::start();
 }
 
-StartedCopy::~StartedCopy()
+StartedInstance::~StartedInstance()
 {
     end();
 }
 
-QStringList StartedCopy::command() const
+QStringList StartedInstance::command() const
 {
     if (m_start == Start::AtOnce)
         return {executable()};
     return {QStringLiteral("sh"), QStringLiteral("-c"), QLatin1String(kHeldStart), executable()};
 }
 
-bool StartedCopy::waitForMessage(const QString& text)
+bool StartedInstance::waitForMessage(const QString& text)
 {
     return ProgramUnderTest::waitForMessage(text, kTimeoutMs).has_value();
 }
 
-bool StartedCopy::waitUntilEnded()
+bool StartedInstance::waitUntilEnded()
 {
     return ProgramUnderTest::waitUntilEnded(kTimeoutMs);
 }
 
-int StartedCopy::exitCode()
+int StartedInstance::exitCode()
 {
     return !isRunning() && process().exitStatus() == QProcess::NormalExit ? process().exitCode() : -1;
 }
 
-void StartedCopy::sendSignal(int number) const
+void StartedInstance::sendSignal(int number) const
 {
     ::kill(static_cast<pid_t>(processId()), number);
 }
 
-QStringList StartedCopy::messages()
+QStringList StartedInstance::messages()
 {
     QStringList texts;
     for (const Line& line : ProgramUnderTest::messages())

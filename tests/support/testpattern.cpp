@@ -1,10 +1,10 @@
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 
 #include <chrono>
 
 namespace {
 
-constexpr uint32_t kNumberMask = (1U << TestPicture::kBits) - 1;
+constexpr uint32_t kNumberMask = (1U << TestPattern::kBits) - 1;
 constexpr int64_t kNanosecondsPerSecond = 1'000'000'000;
 constexpr int kDarkest = 96;
 constexpr int kBrightest = 160;
@@ -20,9 +20,9 @@ uint32_t fromGray(uint32_t gray)
 
 // A 40th of the width leaves room for the strip's 26 blocks; even, so that no block shares a chroma sample with its
 // neighbour.
-TestPicture::TestPicture(const QSize& screenPx) : m_screen(screenPx), m_block(qMax(16, screenPx.width() / 40 & ~1)) {}
+TestPattern::TestPattern(const QSize& screenPx) : m_screen(screenPx), m_block(qMax(16, screenPx.width() / 40 & ~1)) {}
 
-QList<TestPicture::Patch> TestPicture::patches() const
+QList<TestPattern::Patch> TestPattern::patches() const
 {
     static const QList<QColor> colours{{255, 0, 0}, {0, 255, 0},   {0, 0, 255},   {255, 255, 255},
                                        {0, 0, 0},   {255, 255, 0}, {0, 255, 255}, {128, 128, 128}};
@@ -35,18 +35,18 @@ QList<TestPicture::Patch> TestPicture::patches() const
     return patches;
 }
 
-QRect TestPicture::strip() const
+QRect TestPattern::strip() const
 {
     const int width = m_block * blockCount();
     return {(m_screen.width() - width) / 2 & ~1, m_screen.height() * 5 / 8 & ~1, width, m_block};
 }
 
-QRect TestPicture::block(int index) const
+QRect TestPattern::block(int index) const
 {
     return {strip().left() + index * m_block, strip().top(), m_block, m_block};
 }
 
-bool TestPicture::isWhite(int index, uint32_t number)
+bool TestPattern::isWhite(int index, uint32_t number)
 {
     if (index == 0)
         return false;
@@ -56,7 +56,7 @@ bool TestPicture::isWhite(int index, uint32_t number)
     return ((gray >> (kBits - index)) & 1U) != 0;
 }
 
-std::optional<uint32_t> TestPicture::numberFromBlocks(const QList<int>& brightness)
+std::optional<uint32_t> TestPattern::numberFromBlocks(const QList<int>& brightness)
 {
     if (brightness.size() != kBits + 2 || brightness.first() > kDarkest || brightness.last() < kBrightest)
         return std::nullopt;
@@ -70,7 +70,7 @@ std::optional<uint32_t> TestPicture::numberFromBlocks(const QList<int>& brightne
     return fromGray(gray);
 }
 
-QRect TestPicture::sweepArea() const
+QRect TestPattern::sweepArea() const
 {
     return {0, m_screen.height() * 3 / 4 & ~1, m_screen.width(), m_screen.height() / 8 & ~1};
 }

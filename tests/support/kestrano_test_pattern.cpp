@@ -1,12 +1,12 @@
-// Fills the screen with the test picture of testpicture.h and keeps its number in step with the clock.
+// Fills the screen with the test pattern of testpattern.h and keeps its number in step with the clock.
 //
-//   kestrano_test_picture [--rate NUMBERS_PER_SECOND] [--motion] [--clock-ahead NANOSECONDS]
+//   kestrano_test_pattern [--rate NUMBERS_PER_SECOND] [--motion] [--clock-ahead NANOSECONDS]
 //
 // The window lies below all others, as a desktop's background does. "READY" on the standard output says that the
-// picture shows. Where the clock of the program is not that of the test (Wine's is another one of Linux's),
+// pattern shows. Where the clock of the program is not that of the test (Wine's is another one of Linux's),
 // --clock-ahead says by how much.
-#include "tests/support/picturecanvas.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/patterncanvas.h"
+#include "tests/support/testpattern.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -21,13 +21,13 @@ namespace {
 
 volatile std::sig_atomic_t quitRequested = 0;
 
-/// Draws a TestPicture on a canvas, at each step just what changed.
+/// Draws a TestPattern on a canvas, at each step just what changed.
 class Painter
 {
 public:
-    Painter(PictureCanvas& canvas, bool motion) : m_canvas(canvas), m_picture(canvas.size()), m_motion(motion) {}
+    Painter(PatternCanvas& canvas, bool motion) : m_canvas(canvas), m_pattern(canvas.size()), m_motion(motion) {}
 
-    const TestPicture& picture() const { return m_picture; }
+    const TestPattern& pattern() const { return m_pattern; }
     void drawAll(uint32_t number);
     void drawStep(uint32_t number);
 
@@ -38,15 +38,15 @@ private:
     void drawBar(uint32_t number);
     void drawBlock(int index, uint32_t number);
 
-    PictureCanvas& m_canvas;
-    TestPicture m_picture;
+    PatternCanvas& m_canvas;
+    TestPattern m_pattern;
     bool m_motion;
     uint32_t m_shown = 0;
 };
 
 QRect Painter::bar(uint32_t number) const
 {
-    const QRect area = m_picture.sweepArea();
+    const QRect area = m_pattern.sweepArea();
     const int step = area.width() / kSweepSteps;
     return {area.left() + static_cast<int>(number % kSweepSteps) * step, area.top(), step, area.height()};
 }
@@ -64,15 +64,15 @@ void Painter::drawBar(uint32_t number)
 
 void Painter::drawBlock(int index, uint32_t number)
 {
-    m_canvas.fill(m_picture.block(index), TestPicture::isWhite(index, number) ? Qt::white : Qt::black);
+    m_canvas.fill(m_pattern.block(index), TestPattern::isWhite(index, number) ? Qt::white : Qt::black);
 }
 
 void Painter::drawAll(uint32_t number)
 {
-    m_canvas.fill(QRect(QPoint(0, 0), m_picture.screen()), m_picture.background());
-    for (const TestPicture::Patch& patch : m_picture.patches())
+    m_canvas.fill(QRect(QPoint(0, 0), m_pattern.screen()), m_pattern.background());
+    for (const TestPattern::Patch& patch : m_pattern.patches())
         m_canvas.fill(patch.area, patch.colour);
-    for (int index = 0; index < m_picture.blockCount(); ++index)
+    for (int index = 0; index < m_pattern.blockCount(); ++index)
         drawBlock(index, number);
     m_canvas.flush();
     m_shown = number;
@@ -80,11 +80,11 @@ void Painter::drawAll(uint32_t number)
 
 void Painter::drawStep(uint32_t number)
 {
-    for (int index = 0; index < m_picture.blockCount(); ++index)
-        if (TestPicture::isWhite(index, number) != TestPicture::isWhite(index, m_shown))
+    for (int index = 0; index < m_pattern.blockCount(); ++index)
+        if (TestPattern::isWhite(index, number) != TestPattern::isWhite(index, m_shown))
             drawBlock(index, number);
     if (m_motion) {
-        m_canvas.fill(bar(m_shown), m_picture.background());
+        m_canvas.fill(bar(m_shown), m_pattern.background());
         drawBar(number);
     }
     m_canvas.flush();
@@ -99,13 +99,13 @@ void requestQuit(int /*signal*/)
 int run(int numbersPerSecond, bool motion, int64_t clockAheadNs)
 {
     const auto now = [clockAheadNs] { return monotonicNow() - clockAheadNs; };
-    PictureCanvas canvas;
+    PatternCanvas canvas;
     if (canvas.isBroken()) {
-        std::fputs("kestrano_test_picture: no display to draw on\n", stderr);
+        std::fputs("kestrano_test_pattern: no display to draw on\n", stderr);
         return EXIT_FAILURE;
     }
     Painter painter(canvas, motion);
-    canvas.show(painter.picture().background());
+    canvas.show(painter.pattern().background());
     bool announced = false;
     while (quitRequested == 0 && !canvas.isBroken()) {
         const uint32_t number = numberAt(now(), numbersPerSecond);
@@ -141,7 +141,7 @@ int main(int argc, char* argv[])
     parser.process(application);
     const int numbersPerSecond = parser.value(rate).toInt();
     if (numbersPerSecond < 1) {
-        std::fputs("kestrano_test_picture: --rate wants a number of at least 1\n", stderr);
+        std::fputs("kestrano_test_pattern: --rate wants a number of at least 1\n", stderr);
         return EXIT_FAILURE;
     }
     std::signal(SIGTERM, requestQuit);

@@ -8,12 +8,12 @@
 #include <cstdint>
 #include <optional>
 
-/// The picture that fills the screen while a test or a measurement records it: patches of known colours, and a strip of
+/// The pattern that fills the screen while a test or a measurement records it: patches of known colours, and a strip of
 /// black and white blocks that shows a number. The number is the clock: it is derived from CLOCK_MONOTONIC alone, so a
 /// decoded frame says at which moment of the machine it was captured, without a word between the processes.
 ///
-/// Everything is in physical pixels. The program `kestrano_test_picture` draws it; tests/support/mediafile.h reads it.
-class TestPicture
+/// Everything is in physical pixels. The program `kestrano_test_pattern` draws it; tests/support/mediafile.h reads it.
+class TestPattern
 {
 public:
     struct Patch
@@ -25,7 +25,7 @@ public:
     /// Bits of the number on the strip; at 30 numbers a second it wraps after 155 hours.
     static constexpr int kBits = 24;
 
-    explicit TestPicture(const QSize& screenPx);
+    explicit TestPattern(const QSize& screenPx);
 
     QSize screen() const { return m_screen; }
     QColor background() const { return QColor(64, 64, 64); }
@@ -46,7 +46,7 @@ public:
     /// are not as drawn or a block is neither black nor white.
     static std::optional<uint32_t> numberFromBlocks(const QList<int>& brightness);
 
-    /// The area in which a bar sweeps when the picture is asked to move, to give an encoder work.
+    /// The area in which a bar sweeps when the pattern is asked to move, to give an encoder work.
     QRect sweepArea() const;
 
 private:

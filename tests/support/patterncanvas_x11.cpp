@@ -1,5 +1,5 @@
 #include "platform/xcb_handles.h"
-#include "tests/support/picturecanvas.h"
+#include "tests/support/patterncanvas.h"
 
 #include <array>
 
@@ -17,7 +17,7 @@ xcb_rectangle_t rectangleOf(const QRect& rect)
 
 } // namespace
 
-struct PictureCanvas::Private
+struct PatternCanvas::Private
 {
     Connection connection{xcb_connect(nullptr, nullptr)};
     xcb_screen_t* screen = nullptr;
@@ -25,25 +25,25 @@ struct PictureCanvas::Private
     xcb_gcontext_t gc = 0;
 };
 
-PictureCanvas::PictureCanvas() : m_private(std::make_unique<Private>())
+PatternCanvas::PatternCanvas() : m_private(std::make_unique<Private>())
 {
     if (xcb_connection_has_error(m_private->connection.get()) == 0)
         m_private->screen = xcb_setup_roots_iterator(xcb_get_setup(m_private->connection.get())).data;
 }
 
-PictureCanvas::~PictureCanvas() = default;
+PatternCanvas::~PatternCanvas() = default;
 
-bool PictureCanvas::isBroken() const
+bool PatternCanvas::isBroken() const
 {
     return !m_private->screen || xcb_connection_has_error(m_private->connection.get()) != 0;
 }
 
-QSize PictureCanvas::size() const
+QSize PatternCanvas::size() const
 {
     return {m_private->screen->width_in_pixels, m_private->screen->height_in_pixels};
 }
 
-void PictureCanvas::show(const QColor& background)
+void PatternCanvas::show(const QColor& background)
 {
     xcb_connection_t* const connection = m_private->connection.get();
     const xcb_screen_t& screen = *m_private->screen;
@@ -62,7 +62,7 @@ void PictureCanvas::show(const QColor& background)
     flush();
 }
 
-void PictureCanvas::fill(const QRect& area, const QColor& colour)
+void PatternCanvas::fill(const QRect& area, const QColor& colour)
 {
     const std::array<uint32_t, 1> foreground{colour.rgb() & 0xFFFFFFU};
     const xcb_rectangle_t rectangle = rectangleOf(area);
@@ -70,12 +70,12 @@ void PictureCanvas::fill(const QRect& area, const QColor& colour)
     xcb_poly_fill_rectangle(m_private->connection.get(), m_private->window, m_private->gc, 1, &rectangle);
 }
 
-void PictureCanvas::flush()
+void PatternCanvas::flush()
 {
     xcb_flush(m_private->connection.get());
 }
 
-bool PictureCanvas::takeExposure()
+bool PatternCanvas::takeExposure()
 {
     bool exposed = false;
     while (const Owned<xcb_generic_event_t> event{xcb_poll_for_event(m_private->connection.get())})

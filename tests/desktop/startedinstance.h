@@ -10,7 +10,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// A user's profile, in which any number of copies of the program are started.
+/// A user's profile, in which any number of instances of the program are started.
 class Profile
 {
 public:
@@ -27,14 +27,14 @@ public:
     /// What the settings file holds, read as the program reads it.
     QMap<QString, QVariant> settings() const;
 
-    /// The environment of a copy: this profile, and no language but what a test sets.
+    /// The environment of a instance: this profile, and no language but what a test sets.
     QProcessEnvironment environment;
 
 private:
     QTemporaryDir m_root;
 };
 
-/// While it lives, this process uses the temporary folder of the profile's copies, and so their segment.
+/// While it lives, this process uses the temporary folder of the profile's instances, and so their segment.
 class InTemporaryFolderOf
 {
 public:
@@ -49,7 +49,7 @@ private:
 
 /// One start of the program in a profile that it may share with others; what is stored there is the test's own
 /// affair. The destructor ends it.
-class StartedCopy : private ProgramUnderTest
+class StartedInstance : private ProgramUnderTest
 {
 public:
     enum class Start
@@ -58,8 +58,8 @@ public:
         Held ///< the process is there and waits for release() before it becomes the program
     };
 
-    explicit StartedCopy(const Profile& profile, Start start = Start::AtOnce);
-    ~StartedCopy() override;
+    explicit StartedInstance(const Profile& profile, Start start = Start::AtOnce);
+    ~StartedInstance() override;
 
     bool waitUntilHeld() { return waitForMessage(QStringLiteral("held")); }
     void release() { process().closeWriteChannel(); }

@@ -8,13 +8,13 @@
 
 /// A window over the whole screen, below all others, that is filled with rectangles: plain drawing calls of the system,
 /// so that showing a number costs next to nothing. All in physical pixels.
-class PictureCanvas
+class PatternCanvas
 {
 public:
-    PictureCanvas();
-    ~PictureCanvas();
-    PictureCanvas(const PictureCanvas&) = delete;
-    PictureCanvas& operator=(const PictureCanvas&) = delete;
+    PatternCanvas();
+    ~PatternCanvas();
+    PatternCanvas(const PatternCanvas&) = delete;
+    PatternCanvas& operator=(const PatternCanvas&) = delete;
 
     /// Whether there is no display, or none any more.
     bool isBroken() const;
@@ -22,7 +22,7 @@ public:
     void show(const QColor& background);
     void fill(const QRect& area, const QColor& colour);
     void flush();
-    /// Whether some of the picture has to be drawn again, asked since the last call.
+    /// Whether some of the pattern has to be drawn again, asked since the last call.
     bool takeExposure();
 
 private:

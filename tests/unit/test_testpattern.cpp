@@ -1,5 +1,5 @@
 #include "tests/support/shownclock.h"
-#include "tests/support/testpicture.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testrun.h"
 #include "tests/support/testtone.h"
 
@@ -15,10 +15,10 @@ constexpr int64_t kSomeMoment = 123'456 * kNanosecondsPerSecond + 789;
 
 QList<int> blocksOf(uint32_t number)
 {
-    const TestPicture picture(QSize(1280, 720));
+    const TestPattern picture(QSize(1280, 720));
     QList<int> brightness;
     for (int index = 0; index < picture.blockCount(); ++index)
-        brightness.append(TestPicture::isWhite(index, number) ? 250 : 5);
+        brightness.append(TestPattern::isWhite(index, number) ? 250 : 5);
     return brightness;
 }
 
@@ -60,7 +60,7 @@ Shown shownFrom(int64_t monotonicNs, int pictures)
 } // namespace
 
 /// The judges of recordings, judged.
-class TestTestPicture : public QObject
+class TestTestPattern : public QObject
 {
     Q_OBJECT
 
@@ -68,15 +68,15 @@ private slots:
     void everyNumberIsReadBackFromItsBlocks()
     {
         for (const uint32_t number : {0U, 1U, 2U, 1000U, 0x555555U, 0x800000U, 0xFFFFFFU})
-            QCOMPARE(TestPicture::numberFromBlocks(blocksOf(number)), std::optional<uint32_t>(number));
+            QCOMPARE(TestPattern::numberFromBlocks(blocksOf(number)), std::optional<uint32_t>(number));
     }
 
     void aFrameTornBetweenTwoNumbersShowsOneOfThem()
     {
         for (uint32_t number = 4000; number < 4200; ++number) {
             int changed = 0;
-            for (int index = 0; index < TestPicture::kBits + 2; ++index)
-                changed += TestPicture::isWhite(index, number) != TestPicture::isWhite(index, number + 1) ? 1 : 0;
+            for (int index = 0; index < TestPattern::kBits + 2; ++index)
+                changed += TestPattern::isWhite(index, number) != TestPattern::isWhite(index, number + 1) ? 1 : 0;
             QCOMPARE(changed, 1);
         }
     }
@@ -85,9 +85,9 @@ private slots:
     {
         QList<int> blocks = blocksOf(77);
         blocks[5] = 128;
-        QVERIFY(!TestPicture::numberFromBlocks(blocks));
-        QVERIFY(!TestPicture::numberFromBlocks(QList<int>(TestPicture::kBits + 2, 0)));
-        QVERIFY(!TestPicture::numberFromBlocks({}));
+        QVERIFY(!TestPattern::numberFromBlocks(blocks));
+        QVERIFY(!TestPattern::numberFromBlocks(QList<int>(TestPattern::kBits + 2, 0)));
+        QVERIFY(!TestPattern::numberFromBlocks({}));
     }
 
     void theMomentOfANumberIsTheFirstAtWhichItShows()
@@ -103,9 +103,9 @@ private slots:
 
     void theMomentOfANumberIsFoundAcrossTheWrap()
     {
-        const int64_t wrap = (int64_t{1} << TestPicture::kBits) * kNanosecondsPerSecond / 30;
+        const int64_t wrap = (int64_t{1} << TestPattern::kBits) * kNanosecondsPerSecond / 30;
         const uint32_t last = numberAt(wrap - kNanosecondsPerSecond / 60, 30);
-        QCOMPARE(last, (1U << TestPicture::kBits) - 1);
+        QCOMPARE(last, (1U << TestPattern::kBits) - 1);
         QVERIFY(std::abs(momentOfNumber(last, 30, wrap + kNanosecondsPerSecond) - wrap) < kNanosecondsPerSecond / 10);
     }
 
@@ -157,11 +157,11 @@ private slots:
     void theStripAndThePatchesLieOnTheScreenApartFromEachOther()
     {
         for (const QSize size : {QSize(640, 480), QSize(1280, 720), QSize(1920, 1080)}) {
-            const TestPicture picture(size);
+            const TestPattern picture(size);
             const QRect screen(QPoint(0, 0), size);
             QVERIFY(screen.contains(picture.strip()));
             QVERIFY(!picture.strip().intersects(picture.sweepArea()));
-            for (const TestPicture::Patch& patch : picture.patches())
+            for (const TestPattern::Patch& patch : picture.patches())
                 QVERIFY(screen.contains(patch.area) && !patch.area.intersects(picture.strip()));
         }
     }
@@ -187,5 +187,5 @@ private slots:
     }
 };
 
-REGISTER_TEST(testrun::core<TestTestPicture>);
-#include "test_testpicture.moc"
+REGISTER_TEST(testrun::core<TestTestPattern>);
+#include "test_testpattern.moc"
