@@ -1,7 +1,7 @@
 # Makes a Windows installation stand alone: the Qt plug-ins that the program opens while it runs, and every DLL that it,
 # the plug-ins and libobs are linked with. Elsewhere these come with the distribution.
 #
-# The same road serves a build on Windows and one for Windows. Qt's own deployment tool is not used: it takes all the
+# The same steps serve a build on Windows and one for Windows. Qt's own deployment tool is not used: it takes all the
 # plug-ins of a kind along, and the FFmpeg one for multimedia brings DLLs with the names of those that libobs has.
 
 # Folder of the plug-ins, by kind, and the names that Qt's CMake packages give them. Those that this Qt does not have are
@@ -41,7 +41,7 @@ if(WIN32)
   find_package(Qt6 6.4 QUIET OPTIONAL_COMPONENTS Svg)
   if(NOT TARGET Qt6::QSvgPlugin OR NOT TARGET Qt6::QSvgIconPlugin)
     kestrano_add_test_build_reason(
-      "The Qt that it was made with has no SVG plug-ins: the pictures on buttons are missing.")
+      "The Qt that it was made with has no SVG plug-ins: the icons on buttons are missing.")
   endif()
   kestrano_check_compiler_run_time()
   set(CMAKE_INSTALL_SYSTEM_RUNTIME_LIBS_SKIP ON)

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Facts about a recording of the test pattern (tools/lib/test-picture.tcl), in words.
+# Facts about a recording of the test pattern (tools/lib/test-pattern.tcl), in words.
 
 readonly kCounterBits=16
 
@@ -24,7 +24,7 @@ frame_numbers() {
         awk '{ number = 0; for (i = 1; i <= NF; i++) number = number * 2 + ($i > 127); print number }'
 }
 
-# "captured expected": how many different numbers the file holds, of how many the picture showed meanwhile.
+# "captured expected": how many different numbers the file holds, of how many the pattern showed meanwhile.
 captured_numbers() {
     frame_numbers "$1" "$2" | sort -n | uniq |
         awk 'NR == 1 { first = $1 } { last = $1 } END { print NR, NR ? last - first + 1 : 0 }'
@@ -39,14 +39,14 @@ describe_recording() {
     local file=$1 video audio captured expected
     mapfile -t video < <(probe "$file" v stream=codec_name,width,height,avg_frame_rate)
     mapfile -t audio < <(probe "$file" a stream=codec_name,sample_rate,channels)
-    ((${#video[@]} >= 4)) || die "$file holds no picture"
-    ((${#audio[@]} >= 3)) || die "$file holds no sound"
+    ((${#video[@]} >= 4)) || die "$file holds no video"
+    ((${#audio[@]} >= 3)) || die "$file holds no audio"
     read -r captured expected < <(captured_numbers "$file" "${video[1]}")
     ((expected > 0)) || die "$file holds no frame"
     printf '    File      %s\n' "$file"
     printf '    Size      %s\n' "$(du -h --apparent-size "$file" | cut -f1)B"
     printf '    Duration  %.2f s\n' "$(ffprobe -v error -show_entries format=duration -of csv=p=0 "$file")"
-    printf '    Picture   %s, %sx%s, %s frames a second\n' "${video[0]}" "${video[1]}" "${video[2]}" \
+    printf '    Video     %s, %sx%s, %s frames a second\n' "${video[0]}" "${video[1]}" "${video[2]}" \
         "$(awk -F/ '{ printf "%.2f", $1 / ($2 ? $2 : 1) }' <<<"${video[3]}")"
     printf '    Captured  %.1f %% of the frames that the screen showed (%d of %d)\n' \
         "$(awk "BEGIN { print 100 * $captured / $expected }")" "$captured" "$expected"

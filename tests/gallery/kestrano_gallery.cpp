@@ -1,4 +1,4 @@
-// Takes a picture of every window, page and overlay of the program, for the eyes of who builds it and for the
+// Takes an image of every window, page and overlay of the program, for the eyes of who builds it and for the
 // documents. Wants a private desktop, on whose screen it shows them.
 
 #include "app/appidentity.h"
@@ -19,7 +19,7 @@
 
 namespace {
 
-/// How much of the desktop around a window is in its picture, in logical pixels.
+/// How much of the desktop around a window is in its image, in logical pixels.
 constexpr int kMarginPx = 16;
 /// Long enough for a compositor and an animation.
 constexpr int kSettleMs = 250;
@@ -45,20 +45,20 @@ protected:
     }
 };
 
-class Pictures
+class Gallery
 {
 public:
-    explicit Pictures(const QDir& folder) : m_folder(folder) {}
+    explicit Gallery(const QDir& folder) : m_folder(folder) {}
 
     void take(const tour::Stop& stop)
     {
         QTest::qWait(kSettleMs);
         QScreen* const screen = QGuiApplication::primaryScreen();
         const QRect place = stop.area.adjusted(-kMarginPx, -kMarginPx, kMarginPx, kMarginPx) & screen->geometry();
-        const QPixmap picture = screen->grabWindow(0, place.x(), place.y(), place.width(), place.height());
+        const QPixmap image = screen->grabWindow(0, place.x(), place.y(), place.width(), place.height());
         const QString path = m_folder.filePath(
             QStringLiteral("%1-%2.png").arg(QLatin1String(stop.name)).arg(screen->devicePixelRatio()));
-        if (picture.isNull() || !picture.save(path)) {
+        if (image.isNull() || !image.save(path)) {
             std::fprintf(stderr, "Cannot write %s\n", qPrintable(path));
             m_failed = true;
             return;
@@ -80,7 +80,7 @@ void fillSettings(const QString& language)
     settings->setValue(settingskeys::kFirstRun, false);
     settings->setValue(settingskeys::kLanguage, language);
     settings->setValue(settingskeys::kRecordingSaveLocation, QStringLiteral("/home/user/Videos/Kestrano"));
-    settings->setValue(settingskeys::kScreenshotSaveLocation, QStringLiteral("/home/user/Pictures/Kestrano"));
+    settings->setValue(settingskeys::kScreenshotSaveLocation, QStringLiteral("/home/user/Gallery/Kestrano"));
     applyDefaultSettings(*settings);
 }
 
@@ -93,9 +93,9 @@ bool takeAll(const QString& language, const QString& folder)
     }
     QCoreApplication::installTranslator(&translator);
     fillSettings(language);
-    Pictures pictures{QDir(folder)};
-    tour::everything([&pictures](const tour::Stop& stop) { pictures.take(stop); });
-    return !pictures.failed();
+    Gallery gallery{QDir(folder)};
+    tour::everything([&gallery](const tour::Stop& stop) { gallery.take(stop); });
+    return !gallery.failed();
 }
 
 } // namespace
@@ -108,7 +108,7 @@ int main(int argc, char* argv[])
     QApplication::setQuitOnLastWindowClosed(false);
     constexpr int kArguments = 3;
     if (argc != kArguments || !QDir().mkpath(QString::fromLocal8Bit(argv[2]))) {
-        std::fprintf(stderr, "Usage: kestrano_pictures LANGUAGE FOLDER\n");
+        std::fprintf(stderr, "Usage: kestrano_gallery LANGUAGE FOLDER\n");
         return EXIT_FAILURE;
     }
     Desktop desktop;

@@ -1,10 +1,10 @@
-# The moving picture of a private desktop: fills the screen below all windows.
+# The moving test pattern of a private desktop: fills the screen below all windows.
 #
-# Usage: wish test-picture.tcl WIDTH HEIGHT RATE BITS
+# Usage: wish test-pattern.tcl WIDTH HEIGHT RATE BITS
 #
 # Along the top edge BITS square blocks show the frame's number in binary, white for 1, the lowest bit on the right. A
 # blue bar travels across the middle; the lowest quarter is pure red, green and blue, a third of the width each. Only
-# what changes is drawn, so that the picture costs its viewer next to nothing.
+# what changes is drawn, so that the pattern costs its viewer next to nothing.
 lassign $argv width height rate bits
 
 set block [expr {$width / $bits}]
