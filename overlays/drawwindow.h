@@ -1,28 +1,13 @@
 #pragma once
 
 #include "overlays/unseenmove.h"
-#include "platform/windowing/window_opening.h"
-#include "widgets/framegeometry.h"
-
-#include <QList>
-#include <QPoint>
-#include <QPolygonF>
-#include <QRect>
-#include <QRegion>
-#include <QWidget>
-
-#include <memory>
+#include "widgets/overlayframe.h"
 
 class QLabel;
-class QPushButton;
 
-/// The frame that marks the region to be recorded: a blue border that the user moves and resizes, with a tool bar on
-/// top of it from which red lines are drawn on what is inside, the recording is started and stopped, and its time is
-/// read. The inside is open: it shows what lies below, and the pointer reaches that, except while the pen is on.
-///
-/// The tool bar is a window of its own that follows the frame, so the frame has to be shown and hidden with show() and
-/// hide() of this class. All coordinates are logical pixels of the desktop.
-class DrawWindow : public QWidget
+/// The frame that marks the region to be recorded: a blue border with a tool bar on top of it, from which red lines are
+/// drawn on what is inside, the recording is started and stopped, and its time is read.
+class DrawWindow : public OverlayFrame
 {
     Q_OBJECT
     Q_PROPERTY(bool lockRatio READ lockRatio WRITE setLockRatio)
@@ -52,13 +37,7 @@ public:
     void setTimeText(const QString& text);
 
 public slots:
-    /// Hides the frame with its tool bar, QWidget::hide() the frame alone.
-    void hide();
-
-    /// Shows the frame with its tool bar, which takes its place on top of it.
-    void show();
-
-    void setLockRatio(bool lock);
+    void setLockRatio(bool lock) { m_lockRatio = lock; }
 
 signals:
     /// The area inside the border changed, by a drag of the tool bar (isMoving is true while it lasts, and false once
@@ -83,74 +62,40 @@ signals:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void changeEvent(QEvent* event) override;
-    void closeEvent(QCloseEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-    void showEvent(QShowEvent* event) override;
+
+    void retranslate() override;
+    void positionToolBar() override;
+    void dragByToolBar(const QPoint& topLeft) override;
+    void endToolBarDrag() override { m_unseenMove.end(); }
+    framegeometry::HitArea handleAt(const QPoint& position) const override;
+    void drag(framegeometry::HitArea area, const QRect& start, const QPoint& delta) override;
+    void endDrag(framegeometry::HitArea area, const QPoint& position) override;
+    bool isBorderVisible() const override { return !m_concealed; }
+    int borderDepthPx() const override { return m_borderWidth; }
+    void paintMixed(QPainter& painter) const override;
 
 private:
     void buildToolBar();
-    QPushButton* addButton(const QString& name, const QString& icon);
-    void loadStyleSheet();
-    void retranslate();
-    void setPartsVisible(bool visible);
-    void placeToolBar();
-
-    void setDrawing(bool drawing);
-    void clearDrawing();
     void onStartButton();
     void onCloseButton();
 
-    bool filterToolBar(const QMouseEvent& event);
-    void dragByToolBar(const QPoint& cursor);
-    void showHoverIcon(const QObject* button, bool hovered);
+    void moveWithToolBar(const QPoint& topLeft);
     void setConcealed(bool concealed);
-    void endToolBarDrag();
-
     const QScreen* screenOfDrag() const;
-    framegeometry::HitArea hitAreaAt(const QPoint& place) const;
-    void drag(const QMouseEvent& event, const QRect& available);
-    void draw(const QPointF& place);
-    void dropCurrentStroke();
     void reportGeometry(bool isMoving);
 
-    QMargins borders() const;
-    QRegion paintedRegion() const;
-    void updateOpening();
-    void paintMixed(QPainter& painter) const;
-    void paintCut(QPainter& painter) const;
     void paintBorder(QPainter& painter) const;
-    void paintStrokes(QPainter& painter) const;
 
-    bool m_drawingInProgress = false;
-    bool m_drawing = false;
-    QList<QPolygonF> m_strokes;
-    QPolygonF m_currentStroke;
-    /// What all strokes cover.
-    QRegion m_strokesRegion;
-    framegeometry::HitArea m_dragMode = framegeometry::HitArea::None;
-    /// Where the pointer went down, globally; while the tool bar is dragged, how far it is from the frame's corner.
-    QPoint m_pressPoint;
     QPushButton* m_drawToggleButton = nullptr;
     QPushButton* m_clearButton = nullptr;
     QPushButton* m_closeButton = nullptr;
     QPushButton* m_startButton = nullptr;
-    std::unique_ptr<QWidget> m_toolBar;
-    bool m_toolBarDragging = false;
-    QRect m_startGeometry;
     bool m_lockRatio = false;
     QLabel* m_timerLabel = nullptr;
     int m_borderWidth = 4;
     bool m_recording = false;
-    /// Whether the system mixed the window with what lies below it when it was last asked.
-    bool m_isCompositing = true;
-    platform::WindowOpening m_opening;
     bool m_insideRecorded = false;
     /// Nothing but the strokes is to be seen.
     bool m_concealed = false;

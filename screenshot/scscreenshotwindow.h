@@ -1,33 +1,17 @@
 #pragma once
 
-#include "platform/windowing/window_opening.h"
-#include "widgets/framegeometry.h"
+#include "widgets/overlayframe.h"
 
-#include <QColor>
-#include <QList>
-#include <QPainterPath>
 #include <QPixmap>
-#include <QPoint>
-#include <QPolygonF>
-#include <QRect>
-#include <QRegion>
-#include <QWidget>
 
 #include <functional>
-#include <memory>
 
-class QPushButton;
-class QScreen;
 class SCScreenshot;
 
-/// The see-through frame over the part of the desktop that becomes a screenshot: its own geometry is what is grabbed.
-/// The user resizes it by edges and corners, moves it by its tool bar, may draw on what is inside, and captures with
-/// the tool bar or the enter key. What lies below is seen, and reached by the pointer, except while the pen is on.
-///
-/// The tool bar is a window of its own that follows the frame, so the frame has to be shown and hidden with show() and
-/// hide() of this class. What is drawn stays, also while the frame is hidden, until it is cleared. All coordinates are
-/// logical pixels of the desktop; the picture has physical ones.
-class SCScreenshotWindow : public QWidget
+/// The frame over the part of the desktop that becomes a screenshot: its own geometry is what is grabbed, in physical
+/// pixels. The user captures with the tool bar or the enter key. What is drawn stays until it is cleared, also while
+/// the frame is hidden.
+class SCScreenshotWindow : public OverlayFrame
 {
     Q_OBJECT
 
@@ -46,10 +30,7 @@ public:
     bool isCapturing() const { return m_capturing; }
 
 public slots:
-    /// Hides the frame with its tool bar. Emits nothing.
-    void hide();
-
-    /// Shows the frame with its tool bar, which takes its place, and gives it the keyboard.
+    /// Gives the frame the keyboard, too.
     void show();
 
     /// Grabs the screen under the frame, without frame and tool bar and with what was drawn, and has it saved. On
@@ -64,7 +45,7 @@ public slots:
     void drawOnScreenshot();
 
     /// Removes all that was drawn; the pen stays as it is.
-    void clearDraw();
+    void clearDraw() { clearStrokes(); }
 
     /// Whether the frame is a whole screen's, whose tool bar stands inside it; for the next show().
     void setFullScreen(bool fullScreen) { m_fullScreen = fullScreen; }
@@ -76,40 +57,21 @@ signals:
 protected:
     bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void changeEvent(QEvent* event) override;
-    void closeEvent(QCloseEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-    void showEvent(QShowEvent* event) override;
+
+    void retranslate() override;
+    void positionToolBar() override;
+    framegeometry::HitArea handleAt(const QPoint& position) const override;
+    void drag(framegeometry::HitArea area, const QRect& start, const QPoint& delta) override;
+    bool takesPointer() const override { return isDrawMode() && !m_isBlocked; }
+    bool isBorderVisible() const override { return !m_capturing; }
+    int borderDepthPx() const override;
+    void paintMixed(QPainter& painter) const override;
 
 private:
-    /// A line of its own colour and width.
-    struct ColouredPath
-    {
-        QPainterPath path;
-        QColor color;
-        int widthPx;
-    };
-
     void buildToolBar();
-    QPushButton* addButton(const char* name, const char* icon);
-    void loadStyleSheet();
-    void retranslate();
-    void setButtonsVisible(bool visible);
-    void placeToolBar();
-    QPoint toolBarPlace() const;
-    bool filterToolBar(const QMouseEvent& event);
-    void showHoverIcon(QObject& button, bool hovered);
-
-    framegeometry::HitArea hitAreaAt(const QPoint& place) const;
-    void drag(const QPoint& cursor);
-    void endStroke(const QPointF& place);
+    QPoint toolBarPosition() const;
 
     bool clearTheView();
     void waitUntilUnseen(bool hadMore);
@@ -118,41 +80,19 @@ private:
     QPixmap grab() const;
     void comeBack();
 
-    bool takesPointer() const { return m_drawMode && !m_isBlocked; }
-    QRegion paintedRegion() const;
-    void updateOpening();
-    void paintMixed(QPainter& painter) const;
-    void paintCut(QPainter& painter) const;
     void paintBorder(QPainter& painter) const;
-    void paintDrawing(QPainter& painter) const;
 
     QPushButton* m_saveButton = nullptr;
     QPushButton* m_cancelButton = nullptr;
     QPushButton* m_drawButton = nullptr;
     QPushButton* m_clearButton = nullptr;
-    std::unique_ptr<QWidget> m_toolbar;
-    QPoint m_dragStartPos;
-    QRect m_dragStartGeometry;
-    framegeometry::HitArea m_resizeRegion = framegeometry::HitArea::None;
-    bool m_pressed = false;
     bool m_fullScreen = false;
-    bool m_drawMode = false;
     /// A grab is in progress: what is not to be in the picture is not painted.
     bool m_capturing = false;
     /// A dialog is open, which may lie below the frame.
     bool m_isBlocked = false;
-    QColor m_penColor = Qt::red;
-    int m_penWidth = 3;
-    QPainterPath m_drawPath;
-    QList<ColouredPath> m_paths;
-    /// In window coordinates.
-    QPolygonF m_currentStroke;
-    QList<QPolygonF> m_strokes;
     SCScreenshot& m_screenshot;
     Grabber m_grabber;
     /// The system leaves frame and tool bar out of every grab, and with the frame what was drawn.
     bool m_isExcluded = false;
-    /// Whether the system mixed the window with what lies below it when it was last asked.
-    bool m_isCompositing = true;
-    platform::WindowOpening m_opening;
 };

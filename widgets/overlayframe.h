@@ -1,0 +1,113 @@
+#pragma once
+
+#include "platform/windowing/window_opening.h"
+#include "widgets/framegeometry.h"
+#include "widgets/penstrokes.h"
+
+#include <QColor>
+#include <QPoint>
+#include <QRect>
+#include <QRegion>
+#include <QWidget>
+
+#include <memory>
+
+class QHBoxLayout;
+class QPushButton;
+
+/// A see-through frame over the desktop that the user moves and resizes, with a tool bar and a pen to draw on what is
+/// inside. The pointer reaches what lies below the inside, except while the pen is on.
+///
+/// The tool bar is a window of its own that follows the frame: show() and hide() of this class show and hide both.
+/// Logical pixels of the desktop.
+class OverlayFrame : public QWidget
+{
+    Q_OBJECT
+
+public:
+    ~OverlayFrame() override;
+
+public slots:
+    void hide();
+    void show();
+
+protected:
+    static constexpr QColor kBorderColor{0, 122, 204};
+
+    OverlayFrame(const QSize& minimumSize, const PenStrokes& strokes, QWidget* parent);
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+    virtual void retranslate() = 0;
+    virtual void positionToolBar() = 0;
+    /// The user drags the tool bar, which would take the frame's top-left corner to that position.
+    virtual void dragByToolBar(const QPoint& topLeft) { move(topLeft); }
+    virtual void endToolBarDrag() {}
+    /// What a press at that position drags while the pen is off.
+    virtual framegeometry::HitArea handleAt(const QPoint& position) const = 0;
+    virtual void drag(framegeometry::HitArea area, const QRect& start, const QPoint& delta) = 0;
+    virtual void endDrag(framegeometry::HitArea /*area*/, const QPoint& /*position*/) {}
+    virtual bool takesPointer() const { return isDrawMode(); }
+    virtual bool isBorderVisible() const = 0;
+    /// How far the border reaches into the window.
+    virtual int borderDepthPx() const = 0;
+    /// Paints the window where the system mixes it with what lies below.
+    virtual void paintMixed(QPainter& painter) const = 0;
+
+    /// What the border leaves open, in the frame's own coordinates.
+    QRect inside() const;
+    QWidget& toolBar() const { return *m_toolBar; }
+    QHBoxLayout& toolBarLayout() const;
+
+    /// Appends a button to the tool bar, with an icon that lights up under the pointer unless the button is checked. An
+    /// empty icon name gives none.
+    QPushButton* addButton(const QString& name, const QString& icon);
+    /// Sets tool tip and accessible name.
+    static void describe(QPushButton& button, const QString& text);
+
+    void setDrawMode(bool on, QPushButton& penButton);
+    bool isDrawMode() const { return m_drawMode; }
+    void clearStrokes();
+    const PenStrokes& strokes() const { return m_strokes; }
+    /// The area that a press at that position drags, the pen's included.
+    framegeometry::HitArea hitAreaAt(const QPoint& position) const;
+
+    /// Asks the system again whether it mixes translucent windows with what lies below.
+    void updateCompositing();
+    bool isCompositing() const { return m_isCompositing; }
+    /// Call when what the window paints or whether it takes the pointer has changed.
+    void updateOpening();
+    /// Gives the window the pointer in that region by a colour that nobody sees.
+    void fillForPointer(QPainter& painter, const QRegion& region) const;
+
+private:
+    void setToolBarVisible(bool visible);
+    static void showHoverIcon(QObject& watched, bool hovered);
+    bool filterToolBar(const QMouseEvent& event);
+    void extendStroke(const QPointF& position);
+    QRegion paintedRegion() const;
+    void paintCut(QPainter& painter) const;
+
+    bool m_drawMode = false;
+    PenStrokes m_strokes;
+    /// Where the pointer went down, globally; during a drag of the tool bar counted from the frame.
+    QPoint m_dragStartPos;
+    QRect m_dragStartGeometry;
+    framegeometry::HitArea m_resizeRegion = framegeometry::HitArea::None;
+    bool m_pressed = false;
+    std::unique_ptr<QWidget> m_toolBar;
+    bool m_toolBarDragging = false;
+    /// As the system answered last.
+    bool m_isCompositing = true;
+    platform::WindowOpening m_opening;
+};
