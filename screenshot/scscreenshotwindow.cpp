@@ -1,14 +1,9 @@
 #include "screenshot/scscreenshotwindow.h"
 
-#include "platform/windowing/capture_exclusion.h"
 #include "platform/windowing/overlay_window.h"
-#include "screenshot/screengrab.h"
 #include "screenshot/scscreenshot.h"
 #include "widgets/stylesheet.h"
-#include "widgets/tooltip.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -16,12 +11,6 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScopedValueRollback>
-#include <QScreen>
-#include <QThread>
-
-#include <algorithm>
-#include <array>
-#include <cstdlib>
 
 using framegeometry::HitArea;
 
@@ -39,45 +28,6 @@ constexpr int kBorderPenPx = 4;
 constexpr int kBorderDepthPx = 3;
 constexpr int kStrokePx = 3;
 
-/// What was below the border is painted again by its owner, and a compositor shows that with its next picture.
-constexpr qint64 kRepaintMs = 100;
-/// Compositors let windows fade out, and draw shadows around them.
-constexpr qint64 kFadeMs = 400;
-constexpr int kShadowPx = 32;
-constexpr qint64 kLongestWaitMs = 1000;
-constexpr unsigned long kPollMs = 10;
-
-bool isClose(QRgb color, const QColor& expected)
-{
-    constexpr int kTolerance = 2;
-    return std::abs(qRed(color) - expected.red()) <= kTolerance &&
-           std::abs(qGreen(color) - expected.green()) <= kTolerance &&
-           std::abs(qBlue(color) - expected.blue()) <= kTolerance;
-}
-
-bool isMostly(const QColor& color, const QPixmap& strip)
-{
-    const QImage image = strip.toImage();
-    qint64 found = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            found += isClose(image.pixel(x, y), color) ? 1 : 0;
-    }
-    return 2 * found > qint64(image.width()) * image.height();
-}
-
-/// A line each at the left, right, top and bottom of the frame.
-std::array<QRect, 4> edgesOf(const QRect& frame)
-{
-    return {QRect(frame.topLeft(), frame.bottomLeft()), QRect(frame.topRight(), frame.bottomRight()),
-            QRect(frame.topLeft(), frame.topRight()), QRect(frame.bottomLeft(), frame.bottomRight())};
-}
-
-QRect withShadow(const QWidget& window)
-{
-    return window.geometry().adjusted(-kShadowPx, -kShadowPx, kShadowPx, kShadowPx);
-}
-
 } // namespace
 
 SCScreenshotWindow::SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent)
@@ -86,7 +36,6 @@ SCScreenshotWindow::SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent
                               PenStrokes::Click::LeavesNothing),
                    parent)
     , m_screenshot(*screenshot)
-    , m_grabber(&grabOfScreen)
 {
     buildToolBar();
     positionToolBar();
@@ -95,8 +44,7 @@ SCScreenshotWindow::SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent
                     QStringLiteral(":/res/style/screenshot-window.qss"),
                     QStringLiteral("screenshot window stylesheet"));
     platform::prepareAsOverlay(*this);
-    // One answer for both: by it goes what is taken away before a grab, and what is painted onto it.
-    m_isExcluded = platform::excludeTogether({&toolBar(), this});
+    m_grab = std::make_unique<ScreenGrab>(*this, toolBar(), kBorderColor);
 }
 
 SCScreenshotWindow::~SCScreenshotWindow() = default;
@@ -230,9 +178,7 @@ void SCScreenshotWindow::saveScreenshot()
     updateCompositing();
     updateOpening();
     repaint();
-    const bool hidMore = clearTheView();
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    waitUntilUnseen(hidMore);
+    m_grab->clearView(isCompositing());
     // A hotkey may have begun something else meanwhile, which is not to be disturbed by a shot.
     if (wasShown && !isVisible())
         return;
@@ -256,56 +202,10 @@ void SCScreenshotWindow::comeBack()
     activateWindow();
 }
 
-/// Takes away what stands over the frame and would be in the picture. Whether there was anything.
-bool SCScreenshotWindow::clearTheView()
-{
-    bool hidSomething = false;
-    QWidget* const tip = visibleToolTip();
-    for (QWidget* const window : {tip, m_isExcluded ? nullptr : &toolBar()}) {
-        if (window == nullptr || !window->isVisible() || !withShadow(*window).intersects(geometry()))
-            continue;
-        window->hide();
-        hidSomething = true;
-    }
-    return hidSomething;
-}
-
-void SCScreenshotWindow::waitUntilUnseen(bool hadMore)
-{
-    if (m_isExcluded && !hadMore)
-        return;
-    const qint64 shortest = hadMore && isCompositing() ? kFadeMs : kRepaintMs;
-    QElapsedTimer waited;
-    waited.start();
-    while (waited.elapsed() < shortest || (waited.elapsed() < kLongestWaitMs && isBorderSeen())) {
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        QThread::msleep(kPollMs);
-    }
-}
-
-bool SCScreenshotWindow::isBorderSeen() const
-{
-    QScreen* const shown = screenOfGrab();
-    if (m_isExcluded || shown == nullptr)
-        return false;
-    const std::array<QRect, 4> edges = edgesOf(geometry());
-    return std::ranges::any_of(
-        edges, [this, shown](const QRect& edge) { return isMostly(kBorderColor, m_grabber(*shown, edge)); });
-}
-
-QScreen* SCScreenshotWindow::screenOfGrab() const
-{
-    QScreen* const holding = QGuiApplication::screenAt(geometry().topLeft());
-    return holding != nullptr ? holding : QGuiApplication::primaryScreen();
-}
-
 QPixmap SCScreenshotWindow::grab() const
 {
-    QScreen* const shown = screenOfGrab();
-    if (shown == nullptr)
-        return {};
-    QPixmap picture = m_grabber(*shown, geometry());
-    if (m_isExcluded && isDrawMode() && !picture.isNull()) {
+    QPixmap picture = m_grab->grab();
+    if (m_grab->isExcluded() && isDrawMode() && !picture.isNull()) {
         QPainter painter(&picture);
         painter.setRenderHint(QPainter::Antialiasing);
         strokes().paint(painter);

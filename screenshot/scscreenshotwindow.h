@@ -1,10 +1,9 @@
 #pragma once
 
+#include "screenshot/screengrab.h"
 #include "widgets/overlayframe.h"
 
-#include <QPixmap>
-
-#include <functional>
+#include <memory>
 
 class SCScreenshot;
 
@@ -16,15 +15,12 @@ class SCScreenshotWindow : public OverlayFrame
     Q_OBJECT
 
 public:
-    /// Takes the picture of a rectangle of the desktop off a screen, null where it cannot.
-    using Grabber = std::function<QPixmap(QScreen& screen, const QRect& onDesktop)>;
-
     /// @param screenshot saves what is captured; must outlive the window.
     explicit SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent = nullptr);
     ~SCScreenshotWindow() override;
 
-    /// Takes pictures by other means than the system's own, for one who has no screen.
-    void setGrabber(Grabber grabber) { m_grabber = std::move(grabber); }
+    /// Replaces the system's grab. For tests.
+    void setGrabber(ScreenGrab::Grabber grabber) { m_grab->setGrabber(std::move(grabber)); }
 
     /// Whether a shot is being taken: what is shown over the desktop meanwhile would get into it.
     bool isCapturing() const { return m_capturing; }
@@ -73,10 +69,6 @@ private:
     void buildToolBar();
     QPoint toolBarPosition() const;
 
-    bool clearTheView();
-    void waitUntilUnseen(bool hadMore);
-    bool isBorderSeen() const;
-    QScreen* screenOfGrab() const;
     QPixmap grab() const;
     void comeBack();
 
@@ -92,7 +84,5 @@ private:
     /// A dialog is open, which may lie below the frame.
     bool m_isBlocked = false;
     SCScreenshot& m_screenshot;
-    Grabber m_grabber;
-    /// The system leaves frame and tool bar out of every grab, and with the frame what was drawn.
-    bool m_isExcluded = false;
+    std::unique_ptr<ScreenGrab> m_grab;
 };
