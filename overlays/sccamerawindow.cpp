@@ -54,7 +54,11 @@ QRegion roundedRegion(const QRect& rect)
 SCCameraWindow::SCCameraWindow(QWidget* parent) : SCCameraWindow(std::make_shared<QtCameraSystem>(), parent) {}
 
 SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* parent, const CameraTimings& timings)
-    : QWidget(parent), m_system(std::move(cameras)), m_timings(timings)
+    : QWidget(parent)
+    , m_system(std::move(cameras))
+    , m_timings(timings)
+    , m_videoWidget(new QVideoWidget(this))
+    , m_session(*m_system, *m_videoWidget)
 {
     setAttribute(Qt::WA_MouseTracking);
     setWindowFlags(Qt::WindowFlags::fromInt(kWindowFlags));
@@ -68,8 +72,9 @@ SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* p
     // Makes the native window, where the system did not need it so far.
     winId();
     windowHandle()->installEventFilter(this);
+    connectSession();
     startDeviceTimer(m_timings.deviceCheckMs);
-    checkDevices();
+    m_session.checkDevices();
 }
 
 SCCameraWindow::~SCCameraWindow()
@@ -83,7 +88,6 @@ void SCCameraWindow::buildContent()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
 
-    m_videoWidget = new QVideoWidget(this);
     m_videoWidget->setAttribute(Qt::WA_TransparentForMouseEvents);
     m_videoWidget->setAttribute(Qt::WA_MouseTracking);
     m_videoWidget->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
@@ -109,6 +113,17 @@ void SCCameraWindow::buildContent()
     resize(kFirstSize);
 }
 
+void SCCameraWindow::connectSession()
+{
+    connect(&m_session, &CameraSession::aspectChanged, this, &SCCameraWindow::fitToAspect);
+    connect(&m_session, &CameraSession::started, this, [this] { scheduleRefresh(m_timings.refreshAfterStartMs); });
+    connect(&m_session, &CameraSession::loadingEnded, m_loadingLabel, &QWidget::hide);
+    connect(&m_session, &CameraSession::fallbackStarted, this, [this] {
+        m_usesFallback = true;
+        retranslate();
+    });
+}
+
 void SCCameraWindow::retranslate()
 {
     setWindowTitle(tr("Webcam"));
@@ -119,7 +134,7 @@ void SCCameraWindow::startDeviceTimer(int intervalMs)
 {
     m_deviceTimer = new QTimer(this);
     m_deviceTimer->setInterval(intervalMs);
-    connect(m_deviceTimer, &QTimer::timeout, this, &SCCameraWindow::checkDevices);
+    connect(m_deviceTimer, &QTimer::timeout, &m_session, &CameraSession::checkDevices);
     m_deviceTimer->start();
 }
 
@@ -131,7 +146,8 @@ void SCCameraWindow::show()
     m_loadingLabel->show();
     m_loadingLabel->raise();
     // The show event may have opened the camera already.
-    endLoading();
+    if (m_session.isActive())
+        m_loadingLabel->hide();
     raise();
     activateWindow();
     runDiagnostics();
@@ -162,13 +178,17 @@ void SCCameraWindow::runDiagnostics()
 
 void SCCameraWindow::followUpDiagnostics()
 {
-    const auto queue = [this](auto call) { QMetaObject::invokeMethod(this, call, Qt::QueuedConnection); };
-    queue([this] { checkDevices(); });
-    queue([this] {
-        if (m_deviceTimer == nullptr)
-            startDeviceTimer(m_timings.lateDeviceCheckMs);
-    });
-    queue([this] { scheduleRefresh(m_timings.refreshAfterShowMs); });
+    m_session.checkDevices();
+    if (m_deviceTimer == nullptr)
+        startDeviceTimer(m_timings.lateDeviceCheckMs);
+    scheduleRefresh(m_timings.refreshAfterShowMs);
+}
+
+void SCCameraWindow::fitToAspect(float aspect)
+{
+    const int leastWidth = kMinimumSize.width();
+    setMinimumSize(leastWidth, static_cast<int>(static_cast<float>(leastWidth) / aspect));
+    resize(width(), static_cast<int>(static_cast<float>(width()) / aspect));
 }
 
 void SCCameraWindow::scheduleRefresh(int delayMs)
@@ -209,11 +229,7 @@ void SCCameraWindow::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
     SCLogger::info(QStringLiteral("Camera window shown"));
-    m_isClosed = false;
-    if (!m_cameras.isEmpty()) {
-        SCLogger::info(QStringLiteral("Selecting first available camera after window show"));
-        onCameraSelected(0);
-    }
+    m_session.resume();
     scheduleRefresh(m_timings.refreshAfterShowEventMs);
 }
 
@@ -221,20 +237,15 @@ void SCCameraWindow::hideEvent(QHideEvent* event)
 {
     QWidget::hideEvent(event);
     SCLogger::info(QStringLiteral("Camera window hidden"));
-    if (m_camera == nullptr || !m_camera->isActive())
-        return;
-    SCLogger::info(QStringLiteral("Stopping camera when window is hidden"));
-    deactivateCamera();
+    m_session.suspend();
 }
 
 void SCCameraWindow::closeEvent(QCloseEvent* event)
 {
     SCLogger::info(QStringLiteral("Camera window closing"));
-    m_isClosed = true;
-    stopCamera();
+    m_session.close();
     event->accept();
-    // Whatever may have opened a camera in between has to let go of it before the window is gone.
-    stopCamera();
+    m_session.close();
     hide();
 }
 
@@ -255,7 +266,8 @@ void SCCameraWindow::mouseMoveEvent(QMouseEvent* event)
     if (!m_pressing || !(event->buttons() & Qt::LeftButton))
         return;
     const QPoint delta = event->globalPosition().toPoint() - m_pressPoint;
-    setGeometry(framegeometry::draggedAtAspect(m_resizeEdge, m_startGeometry, delta, minimumWidth(), aspect()));
+    setGeometry(
+        framegeometry::draggedAtAspect(m_resizeEdge, m_startGeometry, delta, minimumWidth(), m_session.aspect()));
     event->accept();
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "overlays/camerasystem.h"
+#include "overlays/camerasession.h"
 #include "widgets/framegeometry.h"
 
 #include <QPoint>
 #include <QPointer>
 #include <QRect>
 #include <QWidget>
+
+#include <memory>
 
 class QLabel;
 class QTimer;
@@ -28,10 +30,8 @@ struct CameraTimings
 /// The webcam's picture, floating above the desktop so that it is recorded with it: a small frameless window that the
 /// user moves by dragging, and resizes by its edges and corners at the camera's ratio.
 ///
-/// It finds the cameras and opens the first one by itself, chooses the format, tries others when that fails, and
-/// follows cameras that are plugged in and out. Every step is in the log; nothing is shown to the user but the picture.
-/// While the window is hidden its camera may come back to life, so close() it to let go of the camera; a closed window
-/// opens none before it is shown again, but the one of last resort. All coordinates are logical pixels of the desktop.
+/// A hidden window's camera may come back to life; close() releases it. All coordinates are logical pixels of the
+/// desktop.
 class SCCameraWindow : public QWidget
 {
     Q_OBJECT
@@ -51,7 +51,7 @@ public slots:
     void show();
 
     /// Opens that camera of the list as the system gave it last; an index that is not in it is logged and ignored.
-    void onCameraSelected(int index);
+    void onCameraSelected(int index) { m_session.open(index); }
 
 signals:
     /// The window was moved or resized. The second corner is one past the last pixel, right and below.
@@ -71,6 +71,7 @@ protected:
 
 private:
     void buildContent();
+    void connectSession();
     void startDeviceTimer(int intervalMs);
     void retranslate();
     void reportGeometry();
@@ -80,24 +81,7 @@ private:
     void followUpDiagnostics();
     void scheduleRefresh(int delayMs);
     void refreshPicture();
-
-    // The camera: sccamerawindow_camera.cpp.
-    void checkDevices();
-    void openFirstCamera();
-    void onNoCamera();
-    void createCamera(const CameraDevice& device);
-    void endLoading();
-    void startOrTryOthers(const CameraDevice& device);
-    void restartCamera();
-    void startCamera();
-    void activateCamera();
-    void fitToFormat();
-    void tryOtherFormats(const CameraDevice& device);
-    bool tryFormat(const CameraFormat& format);
-    void startFallbackCamera();
-    void stopCamera();
-    void deactivateCamera();
-    float aspect() const;
+    void fitToAspect(float aspect);
 
     /// Shared with the job that writes about the cameras, which may outlive the window.
     std::shared_ptr<CameraSystem> m_system;
@@ -108,14 +92,10 @@ private:
     framegeometry::HitArea m_resizeEdge = framegeometry::HitArea::None;
     /// Where the window was then.
     QRect m_startGeometry;
-    QVideoWidget* m_videoWidget = nullptr;
-    /// With its session.
-    std::unique_ptr<Camera> m_camera;
-    QList<CameraDevice> m_cameras;
+    QVideoWidget* m_videoWidget;
+    CameraSession m_session;
     QPointer<QTimer> m_deviceTimer;
     QLabel* m_loadingLabel = nullptr;
-    /// Whether the picture, if any, is that of the camera of last resort.
+    /// Whether the picture, if any, is that of the system's default camera.
     bool m_usesFallback = false;
-    /// And not shown since.
-    bool m_isClosed = false;
 };

@@ -1,18 +1,14 @@
-// The webcam window's camera: which one, in which format, and what is tried when it fails.
+#include "overlays/camerasession.h"
 
 #include "app/sclogger.h"
 #include "overlays/cameraformats.h"
-#include "overlays/sccamerawindow.h"
 
-#include <QLabel>
 #include <QVideoWidget>
 
 #include <algorithm>
 #include <exception>
 
 namespace {
-
-constexpr int kLeastWidthPx = 200;
 
 const auto kInitializing = QStringLiteral("when initializing camera");
 const auto kStarting = QStringLiteral("when starting camera");
@@ -77,13 +73,15 @@ void logFormats(const CameraDevice& device)
 
 } // namespace
 
-void SCCameraWindow::checkDevices()
+CameraSession::CameraSession(CameraSystem& system, QVideoWidget& output) : m_system(system), m_output(output) {}
+
+void CameraSession::checkDevices()
 {
-    const QList<CameraDevice> devices = m_system->devices();
+    const QList<CameraDevice> devices = m_system.devices();
     if (!devices.isEmpty() && areSame(devices, m_cameras)) {
         if (m_camera != nullptr && !m_camera->isActive())
-            QMetaObject::invokeMethod(this, &SCCameraWindow::restartCamera, Qt::QueuedConnection);
-        endLoading();
+            QMetaObject::invokeMethod(this, &CameraSession::restart, Qt::QueuedConnection);
+        reportActive();
         return;
     }
     SCLogger::info(QStringLiteral("Found %1 camera devices").arg(devices.size()));
@@ -91,26 +89,26 @@ void SCCameraWindow::checkDevices()
     if (devices.isEmpty())
         onNoCamera();
     else
-        QMetaObject::invokeMethod(this, &SCCameraWindow::openFirstCamera, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &CameraSession::openFirst, Qt::QueuedConnection);
 }
 
-void SCCameraWindow::openFirstCamera()
+void CameraSession::openFirst()
 {
     // The list is looked at all the time. A closed window opens a camera when it is shown, and needs no fallback's.
     if (m_isClosed)
-        stopCamera();
+        stop();
     else
-        onCameraSelected(0);
+        open(0);
 }
 
-void SCCameraWindow::onNoCamera()
+void CameraSession::onNoCamera()
 {
     SCLogger::warning(QStringLiteral("No camera devices detected. Check camera connection and permissions."));
-    startFallbackCamera();
-    QMetaObject::invokeMethod(m_loadingLabel, &QWidget::hide, Qt::QueuedConnection);
+    startFallback();
+    QMetaObject::invokeMethod(this, &CameraSession::loadingEnded, Qt::QueuedConnection);
 }
 
-void SCCameraWindow::onCameraSelected(int index)
+void CameraSession::open(int index)
 {
     if (index < 0 || index >= m_cameras.size()) {
         SCLogger::warning(
@@ -119,81 +117,81 @@ void SCCameraWindow::onCameraSelected(int index)
     }
     const CameraDevice device = m_cameras.at(index);
     SCLogger::info(QStringLiteral("Selecting camera at index %1: %2").arg(index).arg(device.description));
-    stopCamera();
-    if (!attempt(exceptionWhen(kInitializing), [&] { createCamera(device); })) {
-        m_loadingLabel->hide();
+    stop();
+    if (!attempt(exceptionWhen(kInitializing), [&] { create(device); })) {
+        emit loadingEnded();
         return;
     }
     // The other formats may fail as well.
     if (!attempt(exceptionWhen(kInitializing), [&] { startOrTryOthers(device); }))
-        m_loadingLabel->hide();
-    endLoading();
-    m_videoWidget->show();
-    m_videoWidget->repaint();
+        emit loadingEnded();
+    reportActive();
+    m_output.show();
+    m_output.repaint();
 }
 
-void SCCameraWindow::endLoading()
+void CameraSession::reportActive()
 {
-    if (m_camera != nullptr && m_camera->isActive())
-        m_loadingLabel->hide();
+    if (isActive())
+        emit loadingEnded();
 }
 
-void SCCameraWindow::createCamera(const CameraDevice& device)
+void CameraSession::create(const CameraDevice& device)
 {
-    m_camera = m_system->createCamera(device);
+    m_camera = m_system.createCamera(device);
     if (const auto format = cameraformats::best(device.formats)) {
         SCLogger::info(withFormat(QStringLiteral("Setting camera format: %1x%2 @ %3 FPS"), *format));
         m_camera->setFormat(*format);
     } else {
         SCLogger::warning(QStringLiteral("No suitable camera format found, will try alternative formats"));
     }
-    m_camera->beginSession(m_videoWidget);
+    m_camera->beginSession(&m_output);
 }
 
-void SCCameraWindow::startOrTryOthers(const CameraDevice& device)
+void CameraSession::startOrTryOthers(const CameraDevice& device)
 {
     try {
-        startCamera();
+        start();
     } catch (...) {
         SCLogger::warning(QStringLiteral("Failed to start camera with selected format, trying alternatives"));
         tryOtherFormats(device);
     }
 }
 
-void SCCameraWindow::restartCamera()
+void CameraSession::restart()
 {
-    if (!attempt(exceptionWhen(kStarting), [this] { startCamera(); }))
-        m_loadingLabel->hide();
+    if (!attempt(exceptionWhen(kStarting), [this] { start(); }))
+        emit loadingEnded();
 }
 
 /// Throws what the other formats throw.
-void SCCameraWindow::startCamera()
+void CameraSession::start()
 {
     if (m_camera == nullptr) {
         SCLogger::warning(QStringLiteral("Cannot start camera: camera is null"));
     } else {
         // The window may be closed, and the camera be gone, while it starts.
         const CameraDevice device = m_camera->device();
-        if (!attempt(exceptionWhen(kStarting), [this] { activateCamera(); }))
+        if (!attempt(exceptionWhen(kStarting), [this] { activate(); }))
             tryOtherFormats(device);
     }
-    m_loadingLabel->hide();
+    emit loadingEnded();
 }
 
-void SCCameraWindow::activateCamera()
+void CameraSession::activate()
 {
     if (m_camera->isInSession()) {
-        m_camera->setVideoOutput(m_videoWidget);
-        m_videoWidget->setVisible(true);
-        m_videoWidget->repaint();
+        m_camera->setVideoOutput(&m_output);
+        m_output.setVisible(true);
+        m_output.repaint();
     }
     m_camera->activate();
     SCLogger::info(QStringLiteral("Camera started successfully"));
-    fitToFormat();
-    scheduleRefresh(m_timings.refreshAfterStartMs);
+    reportFormat();
+    emit started();
 }
 
-void SCCameraWindow::fitToFormat()
+void CameraSession::reportFormat()
 {
     const std::optional<CameraFormat> format = m_camera->format();
     if (!format || format->resolution.isEmpty()) {
@@ -201,12 +199,10 @@ void SCCameraWindow::fitToFormat()
         return;
     }
     SCLogger::info(withFormat(QStringLiteral("Active camera format: %1x%2 @ %3 FPS"), *format));
-    const float ratio = aspect();
-    setMinimumSize(kLeastWidthPx, static_cast<int>(kLeastWidthPx / ratio));
-    resize(width(), static_cast<int>(static_cast<float>(width()) / ratio));
+    emit aspectChanged(aspect());
 }
 
-void SCCameraWindow::tryOtherFormats(const CameraDevice& device)
+void CameraSession::tryOtherFormats(const CameraDevice& device)
 {
     SCLogger::info(QStringLiteral("Trying alternative camera formats..."));
     if (m_camera == nullptr) {
@@ -233,7 +229,7 @@ void SCCameraWindow::tryOtherFormats(const CameraDevice& device)
             [this] { m_camera->activate(); });
 }
 
-bool SCCameraWindow::tryFormat(const CameraFormat& format)
+bool CameraSession::tryFormat(const CameraFormat& format)
 {
     SCLogger::info(withFormat(QStringLiteral("Trying format: %1x%2 @ %3 FPS"), format));
     try {
@@ -248,23 +244,22 @@ bool SCCameraWindow::tryFormat(const CameraFormat& format)
     }
 }
 
-void SCCameraWindow::startFallbackCamera()
+void CameraSession::startFallback()
 {
     SCLogger::info(QStringLiteral("Attempting to use fallback camera..."));
     m_camera.reset();
     attempt({QStringLiteral("Failed to initialize fallback camera: %1"),
              QStringLiteral("Unknown exception when initializing fallback camera")},
             [this] {
-                m_camera = m_system->createCamera(m_system->defaultDevice());
-                m_camera->beginSession(m_videoWidget);
+                m_camera = m_system.createCamera(m_system.defaultDevice());
+                m_camera->beginSession(&m_output);
                 m_camera->activate();
                 SCLogger::info(QStringLiteral("Fallback camera started"));
-                m_usesFallback = true;
-                retranslate();
+                emit fallbackStarted();
             });
 }
 
-void SCCameraWindow::stopCamera()
+void CameraSession::stop()
 {
     SCLogger::info(QStringLiteral("Stopping camera"));
     if (m_camera == nullptr)
@@ -281,13 +276,30 @@ void SCCameraWindow::stopCamera()
     m_camera.reset();
 }
 
-void SCCameraWindow::deactivateCamera()
+void CameraSession::resume()
 {
+    m_isClosed = false;
+    if (m_cameras.isEmpty())
+        return;
+    SCLogger::info(QStringLiteral("Selecting first available camera after window show"));
+    open(0);
+}
+
+void CameraSession::suspend()
+{
+    if (!isActive())
+        return;
+    SCLogger::info(QStringLiteral("Stopping camera when window is hidden"));
     attempt(exceptionWhen(kStopping), [this] { m_camera->deactivate(); });
 }
 
-/// The picture's width by its height; 1 while there is none.
-float SCCameraWindow::aspect() const
+void CameraSession::close()
+{
+    m_isClosed = true;
+    stop();
+}
+
+float CameraSession::aspect() const
 {
     const std::optional<CameraFormat> format = m_camera != nullptr ? m_camera->format() : std::nullopt;
     if (!format || format->resolution.isEmpty())
