@@ -1,7 +1,7 @@
 #include "dialogs/dialogwindow.h"
 
 #include "platform/windowing/frameless_window.h"
-#include "widgets/hovericons.h"
+#include "widgets/icons.h"
 
 #include <QAbstractButton>
 #include <QIcon>

@@ -4,8 +4,8 @@
 #include "app/webaddresses.h"
 #include "dialogs/dialogwindow.h"
 #include "ui_scaboutwindow.h"
+#include "widgets/desktopservices.h"
 #include "widgets/stylesheet.h"
-#include "widgets/webpage.h"
 
 #include <QMouseEvent>
 #include <QTextDocument>

@@ -7,7 +7,7 @@
 #include "platform/windowing/frameless_window.h"
 #include "ui_scsettingswindow.h"
 #include "widgets/combobox.h"
-#include "widgets/hovericons.h"
+#include "widgets/icons.h"
 #include "widgets/stylesheet.h"
 
 #include <QButtonGroup>

@@ -6,8 +6,8 @@
 #include "dialogs/updatedocument.h"
 #include "platform/windowing/frameless_window.h"
 #include "ui_scupgradewindow.h"
+#include "widgets/desktopservices.h"
 #include "widgets/stylesheet.h"
-#include "widgets/webpage.h"
 
 #include <QEvent>
 #include <QMetaEnum>

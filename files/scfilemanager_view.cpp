@@ -4,8 +4,8 @@
 #include "files/filerow.h"
 #include "files/scfilemanager.h"
 #include "platform/files/file_manager.h"
+#include "widgets/desktopservices.h"
 #include "widgets/messagebox.h"
-#include "widgets/openfile.h"
 
 #include <QAbstractItemView>
 #include <QFile>

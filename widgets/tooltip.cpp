@@ -1,9 +1,12 @@
 #include "widgets/tooltip.h"
 
 #include <QApplication>
+#include <QScreen>
+#include <QToolTip>
 #include <QWidget>
 
 #include <algorithm>
+#include <array>
 
 QWidget* visibleToolTip()
 {
@@ -13,3 +16,43 @@ QWidget* visibleToolTip()
     });
     return found == windows.end() ? nullptr : *found;
 }
+
+namespace bartip {
+
+namespace {
+
+constexpr int kGapPx = 4;
+
+} // namespace
+
+std::optional<QPoint> placeFor(const QSize& tip, const QRect& bar, int left, const QRect& screen, const QRect& picture)
+{
+    const int rightmost = screen.x() + screen.width() - tip.width();
+    const int x = std::max(screen.x(), std::min(left, rightmost));
+    const std::array<QPoint, 4> places{
+        QPoint(x, bar.y() - kGapPx - tip.height()), QPoint(x, bar.y() + bar.height() + kGapPx),
+        QPoint(bar.x() - kGapPx - tip.width(), bar.y()), QPoint(bar.x() + bar.width() + kGapPx, bar.y())};
+    const auto* const found = std::ranges::find_if(places, [&](const QPoint& place) {
+        const QRect taken(place, tip);
+        return screen.contains(taken) && !taken.intersects(picture);
+    });
+    return found == places.end() ? std::nullopt : std::optional(*found);
+}
+
+void show(QWidget& widget, const QRect& picture)
+{
+    const QWidget& bar = *widget.window();
+    const int left = widget.mapToGlobal(QPoint()).x();
+    QToolTip::showText(QPoint(left, bar.y()), widget.toolTip(), &widget);
+    QWidget* const tip = visibleToolTip();
+    const QScreen* const screen = bar.screen();
+    if (tip == nullptr || screen == nullptr)
+        return;
+    // Before the system has been told to draw it anywhere.
+    if (const auto place = placeFor(tip->size(), bar.geometry(), left, screen->geometry(), picture))
+        tip->move(*place);
+    else
+        tip->hide();
+}
+
+} // namespace bartip

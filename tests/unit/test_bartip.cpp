@@ -1,5 +1,5 @@
 #include "tests/support/testrun.h"
-#include "widgets/bartip.h"
+#include "widgets/tooltip.h"
 
 #include <QApplication>
 #include <QLabel>

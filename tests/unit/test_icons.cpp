@@ -1,5 +1,4 @@
 #include "tests/support/testrun.h"
-#include "widgets/hovericons.h"
 #include "widgets/icons.h"
 
 #include <QApplication>

@@ -2,7 +2,7 @@
 #include "tests/support/addresses.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
-#include "widgets/openfile.h"
+#include "widgets/desktopservices.h"
 
 #include <QApplication>
 #include <QDir>

@@ -2,7 +2,7 @@
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
-#include "widgets/webpage.h"
+#include "widgets/desktopservices.h"
 
 #include <QApplication>
 #include <QTest>

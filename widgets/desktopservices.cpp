@@ -1,6 +1,7 @@
-#include "widgets/webpage.h"
+#include "widgets/desktopservices.h"
 
 #include "app/sclogger.h"
+#include "platform/files/file_manager.h"
 
 #include <QDesktopServices>
 #include <QUrl>
@@ -18,6 +19,14 @@ bool isWebAddress(const QUrl& url)
 }
 
 } // namespace
+
+bool openFile(const QString& path)
+{
+    const bool opened = QDesktopServices::openUrl(QUrl::fromLocalFile(platform::shellPath(path)));
+    if (!opened)
+        SCLogger::warning(QStringLiteral("The system could not open it: \"%1\"").arg(path));
+    return opened;
+}
 
 bool openWebPage(const QString& address)
 {
