@@ -1,9 +1,9 @@
 #include "mainwindow/scfullscreentoolbar.h"
 
 #include "platform/windowing/overlay_window.h"
-#include "widgets/bartip.h"
 #include "widgets/icons.h"
 #include "widgets/stylesheet.h"
+#include "widgets/tooltip.h"
 #include "widgets/windowmask.h"
 
 #include <QCursor>

@@ -25,12 +25,10 @@
 #include "platform/windowing/window_hold.h"
 #include "ui_scmainwindow.h"
 #include "widgets/combobox.h"
+#include "widgets/desktopservices.h"
 #include "widgets/focusring.h"
-#include "widgets/hovericons.h"
 #include "widgets/icons.h"
-#include "widgets/openfile.h"
 #include "widgets/stylesheet.h"
-#include "widgets/webpage.h"
 
 #include <QButtonGroup>
 #include <QCloseEvent>

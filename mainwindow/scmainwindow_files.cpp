@@ -5,9 +5,9 @@
 #include "mainwindow/recordingpath.h"
 #include "mainwindow/scmainwindow.h"
 #include "ui_scmainwindow.h"
-#include "widgets/hovericons.h"
+#include "widgets/desktopservices.h"
+#include "widgets/icons.h"
 #include "widgets/messagebox.h"
-#include "widgets/openfile.h"
 
 #include <QItemSelectionModel>
 
