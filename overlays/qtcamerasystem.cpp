@@ -4,6 +4,8 @@
 
 #include <QCamera>
 #include <QCameraDevice>
+#include <QCoreApplication>
+#include <QDir>
 #include <QMediaCaptureSession>
 #include <QMediaDevices>
 #include <QVideoWidget>
@@ -108,6 +110,34 @@ private:
     std::unique_ptr<QMediaCaptureSession> m_session;
 };
 
+void writePlugIns(const QString& libraryPath)
+{
+    SCLogger::info(QStringLiteral("  - %1").arg(libraryPath));
+    const QDir folder(libraryPath + QLatin1String("/multimedia"));
+    if (!folder.exists()) {
+        SCLogger::warning(QStringLiteral("    * No multimedia directory in %1").arg(libraryPath));
+        return;
+    }
+    SCLogger::info(QStringLiteral("    * multimedia plugins:"));
+    const QStringList entries = folder.entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    for (const QString& entry : entries)
+        SCLogger::info(QStringLiteral("      - %1").arg(entry));
+}
+
+void writeDevice(const CameraDevice& device)
+{
+    SCLogger::info(QStringLiteral("Camera: %1").arg(device.description));
+    SCLogger::info(QStringLiteral("  - ID: %1").arg(QString::fromUtf8(device.id)));
+    SCLogger::info(QStringLiteral("  - Is default: %1").arg(QLatin1String(device.isDefault ? "Yes" : "No")));
+    SCLogger::info(QStringLiteral("  - Supported formats: %1").arg(device.formats.size()));
+    for (const CameraFormat& format : device.formats) {
+        SCLogger::info(QStringLiteral("    * %1x%2 @ %3 FPS")
+                           .arg(format.resolution.width())
+                           .arg(format.resolution.height())
+                           .arg(format.maximumFps));
+    }
+}
+
 } // namespace
 
 QList<CameraDevice> QtCameraSystem::devices() const noexcept
@@ -134,4 +164,21 @@ std::unique_ptr<Camera> QtCameraSystem::createCamera(const CameraDevice& device)
     if (found == devices.end())
         throw std::runtime_error("the camera is not there any more");
     return std::make_unique<QtCamera>(*found);
+}
+
+void writeCameraDiagnostics(const CameraSystem& cameras)
+{
+    SCLogger::info(QStringLiteral("Checking Qt Multimedia plugins..."));
+    SCLogger::info(QStringLiteral("Qt version: %1").arg(QLatin1String(QT_VERSION_STR)));
+    SCLogger::info(QStringLiteral("Qt plugin paths:"));
+    const QStringList libraryPaths = QCoreApplication::libraryPaths();
+    for (const QString& path : libraryPaths)
+        writePlugIns(path);
+    const QList<CameraDevice> devices = cameras.devices();
+    if (devices.isEmpty())
+        SCLogger::warning(QStringLiteral("QMediaDevices reports NO video input devices are available"));
+    else
+        SCLogger::info(QStringLiteral("QMediaDevices reports video input devices are available"));
+    for (const CameraDevice& device : devices)
+        writeDevice(device);
 }

@@ -1,7 +1,6 @@
 #include "overlays/sccamerawindow.h"
 
 #include "app/sclogger.h"
-#include "overlays/cameradiagnostics.h"
 #include "overlays/qtcamerasystem.h"
 #include "platform/windowing/overlay_window.h"
 
