@@ -3,7 +3,6 @@
 #include "app/appidentity.h"
 #include "app/sclogger.h"
 #include "dialogs/dialogwindow.h"
-#include "dialogs/updatedocument.h"
 #include "platform/windowing/frameless_window.h"
 #include "ui_scupgradewindow.h"
 #include "widgets/desktopservices.h"
@@ -44,7 +43,7 @@ void SCUpgradeWindow::check(int timeLimitMs)
 {
     if (m_network == nullptr)
         m_network = new QNetworkAccessManager(this);
-    const QNetworkReply* const reply = updaterequest::send(*m_network, timeLimitMs);
+    const QNetworkReply* const reply = updatecheck::send(*m_network, timeLimitMs);
     connect(reply, &QNetworkReply::finished, this, &SCUpgradeWindow::onNetworkReplyFinished);
     connect(reply, &QNetworkReply::errorOccurred, this, &SCUpgradeWindow::onNetworkError);
 }
@@ -64,7 +63,7 @@ void SCUpgradeWindow::onNetworkReplyFinished()
     reply->deleteLater();
     if (reply->error() != QNetworkReply::NoError)
         return;
-    if (const auto document = updatedocument::parsed(reply->readAll()))
+    if (const auto document = updatecheck::parsed(reply->readAll()))
         showDocument(*document);
 }
 
@@ -74,12 +73,12 @@ void SCUpgradeWindow::showDocument(const QJsonObject& document)
         SCLogger::debug(QStringLiteral("Failed to parse JSON data"));
         return;
     }
-    const auto release = updatedocument::release(document);
+    const auto release = updatecheck::release(document);
     if (!release) {
         SCLogger::debug(QStringLiteral("No Windows upgrade info found"));
         return;
     }
-    if (!updatedocument::isNewer(release->version)) {
+    if (!updatecheck::isNewer(release->version)) {
         m_ui->currentVersionLabel->setText(QLatin1String(appidentity::kVersion));
         m_ui->stackedWidget->setCurrentIndex(UpToDate);
         emit answered();

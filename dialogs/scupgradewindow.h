@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dialogs/updaterequest.h"
+#include "dialogs/updatecheck.h"
 
 #include <QJsonObject>
 #include <QMainWindow>
@@ -33,7 +33,7 @@ public:
 
     /// @param upgradeInfo the document to show; empty to have the window ask the maker's server itself
     /// @param timeLimitMs for what it asks
-    SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo, int timeLimitMs = updaterequest::kTimeLimitMs);
+    SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo, int timeLimitMs = updatecheck::kTimeLimitMs);
     ~SCUpgradeWindow() override;
 
 signals:

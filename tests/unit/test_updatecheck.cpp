@@ -1,7 +1,6 @@
 #include "app/webaddresses.h"
 #include "dialogs/scupgradewindow.h"
-#include "dialogs/silentupdatecheck.h"
-#include "dialogs/updaterequest.h"
+#include "dialogs/updatecheck.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/updateserver.h"
 #include "tests/support/windowtest.h"
@@ -213,7 +212,7 @@ private slots:
         QTRY_VERIFY(!server.isConnected());
     }
 
-    void serverHasFifteenSeconds() { QCOMPARE(updaterequest::kTimeLimitMs, 15'000); }
+    void serverHasFifteenSeconds() { QCOMPARE(updatecheck::kTimeLimitMs, 15'000); }
 
     void bodyOfFiftyMegabytesIsRefusedWhileItArrives_data()
     {
@@ -245,7 +244,7 @@ private slots:
     {
         UpdateServer server;
         const QByteArray head = R"({"win": {"version": "9", "change": [)";
-        const QByteArray filler(updaterequest::kLargestBodyBytes - head.size() - 3, ' ');
+        const QByteArray filler(updatecheck::kLargestBodyBytes - head.size() - 3, ' ');
         server.setAnswer(head + filler + "]}}");
         const SCUpgradeWindow window(nullptr, {});
         QTRY_COMPARE(pageOf(window), int(Page::NewVersion));
@@ -285,7 +284,7 @@ private slots:
         server.setAnswers({redirection("https://" + QByteArray(webaddresses::kUpdateHost) + "/kestrano/upgrade.json")});
         const SCUpgradeWindow window(nullptr, {});
         QTRY_COMPARE(pageOf(window), int(Page::UpToDate));
-        QCOMPARE(server.requests().size(), updaterequest::kMostRedirections + 1);
+        QCOMPARE(server.requests().size(), updatecheck::kMostRedirections + 1);
     }
 
     void windowThatIsClosedDuringTheCheckLeavesNothingBehind()

@@ -1,4 +1,4 @@
-#include "dialogs/updatedocument.h"
+#include "dialogs/updatecheck.h"
 #include "tests/support/testrun.h"
 
 #include <QJsonArray>
@@ -32,7 +32,7 @@ private slots:
     {
         QFETCH(const QString, version);
         QFETCH(const bool, newer);
-        QCOMPARE(updatedocument::isNewer(version), newer);
+        QCOMPARE(updatecheck::isNewer(version), newer);
     }
 
     void onlyAnObjectIsADocument_data()
@@ -51,7 +51,7 @@ private slots:
     void onlyAnObjectIsADocument()
     {
         QFETCH(const QByteArray, body);
-        QVERIFY(!updatedocument::parsed(body).has_value());
+        QVERIFY(!updatecheck::parsed(body).has_value());
     }
 
     void releaseIsReadFromTheMemberWin()
@@ -62,7 +62,7 @@ private slots:
                                 {"url", "https://a.example/b"},
                                 {"change", QJsonArray{"One", "Two"}},
                                 {"more", true}};
-        const auto release = updatedocument::release({{"mac", QJsonObject{{"version", "9"}}}, {"win", entry}});
+        const auto release = updatecheck::release({{"mac", QJsonObject{{"version", "9"}}}, {"win", entry}});
         QVERIFY(release.has_value());
         QCOMPARE(release->version, QStringLiteral("1.2"));
         QCOMPARE(release->size, QStringLiteral("40MB"));
@@ -73,8 +73,8 @@ private slots:
 
     void documentWithoutTheMemberWinHasNoRelease()
     {
-        QVERIFY(!updatedocument::release(object(R"({"mac": {"version": "9"}})")).has_value());
-        QVERIFY(!updatedocument::release(object(R"({"Win": {"version": "9"}})")).has_value());
+        QVERIFY(!updatecheck::release(object(R"({"mac": {"version": "9"}})")).has_value());
+        QVERIFY(!updatecheck::release(object(R"({"Win": {"version": "9"}})")).has_value());
     }
 
     void whatIsMissingOrOfAnotherTypeIsEmpty_data()
@@ -89,26 +89,26 @@ private slots:
     void whatIsMissingOrOfAnotherTypeIsEmpty()
     {
         QFETCH(const QByteArray, body);
-        const auto release = updatedocument::release(object(body));
+        const auto release = updatecheck::release(object(body));
         QVERIFY(release.has_value());
         for (const QString& text : {release->version, release->size, release->date, release->url, release->changes})
             QCOMPARE(text, QString());
-        QVERIFY(!updatedocument::isNewer(release->version));
+        QVERIFY(!updatecheck::isNewer(release->version));
     }
 
     void changeThatIsANumberIsAnEmptyLine()
     {
-        const auto release = updatedocument::release(object(R"({"win": {"change": ["One", 2, "Three"]}})"));
+        const auto release = updatecheck::release(object(R"({"win": {"change": ["One", 2, "Three"]}})"));
         QCOMPARE(release->changes, QStringLiteral("One\n\nThree\n"));
     }
 
     void noChangesAreNoText()
     {
-        QCOMPARE(updatedocument::release(object(R"({"win": {"change": []}})"))->changes, QString());
+        QCOMPARE(updatecheck::release(object(R"({"win": {"change": []}})"))->changes, QString());
     }
 
 private:
-    static QJsonObject object(const QByteArray& body) { return updatedocument::parsed(body).value(); }
+    static QJsonObject object(const QByteArray& body) { return updatecheck::parsed(body).value(); }
 };
 
 REGISTER_TEST(testrun::core<TestUpdateDocument>);
