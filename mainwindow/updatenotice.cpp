@@ -2,7 +2,7 @@
 
 #include "dialogs/dialogwindow.h"
 #include "dialogs/scupgradewindow.h"
-#include "dialogs/silentupdatecheck.h"
+#include "dialogs/updatecheck.h"
 #include "platform/windowing/capture_exclusion.h"
 
 #include <QTimer>
