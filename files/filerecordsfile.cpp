@@ -2,7 +2,6 @@
 
 #include "app/appidentity.h"
 #include "app/sclogger.h"
-#include "files/filerecordtext.h"
 #include "platform/files/disk_sync.h"
 
 #include <QDateTime>
@@ -18,8 +17,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
-#include <optional>
 
 using namespace std::chrono_literals;
 
@@ -38,43 +35,13 @@ FileRecord toRecord(const QJsonObject& object)
     return {object.value(kPathKey).toString(), object.value(kPropertiesKey).toObject().toVariantMap()};
 }
 
-/// The records whose files are there, and the text without the others; none where there are no others.
-struct Existing
+QJsonObject toObject(const FileRecord& record)
 {
-    QList<FileRecord> records;
-    QByteArray cleanedText;
-};
-
-bool hasFile(const FileRecord& record)
-{
-    return QFileInfo(record.filepath).isFile();
-}
-
-Existing existingOf(const QList<FileRecord>& records)
-{
-    Existing existing;
-    existing.records.reserve(records.size());
-    std::copy_if(records.begin(), records.end(), std::back_inserter(existing.records), hasFile);
-    if (existing.records.size() < records.size())
-        existing.cleanedText = toJsonText(existing.records);
-    return existing;
-}
-
-/// The elements that stay, stay as they are.
-Existing existingOf(const QJsonArray& elements)
-{
-    Existing existing;
-    QJsonArray kept;
-    for (const auto& element : elements) {
-        FileRecord record = toRecord(element.toObject());
-        if (!hasFile(record))
-            continue;
-        existing.records.append(std::move(record));
-        kept.append(element);
-    }
-    if (kept.size() < elements.size())
-        existing.cleanedText = QJsonDocument(kept).toJson(QJsonDocument::Indented);
-    return existing;
+    // A fifth faster than QJsonObject::fromVariantMap() in a list of 10,000 records.
+    QJsonObject properties;
+    for (auto property = record.properties.begin(); property != record.properties.end(); ++property)
+        properties.insert(property.key(), QJsonValue::fromVariant(property.value()));
+    return {{kPathKey, record.filepath}, {kPropertiesKey, properties}};
 }
 
 /// What QSaveFile writes to before it takes the place of the file: the file's name, a dot and six letters at random. A
@@ -130,18 +97,24 @@ bool FileRecordsFile::load(QList<FileRecord>& records)
     const QByteArray text = contents(file);
     const bool empty = file.size() == 0;
     file.close();
-    const std::optional<QList<FileRecord>> own = fromJsonText(text);
-    Existing existing = own ? existingOf(*own) : existingOf(parse(text, empty));
-    records = std::move(existing.records);
-    if (existing.cleanedText.isEmpty())
+    const QJsonArray elements = parse(text, empty);
+    // The elements that stay are written as they are.
+    QJsonArray kept;
+    for (const auto& element : elements) {
+        FileRecord record = toRecord(element.toObject());
+        if (!QFileInfo(record.filepath).isFile())
+            continue;
+        records.append(std::move(record));
+        kept.append(element);
+    }
+    if (kept.size() == elements.size())
         return true;
-    const bool written = write(existing.cleanedText);
+    const bool written = write(kept);
     if (!written)
         SCLogger::debug(QStringLiteral("Could not open file for writing: %1").arg(path()));
     return written;
 }
 
-/// The array of a text that is not as the program writes it.
 QJsonArray FileRecordsFile::parse(const QByteArray& text, bool empty)
 {
     QJsonParseError error{};
@@ -156,11 +129,15 @@ QJsonArray FileRecordsFile::parse(const QByteArray& text, bool empty)
 
 bool FileRecordsFile::save(const QList<FileRecord>& records)
 {
-    return write(toJsonText(records));
+    QJsonArray elements;
+    for (const FileRecord& record : records)
+        elements.append(toObject(record));
+    return write(elements);
 }
 
-bool FileRecordsFile::write(const QByteArray& text)
+bool FileRecordsFile::write(const QJsonArray& elements)
 {
+    const QByteArray text = QJsonDocument(elements).toJson(QJsonDocument::Indented);
     QDir().mkpath(appidentity::dataFolder());
     QSaveFile file(path());
     m_errorText.clear();

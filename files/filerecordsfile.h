@@ -35,7 +35,7 @@ public:
 
 private:
     QJsonArray parse(const QByteArray& text, bool empty);
-    bool write(const QByteArray& text);
+    bool write(const QJsonArray& elements);
     bool setAside();
 
     /// What stands under the file's name is not a list.
