@@ -1,6 +1,5 @@
 #include "files/fileitemdelegate.h"
 
-#include "files/filerow.h"
 #include "widgets/icons.h"
 
 #include <QAbstractItemView>
@@ -16,6 +15,9 @@ constexpr QColor kText(0x99, 0xa1, 0xb0);
 constexpr QColor kRaisedText(0xff, 0xff, 0xff);
 constexpr QColor kIconTint(0x99, 0xa1, 0xb0);
 constexpr QColor kSeparator(0x22, 0x22, 0x22);
+
+constexpr int kFolderIconSide = 18;
+constexpr int kDeleteIconSide = 16;
 
 /// The icon's shape in the colour of all icons, for a painter of that many physical pixels to a logical one. Null where
 /// the system cannot read the icon's format.
@@ -41,6 +43,21 @@ void drawIcon(QPainter& painter, const QRect& rect, const char* name)
 
 SCFileManager::FileItemDelegate::FileItemDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
 
+QRect SCFileManager::FileItemDelegate::textRect(const QRect& row)
+{
+    return row.adjusted(8, 0, -48, 0);
+}
+
+QRect SCFileManager::FileItemDelegate::folderRect(const QRect& row)
+{
+    return {QPoint(row.right() - 46, row.top() + 7), QPoint(row.right() - 46 + kFolderIconSide - 1, row.bottom() - 7)};
+}
+
+QRect SCFileManager::FileItemDelegate::deleteRect(const QRect& row)
+{
+    return {QPoint(row.right() - 20, row.top() + 8), QPoint(row.right() - 20 + kDeleteIconSide - 1, row.bottom() - 8)};
+}
+
 void SCFileManager::FileItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                                             const QModelIndex& index) const
 {
@@ -52,7 +69,7 @@ void SCFileManager::FileItemDelegate::paint(QPainter* painter, const QStyleOptio
     if (raised)
         painter->fillRect(row, kRaisedBackground);
 
-    const QRect text = filerow::textRect(row);
+    const QRect text = textRect(row);
     painter->save();
     painter->setClipRect(text, Qt::IntersectClip);
     painter->setFont(option.font);
@@ -62,8 +79,8 @@ void SCFileManager::FileItemDelegate::paint(QPainter* painter, const QStyleOptio
     painter->restore();
 
     if (hovered) {
-        drawIcon(*painter, filerow::folderRect(row), "folder");
-        drawIcon(*painter, filerow::deleteRect(row), "delete");
+        drawIcon(*painter, folderRect(row), "folder");
+        drawIcon(*painter, deleteRect(row), "delete");
     }
     // A line of the pen would leave a seam of the row below it at odd scales.
     painter->fillRect(QRect(row.bottomLeft(), QSize(row.width(), 1)), kSeparator);
@@ -72,7 +89,7 @@ void SCFileManager::FileItemDelegate::paint(QPainter* painter, const QStyleOptio
 
 QSize SCFileManager::FileItemDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& /*index*/) const
 {
-    return {option.rect.width(), filerow::kHeight};
+    return {option.rect.width(), kHeight};
 }
 
 bool SCFileManager::FileItemDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
@@ -80,8 +97,8 @@ bool SCFileManager::FileItemDelegate::helpEvent(QHelpEvent* event, QAbstractItem
 {
     if (event == nullptr || view == nullptr || event->type() != QEvent::ToolTip)
         return QStyledItemDelegate::helpEvent(event, view, option, index);
-    const QRect folder = filerow::folderRect(option.rect);
-    const QRect remove = filerow::deleteRect(option.rect);
+    const QRect folder = folderRect(option.rect);
+    const QRect remove = deleteRect(option.rect);
     if (folder.contains(event->pos())) {
         QToolTip::showText(event->globalPos(), tr("Show in Folder"), view, folder);
         return true;

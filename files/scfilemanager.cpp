@@ -2,25 +2,68 @@
 
 #include "app/sclogger.h"
 #include "files/fileitemdelegate.h"
+#include "platform/files/file_manager.h"
+#include "widgets/desktopservices.h"
+#include "widgets/messagebox.h"
 
 #include <QAbstractItemView>
-#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+#include <QItemSelectionModel>
+#include <QMouseEvent>
 #include <QStandardItemModel>
 
 #include <utility>
 
-#include <algorithm>
-#include <iterator>
-
 namespace {
 
-const auto kType = QStringLiteral("type");
-const auto kDateAdded = QStringLiteral("dateAdded");
+constexpr char kFilterProperty[] = "currentFilter";
+const auto kDeleteButtonName = QStringLiteral("deleteButton");
 
-/// For the algorithms. A record without a type has the empty one.
-auto isOfType(const QString& type)
+QStandardItem* newRow(const FileRecord& record)
 {
-    return [&type](const FileRecord& record) { return record.properties.value(kType).toString() == type; };
+    auto* const row = new QStandardItem(QFileInfo(record.filepath).fileName());
+    row->setData(record.filepath, SCFileManager::kPathRole);
+    return row;
+}
+
+QString pathOf(const QModelIndex& index)
+{
+    return index.data(SCFileManager::kPathRole).toString();
+}
+
+/// Everything about the view that does not depend on what it shows.
+void dress(QAbstractItemView& view)
+{
+    view.setMouseTracking(true);
+    view.setFocusPolicy(Qt::NoFocus);
+    view.setFrameShape(QFrame::NoFrame);
+    view.setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    view.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view.viewport()->setAttribute(Qt::WA_Hover);
+    view.setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view.setSelectionMode(QAbstractItemView::ExtendedSelection);
+    view.setSelectionBehavior(QAbstractItemView::SelectRows);
+}
+
+/// An event on the view itself counts in the viewport's coordinates as well.
+QPoint inViewport(const QAbstractItemView& view, const QMouseEvent& event)
+{
+    return view.viewport()->mapFromGlobal(event.globalPosition().toPoint());
+}
+
+bool isPointers(QEvent::Type type)
+{
+    return type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick || type == QEvent::MouseMove ||
+           type == QEvent::MouseButtonRelease;
+}
+
+bool isOnIcon(const QAbstractItemView& view, const QPoint& place)
+{
+    const QModelIndex index = view.indexAt(place);
+    const QRect row = view.visualRect(index);
+    using Delegate = SCFileManager::FileItemDelegate;
+    return index.isValid() && (Delegate::folderRect(row).contains(place) || Delegate::deleteRect(row).contains(place));
 }
 
 } // namespace
@@ -38,14 +81,9 @@ SCFileManager::~SCFileManager()
     save();
 }
 
-bool SCFileManager::load()
-{
-    return m_file.load(m_files);
-}
-
 bool SCFileManager::save()
 {
-    const bool saved = m_file.save(m_files);
+    const bool saved = m_store.save();
     reportSave(saved);
     return saved;
 }
@@ -56,52 +94,188 @@ void SCFileManager::reportSave(bool saved)
     if (saved)
         return;
     SCLogger::error(QStringLiteral("The list of files could not be saved to %1, it stays in memory: %2")
-                        .arg(FileRecordsFile::path(), m_file.errorText()));
+                        .arg(FileStore::path(), m_store.errorText()));
     if (!failedBefore)
-        emit error(tr("The list of files could not be saved: %1").arg(m_file.errorText()));
-}
-
-QList<FileRecord> SCFileManager::filesByType(const QString& type) const
-{
-    QList<FileRecord> found;
-    std::copy_if(m_files.begin(), m_files.end(), std::back_inserter(found), isOfType(type));
-    return found;
-}
-
-qsizetype SCFileManager::count(const QString& type) const
-{
-    return std::count_if(m_files.begin(), m_files.end(), isOfType(type));
+        emit error(tr("The list of files could not be saved: %1").arg(m_store.errorText()));
 }
 
 void SCFileManager::addFile(const QString& path, const QString& type)
 {
-    m_files.prepend({path, {{kType, type}, {kDateAdded, QDateTime::currentDateTime().toString(Qt::ISODate)}}});
+    m_store.add(path, type);
     save();
 }
 
 bool SCFileManager::removeFile(const QString& path)
 {
-    const bool removed = takeOut(path);
+    const bool removed = m_store.remove({path});
     if (removed)
         save();
     return removed;
 }
 
-bool SCFileManager::takeOut(const QString& path)
+void SCFileManager::reverseFileOrder()
 {
-    const auto found = std::find_if(m_files.cbegin(), m_files.cend(),
-                                    [&path](const FileRecord& record) { return record.filepath == path; });
-    if (found == m_files.cend())
+    if (m_view == nullptr || files().isEmpty())
+        return;
+    m_store.reverse();
+    rebuildView();
+    save();
+}
+
+void SCFileManager::setupView(QAbstractItemView* view, const QString& filter)
+{
+    if (view == nullptr)
+        return;
+    m_view = view;
+    m_model->clear();
+    const QList<FileRecord> shown = filter.isEmpty() ? files() : filesByType(filter);
+    view->setModel(m_model);
+    view->setItemDelegate(m_delegate);
+    dress(*view);
+    view->viewport()->removeEventFilter(this);
+    view->viewport()->installEventFilter(this);
+    view->setProperty(kFilterProperty, filter);
+    // At once: a view lays itself out anew for every single one.
+    QList<QStandardItem*> rows;
+    rows.reserve(shown.size());
+    for (const FileRecord& record : shown)
+        rows.append(newRow(record));
+    m_model->invisibleRootItem()->appendRows(rows);
+    view->removeEventFilter(this);
+    view->installEventFilter(this);
+}
+
+void SCFileManager::rebuildView()
+{
+    setupView(m_view, m_view->property(kFilterProperty).toString());
+}
+
+void SCFileManager::selectFile(int row)
+{
+    if (m_view == nullptr || row < 0 || row >= files().size())
+        return;
+    m_view->clearSelection();
+    const QModelIndex index = m_model->index(row, 0);
+    // A filter shows fewer rows than there are records.
+    if (!index.isValid())
+        return;
+    m_view->setCurrentIndex(index);
+    m_view->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
+    m_view->scrollTo(index, QAbstractItemView::EnsureVisible);
+}
+
+bool SCFileManager::eventFilter(QObject* watched, QEvent* event)
+{
+    // Events of its end come from a view that is none any more, and must not be taken for one.
+    if (!isPointers(event->type()))
+        return QObject::eventFilter(watched, event);
+    const bool ofView = m_view != nullptr && (watched == m_view || watched == m_view->viewport());
+    if (ofView && onPointer(*m_view, *static_cast<QMouseEvent*>(event)))
+        return true;
+    return QObject::eventFilter(watched, event);
+}
+
+/// Whether the event is an icon's, and nobody else's business. All that follows a press on an icon is, until the button
+/// comes up: the view would go on with the press that it had before.
+bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
+{
+    if (event.type() == QEvent::MouseMove)
+        return m_iconPressed && event.buttons().testFlag(Qt::LeftButton);
+    if (event.button() != Qt::LeftButton)
         return false;
-    m_files.erase(found);
+    if (event.type() == QEvent::MouseButtonRelease)
+        return std::exchange(m_iconPressed, false);
+    const QPoint place = inViewport(view, event);
+    const bool press = event.type() == QEvent::MouseButtonPress;
+    const bool onIcon = press && isOnIcon(view, place);
+    // The release may come while the icon's box is open.
+    m_iconPressed = onIcon;
+    if (onIcon)
+        onIconPressed(view, place);
+    else if (!press)
+        onDoubleClicked(view, place);
+    return onIcon;
+}
+
+void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& place)
+{
+    const QModelIndex index = view.indexAt(place);
+    if (index.isValid())
+        openFile(pathOf(index));
+}
+
+void SCFileManager::onIconPressed(QAbstractItemView& view, const QPoint& place)
+{
+    const QModelIndex index = view.indexAt(place);
+    const QString path = pathOf(index);
+    if (path.isEmpty())
+        return;
+    if (FileItemDelegate::folderRect(view.visualRect(index)).contains(place))
+        platform::revealInFileManager(path);
+    else
+        deleteFile(view, index);
+}
+
+bool SCFileManager::refuseFileInUse(const QString& path, QWidget* parent) const
+{
+    if (m_fileInUse.isEmpty() || path != m_fileInUse)
+        return false;
+    messagebox::information(parent, tr("Delete"), tr("The file that is being recorded cannot be deleted."));
     return true;
 }
 
-void SCFileManager::reverseFileOrder()
+void SCFileManager::deleteFile(QAbstractItemView& view, const QPersistentModelIndex& row)
 {
-    if (m_view == nullptr || m_files.isEmpty())
+    const QString path = pathOf(row);
+    if (refuseFileInUse(path, view.window()))
         return;
-    std::reverse(m_files.begin(), m_files.end());
-    rebuildView();
+    // This one box is not translated; the one for several files is.
+    const messagebox::Answer answer = messagebox::ask(
+        {view.window(), QStringLiteral("Delete"), QStringLiteral("Do you want to delete this file?"),
+         QStringLiteral("Delete file from disk as well."), QStringLiteral("Delete"), kDeleteButtonName});
+    if (!answer.confirmed)
+        return;
+    removeRecords({path}, answer.checked);
+    // The list may have been filled anew behind the box.
+    if (row.isValid())
+        m_model->removeRow(row.row());
+    else if (m_view != nullptr)
+        rebuildView();
     save();
+}
+
+void SCFileManager::deleteSelectedFiles(QAbstractItemView* view)
+{
+    if (view == nullptr || view->selectionModel() == nullptr || view->model() == nullptr)
+        return;
+    const QModelIndexList selected = view->selectionModel()->selectedIndexes();
+    if (selected.isEmpty())
+        return;
+    QStringList paths;
+    for (const QModelIndex& index : selected) {
+        if (const QString path = pathOf(index); !path.isEmpty())
+            paths.append(path);
+    }
+    for (const QString& path : paths) {
+        if (refuseFileInUse(path, view->window()))
+            return;
+    }
+    const QPointer<QAbstractItemView> asked = view;
+    const messagebox::Answer answer =
+        messagebox::ask({view->window(), tr("Delete"), tr("Do you want to delete %1 files?").arg(selected.size()),
+                         tr("Delete files from disk as well."), tr("Delete"), kDeleteButtonName});
+    if (!answer.confirmed)
+        return;
+    removeRecords(paths, answer.checked);
+    save();
+    if (asked != nullptr)
+        setupView(asked, asked->property(kFilterProperty).toString());
+}
+
+void SCFileManager::removeRecords(const QStringList& paths, bool fromDisk)
+{
+    // A file that cannot be deleted from disk leaves the list all the same.
+    for (const QString& path : fromDisk ? paths : QStringList())
+        QFile::remove(path);
+    m_store.remove(paths);
 }

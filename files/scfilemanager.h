@@ -1,7 +1,6 @@
 #pragma once
 
-#include "files/filerecord.h"
-#include "files/filerecordsfile.h"
+#include "files/filestore.h"
 
 #include <QList>
 #include <QObject>
@@ -14,11 +13,9 @@ class QMouseEvent;
 class QPoint;
 class QStandardItemModel;
 
-/// The library of the files that the program has produced, and what the list that shows it does.
-///
-/// Holds the records, newest first unless the order was reversed, and writes every change to "file_data.json" at once
-/// (FileRecordsFile). A file may have several records. All paths are absolute; types are "video", "audio" and
-/// "screenshot". User-interface thread.
+/// The list of the files that the program has produced: fills a view with the records of a FileStore, newest first
+/// unless the order was reversed, and does what the user asks of them. Every change is saved at once. Paths are
+/// absolute. User-interface thread.
 class SCFileManager : public QObject
 {
     Q_OBJECT
@@ -29,19 +26,15 @@ public:
     /// The item data that holds a row's absolute path.
     static constexpr int kPathRole = Qt::UserRole + 1;
 
-    /// Loads the library.
+    /// Loads the records.
     explicit SCFileManager(QObject* parent = nullptr);
 
-    /// Saves it once more.
+    /// Saves them once more.
     ~SCFileManager() override;
 
-    const QList<FileRecord>& files() const { return m_files; }
-
-    /// The records of that type, in the list's order.
-    QList<FileRecord> filesByType(const QString& type) const;
-
-    /// How many there are of that type.
-    qsizetype count(const QString& type) const;
+    const QList<FileRecord>& files() const { return m_store.records(); }
+    QList<FileRecord> filesByType(const QString& type) const { return m_store.ofType(type); }
+    qsizetype count(const QString& type) const { return m_store.count(type); }
 
     /// Enters a file in front of the others, with the present time, and saves. A view shows it after the next
     /// setupView().
@@ -70,7 +63,7 @@ public:
 
     /// Replaces the list by what "file_data.json" holds, without the files that are gone. False when it cannot be read,
     /// or not be cleaned; the list is right then all the same.
-    bool load();
+    bool load() { return m_store.load(); }
 
     /// Writes the list. False when that failed: the file is then what it was, the list stays, error() has been emitted.
     bool save();
@@ -82,24 +75,19 @@ signals:
     void error(const QString& message);
 
 private:
-    // The list: scfilemanager.cpp.
-    bool takeOut(const QString& path);
     void reportSave(bool saved);
-
-    // The view: scfilemanager_view.cpp.
     void rebuildView();
     bool onPointer(QAbstractItemView& view, const QMouseEvent& event);
     void onIconPressed(QAbstractItemView& view, const QPoint& place);
     void onDoubleClicked(const QAbstractItemView& view, const QPoint& place);
     void deleteFile(QAbstractItemView& view, const QPersistentModelIndex& row);
     bool refuseFileInUse(const QString& path, QWidget* parent) const;
-    void deletePaths(const QStringList& paths, bool fromDisk);
+    void removeRecords(const QStringList& paths, bool fromDisk);
 
-    QList<FileRecord> m_files;
+    FileStore m_store;
     QStandardItemModel* m_model;
     FileItemDelegate* m_delegate;
     QPointer<QAbstractItemView> m_view;
-    FileRecordsFile m_file;
     QString m_fileInUse;
     bool m_saveFails = false;
     /// The left button went down on a row's icon, and may still be.

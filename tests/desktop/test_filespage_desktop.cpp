@@ -1,6 +1,6 @@
 #include "app/sctranslator.h"
 #include "app/settings.h"
-#include "files/filerow.h"
+#include "files/fileitemdelegate.h"
 #include "mainwindow/scmainwindow.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
@@ -25,6 +25,7 @@
 #include <functional>
 #include <memory>
 
+using FileItemDelegate = SCFileManager::FileItemDelegate;
 using desktopuser::click;
 using desktopuser::colourAt;
 using desktopuser::onScreen;
@@ -127,7 +128,7 @@ private slots:
         clickWith("shift", textOf(3));
         QTRY_COMPARE(selectedNames(), QStringList({"song.mp3", "shot.png", "old.mp4"}));
         // Below the last row.
-        click(view()->viewport()->mapToGlobal(QPoint(60, 6 * filerow::kHeight)));
+        click(view()->viewport()->mapToGlobal(QPoint(60, 6 * FileItemDelegate::kHeight)));
         QTRY_VERIFY(selectedNames().isEmpty());
     }
 
@@ -153,7 +154,7 @@ private slots:
         QPushButton* const remove = button("deleteFilesButton");
         const int bright = desktopuser::brightestOf(*remove);
         // Below the last row.
-        click(view()->viewport()->mapToGlobal(QPoint(60, 6 * filerow::kHeight)));
+        click(view()->viewport()->mapToGlobal(QPoint(60, 6 * FileItemDelegate::kHeight)));
         QTRY_VERIFY(!remove->isEnabled());
         QTRY_VERIFY(desktopuser::brightestOf(*remove) < bright * 3 / 4);
         const int dim = desktopuser::brightestOf(*remove);
@@ -284,8 +285,8 @@ private:
     QPoint textOf(int row) const { return global(QPoint(60, rect(row).center().y())); }
     /// Left of the text.
     QPoint leftOf(int row) const { return global(QPoint(4, rect(row).center().y())); }
-    QPoint folderIconOf(int row) const { return global(filerow::folderRect(rect(row)).center()); }
-    QPoint deleteIconOf(int row) const { return global(filerow::deleteRect(rect(row)).center()); }
+    QPoint folderIconOf(int row) const { return global(FileItemDelegate::folderRect(rect(row)).center()); }
+    QPoint deleteIconOf(int row) const { return global(FileItemDelegate::deleteRect(rect(row)).center()); }
 
     QStringList names() const
     {
@@ -311,7 +312,7 @@ private:
     {
         const QImage picture = desktopuser::screenshot();
         const QPoint origin = QGuiApplication::primaryScreen()->geometry().topLeft();
-        for (const QRect& icon : {filerow::folderRect(rect(row)), filerow::deleteRect(rect(row))}) {
+        for (const QRect& icon : {FileItemDelegate::folderRect(rect(row)), FileItemDelegate::deleteRect(rect(row))}) {
             const QRect place(((QPointF(global(icon.topLeft()) - origin)) * desktopuser::scale()).toPoint(),
                               icon.size() * desktopuser::scale());
             bool found = false;

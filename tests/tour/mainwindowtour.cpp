@@ -1,5 +1,5 @@
 #include "engine/volumecontrol.h"
-#include "files/filerow.h"
+#include "files/fileitemdelegate.h"
 #include "files/scfilemanager.h"
 #include "mainwindow/scmainwindow.h"
 #include "overlays/scswitchwidget.h"
@@ -112,8 +112,10 @@ void files(const Look& look)
     wait();
     QCursor::setPos(view.viewport()->mapToGlobal(second.center()));
     stop(look, "files", window);
-    stopAtBox(look, "delete-file",
-              [&] { QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, filerow::deleteRect(second).center()); });
+    stopAtBox(look, "delete-file", [&] {
+        QTest::mouseClick(view.viewport(), Qt::LeftButton, {},
+                          SCFileManager::FileItemDelegate::deleteRect(second).center());
+    });
     view.selectAll();
     stopAtBox(look, "delete-files", [&] { child<QPushButton>(window, "deleteFilesButton").click(); });
     child<QPushButton>(window, "audioFilter").click();

@@ -1,5 +1,4 @@
 #include "files/fileitemdelegate.h"
-#include "files/filerow.h"
 #include "files/scfilemanager.h"
 #include "tests/support/addresses.h"
 #include "tests/support/filelibrary.h"
@@ -28,13 +27,15 @@
 #include <functional>
 #include <memory>
 
+using FileItemDelegate = SCFileManager::FileItemDelegate;
+
 namespace {
 
 const auto kVideo = QStringLiteral("video");
 const auto kAudio = QStringLiteral("audio");
 const auto kScreenshot = QStringLiteral("screenshot");
 
-constexpr QRect kRow(0, 0, 300, filerow::kHeight);
+constexpr QRect kRow(0, 0, 300, FileItemDelegate::kHeight);
 constexpr QColor kPlain(0x28, 0x28, 0x2e);
 constexpr QColor kRaised(0x37, 0x37, 0x3d);
 constexpr QColor kGrey(0x99, 0xa1, 0xb0);
@@ -68,7 +69,7 @@ QImage painted(const QString& name, QStyle::State state, const QRect& row = kRow
     QStyleOptionViewItem option;
     option.rect = row;
     option.state = state;
-    const SCFileManager::FileItemDelegate delegate;
+    const FileItemDelegate delegate;
     delegate.paint(&painter, option, model.index(0, 0));
     painter.end();
     return picture;
@@ -153,7 +154,7 @@ private slots:
         QCOMPARE(m_view->editTriggers(), QAbstractItemView::NoEditTriggers);
         QCOMPARE(m_view->selectionMode(), QAbstractItemView::ExtendedSelection);
         QCOMPARE(m_view->selectionBehavior(), QAbstractItemView::SelectRows);
-        QVERIFY(qobject_cast<SCFileManager::FileItemDelegate*>(m_view->itemDelegate()) != nullptr);
+        QVERIFY(qobject_cast<FileItemDelegate*>(m_view->itemDelegate()) != nullptr);
     }
 
     void filterShowsItsTypeAndIsRememberedByTheView_data()
@@ -237,16 +238,16 @@ private slots:
     void rowIsDividedAsItLooks()
     {
         const QRect row(10, 64, 300, 32);
-        QCOMPARE(filerow::textRect(row), QRect(QPoint(18, 64), QPoint(309 - 48, 95)));
-        QCOMPARE(filerow::folderRect(row), QRect(309 - 46, 71, 18, 18));
-        QCOMPARE(filerow::deleteRect(row), QRect(309 - 20, 72, 16, 16));
+        QCOMPARE(FileItemDelegate::textRect(row), QRect(QPoint(18, 64), QPoint(309 - 48, 95)));
+        QCOMPARE(FileItemDelegate::folderRect(row), QRect(309 - 46, 71, 18, 18));
+        QCOMPARE(FileItemDelegate::deleteRect(row), QRect(309 - 20, 72, 16, 16));
     }
 
     void rowIsAsWideAsItsViewAnd32High()
     {
         QStyleOptionViewItem option;
         option.rect = QRect(0, 0, 417, 99);
-        const SCFileManager::FileItemDelegate delegate;
+        const FileItemDelegate delegate;
         QCOMPARE(delegate.sizeHint(option, {}), QSize(417, 32));
         for (int row = 0; row < 5; ++row) {
             const QRect rect = m_view->visualRect(m_view->model()->index(row, 0));
@@ -277,10 +278,10 @@ private slots:
         const QImage picture = painted(QString(20, QChar(0x2588)), state);
         QCOMPARE(picture.pixelColor(0, 0), background);
         QCOMPARE(picture.pixelColor(7, 16), background);
-        QVERIFY(shows(picture, filerow::textRect(kRow), text));
+        QVERIFY(shows(picture, FileItemDelegate::textRect(kRow), text));
         QVERIFY(isPlain(picture, QRect(0, 31, 300, 1), kLine));
         QVERIFY(isPlain(picture, QRect(0, 0, 300, 2), background));
-        for (const QRect& icon : {filerow::folderRect(kRow), filerow::deleteRect(kRow)}) {
+        for (const QRect& icon : {FileItemDelegate::folderRect(kRow), FileItemDelegate::deleteRect(kRow)}) {
             QCOMPARE(shows(picture, icon, kGrey), icons && canShowIcons());
             QCOMPARE(isPlain(picture, icon, background), !icons || !canShowIcons());
         }
@@ -292,8 +293,8 @@ private slots:
     {
         const QString name(80, u'M');
         const QImage narrow = painted(name, QStyle::State_Enabled);
-        const QImage wide = painted(name, QStyle::State_Enabled, QRect(0, 0, 600, filerow::kHeight));
-        const QRect text = filerow::textRect(kRow);
+        const QImage wide = painted(name, QStyle::State_Enabled, QRect(0, 0, 600, FileItemDelegate::kHeight));
+        const QRect text = FileItemDelegate::textRect(kRow);
         // The same letters as where there is more room, to the last pixel, and nothing beyond.
         QCOMPARE(narrow.copy(text), wide.copy(text));
         QVERIFY(shows(wide, text.adjusted(text.width() - 10, 0, 0, -2), kGrey));
@@ -317,7 +318,7 @@ private slots:
         QStyleOptionViewItem option;
         option.rect = kRow;
         option.state = QStyle::State_MouseOver;
-        const SCFileManager::FileItemDelegate delegate;
+        const FileItemDelegate delegate;
         delegate.paint(&painter, option, model.index(0, 0));
         QCOMPARE(painter.pen().color(), QColor(Qt::red));
         QVERIFY(!painter.hasClipping());
@@ -326,7 +327,7 @@ private slots:
     void iconsAreDrawnInAllPixelsOfADenseScreen()
     {
         if (!canShowIcons()) {
-            QVERIFY(isPlain(painted({}, QStyle::State_MouseOver), filerow::folderRect(kRow), kRaised));
+            QVERIFY(isPlain(painted({}, QStyle::State_MouseOver), FileItemDelegate::folderRect(kRow), kRaised));
             return;
         }
         const QImage once = painted({}, QStyle::State_MouseOver);
@@ -334,7 +335,8 @@ private slots:
         // An enlarged icon would consist of blocks of two by two.
         QImage blocks = once.scaled(twice.size());
         blocks.setDevicePixelRatio(2.0);
-        const QRect folder(filerow::folderRect(kRow).topLeft() * 2, filerow::folderRect(kRow).size() * 2);
+        const QRect folder(FileItemDelegate::folderRect(kRow).topLeft() * 2,
+                           FileItemDelegate::folderRect(kRow).size() * 2);
         QVERIFY(twice.copy(folder) != blocks.copy(folder));
         QVERIFY(shows(twice, folder, kGrey));
     }
@@ -342,11 +344,11 @@ private slots:
     void toolTipSaysWhatAnIconDoes()
     {
         const QRect row = m_view->visualRect(m_view->model()->index(1, 0));
-        showToolTip(filerow::folderRect(row).center());
+        showToolTip(FileItemDelegate::folderRect(row).center());
         QCOMPARE(QToolTip::text(), QStringLiteral("Show in Folder"));
-        showToolTip(filerow::deleteRect(row).center());
+        showToolTip(FileItemDelegate::deleteRect(row).center());
         QCOMPARE(QToolTip::text(), QStringLiteral("Delete"));
-        showToolTip(filerow::textRect(row).center());
+        showToolTip(FileItemDelegate::textRect(row).center());
         QTRY_VERIFY(!QToolTip::isVisible());
     }
 
@@ -354,7 +356,7 @@ private slots:
     {
         const Brackets translator;
         const QRect row = m_view->visualRect(m_view->model()->index(0, 0));
-        showToolTip(filerow::folderRect(row).center());
+        showToolTip(FileItemDelegate::folderRect(row).center());
         QCOMPARE(QToolTip::text(), QStringLiteral("<Show in Folder>"));
         QToolTip::hideText();
     }
@@ -364,10 +366,10 @@ private slots:
         // Of the test before, perhaps: a tip takes its time to go.
         QToolTip::hideText();
         QTRY_VERIFY(!QToolTip::isVisible());
-        SCFileManager::FileItemDelegate delegate;
+        FileItemDelegate delegate;
         QStyleOptionViewItem option;
         option.rect = m_view->visualRect(m_view->model()->index(0, 0));
-        const QPoint place = filerow::folderRect(option.rect).center();
+        const QPoint place = FileItemDelegate::folderRect(option.rect).center();
         QHelpEvent whatsThis(QEvent::WhatsThis, place, place);
         QVERIFY(!delegate.helpEvent(&whatsThis, m_view.get(), option, m_view->model()->index(0, 0)));
         QVERIFY(!QToolTip::isVisible());
@@ -379,7 +381,7 @@ private slots:
         m_library->setupView(m_view.get(), kVideo);
         m_library->setupView(m_view.get(), QString());
         const OpenedAddresses opener({"file"});
-        doubleClick(filerow::textRect(rowRect(2)).center());
+        doubleClick(FileItemDelegate::textRect(rowRect(2)).center());
         QCOMPARE(opener.files(), QStringList({m_produced->folder() + QLatin1String("/sound.aac")}));
         doubleClick(QPoint(50, rowRect(4).bottom() + 20));
         QCOMPARE(opener.files().size(), 1);
@@ -388,7 +390,7 @@ private slots:
     void doubleClickOpensByTheLeftButtonAlone()
     {
         const OpenedAddresses opener({"file"});
-        const QPoint text = onDesktop(filerow::textRect(rowRect(2)).center());
+        const QPoint text = onDesktop(FileItemDelegate::textRect(rowRect(2)).center());
         for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton})
             pointerevents::mouse(*m_view->viewport(), QEvent::MouseButtonDblClick, text, button, button);
         QCOMPARE(opener.files(), QStringList());
@@ -397,7 +399,7 @@ private slots:
     void doubleClickOnAnIconOpensTheFileOfItsRow()
     {
         const OpenedAddresses opener({"file"});
-        const QPoint icon = onDesktop(filerow::folderRect(rowRect(2)).center());
+        const QPoint icon = onDesktop(FileItemDelegate::folderRect(rowRect(2)).center());
         pointerevents::mouse(*m_view->viewport(), QEvent::MouseButtonDblClick, icon, Qt::LeftButton, Qt::LeftButton);
         QCOMPARE(opener.files(), QStringList({m_produced->folder() + QLatin1String("/sound.aac")}));
     }
@@ -423,27 +425,27 @@ private slots:
         add(name, kVideo);
         m_library->setupView(m_view.get(), QString());
         const OpenedAddresses opener({"file"});
-        doubleClick(filerow::textRect(rowRect(0)).center());
+        doubleClick(FileItemDelegate::textRect(rowRect(0)).center());
         QCOMPARE(opener.files(), QStringList({m_produced->folder() + u'/' + name}));
     }
 
     void pressOnTheTextSelectsAndOneOnTheFolderIconDoesNot()
     {
-        press(filerow::textRect(rowRect(1)).center());
+        press(FileItemDelegate::textRect(rowRect(1)).center());
         QCOMPARE(selectedNames(), QStringList({"old.mp4"}));
         // A row without a path: the press is consumed, and no file manager comes up.
         m_view->model()->setData(m_view->model()->index(3, 0), QString(), SCFileManager::kPathRole);
-        press(filerow::folderRect(rowRect(3)).center());
+        press(FileItemDelegate::folderRect(rowRect(3)).center());
         QCOMPARE(selectedNames(), QStringList({"old.mp4"}));
-        press(filerow::textRect(rowRect(3)).center());
+        press(FileItemDelegate::textRect(rowRect(3)).center());
         QCOMPARE(selectedNames(), QStringList({"song.mp3"}));
     }
 
     void dragFromAnIconSelectsNothing()
     {
-        press(filerow::textRect(rowRect(0)).center());
+        press(FileItemDelegate::textRect(rowRect(0)).center());
         m_view->model()->setData(m_view->model()->index(3, 0), QString(), SCFileManager::kPathRole);
-        const QPoint icon = filerow::folderRect(rowRect(3)).center();
+        const QPoint icon = FileItemDelegate::folderRect(rowRect(3)).center();
         pointerevents::drag(*m_view->viewport(), onDesktop(icon), {-4, 2});
         QCOMPARE(selectedNames(), QStringList({"new.mp4"}));
     }
@@ -459,18 +461,18 @@ private slots:
     {
         QFETCH(const bool, isReleaseSeen);
         m_view->model()->setData(m_view->model()->index(3, 0), QString(), SCFileManager::kPathRole);
-        const QPoint icon = onDesktop(filerow::folderRect(rowRect(3)).center());
+        const QPoint icon = onDesktop(FileItemDelegate::folderRect(rowRect(3)).center());
         pointerevents::press(*m_view->viewport(), icon);
         if (isReleaseSeen)
             pointerevents::release(*m_view->viewport(), icon);
-        const QPoint text = filerow::textRect(rowRect(1)).center();
-        pointerevents::drag(*m_view->viewport(), onDesktop(text), {0, filerow::kHeight});
+        const QPoint text = FileItemDelegate::textRect(rowRect(1)).center();
+        pointerevents::drag(*m_view->viewport(), onDesktop(text), {0, FileItemDelegate::kHeight});
         QCOMPARE(selectedNames(), QStringList({"old.mp4", "sound.aac"}));
     }
 
     void iconsAreWhereTheyAreAndNotAPixelFurther()
     {
-        for (const QRect& icon : {filerow::folderRect(rowRect(1)), filerow::deleteRect(rowRect(1))}) {
+        for (const QRect& icon : {FileItemDelegate::folderRect(rowRect(1)), FileItemDelegate::deleteRect(rowRect(1))}) {
             m_view->model()->setData(m_view->model()->index(1, 0), QString(), SCFileManager::kPathRole);
             for (const QPoint& inside : {icon.topLeft(), icon.topRight(), icon.bottomLeft(), icon.bottomRight()}) {
                 m_view->clearSelection();
@@ -489,7 +491,7 @@ private slots:
     void rightButtonOnAnIconOnlySelects()
     {
         const messagebox::Recorder boxes;
-        QTest::mouseClick(m_view->viewport(), Qt::RightButton, {}, filerow::deleteRect(rowRect(2)).center());
+        QTest::mouseClick(m_view->viewport(), Qt::RightButton, {}, FileItemDelegate::deleteRect(rowRect(2)).center());
         QVERIFY(boxes.questions().empty());
         QCOMPARE(selectedNames(), QStringList({"sound.aac"}));
     }
@@ -498,7 +500,7 @@ private slots:
     {
         const Brackets translator;
         messagebox::Recorder boxes;
-        press(filerow::deleteRect(rowRect(1)).center());
+        press(FileItemDelegate::deleteRect(rowRect(1)).center());
         QCOMPARE(boxes.questions().size(), std::size_t{1});
         const messagebox::Question& question = boxes.questions().front();
         QCOMPARE(question.title, QStringLiteral("Delete"));
@@ -516,7 +518,7 @@ private slots:
         messagebox::Recorder boxes;
         boxes.setAnswer({true, false});
         const QString path = pathAt(1);
-        press(filerow::deleteRect(rowRect(1)).center());
+        press(FileItemDelegate::deleteRect(rowRect(1)).center());
         QCOMPARE(names(), QStringList({"new.mp4", "sound.aac", "song.mp3", "shot.png"}));
         QVERIFY(!filelibrary::paths().contains(path));
         QCOMPARE(m_library->files().size(), 4);
@@ -528,7 +530,7 @@ private slots:
         messagebox::Recorder boxes;
         boxes.setAnswer({true, true});
         const QString path = pathAt(1);
-        press(filerow::deleteRect(rowRect(1)).center());
+        press(FileItemDelegate::deleteRect(rowRect(1)).center());
         QCOMPARE(names().size(), 4);
         QVERIFY(!filelibrary::paths().contains(path));
         QVERIFY(!QFileInfo::exists(path));
@@ -539,7 +541,7 @@ private slots:
     {
         messagebox::Recorder boxes;
         boxes.setAnswer({false, true});
-        press(filerow::deleteRect(rowRect(0)).center());
+        press(FileItemDelegate::deleteRect(rowRect(0)).center());
         m_view->selectAll();
         m_library->deleteSelectedFiles(m_view.get());
         QCOMPARE(names().size(), 5);
@@ -555,7 +557,7 @@ private slots:
         // A folder with something in it, by now.
         QVERIFY(QFile::remove(path));
         QVERIFY(QDir().mkpath(path + QLatin1String("/inner")));
-        press(filerow::deleteRect(rowRect(0)).center());
+        press(FileItemDelegate::deleteRect(rowRect(0)).center());
         QCOMPARE(names().front(), QStringLiteral("old.mp4"));
         QVERIFY(QFileInfo(path).isDir());
     }
@@ -567,7 +569,7 @@ private slots:
         const QString twice = pathAt(4);
         m_library->addFile(twice, kVideo);
         m_library->setupView(m_view.get(), QString());
-        press(filerow::deleteRect(rowRect(5)).center());
+        press(FileItemDelegate::deleteRect(rowRect(5)).center());
         QCOMPARE(names(), QStringList({"shot.png", "new.mp4", "old.mp4", "sound.aac", "song.mp3"}));
         QCOMPARE(m_library->files().size(), 5);
         QCOMPARE(m_library->files().last().filepath, twice);
@@ -581,7 +583,7 @@ private slots:
             m_library->setupView(m_view.get(), kVideo);
             button(box, "deleteButton")->click();
         });
-        press(filerow::deleteRect(rowRect(1)).center());
+        press(FileItemDelegate::deleteRect(rowRect(1)).center());
         QCOMPARE(names(), QStringList({"new.mp4"}));
         QVERIFY(!filelibrary::paths().contains(path));
     }
@@ -690,7 +692,7 @@ private slots:
             m_view->selectAll();
             m_library->deleteSelectedFiles(m_view.get());
         } else {
-            press(filerow::deleteRect(rowRect(0)).center());
+            press(FileItemDelegate::deleteRect(rowRect(0)).center());
         }
         QCOMPARE(m_boxesAnswered, 1);
         QCOMPARE(names().size(), 5);
@@ -705,7 +707,7 @@ private slots:
         boxes.setAnswer({true, true});
         const QString path = pathAt(0);
         m_library->setFileInUse(path);
-        press(filerow::deleteRect(rowRect(0)).center());
+        press(FileItemDelegate::deleteRect(rowRect(0)).center());
         m_view->selectAll();
         m_library->deleteSelectedFiles(m_view.get());
         QVERIFY(boxes.questions().empty());
@@ -714,7 +716,7 @@ private slots:
         QCOMPARE(names().size(), 5);
         QVERIFY(QFileInfo::exists(path));
         m_library->setFileInUse({});
-        press(filerow::deleteRect(rowRect(0)).center());
+        press(FileItemDelegate::deleteRect(rowRect(0)).center());
         QVERIFY(!QFileInfo::exists(path));
     }
 

@@ -1,4 +1,4 @@
-#include "files/filerecordsfile.h"
+#include "files/filestore.h"
 
 #include "app/appidentity.h"
 #include "app/sclogger.h"
@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -17,6 +18,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 
 using namespace std::chrono_literals;
 
@@ -25,10 +27,18 @@ namespace {
 const auto kFileName = QStringLiteral("file_data.json");
 const auto kPathKey = QStringLiteral("filepath");
 const auto kPropertiesKey = QStringLiteral("properties");
+const auto kType = QStringLiteral("type");
+const auto kDateAdded = QStringLiteral("dateAdded");
 
 /// More than a million records: nothing that the program has written is as large, and reading it would keep the program
 /// from starting.
 constexpr qint64 kMaxBytes = qint64{256} * 1024 * 1024;
+
+/// For algorithms. A record without a type has the empty one.
+auto isOfType(const QString& type)
+{
+    return [&type](const FileRecord& record) { return record.properties.value(kType).toString() == type; };
+}
 
 FileRecord toRecord(const QJsonObject& object)
 {
@@ -78,33 +88,66 @@ QByteArray contents(QFile& file)
 
 } // namespace
 
-QString FileRecordsFile::path()
+QString FileStore::path()
 {
     return appidentity::dataFolder() + u'/' + kFileName;
 }
 
-bool FileRecordsFile::load(QList<FileRecord>& records)
+QList<FileRecord> FileStore::ofType(const QString& type) const
 {
-    records.clear();
+    QList<FileRecord> found;
+    std::copy_if(m_records.begin(), m_records.end(), std::back_inserter(found), isOfType(type));
+    return found;
+}
+
+qsizetype FileStore::count(const QString& type) const
+{
+    return std::count_if(m_records.begin(), m_records.end(), isOfType(type));
+}
+
+void FileStore::add(const QString& path, const QString& type)
+{
+    m_records.prepend({path, {{kType, type}, {kDateAdded, QDateTime::currentDateTime().toString(Qt::ISODate)}}});
+}
+
+bool FileStore::remove(const QStringList& paths)
+{
+    QHash<QString, int> timesToRemove;
+    for (const QString& path : paths)
+        ++timesToRemove[path];
+    return m_records.removeIf([&timesToRemove](const FileRecord& record) {
+        const auto found = timesToRemove.find(record.filepath);
+        return found != timesToRemove.end() && (*found)-- > 0;
+    }) > 0;
+}
+
+void FileStore::reverse()
+{
+    std::reverse(m_records.begin(), m_records.end());
+}
+
+bool FileStore::load()
+{
+    m_records.clear();
     removeUnfinishedSaves(QDir(appidentity::dataFolder()));
     QFile file(path());
     if (!file.open(QIODevice::ReadOnly)) {
         SCLogger::debug(QStringLiteral("Could not open file for reading: %1").arg(path()));
-        m_foreign = QFileInfo::exists(path());
+        m_isForeign = QFileInfo::exists(path());
         return false;
     }
-    m_foreign = false;
+    m_isForeign = false;
     const QByteArray text = contents(file);
-    const bool empty = file.size() == 0;
+    const bool isEmpty = file.size() == 0;
     file.close();
-    const QJsonArray elements = parse(text, empty);
+    const QJsonArray elements = parse(text, isEmpty);
     // The elements that stay are written as they are.
     QJsonArray kept;
     for (const auto& element : elements) {
         FileRecord record = toRecord(element.toObject());
         if (!QFileInfo(record.filepath).isFile())
             continue;
-        records.append(std::move(record));
+        m_records.append(std::move(record));
         kept.append(element);
     }
     if (kept.size() == elements.size())
@@ -115,27 +158,27 @@ bool FileRecordsFile::load(QList<FileRecord>& records)
     return written;
 }
 
-QJsonArray FileRecordsFile::parse(const QByteArray& text, bool empty)
+QJsonArray FileStore::parse(const QByteArray& text, bool isEmpty)
 {
     QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(text, &error);
     // An empty file holds nothing to keep.
-    m_foreign = !document.isArray() && !empty;
-    if (m_foreign)
+    m_isForeign = !document.isArray() && !isEmpty;
+    if (m_isForeign)
         SCLogger::warning(QStringLiteral("The list of files cannot be read and starts empty (%1): %2")
                               .arg(document.isNull() ? error.errorString() : QStringLiteral("no array"), path()));
     return document.array();
 }
 
-bool FileRecordsFile::save(const QList<FileRecord>& records)
+bool FileStore::save()
 {
     QJsonArray elements;
-    for (const FileRecord& record : records)
+    for (const FileRecord& record : std::as_const(m_records))
         elements.append(toObject(record));
     return write(elements);
 }
 
-bool FileRecordsFile::write(const QJsonArray& elements)
+bool FileStore::write(const QJsonArray& elements)
 {
     const QByteArray text = QJsonDocument(elements).toJson(QJsonDocument::Indented);
     QDir().mkpath(appidentity::dataFolder());
@@ -152,7 +195,7 @@ bool FileRecordsFile::write(const QJsonArray& elements)
         return false;
     }
     // Only for a list that is wholly written is the other file moved.
-    if (m_foreign && !setAside()) {
+    if (m_isForeign && !renameForeignFile()) {
         m_errorText = QStringLiteral("the unreadable list that stands there cannot be set aside");
         return false;
     }
@@ -161,16 +204,16 @@ bool FileRecordsFile::write(const QJsonArray& elements)
     return m_errorText.isEmpty();
 }
 
-bool FileRecordsFile::setAside()
+bool FileStore::renameForeignFile()
 {
     const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_HH-mm-ss"));
     const QString base = appidentity::dataFolder() + QStringLiteral("/file_data.unreadable_") + stamp;
-    QString aside = base + QLatin1String(".json");
-    for (int number = 2; QFileInfo::exists(aside); ++number)
-        aside = QStringLiteral("%1_%2.json").arg(base).arg(number);
-    if (!QFile::rename(path(), aside))
+    QString newName = base + QLatin1String(".json");
+    for (int number = 2; QFileInfo::exists(newName); ++number)
+        newName = QStringLiteral("%1_%2.json").arg(base).arg(number);
+    if (!QFile::rename(path(), newName))
         return false;
-    SCLogger::warning(QStringLiteral("The unreadable list of files is kept as %1").arg(aside));
-    m_foreign = false;
+    SCLogger::warning(QStringLiteral("The unreadable list of files is kept as %1").arg(newName));
+    m_isForeign = false;
     return true;
 }
