@@ -17,7 +17,7 @@ constexpr QColor kVeil(0, 0, 0, 100);
 constexpr QColor kSelection(255, 255, 255, 50);
 constexpr int kOutlinePx = 2;
 
-QPixmap picture(QScreen& screen, const QWidget& window)
+QPixmap grabBelow(QScreen& screen, const QWidget& window)
 {
     const QRect geometry = window.geometry().translated(-screen.geometry().topLeft());
     return screen.grabWindow(0, geometry.x(), geometry.y(), geometry.width(), geometry.height());
@@ -93,7 +93,7 @@ void AreaSelector::keyPressEvent(QKeyEvent* event)
 void AreaSelector::showEvent(QShowEvent* event)
 {
     QScreen* const shownOn = screen();
-    m_backdrop = shownOn == nullptr || platform::isCompositing() ? QPixmap() : picture(*shownOn, *this);
+    m_backdrop = shownOn == nullptr || platform::isCompositing() ? QPixmap() : grabBelow(*shownOn, *this);
     QWidget::showEvent(event);
 }
 

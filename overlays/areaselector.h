@@ -5,12 +5,10 @@
 #include <QRect>
 #include <QWidget>
 
-/// The overlay with which the user drags out the rectangle of the primary screen that is to be recorded. It darkens the
-/// screen, shows the rectangle with its size while it is dragged, and reports it once, on release.
+/// Lets the user drag out the rectangle of the primary screen to record.
 ///
-/// Who shows it sets the application's override cursor before and makes it the active window, so that Escape reaches
-/// it; the selector restores that cursor when a selection ends and on Escape, which only hides it. After a selection it
-/// stays visible: the receiver of areaSelected() hides and deletes it.
+/// The caller sets the override cursor and activates the selector before showing it. A selection, and Escape, which
+/// only hides it, restore that cursor. The receiver of areaSelected() hides and deletes it.
 class AreaSelector : public QWidget
 {
     Q_OBJECT
@@ -20,8 +18,8 @@ public:
     ~AreaSelector() override;
 
 signals:
-    /// The user let go of the button. area is in the selector's own coordinates, logical pixels with the primary
-    /// screen's top-left corner at (0, 0), and at least 1 x 1: its corners are the pixels of press and release.
+    /// The drag has ended. area includes the pixels of press and release; logical pixels from the primary screen's
+    /// top-left corner.
     void areaSelected(QRect area);
 
 protected:
@@ -40,6 +38,6 @@ private:
     QPoint m_currentPoint;
     QRect m_selectedRect;
     bool m_selecting = false;
-    /// What the screen showed before the selector; null where the system mixes the selector with it.
+    /// The screen's content below the selector; null with a compositor.
     QPixmap m_backdrop;
 };

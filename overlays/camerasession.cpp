@@ -94,7 +94,7 @@ void CameraSession::checkDevices()
 
 void CameraSession::openFirst()
 {
-    // The list is looked at all the time. A closed window opens a camera when it is shown, and needs no fallback's.
+    // A closed window opens its camera when it is shown.
     if (m_isClosed)
         stop();
     else
@@ -122,7 +122,6 @@ void CameraSession::open(int index)
         emit loadingEnded();
         return;
     }
-    // The other formats may fail as well.
     if (!attempt(exceptionWhen(kInitializing), [&] { startOrTryOthers(device); }))
         emit loadingEnded();
     reportActive();

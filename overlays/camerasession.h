@@ -4,9 +4,8 @@
 
 #include <QObject>
 
-/// The camera of the webcam window: opens the first camera that the system lists, chooses the format, tries others when
-/// that fails, and follows cameras that are plugged in and out. Every step is logged; failures are only logged.
-/// User-interface thread.
+/// The camera of the webcam window: finds and opens it, chooses the format and tries others when that fails. Failures
+/// are only logged. User-interface thread.
 class CameraSession : public QObject
 {
     Q_OBJECT
@@ -15,20 +14,20 @@ public:
     /// Shows the video in output. Both outlive the session.
     CameraSession(CameraSystem& system, QVideoWidget& output);
 
-    /// Compares the system's cameras with those known and opens the first one of a new list. A camera of the same list
-    /// that has stopped is started again, and without any camera the system's default is tried. Call regularly.
+    /// Call regularly. Opens the first camera of a changed list, starts a camera that has stopped, and tries the
+    /// system's default where none is listed.
     void checkDevices();
 
-    /// Opens that camera of the known list; another index is logged and ignored.
+    /// Opens a camera of the list; any other index is only logged.
     void open(int index);
 
-    /// Opens the first camera, if there is one, and from now on those that are plugged in.
+    /// Opens the first camera, and from then on those that are plugged in.
     void resume();
 
     /// Deactivates the camera. The next checkDevices() activates it again.
     void suspend();
 
-    /// Releases the camera. Until resume() no other one is opened but the system's default.
+    /// Releases the camera. Until resume() only the system's default is opened.
     void close();
 
     bool isActive() const { return m_camera != nullptr && m_camera->isActive(); }
@@ -37,7 +36,6 @@ public:
     float aspect() const;
 
 signals:
-    /// The camera has started with a known resolution.
     void aspectChanged(float aspect);
     void started();
     /// A camera is active or has failed.

@@ -39,10 +39,10 @@ DrawWindow::DrawWindow(QWidget* parent)
                     QStringLiteral(":/res/style/draw-window.qss"), QStringLiteral("draw window stylesheet"));
     platform::prepareAsOverlay(*this);
     platform::prepareAsOverlay(toolBar());
-    connect(&m_unseenMove, &UnseenMove::concealed, this, [this] { setConcealed(true); });
-    connect(&m_unseenMove, &UnseenMove::moved, this, &DrawWindow::moveWithToolBar);
-    connect(&m_unseenMove, &UnseenMove::ended, this, [this] { reportGeometry(false); });
-    connect(&m_unseenMove, &UnseenMove::revealed, this, [this] { setConcealed(false); });
+    connect(&m_hideWhileDragging, &HideWhileDragging::concealed, this, [this] { setConcealed(true); });
+    connect(&m_hideWhileDragging, &HideWhileDragging::moved, this, &DrawWindow::moveWithToolBar);
+    connect(&m_hideWhileDragging, &HideWhileDragging::ended, this, [this] { reportGeometry(false); });
+    connect(&m_hideWhileDragging, &HideWhileDragging::revealed, this, [this] { setConcealed(false); });
 }
 
 DrawWindow::~DrawWindow() = default;
@@ -97,7 +97,7 @@ void DrawWindow::setInsideRecorded(bool recorded)
 {
     m_insideRecorded = recorded;
     if (!recorded)
-        m_unseenMove.giveUp();
+        m_hideWhileDragging.cancel();
 }
 
 void DrawWindow::setConcealed(bool concealed)
@@ -120,7 +120,7 @@ void DrawWindow::setTimeText(const QString& text)
 
 void DrawWindow::hideEvent(QHideEvent* event)
 {
-    m_unseenMove.giveUp();
+    m_hideWhileDragging.cancel();
     OverlayFrame::hideEvent(event);
 }
 
@@ -160,7 +160,7 @@ bool DrawWindow::eventFilter(QObject* watched, QEvent* event)
 void DrawWindow::dragByToolBar(const QPoint& topLeft)
 {
     if (m_insideRecorded)
-        m_unseenMove.moveTo(topLeft);
+        m_hideWhileDragging.moveTo(topLeft);
     else
         moveWithToolBar(topLeft);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "overlays/unseenmove.h"
+#include "overlays/hidewhiledragging.h"
 #include "widgets/overlayframe.h"
 
 class QLabel;
@@ -17,10 +17,10 @@ public:
     explicit DrawWindow(QWidget* parent = nullptr);
     ~DrawWindow() override;
 
-    /// Whether resizing keeps the ratio of width to height. Off at first.
+    /// Whether resizing keeps the aspect ratio.
     bool lockRatio() const { return m_lockRatio; }
 
-    /// How thick the border is, in logical pixels; it lies inside the window. 4 at first.
+    /// The border lies inside the window.
     int borderWidth() const { return m_borderWidth; }
     void setBorderWidth(int widthPx);
 
@@ -28,36 +28,26 @@ public:
     void setRecording(bool recording);
     bool isRecording() const { return m_recording; }
 
-    /// Whether what is inside is being recorded right now. The frame then keeps out of the picture, whose size is
-    /// settled and which follows a drag of the tool bar: its edges do not resize it, and border and tool bar are not to
-    /// be seen while it moves. False at first.
+    /// Whether the inside is being recorded. Its size is then fixed, and border and tool bar are hidden while dragging.
     void setInsideRecorded(bool recorded);
 
-    /// Shows the elapsed time, ready to be read ("00:00:00").
+    /// Shows the elapsed time as formatted ("00:00:00").
     void setTimeText(const QString& text);
 
 public slots:
     void setLockRatio(bool lock) { m_lockRatio = lock; }
 
 signals:
-    /// The area inside the border changed, by a drag of the tool bar (isMoving is true while it lasts, and false once
-    /// at its end) or at the end of a drag of the frame.
-    ///
-    /// In global coordinates. topLeft is the first pixel inside the border, bottomRight the last one, as the corners of
-    /// a QRect are: QRect(topLeft, bottomRight) is the area.
+    /// A drag of the tool bar moves (isMoving), or any drag has moved or resized, the area inside the border:
+    /// QRect(topLeft, bottomRight), in global coordinates.
     void windowGeometryChanged(bool isMoving, QPoint topLeft, QPoint bottomRight);
 
-    /// The recording button was pressed while no recording ran.
     void startRecording();
-
-    /// The recording button, or the close button, was pressed while a recording ran.
+    /// The recording or the close button was pressed during a recording.
     void stopRecording();
-
-    /// The close button was pressed; the window hides itself.
     void hideDrawWindow();
 
-    /// The frame has hidden itself for a move while its inside is recorded, or shows itself again. What else stands
-    /// where it may go had better do the same.
+    /// The frame is hidden while dragging, or visible again. Other windows of the program near it should follow.
     void concealedChanged(bool concealed);
 
 protected:
@@ -68,7 +58,7 @@ protected:
     void retranslate() override;
     void positionToolBar() override;
     void dragByToolBar(const QPoint& topLeft) override;
-    void endToolBarDrag() override { m_unseenMove.end(); }
+    void endToolBarDrag() override { m_hideWhileDragging.end(); }
     framegeometry::HitArea handleAt(const QPoint& position) const override;
     void drag(framegeometry::HitArea area, const QRect& start, const QPoint& delta) override;
     void endDrag(framegeometry::HitArea area, const QPoint& position) override;
@@ -97,7 +87,7 @@ private:
     int m_borderWidth = 4;
     bool m_recording = false;
     bool m_insideRecorded = false;
-    /// Nothing but the strokes is to be seen.
+    /// Only the strokes are painted.
     bool m_concealed = false;
-    UnseenMove m_unseenMove;
+    HideWhileDragging m_hideWhileDragging;
 };

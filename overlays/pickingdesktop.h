@@ -9,14 +9,12 @@
 
 class QWidget;
 
-/// What the window highlighter needs of the desktop; see platform/mouse_hook.h, native_windows.h, pointer_state.h and
-/// window_hotkey.h. A value of its own, so that tests can put windows where there are none.
+/// What the window highlighter needs of the desktop. Tests replace it.
 class PickingDesktop
 {
 public:
     virtual ~PickingDesktop() = default;
 
-    /// The desktop that the user has.
     static std::unique_ptr<PickingDesktop> ofTheSystem();
 
     /// 0 on success, else the system's error number.
@@ -31,7 +29,6 @@ public:
     virtual bool exists(platform::NativeWindow window) const = 0;
     virtual std::optional<QRect> rectOf(platform::NativeWindow window) const = 0;
 
-    /// Whether the left or the right mouse button is held down. Until it is let go the window below has the mouse, and
-    /// on X11 a menu that opens then cannot take it.
+    /// Whether the left or right button is down. On X11 a menu that opens meanwhile cannot grab the mouse.
     virtual bool isMouseButtonDown() const = 0;
 };

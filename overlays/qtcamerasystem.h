@@ -2,7 +2,7 @@
 
 #include "overlays/camerasystem.h"
 
-/// The cameras of the machine, through Qt Multimedia. Where that has no back end for the system, there are none.
+/// The machine's cameras through Qt Multimedia; none where that has no back end.
 class QtCameraSystem : public CameraSystem
 {
 public:
@@ -11,7 +11,5 @@ public:
     std::unique_ptr<Camera> createCamera(const CameraDevice& device) override;
 };
 
-/// Writes what may explain a missing camera picture to the log: the version of Qt, the
-/// folders of its multimedia plug-ins with their content, and each camera with its formats. Any thread, once the
-/// user-interface thread has asked the system for its cameras.
+/// Logs the version of Qt, its multimedia plug-ins, and each camera with its formats. Any thread, as devices().
 void writeCameraDiagnostics(const CameraSystem& cameras);

@@ -63,12 +63,12 @@ SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* p
     setWindowFlags(Qt::WindowFlags::fromInt(kWindowFlags));
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_NoSystemBackground);
-    // A helper of the program's: neither does it keep the program running, nor does its end end the program.
+    // Closing the window must not end the program.
     setAttribute(Qt::WA_QuitOnClose, false);
     setMinimumSize(kMinimumSize);
     buildContent();
     platform::prepareAsOverlay(*this);
-    // Makes the native window, where the system did not need it so far.
+    // Creates the native window.
     winId();
     windowHandle()->installEventFilter(this);
     connectSession();
@@ -103,7 +103,6 @@ void SCCameraWindow::buildContent()
     m_loadingLabel = new QLabel(this);
     m_loadingLabel->setAlignment(Qt::AlignCenter);
     m_loadingLabel->setStyleSheet(kLabelStyle);
-    // The mouse goes through it to the layer below.
     m_loadingLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
     m_loadingLabel->hide();
 
@@ -140,7 +139,7 @@ void SCCameraWindow::startDeviceTimer(int intervalMs)
 void SCCameraWindow::show()
 {
     QWidget::show();
-    placeOnScreen();
+    moveToStartPosition();
     m_loadingLabel->setGeometry(rect());
     m_loadingLabel->show();
     m_loadingLabel->raise();
@@ -152,7 +151,7 @@ void SCCameraWindow::show()
     runDiagnostics();
 }
 
-void SCCameraWindow::placeOnScreen()
+void SCCameraWindow::moveToStartPosition()
 {
     if (m_startGeometry.isValid()) {
         setGeometry(m_startGeometry);
@@ -168,7 +167,7 @@ void SCCameraWindow::placeOnScreen()
 
 void SCCameraWindow::runDiagnostics()
 {
-    // The watcher goes with the window, the job goes on without it.
+    // The job may outlive the window.
     auto* const watcher = new QFutureWatcher<void>(this);
     connect(watcher, &QFutureWatcher<void>::finished, this, &SCCameraWindow::followUpDiagnostics);
     connect(watcher, &QFutureWatcher<void>::finished, watcher, &QObject::deleteLater);
@@ -192,11 +191,11 @@ void SCCameraWindow::fitToAspect(float aspect)
 
 void SCCameraWindow::scheduleRefresh(int delayMs)
 {
-    QTimer::singleShot(delayMs, this, &SCCameraWindow::refreshPicture);
+    QTimer::singleShot(delayMs, this, &SCCameraWindow::refreshVideo);
 }
 
-/// There are video surfaces that paint nothing until their size changes.
-void SCCameraWindow::refreshPicture()
+/// Some video surfaces paint nothing until their size changes.
+void SCCameraWindow::refreshVideo()
 {
     const QSize size = m_videoWidget->size();
     m_videoWidget->resize(size.width() + 1, size.height());
@@ -207,8 +206,8 @@ void SCCameraWindow::refreshPicture()
     SCLogger::info(QStringLiteral("Forced video widget update (size: %1x%2)").arg(size.width()).arg(size.height()));
 }
 
-/// Closes the window without its native one, which the toolkit would destroy: the video surface in it does not outlive
-/// that, and would show nothing when the window is shown again.
+/// Closes the window without the native one. Qt would destroy that together with the video surface, which would show
+/// nothing from then on.
 bool SCCameraWindow::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched != windowHandle() || event->type() != QEvent::Close)
@@ -261,7 +260,7 @@ void SCCameraWindow::mousePressEvent(QMouseEvent* event)
 
 void SCCameraWindow::mouseMoveEvent(QMouseEvent* event)
 {
-    showCursorAt(event->position().toPoint());
+    updateCursor(event->position().toPoint());
     if (!m_pressing || !(event->buttons() & Qt::LeftButton))
         return;
     const QPoint delta = event->globalPosition().toPoint() - m_pressPoint;
@@ -276,14 +275,14 @@ void SCCameraWindow::mouseReleaseEvent(QMouseEvent* event)
         return;
     m_pressing = false;
     m_resizeEdge = HitArea::None;
-    showCursorAt(event->position().toPoint());
+    updateCursor(event->position().toPoint());
     event->accept();
 }
 
-void SCCameraWindow::showCursorAt(const QPoint& place)
+void SCCameraWindow::updateCursor(const QPoint& position)
 {
-    const HitArea area = framegeometry::hitAreaAt(place, size());
-    // Over a picture the arrow says enough.
+    const HitArea area = framegeometry::hitAreaAt(position, size());
+    // Moving shows the arrow.
     setCursor(area == HitArea::Move ? Qt::ArrowCursor : framegeometry::cursorOf(area));
 }
 
@@ -297,7 +296,7 @@ void SCCameraWindow::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
     reportGeometry();
-    // What catches the mouse stays over the picture.
+    // The layer that catches the mouse stays over the video.
     const QList<QWidget*> children = findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
     for (QWidget* const child : children) {
         if (child != m_videoWidget && child != m_loadingLabel)

@@ -14,30 +14,27 @@ class QLabel;
 class QTimer;
 class QVideoWidget;
 
-/// The times of the webcam window; the defaults are the program's. Tests shorten what they wait for.
+/// Tests shorten them.
 struct CameraTimings
 {
-    /// Between two checks for cameras that were plugged in or out.
+    /// Between two checks for cameras.
     int deviceCheckMs = 2000;
-    /// The same where the timer had to be made again.
+    /// The same for a timer that had to be created again.
     int lateDeviceCheckMs = 5000;
-    // Until the video widget is made to paint again: after the diagnostics, the show event and the camera's start.
+    // From the diagnostics, the show event and the camera's start to a forced repaint of the video.
     int refreshAfterShowMs = 200;
     int refreshAfterShowEventMs = 100;
     int refreshAfterStartMs = 200;
 };
 
-/// The webcam's picture, floating above the desktop so that it is recorded with it: a small frameless window that the
-/// user moves by dragging, and resizes by its edges and corners at the camera's ratio.
-///
-/// A hidden window's camera may come back to life; close() releases it. All coordinates are logical pixels of the
-/// desktop.
+/// The webcam's video in a small frameless window above the desktop, which the user moves, and resizes at the camera's
+/// aspect ratio. A hidden window's camera may be activated again; close() releases it. Logical pixels of the desktop.
 class SCCameraWindow : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// Over the machine's own cameras.
+    /// With the machine's cameras.
     explicit SCCameraWindow(QWidget* parent = nullptr);
     explicit SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* parent = nullptr,
                             const CameraTimings& timings = CameraTimings());
@@ -46,15 +43,14 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 public slots:
-    /// Shows the window in the lower right corner of the primary screen or, once the user has dragged it, where the
-    /// last drag began.
+    /// In the lower right corner of the primary screen or, once dragged, where the last drag began.
     void show();
 
-    /// Opens that camera of the list as the system gave it last; an index that is not in it is logged and ignored.
+    /// Opens that camera of the system's list.
     void onCameraSelected(int index) { m_session.open(index); }
 
 signals:
-    /// The window was moved or resized. The second corner is one past the last pixel, right and below.
+    /// bottomRight is one past the last pixel.
     void windowGeometryChanged(QPoint topLeft, QPoint bottomRight);
 
 protected:
@@ -75,15 +71,15 @@ private:
     void startDeviceTimer(int intervalMs);
     void retranslate();
     void reportGeometry();
-    void placeOnScreen();
-    void showCursorAt(const QPoint& place);
+    void moveToStartPosition();
+    void updateCursor(const QPoint& position);
     void runDiagnostics();
     void followUpDiagnostics();
     void scheduleRefresh(int delayMs);
-    void refreshPicture();
+    void refreshVideo();
     void fitToAspect(float aspect);
 
-    /// Shared with the job that writes about the cameras, which may outlive the window.
+    /// Shared with the job of the diagnostics, which may outlive the window.
     std::shared_ptr<CameraSystem> m_system;
     const CameraTimings m_timings;
     /// Where the pointer went down, globally.
@@ -96,6 +92,5 @@ private:
     CameraSession m_session;
     QPointer<QTimer> m_deviceTimer;
     QLabel* m_loadingLabel = nullptr;
-    /// Whether the picture, if any, is that of the system's default camera.
     bool m_usesFallback = false;
 };

@@ -114,7 +114,7 @@ void SCSwitchWidget::mouseReleaseEvent(QMouseEvent* event)
         QWidget::mouseReleaseEvent(event);
         return;
     }
-    // Wherever the release is: who pressed the switch meant it.
+    // Also outside the switch.
     toggle();
     event->accept();
 }

@@ -5,8 +5,7 @@
 
 class QPropertyAnimation;
 
-/// A small animated on/off toggle: a rounded track whose colour blends from inactive to active, and a round knob that
-/// slides from left to right in 150 ms. A left click or the space bar toggles it.
+/// A small animated on/off switch. A left click or the space bar toggles it.
 class SCSwitchWidget : public QWidget
 {
     Q_OBJECT
@@ -22,7 +21,7 @@ public:
     bool isChecked() const { return m_checked; }
     void setChecked(bool checked);
 
-    /// Where the knob is: 0.0 at the left (off) to 1.0 at the right (on). Moved by the animation.
+    /// Of the knob: 0.0 at the left (off) to 1.0 at the right (on).
     double position() const { return m_position; }
     void setPosition(double position);
 
@@ -35,7 +34,6 @@ public:
     QSize sizeHint() const override;
 
 signals:
-    /// The state changed, by the user or by setChecked().
     void checkedChanged(bool checked);
 
 protected:

@@ -34,7 +34,7 @@ int rounded(double value)
     return static_cast<int>(std::lround(value));
 }
 
-/// Where the toolkit's coordinates and those of the system meet: each screen's top-left corner is the same in both.
+/// A screen's top-left corner is the same in logical and physical pixels.
 QRect physicalGeometry(const QScreen& screen)
 {
     const QSizeF size = QSizeF(screen.geometry().size()) * screen.devicePixelRatio();
@@ -89,7 +89,7 @@ void WindowHighlighter::installHook()
     if (error == 0)
         return;
     messagebox::critical(nullptr, tr("Error"), tr("Failed to install mouse hook (Error: %1)").arg(error));
-    // Posted: before the event loop runs there is nothing yet that could be told to quit.
+    // Posted, because quit() has no effect before the event loop runs.
     QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
 }
 
@@ -132,7 +132,7 @@ void WindowHighlighter::onClick(platform::MouseHook::Event event, const QPoint& 
     if (!rect)
         return;
     emit windowClicked(*rect);
-    // Not within the hook: the whole desktop would wait for the menu, and the system drops hooks that hold it up.
+    // Not within the hook: the desktop would wait for the menu, and the system removes slow hooks.
     if (event == platform::MouseHook::Event::RightPress)
         QMetaObject::invokeMethod(
             this, [this, position] { openMenu(position); }, Qt::QueuedConnection);
@@ -140,7 +140,6 @@ void WindowHighlighter::onClick(platform::MouseHook::Event event, const QPoint& 
 
 void WindowHighlighter::onTimer()
 {
-    // Before the mouse has moved there is nothing to frame, and nothing that could have gone.
     if (isVisible() && m_hoveredWindow != 0)
         reposition();
 }
@@ -154,16 +153,16 @@ void WindowHighlighter::reposition()
     const std::optional<QRect> rect = m_desktop->rectOf(m_hoveredWindow);
     if (!rect)
         return;
-    const QRect place = logicalRectOnItsScreen(*rect);
-    const bool isResized = place.size() != size();
-    setGeometry(place);
+    const QRect position = logicalRectOnItsScreen(*rect);
+    const bool isResized = position.size() != size();
+    setGeometry(position);
     if (isResized)
         cutOut();
     if (!isVisible())
         setVisible(true);
 }
 
-/// What is see-through but not mixed with the desktop would be black.
+/// Without a compositor transparent pixels would be black.
 void WindowHighlighter::cutOut()
 {
     if (platform::isCompositing())
@@ -176,7 +175,7 @@ void WindowHighlighter::cutOut()
 
 void WindowHighlighter::openMenu(const QPoint& position)
 {
-    // The window below has the mouse until the button is let go, and the menu would not get it.
+    // The window below has the mouse until the release, and the menu could not grab it.
     if (m_desktop->isMouseButtonDown()) {
         QTimer::singleShot(kButtonPollMs, this, [this, position] { openMenu(position); });
         return;
