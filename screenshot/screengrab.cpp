@@ -17,7 +17,7 @@
 
 namespace {
 
-/// What was below the border is painted again by its owner, and a compositor shows that with its next picture.
+/// For the windows below to repaint what the border covered, and a compositor's next frame.
 constexpr qint64 kRepaintMs = 100;
 /// Compositors let windows fade out, and draw shadows around them.
 constexpr qint64 kFadeMs = 400;
@@ -56,7 +56,7 @@ QRect withShadow(const QWidget& window)
     return window.geometry().adjusted(-kShadowPx, -kShadowPx, kShadowPx, kShadowPx);
 }
 
-/// The part in physical pixels. Each edge is rounded for itself, so that areas side by side stay so.
+/// The part in physical pixels. Each edge is rounded by itself, and adjacent areas stay adjacent.
 QRect physical(const QRect& part, double devicePixelRatio)
 {
     const auto pixel = [devicePixelRatio](int edge) { return static_cast<int>(std::lround(edge * devicePixelRatio)); };
@@ -72,7 +72,7 @@ QPixmap grabOfScreen(QScreen& screen, const QRect& onDesktop)
     const bool isWhole = ratio == std::floor(ratio);
     if (isWhole || !screen.geometry().contains(onDesktop))
         return screen.grabWindow(0, part.x(), part.y(), part.width(), part.height());
-    // The logical size of such a screen is rounded: counted from it, a part may end a pixel beyond the screen.
+    // The logical size of such a screen is rounded, and a part at its edge may end a pixel beyond the screen.
     const QPixmap all = screen.grabWindow(0);
     return all.copy(physical(part, ratio) & QRect(QPoint(), all.size()));
 }

@@ -13,7 +13,7 @@ class QWidget;
 class ScreenGrab
 {
 public:
-    /// Grabs a rectangle of the desktop (logical pixels) from a screen, in physical pixels. Null on failure.
+    /// Grabs a rectangle of the desktop in logical pixels. Null on failure.
     using Grabber = std::function<QPixmap(QScreen& screen, const QRect& onDesktop)>;
 
     /// Excludes frame and tool bar from captures where the system can. Both outlive this.
@@ -21,13 +21,11 @@ public:
 
     void setGrabber(Grabber grabber) { m_grabber = std::move(grabber); }
 
-    /// Whether the system leaves frame and tool bar out of every grab, and with the frame what is drawn on it.
+    /// Whether the system leaves frame, strokes and tool bar out of every grab.
     bool isExcluded() const { return m_isExcluded; }
 
-    /// Hides the tool bar and tool tips over the frame, and waits until they and the border, which the frame does not
-    /// paint meanwhile, are off the screen; at most a second. Processes events other than the user's.
-    ///
-    /// @param isCompositing whether windows may fade out
+    /// Hides tool bar and tool tips over the frame, and waits a second at most until they and the border, which the
+    /// frame no longer paints, are off the screen. Processes events other than the user's.
     void clearView(bool isCompositing);
 
     /// What is under the frame; null on failure.

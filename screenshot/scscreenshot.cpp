@@ -11,7 +11,6 @@
 
 namespace {
 
-/// Without a mark for the half of the day, "hh" counts to 23.
 const auto kTimePattern = QStringLiteral("yyyy-MM-dd_hh-mm-ss");
 constexpr int kEncodersDefaultQuality = -1;
 
@@ -21,14 +20,14 @@ void makeFolder(const QDir& folder)
         folder.mkpath(QStringLiteral("."));
 }
 
-/// All of it or nothing: a disk that fills leaves no half of a picture, nor takes an older one away.
+/// On a full disk an older image stays.
 bool write(const QPixmap& pixmap, const QString& path, const QByteArray& encoder)
 {
     QSaveFile file(path);
     file.setDirectWriteFallback(true);
     if (!file.open(QIODevice::WriteOnly) || !pixmap.save(&file, encoder.constData(), kEncodersDefaultQuality))
         return false;
-    // The commit by itself would notice neither that the buffer cannot be written out nor that the disk refuses it.
+    // commit() alone reports neither a failing flush nor a failing disk.
     return file.flush() && platform::syncToDisk(file.handle()) && file.commit();
 }
 
@@ -59,7 +58,7 @@ QString SCScreenshot::generateFileName() const
 
 bool SCScreenshot::saveScreenshot(const QPixmap& pixmap, const QString& path)
 {
-    // The folder may have been chosen anew since the last shot.
+    // The setting may have changed.
     readSaveLocation();
     if (pixmap.isNull()) {
         emit error(tr("Cannot save empty screenshot"));

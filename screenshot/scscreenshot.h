@@ -8,37 +8,33 @@
 
 class QSettings;
 
-/// Turns a grabbed picture into a file: folder and format come from the settings, the name from the clock. It shows
-/// nothing; what went wrong is told by error(). User-interface thread.
+/// Saves images with folder and format from the settings and the time as name. User-interface thread.
 class SCScreenshot : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Makes the folder of the settings if it is not there.
+    /// Creates the folder of the settings.
     explicit SCScreenshot(QObject* parent = nullptr);
     ~SCScreenshot() override;
 
-    /// "Screenshot_", the local date and time to the second, and the format as extension: no folder. Two shots within a
-    /// second get the same name, and the later one stays.
+    /// "Screenshot_", the local time to the second, and the format as extension; no folder. A later screenshot of the
+    /// same second replaces the earlier one.
     QString generateFileName() const;
 
-    /// Writes the picture in the format of the settings, whatever the path's extension is; returns when it is written.
+    /// Writes the image in the format of the settings, whatever the path's extension, and creates missing folders.
     ///
-    /// @param path where to; when empty, the folder of the settings and a generated name. Missing folders are made.
-    /// @return whether the file was written; else error() has told why.
+    /// @param path when empty, the folder of the settings and a generated name
+    /// @return false when error() has been emitted
     bool saveScreenshot(const QPixmap& pixmap, const QString& path);
 
-    /// The full path of the last file written; empty before the first one.
+    /// The full path of the last file written.
     QString lastSavedPath() const { return m_lastSavedPath; }
 
 signals:
-    /// For listeners that want the picture itself.
     void screenshotCaptured(QPixmap screenshot);
-
     void screenshotSaved(QString path);
-
-    /// Nothing was written; the text is for the user.
+    /// Nothing was written. Translated.
     void error(QString errorMessage);
 
 private:

@@ -179,38 +179,38 @@ void SCScreenshotWindow::saveScreenshot()
     updateOpening();
     repaint();
     m_grab->clearView(isCompositing());
-    // A hotkey may have begun something else meanwhile, which is not to be disturbed by a shot.
+    // A hotkey may have started something else.
     if (wasShown && !isVisible())
         return;
-    const QPixmap picture = grab();
-    const bool isSaved = !picture.isNull() && m_screenshot.saveScreenshot(picture, QString());
+    const QPixmap image = grab();
+    const bool isSaved = !image.isNull() && m_screenshot.saveScreenshot(image, QString());
     m_capturing = false;
     if (isSaved) {
         hide();
         emit screenshotSaved(m_screenshot.lastSavedPath());
         return;
     }
-    comeBack();
+    restore();
 }
 
-void SCScreenshotWindow::comeBack()
+void SCScreenshotWindow::restore()
 {
     updateOpening();
     update();
     positionToolBar();
-    // Whoever told the user what went wrong had the keyboard.
+    // The box that reported the failure had the keyboard.
     activateWindow();
 }
 
 QPixmap SCScreenshotWindow::grab() const
 {
-    QPixmap picture = m_grab->grab();
-    if (m_grab->isExcluded() && isDrawMode() && !picture.isNull()) {
-        QPainter painter(&picture);
+    QPixmap image = m_grab->grab();
+    if (m_grab->isExcluded() && isDrawMode() && !image.isNull()) {
+        QPainter painter(&image);
         painter.setRenderHint(QPainter::Antialiasing);
         strokes().paint(painter);
     }
-    return picture;
+    return image;
 }
 
 int SCScreenshotWindow::borderDepthPx() const

@@ -7,43 +7,37 @@
 
 class SCScreenshot;
 
-/// The frame over the part of the desktop that becomes a screenshot: its own geometry is what is grabbed, in physical
-/// pixels. The user captures with the tool bar or the enter key. What is drawn stays until it is cleared, also while
-/// the frame is hidden.
+/// The frame over the part of the desktop that becomes a screenshot: the frame's geometry, in physical pixels. Strokes
+/// stay until they are cleared, also while the frame is hidden.
 class SCScreenshotWindow : public OverlayFrame
 {
     Q_OBJECT
 
 public:
-    /// @param screenshot saves what is captured; must outlive the window.
+    /// @param screenshot saves the image; outlives the window.
     explicit SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent = nullptr);
     ~SCScreenshotWindow() override;
 
     /// Replaces the system's grab. For tests.
     void setGrabber(ScreenGrab::Grabber grabber) { m_grab->setGrabber(std::move(grabber)); }
 
-    /// Whether a shot is being taken: what is shown over the desktop meanwhile would get into it.
+    /// Other windows of the program would get into the image meanwhile.
     bool isCapturing() const { return m_capturing; }
 
 public slots:
-    /// Gives the frame the keyboard, too.
+    /// Activates the frame, too.
     void show();
 
-    /// Grabs the screen under the frame, without frame and tool bar and with what was drawn, and has it saved. On
-    /// success the frame is hidden and screenshotSaved() tells the file; otherwise it stays. It runs events other than
-    /// the user's meanwhile; a frame that they hide takes no shot.
+    /// Grabs what is under the frame, with the strokes, and saves it. On success the frame is hidden and
+    /// screenshotSaved() emitted. Processes events other than the user's; a frame that they hide takes no screenshot.
     void saveScreenshot();
 
-    /// Gives the shot up: tells it and hides the frame.
     void cancelScreenshot();
-
-    /// Takes the pen up, or puts it down.
+    /// Toggles the pen.
     void drawOnScreenshot();
-
-    /// Removes all that was drawn; the pen stays as it is.
     void clearDraw() { clearStrokes(); }
 
-    /// Whether the frame is a whole screen's, whose tool bar stands inside it; for the next show().
+    /// The tool bar of a full-screen frame is inside it. Applies to the next show().
     void setFullScreen(bool fullScreen) { m_fullScreen = fullScreen; }
 
 signals:
@@ -70,7 +64,7 @@ private:
     QPoint toolBarPosition() const;
 
     QPixmap grab() const;
-    void comeBack();
+    void restore();
 
     void paintBorder(QPainter& painter) const;
 
@@ -79,7 +73,7 @@ private:
     QPushButton* m_drawButton = nullptr;
     QPushButton* m_clearButton = nullptr;
     bool m_fullScreen = false;
-    /// A grab is in progress: what is not to be in the picture is not painted.
+    /// The border is not painted.
     bool m_capturing = false;
     /// A dialog is open, which may lie below the frame.
     bool m_isBlocked = false;
