@@ -19,8 +19,7 @@ constexpr QColor kSeparator(0x22, 0x22, 0x22);
 constexpr int kFolderIconSide = 18;
 constexpr int kDeleteIconSide = 16;
 
-/// The icon's shape in the colour of all icons, for a painter of that many physical pixels to a logical one. Null where
-/// the system cannot read the icon's format.
+/// Null where the system cannot read the icon's format.
 QPixmap tintedIcon(const char* name, int side, qreal devicePixelRatio)
 {
     QPixmap pixmap = icons::named(QLatin1String(name)).pixmap(QSize(side, side), devicePixelRatio);
@@ -82,7 +81,7 @@ void SCFileManager::FileItemDelegate::paint(QPainter* painter, const QStyleOptio
         drawIcon(*painter, folderRect(row), "folder");
         drawIcon(*painter, deleteRect(row), "delete");
     }
-    // A line of the pen would leave a seam of the row below it at odd scales.
+    // A line drawn with the pen would leave a seam at fractional scales.
     painter->fillRect(QRect(row.bottomLeft(), QSize(row.width(), 1)), kSeparator);
     painter->restore();
 }

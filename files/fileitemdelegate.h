@@ -4,8 +4,7 @@
 
 #include <QStyledItemDelegate>
 
-/// Paints the rows of the file list: the name and, on the row below the pointer, a folder and a delete icon. Logical
-/// pixels, in the coordinates of the row's rectangle.
+/// Paints the rows of the file list: the name and, below the pointer, a folder and a delete icon. Logical pixels.
 class SCFileManager::FileItemDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
@@ -15,17 +14,14 @@ public:
 
     explicit FileItemDelegate(QObject* parent = nullptr);
 
-    /// The file's name; it ends where the icons begin, shown or not.
     static QRect textRect(const QRect& row);
-    /// "Show in Folder".
     static QRect folderRect(const QRect& row);
-    /// "Delete".
     static QRect deleteRect(const QRect& row);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
-    /// Shows what an icon does while the pointer rests on it.
+    /// Shows the tool tips of the icons.
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override;
 };

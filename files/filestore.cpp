@@ -30,8 +30,7 @@ const auto kPropertiesKey = QStringLiteral("properties");
 const auto kType = QStringLiteral("type");
 const auto kDateAdded = QStringLiteral("dateAdded");
 
-/// More than a million records: nothing that the program has written is as large, and reading it would keep the program
-/// from starting.
+/// More than a million records. Reading more would keep the program from starting.
 constexpr qint64 kMaxBytes = qint64{256} * 1024 * 1024;
 
 /// For algorithms. A record without a type has the empty one.
@@ -54,8 +53,8 @@ QJsonObject toObject(const FileRecord& record)
     return {{kPathKey, record.filepath}, {kPropertiesKey, properties}};
 }
 
-/// What QSaveFile writes to before it takes the place of the file: the file's name, a dot and six letters at random. A
-/// name that a human has given (".backup", ".Backup") is not taken for one.
+/// QSaveFile's temporary files have the file's name, a dot and six random letters. Names that people give (".backup",
+/// ".Backup") do not count.
 bool isUnfinishedSave(const QString& name)
 {
     const QString tail = name.mid(kFileName.size() + 1);
@@ -65,8 +64,7 @@ bool isUnfinishedSave(const QString& name)
     return lettersOnly && tail != tail.toUpper() && std::any_of(tail.begin() + 1, tail.end(), isUpper);
 }
 
-/// Left behind where the process or the machine died during a save. One that is young may be another session's, at
-/// work.
+/// Files of saves that were killed. A young file may belong to another session.
 void removeUnfinishedSaves(const QDir& folder)
 {
     const QDateTime old = QDateTime::currentDateTime().addDuration(-1min);
@@ -77,7 +75,7 @@ void removeUnfinishedSaves(const QDir& folder)
     }
 }
 
-/// The file's text; null when it is too large or cannot be read to its end.
+/// Null when the file is too large or a read fails.
 QByteArray contents(QFile& file)
 {
     if (file.size() > kMaxBytes)
@@ -162,7 +160,7 @@ QJsonArray FileStore::parse(const QByteArray& text, bool isEmpty)
 {
     QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(text, &error);
-    // An empty file holds nothing to keep.
+    // An empty file is not worth keeping.
     m_isForeign = !document.isArray() && !isEmpty;
     if (m_isForeign)
         SCLogger::warning(QStringLiteral("The list of files cannot be read and starts empty (%1): %2")
@@ -188,13 +186,13 @@ bool FileStore::write(const QJsonArray& elements)
         m_errorText = file.errorString();
         return false;
     }
-    // The commit by itself would notice neither that the buffer cannot be written out nor that the disk refuses it.
+    // commit() alone reports neither a failing flush nor a failing disk.
     const bool written = file.write(text) == text.size() && file.flush() && platform::syncToDisk(file.handle());
     if (!written) {
         m_errorText = file.error() != QFileDevice::NoError ? file.errorString() : QStringLiteral("the disk refuses it");
         return false;
     }
-    // Only for a list that is wholly written is the other file moved.
+    // The new list is complete.
     if (m_isForeign && !renameForeignFile()) {
         m_errorText = QStringLiteral("the unreadable list that stands there cannot be set aside");
         return false;

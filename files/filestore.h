@@ -10,47 +10,43 @@ class QJsonArray;
 /// A file that the program has produced.
 struct FileRecord
 {
-    /// Absolute path, as the file was produced: the record's identity, compared exactly.
+    /// Absolute; the record's identity, compared exactly.
     QString filepath;
-    /// Open-ended. "type" is "video", "audio" or "screenshot"; "dateAdded" is the local time as Qt::ISODate.
+    /// "type" is "video", "audio" or "screenshot", "dateAdded" the local time as Qt::ISODate. Others are kept.
     QVariantMap properties;
 
     bool operator==(const FileRecord&) const = default;
 };
 
-/// The records of all files that the program has produced, and "file_data.json" in the application-data folder, which
-/// keeps them: a JSON array with one object for each record, in order. A file may have several records.
+/// The records, and "file_data.json" in the application-data folder, which keeps them as a JSON array. A path may have
+/// several records.
 ///
-/// Whatever happens to the process or the disk during a save, the file holds the old list or the new one. Something
-/// else under its name (a damaged list, another program's file) is renamed before the first save.
+/// If the process or the disk fails during a save, the file holds the old list or the new one. A damaged list, or
+/// another program's file of that name, is renamed before the first save.
 class FileStore
 {
 public:
-    /// Absolute path of the file.
     static QString path();
 
     const QList<FileRecord>& records() const { return m_records; }
     QList<FileRecord> ofType(const QString& type) const;
     qsizetype count(const QString& type) const;
 
-    /// Puts a record with the present time in front of the others.
+    /// Prepends a record with the present time.
     void add(const QString& path, const QString& type);
 
-    /// Removes the first record of each path, once for each time that it is listed. Returns whether there was any.
+    /// Removes one record for each entry of paths, the first of its path. False when there was none.
     bool remove(const QStringList& paths);
 
     void reverse();
 
-    /// Replaces the records by what the file holds. Records whose files are gone are dropped, also from the file.
+    /// Reads the file. Records of files that are gone are dropped, also from the file. What is no list reads as empty.
     ///
-    /// @return false when the file cannot be opened, or not be rewritten. Anything that is no list reads as an empty
-    ///         one.
+    /// @return false when the file cannot be opened or rewritten
     bool load();
 
-    /// Writes the records. On failure the file stays as it was, and errorText() has the reason.
     bool save();
-
-    /// Why the last save() failed, for log and user; empty when it did not.
+    /// Why the last save() failed; empty when it did not.
     const QString& errorText() const { return m_errorText; }
 
 private:
@@ -59,7 +55,6 @@ private:
     bool renameForeignFile();
 
     QList<FileRecord> m_records;
-    /// The file is not a list of records.
     bool m_isForeign = false;
     QString m_errorText;
 };

@@ -32,8 +32,7 @@ QString pathOf(const QModelIndex& index)
     return index.data(SCFileManager::kPathRole).toString();
 }
 
-/// Everything about the view that does not depend on what it shows.
-void dress(QAbstractItemView& view)
+void prepare(QAbstractItemView& view)
 {
     view.setMouseTracking(true);
     view.setFocusPolicy(Qt::NoFocus);
@@ -46,24 +45,24 @@ void dress(QAbstractItemView& view)
     view.setSelectionBehavior(QAbstractItemView::SelectRows);
 }
 
-/// An event on the view itself counts in the viewport's coordinates as well.
 QPoint inViewport(const QAbstractItemView& view, const QMouseEvent& event)
 {
     return view.viewport()->mapFromGlobal(event.globalPosition().toPoint());
 }
 
-bool isPointers(QEvent::Type type)
+bool isMouseEvent(QEvent::Type type)
 {
     return type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick || type == QEvent::MouseMove ||
            type == QEvent::MouseButtonRelease;
 }
 
-bool isOnIcon(const QAbstractItemView& view, const QPoint& place)
+bool isOnIcon(const QAbstractItemView& view, const QPoint& position)
 {
-    const QModelIndex index = view.indexAt(place);
+    const QModelIndex index = view.indexAt(position);
     const QRect row = view.visualRect(index);
     using Delegate = SCFileManager::FileItemDelegate;
-    return index.isValid() && (Delegate::folderRect(row).contains(place) || Delegate::deleteRect(row).contains(place));
+    return index.isValid() &&
+           (Delegate::folderRect(row).contains(position) || Delegate::deleteRect(row).contains(position));
 }
 
 } // namespace
@@ -76,7 +75,7 @@ SCFileManager::SCFileManager(QObject* parent)
 
 SCFileManager::~SCFileManager()
 {
-    // Whoever listened is going as well.
+    // The receivers are being destroyed as well.
     blockSignals(true);
     save();
 }
@@ -131,11 +130,11 @@ void SCFileManager::setupView(QAbstractItemView* view, const QString& filter)
     const QList<FileRecord> shown = filter.isEmpty() ? files() : filesByType(filter);
     view->setModel(m_model);
     view->setItemDelegate(m_delegate);
-    dress(*view);
+    prepare(*view);
     view->viewport()->removeEventFilter(this);
     view->viewport()->installEventFilter(this);
     view->setProperty(kFilterProperty, filter);
-    // At once: a view lays itself out anew for every single one.
+    // All at once, because a view lays itself out for every insertion.
     QList<QStandardItem*> rows;
     rows.reserve(shown.size());
     for (const FileRecord& record : shown)
@@ -166,8 +165,8 @@ void SCFileManager::selectFile(int row)
 
 bool SCFileManager::eventFilter(QObject* watched, QEvent* event)
 {
-    // Events of its end come from a view that is none any more, and must not be taken for one.
-    if (!isPointers(event->type()))
+    // A view that is being destroyed sends events that are no mouse events.
+    if (!isMouseEvent(event->type()))
         return QObject::eventFilter(watched, event);
     const bool ofView = m_view != nullptr && (watched == m_view || watched == m_view->viewport());
     if (ofView && onPointer(*m_view, *static_cast<QMouseEvent*>(event)))
@@ -175,8 +174,7 @@ bool SCFileManager::eventFilter(QObject* watched, QEvent* event)
     return QObject::eventFilter(watched, event);
 }
 
-/// Whether the event is an icon's, and nobody else's business. All that follows a press on an icon is, until the button
-/// comes up: the view would go on with the press that it had before.
+/// Consumes a press on an icon and all that follows until the release; the view would continue its own last press.
 bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
 {
     if (event.type() == QEvent::MouseMove)
@@ -185,32 +183,32 @@ bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
         return false;
     if (event.type() == QEvent::MouseButtonRelease)
         return std::exchange(m_iconPressed, false);
-    const QPoint place = inViewport(view, event);
+    const QPoint position = inViewport(view, event);
     const bool press = event.type() == QEvent::MouseButtonPress;
-    const bool onIcon = press && isOnIcon(view, place);
-    // The release may come while the icon's box is open.
+    const bool onIcon = press && isOnIcon(view, position);
+    // Set first: the release may come while the icon's box is open.
     m_iconPressed = onIcon;
     if (onIcon)
-        onIconPressed(view, place);
+        onIconPressed(view, position);
     else if (!press)
-        onDoubleClicked(view, place);
+        onDoubleClicked(view, position);
     return onIcon;
 }
 
-void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& place)
+void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& position)
 {
-    const QModelIndex index = view.indexAt(place);
+    const QModelIndex index = view.indexAt(position);
     if (index.isValid())
         openFile(pathOf(index));
 }
 
-void SCFileManager::onIconPressed(QAbstractItemView& view, const QPoint& place)
+void SCFileManager::onIconPressed(QAbstractItemView& view, const QPoint& position)
 {
-    const QModelIndex index = view.indexAt(place);
+    const QModelIndex index = view.indexAt(position);
     const QString path = pathOf(index);
     if (path.isEmpty())
         return;
-    if (FileItemDelegate::folderRect(view.visualRect(index)).contains(place))
+    if (FileItemDelegate::folderRect(view.visualRect(index)).contains(position))
         platform::revealInFileManager(path);
     else
         deleteFile(view, index);
@@ -236,7 +234,7 @@ void SCFileManager::deleteFile(QAbstractItemView& view, const QPersistentModelIn
     if (!answer.confirmed)
         return;
     removeRecords({path}, answer.checked);
-    // The list may have been filled anew behind the box.
+    // The view may have been rebuilt while the box was open.
     if (row.isValid())
         m_model->removeRow(row.row());
     else if (m_view != nullptr)
