@@ -21,17 +21,17 @@ constexpr QSize kLogoSize(24, 24);
 
 QRect centredOn(const QRect& below, const QSize& size, const QRect& screen)
 {
-    QRect place(QPoint(), size);
-    place.moveCenter(below.center());
-    // Its title bar, with the close button, is what has to be within reach.
-    place.moveLeft(std::max(screen.left(), std::min(place.left(), screen.right() + 1 - size.width())));
-    place.moveTop(std::max(screen.top(), std::min(place.top(), screen.bottom() + 1 - size.height())));
-    return place;
+    QRect centred(QPoint(), size);
+    centred.moveCenter(below.center());
+    // The title bar with the close button stays within reach.
+    centred.moveLeft(std::max(screen.left(), std::min(centred.left(), screen.right() + 1 - size.width())));
+    centred.moveTop(std::max(screen.top(), std::min(centred.top(), screen.bottom() + 1 - size.height())));
+    return centred;
 }
 
 } // namespace
 
-platform::FramelessWindow& ready(QMainWindow& window, QLabel* logo, QAbstractButton* closeButton)
+platform::FramelessWindow& prepare(QMainWindow& window, QLabel* logo, QAbstractButton* closeButton)
 {
     auto* const frame = new platform::FramelessWindow(&window);
     frame->setSystemButton(platform::FramelessWindow::SystemButton::Close, closeButton);
@@ -50,8 +50,8 @@ void showOver(QMainWindow& window, const QWidget& below)
     window.setWindowModality(Qt::ApplicationModal);
     const QRect area = below.isMinimized() ? below.normalGeometry() : below.geometry();
     window.ensurePolished();
-    const QRect place = centredOn(area, window.sizeHint(), below.screen()->availableGeometry());
-    window.move(place.topLeft());
+    const QRect centred = centredOn(area, window.sizeHint(), below.screen()->availableGeometry());
+    window.move(centred.topLeft());
     window.show();
     window.raise();
     window.activateWindow();

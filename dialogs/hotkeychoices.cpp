@@ -33,9 +33,9 @@ void fill(QComboBox& box, const QString& own, const QString& other)
     box.clear();
     box.addItem(QCoreApplication::translate("SCSettingsWindow", kNone));
     box.addItems(availableFor(other));
-    const int place = isNone(own) ? -1 : box.findText(own, Qt::MatchFixedString);
-    if (place > 0)
-        box.setCurrentIndex(place);
+    const int index = isNone(own) ? -1 : box.findText(own, Qt::MatchFixedString);
+    if (index > 0)
+        box.setCurrentIndex(index);
 }
 
 QString chosen(const QComboBox& box)

@@ -4,13 +4,12 @@
 
 class QComboBox;
 
-/// The keys that can be chosen for one of the program's two hotkeys: "None" and "F1" to "F10", without the key of the
-/// other hotkey, so that both are never the same. "None" is shown translated and stored as it stands here.
+/// The keys for one of two hotkeys: "None", shown translated, and "F1" to "F10" without the key of the other hotkey.
 namespace hotkeychoices {
 
 inline constexpr char kNone[] = "None";
 
-/// Fills the box without its signals, and selects own where it is among the choices; else "None", which comes first.
+/// Fills the box without its signals and selects own, or "None".
 void fill(QComboBox& box, const QString& own, const QString& other);
 
 /// The chosen key as it is stored.

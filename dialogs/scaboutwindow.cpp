@@ -14,7 +14,7 @@
 SCAboutWindow::SCAboutWindow(QWidget* parent) : QMainWindow(parent), m_ui(std::make_unique<Ui::SCAboutWindow>())
 {
     m_ui->setupUi(this);
-    dialogwindow::ready(*this, nullptr, m_ui->closeBtn);
+    dialogwindow::prepare(*this, nullptr, m_ui->closeBtn);
     applyStyleSheetIfReadable(*this, QStringLiteral(":/res/style/about-window.qss"));
     const QIcon logo(QStringLiteral(":/res/forms/images/logo.svg"));
     m_ui->logoLabel->setPixmap(logo.pixmap(m_ui->logoLabel->minimumSize(), devicePixelRatioF()));

@@ -9,8 +9,7 @@ namespace Ui {
 class SCAboutWindow;
 }
 
-/// Says what the program is, in which version, and where more is to be learnt. Moved by its title bar. Shown with
-/// dialogwindow::showOver(). User-interface thread.
+/// Shown with dialogwindow::showOver(). User-interface thread.
 class SCAboutWindow : public QMainWindow
 {
     Q_OBJECT
@@ -22,7 +21,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private slots:
-    // Connected by their names when the form is set up.
+    // Connected by name.
     void on_closeBtn_clicked();
     void on_homeURLLabel_linkActivated(const QString& link);
 
@@ -31,6 +30,6 @@ private:
     bool onTitleBar(const QEvent& event);
 
     std::unique_ptr<Ui::SCAboutWindow> m_ui;
-    /// From the window's top-left corner to where the title bar was pressed.
+    /// Position of the press, from the window's top-left corner.
     QPoint m_grip;
 };

@@ -31,7 +31,7 @@ SCSettingsWindow::SCSettingsWindow(QWidget* parent)
     , m_settings(openSettings())
 {
     m_ui->setupUi(this);
-    dialogwindow::ready(*this, m_ui->logoLabel, m_ui->closeBtn).setTitleBar(m_ui->titleBar);
+    dialogwindow::prepare(*this, m_ui->logoLabel, m_ui->closeBtn).setTitleBar(m_ui->titleBar);
     setUpLook();
     setUpTabs();
     connectControls();
@@ -47,7 +47,7 @@ void SCSettingsWindow::setUpLook()
 {
     for (QComboBox* const box : {m_ui->recordingFormatComboBox, m_ui->screenshotFormatComboBox, m_ui->recordingComboBox,
                                  m_ui->screenshotComboBox})
-        readyComboBox(*box);
+        prepareComboBox(*box);
     fillFormats(*m_ui->recordingFormatComboBox, settingstables::recordingFormats());
     fillFormats(*m_ui->screenshotFormatComboBox, settingstables::screenshotFormats());
     QPushButton* const saveButton = m_ui->buttonBox->button(QDialogButtonBox::Save);
@@ -56,7 +56,7 @@ void SCSettingsWindow::setUpLook()
     cancelButton->setText(tr("Cancel"));
     saveButton->setObjectName(QStringLiteral("saveBtn"));
     for (QPushButton* const button : {saveButton, cancelButton}) {
-        // Some desktops put a picture of their own on it.
+        // Some desktops have icons for them.
         button->setIcon({});
     }
     // Last: it goes by the names.
@@ -65,7 +65,7 @@ void SCSettingsWindow::setUpLook()
 
 void SCSettingsWindow::setUpTabs()
 {
-    // A tab's id is its page's place in the stack, not its own in the row.
+    // The ids are indexes of pages; the tabs have another order.
     m_tabs->addButton(m_ui->recordingSettingsTab, 0);
     m_tabs->addButton(m_ui->screenshotSettingsTab, 1);
     m_tabs->addButton(m_ui->mouseSettingsTab, 2);

@@ -14,32 +14,27 @@ namespace Ui {
 class SCSettingsWindow;
 }
 
-/// Edits the formats, folders, hotkeys and pointer options that are stored. Save writes them all; a folder is written
-/// as soon as it is chosen, and stays when the rest is cancelled. Shown with dialogwindow::showOver(). User-interface
-/// thread.
+/// Edits formats, folders, hotkeys and pointer options. Save writes them; a folder is written when chosen, also before
+/// a cancel. Shown with dialogwindow::showOver(). User-interface thread.
 class SCSettingsWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    /// Shows what is stored.
-    ///
-    /// @throw std::out_of_range when a stored format is none of the program's. Nothing is changed then.
+    /// @throw std::out_of_range for an unknown format in the settings
     explicit SCSettingsWindow(QWidget* parent);
     ~SCSettingsWindow() override;
 
 signals:
-    /// Everything has been written.
     void updateSettings();
-
-    /// A folder has been chosen and written; what else was changed has not.
+    /// A folder has been written; other changes have not.
     void saveLocationChanged();
 
 private slots:
     void onTabChanged(int index);
     void onCloseClicked();
     void onButtonBoxClicked(QAbstractButton* button);
-    // Connected by their names when the form is set up.
+    // Connected by name.
     void on_changeRecordingFileLocationBtn_clicked();
     void on_changeScreenshotFileLocationBtn_clicked();
     void onRecordingHotkeyChanged(int index);

@@ -17,7 +17,7 @@ SCUpgradeWindow::SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo
     : QMainWindow(parent), m_ui(std::make_unique<Ui::SCUpgradeWindow>()), m_upgradeInfo(upgradeInfo)
 {
     m_ui->setupUi(this);
-    dialogwindow::ready(*this, m_ui->logoLabel, m_ui->closeBtn).setTitleBar(m_ui->titleBar);
+    dialogwindow::prepare(*this, m_ui->logoLabel, m_ui->closeBtn).setTitleBar(m_ui->titleBar);
     m_ui->upgradeInfoTextEdit->setTextInteractionFlags(Qt::NoTextInteraction);
     m_ui->upgradeInfoTextEdit->viewport()->setCursor(Qt::ArrowCursor);
     m_ui->upgradeInfoTextEdit->document()->setDocumentMargin(0);

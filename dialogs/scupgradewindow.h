@@ -14,11 +14,8 @@ namespace Ui {
 class SCUpgradeWindow;
 }
 
-/// Says whether there is a newer release, and which: a page that waits, one that is up to date, one with the release.
-/// It installs nothing; the release's page opens in the web browser. Shown with dialogwindow::showOver().
-/// User-interface thread.
-///
-/// A check that fails is shown as up to date. An answer that makes no sense leaves the page that waits.
+/// Shows the result of the update check. A failed check is shown as up to date; a malformed answer leaves the waiting
+/// page. Shown with dialogwindow::showOver(). User-interface thread.
 class SCUpgradeWindow : public QMainWindow
 {
     Q_OBJECT
@@ -31,20 +28,19 @@ public:
         NewVersion = 2
     };
 
-    /// @param upgradeInfo the document to show; empty to have the window ask the maker's server itself
-    /// @param timeLimitMs for what it asks
+    /// @param upgradeInfo the document to show; when empty, the window sends a request
     SCUpgradeWindow(QWidget* parent, const QJsonObject& upgradeInfo, int timeLimitMs = updatecheck::kTimeLimitMs);
     ~SCUpgradeWindow() override;
 
 signals:
-    /// A document has decided the page, so that the user is told. A check that failed tells nothing.
+    /// The user has been notified by a document, not by a failed check.
     void answered();
 
 protected:
     void changeEvent(QEvent* event) override;
 
 private slots:
-    // The first three are connected by their names when the form is set up.
+    // The first three are connected by name.
     void on_closeBtn_clicked();
     void on_laterBtn_clicked();
     void on_upgradeBtn_clicked();

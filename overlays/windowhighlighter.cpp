@@ -153,9 +153,9 @@ void WindowHighlighter::reposition()
     const std::optional<QRect> rect = m_desktop->rectOf(m_hoveredWindow);
     if (!rect)
         return;
-    const QRect position = logicalRectOnItsScreen(*rect);
-    const bool isResized = position.size() != size();
-    setGeometry(position);
+    const QRect logical = logicalRectOnItsScreen(*rect);
+    const bool isResized = logical.size() != size();
+    setGeometry(logical);
     if (isResized)
         cutOut();
     if (!isVisible())

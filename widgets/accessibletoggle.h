@@ -4,12 +4,9 @@
 
 class QWidget;
 
-/// Has assistive technology see every widget of a self-painted class as a control of the given role that is on or off.
-/// The class's boolean property says which, its space bar changes it, and its accessible name names it.
-///
-/// Every constructor of the class may call it; className and property must be literals. For the thread of the user
-/// interface.
+/// Exposes every widget of a self-painted class to assistive technology as a control that is on or off, by a boolean
+/// property, and is toggled by the space bar. className and property must be literals. User-interface thread.
 void registerAccessibleToggle(const char* className, QAccessible::Role role, const char* property);
 
-/// Tells assistive technology that the widget has been switched on or off.
+/// Notifies assistive technology of a change.
 void announceToggled(QWidget& widget);

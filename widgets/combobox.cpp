@@ -21,9 +21,9 @@ public:
 
 } // namespace
 
-void readyComboBox(QComboBox& box)
+void prepareComboBox(QComboBox& box)
 {
-    // The style sheet draws the entries with it; the box's own delegate ignores that.
+    // The box's own delegate ignores the style sheet.
     box.setItemDelegate(new QStyledItemDelegate(&box));
     new WheelGuard(&box);
 }

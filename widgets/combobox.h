@@ -2,6 +2,5 @@
 
 class QComboBox;
 
-/// Readies a form's box for the program's style sheets, which draw its entries, and keeps the mouse wheel, which is
-/// turned to scroll, from choosing in it.
-void readyComboBox(QComboBox& box);
+/// Lets the program's style sheets draw the entries of a form's box, and keeps the mouse wheel from choosing in it.
+void prepareComboBox(QComboBox& box);

@@ -2,16 +2,11 @@
 
 class QString;
 
-/// Opens a file with the program that the system has for its kind, a folder with its file manager. A warning in the log
-/// says when the system could not. User-interface thread.
+/// Opens a file or folder with the system's program for it; failures are logged. User-interface thread.
 ///
-/// @param path absolute; of any length.
-/// @return whether the system was asked to open it and could.
+/// @param path absolute; of any length
 bool openFile(const QString& path);
 
-/// Opens a page in the user's web browser. An address that is not a full one of the web (http or https, with a host) is
-/// not opened, since the system would take it for a file, a program or a command; a warning in the log says so.
-/// User-interface thread.
-///
-/// @return whether the system was asked to open it and could
+/// Opens a page in the web browser; failures are logged. Refuses anything but http and https with a host, which the
+/// system would take for a file, a program or a command. User-interface thread.
 bool openWebPage(const QString& address);

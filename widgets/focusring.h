@@ -3,14 +3,13 @@
 #include <QList>
 #include <QWidget>
 
-/// A ring around whichever of some widgets has the keyboard focus, for widgets whose own painting leaves no room for
-/// one. It lies over the window that it belongs to and takes no mouse.
+/// A ring around the one of some widgets that has the keyboard focus, where their own painting leaves no room for it.
 class FocusRing : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// The widgets are in window, and outlive the ring.
+    /// The widgets are in window and outlive the ring.
     FocusRing(QWidget* window, const QList<QWidget*>& widgets);
     ~FocusRing() override;
 
@@ -21,6 +20,5 @@ protected:
 private:
     void surround(const QWidget& widget);
 
-    /// The one that has the focus.
     const QWidget* m_surrounded = nullptr;
 };

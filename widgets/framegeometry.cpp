@@ -99,22 +99,22 @@ HitArea hitAreaAt(const QPoint& point, const QSize& frame)
     const int bottom = frame.height() - kMarginPx;
     const int betweenX = right - kMarginPx;
     const int betweenY = bottom - kMarginPx;
-    struct Place
+    struct Handle
     {
         HitArea area = HitArea::None;
         QRect rect;
     };
-    const std::array<Place, 8> places{{{HitArea::TopLeft, {0, 0, kMarginPx, kMarginPx}},
-                                       {HitArea::TopRight, {right, 0, kMarginPx, kMarginPx}},
-                                       {HitArea::BottomLeft, {0, bottom, kMarginPx, kMarginPx}},
-                                       {HitArea::BottomRight, {right, bottom, kMarginPx, kMarginPx}},
-                                       {HitArea::Left, {0, kMarginPx, kMarginPx, betweenY}},
-                                       {HitArea::Right, {right, kMarginPx, kMarginPx, betweenY}},
-                                       {HitArea::Top, {kMarginPx, 0, betweenX, kMarginPx}},
-                                       {HitArea::Bottom, {kMarginPx, bottom, betweenX, kMarginPx}}}};
+    const std::array<Handle, 8> handles{{{HitArea::TopLeft, {0, 0, kMarginPx, kMarginPx}},
+                                         {HitArea::TopRight, {right, 0, kMarginPx, kMarginPx}},
+                                         {HitArea::BottomLeft, {0, bottom, kMarginPx, kMarginPx}},
+                                         {HitArea::BottomRight, {right, bottom, kMarginPx, kMarginPx}},
+                                         {HitArea::Left, {0, kMarginPx, kMarginPx, betweenY}},
+                                         {HitArea::Right, {right, kMarginPx, kMarginPx, betweenY}},
+                                         {HitArea::Top, {kMarginPx, 0, betweenX, kMarginPx}},
+                                         {HitArea::Bottom, {kMarginPx, bottom, betweenX, kMarginPx}}}};
     const auto* const hit =
-        std::find_if(places.begin(), places.end(), [&](const Place& place) { return place.rect.contains(point); });
-    return hit == places.end() ? HitArea::Move : hit->area;
+        std::find_if(handles.begin(), handles.end(), [&](const Handle& handle) { return handle.rect.contains(point); });
+    return hit == handles.end() ? HitArea::Move : hit->area;
 }
 
 bool isResize(HitArea area)
@@ -182,11 +182,11 @@ QRect draggedAtAspect(HitArea area, const QRect& start, const QPoint& delta, int
 
 QPoint moved(const QRect& start, const QPoint& delta, const QRect& available, int extraBelowPx)
 {
-    const QPoint place = start.topLeft() + delta;
+    const QPoint position = start.topLeft() + delta;
     const int rightmost = available.left() + available.width() - start.width();
     const int lowest = available.top() + available.height() + extraBelowPx - start.height();
-    return {std::max(available.left(), std::min(rightmost, place.x())),
-            std::max(available.top(), std::min(lowest, place.y()))};
+    return {std::max(available.left(), std::min(rightmost, position.x())),
+            std::max(available.top(), std::min(lowest, position.y()))};
 }
 
 } // namespace framegeometry

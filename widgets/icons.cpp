@@ -9,11 +9,11 @@ namespace icons {
 
 namespace {
 
-/// What it takes from the icons' colour to that of a disabled control's text, over the windows' background.
+/// Gives the icons the colour of a disabled control's text on the windows' background.
 constexpr double kDisabledOpacity = 0.46;
 
-/// An icon from a file, fainter for a disabled control. The toolkit has a way of its own for that, which goes by the
-/// desktop's colours and leaves an icon on a dark window as bright as it was.
+/// An icon from a file, fainter in a disabled control. Qt's own way goes by the desktop's colours and leaves an icon on
+/// a dark window bright.
 class FadingIcon : public QIconEngine
 {
 public:

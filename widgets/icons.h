@@ -6,7 +6,6 @@
 
 class QAbstractButton;
 
-/// The program's own icons: one drawing each, and a light twin for what is pointed at or chosen.
 namespace icons {
 
 enum class Tone
@@ -15,17 +14,15 @@ enum class Tone
     Light
 };
 
-/// Where the icon called name lies among the resources: ":/res/forms/images/<name>.svg", its light twin
-/// ":/res/forms/images/<name>-white.svg".
+/// ":/res/forms/images/<name>.svg", or "<name>-white.svg" for the light one.
 QString path(const QString& name, Tone tone = Tone::Normal);
 
-/// For any number of pixels. A disabled control shows it fainter.
+/// Scalable, and fainter in a disabled control.
 QIcon named(const QString& name, Tone tone = Tone::Normal);
 
 } // namespace icons
 
-/// Gives a button its light icon while the pointer is over it: ":/res/forms/images/<name>-white.svg" instead of
-/// ":/res/forms/images/<name>.svg". A button that is disabled keeps the latter. Belongs to the button.
+/// Gives an enabled button its light icon while the pointer is over it. Child of the button.
 class HoverIcons : public QObject
 {
     Q_OBJECT

@@ -15,7 +15,7 @@ namespace {
 /// In logical pixels: a line of any of the program's languages.
 constexpr int kLineHeightPx = 20;
 
-/// The one that notes at present; null where boxes are shown.
+/// Null where boxes are shown.
 Recorder* s_recorder = nullptr;
 
 QMessageBox::Icon iconOf(Kind kind)
@@ -31,19 +31,18 @@ QMessageBox::Icon iconOf(Kind kind)
     return QMessageBox::Information;
 }
 
-/// A desktop has its own words for them, in its own language.
+/// Desktops have their own texts, in their own language.
 void nameButton(const QMessageBox& box, QMessageBox::StandardButton which, const char* text)
 {
     if (QAbstractButton* const button = box.button(which))
         button->setText(QCoreApplication::translate("QMessageBox", text));
 }
 
-/// Gives the box the program's look.
-void dress(QMessageBox& box)
+void prepare(QMessageBox& box)
 {
-    // A device's or a file's name may look like markup.
+    // Names of devices and files may look like markup.
     box.setTextFormat(Qt::PlainText);
-    // Some desktops put pictures of their own on them.
+    // Some desktops have icons for them.
     const QList<QAbstractButton*> buttons = box.buttons();
     for (QAbstractButton* const button : buttons)
         button->setIcon({});
@@ -52,7 +51,7 @@ void dress(QMessageBox& box)
     applyStyleSheet(box, QStringLiteral(":/res/style/message-box.qss"));
 }
 
-/// The box is fixed in its size by the height of its own font's lines; letters that come from another font need more.
+/// The box goes by its own font's line height; letters from a fallback font may need more.
 void reserveLine(const QMessageBox& box)
 {
     if (auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
@@ -62,7 +61,7 @@ void reserveLine(const QMessageBox& box)
 void show(const Call& call)
 {
     QMessageBox box(iconOf(call.kind), call.title, call.text, QMessageBox::Ok, call.parent);
-    dress(box);
+    prepare(box);
     box.exec();
 }
 
@@ -75,13 +74,13 @@ Answer showQuestion(const Question& question)
     yes->setObjectName(question.buttonName);
     box.setDefaultButton(QMessageBox::Cancel);
     box.setEscapeButton(QMessageBox::Cancel);
-    dress(box);
+    prepare(box);
     reserveLine(box);
     box.exec();
     return {box.clickedButton() == yes, check->isChecked()};
 }
 
-void showOrNote(const Call& call)
+void showOrRecord(const Call& call)
 {
     if (s_recorder != nullptr)
         s_recorder->note(call);
@@ -93,17 +92,17 @@ void showOrNote(const Call& call)
 
 void information(QWidget* parent, const QString& title, const QString& text)
 {
-    showOrNote({Kind::Information, parent, title, text});
+    showOrRecord({Kind::Information, parent, title, text});
 }
 
 void warning(QWidget* parent, const QString& title, const QString& text)
 {
-    showOrNote({Kind::Warning, parent, title, text});
+    showOrRecord({Kind::Warning, parent, title, text});
 }
 
 void critical(QWidget* parent, const QString& title, const QString& text)
 {
-    showOrNote({Kind::Critical, parent, title, text});
+    showOrRecord({Kind::Critical, parent, title, text});
 }
 
 Answer ask(const Question& question)

@@ -18,7 +18,7 @@ namespace {
 constexpr QSize kButtonSize(30, 30);
 constexpr char kIconProperty[] = "iconName";
 /// Invisible, but enough for the system to give the window the pointer.
-constexpr QColor kUnseen(0, 0, 0, 1);
+constexpr QColor kNearlyTransparent(0, 0, 0, 1);
 
 } // namespace
 
@@ -312,6 +312,6 @@ void OverlayFrame::fillForPointer(QPainter& painter, const QRegion& region) cons
 {
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     for (const QRect& part : region)
-        painter.fillRect(part, takesPointer() ? kUnseen : QColor(Qt::transparent));
+        painter.fillRect(part, takesPointer() ? kNearlyTransparent : QColor(Qt::transparent));
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
 }

@@ -5,21 +5,14 @@
 class QString;
 class QWidget;
 
-/// Loads the style-sheet resource at path (":/res/style/....qss") and sets it on widget.
-///
-/// Sends "Loaded stylesheet from:" and the path to the debug output. When the resource cannot be opened, warns
-/// "Failed to load stylesheet from:" with the path and "Error:" with the file's error text, and the widget keeps its
-/// look.
-///
-/// @return whether the style sheet was set.
+/// Sets the style-sheet resource at path (":/res/style/....qss"). Logs "Loaded stylesheet from:", or two warnings.
 bool applyStyleSheet(QWidget& widget, const QString& path);
 
-/// The same for several widgets at once, each of which gets the whole style sheet. The messages call it by the given
-/// name ("Loaded <name> from:").
+/// The same for several widgets, each of which gets the whole style sheet. name replaces "stylesheet" in the log.
 bool applyStyleSheet(const QList<QWidget*>& widgets, const QString& path, const QString& name);
 
-/// Applies the style sheet in force to widget once more: it looks at properties only when it is applied.
+/// Applies the style sheet again after a change of properties that it selects by.
 void restyle(QWidget& widget);
 
-/// Sets the style-sheet resource at path on widget if there is one that can be read, without a word either way.
+/// As applyStyleSheet(), without logging.
 void applyStyleSheetIfReadable(QWidget& widget, const QString& path);

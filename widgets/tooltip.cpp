@@ -25,21 +25,22 @@ constexpr int kGapPx = 4;
 
 } // namespace
 
-std::optional<QPoint> placeFor(const QSize& tip, const QRect& bar, int left, const QRect& screen, const QRect& picture)
+std::optional<QPoint> positionFor(const QSize& tip, const QRect& bar, int left, const QRect& screen,
+                                  const QRect& recorded)
 {
     const int rightmost = screen.x() + screen.width() - tip.width();
     const int x = std::max(screen.x(), std::min(left, rightmost));
-    const std::array<QPoint, 4> places{
+    const std::array<QPoint, 4> positions{
         QPoint(x, bar.y() - kGapPx - tip.height()), QPoint(x, bar.y() + bar.height() + kGapPx),
         QPoint(bar.x() - kGapPx - tip.width(), bar.y()), QPoint(bar.x() + bar.width() + kGapPx, bar.y())};
-    const auto* const found = std::ranges::find_if(places, [&](const QPoint& place) {
-        const QRect taken(place, tip);
-        return screen.contains(taken) && !taken.intersects(picture);
+    const auto* const found = std::ranges::find_if(positions, [&](const QPoint& position) {
+        const QRect taken(position, tip);
+        return screen.contains(taken) && !taken.intersects(recorded);
     });
-    return found == places.end() ? std::nullopt : std::optional(*found);
+    return found == positions.end() ? std::nullopt : std::optional(*found);
 }
 
-void show(QWidget& widget, const QRect& picture)
+void show(QWidget& widget, const QRect& recorded)
 {
     const QWidget& bar = *widget.window();
     const int left = widget.mapToGlobal(QPoint()).x();
@@ -48,9 +49,9 @@ void show(QWidget& widget, const QRect& picture)
     const QScreen* const screen = bar.screen();
     if (tip == nullptr || screen == nullptr)
         return;
-    // Before the system has been told to draw it anywhere.
-    if (const auto place = placeFor(tip->size(), bar.geometry(), left, screen->geometry(), picture))
-        tip->move(*place);
+    // Before the system draws it.
+    if (const auto position = positionFor(tip->size(), bar.geometry(), left, screen->geometry(), recorded))
+        tip->move(*position);
     else
         tip->hide();
 }

@@ -8,22 +8,22 @@
 
 class QWidget;
 
-/// The tool tip that is on the screen; null when there is none.
+/// Null when there is none.
 QWidget* visibleToolTip();
 
-/// Tool tips of small bars that float over the desktop while it is recorded. A tip has its place below the pointer,
-/// which there may be in the picture, and no system keeps it out. Logical pixels of the desktop.
+/// Tool tips of small bars that float over the desktop and must not get into the recording. Logical pixels of the
+/// desktop.
 namespace bartip {
 
-/// Where a tip goes: straight above the bar, below it, or beside it on the left or the right, whichever is the first
-/// that lies on the screen and not in the picture. Nothing where there is no such place.
+/// A position above the bar, below it or beside it that is on the screen and outside the recorded area, if any.
 ///
-/// @param left where the part of the bar begins that the tip tells of
-std::optional<QPoint> placeFor(const QSize& tip, const QRect& bar, int left, const QRect& screen, const QRect& picture);
+/// @param left where the part of the bar begins that the tip belongs to
+std::optional<QPoint> positionFor(const QSize& tip, const QRect& bar, int left, const QRect& screen,
+                                  const QRect& recorded);
 
-/// Shows the tip of a widget on a bar, which is its window, or hides it where it has no place.
+/// Shows the tip of a widget whose window is the bar, or hides it where it has no position.
 ///
-/// @param picture what is recorded; empty when nothing is
-void show(QWidget& widget, const QRect& picture);
+/// @param recorded empty when nothing is recorded
+void show(QWidget& widget, const QRect& recorded);
 
 } // namespace bartip

@@ -65,7 +65,7 @@ private slots:
         QFETCH(const QRect, screen);
         QFETCH(const QRect, picture);
         QFETCH(const Place, place);
-        QCOMPARE(bartip::placeFor(kTip, bar, left, screen, picture), place);
+        QCOMPARE(bartip::positionFor(kTip, bar, left, screen, picture), place);
     }
 
     void tipIsShownOutsideThePictureOrNotAtAll()
