@@ -159,7 +159,7 @@ void SCMainWindow::setUpBoxes()
     for (const auto& [position, name] : settingstables::screenshotFormats())
         m_ui->screenshotFormatBox->insertItem(position, name);
     for (QComboBox* const box : {m_ui->ratioBox, m_ui->formatBox, m_ui->screenshotFormatBox})
-        readyComboBox(*box);
+        prepareComboBox(*box);
 }
 
 void SCMainWindow::setUpSources()
