@@ -72,7 +72,7 @@ private slots:
         QVERIFY(!control.isChecked());
     }
 
-    void otherWidgetsAreLeftToTheToolkit()
+    void otherWidgetsAreLeftToQt()
     {
         SCSwitchWidget control;
         QWidget plain;

@@ -15,26 +15,27 @@ namespace {
 
 QImage veil(const QSize& size)
 {
-    QImage picture(size, QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::transparent);
-    QPainter(&picture).fillRect(QRect(QPoint(), size), QColor(0, 0, 0, 100));
-    return picture;
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter(&image).fillRect(QRect(QPoint(), size), QColor(0, 0, 0, 100));
+    return image;
 }
 
-void press(QWidget& widget, Qt::MouseButton button, const QPoint& place)
+void press(QWidget& widget, Qt::MouseButton button, const QPoint& position)
 {
-    QTest::mousePress(&widget, button, Qt::NoModifier, place);
+    QTest::mousePress(&widget, button, Qt::NoModifier, position);
 }
 
-void release(QWidget& widget, Qt::MouseButton button, const QPoint& place)
+void release(QWidget& widget, Qt::MouseButton button, const QPoint& position)
 {
-    QTest::mouseRelease(&widget, button, Qt::NoModifier, place);
+    QTest::mouseRelease(&widget, button, Qt::NoModifier, position);
 }
 
 /// As the system reports it. The test library's own move counts buttons that are held, and may lead the real pointer.
-void moveWithoutButton(QWidget& widget, const QPoint& place)
+void moveWithoutButton(QWidget& widget, const QPoint& position)
 {
-    QMouseEvent move(QEvent::MouseMove, place, widget.mapToGlobal(place), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QMouseEvent move(QEvent::MouseMove, position, widget.mapToGlobal(position), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
     QCoreApplication::sendEvent(&widget, &move);
 }
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-using Place = std::optional<QPoint>;
+using Position = std::optional<QPoint>;
 
 constexpr QSize kTip(90, 20);
 
@@ -23,52 +23,54 @@ QWidget* visibleTip()
 
 } // namespace
 
-Q_DECLARE_METATYPE(Place)
+Q_DECLARE_METATYPE(Position)
 
 class TestBarTip : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void tipHasThePlaceThatIsNotInThePicture_data()
+    void tipIsOutsideTheRecordedArea_data()
     {
         QTest::addColumn<QRect>("bar");
         QTest::addColumn<int>("left");
         QTest::addColumn<QRect>("screen");
-        QTest::addColumn<QRect>("picture");
-        QTest::addColumn<Place>("place");
+        QTest::addColumn<QRect>("recorded");
+        QTest::addColumn<Position>("position");
         const QRect screen(0, 0, 1280, 720);
         const QRect bar(400, 300, 280, 40);
         const QRect atTop(500, 0, 280, 40);
-        QTest::newRow("nothing recorded") << bar << 440 << screen << QRect() << Place({440, 276});
-        QTest::newRow("picture below the bar")
-            << bar << 440 << screen << QRect(300, 340, 500, 300) << Place({440, 276});
-        QTest::newRow("picture above the bar") << bar << 440 << screen << QRect(300, 0, 500, 277) << Place({440, 344});
-        QTest::newRow("picture that ends where the tip begins")
-            << bar << 440 << screen << QRect(300, 0, 500, 276) << Place({440, 276});
-        QTest::newRow("bar at the top edge") << atTop << 540 << screen << QRect(0, 100, 400, 400) << Place({540, 44});
-        QTest::newRow("bar at the top edge, picture right below it")
-            << atTop << 540 << screen << QRect(300, 60, 700, 400) << Place({406, 0});
-        QTest::newRow("bar in the corner, picture right below it")
-            << QRect(0, 0, 280, 40) << 0 << screen << QRect(0, 60, 700, 400) << Place({284, 0});
-        QTest::newRow("whole screen recorded") << atTop << 540 << screen << screen << Place();
+        QTest::newRow("nothing recorded") << bar << 440 << screen << QRect() << Position({440, 276});
+        QTest::newRow("recorded area below the bar")
+            << bar << 440 << screen << QRect(300, 340, 500, 300) << Position({440, 276});
+        QTest::newRow("recorded area above the bar")
+            << bar << 440 << screen << QRect(300, 0, 500, 277) << Position({440, 344});
+        QTest::newRow("recorded area that ends where the tip begins")
+            << bar << 440 << screen << QRect(300, 0, 500, 276) << Position({440, 276});
+        QTest::newRow("bar at the top edge")
+            << atTop << 540 << screen << QRect(0, 100, 400, 400) << Position({540, 44});
+        QTest::newRow("bar at the top edge, recorded area right below it")
+            << atTop << 540 << screen << QRect(300, 60, 700, 400) << Position({406, 0});
+        QTest::newRow("bar in the corner, recorded area right below it")
+            << QRect(0, 0, 280, 40) << 0 << screen << QRect(0, 60, 700, 400) << Position({284, 0});
+        QTest::newRow("whole screen recorded") << atTop << 540 << screen << screen << Position();
         QTest::newRow("not beyond the screen's right edge")
-            << QRect(1000, 300, 280, 40) << 1240 << screen << QRect() << Place({1190, 276});
+            << QRect(1000, 300, 280, 40) << 1240 << screen << QRect() << Position({1190, 276});
         QTest::newRow("not on the screen beside")
-            << QRect(1280, 0, 280, 40) << 1280 << QRect(1280, 0, 280, 720) << QRect(1280, 40, 280, 680) << Place();
+            << QRect(1280, 0, 280, 40) << 1280 << QRect(1280, 0, 280, 720) << QRect(1280, 40, 280, 680) << Position();
     }
 
-    void tipHasThePlaceThatIsNotInThePicture()
+    void tipIsOutsideTheRecordedArea()
     {
         QFETCH(const QRect, bar);
         QFETCH(const int, left);
         QFETCH(const QRect, screen);
-        QFETCH(const QRect, picture);
-        QFETCH(const Place, place);
-        QCOMPARE(bartip::positionFor(kTip, bar, left, screen, picture), place);
+        QFETCH(const QRect, recorded);
+        QFETCH(const Position, position);
+        QCOMPARE(bartip::positionFor(kTip, bar, left, screen, recorded), position);
     }
 
-    void tipIsShownOutsideThePictureOrNotAtAll()
+    void tipIsShownOutsideTheRecordedAreaOrNotAtAll()
     {
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
         QWidget bar;

@@ -69,7 +69,7 @@ private slots:
         QVERIFY(!timer->isSingleShot());
     }
 
-    void pictureIsMadeToPaintAgainAfterAShortWhile()
+    void videoIsMadeToPaintAgainAfterAShortWhile()
     {
         const CameraTimings timings;
         QCOMPARE(timings.refreshAfterShowMs, 200);
@@ -292,7 +292,7 @@ private slots:
         QCOMPARE(log.all(), QStringList{"[INFO] Camera window hidden"});
     }
 
-    void closingLetsGoOfTheCameraAndShowingOpensItAgain()
+    void closingReleasesTheCameraAndShowingOpensItAgain()
     {
         show();
         {
@@ -348,7 +348,7 @@ private slots:
         QTRY_VERIFY(log.all().filter("Forced video widget update").size() >= 3);
     }
 
-    void showingMakesAMissingDeviceTimerAnew()
+    void showingMakesAMissingDeviceTimerAgain()
     {
         delete m_window->findChild<QTimer*>();
         m_window->show();
@@ -400,7 +400,7 @@ private slots:
         QCOMPARE(m_window->findChild<QTimer*>()->interval(), kNeverMs);
     }
 
-    void diagnosticsTellOfPlugInsAndCameras()
+    void diagnosticsReportOfPlugInsAndCameras()
     {
         const QTemporaryDir plugIns;
         QVERIFY(QDir(plugIns.path()).mkpath(QStringLiteral("with/multimedia/folder")));
@@ -425,7 +425,7 @@ private slots:
                               "[INFO]   - ID: B", "[INFO]   - Is default: No", "[INFO]   - Supported formats: 0"}));
     }
 
-    void diagnosticsTellThatThereIsNoCamera()
+    void diagnosticsReportThatThereIsNoCamera()
     {
         m_cameras->plugIn({});
         QCOMPARE(diagnostics().last(),

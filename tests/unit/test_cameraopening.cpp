@@ -66,7 +66,7 @@ private slots:
         QTRY_VERIFY(log.all().last().startsWith("[INFO] Forced video widget update (size: "));
     }
 
-    void otherCameraIsOpenedAfterTheFirstWasLetGoOf()
+    void otherCameraIsOpenedAfterTheFirstWasReleased()
     {
         open();
         const LogLines log;
@@ -119,9 +119,9 @@ private slots:
         QCOMPARE(log.count("[INFO] Setting camera format: 640x480 @ 29.97 FPS"), 1);
     }
 
-    void windowTakesTheRatioOfThePicture_data()
+    void windowTakesTheRatioOfTheVideo_data()
     {
-        QTest::addColumn<QSize>("picture");
+        QTest::addColumn<QSize>("video");
         QTest::addColumn<QSize>("minimum");
         QTest::addColumn<QSize>("size");
         QTest::newRow("16:9") << QSize(1920, 1080) << QSize(200, 112) << QSize(400, 225);
@@ -130,18 +130,18 @@ private slots:
         QTest::newRow("11:9") << QSize(352, 288) << QSize(200, 163) << QSize(400, 327);
     }
 
-    void windowTakesTheRatioOfThePicture()
+    void windowTakesTheRatioOfTheVideo()
     {
-        QFETCH(const QSize, picture);
+        QFETCH(const QSize, video);
         QFETCH(const QSize, minimum);
         QFETCH(const QSize, size);
-        m_cameras->plugIn({FakeCameras::device("A", {format(picture.width(), picture.height(), 30)})});
+        m_cameras->plugIn({FakeCameras::device("A", {format(video.width(), video.height(), 30)})});
         open();
         QCOMPARE(m_window->minimumSize(), minimum);
         QCOMPARE(m_window->size(), size);
     }
 
-    void pictureWithoutASizeLeavesTheWindowAlone()
+    void videoWithoutASizeLeavesTheWindowAlone()
     {
         m_cameras->plugIn({FakeCameras::device("A", {})});
         m_cameras->ownFormat = CameraFormat();
@@ -301,9 +301,9 @@ private slots:
                               "[WARNING] Cannot try alternative formats: camera is null"}));
     }
 
-    void cameraThatRefusesToStopIsLoggedAndLetGoOf_data() { addTexts(); }
+    void cameraThatRefusesToStopIsLoggedAndReleased_data() { addTexts(); }
 
-    void cameraThatRefusesToStopIsLoggedAndLetGoOf()
+    void cameraThatRefusesToStopIsLoggedAndReleased()
     {
         QFETCH(const bool, withText);
         open();

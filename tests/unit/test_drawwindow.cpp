@@ -26,9 +26,9 @@ using pointerevents::release;
 namespace {
 
 constexpr QColor kBlue(0, 122, 204, 255);
-constexpr QRect kPlace(150, 120, 400, 300);
+constexpr QRect kGeometry(150, 120, 400, 300);
 
-/// Puts a mark before every text, so that translated texts are told from others.
+/// Puts a mark before every text, which distinguishes translated texts from others.
 class MarkingTranslator : public QTranslator
 {
 public:
@@ -63,16 +63,16 @@ void click(const char* name)
     QTest::mouseClick(button(name), Qt::LeftButton);
 }
 
-/// Pictures are compared, so that it is the icon's looks that counts. Without the SVG plug-in they are all blank.
-QImage picture(const QIcon& icon)
+/// What the icon looks like. Without the SVG plug-in all are blank.
+QImage render(const QIcon& icon)
 {
     return icon.pixmap(24, 24).toImage();
 }
 
 bool shows(const QPushButton* button, const char* image)
 {
-    const QImage expected = picture(QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(image))));
-    return picture(button->icon()) == expected;
+    const QImage expected = render(QIcon(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(image))));
+    return render(button->icon()) == expected;
 }
 
 QImage frame(const QSize& size, int borderPx)
@@ -151,7 +151,7 @@ private slots:
         QVERIFY(!window.isVisible());
     }
 
-    void startsAtItsFirstPlaceWithItsFirstValues()
+    void startsWithItsFirstGeometryAndValues()
     {
         const DrawWindow window;
         QCOMPARE(window.geometry(), QRect(100, 100, 800, 600));
@@ -266,7 +266,7 @@ private slots:
         DrawWindow window;
         window.show();
         QCOMPARE(toolBar()->geometry(), QRect(100, 70, 800, 30));
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         QCOMPARE(toolBar()->geometry(), QRect(150, 90, 400, 30));
         window.move(0, 0);
         QCOMPARE(toolBar()->geometry(), QRect(0, -30, 400, 30));
@@ -274,10 +274,10 @@ private slots:
         QCOMPARE(toolBar()->geometry(), QRect(0, -30, 200, 30));
     }
 
-    void toolBarTakesItsPlaceWhenShown()
+    void toolBarIsPositionedWhenShown()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         toolBar()->move(0, 0);
         window.show();
         QCOMPARE(toolBar()->geometry(), QRect(150, 90, 400, 30));
@@ -292,7 +292,7 @@ private slots:
 
     void cursorFollowsTheHitAreas_data()
     {
-        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<QPoint>("position");
         QTest::addColumn<Qt::CursorShape>("shape");
         QTest::newRow("top left") << QPoint(9, 9) << Qt::SizeFDiagCursor;
         QTest::newRow("inside") << QPoint(10, 10) << Qt::SizeAllCursor;
@@ -300,15 +300,15 @@ private slots:
 
     void cursorFollowsTheHitAreas()
     {
-        QFETCH(const QPoint, place);
+        QFETCH(const QPoint, position);
         QFETCH(const Qt::CursorShape, shape);
         DrawWindow window;
-        window.setGeometry(kPlace);
-        mouse(window, QEvent::MouseMove, kPlace.topLeft() + place);
+        window.setGeometry(kGeometry);
+        mouse(window, QEvent::MouseMove, kGeometry.topLeft() + position);
         QCOMPARE(window.cursor().shape(), shape);
         button("drawToggleButton")->setChecked(true);
         QCOMPARE(window.cursor().shape(), Qt::CrossCursor);
-        mouse(window, QEvent::MouseMove, kPlace.topLeft() + place);
+        mouse(window, QEvent::MouseMove, kGeometry.topLeft() + position);
         QCOMPARE(window.cursor().shape(), Qt::CrossCursor);
         button("drawToggleButton")->setChecked(false);
         QCOMPARE(window.cursor().shape(), Qt::ArrowCursor);
@@ -318,8 +318,8 @@ private slots:
     {
         QTest::addColumn<QPoint>("handle");
         QTest::addColumn<QRect>("resized");
-        QTest::newRow("top left") << QPoint(2, 2) << kPlace.adjusted(20, 10, 0, 0);
-        QTest::newRow("move") << QPoint(200, 150) << kPlace.translated(20, 10);
+        QTest::newRow("top left") << QPoint(2, 2) << kGeometry.adjusted(20, 10, 0, 0);
+        QTest::newRow("move") << QPoint(200, 150) << kGeometry.translated(20, 10);
     }
 
     void handleResizesAndInsideMoves()
@@ -327,10 +327,10 @@ private slots:
         QFETCH(const QPoint, handle);
         QFETCH(const QRect, resized);
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
-        const QPoint from = kPlace.topLeft() + handle;
+        const QPoint from = kGeometry.topLeft() + handle;
         press(window, from);
         moveHeld(window, from + QPoint(7, -3));
         moveHeld(window, from + QPoint(20, 10));
@@ -346,29 +346,29 @@ private slots:
     void bottomRightCornerDraggedInwardStopsAtTheMinimumAnchoredAtTheTopLeft()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
-        drag(window, kPlace.bottomRight(), {-350, -280});
-        QCOMPARE(window.geometry(), QRect(kPlace.topLeft(), QSize(200, 150)));
+        window.setGeometry(kGeometry);
+        drag(window, kGeometry.bottomRight(), {-350, -280});
+        QCOMPARE(window.geometry(), QRect(kGeometry.topLeft(), QSize(200, 150)));
     }
 
     void lockedRightEdgeChangesTheHeightEvenlyAboutTheMiddle()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         QVERIFY(window.setProperty("lockRatio", true));
-        drag(window, {kPlace.right(), kPlace.center().y()}, {80, 0});
-        QCOMPARE(window.geometry(), kPlace.adjusted(0, -30, 80, 30));
+        drag(window, {kGeometry.right(), kGeometry.center().y()}, {80, 0});
+        QCOMPARE(window.geometry(), kGeometry.adjusted(0, -30, 80, 30));
         window.setLockRatio(false);
-        drag(window, {window.geometry().right(), kPlace.center().y()}, {20, 0});
-        QCOMPARE(window.geometry(), kPlace.adjusted(0, -30, 100, 30));
+        drag(window, {window.geometry().right(), kGeometry.center().y()}, {20, 0});
+        QCOMPARE(window.geometry(), kGeometry.adjusted(0, -30, 100, 30));
     }
 
     void draggedFrameStaysInTheAvailableAreaButForTheToolBarsHeightBelow()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         const QRect available = window.screen()->availableGeometry();
-        drag(window, kPlace.center(), {-5000, -5000});
+        drag(window, kGeometry.center(), {-5000, -5000});
         QCOMPARE(window.pos(), available.topLeft());
         QCOMPARE(toolBar()->y(), available.top() - 30);
         drag(window, window.geometry().center(), {5000, 5000});
@@ -379,39 +379,39 @@ private slots:
     void clickOnTheFrameReportsItsArea()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
-        drag(window, kPlace.topLeft(), {0, 0});
-        QCOMPARE(changed, QList<Report>{report(false, kPlace.adjusted(4, 4, -4, -4))});
+        drag(window, kGeometry.topLeft(), {0, 0});
+        QCOMPARE(changed, QList<Report>{report(false, kGeometry.adjusted(4, 4, -4, -4))});
     }
 
     void reportedAreaIsInsideAnyBorder()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         QVERIFY(window.setProperty("borderWidth", 10));
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
-        drag(window, kPlace.topLeft(), {0, 0});
-        QCOMPARE(changed, QList<Report>{report(false, kPlace.adjusted(10, 10, -10, -10))});
+        drag(window, kGeometry.topLeft(), {0, 0});
+        QCOMPARE(changed, QList<Report>{report(false, kGeometry.adjusted(10, 10, -10, -10))});
     }
 
     void otherButtonsOnTheFrameDoNothing()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
-        const QPoint place = kPlace.topLeft();
-        mouse(window, QEvent::MouseButtonPress, place, Qt::MiddleButton, Qt::MiddleButton);
-        mouse(window, QEvent::MouseMove, place + QPoint(30, 30), Qt::NoButton, Qt::MiddleButton);
-        mouse(window, QEvent::MouseButtonRelease, place + QPoint(30, 30), Qt::MiddleButton);
-        QCOMPARE(window.geometry(), kPlace);
+        const QPoint position = kGeometry.topLeft();
+        mouse(window, QEvent::MouseButtonPress, position, Qt::MiddleButton, Qt::MiddleButton);
+        mouse(window, QEvent::MouseMove, position + QPoint(30, 30), Qt::NoButton, Qt::MiddleButton);
+        mouse(window, QEvent::MouseButtonRelease, position + QPoint(30, 30), Qt::MiddleButton);
+        QCOMPARE(window.geometry(), kGeometry);
         QCOMPARE(changed.size(), 0);
-        press(window, place);
-        mouse(window, QEvent::MouseButtonRelease, place, Qt::MiddleButton, Qt::LeftButton);
-        moveHeld(window, place + QPoint(5, 5));
-        QCOMPARE(window.geometry(), kPlace.adjusted(5, 5, 0, 0));
-        release(window, place + QPoint(5, 5));
+        press(window, position);
+        mouse(window, QEvent::MouseButtonRelease, position, Qt::MiddleButton, Qt::LeftButton);
+        moveHeld(window, position + QPoint(5, 5));
+        QCOMPARE(window.geometry(), kGeometry.adjusted(5, 5, 0, 0));
+        release(window, position + QPoint(5, 5));
     }
 
     void rightClickClosesTheFrameAlsoInDrawingMode_data()
@@ -447,7 +447,7 @@ private slots:
     void toolBarDragsTheFrame()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
         const QPoint from = toolBar()->geometry().center();
@@ -455,59 +455,59 @@ private slots:
         QCOMPARE(changed.size(), 0);
         moveHeld(*toolBar(), from + QPoint(10, 5));
         moveHeld(*toolBar(), from + QPoint(20, -300));
-        QCOMPARE(window.geometry(), kPlace.translated(20, -300));
+        QCOMPARE(window.geometry(), kGeometry.translated(20, -300));
         QCOMPARE(toolBar()->pos(), window.pos() - QPoint(0, 30));
         release(*toolBar(), from + QPoint(20, -300));
         moveHeld(*toolBar(), from);
-        const QRect inside = kPlace.adjusted(4, 4, -4, -4);
+        const QRect inside = kGeometry.adjusted(4, 4, -4, -4);
         QCOMPARE(changed,
                  (QList<Report>{report(true, inside.translated(10, 5)), report(true, inside.translated(20, -300)),
                                 report(false, inside.translated(20, -300))}));
-        QCOMPARE(window.geometry(), kPlace.translated(20, -300));
+        QCOMPARE(window.geometry(), kGeometry.translated(20, -300));
     }
 
     void toolBarDragsTheFrameInDrawingModeToo()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         button("drawToggleButton")->setChecked(true);
         drag(*toolBar(), toolBar()->geometry().center(), {20, 30});
-        QCOMPARE(window.geometry(), kPlace.translated(20, 30));
+        QCOMPARE(window.geometry(), kGeometry.translated(20, 30));
     }
 
     void toolBarDragStaysBetweenTheSidesOfTheScreenOnly()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         const QRect available = window.screen()->availableGeometry();
         drag(*toolBar(), toolBar()->geometry().center(), {-5000, -5000});
-        QCOMPARE(window.pos(), QPoint(available.left(), kPlace.y() - 5000));
+        QCOMPARE(window.pos(), QPoint(available.left(), kGeometry.y() - 5000));
         drag(*toolBar(), toolBar()->geometry().center(), {9000, 9000});
-        QCOMPARE(window.pos(), QPoint(available.left() + available.width() - 400, kPlace.y() + 4000));
+        QCOMPARE(window.pos(), QPoint(available.left() + available.width() - 400, kGeometry.y() + 4000));
     }
 
-    void recordedInsideIsMovedUnseenAndSeenAtRest()
+    void recordedInsideIsHiddenWhileDraggingAndVisibleAtRest()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         window.setInsideRecorded(true);
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
         QVERIFY(hasBorder(window));
-        const QPoint from = kPlace.topLeft() + QPoint(300, -15);
+        const QPoint from = kGeometry.topLeft() + QPoint(300, -15);
         press(*toolBar(), from);
         moveHeld(*toolBar(), from + QPoint(10, 5));
         moveHeld(*toolBar(), from + QPoint(20, 10));
         QVERIFY(!toolBar()->mask().isEmpty());
         QVERIFY(!toolBar()->mask().intersects(toolBar()->rect()));
         QVERIFY(!hasBorder(window));
-        QCOMPARE(window.geometry(), kPlace);
+        QCOMPARE(window.geometry(), kGeometry);
         QCOMPARE(changed.size(), 0);
-        const QRect first = kPlace.translated(20, 10);
+        const QRect first = kGeometry.translated(20, 10);
         QTRY_COMPARE(window.geometry(), first);
         QCOMPARE(changed, QList<Report>{report(true, first.adjusted(4, 4, -4, -4))});
         // From then on without delay.
-        const QRect second = kPlace.translated(30, 20);
+        const QRect second = kGeometry.translated(30, 20);
         moveHeld(*toolBar(), from + QPoint(30, 20));
         QCOMPARE(window.geometry(), second);
         QCOMPARE(toolBar()->geometry().topLeft(), second.topLeft() - QPoint(0, 30));
@@ -523,14 +523,14 @@ private slots:
     void shortDragOfARecordedInsideArrivesWhereItEnded()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         window.setInsideRecorded(true);
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
-        drag(*toolBar(), kPlace.topLeft() + QPoint(300, -15), {40, 24});
-        QCOMPARE(window.geometry(), kPlace);
+        drag(*toolBar(), kGeometry.topLeft() + QPoint(300, -15), {40, 24});
+        QCOMPARE(window.geometry(), kGeometry);
         QCOMPARE(changed.size(), 0);
-        const QRect moved = kPlace.translated(40, 24);
+        const QRect moved = kGeometry.translated(40, 24);
         const QRect inside = moved.adjusted(4, 4, -4, -4);
         QTRY_COMPARE(changed.size(), 2);
         QCOMPARE(changed, (QList<Report>{report(true, inside), report(false, inside)}));
@@ -538,77 +538,77 @@ private slots:
         QTRY_VERIFY(toolBar()->mask().isEmpty());
     }
 
-    void dragThatOutlastsTheRecordingIsSeenAgain()
+    void dragThatOutlastsTheRecordingIsVisibleAgain()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         window.setInsideRecorded(true);
-        const QPoint from = kPlace.topLeft() + QPoint(300, -15);
+        const QPoint from = kGeometry.topLeft() + QPoint(300, -15);
         press(*toolBar(), from);
         moveHeld(*toolBar(), from + QPoint(10, 5));
         window.setInsideRecorded(false);
         QVERIFY(toolBar()->mask().isEmpty());
         moveHeld(*toolBar(), from + QPoint(20, 10));
-        QCOMPARE(window.geometry(), kPlace.translated(20, 10));
+        QCOMPARE(window.geometry(), kGeometry.translated(20, 10));
         QVERIFY(toolBar()->mask().isEmpty());
     }
 
     void edgesOfARecordedInsideDoNotResizeIt()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         window.setInsideRecorded(true);
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
         for (const QPoint& handle : {QPoint(2, 2), QPoint(397, 297), QPoint(200, 2), QPoint(2, 150)}) {
-            mouse(window, QEvent::MouseMove, kPlace.topLeft() + handle);
+            mouse(window, QEvent::MouseMove, kGeometry.topLeft() + handle);
             QCOMPARE(window.cursor().shape(), Qt::ArrowCursor);
-            drag(window, kPlace.topLeft() + handle, {40, 24});
-            QCOMPARE(window.geometry(), kPlace);
+            drag(window, kGeometry.topLeft() + handle, {40, 24});
+            QCOMPARE(window.geometry(), kGeometry);
         }
         QCOMPARE(changed.size(), 0);
         window.setInsideRecorded(false);
-        drag(window, kPlace.topLeft() + QPoint(2, 2), {40, 24});
-        QCOMPARE(window.geometry(), kPlace.adjusted(40, 24, 0, 0));
+        drag(window, kGeometry.topLeft() + QPoint(2, 2), {40, 24});
+        QCOMPARE(window.geometry(), kGeometry.adjusted(40, 24, 0, 0));
     }
 
     void dragIsOverWhenTheFrameIsHiddenUnderWay()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
-        const QPoint from = kPlace.topLeft() + QPoint(300, -15);
+        const QPoint from = kGeometry.topLeft() + QPoint(300, -15);
         press(*toolBar(), from);
         moveHeld(*toolBar(), from + QPoint(10, 5));
         window.hide();
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         // The wheel is what is held now.
         mouse(*toolBar(), QEvent::MouseMove, from + QPoint(90, 60), Qt::NoButton, Qt::MiddleButton);
-        QCOMPARE(window.geometry(), kPlace);
+        QCOMPARE(window.geometry(), kGeometry);
     }
 
     void otherButtonsOnTheToolBarDoNothing()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
         const QPoint from = toolBar()->geometry().center();
         mouse(*toolBar(), QEvent::MouseButtonPress, from, Qt::RightButton, Qt::RightButton);
         mouse(*toolBar(), QEvent::MouseMove, from + QPoint(9, 9), Qt::NoButton, Qt::RightButton);
         mouse(*toolBar(), QEvent::MouseButtonRelease, from + QPoint(9, 9), Qt::RightButton);
-        QCOMPARE(window.geometry(), kPlace);
+        QCOMPARE(window.geometry(), kGeometry);
         QCOMPARE(changed.size(), 0);
     }
 
     void moveOfTheToolBarIsConsumedPressAndReleaseArePassedOn()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         const QPoint from = toolBar()->geometry().center();
-        const auto filtered = [&window](QEvent::Type type, const QPoint& place, Qt::MouseButton changed) {
-            QMouseEvent event(type, QPointF(5, 5), place, changed, Qt::LeftButton, Qt::NoModifier);
+        const auto filtered = [&window](QEvent::Type type, const QPoint& position, Qt::MouseButton changed) {
+            QMouseEvent event(type, QPointF(5, 5), position, changed, Qt::LeftButton, Qt::NoModifier);
             return static_cast<QObject&>(window).eventFilter(toolBar(), &event);
         };
         QVERIFY(!filtered(QEvent::MouseMove, from, Qt::NoButton));
@@ -680,19 +680,19 @@ private slots:
     void closeButtonWithoutRecordingStopsNothingAndForgetsTheStrokes()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         button("drawToggleButton")->setChecked(true);
-        drag(window, kPlace.center(), {50, 40});
+        drag(window, kGeometry.center(), {50, 40});
         const QSignalSpy stopped(&window, &DrawWindow::stopRecording);
         const QSignalSpy hidden(&window, &DrawWindow::hideDrawWindow);
         click("closeButton");
         QCOMPARE(stopped.size(), 0);
         QCOMPARE(hidden.size(), 1);
         window.show();
-        QCOMPARE(pictureOf(window), frame(kPlace.size(), 4));
+        QCOMPARE(pictureOf(window), frame(kGeometry.size(), 4));
         button("drawToggleButton")->setChecked(true);
-        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
+        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
     }
 
     void hoveredButtonsTurnLight()
@@ -729,8 +729,8 @@ private slots:
     void insideIsClearInFrameMode()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
-        QCOMPARE(pictureOf(window), frame(kPlace.size(), 4));
+        window.setGeometry(kGeometry);
+        QCOMPARE(pictureOf(window), frame(kGeometry.size(), 4));
         window.resize(333, 221);
         QCOMPARE(pictureOf(window), frame(QSize(333, 221), 4));
         window.setBorderWidth(8);
@@ -740,7 +740,7 @@ private slots:
     void borderStaysAtTheEdgeOfAResizedWindow()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         PaintCounter painted;
@@ -756,68 +756,68 @@ private slots:
     void drawingModeFillsTheWindowWithWhatOnlyThePointerFeels()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         button("drawToggleButton")->setChecked(true);
-        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
+        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
         button("drawToggleButton")->setChecked(false);
-        QCOMPARE(pictureOf(window), frame(kPlace.size(), 4));
+        QCOMPARE(pictureOf(window), frame(kGeometry.size(), 4));
     }
 
     void strokesAreDrawnAndKeptWhileThePenIsOff()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         button("drawToggleButton")->setChecked(true);
-        const QPoint origin = kPlace.topLeft();
+        const QPoint origin = kGeometry.topLeft();
         press(window, origin + QPoint(50, 60));
         moveHeld(window, origin + QPoint(90, 100));
-        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {line({{50, 60}, {90, 100}})}));
+        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {line({{50, 60}, {90, 100}})}));
         moveHeld(window, origin + QPoint(150, 70));
         release(window, origin + QPoint(160, 80));
         drag(window, origin + QPoint(200, 200), {40, -20});
         const QList<QPolygonF> strokes{line({{50, 60}, {90, 100}, {150, 70}, {160, 80}}),
                                        line({{200, 200}, {220, 190}, {240, 180}, {240, 180}})};
-        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), strokes));
+        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), strokes));
         button("drawToggleButton")->setChecked(false);
-        QCOMPARE(pictureOf(window), frame(kPlace.size(), 4));
+        QCOMPARE(pictureOf(window), frame(kGeometry.size(), 4));
         button("drawToggleButton")->setChecked(true);
-        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), strokes));
+        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), strokes));
         click("clearButton");
-        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
+        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
     }
 
     void drawingNeitherMovesNorReports()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         button("drawToggleButton")->setChecked(true);
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
-        drag(window, kPlace.topLeft(), {60, 60});
-        drag(window, kPlace.center(), {60, 60});
-        QCOMPARE(window.geometry(), kPlace);
+        drag(window, kGeometry.topLeft(), {60, 60});
+        drag(window, kGeometry.center(), {60, 60});
+        QCOMPARE(window.geometry(), kGeometry);
         QCOMPARE(changed.size(), 0);
     }
 
     void clearingDuringAStrokeDropsIt()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         button("drawToggleButton")->setChecked(true);
-        press(window, kPlace.center());
-        moveHeld(window, kPlace.center() + QPoint(30, 30));
+        press(window, kGeometry.center());
+        moveHeld(window, kGeometry.center() + QPoint(30, 30));
         button("clearButton")->click();
-        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
-        moveHeld(window, kPlace.center() + QPoint(60, 10));
-        release(window, kPlace.center() + QPoint(70, 20));
-        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {}));
-        drag(window, kPlace.topLeft() + QPoint(20, 20), {10, 10});
-        QCOMPARE(pictureOf(window), drawnFrame(kPlace.size(), {line({{20, 20}, {25, 25}, {30, 30}, {30, 30}})}));
+        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
+        moveHeld(window, kGeometry.center() + QPoint(60, 10));
+        release(window, kGeometry.center() + QPoint(70, 20));
+        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
+        drag(window, kGeometry.topLeft() + QPoint(20, 20), {10, 10});
+        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {line({{20, 20}, {25, 25}, {30, 30}, {30, 30}})}));
     }
 
     void pressInsideInFrameModeFindsNoWindow()
     {
         DrawWindow window;
-        window.setGeometry(kPlace);
+        window.setGeometry(kGeometry);
         window.show();
         QVERIFY(isReached(window, QRegion(0, 0, 400, 300) - QRegion(4, 4, 392, 292)));
         button("drawToggleButton")->setChecked(true);

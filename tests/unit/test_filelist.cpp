@@ -62,36 +62,36 @@ QImage painted(const QString& name, QStyle::State state, const QRect& row = kRow
 {
     QStandardItemModel model;
     model.appendRow(new QStandardItem(name));
-    QImage picture(row.size() * devicePixelRatio, QImage::Format_RGB32);
-    picture.setDevicePixelRatio(devicePixelRatio);
-    picture.fill(Qt::magenta);
-    QPainter painter(&picture);
+    QImage image(row.size() * devicePixelRatio, QImage::Format_RGB32);
+    image.setDevicePixelRatio(devicePixelRatio);
+    image.fill(Qt::magenta);
+    QPainter painter(&image);
     QStyleOptionViewItem option;
     option.rect = row;
     option.state = state;
     const FileItemDelegate delegate;
     delegate.paint(&painter, option, model.index(0, 0));
     painter.end();
-    return picture;
+    return image;
 }
 
-/// Whether the picture shows exactly that colour within the rectangle.
-bool shows(const QImage& picture, const QRect& rect, const QColor& colour)
+/// Whether the image shows exactly that colour within the rectangle.
+bool shows(const QImage& image, const QRect& rect, const QColor& colour)
 {
     for (int y = rect.top(); y <= rect.bottom(); ++y) {
         for (int x = rect.left(); x <= rect.right(); ++x) {
-            if (picture.pixelColor(x, y) == colour)
+            if (image.pixelColor(x, y) == colour)
                 return true;
         }
     }
     return false;
 }
 
-bool isPlain(const QImage& picture, const QRect& rect, const QColor& colour)
+bool isPlain(const QImage& image, const QRect& rect, const QColor& colour)
 {
     for (int y = rect.top(); y <= rect.bottom(); ++y) {
         for (int x = rect.left(); x <= rect.right(); ++x) {
-            if (picture.pixelColor(x, y) != colour)
+            if (image.pixelColor(x, y) != colour)
                 return false;
         }
     }
@@ -275,18 +275,18 @@ private slots:
         QFETCH(const QColor, background);
         QFETCH(const QColor, text);
         QFETCH(const bool, icons);
-        const QImage picture = painted(QString(20, QChar(0x2588)), state);
-        QCOMPARE(picture.pixelColor(0, 0), background);
-        QCOMPARE(picture.pixelColor(7, 16), background);
-        QVERIFY(shows(picture, FileItemDelegate::textRect(kRow), text));
-        QVERIFY(isPlain(picture, QRect(0, 31, 300, 1), kLine));
-        QVERIFY(isPlain(picture, QRect(0, 0, 300, 2), background));
+        const QImage image = painted(QString(20, QChar(0x2588)), state);
+        QCOMPARE(image.pixelColor(0, 0), background);
+        QCOMPARE(image.pixelColor(7, 16), background);
+        QVERIFY(shows(image, FileItemDelegate::textRect(kRow), text));
+        QVERIFY(isPlain(image, QRect(0, 31, 300, 1), kLine));
+        QVERIFY(isPlain(image, QRect(0, 0, 300, 2), background));
         for (const QRect& icon : {FileItemDelegate::folderRect(kRow), FileItemDelegate::deleteRect(kRow)}) {
-            QCOMPARE(shows(picture, icon, kGrey), icons && canShowIcons());
-            QCOMPARE(isPlain(picture, icon, background), !icons || !canShowIcons());
+            QCOMPARE(shows(image, icon, kGrey), icons && canShowIcons());
+            QCOMPARE(isPlain(image, icon, background), !icons || !canShowIcons());
         }
         // Nothing but the icons stands right of the text.
-        QVERIFY(isPlain(picture, QRect(280 - 1 - 20 + 18, 2, 3, 28), background));
+        QVERIFY(isPlain(image, QRect(280 - 1 - 20 + 18, 2, 3, 28), background));
     }
 
     void longNameIsCutAtTheTextsEdgeWithoutAnEllipsis()
@@ -312,8 +312,8 @@ private slots:
     {
         QStandardItemModel model;
         model.appendRow(new QStandardItem(QStringLiteral("a.mp4")));
-        QImage picture(kRow.size(), QImage::Format_RGB32);
-        QPainter painter(&picture);
+        QImage image(kRow.size(), QImage::Format_RGB32);
+        QPainter painter(&image);
         painter.setPen(Qt::red);
         QStyleOptionViewItem option;
         option.rect = kRow;
@@ -369,8 +369,8 @@ private slots:
         FileItemDelegate delegate;
         QStyleOptionViewItem option;
         option.rect = m_view->visualRect(m_view->model()->index(0, 0));
-        const QPoint place = FileItemDelegate::folderRect(option.rect).center();
-        QHelpEvent whatsThis(QEvent::WhatsThis, place, place);
+        const QPoint position = FileItemDelegate::folderRect(option.rect).center();
+        QHelpEvent whatsThis(QEvent::WhatsThis, position, position);
         QVERIFY(!delegate.helpEvent(&whatsThis, m_view.get(), option, m_view->model()->index(0, 0)));
         QVERIFY(!QToolTip::isVisible());
     }
@@ -762,7 +762,7 @@ private:
     }
 
     QString pathAt(int row) const { return m_view->model()->index(row, 0).data(SCFileManager::kPathRole).toString(); }
-    QPoint onDesktop(const QPoint& place) const { return m_view->viewport()->mapToGlobal(place); }
+    QPoint onDesktop(const QPoint& position) const { return m_view->viewport()->mapToGlobal(position); }
     QRect rowRect(int row) const { return m_view->visualRect(m_view->model()->index(row, 0)); }
 
     void select(const QList<int>& rows)
@@ -772,13 +772,13 @@ private:
             m_view->selectionModel()->select(m_view->model()->index(row, 0), QItemSelectionModel::Select);
     }
 
-    void press(const QPoint& place) { QTest::mouseClick(m_view->viewport(), Qt::LeftButton, {}, place); }
+    void press(const QPoint& position) { QTest::mouseClick(m_view->viewport(), Qt::LeftButton, {}, position); }
 
-    void doubleClick(const QPoint& place) { QTest::mouseDClick(m_view->viewport(), Qt::LeftButton, {}, place); }
+    void doubleClick(const QPoint& position) { QTest::mouseDClick(m_view->viewport(), Qt::LeftButton, {}, position); }
 
-    void showToolTip(const QPoint& place)
+    void showToolTip(const QPoint& position)
     {
-        QHelpEvent event(QEvent::ToolTip, place, m_view->viewport()->mapToGlobal(place));
+        QHelpEvent event(QEvent::ToolTip, position, m_view->viewport()->mapToGlobal(position));
         QCoreApplication::sendEvent(m_view->viewport(), &event);
     }
 

@@ -57,13 +57,13 @@ private slots:
     void isALineAndNothingElse()
     {
         m_first->setFocus();
-        const QImage picture = m_window->grab().toImage();
+        const QImage image = m_window->grab().toImage();
         const QRect ring = m_ring->geometry();
         const QColor line(0x00, 0x7a, 0xcc);
-        QCOMPARE(picture.pixelColor(ring.center().x(), ring.top()), line);
-        QCOMPARE(picture.pixelColor(ring.center().x(), ring.bottom()), line);
-        QCOMPARE(picture.pixelColor(ring.left(), ring.center().y()), line);
-        QVERIFY(picture.pixelColor(ring.center().x(), ring.top() + 2) != line);
+        QCOMPARE(image.pixelColor(ring.center().x(), ring.top()), line);
+        QCOMPARE(image.pixelColor(ring.center().x(), ring.bottom()), line);
+        QCOMPARE(image.pixelColor(ring.left(), ring.center().y()), line);
+        QVERIFY(image.pixelColor(ring.center().x(), ring.top() + 2) != line);
     }
 
     void leavesTheMouseToWhatLiesBelow()

@@ -15,7 +15,7 @@ namespace {
 constexpr QSize kSize(20, 20);
 constexpr QColor kBackground(0x28, 0x28, 0x2e);
 
-QImage picture(const QIcon& icon, QIcon::Mode mode, double devicePixelRatio = 1.0)
+QImage render(const QIcon& icon, QIcon::Mode mode, double devicePixelRatio = 1.0)
 {
     return icon.pixmap(kSize, devicePixelRatio, mode).toImage().convertToFormat(QImage::Format_ARGB32);
 }
@@ -71,7 +71,7 @@ private slots:
             const QIcon icon = icons::named(QStringLiteral("folder"), tone);
             const QIcon file(icons::path(QStringLiteral("folder"), tone));
             QCOMPARE(icon.isNull(), file.isNull());
-            QCOMPARE(picture(icon, mode, devicePixelRatio), picture(file, mode, devicePixelRatio));
+            QCOMPARE(render(icon, mode, devicePixelRatio), render(file, mode, devicePixelRatio));
             QCOMPARE(icon.pixmap(kSize, devicePixelRatio, mode).devicePixelRatio(),
                      file.pixmap(kSize, devicePixelRatio, mode).devicePixelRatio());
             QCOMPARE(icon.actualSize(kSize, mode), file.actualSize(kSize, mode));
@@ -89,8 +89,8 @@ private slots:
     {
         QFETCH(const double, devicePixelRatio);
         const QIcon icon = icons::named(QStringLiteral("delete"));
-        const QImage enabled = picture(icon, QIcon::Normal, devicePixelRatio);
-        const QImage disabled = picture(icon, QIcon::Disabled, devicePixelRatio);
+        const QImage enabled = render(icon, QIcon::Normal, devicePixelRatio);
+        const QImage disabled = render(icon, QIcon::Disabled, devicePixelRatio);
         QCOMPARE(disabled.size(), enabled.size());
         QVERIFY(contrast(disabled) <= contrast(enabled) / 2);
         QCOMPARE(contrast(disabled) > contrast(enabled) / 3, contrast(enabled) > 0);
@@ -112,26 +112,26 @@ private slots:
         icon.paint(&painter, painted.rect(), Qt::AlignCenter, QIcon::Disabled);
         QCOMPARE(painter.opacity(), 1.0);
         painter.end();
-        QVERIFY(qAbs(contrast(painted) - contrast(picture(icon, QIcon::Disabled))) <= 2);
+        QVERIFY(qAbs(contrast(painted) - contrast(render(icon, QIcon::Disabled))) <= 2);
     }
 
     void disabledButtonShowsItsIconFaintAlsoUnderThePointer()
     {
         QPushButton button;
         new HoverIcons(&button, QStringLiteral("delete"));
-        const QImage normal = picture(button.icon(), QIcon::Normal);
+        const QImage normal = render(button.icon(), QIcon::Normal);
         hover(button, true);
-        const QImage light = picture(button.icon(), QIcon::Normal);
+        const QImage light = render(button.icon(), QIcon::Normal);
         QCOMPARE(contrast(light) > contrast(normal), contrast(normal) > 0);
         button.setEnabled(false);
-        QCOMPARE(picture(button.icon(), QIcon::Normal), normal);
+        QCOMPARE(render(button.icon(), QIcon::Normal), normal);
         hover(button, false);
         hover(button, true);
-        QCOMPARE(picture(button.icon(), QIcon::Normal), normal);
+        QCOMPARE(render(button.icon(), QIcon::Normal), normal);
         button.setEnabled(true);
-        QCOMPARE(picture(button.icon(), QIcon::Normal), light);
+        QCOMPARE(render(button.icon(), QIcon::Normal), light);
         hover(button, false);
-        QCOMPARE(picture(button.icon(), QIcon::Normal), normal);
+        QCOMPARE(render(button.icon(), QIcon::Normal), normal);
     }
 };
 

@@ -123,10 +123,10 @@ private slots:
         auto* const button = child<QPushButton>("closeBtn");
         QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
         QCoreApplication::sendEvent(button, &enter);
-        QCOMPARE(picture(button->icon()), picture(QIcon(":/res/forms/images/close-white.svg")));
+        QCOMPARE(render(button->icon()), render(QIcon(":/res/forms/images/close-white.svg")));
         QEvent leave(QEvent::Leave);
         QCoreApplication::sendEvent(button, &leave);
-        QCOMPARE(picture(button->icon()), picture(QIcon(":/res/forms/images/close.svg")));
+        QCOMPARE(render(button->icon()), render(QIcon(":/res/forms/images/close.svg")));
         QTest::mouseClick(button, Qt::LeftButton);
         QVERIFY(!m_window->isVisible());
     }
@@ -141,7 +141,7 @@ private:
     }
 
     QString text(const char* name) const { return child<QLabel>(name)->text(); }
-    static QImage picture(const QIcon& icon) { return icon.pixmap(20, 20).toImage(); }
+    static QImage render(const QIcon& icon) { return icon.pixmap(20, 20).toImage(); }
 
     /// As the system brings it: what a widget does not take goes to the one that it lies in.
     static void drag(QWidget& widget, const QPoint& from, const QPoint& to, Qt::MouseButton button)

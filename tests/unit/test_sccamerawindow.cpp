@@ -75,7 +75,7 @@ private slots:
         QCOMPARE(window.size(), QSize(400, 225));
     }
 
-    void pictureFillsTheWindow()
+    void videoFillsTheWindow()
     {
         const auto* const layout = qobject_cast<QVBoxLayout*>(m_window->layout());
         QVERIFY(layout != nullptr);
@@ -92,7 +92,7 @@ private slots:
         QCOMPARE(video->geometry(), m_window->rect());
     }
 
-    void layerThatCatchesTheMouseStaysOverThePicture()
+    void layerThatCatchesTheMouseStaysOverTheVideo()
     {
         m_window->show();
         QWidget* const layer = mouseLayer();
@@ -105,7 +105,7 @@ private slots:
         QVERIFY(children.indexOf(layer) > children.indexOf(m_window->findChild<QVideoWidget*>()));
     }
 
-    void labelTellsThatTheCameraIsLoading()
+    void labelShowsThatTheCameraIsLoading()
     {
         const auto* const label = m_window->findChild<QLabel*>();
         QVERIFY(label->isHidden());
@@ -173,9 +173,9 @@ private slots:
         QCOMPARE(reports.last(), (QVariantList{QPoint(70, 80), QPoint(550, 350)}));
     }
 
-    void cursorTellsWhatTheMouseDoes_data()
+    void cursorShowsWhatTheMouseDoes_data()
     {
-        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<QPoint>("position");
         QTest::addColumn<Qt::CursorShape>("cursor");
         QTest::newRow("top left") << QPoint(9, 9) << Qt::SizeFDiagCursor;
         QTest::newRow("inside") << QPoint(10, 10) << Qt::ArrowCursor;
@@ -183,17 +183,17 @@ private slots:
         QTest::newRow("bottom right") << QPoint(399, 224) << Qt::SizeFDiagCursor;
     }
 
-    void cursorTellsWhatTheMouseDoes()
+    void cursorShowsWhatTheMouseDoes()
     {
-        QFETCH(const QPoint, place);
+        QFETCH(const QPoint, position);
         QFETCH(const Qt::CursorShape, cursor);
         m_window->show();
         m_window->setGeometry(60, 50, 400, 225);
         m_window->setCursor(Qt::WaitCursor);
-        send(QEvent::MouseMove, place, Qt::NoButton, Qt::NoButton);
+        send(QEvent::MouseMove, position, Qt::NoButton, Qt::NoButton);
         QCOMPARE(m_window->cursor().shape(), cursor);
         m_window->setCursor(Qt::WaitCursor);
-        send(QEvent::MouseButtonRelease, place, Qt::LeftButton, Qt::NoButton);
+        send(QEvent::MouseButtonRelease, position, Qt::LeftButton, Qt::NoButton);
         QCOMPARE(m_window->cursor().shape(), cursor);
     }
 
@@ -207,7 +207,7 @@ private slots:
         send(QEvent::MouseButtonRelease, {200, 100}, Qt::LeftButton, Qt::NoButton);
     }
 
-    void rightEdgeOfA16To9PictureKeeps16To9GrowingSymmetrically()
+    void rightEdgeOfA16To9VideoKeeps16To9GrowingSymmetrically()
     {
         m_window->show();
         m_window->setGeometry(60, 50, 400, 225);
@@ -215,7 +215,7 @@ private slots:
         QCOMPARE(m_window->geometry(), QRect(60, 50 - 22, 480, 269));
     }
 
-    void windowWithoutAPictureIsResizedAsASquare()
+    void windowWithoutVideoIsResizedAsASquare()
     {
         m_cameras->plugIn({});
         m_window = std::make_unique<SCCameraWindow>(m_cameras);
@@ -253,7 +253,7 @@ private slots:
         QCOMPARE(m_window->geometry(), QRect(70, 50, 400, 225));
     }
 
-    void mouseThatWasLetGoDragsNoMore()
+    void releasedMouseDragsNoMore()
     {
         m_window->show();
         m_window->setGeometry(60, 50, 400, 225);
@@ -268,11 +268,11 @@ private slots:
         m_window->show();
         m_window->findChild<QVideoWidget*>()->hide();
         m_window->findChild<QLabel*>()->hide();
-        const QImage picture = pictureOf(*m_window);
+        const QImage image = pictureOf(*m_window);
         for (const QPoint& inside : {QPoint(200, 100), QPoint(200, 0), QPoint(0, 100)})
-            QCOMPARE(picture.pixelColor(inside).rgba(), QColor(40, 40, 46, 240).rgba());
+            QCOMPARE(image.pixelColor(inside).rgba(), QColor(40, 40, 46, 240).rgba());
         for (const QPoint& corner : {QPoint(0, 0), QPoint(399, 0), QPoint(0, 224), QPoint(399, 224)})
-            QCOMPARE(picture.pixelColor(corner).alpha(), 0);
+            QCOMPARE(image.pixelColor(corner).alpha(), 0);
     }
 
     void videoIsRoundedToo()
@@ -286,7 +286,7 @@ private slots:
             QVERIFY(mask.contains(inside));
     }
 
-    void pictureReachesTheVideoWidget()
+    void videoReachesTheVideoWidget()
     {
         const auto* const video = m_window->findChild<QVideoWidget*>();
         QCOMPARE(video->videoSink()->videoFrame().size(), QSize(1920, 1080));
@@ -303,21 +303,21 @@ private:
         return nullptr;
     }
 
-    /// As the system sends it: to the layer that catches the mouse, at a place in the window.
-    void send(QEvent::Type type, const QPoint& place, Qt::MouseButton button, Qt::MouseButtons buttons)
+    /// As the system sends it: to the layer that catches the mouse, at a position in the window.
+    void send(QEvent::Type type, const QPoint& position, Qt::MouseButton button, Qt::MouseButtons buttons)
     {
-        QMouseEvent event(type, place, m_window->pos() + place, button, buttons, Qt::NoModifier);
+        QMouseEvent event(type, position, m_window->pos() + position, button, buttons, Qt::NoModifier);
         QCoreApplication::sendEvent(mouseLayer(), &event);
     }
 
-    void dragFrom(const QPoint& place, const QPoint& delta)
+    void dragFrom(const QPoint& position, const QPoint& delta)
     {
         const QPoint from = m_window->pos();
-        send(QEvent::MouseButtonPress, place, Qt::LeftButton, Qt::LeftButton);
+        send(QEvent::MouseButtonPress, position, Qt::LeftButton, Qt::LeftButton);
         // The window goes along, and with it what its places are counted from.
-        send(QEvent::MouseMove, place + delta / 2, Qt::NoButton, Qt::LeftButton);
-        send(QEvent::MouseMove, place + delta - (m_window->pos() - from), Qt::NoButton, Qt::LeftButton);
-        send(QEvent::MouseButtonRelease, place, Qt::LeftButton, Qt::NoButton);
+        send(QEvent::MouseMove, position + delta / 2, Qt::NoButton, Qt::LeftButton);
+        send(QEvent::MouseMove, position + delta - (m_window->pos() - from), Qt::NoButton, Qt::LeftButton);
+        send(QEvent::MouseButtonRelease, position, Qt::LeftButton, Qt::NoButton);
     }
 
     std::shared_ptr<FakeCameras> m_cameras;

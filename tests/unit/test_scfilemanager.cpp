@@ -154,16 +154,16 @@ private slots:
     {
         SCFileManager library;
         const QString video = m_produced.add(QStringLiteral("a.mp4"));
-        const QString sound = m_produced.add(QStringLiteral("b.mp3"));
-        const QString picture = m_produced.add(QStringLiteral("c.png"));
+        const QString audio = m_produced.add(QStringLiteral("b.mp3"));
+        const QString screenshot = m_produced.add(QStringLiteral("c.png"));
         const QString later = m_produced.add(QStringLiteral("d.mp4"));
         library.addFile(video, kVideo);
-        library.addFile(sound, kAudio);
-        library.addFile(picture, kScreenshot);
+        library.addFile(audio, kAudio);
+        library.addFile(screenshot, kScreenshot);
         library.addFile(later, kVideo);
         QCOMPARE(pathsOf(library.filesByType(kVideo)), QStringList({later, video}));
-        QCOMPARE(pathsOf(library.filesByType(kAudio)), QStringList({sound}));
-        QCOMPARE(pathsOf(library.filesByType(kScreenshot)), QStringList({picture}));
+        QCOMPARE(pathsOf(library.filesByType(kAudio)), QStringList({audio}));
+        QCOMPARE(pathsOf(library.filesByType(kScreenshot)), QStringList({screenshot}));
         QVERIFY(library.filesByType(QStringLiteral("Video")).isEmpty());
     }
 
@@ -277,7 +277,7 @@ private slots:
         QCOMPARE(filelibrary::paths().size(), 1);
     }
 
-    void damagedFileReadsAsEmptyAndIsKeptAside_data()
+    void damagedFileReadsAsEmptyAndIsRenamed_data()
     {
         QTest::addColumn<QByteArray>("text");
         const QByteArray whole = QJsonDocument(QJsonArray{element("/a.mp4", {{"type", "video"}})}).toJson();
@@ -294,7 +294,7 @@ private slots:
         QTest::newRow("100 MB of blanks") << QByteArray(100'000'000, ' ');
     }
 
-    void damagedFileReadsAsEmptyAndIsKeptAside()
+    void damagedFileReadsAsEmptyAndIsRenamed()
     {
         QFETCH(const QByteArray, text);
         filelibrary::write(text);
@@ -309,8 +309,8 @@ private slots:
         }
         QCOMPARE(filelibrary::paths(), QStringList({added}));
         QCOMPARE(filelibrary::neighbours().size(), 1);
-        const QString aside = appidentity::dataFolder() + u'/' + filelibrary::neighbours().front();
-        QFile kept(aside);
+        const QString renamed = appidentity::dataFolder() + u'/' + filelibrary::neighbours().front();
+        QFile kept(renamed);
         QVERIFY(kept.open(QIODevice::ReadOnly));
         QVERIFY(kept.readAll() == text);
     }
@@ -324,7 +324,7 @@ private slots:
         QCOMPARE(filelibrary::neighbours().size(), 3);
     }
 
-    void damagedFileIsKeptAsideOnce()
+    void damagedFileIsRenamedOnce()
     {
         filelibrary::write("damaged");
         SCFileManager library;
@@ -353,7 +353,7 @@ private slots:
         QCOMPARE(pathsOf(library.files()), QStringList({path}));
     }
 
-    void folderInTheFilesPlaceStaysAndIsTold()
+    void folderOfTheFilesNameStaysAndIsReported()
     {
         QVERIFY(QDir().mkpath(filelibrary::path() + QLatin1String("/inner")));
         SCFileManager library;
@@ -441,7 +441,7 @@ private slots:
         QVERIFY(filelibrary::paths().isEmpty());
     }
 
-    void failedSaveLeavesTheListAndIsToldOnce()
+    void failedSaveLeavesTheListAndIsReportedOnce()
     {
         const QString path = m_produced.add(QStringLiteral("a.mp4"));
         SCFileManager library;

@@ -68,8 +68,8 @@ private slots:
         openSettings()->setValue(settingskeys::kScreenshotFormat, format);
         const QString path = m_folder->filePath(QStringLiteral("shot"));
         SCScreenshot screenshot;
-        const QPixmap picture = noise(1);
-        QVERIFY(screenshot.saveScreenshot(picture, path));
+        const QPixmap image = noise(1);
+        QVERIFY(screenshot.saveScreenshot(image, path));
         const QByteArray whole = contents(path);
         QVERIFY(whole.size() > 17000);
         // From the end where it is negative.
@@ -79,7 +79,7 @@ private slots:
             const QSignalSpy failed(&screenshot, &SCScreenshot::error);
             {
                 const FullDisk full(static_cast<rlim_t>(room));
-                QVERIFY(!screenshot.saveScreenshot(picture, target));
+                QVERIFY(!screenshot.saveScreenshot(image, target));
             }
             QVERIFY(saved.isEmpty());
             QCOMPARE(failed.size(), 1);

@@ -13,7 +13,7 @@
 
 namespace {
 
-QPixmap picture(const QColor& colour = Qt::red)
+QPixmap image(const QColor& colour = Qt::red)
 {
     QPixmap pixmap(64, 48);
     pixmap.fill(colour);
@@ -88,17 +88,17 @@ private slots:
         QFETCH(const QByteArray, encoding);
         store(settingskeys::kScreenshotFormat, stored);
         SCScreenshot screenshot;
-        QVERIFY(screenshot.saveScreenshot(picture(), QString()));
+        QVERIFY(screenshot.saveScreenshot(image(), QString()));
         QVERIFY(screenshot.lastSavedPath().endsWith(u'.' + extension));
         QCOMPARE(encodingOf(screenshot.lastSavedPath()), encoding);
     }
 
-    void savedFileIsTold()
+    void savedFileIsReported()
     {
         SCScreenshot screenshot;
         const QSignalSpy saved(&screenshot, &SCScreenshot::screenshotSaved);
         const QSignalSpy failed(&screenshot, &SCScreenshot::error);
-        QVERIFY(screenshot.saveScreenshot(picture(Qt::green), QString()));
+        QVERIFY(screenshot.saveScreenshot(image(Qt::green), QString()));
         QCOMPARE(saved.size(), 1);
         const QString path = saved.at(0).at(0).toString();
         QCOMPARE(path, screenshot.lastSavedPath());
@@ -113,7 +113,7 @@ private slots:
     {
         SCScreenshot screenshot;
         QVERIFY(QDir(m_root->filePath(QStringLiteral("shots"))).removeRecursively());
-        QVERIFY(screenshot.saveScreenshot(picture(), QString()));
+        QVERIFY(screenshot.saveScreenshot(image(), QString()));
         QCOMPARE(QDir(m_folder).entryList(QDir::Files).size(), 1);
     }
 
@@ -122,7 +122,7 @@ private slots:
         SCScreenshot screenshot;
         const QString other = m_root->filePath(QStringLiteral("elsewhere"));
         store(settingskeys::kScreenshotSaveLocation, other);
-        QVERIFY(screenshot.saveScreenshot(picture(), QString()));
+        QVERIFY(screenshot.saveScreenshot(image(), QString()));
         QVERIFY(screenshot.lastSavedPath().startsWith(other + u'/'));
     }
 
@@ -130,15 +130,15 @@ private slots:
     {
         SCScreenshot screenshot;
         const QString path = m_root->filePath(QStringLiteral("deep/below/Schöner Schuß.image"));
-        QVERIFY(screenshot.saveScreenshot(picture(), path));
+        QVERIFY(screenshot.saveScreenshot(image(), path));
         QCOMPARE(screenshot.lastSavedPath(), path);
         QCOMPARE(encodingOf(path), QByteArray("png"));
     }
 
-    void emptyPictureIsRefused()
+    void emptyImageIsRefused()
     {
         SCScreenshot screenshot;
-        QVERIFY(screenshot.saveScreenshot(picture(), m_root->filePath(QStringLiteral("first.png"))));
+        QVERIFY(screenshot.saveScreenshot(image(), m_root->filePath(QStringLiteral("first.png"))));
         const QString before = screenshot.lastSavedPath();
         const QSignalSpy saved(&screenshot, &SCScreenshot::screenshotSaved);
         const QSignalSpy failed(&screenshot, &SCScreenshot::error);
@@ -160,7 +160,7 @@ private slots:
         store(settingskeys::kScreenshotSaveLocation, blocked.fileName() + "/below");
         SCScreenshot screenshot;
         const QSignalSpy failed(&screenshot, &SCScreenshot::error);
-        QVERIFY(!screenshot.saveScreenshot(picture(), QString()));
+        QVERIFY(!screenshot.saveScreenshot(image(), QString()));
         QCOMPARE(failed.size(), 1);
         const QString message = failed.at(0).at(0).toString();
         QVERIFY2(message.startsWith("Failed to save screenshot to " + blocked.fileName() + "/below/Screenshot_"),
@@ -172,10 +172,10 @@ private slots:
     {
         const QString path = m_root->filePath(QStringLiteral("kept.png"));
         SCScreenshot screenshot;
-        QVERIFY(screenshot.saveScreenshot(picture(Qt::blue), path));
+        QVERIFY(screenshot.saveScreenshot(image(Qt::blue), path));
         store(settingskeys::kScreenshotFormat, QStringLiteral("nonsense"));
         const QSignalSpy failed(&screenshot, &SCScreenshot::error);
-        QVERIFY(!screenshot.saveScreenshot(picture(), path));
+        QVERIFY(!screenshot.saveScreenshot(image(), path));
         QCOMPARE(failed.at(0).at(0).toString(), "Failed to save screenshot to " + path);
         QCOMPARE(screenshot.lastSavedPath(), path);
         QCOMPARE(QImage(path).pixelColor(1, 1), QColor(Qt::blue));
@@ -188,9 +188,9 @@ private slots:
         // Once more where a second ended in between.
         do {
             QVERIFY(QDir(m_folder).removeRecursively());
-            QVERIFY(screenshot.saveScreenshot(picture(Qt::red), QString()));
+            QVERIFY(screenshot.saveScreenshot(image(Qt::red), QString()));
             first = screenshot.lastSavedPath();
-            QVERIFY(screenshot.saveScreenshot(picture(Qt::green), QString()));
+            QVERIFY(screenshot.saveScreenshot(image(Qt::green), QString()));
         } while (screenshot.generateFileName() != QFileInfo(first).fileName());
         QCOMPARE(screenshot.lastSavedPath(), first);
         QCOMPARE(QDir(m_folder).entryList(QDir::Files).size(), 1);

@@ -28,7 +28,7 @@ using pointerevents::release;
 namespace {
 
 constexpr QColor kBlue(0, 122, 204);
-constexpr QRect kPlace(150, 120, 400, 300);
+constexpr QRect kGeometry(150, 120, 400, 300);
 
 QWidget& toolBar()
 {
@@ -49,7 +49,7 @@ void click(const char* name)
     QTest::mouseClick(&button(name), Qt::LeftButton);
 }
 
-/// Pictures are compared, so that it is the icon's looks that counts. Without the SVG plug-in they are all blank.
+/// Compares what the icons look like. Without the SVG plug-in all are blank.
 bool shows(const QPushButton& shown, const char* image)
 {
     const QIcon expected(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(image)));
@@ -108,7 +108,7 @@ private slots:
             return m_grabbed;
         });
         m_areas.clear();
-        m_window->setGeometry(kPlace);
+        m_window->setGeometry(kGeometry);
     }
 
     void cleanup()
@@ -198,7 +198,7 @@ private slots:
 
     void toolBarIsThereFromTheStart() { QVERIFY(toolBar().isVisible()); }
 
-    void hideTakesTheToolBarAlongAndTellsNothing()
+    void hideHidesTheToolBarAndEmitsNothing()
     {
         const QSignalSpy cancelled(m_window.get(), &SCScreenshotWindow::screenshotCancelled);
         m_window->show();
@@ -253,29 +253,29 @@ private slots:
         QVERIFY(shows(button("drawButton"), "pen"));
     }
 
-    void cursorTellsTheHandle_data()
+    void cursorShowsTheHandle_data()
     {
-        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<QPoint>("position");
         QTest::addColumn<Qt::CursorShape>("cursor");
         QTest::newRow("top left") << QPoint(9, 9) << Qt::SizeFDiagCursor;
         QTest::newRow("inside") << QPoint(10, 10) << Qt::ArrowCursor;
     }
 
-    void cursorTellsTheHandle()
+    void cursorShowsTheHandle()
     {
-        QFETCH(const QPoint, place);
+        QFETCH(const QPoint, position);
         QFETCH(const Qt::CursorShape, cursor);
         m_window->show();
-        mouse(*m_window, QEvent::MouseMove, kPlace.topLeft() + place);
+        mouse(*m_window, QEvent::MouseMove, kGeometry.topLeft() + position);
         QCOMPARE(m_window->cursor().shape(), cursor);
         click("drawButton");
-        mouse(*m_window, QEvent::MouseMove, kPlace.topLeft() + place);
+        mouse(*m_window, QEvent::MouseMove, kGeometry.topLeft() + position);
         QCOMPARE(m_window->cursor().shape(), Qt::CrossCursor);
     }
 
     void handlesResize_data()
     {
-        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<QPoint>("position");
         QTest::addColumn<QMargins>("grown");
         // Each is dragged by (-30, -20).
         QTest::newRow("top left") << QPoint(2, 2) << QMargins(30, 20, 0, 0);
@@ -284,36 +284,36 @@ private slots:
 
     void handlesResize()
     {
-        QFETCH(const QPoint, place);
+        QFETCH(const QPoint, position);
         QFETCH(const QMargins, grown);
         m_window->show();
-        drag(*m_window, kPlace.topLeft() + place, {-30, -20});
-        QCOMPARE(m_window->geometry(), kPlace.marginsAdded(grown));
+        drag(*m_window, kGeometry.topLeft() + position, {-30, -20});
+        QCOMPARE(m_window->geometry(), kGeometry.marginsAdded(grown));
         QCOMPARE(m_window->cursor().shape(), Qt::ArrowCursor);
     }
 
     void cornerDraggedPastTheOppositeOneStopsAtTheMinimum()
     {
         m_window->show();
-        drag(*m_window, kPlace.topLeft() + QPoint(398, 298), {-900, -100});
-        QCOMPARE(m_window->geometry(), QRect(kPlace.topLeft(), QSize(100, 200)));
+        drag(*m_window, kGeometry.topLeft() + QPoint(398, 298), {-900, -100});
+        QCOMPARE(m_window->geometry(), QRect(kGeometry.topLeft(), QSize(100, 200)));
         drag(*m_window, m_window->geometry().topLeft() + QPoint(2, 2), {900, 900});
-        QCOMPARE(m_window->geometry(), QRect(kPlace.left(), kPlace.top() + 100, 100, 100));
+        QCOMPARE(m_window->geometry(), QRect(kGeometry.left(), kGeometry.top() + 100, 100, 100));
     }
 
     void toolBarMovesTheFrame()
     {
         m_window->show();
         drag(toolBar(), toolBar().geometry().center(), {-50, 33});
-        QCOMPARE(m_window->geometry(), kPlace.translated(-50, 33));
+        QCOMPARE(m_window->geometry(), kGeometry.translated(-50, 33));
     }
 
     void borderIsAllThatIsPaintedWithoutThePen()
     {
         m_window->show();
-        QImage expected = canvas(kPlace.size());
+        QImage expected = canvas(kGeometry.size());
         QPainter painter(&expected);
-        paintBorder(painter, kPlace.size());
+        paintBorder(painter, kGeometry.size());
         painter.end();
         QCOMPARE(pictureOf(*m_window), expected);
     }
@@ -322,45 +322,45 @@ private slots:
     {
         m_window->show();
         click("drawButton");
-        const QPoint origin = kPlace.topLeft();
+        const QPoint origin = kGeometry.topLeft();
         press(*m_window, origin + QPoint(50, 60));
         moveHeld(*m_window, origin + QPoint(80, 90));
         const QPolygonF begun({QPointF(50, 60), QPointF(80, 90)});
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {begun}, hole()));
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {begun}, hole()));
         moveHeld(*m_window, origin + QPoint(120, 90));
         release(*m_window, origin + QPoint(130, 70));
         const QPolygonF first({QPointF(50, 60), QPointF(80, 90), QPointF(120, 90), QPointF(130, 70)});
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {first}, hole()));
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {first}, hole()));
         drag(*m_window, origin + QPoint(200, 200), {40, 0});
         const QPolygonF second({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {first, second}, hole()));
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {first, second}, hole()));
         // Nothing of the frame was dragged.
-        QCOMPARE(m_window->geometry(), kPlace);
+        QCOMPARE(m_window->geometry(), kGeometry);
     }
 
     void clickWithoutMovementLeavesNoStroke()
     {
         m_window->show();
         click("drawButton");
-        press(*m_window, kPlace.topLeft() + QPoint(50, 60));
-        release(*m_window, kPlace.topLeft() + QPoint(50, 60));
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {}, hole()));
-        drag(*m_window, kPlace.topLeft() + QPoint(200, 200), {40, 0});
+        press(*m_window, kGeometry.topLeft() + QPoint(50, 60));
+        release(*m_window, kGeometry.topLeft() + QPoint(50, 60));
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {}, hole()));
+        drag(*m_window, kGeometry.topLeft() + QPoint(200, 200), {40, 0});
         const QPolygonF line({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {line}, hole()));
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {line}, hole()));
     }
 
     void drawingOutlivesHidingUntilItIsCleared()
     {
         m_window->show();
         click("drawButton");
-        drag(*m_window, kPlace.topLeft() + QPoint(200, 200), {40, 0});
+        drag(*m_window, kGeometry.topLeft() + QPoint(200, 200), {40, 0});
         const QPolygonF line({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
         m_window->hide();
         m_window->show();
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {line}, hole()));
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {line}, hole()));
         click("clearButton");
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kPlace.size(), {}, hole()));
+        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {}, hole()));
         QVERIFY(button("drawButton").isChecked());
     }
 
@@ -387,7 +387,7 @@ private slots:
         QCOMPARE(QImage(path).size(), QSize(40, 30));
         QVERIFY(!m_window->isVisible());
         QVERIFY(!toolBar().isVisible());
-        QCOMPARE(m_areas.constLast(), kPlace);
+        QCOMPARE(m_areas.constLast(), kGeometry);
     }
 
     void nothingOfTheFrameIsThereWhenTheScreenIsGrabbed()
@@ -402,7 +402,7 @@ private slots:
             return m_grabbed;
         });
         click("saveButton");
-        QCOMPARE(seen, canvas(kPlace.size()));
+        QCOMPARE(seen, canvas(kGeometry.size()));
         QVERIFY(!barSeen);
     }
 
@@ -410,7 +410,7 @@ private slots:
     {
         m_window->show();
         click("drawButton");
-        drag(*m_window, kPlace.topLeft() + QPoint(200, 200), {40, 0});
+        drag(*m_window, kGeometry.topLeft() + QPoint(200, 200), {40, 0});
         QImage seen;
         m_window->setGrabber([&](QScreen&, const QRect&) {
             seen = pictureOf(*m_window);
@@ -503,14 +503,14 @@ private slots:
         QCOMPARE(pictureOf(*m_window).pixelColor(inside).alpha(), 1);
     }
 
-    void escapeAndTheCloseButtonGiveTheShotUp_data()
+    void escapeAndTheCloseButtonCancel_data()
     {
         QTest::addColumn<bool>("byKey");
         QTest::newRow("escape") << true;
         QTest::newRow("button") << false;
     }
 
-    void escapeAndTheCloseButtonGiveTheShotUp()
+    void escapeAndTheCloseButtonCancel()
     {
         QFETCH(const bool, byKey);
         m_window->show();
@@ -549,7 +549,7 @@ private slots:
     }
 
 private:
-    /// The tool bar's place on the desktop, taken for one in the frame.
+    /// The tool bar's position on the desktop, taken for one in the frame.
     static QRect hole() { return toolBar().geometry(); }
 
     std::unique_ptr<QTemporaryDir> m_folder;

@@ -217,12 +217,12 @@ private slots:
         choose("screenshotComboBox", "F2");
         check("showCursorCheckBox")->setChecked(false);
         const QSignalSpy updated(m_window.get(), &SCSettingsWindow::updateSettings);
-        QString formatWhenTold;
+        QString formatWhenNotified;
         connect(m_window.get(), &SCSettingsWindow::updateSettings, this,
-                [&] { formatWhenTold = openSettings()->value(settingskeys::kRecordingFormat).toString(); });
+                [&] { formatWhenNotified = openSettings()->value(settingskeys::kRecordingFormat).toString(); });
         press(QDialogButtonBox::Save);
         QCOMPARE(updated.size(), 1);
-        QCOMPARE(formatWhenTold, QStringLiteral("FLAC"));
+        QCOMPARE(formatWhenNotified, QStringLiteral("FLAC"));
         QVERIFY(!m_window->isVisible());
         QCOMPARE(text(settingskeys::kRecordingFormat), QStringLiteral("FLAC"));
         QCOMPARE(text(settingskeys::kScreenshotFormat), QStringLiteral("JPG"));
@@ -372,13 +372,13 @@ private slots:
         auto* const button = child<QPushButton>("closeBtn");
         QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
         QCoreApplication::sendEvent(button, &enter);
-        QCOMPARE(picture(button->icon()), picture(QIcon(":/res/forms/images/close-white.svg")));
+        QCOMPARE(render(button->icon()), render(QIcon(":/res/forms/images/close-white.svg")));
         QEvent leave(QEvent::Leave);
         QCoreApplication::sendEvent(button, &leave);
-        QCOMPARE(picture(button->icon()), picture(QIcon(":/res/forms/images/close.svg")));
+        QCOMPARE(render(button->icon()), render(QIcon(":/res/forms/images/close.svg")));
     }
 
-    void everyControlHasANameAndAPlaceInTheTabOrder()
+    void everyControlHasANameAndAPositionInTheTabOrder()
     {
         open();
         for (const char* tab :
@@ -426,7 +426,7 @@ private:
     QCheckBox* check(const char* name) const { return child<QCheckBox>(name); }
     QString text(QLatin1String key) const { return m_settings->value(key).toString(); }
     void choose(const char* name, const char* key) const { box(name)->setCurrentText(QLatin1String(key)); }
-    static QImage picture(const QIcon& icon) { return icon.pixmap(20, 20).toImage(); }
+    static QImage render(const QIcon& icon) { return icon.pixmap(20, 20).toImage(); }
 
     QStringList texts(const char* name) const
     {

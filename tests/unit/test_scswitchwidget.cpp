@@ -12,20 +12,20 @@ namespace {
 
 constexpr int kAnimationMs = 150;
 
-/// A switch's picture: its track's place, radius and colour, and its knob's.
-QImage expectedPicture(const QSize& size, const QRect& track, int radius, const QColor& trackColor, const QRect& knob,
-                       const QColor& knobColor)
+/// A switch's image: its track's place, radius and colour, and its knob's.
+QImage expectedImage(const QSize& size, const QRect& track, int radius, const QColor& trackColor, const QRect& knob,
+                     const QColor& knobColor)
 {
-    QImage picture(size, QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(trackColor);
     painter.drawRoundedRect(track, radius, radius, Qt::AbsoluteSize);
     painter.setBrush(knobColor);
     painter.drawEllipse(knob);
-    return picture;
+    return image;
 }
 
 QPropertyAnimation& animationOf(const SCSwitchWidget& toggle)
@@ -129,7 +129,7 @@ private slots:
         QVERIFY(toggle.isChecked());
     }
 
-    void pictures_data()
+    void looks_data()
     {
         QTest::addColumn<QSize>("size");
         QTest::addColumn<double>("position");
@@ -153,7 +153,7 @@ private slots:
             << QSize(25, 7) << 0.0 << QRect(2, 1, 21, 5) << 2 << off << QRect(2, 0, 7, 7) << QColor(170, 170, 170);
     }
 
-    void pictures()
+    void looks()
     {
         QFETCH(const QSize, size);
         QFETCH(const double, position);
@@ -165,7 +165,7 @@ private slots:
         SCSwitchWidget toggle;
         toggle.resize(size);
         toggle.setPosition(position);
-        QCOMPARE(pictureOf(toggle), expectedPicture(size, track, radius, trackColor, knob, knobColor));
+        QCOMPARE(pictureOf(toggle), expectedImage(size, track, radius, trackColor, knob, knobColor));
     }
 
     void coloursAreItsProperties()

@@ -87,11 +87,11 @@ private slots:
         server.setAnswers({{status, body, {}, Manner::Answer, true}});
         const MessageCapture messages;
         const SCUpgradeWindow window(nullptr, {});
-        const QSignalSpy told(&window, &SCUpgradeWindow::answered);
+        const QSignalSpy answered(&window, &SCUpgradeWindow::answered);
         QCOMPARE(pageOf(window), int(Page::Waiting));
         waitForReply(window);
         QCOMPARE(pageOf(window), page);
-        QCOMPARE(told.size(), page != Page::Waiting && status == "200 OK" ? 1 : 0);
+        QCOMPARE(answered.size(), page != Page::Waiting && status == "200 OK" ? 1 : 0);
         if (page == Page::UpToDate && status == "200 OK")
             QCOMPARE(window.findChild<QLabel*>("currentVersionLabel")->text(), QStringLiteral("1.0.0"));
         const QStringList lines = messages.texts(QtDebugMsg).filter("[DEBUG]");
@@ -216,19 +216,19 @@ private slots:
 
     void bodyOfFiftyMegabytesIsRefusedWhileItArrives_data()
     {
-        QTest::addColumn<bool>("tellSize");
+        QTest::addColumn<bool>("announceSize");
         QTest::addColumn<bool>("pack");
-        QTest::newRow("with its size told") << true << false;
+        QTest::newRow("with its size announced") << true << false;
         QTest::newRow("without") << false << false;
         QTest::newRow("packed into a small one") << true << true;
     }
 
     void bodyOfFiftyMegabytesIsRefusedWhileItArrives()
     {
-        QFETCH(const bool, tellSize);
+        QFETCH(const bool, announceSize);
         QFETCH(const bool, pack);
         UpdateServer server;
-        Answer answer{"200 OK", large(), {}, Manner::Answer, tellSize};
+        Answer answer{"200 OK", large(), {}, Manner::Answer, announceSize};
         if (pack) {
             answer.body = packed(answer.body);
             answer.headers = "Content-Encoding: deflate\r\n";

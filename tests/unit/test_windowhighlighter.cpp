@@ -30,7 +30,7 @@ constexpr int kWatchdogMs = 60'000;
 struct Desktop
 {
     std::map<NativeWindow, QRect> windows{};
-    /// Windows that exist but do not tell where they are.
+    /// Windows that exist but have no known position.
     std::map<NativeWindow, bool> unreadable{};
     NativeWindow under = 0;
     unsigned long hookError = 0;
@@ -191,7 +191,7 @@ private slots:
         QCOMPARE(program.readAllStandardOutput(), QByteArray("WindowHighlighter already instantiated"));
     }
 
-    void failureToHookIsToldAndEndsTheProgram()
+    void failureToHookIsReportedAndEndsTheProgram()
     {
         Desktop desktop;
         desktop.hookError = 1428;
@@ -435,7 +435,7 @@ private slots:
         QCOMPARE(events, (QStringList{"clicked", "menu"}));
     }
 
-    void menuWaitsUntilTheButtonIsLetGo()
+    void menuWaitsUntilTheButtonIsReleased()
     {
         Desktop desktop{{{7, QRect(30, 40, 300, 200)}}};
         Highlighter highlighter(desktop);
@@ -462,7 +462,7 @@ private slots:
         QCOMPARE(desktop.buttonLooks, 0);
     }
 
-    void captureWindowTellsAboutTheWindow()
+    void captureWindowDescribesTheWindow()
     {
         Desktop desktop{{{7, QRect(-30, 40, 300, 200)}}};
         Highlighter highlighter(desktop);
@@ -478,7 +478,7 @@ private slots:
         QCOMPARE(boxes.calls()[0].text, QStringLiteral("Window Position: (-30, 40)\nSize: 300 x 200"));
     }
 
-    void captureWindowTellsNothingOfAWindowThatIsGone()
+    void captureWindowDescribesNothingOfAWindowThatIsGone()
     {
         Desktop desktop{{{7, QRect(-30, 40, 300, 200)}}};
         Highlighter highlighter(desktop);
