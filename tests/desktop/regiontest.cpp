@@ -91,9 +91,9 @@ QString RegionTest::wrongInTheBorder(const QRect& area)
                                {frame.right() - 1, area.center().y()},
                                {area.center().x(), frame.top() + 1},
                                {area.center().x(), frame.bottom() - 1}};
-    for (const QPoint& place : border) {
-        if (!isLike(colourAt(place), kBorder))
-            return QStringLiteral("the border at (%1, %2)").arg(place.x()).arg(place.y());
+    for (const QPoint& position : border) {
+        if (!isLike(colourAt(position), kBorder))
+            return QStringLiteral("the border at (%1, %2)").arg(position.x()).arg(position.y());
     }
     return {};
 }
@@ -106,9 +106,9 @@ QString RegionTest::wrongInTheFrame(const QRect& area)
         return wrong;
     const QList<QPoint> clear{area.topLeft() + QPoint(2, 2), area.bottomRight() - QPoint(2, 2), area.center(),
                               frame.bottomRight() + QPoint(3, 3)};
-    for (const QPoint& place : clear) {
-        if (!isLike(colourAt(place), kBackdrop))
-            return QStringLiteral("(%1, %2) is covered").arg(place.x()).arg(place.y());
+    for (const QPoint& position : clear) {
+        if (!isLike(colourAt(position), kBackdrop))
+            return QStringLiteral("(%1, %2) is covered").arg(position.x()).arg(position.y());
     }
     return {};
 }

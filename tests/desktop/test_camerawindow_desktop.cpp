@@ -21,11 +21,11 @@ constexpr QRgb kUpper = qRgb(0, 160, 80);
 constexpr QRgb kLower = qRgb(255, 255, 255);
 /// A machine that draws without a graphics card and is busy takes seconds for a video widget of a new size.
 constexpr int kPaintTimeoutMs = 30'000;
-const QRect kPlace(200, 160, 400, 225);
+const QRect kGeometry(200, 160, 400, 225);
 
 bool isLike(QRgb seen, QRgb expected)
 {
-    // The picture may be turned into another colour space and back.
+    // The video may be converted to another colour space and back.
     constexpr int kTolerance = 12;
     return std::abs(qRed(seen) - qRed(expected)) <= kTolerance &&
            std::abs(qGreen(seen) - qGreen(expected)) <= kTolerance &&
@@ -34,7 +34,7 @@ bool isLike(QRgb seen, QRgb expected)
 
 } // namespace
 
-/// The webcam window on a desktop, worked with the pointer and looked at. A made-up 16:9 camera is in it, whose picture
+/// The webcam window on a desktop, worked with the pointer and looked at. A made-up 16:9 camera is in it, whose video
 /// is of one colour in its upper half and white in the lower one.
 class TestCameraWindowDesktop : public QObject
 {
@@ -50,10 +50,10 @@ private slots:
         m_window = std::make_unique<SCCameraWindow>(m_cameras);
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-        m_window->setGeometry(kPlace);
+        m_window->setGeometry(kGeometry);
         // All that showing it has called for.
         QTest::qWait(500);
-        QTRY_COMPARE(m_window->geometry(), kPlace);
+        QTRY_COMPARE(m_window->geometry(), kGeometry);
     }
 
     void cleanup()
@@ -62,86 +62,86 @@ private slots:
         QVERIFY(QThreadPool::globalInstance()->waitForDone());
     }
 
-    void screenShowsThePicture() { expectPicture(); }
+    void screenShowsTheVideo() { expectVideo(); }
 
-    void pictureIsThereWhenTheWindowIsShownAgain()
+    void videoIsThereWhenTheWindowIsShownAgain()
     {
         m_window->close();
-        QTRY_VERIFY(!isLike(colourAt(place(0.5, 0.25)), kUpper));
+        QTRY_VERIFY(!isLike(colourAt(at(0.5, 0.25)), kUpper));
         m_window->show();
         desktopuser::waitUntilStill();
-        expectPicture();
+        expectVideo();
         m_window->hide();
         m_window->show();
         desktopuser::waitUntilStill();
-        expectPicture();
+        expectVideo();
     }
 
-    void pictureFillsTheWindowAtEachSize()
+    void videoFillsTheWindowAtEachSize()
     {
-        drag(place(1, 1) - QPoint(2, 2), place(1, 1) + QPoint(158, 40));
+        drag(at(1, 1) - QPoint(2, 2), at(1, 1) + QPoint(158, 40));
         QTRY_COMPARE(m_window->geometry(), QRect(200, 160, 560, 315));
-        expectPicture();
+        expectVideo();
     }
 
     void rightEdgeOfA16To9PictureKeeps16To9GrowingSymmetrically()
     {
-        drag(place(1, 0.5) - QPoint(2, 0), place(1, 0.5) + QPoint(78, 30));
+        drag(at(1, 0.5) - QPoint(2, 0), at(1, 0.5) + QPoint(78, 30));
         // 270 high, of which both sides take the same whole number of pixels.
         QTRY_COMPARE(m_window->geometry(), QRect(200, 160 - 22, 480, 225 + 44));
     }
 
-    void leftEdgeKeepsTheRightOneInPlace()
+    void leftEdgeKeepsTheRightOneWhereItIs()
     {
-        drag(place(0, 0.5) + QPoint(2, 0), place(0, 0.5) + QPoint(-30, 0));
+        drag(at(0, 0.5) + QPoint(2, 0), at(0, 0.5) + QPoint(-30, 0));
         QTRY_COMPARE(m_window->geometry(), QRect(168, 160 - 9, 432, 225 + 18));
     }
 
-    void topEdgeKeepsTheBottomOneInPlace()
+    void topEdgeKeepsTheBottomOneWhereItIs()
     {
-        drag(place(0.5, 0) + QPoint(0, 2), place(0.5, 0) - QPoint(0, 43));
+        drag(at(0.5, 0) + QPoint(0, 2), at(0.5, 0) - QPoint(0, 43));
         QTRY_COMPARE(m_window->geometry(), QRect(160, 115, 480, 270));
     }
 
     void windowDraggedSmallKeepsItsMinimum()
     {
-        drag(place(1, 1) - QPoint(2, 2), place(0, 0) + QPoint(20, 20));
+        drag(at(1, 1) - QPoint(2, 2), at(0, 0) + QPoint(20, 20));
         QTRY_COMPARE(m_window->geometry(), QRect(200, 160, 200, 112));
     }
 
     void windowShownAgainIsWhereTheLastDragBegan()
     {
-        drag(place(0.5, 0.5), place(0.5, 0.5) + QPoint(80, 40));
-        QTRY_COMPARE(m_window->geometry(), kPlace.translated(80, 40));
-        drag(place(0.5, 0.5), place(0.5, 0.5) + QPoint(-50, 100));
-        QTRY_COMPARE(m_window->geometry(), kPlace.translated(30, 140));
+        drag(at(0.5, 0.5), at(0.5, 0.5) + QPoint(80, 40));
+        QTRY_COMPARE(m_window->geometry(), kGeometry.translated(80, 40));
+        drag(at(0.5, 0.5), at(0.5, 0.5) + QPoint(-50, 100));
+        QTRY_COMPARE(m_window->geometry(), kGeometry.translated(30, 140));
         m_window->hide();
         m_window->show();
-        QCOMPARE(m_window->geometry(), kPlace.translated(80, 40));
+        QCOMPARE(m_window->geometry(), kGeometry.translated(80, 40));
         desktopuser::waitUntilStill();
-        expectPicture();
+        expectVideo();
     }
 
     void windowGoesPastTheScreensEdges()
     {
-        drag(place(0.5, 0.5), place(0.5, 0.5) + QPoint(-350, -250));
-        QTRY_COMPARE(m_window->geometry(), kPlace.translated(-350, -250));
+        drag(at(0.5, 0.5), at(0.5, 0.5) + QPoint(-350, -250));
+        QTRY_COMPARE(m_window->geometry(), kGeometry.translated(-350, -250));
     }
 
 private:
     /// A point of the window, in shares of its width and height.
-    QPoint place(double x, double y) const
+    QPoint at(double x, double y) const
     {
         const QRect geometry = m_window->geometry();
         return geometry.topLeft() + QPoint(qRound(geometry.width() * x), qRound(geometry.height() * y));
     }
 
-    void expectPicture() const
+    void expectVideo() const
     {
         for (const double x : {0.05, 0.5, 0.95}) {
-            expectColour(place(x, 0.08), kUpper);
-            expectColour(place(x, 0.42), kUpper);
-            expectColour(place(x, 0.92), kLower);
+            expectColour(at(x, 0.08), kUpper);
+            expectColour(at(x, 0.42), kUpper);
+            expectColour(at(x, 0.92), kLower);
         }
     }
 

@@ -314,7 +314,7 @@ private slots:
         QTRY_VERIFY(!m_window->isMinimized());
     }
 
-    void unknownStoredFormatIsToldInABox()
+    void unknownStoredFormatIsReportedInABox()
     {
         openSettings()->setValue(settingskeys::kRecordingFormat, "MKV");
         QString text;

@@ -31,7 +31,7 @@ constexpr QRgb kRed = qRgb(255, 0, 0);
 constexpr QRgb kBar = qRgb(0x28, 0x28, 0x2e);
 constexpr int kBorderPx = 4;
 /// At places that are whole pixels at all scales of these tests.
-constexpr QRect kPlace(200, 160, 400, 240);
+constexpr QRect kGeometry(200, 160, 400, 240);
 
 /// The window below the frame, which counts what reaches it.
 class Backdrop : public QWidget
@@ -57,7 +57,7 @@ void dragBy(const QPoint& from, const QPoint& distance)
 
 bool isLike(QRgb seen, QRgb expected)
 {
-    // The unseen fill of drawing mode takes the last bit.
+    // The invisible fill of drawing mode takes the last bit.
     constexpr int kTolerance = 2;
     return std::abs(qRed(seen) - qRed(expected)) <= kTolerance &&
            std::abs(qGreen(seen) - qGreen(expected)) <= kTolerance &&
@@ -70,24 +70,24 @@ QString named(QRgb colour)
 }
 
 /// The first pixel of an area, physical, that is on the screen and not of the colour; empty when there is none.
-QString otherThan(QRgb expected, const QImage& picture, const QRect& wholeArea)
+QString otherThan(QRgb expected, const QImage& image, const QRect& wholeArea)
 {
-    const QRect area = wholeArea & picture.rect();
+    const QRect area = wholeArea & image.rect();
     for (int y = area.top(); y <= area.bottom(); ++y) {
         for (int x = area.left(); x <= area.right(); ++x) {
-            if (!isLike(picture.pixel(x, y), expected))
-                return QStringLiteral("(%1, %2) is %3").arg(x).arg(y).arg(named(picture.pixel(x, y)));
+            if (!isLike(image.pixel(x, y), expected))
+                return QStringLiteral("(%1, %2) is %3").arg(x).arg(y).arg(named(image.pixel(x, y)));
         }
     }
     return {};
 }
 
 /// The first pixel of an area, physical, that is neither the border nor what is below nor a mixture of both.
-QString otherThanBorderAndBackdrop(const QImage& picture, const QRect& area)
+QString otherThanBorderAndBackdrop(const QImage& image, const QRect& area)
 {
     for (int y = area.top(); y <= area.bottom(); ++y) {
         for (int x = area.left(); x <= area.right(); ++x) {
-            const QRgb seen = picture.pixel(x, y);
+            const QRgb seen = image.pixel(x, y);
             const double share = double(qBlue(seen) - qBlue(kBackdrop)) / (qBlue(kBlue) - qBlue(kBackdrop));
             const auto mixed = [share](int below, int border) { return qRound(below + share * (border - below)); };
             if (!isLike(seen, qRgb(mixed(qRed(kBackdrop), qRed(kBlue)), mixed(qGreen(kBackdrop), qGreen(kBlue)),
@@ -98,12 +98,12 @@ QString otherThanBorderAndBackdrop(const QImage& picture, const QRect& area)
     return {};
 }
 
-int pixelsLike(QRgb expected, const QImage& picture, const QRect& area)
+int pixelsLike(QRgb expected, const QImage& image, const QRect& area)
 {
     int count = 0;
     for (int y = area.top(); y <= area.bottom(); ++y) {
         for (int x = area.left(); x <= area.right(); ++x)
-            count += isLike(picture.pixel(x, y), expected) ? 1 : 0;
+            count += isLike(image.pixel(x, y), expected) ? 1 : 0;
     }
     return count;
 }
@@ -135,7 +135,7 @@ QWidget* toolBar()
 }
 
 /// Where the tool bar has no button.
-QPoint freePlaceOfTheBar()
+QPoint emptyPointOfTheBar()
 {
     return toolBar()->geometry().topRight() + QPoint(-40, 15);
 }
@@ -149,7 +149,7 @@ QPoint centreOf(const char* button)
 /// The frame, the four strips of its border and nothing else, is where it belongs and as it should look.
 QString wrongInTheLook(const QRect& frame)
 {
-    const QImage picture = screenshot();
+    const QImage image = screenshot();
     const QRect outer = physical(frame);
     const QRect inner = physical(insideOf(frame));
     const QRect above(outer.left(), outer.top(), outer.width(), inner.top() - outer.top());
@@ -158,11 +158,11 @@ QString wrongInTheLook(const QRect& frame)
     const QRect right(inner.right() + 1, outer.top(), outer.right() - inner.right(), outer.height());
     QStringList wrong;
     for (const QRect& strip : {above, below, left, right})
-        wrong.append(otherThan(kBlue, picture, strip));
-    wrong.append(otherThan(kBackdrop, picture, inner));
-    wrong.append(otherThan(kBackdrop, picture, QRect(outer.left(), outer.bottom() + 1, outer.width(), 3)));
-    wrong.append(otherThan(kBackdrop, picture, QRect(outer.left() - 3, outer.top(), 3, outer.height())));
-    wrong.append(otherThan(kBackdrop, picture, QRect(outer.right() + 1, outer.top(), 3, outer.height())));
+        wrong.append(otherThan(kBlue, image, strip));
+    wrong.append(otherThan(kBackdrop, image, inner));
+    wrong.append(otherThan(kBackdrop, image, QRect(outer.left(), outer.bottom() + 1, outer.width(), 3)));
+    wrong.append(otherThan(kBackdrop, image, QRect(outer.left() - 3, outer.top(), 3, outer.height())));
+    wrong.append(otherThan(kBackdrop, image, QRect(outer.right() + 1, outer.top(), 3, outer.height())));
     wrong.removeAll(QString());
     return wrong.join(QStringLiteral(", "));
 }
@@ -187,7 +187,7 @@ private slots:
     {
         pointTo({3, 3});
         m_window = std::make_unique<DrawWindow>();
-        m_window->setGeometry(kPlace);
+        m_window->setGeometry(kGeometry);
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         waitUntilStill();
@@ -198,59 +198,59 @@ private slots:
 
     void standsExactlyWhereItIsPut_data()
     {
-        QTest::addColumn<QRect>("place");
+        QTest::addColumn<QRect>("geometry");
         QTest::newRow("in the corner, its bar above the screen") << QRect(0, 0, 400, 240);
         QTest::newRow("smallest") << QRect(300, 200, 200, 150);
     }
 
     void standsExactlyWhereItIsPut()
     {
-        QFETCH(const QRect, place);
-        m_window->setGeometry(place);
-        QTRY_COMPARE(wrongInTheLook(place), QString());
-        QCOMPARE(m_window->geometry(), place);
-        QCOMPARE(m_window->frameGeometry(), place);
-        QCOMPARE(toolBar()->geometry(), QRect(place.left(), place.top() - 30, place.width(), 30));
+        QFETCH(const QRect, geometry);
+        m_window->setGeometry(geometry);
+        QTRY_COMPARE(wrongInTheLook(geometry), QString());
+        QCOMPARE(m_window->geometry(), geometry);
+        QCOMPARE(m_window->frameGeometry(), geometry);
+        QCOMPARE(toolBar()->geometry(), QRect(geometry.left(), geometry.top() - 30, geometry.width(), 30));
     }
 
-    void isCleanAtOddPlacesToo_data()
+    void isCleanAtOddPositionsToo_data()
     {
-        QTest::addColumn<QRect>("place");
-        QTest::newRow("odd place") << kPlace.translated(1, 1);
-        QTest::newRow("odd size") << kPlace.adjusted(0, 0, 1, 1);
+        QTest::addColumn<QRect>("geometry");
+        QTest::newRow("odd position") << kGeometry.translated(1, 1);
+        QTest::newRow("odd size") << kGeometry.adjusted(0, 0, 1, 1);
     }
 
     /// Where pixels are no whole ones the border may end a pixel further in or out, but nothing else is ever seen.
-    void isCleanAtOddPlacesToo()
+    void isCleanAtOddPositionsToo()
     {
-        QFETCH(const QRect, place);
-        m_window->setGeometry(place);
-        const QRect clear = physical(insideOf(place)).adjusted(1, 1, -1, -1);
+        QFETCH(const QRect, geometry);
+        m_window->setGeometry(geometry);
+        const QRect clear = physical(insideOf(geometry)).adjusted(1, 1, -1, -1);
         QTRY_COMPARE(otherThan(kBackdrop, screenshot(), clear), QString());
-        QCOMPARE(otherThanBorderAndBackdrop(screenshot(), physical(place).adjusted(-2, 2, 2, 2)), QString());
+        QCOMPARE(otherThanBorderAndBackdrop(screenshot(), physical(geometry).adjusted(-2, 2, 2, 2)), QString());
         click(centreOf("drawToggleButton"));
         pointTo({3, 3});
         waitUntilStill();
         QCOMPARE(otherThan(kBackdrop, screenshot(), clear), QString());
-        QCOMPARE(otherThanBorderAndBackdrop(screenshot(), physical(place).adjusted(-2, 2, 2, 2)), QString());
+        QCOMPARE(otherThanBorderAndBackdrop(screenshot(), physical(geometry).adjusted(-2, 2, 2, 2)), QString());
     }
 
     void mayLiePartlyBelowTheScreen()
     {
         const int bottom = QGuiApplication::primaryScreen()->geometry().height();
-        const int down = bottom - 40 - kPlace.top();
-        dragBy(freePlaceOfTheBar(), {0, down});
-        QTRY_COMPARE(m_window->geometry(), kPlace.translated(0, down));
-        QTRY_COMPARE(wrongInTheLook(kPlace.translated(0, down)), QString());
+        const int down = bottom - 40 - kGeometry.top();
+        dragBy(emptyPointOfTheBar(), {0, down});
+        QTRY_COMPARE(m_window->geometry(), kGeometry.translated(0, down));
+        QTRY_COMPARE(wrongInTheLook(kGeometry.translated(0, down)), QString());
         QCOMPARE(toolBar()->y(), bottom - 70);
     }
 
     void toolBarStandsOnTopOfTheFrame()
     {
-        const QPoint place(kPlace.right() - 40, kPlace.top() - 15);
-        QTRY_COMPARE(named(screenshot().pixel(inPixels(place))), named(kBar));
-        QTRY_COMPARE(named(screenshot().pixel(inPixels(kPlace.topRight() + QPoint(-40, -2)))), named(kBar));
-        QVERIFY(isLike(screenshot().pixel(inPixels(kPlace.topRight() + QPoint(-40, -32))), kBackdrop));
+        const QPoint position(kGeometry.right() - 40, kGeometry.top() - 15);
+        QTRY_COMPARE(named(screenshot().pixel(inPixels(position))), named(kBar));
+        QTRY_COMPARE(named(screenshot().pixel(inPixels(kGeometry.topRight() + QPoint(-40, -2)))), named(kBar));
+        QVERIFY(isLike(screenshot().pixel(inPixels(kGeometry.topRight() + QPoint(-40, -32))), kBackdrop));
     }
 
     void standsAboveAFocusedFullScreenWindow()
@@ -260,7 +260,7 @@ private slots:
         full.showFullScreen();
         QVERIFY(QTest::qWaitForWindowActive(&full));
         waitUntilStill();
-        QTRY_COMPARE(wrongInTheLook(kPlace), QString());
+        QTRY_COMPARE(wrongInTheLook(kGeometry), QString());
         QVERIFY(full.isActiveWindow());
     }
 
@@ -268,9 +268,9 @@ private slots:
     {
         m_backdrop.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&m_backdrop));
-        click(kPlace.topLeft() + QPoint(1, 1));
+        click(kGeometry.topLeft() + QPoint(1, 1));
         click(centreOf("drawToggleButton"));
-        click(kPlace.center());
+        click(kGeometry.center());
         QTest::qWait(100);
         QVERIFY(m_backdrop.isActiveWindow());
     }
@@ -293,8 +293,8 @@ private slots:
     void toolBarMovesIt()
     {
         const QSignalSpy changed(m_window.get(), &DrawWindow::windowGeometryChanged);
-        dragBy(freePlaceOfTheBar(), {80, 40});
-        const QRect moved = kPlace.translated(80, 40);
+        dragBy(emptyPointOfTheBar(), {80, 40});
+        const QRect moved = kGeometry.translated(80, 40);
         QTRY_COMPARE(m_window->geometry(), moved);
         QTRY_COMPARE(wrongInTheLook(moved), QString());
         QVERIFY(changed.size() >= 4);
@@ -305,8 +305,8 @@ private slots:
     void handleResizesIt()
     {
         const QSignalSpy changed(m_window.get(), &DrawWindow::windowGeometryChanged);
-        dragBy(kPlace.topLeft() + QPoint(2, 2), {40, 24});
-        const QRect resized = kPlace.adjusted(40, 24, 0, 0);
+        dragBy(kGeometry.topLeft() + QPoint(2, 2), {40, 24});
+        const QRect resized = kGeometry.adjusted(40, 24, 0, 0);
         QTRY_COMPARE(m_window->geometry(), resized);
         QTRY_COMPARE(wrongInTheLook(resized), QString());
         QCOMPARE(changed, QList<QVariantList>({{false, insideOf(resized).topLeft(), insideOf(resized).bottomRight()}}));
@@ -314,56 +314,56 @@ private slots:
 
     void pointerReachesWhatIsBelowTheInsideInFrameMode()
     {
-        click(kPlace.center());
+        click(kGeometry.center());
         QTRY_COMPARE(m_backdrop.presses, 1);
-        click(kPlace.topLeft() + QPoint(6, 6));
+        click(kGeometry.topLeft() + QPoint(6, 6));
         QTRY_COMPARE(m_backdrop.presses, 2);
-        click(kPlace.topLeft() + QPoint(2, 2));
-        click(kPlace.bottomRight() - QPoint(2, 2));
+        click(kGeometry.topLeft() + QPoint(2, 2));
+        click(kGeometry.bottomRight() - QPoint(2, 2));
         QTest::qWait(100);
         QCOMPARE(m_backdrop.presses, 2);
         QVERIFY(m_window->isVisible());
-        QCOMPARE(m_window->geometry(), kPlace);
+        QCOMPARE(m_window->geometry(), kGeometry);
     }
 
     void insideShowsWhatChangesBelow()
     {
         m_backdrop.setStyleSheet(QStringLiteral("background-color: rgb(90, 30, 200)"));
-        QTRY_COMPARE(named(screenshot().pixel(inPixels(kPlace.center()))), named(qRgb(90, 30, 200)));
+        QTRY_COMPARE(named(screenshot().pixel(inPixels(kGeometry.center()))), named(qRgb(90, 30, 200)));
         click(centreOf("drawToggleButton"));
         m_backdrop.setStyleSheet(QStringLiteral("background-color: rgb(10, 200, 30)"));
-        QTRY_VERIFY(isLike(screenshot().pixel(inPixels(kPlace.center())), kBackdrop));
+        QTRY_VERIFY(isLike(screenshot().pixel(inPixels(kGeometry.center())), kBackdrop));
     }
 
     void penDrawsWhatIsOnTheScreen()
     {
         click(centreOf("drawToggleButton"));
-        pointTo(kPlace.center());
-        QTRY_COMPARE(wrongInTheLook(kPlace), QString());
-        const QPoint from = kPlace.topLeft() + QPoint(60, 80);
+        pointTo(kGeometry.center());
+        QTRY_COMPARE(wrongInTheLook(kGeometry), QString());
+        const QPoint from = kGeometry.topLeft() + QPoint(60, 80);
         dragBy(from, {200, 0});
         const QRect line = lineOf(from, 200);
         QTRY_COMPARE(otherThan(kRed, screenshot(), line), QString());
         const QRect aboveLine = physical(QRect(from + QPoint(-20, -60), QSize(240, 57)));
         QCOMPARE(otherThan(kBackdrop, screenshot(), aboveLine), QString());
         QCOMPARE(m_backdrop.presses, 0);
-        QCOMPARE(m_window->geometry(), kPlace);
+        QCOMPARE(m_window->geometry(), kGeometry);
 
         click(centreOf("drawToggleButton"));
-        QTRY_COMPARE(wrongInTheLook(kPlace), QString());
-        click(kPlace.center());
+        QTRY_COMPARE(wrongInTheLook(kGeometry), QString());
+        click(kGeometry.center());
         QTRY_COMPARE(m_backdrop.presses, 1);
         click(centreOf("drawToggleButton"));
         QTRY_COMPARE(otherThan(kRed, screenshot(), line), QString());
         click(centreOf("clearButton"));
         pointTo({3, 3});
-        QTRY_COMPARE(wrongInTheLook(kPlace), QString());
+        QTRY_COMPARE(wrongInTheLook(kGeometry), QString());
     }
 
     void strokeIsSeenWhileItIsDrawn()
     {
         click(centreOf("drawToggleButton"));
-        const QPoint from = kPlace.topLeft() + QPoint(60, 80);
+        const QPoint from = kGeometry.topLeft() + QPoint(60, 80);
         pointTo(from);
         QTest::qWait(60);
         xdotool({"mousedown", "1"});
@@ -372,17 +372,17 @@ private slots:
         pointTo(from + QPoint(100, 0));
         const QRect around = physical(QRect(from, QSize(100, 60)));
         QTRY_VERIFY(pixelsLike(kRed, screenshot(), around) > 50);
-        const QImage picture = screenshot();
-        QVERIFY(isLike(picture.pixel(inPixels(from + QPoint(50, 10))), kBackdrop));
+        const QImage image = screenshot();
+        QVERIFY(isLike(image.pixel(inPixels(from + QPoint(50, 10))), kBackdrop));
         xdotool({"mouseup", "1"});
     }
 
     void strokeThatIsBrokenOffIsGoneWithTheNextOne()
     {
         click(centreOf("drawToggleButton"));
-        const QPoint kept = kPlace.topLeft() + QPoint(60, 40);
+        const QPoint kept = kGeometry.topLeft() + QPoint(60, 40);
         dragBy(kept, {200, 0});
-        const QPoint broken = kPlace.topLeft() + QPoint(60, 80);
+        const QPoint broken = kGeometry.topLeft() + QPoint(60, 80);
         pointTo(broken);
         xdotool({"mousedown", "1"});
         QTest::qWait(60);
@@ -391,7 +391,7 @@ private slots:
         m_window->hide();
         xdotool({"mouseup", "1"});
         m_window->show();
-        const QPoint next = kPlace.topLeft() + QPoint(60, 120);
+        const QPoint next = kGeometry.topLeft() + QPoint(60, 120);
         dragBy(next, {200, 0});
         QTRY_COMPARE(otherThan(kRed, screenshot(), lineOf(next, 200)), QString());
         QCOMPARE(otherThan(kRed, screenshot(), lineOf(kept, 200)), QString());
@@ -401,35 +401,35 @@ private slots:
     void penDrawsWhereTheFrameWasMovedTo()
     {
         click(centreOf("drawToggleButton"));
-        dragBy(freePlaceOfTheBar(), {80, 40});
-        QTRY_COMPARE(m_window->geometry(), kPlace.translated(80, 40));
+        dragBy(emptyPointOfTheBar(), {80, 40});
+        QTRY_COMPARE(m_window->geometry(), kGeometry.translated(80, 40));
         const QPoint from = m_window->geometry().bottomRight() - QPoint(240, 20);
         dragBy(from, {200, 0});
         QTRY_COMPARE(otherThan(kRed, screenshot(), lineOf(from, 200)), QString());
         // Where it was, nothing takes the pointer any more.
-        click(kPlace.topLeft() + QPoint(40, 20));
+        click(kGeometry.topLeft() + QPoint(40, 20));
         QTRY_COMPARE(m_backdrop.presses, 1);
     }
 
     void rightClickClosesIt_data()
     {
         QTest::addColumn<bool>("pen");
-        QTest::addColumn<QPoint>("place");
-        QTest::newRow("on the border") << false << kPlace.topLeft() + QPoint(2, 2);
-        QTest::newRow("inside, with the pen") << true << kPlace.center();
+        QTest::addColumn<QPoint>("position");
+        QTest::newRow("on the border") << false << kGeometry.topLeft() + QPoint(2, 2);
+        QTest::newRow("inside, with the pen") << true << kGeometry.center();
     }
 
     void rightClickClosesIt()
     {
         QFETCH(const bool, pen);
-        QFETCH(const QPoint, place);
+        QFETCH(const QPoint, position);
         if (pen)
             click(centreOf("drawToggleButton"));
-        click(place, "3");
+        click(position, "3");
         QTRY_VERIFY(!m_window->isVisible());
         QVERIFY(toolBar() == nullptr);
-        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), physical(kPlace.adjusted(0, -30, 0, 0))), QString());
-        click(kPlace.center());
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), physical(kGeometry.adjusted(0, -30, 0, 0))), QString());
+        click(kGeometry.center());
         QTRY_COMPARE(m_backdrop.presses, 1);
     }
 
@@ -438,11 +438,11 @@ private slots:
         click(centreOf("drawToggleButton"));
         m_window->hide();
         waitUntilStill();
-        click(kPlace.center());
+        click(kGeometry.center());
         QTRY_COMPARE(m_backdrop.presses, 1);
         m_window->show();
         waitUntilStill();
-        click(kPlace.center());
+        click(kGeometry.center());
         QTest::qWait(100);
         QCOMPARE(m_backdrop.presses, 1);
     }
@@ -453,7 +453,7 @@ private slots:
         click(centreOf("closeButton"));
         QTRY_VERIFY(!m_window->isVisible());
         QCOMPARE(hidden.size(), 1);
-        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), physical(kPlace.adjusted(0, -30, 0, 0))), QString());
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), physical(kGeometry.adjusted(0, -30, 0, 0))), QString());
     }
 
     void recordingButtonIsPressed()
@@ -469,17 +469,17 @@ private slots:
 
     void cursorFollowsThePointer()
     {
-        const auto expectAt = [this](const QPoint& place, Qt::CursorShape shape) {
-            pointTo(kPlace.topLeft() + place);
+        const auto expectAt = [this](const QPoint& position, Qt::CursorShape shape) {
+            pointTo(kGeometry.topLeft() + position);
             QTRY_COMPARE(m_window->cursor().shape(), shape);
         };
         expectAt({2, 2}, Qt::SizeFDiagCursor);
-        expectAt({kPlace.width() - 2, 120}, Qt::SizeHorCursor);
+        expectAt({kGeometry.width() - 2, 120}, Qt::SizeHorCursor);
         click(centreOf("drawToggleButton"));
         expectAt({200, 120}, Qt::CrossCursor);
     }
 
-    void tipsStandAboveTheToolBarAndNotInThePicture()
+    void tipsStandAboveTheToolBarAndNotInTheRecording()
     {
         for (const char* const name : {"drawToggleButton", "clearButton", "startButton", "closeButton"}) {
             pointTo(centreOf(name));
@@ -491,9 +491,9 @@ private slots:
         }
     }
 
-    void tipWithoutRoomAboveStaysOutOfARecordedPicture()
+    void tipWithoutRoomAboveStaysOutOfARecording()
     {
-        m_window->setGeometry(kPlace.left(), 30, kPlace.width(), kPlace.height());
+        m_window->setGeometry(kGeometry.left(), 30, kGeometry.width(), kGeometry.height());
         pointTo(centreOf("clearButton"));
         QTRY_VERIFY(tip() != nullptr);
         pointTo({3, 300});
@@ -519,16 +519,16 @@ private slots:
             click(centreOf("drawToggleButton"));
         m_window->setRecording(true);
         m_window->setInsideRecorded(true);
-        const QPoint grip = freePlaceOfTheBar();
+        const QPoint grip = emptyPointOfTheBar();
         pointTo(grip);
         xdotool({"mousedown", "1"});
         const auto moveBy = [&](int steps) {
             pointTo(grip + QPoint(5 * steps, 3 * steps));
-            QTRY_COMPARE(m_window->geometry(), kPlace.translated(5 * steps, 3 * steps));
+            QTRY_COMPARE(m_window->geometry(), kGeometry.translated(5 * steps, 3 * steps));
         };
         for (int steps = 1; steps <= 12; ++steps)
             moveBy(steps);
-        // A look that comes so late that the frame may be at rest tells nothing.
+        // A look that comes so late that the frame may be at rest proves nothing.
         constexpr int kWellBeforeRestMs = 150;
         constexpr int kMostLooks = 50;
         QImage seen;
@@ -538,20 +538,20 @@ private slots:
             QElapsedTimer sinceMove;
             sinceMove.start();
             moveBy(steps);
-            moved = kPlace.translated(5 * steps, 3 * steps);
+            moved = kGeometry.translated(5 * steps, 3 * steps);
             seen = sinceMove.elapsed() < kWellBeforeRestMs ? screenshot() : QImage();
             if (sinceMove.elapsed() >= kWellBeforeRestMs)
                 seen = QImage();
         }
         QVERIFY(!seen.isNull());
-        const QRect all = physical(kPlace.united(moved).adjusted(0, -30, 0, 0));
+        const QRect all = physical(kGeometry.united(moved).adjusted(0, -30, 0, 0));
         QCOMPARE(otherThan(kBackdrop, seen, all), QString());
         // At rest it is there again, though it is still held.
         QTRY_COMPARE(wrongInTheLook(moved), QString());
         pointTo(grip + QPoint(80, 40));
-        QTRY_COMPARE(m_window->geometry(), kPlace.translated(80, 40));
+        QTRY_COMPARE(m_window->geometry(), kGeometry.translated(80, 40));
         xdotool({"mouseup", "1"});
-        QTRY_COMPARE(wrongInTheLook(kPlace.translated(80, 40)), QString());
+        QTRY_COMPARE(wrongInTheLook(kGeometry.translated(80, 40)), QString());
     }
 
 private:

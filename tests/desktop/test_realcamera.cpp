@@ -14,12 +14,12 @@
 
 namespace {
 
-const QRect kPlace(200, 160, 400, 225);
+const QRect kGeometry(200, 160, 400, 225);
 
 /// The first three colour bars of the test camera are light grey, yellow and cyan, and the last one is blue.
 struct Bar
 {
-    double place;
+    double position;
     bool red;
     bool green;
     bool blue;
@@ -40,7 +40,7 @@ bool isBar(QRgb seen, const Bar& bar)
 
 } // namespace
 
-/// The webcam window with Qt's own multimedia and a camera that a plug-in of GStreamer lists.
+/// The webcam window with Qt Multimedia and a camera that a plug-in of GStreamer lists.
 class TestRealCamera : public QObject
 {
     Q_OBJECT
@@ -58,14 +58,14 @@ private slots:
         QVERIFY(QThreadPool::globalInstance()->waitForDone());
     }
 
-    void pictureOfTheCameraIsShown()
+    void videoOfTheCameraIsShown()
     {
         const LogLines log;
         show();
         for (const Bar& bar : kBars) {
-            const QPoint place = kPlace.topLeft() + QPoint(qRound(kPlace.width() * bar.place), 60);
-            QTRY_VERIFY2_WITH_TIMEOUT(isBar(desktopuser::colourAt(place), bar),
-                                      qPrintable(QColor(desktopuser::colourAt(place)).name()), kPaintTimeoutMs);
+            const QPoint position = kGeometry.topLeft() + QPoint(qRound(kGeometry.width() * bar.position), 60);
+            QTRY_VERIFY2_WITH_TIMEOUT(isBar(desktopuser::colourAt(position), bar),
+                                      qPrintable(QColor(desktopuser::colourAt(position)).name()), kPaintTimeoutMs);
         }
         QVERIFY(log.count("[INFO] Setting camera format: 1280x720 @ 30 FPS") >= 1);
         QVERIFY(log.count("[INFO] Active camera format: 1280x720 @ 30 FPS") >= 1);
@@ -87,7 +87,7 @@ private:
         m_window = std::make_unique<SCCameraWindow>();
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-        m_window->setGeometry(kPlace);
+        m_window->setGeometry(kGeometry);
     }
 
     std::unique_ptr<SCCameraWindow> m_window;

@@ -69,11 +69,11 @@ private slots:
         clickTile("screenshotFullScreenTile");
         QTRY_VERIFY(frame() != nullptr);
         QVERIFY(QTest::qWaitForWindowExposed(frame()));
-        const QPoint place = barButton("saveButton").mapToGlobal(QPoint(15, 15));
+        const QPoint position = barButton("saveButton").mapToGlobal(QPoint(15, 15));
         // A tool tip waits for the pointer's last movement within the button.
         bool isShown = false;
         for (int attempt = 0; attempt < 5 && !isShown; ++attempt) {
-            pointTo(place + QPoint(attempt % 2, 0));
+            pointTo(position + QPoint(attempt % 2, 0));
             isShown = QTest::qWaitFor([] { return QToolTip::isVisible(); }, kToolTipMs);
         }
         QVERIFY(isShown);
@@ -148,7 +148,7 @@ private slots:
     }
 
     /// It lies below the frame, which takes the pointer for the pen everywhere else.
-    void boxThatTellsOfAFailureIsClosedByThePointerThoughThePenIsOn()
+    void boxThatReportsAFailureIsClosedByThePointerThoughThePenIsOn()
     {
         m_boxes.reset();
         clickTile("screenshotFullScreenTile");
@@ -199,19 +199,19 @@ private slots:
         QVERIFY(m_produced->isEmpty());
     }
 
-    void savedShotIsToldInABox()
+    void savedScreenshotIsReportedInABox()
     {
         m_boxes.reset();
         clickTile("screenshotFullScreenTile");
         QTRY_VERIFY(frame() != nullptr);
         waitForTheKeyboard();
-        QString told;
+        QString shown;
         // The box runs the events until it is closed, which is what the timer is for.
         QTimer look;
-        connect(&look, &QTimer::timeout, this, [&look, &told] {
+        connect(&look, &QTimer::timeout, this, [&look, &shown] {
             if (const auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
                 look.stop();
-                told = box->windowTitle() + u'|' + box->text();
+                shown = box->windowTitle() + u'|' + box->text();
                 desktopuser::waitUntilStill();
                 press(QStringLiteral("Return"));
             }
@@ -219,8 +219,8 @@ private slots:
         look.start(100);
         press(QStringLiteral("Return"));
         QTRY_COMPARE(m_produced->size(), 1);
-        QTRY_VERIFY(!told.isEmpty());
-        QCOMPARE(told, "Screenshot Saved|Screenshot saved to: " + m_produced->at(0).at(0).toString());
+        QTRY_VERIFY(!shown.isEmpty());
+        QCOMPARE(shown, "Screenshot Saved|Screenshot saved to: " + m_produced->at(0).at(0).toString());
         QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
     }
 };

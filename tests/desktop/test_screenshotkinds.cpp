@@ -29,33 +29,33 @@ constexpr QRgb kRed = qRgb(255, 0, 0);
 constexpr QPoint kStrokeBegin(60, 80);
 constexpr QPoint kStroke(120, 0);
 
-/// A window that is like nothing else on the desktop, and of which each pixel tells its place as well.
-class PicturedWindow : public QWidget
+/// A window that is like nothing else on the desktop, and of which each pixel has a colour of its own.
+class ImageWindow : public QWidget
 {
 public:
-    explicit PicturedWindow(const QRect& place) : QWidget(nullptr, Qt::FramelessWindowHint)
+    explicit ImageWindow(const QRect& geometry) : QWidget(nullptr, Qt::FramelessWindowHint)
     {
-        setGeometry(place);
-        m_picture = gridPicture((QSizeF(place.size()) * scale()).toSize());
-        m_picture.invertPixels();
+        setGeometry(geometry);
+        m_image = gridPicture((QSizeF(geometry.size()) * scale()).toSize());
+        m_image.invertPixels();
     }
 
-    const QImage& picture() const { return m_picture; }
+    const QImage& image() const { return m_image; }
 
 protected:
-    void paintEvent(QPaintEvent* /*event*/) override { QPainter(this).drawImage(rect(), m_picture); }
+    void paintEvent(QPaintEvent* /*event*/) override { QPainter(this).drawImage(rect(), m_image); }
 
 private:
-    QImage m_picture;
+    QImage m_image;
 };
 
 /// Somewhere on the widget where none of its children is.
 QPoint gripOf(const QWidget& widget)
 {
-    QPoint place(widget.width() - 1, widget.height() / 2);
-    while (place.x() > 0 && widget.childAt(place) != nullptr)
-        place.rx() -= 1;
-    return widget.mapToGlobal(place);
+    QPoint position(widget.width() - 1, widget.height() / 2);
+    while (position.x() > 0 && widget.childAt(position) != nullptr)
+        position.rx() -= 1;
+    return widget.mapToGlobal(position);
 }
 
 bool isReddish(QRgb colour)
@@ -84,7 +84,7 @@ private slots:
         QFETCH(const QString, kind);
         QFETCH(const QString, format);
         openSettings()->setValue(settingskeys::kScreenshotFormat, format);
-        PicturedWindow window(region());
+        ImageWindow window(region());
         const QRect framed = openFrame(kind, window);
         QTRY_COMPARE(frame()->geometry(), framed);
 
@@ -112,19 +112,19 @@ private slots:
     /// Without the pen, nothing at all is in the shot but the window.
     void pickedWindowIsShotToThePixel()
     {
-        PicturedWindow window(region());
+        ImageWindow window(region());
         QCOMPARE(openFrame(QStringLiteral("window"), window), region());
         desktopuser::press(QStringLiteral("Return"));
         QTRY_COMPARE(m_produced->size(), 1);
         const QImage shot(m_produced->at(0).at(0).toString());
-        QCOMPARE(shot.size(), window.picture().size());
-        QCOMPARE(largestDifference(shot, window.picture()), 0);
+        QCOMPARE(shot.size(), window.image().size());
+        QCOMPARE(largestDifference(shot, window.image()), 0);
         QTRY_VERIFY(!m_window->isMinimized());
     }
 
 private:
     /// Gets the frame by the tile of its kind. Where it has to stand.
-    QRect openFrame(const QString& kind, PicturedWindow& window) const
+    QRect openFrame(const QString& kind, ImageWindow& window) const
     {
         if (kind == QLatin1String("region")) {
             dragRegion();
@@ -139,7 +139,7 @@ private:
         return kind == QLatin1String("screen") ? QGuiApplication::primaryScreen()->geometry() : region();
     }
 
-    void pick(PicturedWindow& window) const
+    void pick(ImageWindow& window) const
     {
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
@@ -152,11 +152,11 @@ private:
         QTRY_VERIFY(shownWindow<WindowHighlighter>() == nullptr);
     }
 
-    QImage desktopWith(const PicturedWindow& window) const
+    QImage desktopWith(const ImageWindow& window) const
     {
         QImage desktop = m_desktop;
         QPainter painter(&desktop);
-        painter.drawImage(pixels(window.geometry()).topLeft(), window.picture());
+        painter.drawImage(pixels(window.geometry()).topLeft(), window.image());
         return desktop;
     }
 
@@ -170,7 +170,7 @@ private:
         constexpr int kEnd = 16;
         for (int x = begin.x() + kEnd; x <= end.x() - kEnd; x += 4)
             QVERIFY2(isReddish(shot.pixel(x, begin.y())), qPrintable(QString::number(x)));
-        // The stroke's own place is not the desktop's to tell, with what an encoder makes of its edges.
+        // The stroke covers the desktop, and an encoder blurs its edges.
         const QRect stroke = QRect(begin, end).adjusted(-16, -16, 16, 16);
         QPainter(&desktop).drawImage(stroke.topLeft(), shot, stroke);
         if (format == QLatin1String("PNG")) {

@@ -204,8 +204,8 @@ private slots:
             [&hadMenu] { hadMenu = QApplication::activePopupWidget() != nullptr; }, Qt::SingleShotConnection);
         const QSignalSpy clicked(&highlighter, &WindowHighlighter::windowClicked);
         highlighter.show();
-        const QPoint place = physicalRect(*m_button).topLeft() + QPoint(10, 10);
-        pointTo(place);
+        const QPoint position = physicalRect(*m_button).topLeft() + QPoint(10, 10);
+        pointTo(position);
         QTRY_COMPARE(physicalRect(highlighter), physicalRect(*m_button));
         QPoint menuAt;
         QTimer look;
@@ -224,8 +224,8 @@ private slots:
         QTRY_VERIFY(!clicked.isEmpty());
         QCOMPARE(clicked.first(), QVariantList{physicalRect(*m_button)});
         QVERIFY(!hadMenu);
-        // The menu's place is in whole logical pixels.
-        QTRY_VERIFY((menuAt - place).manhattanLength() <= (scale() == 1.0 ? 0 : 2));
+        // The menu's position is in whole logical pixels.
+        QTRY_VERIFY((menuAt - position).manhattanLength() <= (scale() == 1.0 ? 0 : 2));
         QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
         QCOMPARE(m_button->presses, 1);
     }
@@ -311,7 +311,7 @@ private slots:
         QCOMPARE(windows.at(physicalRect(*m_dialog).topLeft() + QPoint(5, 5)), pane.internalWinId());
     }
 
-    void windowThatIsGoneIsToldAsGone()
+    void windowThatIsGoneIsReportedAsGone()
     {
         const platform::NativeWindows windows;
         auto pane = std::make_unique<Pane>(nullptr);
