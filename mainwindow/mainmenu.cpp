@@ -39,22 +39,22 @@ MainMenu::~MainMenu()
     delete m_menu;
 }
 
-void MainMenu::popUp(const QWidget& button, const QString& language)
+void MainMenu::popUp(const QWidget& button, const QString& language, bool settingsEnabled)
 {
     delete m_menu;
-    m_menu = build(language);
+    m_menu = build(language, settingsEnabled);
     // Deferred: the chosen entry, which the menu owns, is carried out after the menu has hidden.
     connect(m_menu, &QMenu::aboutToHide, m_menu, &QObject::deleteLater);
     m_menu->popup(button.mapToGlobal(QPoint(0, button.height())));
 }
 
-QMenu* MainMenu::build(const QString& language)
+QMenu* MainMenu::build(const QString& language, bool settingsEnabled)
 {
     auto* const menu = new QMenu;
     menu->setObjectName(QStringLiteral("mainMenu"));
     menu->setStyleSheet(QLatin1String(kStyleSheet));
     QAction& settings = addEntry(*menu, text("Settings"), &MainMenu::settingsRequested);
-    settings.setEnabled(settings.isEnabled() && m_settingsEnabled);
+    settings.setEnabled(settings.isEnabled() && settingsEnabled);
     addLanguages(*menu, language);
     menu->addSeparator();
     addEntry(*menu, text("Check for Updates"), &MainMenu::updateCheckRequested);

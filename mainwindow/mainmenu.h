@@ -20,10 +20,8 @@ public:
     /// Pops the menu up with its top-left corner at the button's bottom-left corner and returns at once.
     ///
     /// @param language the code of the language that is marked
-    void popUp(const QWidget& button, const QString& language);
-
-    /// Whether the settings can be changed at present; menus that open from now on show it.
-    void setSettingsEnabled(bool enabled) { m_settingsEnabled = enabled; }
+    /// @param settingsEnabled whether the settings can be changed at present
+    void popUp(const QWidget& button, const QString& language, bool settingsEnabled);
 
 signals:
     void settingsRequested();
@@ -36,12 +34,11 @@ signals:
     void aboutRequested();
 
 private:
-    QMenu* build(const QString& language);
+    QMenu* build(const QString& language, bool settingsEnabled);
     QAction& addEntry(QMenu& menu, const QString& text, void (MainMenu::*chosen)());
     void addLanguages(QMenu& menu, const QString& current);
     void addHelp(QMenu& menu);
 
     /// The one that is open.
     QPointer<QMenu> m_menu;
-    bool m_settingsEnabled = true;
 };

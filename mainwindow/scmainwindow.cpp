@@ -30,6 +30,7 @@
 #include "widgets/icons.h"
 #include "widgets/stylesheet.h"
 
+#include <QApplication>
 #include <QButtonGroup>
 #include <QCloseEvent>
 #include <QFileDialog>
@@ -73,6 +74,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, const Durations& 
 SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<CameraSystem> cameras,
                            const Durations& durations)
     : m_durations(durations)
+    , m_activity(activityFacts())
     , m_ui(std::make_unique<Ui::SCMainWindow>())
     , m_obs(std::move(engine))
     , m_windowPicker(std::make_unique<WindowHighlighter>())
@@ -111,6 +113,16 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<C
 }
 
 SCMainWindow::~SCMainWindow() = default;
+
+Activity::Facts SCMainWindow::activityFacts()
+{
+    return {[this] { return m_session.state(); },
+            [this] { return m_region->isSelecting() || m_windowPicker->isVisible() || m_screenshots->isActive(); },
+            [this] { return m_screenshots->isGrabbing(); },
+            [] { return QApplication::activeModalWidget() != nullptr; },
+            [] { return QApplication::activePopupWidget() != nullptr; },
+            [this] { return isVisible() && !isMinimized(); }};
+}
 
 void SCMainWindow::setTranslator(std::shared_ptr<SCTranslator> translator)
 {
@@ -303,7 +315,7 @@ void SCMainWindow::openFirstRunPage()
 
 void SCMainWindow::onMenuClicked()
 {
-    m_menu->popUp(*m_ui->menuBtn, m_settings->value(settingskeys::kLanguage).toString());
+    m_menu->popUp(*m_ui->menuBtn, m_settings->value(settingskeys::kLanguage).toString(), m_activity.isIdle());
 }
 
 void SCMainWindow::onLanguageChosen(int position)
@@ -317,7 +329,7 @@ void SCMainWindow::onLanguageChosen(int position)
         QCoreApplication::installTranslator(m_translator.get());
     }
     retranslate();
-    if (m_ui->fullScreenTile->isSelected() && m_session.state() == RecordingState::Idle)
+    if (m_ui->fullScreenTile->isSelected() && m_activity.isIdle())
         onFullScreenChosen();
 }
 
@@ -329,7 +341,7 @@ void SCMainWindow::openLogFolder()
 void SCMainWindow::chooseFolder(QLineEdit& field, const QString& title, QLatin1String key)
 {
     // A dialog opened over a countdown would hold it up, and start the recording whenever the dialog is closed.
-    if (m_session.state() != RecordingState::Idle)
+    if (!m_activity.isIdle())
         return;
     const QString folder = QFileDialog::getExistingDirectory(this, title, field.text());
     if (folder.isEmpty())
@@ -421,7 +433,7 @@ bool SCMainWindow::nativeEvent(const QByteArray& eventType, void* message, qintp
 
 void SCMainWindow::closeEvent(QCloseEvent* event)
 {
-    if (m_session.state() == RecordingState::Idle) {
+    if (m_activity.isIdle()) {
         m_screenshots->giveUp();
         m_region->cancelSelection();
         m_windowPicker->hide();
@@ -431,7 +443,7 @@ void SCMainWindow::closeEvent(QCloseEvent* event)
         return;
     }
     // The file comes first; the window closes itself once the session has come back to idle.
-    m_closeRequested = true;
+    m_activity.setClosing();
     event->ignore();
     m_session.finish();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "mainwindow/activity.h"
 #include "mainwindow/capturearea.h"
 #include "mainwindow/durations.h"
 #include "mainwindow/obsrecorder.h"
@@ -91,6 +92,7 @@ private:
     };
 
     // The shell: scmainwindow.cpp.
+    Activity::Facts activityFacts();
     std::array<TileAction, 6> tileActions() const;
     void setUpFrame();
     void setUpIcons();
@@ -155,7 +157,7 @@ private:
 
     // Screenshots: scmainwindow_screenshot.cpp.
     void connectScreenshots();
-    bool mayTakeScreenshot() const;
+    bool screenshotIsAllowed() const;
     void giveUpPicking();
     void onScreenshotFullScreenChosen();
     void onScreenshotRegionChosen();
@@ -183,7 +185,6 @@ private:
     // The windows that the menu opens: scmainwindow_dialogs.cpp.
     void armUpdateCheck();
     void connectDialogs();
-    bool mayBeInterrupted(bool excludedFromCapture) const;
     void openSettingsWindow();
     void tellOfUnknownFormat();
     void onSettingsUpdated();
@@ -219,6 +220,7 @@ private:
     QDateTime now() const override;
 
     Durations m_durations;
+    Activity m_activity;
     std::unique_ptr<Ui::SCMainWindow> m_ui;
     std::unique_ptr<ObsWrapper> m_obs;
     std::unique_ptr<WindowHighlighter> m_windowPicker;
@@ -263,7 +265,6 @@ private:
     bool m_recordingActive = false;
     /// The region's frame was closed while it could not be given up.
     bool m_frameGivenUp = false;
-    bool m_closeRequested = false;
     /// The window was minimised for a screenshot and is to come back after it.
     bool m_minimisedForScreenshot = false;
     /// What could not be told while a recording ran.

@@ -289,7 +289,7 @@ void SCMainWindow::pickWindow()
 void SCMainWindow::onWindowClicked(const QRect& rect)
 {
     stopPickingWindow();
-    if (mayTakeScreenshot())
+    if (screenshotIsAllowed())
         m_screenshots->frameArea(WindowHighlighter::logicalRectOnItsScreen(rect));
 }
 
@@ -371,7 +371,7 @@ void SCMainWindow::onFrameChanged(bool isMoving, const QPoint& firstPixel, const
                         .arg(lastPixel.x())
                         .arg(lastPixel.y()));
     const QRect framed(firstPixel, lastPixel);
-    if (m_session.state() == RecordingState::Idle) {
+    if (m_activity.isIdle()) {
         storeRegion(framed, isMoving);
     } else if (framed.size() != m_captureArea.rect().size() && !isMoving) {
         // The picture's size is settled: the frame goes back to it.
@@ -397,7 +397,7 @@ void SCMainWindow::onFrameConcealed(bool concealed)
 void SCMainWindow::onFrameClosed()
 {
     // A region without its frame is not chosen any more; one that is being recorded is recorded to its end.
-    if (m_session.state() == RecordingState::Idle) {
+    if (m_activity.isIdle()) {
         chooseFullScreen();
         return;
     }

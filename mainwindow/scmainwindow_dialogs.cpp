@@ -9,23 +9,18 @@
 #include "dialogs/scupgradewindow.h"
 #include "mainwindow/hotkeys.h"
 #include "mainwindow/mainmenu.h"
-#include "mainwindow/regionoverlays.h"
 #include "mainwindow/scmainwindow.h"
-#include "mainwindow/screenshotsession.h"
 #include "mainwindow/updatenotice.h"
-#include "overlays/windowhighlighter.h"
 #include "ui_scmainwindow.h"
 #include "widgets/messagebox.h"
 
-#include <QApplication>
 #include <QJsonObject>
 
 #include <stdexcept>
 
 void SCMainWindow::armUpdateCheck()
 {
-    m_updateNotice = new UpdateNotice(
-        this, [this](bool excluded) { return mayBeInterrupted(excluded); }, m_durations);
+    m_updateNotice = new UpdateNotice(this, m_activity, m_durations);
 }
 
 void SCMainWindow::connectDialogs()
@@ -33,22 +28,10 @@ void SCMainWindow::connectDialogs()
     connect(m_menu, &MainMenu::settingsRequested, this, &SCMainWindow::openSettingsWindow);
     connect(m_ui->settingsBtn, &QPushButton::clicked, this, &SCMainWindow::openSettingsWindow);
     // A format or folder that changed under a recording would belong to no file.
-    connect(&m_session, &RecordingSession::stateChanged, this, [this](RecordingState state) {
-        m_ui->settingsBtn->setEnabled(state == RecordingState::Idle);
-        m_menu->setSettingsEnabled(state == RecordingState::Idle);
-    });
+    connect(&m_session, &RecordingSession::stateChanged, this,
+            [this](RecordingState state) { m_ui->settingsBtn->setEnabled(state == RecordingState::Idle); });
     connect(m_menu, &MainMenu::updateCheckRequested, this, &SCMainWindow::onUpdateCheckRequested);
     connect(m_menu, &MainMenu::aboutRequested, this, &SCMainWindow::onAboutRequested);
-}
-
-/// Whether a window that the user has not asked for may open. What is being chosen, and a dialog or menu that is open,
-/// would be cut off from the user; a recording would show the window, unless the system keeps it out of the picture.
-bool SCMainWindow::mayBeInterrupted(bool excludedFromCapture) const
-{
-    const bool isPicking = m_region->isSelecting() || m_windowPicker->isVisible() || m_screenshots->isActive();
-    if (isPicking || QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr)
-        return false;
-    return excludedFromCapture || (m_session.state() == RecordingState::Idle && isVisible() && !isMinimized());
 }
 
 void SCMainWindow::openSettingsWindow()

@@ -117,9 +117,9 @@ void SCMainWindow::onRecordingOver()
 void SCMainWindow::onFileError(const QString& message)
 {
     // A box would be recorded, and a window that is about to close waits for nobody.
-    if (m_session.state() != RecordingState::Idle)
+    if (!m_activity.isIdle())
         m_untoldErrors.append(message);
-    else if (!m_closeRequested)
+    else if (!m_activity.isClosing())
         messagebox::critical(this, tr("Error"), message);
 }
 

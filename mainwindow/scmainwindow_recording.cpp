@@ -19,7 +19,6 @@
 #include "ui_scmainwindow.h"
 #include "widgets/icons.h"
 
-#include <QApplication>
 #include <QSettings>
 
 #include <array>
@@ -48,7 +47,7 @@ void SCMainWindow::onStateChanged(RecordingState state)
         chooseFullScreen();
     }
     onRecordingOver();
-    if (m_closeRequested)
+    if (m_activity.isClosing())
         close();
 }
 
@@ -116,7 +115,7 @@ void SCMainWindow::onBarToggled(bool record)
 void SCMainWindow::onRecordRequested()
 {
     // It would be recorded, and whatever it decides would change the recording under way.
-    if (m_session.state() == RecordingState::Idle && QApplication::activeModalWidget() != nullptr) {
+    if (!m_activity.mayToggleRecording()) {
         SCLogger::info(QStringLiteral("Recording request ignored: a dialog is open"));
         m_region->setRecording(false);
         return;
@@ -184,7 +183,7 @@ bool SCMainWindow::isWindowMinimised() const
 
 void SCMainWindow::restoreWindow()
 {
-    if (m_closeRequested)
+    if (m_activity.isClosing())
         return;
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();

@@ -8,8 +8,6 @@
 #include "ui_scmainwindow.h"
 #include "widgets/messagebox.h"
 
-#include <QApplication>
-
 #include <utility>
 
 void SCMainWindow::connectScreenshots()
@@ -21,11 +19,12 @@ void SCMainWindow::connectScreenshots()
 }
 
 /// The frame would be in a recording, and a dialog in the shot.
-bool SCMainWindow::mayTakeScreenshot() const
+bool SCMainWindow::screenshotIsAllowed() const
 {
-    const bool may = m_session.state() == RecordingState::Idle && QApplication::activeModalWidget() == nullptr;
+    const bool may = m_activity.mayTakeScreenshot();
     if (!may)
-        SCLogger::info(QStringLiteral("Screenshot request ignored: a recording runs or a dialog is open"));
+        SCLogger::info(
+            QStringLiteral("Screenshot request ignored: a recording or a shot is under way, or a dialog open"));
     return may;
 }
 
@@ -39,7 +38,7 @@ void SCMainWindow::giveUpPicking()
 /// The tile's and the hotkey's wish.
 void SCMainWindow::onScreenshotFullScreenChosen()
 {
-    if (!mayTakeScreenshot())
+    if (!screenshotIsAllowed())
         return;
     giveUpPicking();
     m_screenshots->frameScreen();
@@ -47,7 +46,7 @@ void SCMainWindow::onScreenshotFullScreenChosen()
 
 void SCMainWindow::onScreenshotRegionChosen()
 {
-    if (!mayTakeScreenshot())
+    if (!screenshotIsAllowed())
         return;
     giveUpPicking();
     m_screenshots->selectRegion();
@@ -55,7 +54,7 @@ void SCMainWindow::onScreenshotRegionChosen()
 
 void SCMainWindow::onScreenshotWindowChosen()
 {
-    if (!mayTakeScreenshot())
+    if (!screenshotIsAllowed())
         return;
     giveUpPicking();
     m_screenshots->giveUp();
@@ -72,12 +71,10 @@ void SCMainWindow::onScreenshotBegan()
 
 void SCMainWindow::onScreenshotEnded()
 {
-    const bool idle = m_session.state() == RecordingState::Idle;
-    // A recording that has begun meanwhile has its own use for window and frame; one that is still counted down may be
-    // called off.
-    if (idle || m_session.state() == RecordingState::Countdown)
+    // A recording that has begun meanwhile has its own use for window and frame.
+    if (m_activity.mayRestoreRegionFrame())
         m_region->bringFrameBack();
-    if (idle && std::exchange(m_minimisedForScreenshot, false))
+    if (m_activity.isIdle() && std::exchange(m_minimisedForScreenshot, false))
         restoreWindow();
 }
 

@@ -71,8 +71,7 @@ void ScreenshotSession::end()
         emit ended();
 }
 
-/// The system's hotkeys come in while a shot waits for the desktop to be clear.
-bool ScreenshotSession::isCapturing() const
+bool ScreenshotSession::isGrabbing() const
 {
     return m_window != nullptr && m_window->isCapturing();
 }
@@ -80,7 +79,7 @@ bool ScreenshotSession::isCapturing() const
 void ScreenshotSession::frameScreen()
 {
     const QScreen* const screen = QGuiApplication::primaryScreen();
-    if (screen == nullptr || isCapturing())
+    if (screen == nullptr)
         return;
     const QScopedValueRollback<bool> changing(m_isChanging, true);
     m_selectorDelay->stop();
@@ -90,8 +89,6 @@ void ScreenshotSession::frameScreen()
 
 void ScreenshotSession::selectRegion()
 {
-    if (isCapturing())
-        return;
     const QScopedValueRollback<bool> changing(m_isChanging, true);
     begin();
     // It would take the presses that are meant for the selector.
@@ -102,8 +99,6 @@ void ScreenshotSession::selectRegion()
 
 void ScreenshotSession::frameArea(const QRect& area)
 {
-    if (isCapturing())
-        return;
     const QRect seen = seenOf(area);
     const QRect grown(seen.topLeft(), seen.size().expandedTo(window().minimumSize()));
     const QScreen* const screen = QGuiApplication::screenAt(seen.center());

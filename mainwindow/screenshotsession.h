@@ -15,7 +15,8 @@ class SCScreenshotWindow;
 /// The road of a screenshot: what is to be shot, the frame over it, and the file. It shows no message; it reports.
 /// Rectangles are logical pixels of the desktop. User-interface thread.
 ///
-/// Between began() and ended() something of it lies over the desktop. While a shot is being taken nothing else begins.
+/// Between began() and ended() something of it lies over the desktop. No function that lays something over it may be
+/// called while a shot is being taken.
 class ScreenshotSession : public QObject
 {
     Q_OBJECT
@@ -38,6 +39,8 @@ public:
     void giveUp();
 
     bool isActive() const { return m_isActive; }
+    /// Whether a shot is being taken, which runs events meanwhile.
+    bool isGrabbing() const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -56,7 +59,6 @@ signals:
 
 private:
     SCScreenshotWindow& window();
-    bool isCapturing() const;
     void begin();
     void end();
     void showFrame(const QRect& area, bool fullScreen);

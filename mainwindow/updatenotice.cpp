@@ -3,16 +3,15 @@
 #include "dialogs/dialogwindow.h"
 #include "dialogs/scupgradewindow.h"
 #include "dialogs/updatecheck.h"
+#include "mainwindow/activity.h"
 #include "platform/windowing/capture_exclusion.h"
 
 #include <QTimer>
 
-#include <utility>
-
-UpdateNotice::UpdateNotice(QWidget* window, MayShow mayShow, const Durations& durations)
+UpdateNotice::UpdateNotice(QWidget* window, const Activity& activity, const Durations& durations)
     : QObject(window)
     , m_window(*window)
-    , m_mayShow(std::move(mayShow))
+    , m_activity(activity)
     , m_retryMs(durations.updateNoticeRetryMs)
     , m_check(new SilentUpdateCheck(this))
 {
@@ -42,7 +41,7 @@ void UpdateNotice::showWhenFree()
 {
     if (m_dropped)
         delete m_updateWindow;
-    else if (m_mayShow(m_excluded))
+    else if (m_activity.mayOpenUnasked(m_excluded))
         dialogwindow::showOver(*m_updateWindow, m_window);
     else
         QTimer::singleShot(m_retryMs, this, &UpdateNotice::showWhenFree);

@@ -5,8 +5,7 @@
 #include <QObject>
 #include <QPointer>
 
-#include <functional>
-
+class Activity;
 class QJsonObject;
 class QWidget;
 class SCUpgradeWindow;
@@ -20,11 +19,8 @@ class UpdateNotice : public QObject
     Q_OBJECT
 
 public:
-    /// Whether the window may open now. The argument says whether the system keeps it out of every capture.
-    using MayShow = std::function<bool(bool excludedFromCapture)>;
-
     /// Starts counting. The update window opens over the given one.
-    UpdateNotice(QWidget* window, MayShow mayShow, const Durations& durations = {});
+    UpdateNotice(QWidget* window, const Activity& activity, const Durations& durations = {});
     ~UpdateNotice() override;
 
     /// Shows nothing that has not been shown yet: the user has asked, and been told.
@@ -35,7 +31,7 @@ private:
     void showWhenFree();
 
     QWidget& m_window;
-    MayShow m_mayShow;
+    const Activity& m_activity;
     int m_retryMs;
     SilentUpdateCheck* m_check;
     /// Made, and not shown before it may be.

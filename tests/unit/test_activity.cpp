@@ -1,0 +1,121 @@
+#include "mainwindow/activity.h"
+#include "tests/support/testrun.h"
+
+#include <QTest>
+
+class TestActivity : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_recording = RecordingState::Idle;
+        m_isSelecting = m_isGrabbing = m_isDialogOpen = m_isMenuOpen = false;
+        m_isWindowShown = true;
+    }
+
+    void everythingMayBeginWhileNothingElseGoesOn()
+    {
+        QCOMPARE(answers(), QStringLiteral("idle record screenshot frame open"));
+    }
+
+    void recordingAllowsItsOwnEndAlone_data()
+    {
+        QTest::addColumn<RecordingState>("state");
+        for (const RecordingState state : {RecordingState::Preparing, RecordingState::Recording, RecordingState::Paused,
+                                           RecordingState::Stopping, RecordingState::Ended})
+            QTest::newRow(qPrintable(QString::number(static_cast<int>(state)))) << state;
+    }
+
+    void recordingAllowsItsOwnEndAlone()
+    {
+        QFETCH(const RecordingState, state);
+        m_recording = state;
+        QCOMPARE(answers(), QStringLiteral("record"));
+        m_isDialogOpen = true;
+        QCOMPARE(answers(), QStringLiteral("record"));
+    }
+
+    void countdownBringsTheRegionFrameBack()
+    {
+        m_recording = RecordingState::Countdown;
+        QCOMPARE(answers(), QStringLiteral("record frame"));
+    }
+
+    void dialogKeepsRecordingsAndScreenshotsFromStarting()
+    {
+        m_isDialogOpen = true;
+        QCOMPARE(answers(), QStringLiteral("idle frame"));
+    }
+
+    void openMenuKeepsOtherWindowsFromOpening()
+    {
+        m_isMenuOpen = true;
+        QCOMPARE(answers(), QStringLiteral("idle record screenshot frame"));
+    }
+
+    void selectionKeepsOtherWindowsFromOpening()
+    {
+        m_isSelecting = true;
+        QCOMPARE(answers(), QStringLiteral("idle record screenshot frame"));
+    }
+
+    void nothingIsSelectedForAScreenshotWhileOneIsGrabbed()
+    {
+        m_isGrabbing = true;
+        QCOMPARE(answers(), QStringLiteral("idle record frame open"));
+    }
+
+    void windowThatIsNotInTheRecordingMayOpenMeanwhile()
+    {
+        m_recording = RecordingState::Recording;
+        m_isWindowShown = false;
+        QVERIFY(m_activity.mayOpenUnasked(true));
+        m_isSelecting = true;
+        QVERIFY(!m_activity.mayOpenUnasked(true));
+    }
+
+    void minimisedWindowHasNoOtherWindowOpened()
+    {
+        m_isWindowShown = false;
+        QCOMPARE(answers(), QStringLiteral("idle record screenshot frame"));
+        QVERIFY(m_activity.mayOpenUnasked(true));
+    }
+
+    void closingIsRemembered()
+    {
+        QVERIFY(!m_activity.isClosing());
+        m_activity.setClosing();
+        QVERIFY(m_activity.isClosing());
+    }
+
+private:
+    QString answers() const
+    {
+        QStringList names;
+        for (const auto& [name, answer] : {std::pair{"idle", m_activity.isIdle()},
+                                           {"record", m_activity.mayToggleRecording()},
+                                           {"screenshot", m_activity.mayTakeScreenshot()},
+                                           {"frame", m_activity.mayRestoreRegionFrame()},
+                                           {"open", m_activity.mayOpenUnasked(false)}}) {
+            if (answer)
+                names.append(QLatin1String(name));
+        }
+        return names.join(QLatin1Char(' '));
+    }
+
+    RecordingState m_recording = RecordingState::Idle;
+    bool m_isSelecting = false;
+    bool m_isGrabbing = false;
+    bool m_isDialogOpen = false;
+    bool m_isMenuOpen = false;
+    bool m_isWindowShown = true;
+    Activity m_activity{{[this] { return m_recording; }, [this] { return m_isSelecting; },
+                         [this] { return m_isGrabbing; }, [this] { return m_isDialogOpen; },
+                         [this] { return m_isMenuOpen; }, [this] { return m_isWindowShown; }}};
+};
+
+REGISTER_TEST(testrun::core<TestActivity>);
+
+#include "test_activity.moc"
