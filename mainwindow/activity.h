@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mainwindow/recordingsession.h"
+#include "mainwindow/recording/recordingsession.h"
 
 #include <functional>
 

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "mainwindow/activity.h"
-#include "mainwindow/capturearea.h"
+#include "mainwindow/capture/capturearea.h"
 #include "mainwindow/durations.h"
 #include "mainwindow/obsrecorder.h"
 #include "mainwindow/obssources.h"
-#include "mainwindow/recordingsession.h"
-#include "mainwindow/recordingstage.h"
+#include "mainwindow/recording/recordingsession.h"
+#include "mainwindow/recording/recordingstage.h"
 
 #include <QMainWindow>
 #include <QPointer>

@@ -2,7 +2,7 @@
 
 #include "app/sclogger.h"
 #include "files/scfilemanager.h"
-#include "mainwindow/recordingpath.h"
+#include "mainwindow/recording/recordingpath.h"
 #include "mainwindow/scmainwindow.h"
 #include "ui_scmainwindow.h"
 #include "widgets/desktopservices.h"

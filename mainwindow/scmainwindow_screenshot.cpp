@@ -1,7 +1,7 @@
 // Screenshots: their tiles, and the main window out of the way while one is taken.
 
 #include "app/sclogger.h"
-#include "mainwindow/regionoverlays.h"
+#include "mainwindow/capture/regionoverlays.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/screenshotsession.h"
 #include "overlays/windowhighlighter.h"

@@ -1,6 +1,6 @@
 #include "mainwindow/screenshotsession.h"
 
-#include "mainwindow/regionselection.h"
+#include "mainwindow/capture/regionselection.h"
 #include "screenshot/scscreenshot.h"
 #include "screenshot/scscreenshotwindow.h"
 #include "widgets/framegeometry.h"

@@ -3,7 +3,7 @@
 #include "dialogs/scaboutwindow.h"
 #include "dialogs/scsettingswindow.h"
 #include "dialogs/scupgradewindow.h"
-#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/scmainwindow.h"
 #include "platform/input/global_hotkey.h"
 #include "screenshot/scscreenshotwindow.h"

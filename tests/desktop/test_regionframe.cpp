@@ -1,5 +1,5 @@
 #include "app/appidentity.h"
-#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/recording/sccountdownwidget.h"
 #include "tests/desktop/desktoprun.h"
 #include "tests/desktop/regiontest.h"
 #include "tests/support/messagecapture.h"

@@ -1,5 +1,5 @@
-#include "mainwindow/scfullscreentoolbar.h"
-#include "mainwindow/toolbarplacement.h"
+#include "mainwindow/recording/scfullscreentoolbar.h"
+#include "mainwindow/recording/toolbarplacement.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/support/testrun.h"
 #include "tests/support/x11clients.h"

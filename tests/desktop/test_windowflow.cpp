@@ -1,6 +1,6 @@
 #include "app/appidentity.h"
 #include "app/settings.h"
-#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/tile.h"
 #include "overlays/areaselector.h"
 #include "overlays/windowhighlighter.h"

@@ -1,5 +1,5 @@
 #include "app/settings.h"
-#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/scmainwindow.h"
 #include "platform/input/global_hotkey.h"
 #include "platform/windowing/capture_exclusion.h"

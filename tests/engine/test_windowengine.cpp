@@ -2,7 +2,7 @@
 #include "app/settings.h"
 #include "engine/obswrapper.h"
 #include "engine/volumecontrol.h"
-#include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/recording/scfullscreentoolbar.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/tile.h"
 #include "overlays/areaselector.h"

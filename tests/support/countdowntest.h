@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/recording/sccountdownwidget.h"
 #include "tests/support/shownwindow.h"
 
 #include <QTimer>

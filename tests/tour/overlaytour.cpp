@@ -1,5 +1,5 @@
-#include "mainwindow/sccountdownwidget.h"
-#include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/recording/sccountdownwidget.h"
+#include "mainwindow/recording/scfullscreentoolbar.h"
 #include "overlays/areaselector.h"
 #include "overlays/drawwindow.h"
 #include "overlays/pickingdesktop.h"

@@ -1,4 +1,4 @@
-#include "mainwindow/capturearea.h"
+#include "mainwindow/capture/capturearea.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>

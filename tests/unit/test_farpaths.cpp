@@ -2,7 +2,7 @@
 #include "app/settings.h"
 #include "engine/ffmpegsettings.h"
 #include "files/scfilemanager.h"
-#include "mainwindow/recordingpath.h"
+#include "mainwindow/recording/recordingpath.h"
 #include "screenshot/scscreenshot.h"
 #include "tests/support/windowtest.h"
 

@@ -1,5 +1,5 @@
 #include "app/settings.h"
-#include "mainwindow/recordingsession.h"
+#include "mainwindow/recording/recordingsession.h"
 #include "mainwindow/scmainwindow.h"
 #include "tests/support/addresses.h"
 #include "tests/support/filelibrary.h"

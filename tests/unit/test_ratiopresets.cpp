@@ -1,5 +1,5 @@
-#include "mainwindow/capturearea.h"
-#include "mainwindow/ratiopresets.h"
+#include "mainwindow/capture/capturearea.h"
+#include "mainwindow/capture/ratiopresets.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "mainwindow/recordingclock.h"
+#include "mainwindow/recording/recordingclock.h"
 #include "tests/support/testrun.h"
 
 #include <QElapsedTimer>

@@ -1,4 +1,4 @@
-#include "mainwindow/recordingpath.h"
+#include "mainwindow/recording/recordingpath.h"
 #include "tests/support/testrun.h"
 
 #include <QDateTime>

@@ -1,7 +1,7 @@
 #include "app/sclogger.h"
 #include "mainwindow/recorderport.h"
-#include "mainwindow/recordingsession.h"
-#include "mainwindow/recordingstage.h"
+#include "mainwindow/recording/recordingsession.h"
+#include "mainwindow/recording/recordingstage.h"
 #include "tests/support/testrun.h"
 
 #include <QDir>

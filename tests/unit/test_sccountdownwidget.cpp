@@ -1,5 +1,5 @@
 #include "app/settings.h"
-#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/recording/sccountdownwidget.h"
 #include "tests/support/windowtest.h"
 
 #include <QApplication>

@@ -1,4 +1,4 @@
-#include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/recording/scfullscreentoolbar.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testrun.h"
 

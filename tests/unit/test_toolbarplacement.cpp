@@ -1,4 +1,4 @@
-#include "mainwindow/toolbarplacement.h"
+#include "mainwindow/recording/toolbarplacement.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>

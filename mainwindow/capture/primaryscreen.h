@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mainwindow/capturearea.h"
+#include "mainwindow/capture/capturearea.h"
 
 /// The primary screen as it is now; a session without one gets an empty screen.
 CaptureScreen primaryScreen();

@@ -1,4 +1,4 @@
-#include "mainwindow/sccountdownwidget.h"
+#include "mainwindow/recording/sccountdownwidget.h"
 
 #include "app/settings.h"
 #include "platform/windowing/overlay_window.h"

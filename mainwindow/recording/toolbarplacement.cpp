@@ -1,4 +1,4 @@
-#include "mainwindow/toolbarplacement.h"
+#include "mainwindow/recording/toolbarplacement.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "mainwindow/recordingclock.h"
+#include "mainwindow/recording/recordingclock.h"
 
 RecordingClock::RecordingClock(QObject* parent, int tickMs) : QObject(parent), m_tickMs(tickMs)
 {

@@ -1,6 +1,6 @@
-#include "mainwindow/ratiopresets.h"
+#include "mainwindow/capture/ratiopresets.h"
 
-#include "mainwindow/capturearea.h"
+#include "mainwindow/capture/capturearea.h"
 
 #include <algorithm>
 #include <array>

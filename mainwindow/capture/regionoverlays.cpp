@@ -1,6 +1,6 @@
-#include "mainwindow/regionoverlays.h"
+#include "mainwindow/capture/regionoverlays.h"
 
-#include "mainwindow/regionselection.h"
+#include "mainwindow/capture/regionselection.h"
 #include "overlays/drawwindow.h"
 
 #include <QEvent>

@@ -1,4 +1,4 @@
-#include "mainwindow/scfullscreentoolbar.h"
+#include "mainwindow/recording/scfullscreentoolbar.h"
 
 #include "platform/windowing/overlay_window.h"
 #include "widgets/icons.h"

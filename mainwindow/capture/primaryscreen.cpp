@@ -1,4 +1,4 @@
-#include "mainwindow/primaryscreen.h"
+#include "mainwindow/capture/primaryscreen.h"
 
 #include <QGuiApplication>
 #include <QScreen>

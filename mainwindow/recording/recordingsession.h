@@ -1,7 +1,7 @@
 #pragma once
 
 #include "mainwindow/durations.h"
-#include "mainwindow/recordingstage.h"
+#include "mainwindow/recording/recordingstage.h"
 
 #include <QElapsedTimer>
 #include <QObject>

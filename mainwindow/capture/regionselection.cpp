@@ -1,4 +1,4 @@
-#include "mainwindow/regionselection.h"
+#include "mainwindow/capture/regionselection.h"
 
 #include "app/sclogger.h"
 #include "overlays/areaselector.h"

@@ -1,10 +1,10 @@
-#include "mainwindow/recordingsession.h"
+#include "mainwindow/recording/recordingsession.h"
 
 #include "app/sclogger.h"
 #include "engine/recordingformat.h"
 #include "mainwindow/recorderport.h"
-#include "mainwindow/recordingpath.h"
-#include "mainwindow/recordstatus.h"
+#include "mainwindow/recording/recordingpath.h"
+#include "mainwindow/recording/recordstatus.h"
 
 #include <QThread>
 
