@@ -6,9 +6,9 @@
 #include "app/settingstables.h"
 #include "app/webaddresses.h"
 #include "engine/obswrapper.h"
-#include "files/scfilemanager.h"
 #include "mainwindow/capture/ratiopresets.h"
 #include "mainwindow/capture/regionoverlays.h"
+#include "mainwindow/filepage.h"
 #include "mainwindow/hotkeys.h"
 #include "mainwindow/mainmenu.h"
 #include "mainwindow/recording/recordingclock.h"
@@ -80,7 +80,6 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<C
     , m_windowPicker(std::make_unique<WindowHighlighter>())
     , m_region(new RegionOverlays(this))
     , m_screenshots(new ScreenshotSession(this, durations.windowGoneMs))
-    , m_files(new SCFileManager(this))
     , m_settings(openSettings())
     , m_sources(*m_obs)
     , m_recorder(*m_obs)
@@ -101,8 +100,8 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<C
     setUpMenu();
     connectDialogs();
     connectControls();
+    setUpFilePage();
     connectPages();
-    setUpFiles();
     connectTiles();
     connectScreenshots();
     connectSession();
@@ -236,12 +235,33 @@ void SCMainWindow::connectControls()
     connect(m_ui->ratioBox, &QComboBox::textActivated, this, &SCMainWindow::onRatioChosen);
 }
 
+void SCMainWindow::setUpFilePage()
+{
+    m_filePage = new FilePage(*m_settings, m_activity);
+    m_ui->pages->addWidget(m_filePage);
+    connect(this, &SCMainWindow::fileProduced, m_filePage, &FilePage::addFile);
+}
+
+void SCMainWindow::onPageChosen(int index)
+{
+    m_ui->pages->setCurrentIndex(index);
+    if (m_ui->pages->currentWidget() == m_filePage)
+        m_filePage->showNewest();
+}
+
+void SCMainWindow::showScreenshots()
+{
+    m_ui->filesTab->setChecked(true);
+    m_ui->pages->setCurrentWidget(m_filePage);
+    m_filePage->showScreenshots();
+}
+
 void SCMainWindow::connectPages()
 {
     auto* const tabs = new QButtonGroup(this);
     tabs->addButton(m_ui->recordingTab, m_ui->pages->indexOf(m_ui->recordingPage));
     tabs->addButton(m_ui->screenshotTab, m_ui->pages->indexOf(m_ui->screenshotPage));
-    tabs->addButton(m_ui->filesTab, m_ui->pages->indexOf(m_ui->filesPage));
+    tabs->addButton(m_ui->filesTab, m_ui->pages->indexOf(m_filePage));
     connect(tabs, &QButtonGroup::idClicked, this, &SCMainWindow::onPageChosen);
     new HoverIcons(m_ui->recordingTab, QStringLiteral("recording"));
     new HoverIcons(m_ui->screenshotTab, QStringLiteral("screenshot"));
@@ -283,7 +303,8 @@ void SCMainWindow::connectSession()
     connect(&m_session, &RecordingSession::stateChanged, this, &SCMainWindow::onStateChanged);
     connect(&m_session, &RecordingSession::statusChanged, this, &SCMainWindow::showRecordStatus);
     connect(&m_session, &RecordingSession::elapsedChanged, this, &SCMainWindow::showElapsed);
-    connect(&m_session, &RecordingSession::fileProduced, this, &SCMainWindow::onRecordingBegun);
+    connect(&m_session, &RecordingSession::fileProduced, m_filePage, &FilePage::setRecordedFile);
+    connect(&m_session, &RecordingSession::fileProduced, this, &SCMainWindow::fileProduced);
     // Asked while the user's session waits for the answer, after which the system ends the process.
     connect(qGuiApp, &QGuiApplication::commitDataRequest, &m_session, &RecordingSession::finishAtOnce,
             Qt::DirectConnection);
@@ -383,7 +404,7 @@ void SCMainWindow::retranslate()
     m_ui->retranslateUi(this);
     showHotkey();
     showRecordButton(m_shownStatus);
-    showFileState();
+    m_filePage->retranslate();
 }
 
 bool SCMainWindow::eventFilter(QObject* watched, QEvent* event)

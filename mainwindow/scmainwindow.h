@@ -15,6 +15,7 @@
 #include <memory>
 
 class CameraSystem;
+class FilePage;
 class Hotkeys;
 class MainMenu;
 class ObsWrapper;
@@ -24,7 +25,6 @@ class QSettings;
 class RecordingClock;
 class RegionOverlays;
 class SCCountdownWidget;
-class SCFileManager;
 class SCFullscreenToolbar;
 class SCTranslator;
 class ScreenshotSession;
@@ -82,9 +82,6 @@ protected:
     bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
 
 private:
-    /// Plays a recording without an engine.
-    friend class TestFilesPage;
-
     struct TileAction
     {
         Tile* tile;
@@ -167,20 +164,10 @@ private:
     void onScreenshotSaved(const QString& path);
     void onScreenshotFailed(const QString& message);
 
-    // The files that were made: scmainwindow_files.cpp.
-    void setUpFiles();
+    // The pages.
+    void setUpFilePage();
     void onPageChosen(int index);
-    void showFiles();
-    void onFilterChosen();
-    void fillFileView();
-    void showFileState();
-    QString chosenFilter() const;
-    void onRecordingBegun(const QString& path, const QString& type);
     void showScreenshots();
-    void onRecordingOver();
-    void onFileError(const QString& message);
-    void openFilesFolder();
-    void openFolder(const QString& folder);
 
     // The windows that the menu opens: scmainwindow_dialogs.cpp.
     void armUpdateCheck();
@@ -227,7 +214,6 @@ private:
     CaptureArea m_captureArea;
     RegionOverlays* m_region;
     ScreenshotSession* m_screenshots;
-    SCFileManager* m_files;
     std::unique_ptr<QSettings> m_settings;
     std::shared_ptr<SCTranslator> m_translator;
     ObsSources m_sources;
@@ -238,6 +224,7 @@ private:
     MainMenu* m_menu = nullptr;
     UpdateNotice* m_updateNotice = nullptr;
     Hotkeys* m_hotkeys = nullptr;
+    FilePage* m_filePage = nullptr;
     RecordingClock* m_recordingClock = nullptr;
     QPointer<SCCountdownWidget> m_countdown;
     /// Made when it is first needed.
@@ -267,6 +254,4 @@ private:
     bool m_frameGivenUp = false;
     /// The window was minimised for a screenshot and is to come back after it.
     bool m_minimisedForScreenshot = false;
-    /// What could not be told while a recording ran.
-    QStringList m_untoldErrors;
 };

@@ -6,6 +6,7 @@
 #include "engine/recordingformat.h"
 #include "mainwindow/capture/primaryscreen.h"
 #include "mainwindow/capture/regionoverlays.h"
+#include "mainwindow/filepage.h"
 #include "mainwindow/recording/recordingclock.h"
 #include "mainwindow/recording/recordstatus.h"
 #include "mainwindow/recording/sccountdownwidget.h"
@@ -46,7 +47,7 @@ void SCMainWindow::onStateChanged(RecordingState state)
         m_frameGivenUp = false;
         chooseFullScreen();
     }
-    onRecordingOver();
+    m_filePage->onRecordingOver();
     if (m_activity.isClosing())
         close();
 }

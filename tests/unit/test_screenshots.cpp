@@ -16,6 +16,7 @@
 #include <QScreen>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QStackedWidget>
 #include <QTest>
 #include <QTimer>
 
@@ -218,6 +219,10 @@ private slots:
         QCOMPARE(boxes.calls().front().title, QStringLiteral("Screenshot Saved"));
         QCOMPARE(boxes.calls().front().text, "Screenshot saved to: " + path);
         QVERIFY(!m_window->isMinimized());
+        const auto* const pages = m_window->findChild<QStackedWidget*>(QStringLiteral("pages"));
+        QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("filesPage"));
+        QVERIFY(m_window->findChild<QPushButton*>(QStringLiteral("filesTab"))->isChecked());
+        QVERIFY(m_window->findChild<QPushButton*>(QStringLiteral("screenshotFilter"))->isChecked());
     }
 
     void screenshotThatCannotBeSavedIsTold()

@@ -1,6 +1,6 @@
 #include "app/settings.h"
-#include "mainwindow/recording/recordingsession.h"
-#include "mainwindow/scmainwindow.h"
+#include "mainwindow/activity.h"
+#include "mainwindow/filepage.h"
 #include "tests/support/addresses.h"
 #include "tests/support/filelibrary.h"
 #include "tests/support/windowtest.h"
@@ -16,14 +16,12 @@
 #include <QListView>
 #include <QPushButton>
 #include <QSettings>
-#include <QStackedWidget>
 #include <QTest>
 #include <QUrl>
 
 #include <memory>
 
-/// The main window's page of the files that were made.
-class TestFilesPage : public QObject
+class TestFilePage : public QObject
 {
     Q_OBJECT
 
@@ -44,11 +42,11 @@ private slots:
             list.append(QJsonObject{{"filepath", m_produced.add(QLatin1String(name))},
                                     {"properties", QJsonObject{{"type", QLatin1String(type)}}}});
         filelibrary::write(QJsonDocument(list).toJson());
-        m_window = std::make_unique<SCMainWindow>();
-        m_window->show();
+        m_recording = RecordingState::Idle;
+        makePage();
     }
 
-    void cleanup() { m_window.reset(); }
+    void cleanup() { m_page.reset(); }
 
     void showingThePageSelectsTheNewestFile()
     {
@@ -62,7 +60,6 @@ private slots:
     {
         open();
         press("audioFilter");
-        press("recordingTab");
         open();
         QCOMPARE(names(), QStringList{"song.mp3"});
         QCOMPARE(selectedNames(), QStringList{"song.mp3"});
@@ -129,9 +126,7 @@ private slots:
         press("reverseFilesButton");
         const QStringList reversed{"plain.dat", "old.mp4", "shot.png", "song.mp3", "new.mp4"};
         QCOMPARE(names(), reversed);
-        m_window.reset();
-        m_window = std::make_unique<SCMainWindow>();
-        m_window->show();
+        makePage();
         open();
         QCOMPARE(names(), reversed);
     }
@@ -172,7 +167,7 @@ private slots:
     {
         open();
         const QString path = m_produced.add(QStringLiteral("Recording.aac"));
-        emit session()->fileProduced(path, QStringLiteral("audio"));
+        record(path, QStringLiteral("audio"));
         QCOMPARE(filelibrary::paths().front(), path);
         const QJsonObject properties = QJsonDocument::fromJson(filelibrary::text())
                                            .array()
@@ -182,33 +177,31 @@ private slots:
                                            .toObject();
         QCOMPARE(properties.value(QLatin1String("type")).toString(), QStringLiteral("audio"));
         QCOMPARE(names().size(), 5);
-        emit session()->stateChanged(RecordingState::Idle);
+        m_page->onRecordingOver();
         QCOMPARE(names().front(), QStringLiteral("Recording.aac"));
         QCOMPARE(selectedNames(), QStringList{"Recording.aac"});
         QCOMPARE(button("audioFilter")->text(), QStringLiteral("Audio (2)"));
     }
 
-    void recordingLeavesAnotherPageInView()
+    void nothingIsSelectedOnAPageThatIsNotInView()
     {
-        emit session()->fileProduced(m_produced.add(QStringLiteral("Recording.mp4")), QStringLiteral("video"));
-        emit session()->stateChanged(RecordingState::Idle);
-        QCOMPARE(child<QStackedWidget>("pages")->currentWidget()->objectName(), QStringLiteral("recordingPage"));
+        m_page->hide();
+        record(m_produced.add(QStringLiteral("Recording.mp4")), QStringLiteral("video"));
+        m_page->onRecordingOver();
+        QCOMPARE(names().front(), QStringLiteral("Recording.mp4"));
+        QVERIFY(selectedNames().isEmpty());
     }
 
-    void savedScreenshotIsEnteredToldAndShownAmongTheScreenshots()
+    void savedScreenshotIsShownAmongTheScreenshots()
     {
         const QString path = m_produced.add(QStringLiteral("Screenshot.png"));
-        const messagebox::Recorder boxes;
-        m_window->onScreenshotSaved(path);
-        QCOMPARE(boxes.calls().size(), std::size_t{1});
-        QCOMPARE(boxes.calls().front().title, QStringLiteral("Screenshot Saved"));
-        QCOMPARE(child<QStackedWidget>("pages")->currentWidget()->objectName(), QStringLiteral("filesPage"));
-        QVERIFY(button("filesTab")->isChecked());
+        m_page->addFile(path, QStringLiteral("screenshot"));
+        m_page->showScreenshots();
         QVERIFY(button("screenshotFilter")->isChecked());
         QCOMPARE(names(), QStringList({"Screenshot.png", "shot.png"}));
         QCOMPARE(selectedNames(), QStringList{"Screenshot.png"});
         QCOMPARE(filelibrary::paths().front(), path);
-        // It is nobody's to keep: what is not being recorded can be deleted.
+        // What is not being recorded can be deleted.
         messagebox::Recorder deletion;
         deletion.setAnswer({true, true});
         press("deleteFilesButton");
@@ -218,7 +211,7 @@ private slots:
     void fileIsNotDeletedWhileItIsBeingRecorded()
     {
         const QString path = m_produced.add(QStringLiteral("Recording.mp4"));
-        emit session()->fileProduced(path, QStringLiteral("video"));
+        record(path, QStringLiteral("video"));
         open();
         view()->selectAll();
         messagebox::Recorder boxes;
@@ -226,25 +219,46 @@ private slots:
         press("deleteFilesButton");
         QVERIFY(boxes.questions().empty());
         QVERIFY(QFileInfo::exists(path));
-        emit session()->stateChanged(RecordingState::Idle);
+        m_page->onRecordingOver();
         view()->selectAll();
         press("deleteFilesButton");
         QVERIFY(!QFileInfo::exists(path));
     }
 
-    void listThatCannotBeSavedIsTold()
+    void listThatCannotBeSavedIsReportedWhenTheRecordingIsOver_data()
     {
+        QTest::addColumn<bool>("isRecording");
+        QTest::addColumn<bool>("isClosing");
+        QTest::addColumn<int>("boxes");
+        QTest::newRow("idle") << false << false << 1;
+        QTest::newRow("recording") << true << false << 1;
+        QTest::newRow("recording, then the program closes") << true << true << 0;
+    }
+
+    void listThatCannotBeSavedIsReportedWhenTheRecordingIsOver()
+    {
+        QFETCH(const bool, isRecording);
+        QFETCH(const bool, isClosing);
+        QFETCH(const int, boxes);
         open();
         QVERIFY(QFile::remove(filelibrary::path()));
         QVERIFY(QDir().mkpath(filelibrary::path() + QLatin1String("/in the way")));
-        const messagebox::Recorder boxes;
+        const messagebox::Recorder shown;
+        m_recording = isRecording ? RecordingState::Recording : RecordingState::Idle;
         press("reverseFilesButton");
         press("reverseFilesButton");
         QVERIFY(QDir(filelibrary::path()).removeRecursively());
-        QCOMPARE(boxes.calls().size(), std::size_t{1});
-        QCOMPARE(boxes.calls().front().kind, messagebox::Kind::Critical);
-        QCOMPARE(boxes.calls().front().parent, m_window.get());
-        QVERIFY(boxes.calls().front().text.startsWith(QLatin1String("The list of files could not be saved: ")));
+        QCOMPARE(shown.calls().size(), std::size_t(isRecording ? 0 : 1));
+        if (isClosing)
+            m_activity.setClosing();
+        m_recording = RecordingState::Idle;
+        m_page->onRecordingOver();
+        QCOMPARE(shown.calls().size(), std::size_t(boxes));
+        for (const messagebox::Call& box : shown.calls()) {
+            QCOMPARE(box.kind, messagebox::Kind::Critical);
+            QCOMPARE(box.parent, m_page.get());
+            QVERIFY(box.text.startsWith(QLatin1String("The list of files could not be saved: ")));
+        }
         QCOMPARE(names().size(), 5);
     }
 
@@ -264,17 +278,30 @@ private slots:
     }
 
 private:
+    void makePage()
+    {
+        m_page.reset();
+        m_activity = Activity({[this] { return m_recording; }, {}, {}, {}, {}, {}});
+        m_page = std::make_unique<FilePage>(*m_settings, m_activity);
+        m_page->show();
+    }
+
     template <typename Widget>
     Widget* child(const char* name) const
     {
-        return m_window->findChild<Widget*>(QLatin1String(name));
+        return m_page->findChild<Widget*>(QLatin1String(name));
     }
 
     QPushButton* button(const char* name) const { return child<QPushButton>(name); }
     QListView* view() const { return child<QListView>("fileView"); }
-    RecordingSession* session() const { return &m_window->m_session; }
     void press(const char* name) const { button(name)->click(); }
-    void open() const { press("filesTab"); }
+    void open() const { m_page->showNewest(); }
+
+    void record(const QString& path, const QString& type) const
+    {
+        m_page->setRecordedFile(path);
+        m_page->addFile(path, type);
+    }
 
     QStringList names() const
     {
@@ -294,9 +321,12 @@ private:
     }
 
     ProducedFiles m_produced;
-    std::unique_ptr<SCMainWindow> m_window;
+    RecordingState m_recording = RecordingState::Idle;
+    Activity m_activity{{}};
+    std::unique_ptr<QSettings> m_settings = openSettings();
+    std::unique_ptr<FilePage> m_page;
 };
 
-REGISTER_TEST(windowtest::run<TestFilesPage>);
+REGISTER_TEST(windowtest::run<TestFilePage>);
 
-#include "test_filespage.moc"
+#include "test_filepage.moc"

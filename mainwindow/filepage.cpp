@@ -1,0 +1,149 @@
+#include "mainwindow/filepage.h"
+
+#include "app/sclogger.h"
+#include "app/settings.h"
+#include "files/scfilemanager.h"
+#include "mainwindow/activity.h"
+#include "mainwindow/recording/recordingpath.h"
+#include "ui_filepage.h"
+#include "widgets/desktopservices.h"
+#include "widgets/icons.h"
+#include "widgets/messagebox.h"
+
+#include <QItemSelectionModel>
+
+#include <utility>
+
+FilePage::FilePage(const QSettings& settings, const Activity& activity)
+    : m_ui(std::make_unique<Ui::FilePage>())
+    , m_settings(settings)
+    , m_activity(activity)
+    , m_files(new SCFileManager(this))
+{
+    m_ui->setupUi(this);
+    connectControls();
+    fillView();
+    connectList();
+}
+
+FilePage::~FilePage() = default;
+
+void FilePage::connectControls()
+{
+    new HoverIcons(m_ui->openFolderButton, QStringLiteral("folder"));
+    new HoverIcons(m_ui->reverseFilesButton, QStringLiteral("reverse"));
+    new HoverIcons(m_ui->deleteFilesButton, QStringLiteral("delete"));
+    for (const QPushButton* const button :
+         {m_ui->allFilter, m_ui->videoFilter, m_ui->audioFilter, m_ui->screenshotFilter})
+        connect(button, &QPushButton::clicked, this, &FilePage::fillView);
+    connect(m_ui->openFolderButton, &QPushButton::clicked, this, &FilePage::openFolder);
+    connect(m_ui->reverseFilesButton, &QPushButton::clicked, m_files, &SCFileManager::reverseFileOrder);
+    connect(m_ui->deleteFilesButton, &QPushButton::clicked, this,
+            [this] { m_files->deleteSelectedFiles(m_ui->fileView); });
+    connect(m_files, &SCFileManager::error, this, &FilePage::onError);
+}
+
+/// Once the view has its model.
+void FilePage::connectList()
+{
+    const QAbstractItemModel* const rows = m_ui->fileView->model();
+    connect(rows, &QAbstractItemModel::modelReset, this, &FilePage::showState);
+    connect(rows, &QAbstractItemModel::rowsInserted, this, &FilePage::showState);
+    connect(rows, &QAbstractItemModel::rowsRemoved, this, &FilePage::showState);
+    connect(m_ui->fileView->selectionModel(), &QItemSelectionModel::selectionChanged, this, &FilePage::showState);
+}
+
+void FilePage::addFile(const QString& path, const QString& type)
+{
+    m_files->addFile(path, type);
+}
+
+void FilePage::setRecordedFile(const QString& path)
+{
+    m_files->setFileInUse(path);
+}
+
+void FilePage::onRecordingOver()
+{
+    m_files->setFileInUse({});
+    fillView();
+    const bool isCurrentPage = !isHidden();
+    if (isCurrentPage)
+        m_files->selectFile(0);
+    const QStringList errors = std::exchange(m_pendingErrors, {});
+    for (const QString& error : errors)
+        onError(error);
+}
+
+void FilePage::showNewest()
+{
+    fillView();
+    m_files->selectFile(0);
+}
+
+void FilePage::showScreenshots()
+{
+    m_ui->screenshotFilter->setChecked(true);
+    showNewest();
+}
+
+QString FilePage::filter() const
+{
+    for (const QPushButton* const button : {m_ui->videoFilter, m_ui->audioFilter, m_ui->screenshotFilter}) {
+        if (button->isChecked())
+            return button->property("filter").toString();
+    }
+    return {};
+}
+
+void FilePage::fillView()
+{
+    m_files->setupView(m_ui->fileView, filter());
+    showState();
+}
+
+void FilePage::showCounts()
+{
+    const auto show = [](QPushButton& button, const QString& text, qsizetype count) {
+        button.setText(QStringLiteral("%1 (%2)").arg(text).arg(count));
+    };
+    show(*m_ui->allFilter, tr("All"), m_files->files().size());
+    show(*m_ui->videoFilter, tr("Video"), m_files->count(QStringLiteral("video")));
+    show(*m_ui->audioFilter, tr("Audio"), m_files->count(QStringLiteral("audio")));
+    show(*m_ui->screenshotFilter, tr("Screenshot"), m_files->count(QStringLiteral("screenshot")));
+}
+
+void FilePage::showState()
+{
+    showCounts();
+    const bool empty = m_ui->fileView->model()->rowCount() == 0;
+    m_ui->fileStack->setCurrentWidget(empty ? static_cast<QWidget*>(m_ui->noFilesLabel) : m_ui->fileView);
+    m_ui->reverseFilesButton->setEnabled(!empty);
+    m_ui->deleteFilesButton->setEnabled(m_ui->fileView->selectionModel()->hasSelection());
+}
+
+void FilePage::retranslate()
+{
+    m_ui->retranslateUi(this);
+    showCounts();
+}
+
+void FilePage::onError(const QString& message)
+{
+    // A box would be recorded, and a window that is about to close waits for nobody.
+    if (!m_activity.isIdle())
+        m_pendingErrors.append(message);
+    else if (!m_activity.isClosing())
+        messagebox::critical(window(), tr("Error"), message);
+}
+
+void FilePage::openFolder()
+{
+    const bool screenshots = m_ui->screenshotFilter->isChecked();
+    const QString folder =
+        m_settings.value(screenshots ? settingskeys::kScreenshotSaveLocation : settingskeys::kRecordingSaveLocation)
+            .toString();
+    if (!ensureFolder(folder))
+        SCLogger::error(QStringLiteral("The save folder does not exist and cannot be made: %1").arg(folder));
+    openFile(folder);
+}
