@@ -20,7 +20,6 @@
 #include "mainwindow/webcamswitch.h"
 #include "overlays/qtcamerasystem.h"
 #include "overlays/scswitchwidget.h"
-#include "overlays/windowhighlighter.h"
 #include "platform/windowing/frameless_window.h"
 #include "platform/windowing/window_hold.h"
 #include "ui_scmainwindow.h"
@@ -28,6 +27,7 @@
 #include "widgets/desktopservices.h"
 #include "widgets/focusring.h"
 #include "widgets/icons.h"
+#include "widgets/messagebox.h"
 #include "widgets/stylesheet.h"
 
 #include <QApplication>
@@ -77,9 +77,8 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<C
     , m_activity(activityFacts())
     , m_ui(std::make_unique<Ui::SCMainWindow>())
     , m_obs(std::move(engine))
-    , m_windowPicker(std::make_unique<WindowHighlighter>())
     , m_region(new RegionOverlays(this))
-    , m_screenshots(new ScreenshotSession(this, durations.windowGoneMs))
+    , m_screenshots(new ScreenshotSession(this, *m_region, m_activity, durations.windowGoneMs))
     , m_settings(openSettings())
     , m_sources(*m_obs)
     , m_recorder(*m_obs)
@@ -116,7 +115,7 @@ SCMainWindow::~SCMainWindow() = default;
 Activity::Facts SCMainWindow::activityFacts()
 {
     return {[this] { return m_session.state(); },
-            [this] { return m_region->isSelecting() || m_windowPicker->isVisible() || m_screenshots->isActive(); },
+            [this] { return m_region->isSelecting() || m_screenshots->isActive(); },
             [this] { return m_screenshots->isGrabbing(); },
             [] { return QApplication::activeModalWidget() != nullptr; },
             [] { return QApplication::activePopupWidget() != nullptr; },
@@ -249,8 +248,20 @@ void SCMainWindow::onPageChosen(int index)
         m_filePage->showNewest();
 }
 
-void SCMainWindow::showScreenshots()
+void SCMainWindow::connectScreenshots()
 {
+    connect(m_ui->screenshotFullScreenTile, &Tile::activated, m_screenshots, &ScreenshotSession::frameScreen);
+    connect(m_ui->screenshotRegionTile, &Tile::activated, m_screenshots, &ScreenshotSession::selectRegion);
+    connect(m_ui->screenshotWindowTile, &Tile::activated, m_screenshots, &ScreenshotSession::selectWindow);
+    connect(m_screenshots, &ScreenshotSession::restoreRequested, this, &SCMainWindow::restoreWindow);
+    connect(m_screenshots, &ScreenshotSession::saved, this, &SCMainWindow::onScreenshotSaved);
+}
+
+void SCMainWindow::onScreenshotSaved(const QString& path)
+{
+    emit fileProduced(path, QStringLiteral("screenshot"));
+    restoreWindow();
+    messagebox::information(this, tr("Screenshot Saved"), tr("Screenshot saved to: %1").arg(path));
     m_ui->filesTab->setChecked(true);
     m_ui->pages->setCurrentWidget(m_filePage);
     m_filePage->showScreenshots();
@@ -268,24 +279,13 @@ void SCMainWindow::connectPages()
     new HoverIcons(m_ui->filesTab, QStringLiteral("files"));
 }
 
-/// What a click on a tile does, and a press of the keyboard.
-std::array<SCMainWindow::TileAction, 6> SCMainWindow::tileActions() const
-{
-    return {{{m_ui->fullScreenTile, &SCMainWindow::onFullScreenChosen},
-             {m_ui->regionTile, &SCMainWindow::onRegionChosen},
-             {m_ui->windowTile, &SCMainWindow::onWindowChosen},
-             {m_ui->screenshotFullScreenTile, &SCMainWindow::onScreenshotFullScreenChosen},
-             {m_ui->screenshotRegionTile, &SCMainWindow::onScreenshotRegionChosen},
-             {m_ui->screenshotWindowTile, &SCMainWindow::onScreenshotWindowChosen}}};
-}
-
 void SCMainWindow::connectTiles()
 {
-    for (const auto& [tile, action] : tileActions()) {
+    for (Tile* const tile : findChildren<Tile*>())
         tile->installEventFilter(this);
-        connect(tile, &Tile::activated, this, action);
-    }
-
+    connect(m_ui->fullScreenTile, &Tile::activated, this, &SCMainWindow::onFullScreenChosen);
+    connect(m_ui->regionTile, &Tile::activated, this, &SCMainWindow::onRegionChosen);
+    connect(m_ui->windowTile, &Tile::activated, this, &SCMainWindow::onWindowChosen);
     connect(m_region, &RegionOverlays::regionSelected, this, &SCMainWindow::onRegionSelected);
     connect(m_region, &RegionOverlays::selectionCancelled, this, &SCMainWindow::onSelectionCancelled);
     connect(m_region, &RegionOverlays::frameChanged, this, &SCMainWindow::onFrameChanged);
@@ -314,7 +314,7 @@ void SCMainWindow::setUpHotkeys()
 {
     m_hotkeys = new Hotkeys(this);
     connect(m_hotkeys, &Hotkeys::recordingPressed, this, &SCMainWindow::onRecordRequested);
-    connect(m_hotkeys, &Hotkeys::screenshotPressed, this, &SCMainWindow::onScreenshotFullScreenChosen);
+    connect(m_hotkeys, &Hotkeys::screenshotPressed, m_screenshots, &ScreenshotSession::frameScreen);
     connect(m_hotkeys, &Hotkeys::recordingKeyChanged, this, &SCMainWindow::showHotkey);
     m_hotkeys->apply(*m_settings);
 }
@@ -409,17 +409,12 @@ void SCMainWindow::retranslate()
 
 bool SCMainWindow::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() != QEvent::MouseButtonRelease)
+    auto* const tile = qobject_cast<Tile*>(watched);
+    if (event->type() != QEvent::MouseButtonRelease || tile == nullptr)
         return QMainWindow::eventFilter(watched, event);
     const auto* const mouse = static_cast<QMouseEvent*>(event);
-    const auto* const tile = qobject_cast<const Tile*>(watched);
-    if (tile == nullptr || mouse->button() != Qt::LeftButton || !tile->isEnabled() ||
-        !tile->rect().contains(mouse->position().toPoint()))
-        return false;
-    for (const auto& [known, action] : tileActions()) {
-        if (known == tile)
-            (this->*action)();
-    }
+    if (mouse->button() == Qt::LeftButton && tile->isEnabled() && tile->rect().contains(mouse->position().toPoint()))
+        emit tile->activated();
     return false;
 }
 
@@ -455,9 +450,8 @@ bool SCMainWindow::nativeEvent(const QByteArray& eventType, void* message, qintp
 void SCMainWindow::closeEvent(QCloseEvent* event)
 {
     if (m_activity.isIdle()) {
-        m_screenshots->giveUp();
-        m_region->cancelSelection();
-        m_windowPicker->hide();
+        m_screenshots->cancel();
+        m_screenshots->cancelSelections();
         m_webcam->switchOff();
         hideOverlays();
         QMainWindow::closeEvent(event);

@@ -11,7 +11,6 @@
 #include <QMainWindow>
 #include <QPointer>
 
-#include <array>
 #include <memory>
 
 class CameraSystem;
@@ -29,10 +28,8 @@ class SCFullscreenToolbar;
 class SCTranslator;
 class ScreenshotSession;
 class SourceSwitches;
-class Tile;
 class UpdateNotice;
 class WebcamSwitch;
-class WindowHighlighter;
 
 namespace Ui {
 class SCMainWindow;
@@ -82,15 +79,8 @@ protected:
     bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
 
 private:
-    struct TileAction
-    {
-        Tile* tile;
-        void (SCMainWindow::*action)();
-    };
-
     // The shell: scmainwindow.cpp.
     Activity::Facts activityFacts();
-    std::array<TileAction, 6> tileActions() const;
     void setUpFrame();
     void setUpIcons();
     void showPictures();
@@ -148,26 +138,12 @@ private:
     void onFrameConcealed(bool concealed);
     void onFrameClosed();
     void onSizeLockToggled(bool locked);
-    void pickWindow();
-    void onWindowClicked(const QRect& rect);
-    void stopPickingWindow();
-
-    // Screenshots: scmainwindow_screenshot.cpp.
-    void connectScreenshots();
-    bool screenshotIsAllowed() const;
-    void giveUpPicking();
-    void onScreenshotFullScreenChosen();
-    void onScreenshotRegionChosen();
-    void onScreenshotWindowChosen();
-    void onScreenshotBegan();
-    void onScreenshotEnded();
-    void onScreenshotSaved(const QString& path);
-    void onScreenshotFailed(const QString& message);
 
     // The pages.
     void setUpFilePage();
     void onPageChosen(int index);
-    void showScreenshots();
+    void connectScreenshots();
+    void onScreenshotSaved(const QString& path);
 
     // The windows that the menu opens: scmainwindow_dialogs.cpp.
     void armUpdateCheck();
@@ -210,7 +186,6 @@ private:
     Activity m_activity;
     std::unique_ptr<Ui::SCMainWindow> m_ui;
     std::unique_ptr<ObsWrapper> m_obs;
-    std::unique_ptr<WindowHighlighter> m_windowPicker;
     CaptureArea m_captureArea;
     RegionOverlays* m_region;
     ScreenshotSession* m_screenshots;
@@ -252,6 +227,4 @@ private:
     bool m_recordingActive = false;
     /// The region's frame was closed while it could not be given up.
     bool m_frameGivenUp = false;
-    /// The window was minimised for a screenshot and is to come back after it.
-    bool m_minimisedForScreenshot = false;
 };

@@ -12,7 +12,6 @@
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/screenshotsession.h"
 #include "mainwindow/sourceswitches.h"
-#include "overlays/windowhighlighter.h"
 #include "ui_scmainwindow.h"
 #include "widgets/framegeometry.h"
 #include "widgets/icons.h"
@@ -234,7 +233,7 @@ void SCMainWindow::recordScreenForPicture()
 
 void SCMainWindow::onScreenSwitched(bool on)
 {
-    giveUpPicking();
+    m_screenshots->cancelSelections();
     fitFormatToScreen(on);
     setScreenOn(on);
     captureWholeScreen();
@@ -249,7 +248,7 @@ void SCMainWindow::onFullScreenChosen()
 
 void SCMainWindow::chooseFullScreen()
 {
-    giveUpPicking();
+    m_screenshots->cancelSelections();
     setScreenOn(true);
     captureWholeScreen();
     setMode(CaptureMode::FullScreen);
@@ -258,8 +257,8 @@ void SCMainWindow::chooseFullScreen()
 void SCMainWindow::onRegionChosen()
 {
     SCLogger::info(QStringLiteral("Select region clicked"));
-    giveUpPicking();
-    m_screenshots->giveUp();
+    m_screenshots->cancelSelections();
+    m_screenshots->cancel();
     const int format = m_ui->formatBox->currentIndex();
     m_beforeSelection = {m_screenOn, format, format, m_captureArea.mode()};
     setScreenOn(true);
@@ -270,40 +269,19 @@ void SCMainWindow::onRegionChosen()
 
 void SCMainWindow::onWindowChosen()
 {
-    giveUpPicking();
-    m_screenshots->giveUp();
+    m_screenshots->cancelSelections();
+    m_screenshots->cancel();
     setScreenOn(true);
     captureWholeScreen();
     setMode(CaptureMode::Window);
-    pickWindow();
-}
-
-/// A picked window becomes a screenshot frame over it.
-void SCMainWindow::pickWindow()
-{
-    connect(m_windowPicker.get(), &WindowHighlighter::windowClicked, this, &SCMainWindow::onWindowClicked,
-            Qt::UniqueConnection);
-    m_windowPicker->show();
-}
-
-void SCMainWindow::onWindowClicked(const QRect& rect)
-{
-    stopPickingWindow();
-    if (screenshotIsAllowed())
-        m_screenshots->frameArea(WindowHighlighter::logicalRectOnItsScreen(rect));
-}
-
-void SCMainWindow::stopPickingWindow()
-{
-    disconnect(m_windowPicker.get(), &WindowHighlighter::windowClicked, this, &SCMainWindow::onWindowClicked);
-    m_windowPicker->hide();
+    m_screenshots->selectWindow();
 }
 
 void SCMainWindow::onRatioChosen(const QString& name)
 {
     if (m_ui->ratioBox->currentIndex() == 0)
         return;
-    giveUpPicking();
+    m_screenshots->cancelSelections();
     if (m_toolbar != nullptr)
         m_toolbar->hide();
     setScreenOn(true);

@@ -14,7 +14,6 @@
 #include "mainwindow/recording/toolbarplacement.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/screenshotsession.h"
-#include "overlays/windowhighlighter.h"
 #include "platform/windowing/capture_exclusion.h"
 #include "platform/windowing/window_hold.h"
 #include "ui_scmainwindow.h"
@@ -38,8 +37,8 @@ void SCMainWindow::onStateChanged(RecordingState state)
     // What is captured is chosen before a recording, not during one.
     for (QWidget* const part : std::initializer_list<QWidget*>{m_ui->sizeCard, m_ui->screenSwitch, m_ui->formatBox})
         part->setEnabled(idle);
-    for (const TileAction& entry : tileActions())
-        entry.tile->setEnabled(idle);
+    for (Tile* const tile : findChildren<Tile*>())
+        tile->setEnabled(idle);
     if (!idle)
         return;
     m_obs->setSceneRendered(false);
@@ -195,8 +194,8 @@ void SCMainWindow::restoreWindow()
 void SCMainWindow::countDown(int from)
 {
     // What was still being picked would lie over the picture.
-    m_screenshots->giveUp();
-    giveUpPicking();
+    m_screenshots->cancel();
+    m_screenshots->cancelSelections();
     bringAreaUpToDate();
     m_countdown = new SCCountdownWidget(nullptr, m_durations.countdownStepMs);
     const QPoint centre = captureCentre(m_captureArea.rectOn(primaryScreen()));

@@ -1,9 +1,14 @@
 #include "mainwindow/screenshotsession.h"
 
+#include "app/sclogger.h"
+#include "mainwindow/activity.h"
+#include "mainwindow/capture/regionoverlays.h"
 #include "mainwindow/capture/regionselection.h"
+#include "overlays/windowhighlighter.h"
 #include "screenshot/scscreenshot.h"
 #include "screenshot/scscreenshotwindow.h"
 #include "widgets/framegeometry.h"
+#include "widgets/messagebox.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -15,72 +20,120 @@
 
 namespace {
 
-/// Without what lies beyond all screens, where a picture would be black. On Windows a maximised window reaches there
-/// with its borders, which nobody sees. What lies on another screen stays.
-QRect seenOf(const QRect& area)
+/// Without what lies beyond all screens, where a shot would be black. On Windows the borders of a maximised window
+/// reach there.
+QRect visiblePart(const QRect& area)
 {
     const QScreen* const screen = QGuiApplication::primaryScreen();
-    const QRect seen = screen == nullptr ? area : area & screen->virtualGeometry();
-    return seen.isEmpty() ? area : seen;
+    const QRect visible = screen == nullptr ? area : area & screen->virtualGeometry();
+    return visible.isEmpty() ? area : visible;
 }
 
 } // namespace
 
-ScreenshotSession::ScreenshotSession(QObject* parent, int windowGoneMs)
-    : QObject(parent)
+ScreenshotSession::ScreenshotSession(QWidget* window, RegionOverlays& region, const Activity& activity,
+                                     int windowGoneMs)
+    : QObject(window)
+    , m_window(*window)
+    , m_region(region)
+    , m_activity(activity)
+    , m_picker(std::make_unique<WindowHighlighter>())
     , m_screenshot(new SCScreenshot(this))
     , m_selection(new RegionSelection(this))
     , m_selectorDelay(new QTimer(this))
-    , m_keyboard(new QTimer(this))
+    , m_activationDelay(new QTimer(this))
 {
-    m_selectorDelay->setSingleShot(true);
-    m_selectorDelay->setInterval(windowGoneMs);
-    m_keyboard->setSingleShot(true);
-    m_keyboard->setInterval(windowGoneMs);
-    connect(m_keyboard, &QTimer::timeout, this, &ScreenshotSession::takeKeyboard);
+    for (QTimer* const timer : {m_selectorDelay, m_activationDelay}) {
+        timer->setSingleShot(true);
+        timer->setInterval(windowGoneMs);
+    }
+    // What is minimised must not be in the image behind the selector.
     connect(m_selectorDelay, &QTimer::timeout, m_selection, &RegionSelection::begin);
-    connect(m_screenshot, &SCScreenshot::error, this, &ScreenshotSession::failed);
+    // The window manager gives the focus of a minimised window to another program.
+    connect(m_activationDelay, &QTimer::timeout, this, &ScreenshotSession::activateFrame);
+    connect(m_screenshot, &SCScreenshot::error, this, &ScreenshotSession::onFailed);
     connect(m_selection, &RegionSelection::selected, this, &ScreenshotSession::frameArea);
     connect(m_selection, &RegionSelection::cancelled, this, &ScreenshotSession::end);
 }
 
 ScreenshotSession::~ScreenshotSession()
 {
-    blockSignals(true);
+    // The frame hides as it is destroyed, which must not end anything any more.
+    m_isActive = false;
 }
 
-SCScreenshotWindow& ScreenshotSession::window()
+SCScreenshotWindow& ScreenshotSession::frame()
 {
-    if (m_window == nullptr) {
-        m_window = std::make_unique<SCScreenshotWindow>(m_screenshot);
-        m_window->installEventFilter(this);
-        connect(m_window.get(), &SCScreenshotWindow::screenshotSaved, this, &ScreenshotSession::saved);
+    if (m_frame == nullptr) {
+        m_frame = std::make_unique<SCScreenshotWindow>(m_screenshot);
+        m_frame->installEventFilter(this);
+        connect(m_frame.get(), &SCScreenshotWindow::screenshotSaved, this, &ScreenshotSession::saved);
     }
-    return *m_window;
+    return *m_frame;
+}
+
+/// The frame would be in a recording, and a dialog in the shot.
+bool ScreenshotSession::isAllowed() const
+{
+    const bool isAllowed = m_activity.mayTakeScreenshot();
+    if (!isAllowed)
+        SCLogger::info(
+            QStringLiteral("Screenshot request ignored: a recording or a shot is under way, or a dialog is open"));
+    return isAllowed;
 }
 
 void ScreenshotSession::begin()
 {
-    if (!std::exchange(m_isActive, true))
-        emit began();
+    if (std::exchange(m_isActive, true))
+        return;
+    m_region.setFrameAside();
+    m_minimisedWindow = m_window.isVisible() && !m_window.isMinimized();
+    if (m_minimisedWindow)
+        m_window.showMinimized();
 }
 
 void ScreenshotSession::end()
 {
-    if (!m_isChanging && std::exchange(m_isActive, false))
-        emit ended();
+    if (m_isChanging || !std::exchange(m_isActive, false))
+        return;
+    // A recording that has begun meanwhile has its own use for window and frame.
+    if (m_activity.mayRestoreRegionFrame())
+        m_region.bringFrameBack();
+    if (m_activity.isIdle() && std::exchange(m_minimisedWindow, false))
+        emit restoreRequested();
+}
+
+bool ScreenshotSession::isActive() const
+{
+    return m_isActive || m_picker->isVisible();
 }
 
 bool ScreenshotSession::isGrabbing() const
 {
-    return m_window != nullptr && m_window->isCapturing();
+    return m_frame != nullptr && m_frame->isCapturing();
+}
+
+void ScreenshotSession::cancelSelections()
+{
+    m_region.cancelSelection();
+    stopPicking();
+}
+
+void ScreenshotSession::cancel()
+{
+    m_selectorDelay->stop();
+    m_selection->cancel();
+    if (m_frame != nullptr)
+        m_frame->hide();
+    end();
 }
 
 void ScreenshotSession::frameScreen()
 {
     const QScreen* const screen = QGuiApplication::primaryScreen();
-    if (screen == nullptr)
+    if (!isAllowed() || screen == nullptr)
         return;
+    cancelSelections();
     const QScopedValueRollback<bool> changing(m_isChanging, true);
     m_selectorDelay->stop();
     m_selection->cancel();
@@ -89,51 +142,75 @@ void ScreenshotSession::frameScreen()
 
 void ScreenshotSession::selectRegion()
 {
+    if (!isAllowed())
+        return;
+    cancelSelections();
     const QScopedValueRollback<bool> changing(m_isChanging, true);
     begin();
     // It would take the presses that are meant for the selector.
-    if (m_window != nullptr)
-        m_window->hide();
+    if (m_frame != nullptr)
+        m_frame->hide();
     m_selectorDelay->start();
+}
+
+void ScreenshotSession::selectWindow()
+{
+    if (!isAllowed())
+        return;
+    cancelSelections();
+    cancel();
+    connect(m_picker.get(), &WindowHighlighter::windowClicked, this, &ScreenshotSession::onWindowPicked,
+            Qt::UniqueConnection);
+    m_picker->show();
+}
+
+void ScreenshotSession::stopPicking()
+{
+    disconnect(m_picker.get(), &WindowHighlighter::windowClicked, this, &ScreenshotSession::onWindowPicked);
+    m_picker->hide();
+}
+
+void ScreenshotSession::onWindowPicked(const QRect& physical)
+{
+    stopPicking();
+    if (isAllowed())
+        frameArea(WindowHighlighter::logicalRectOnItsScreen(physical));
 }
 
 void ScreenshotSession::frameArea(const QRect& area)
 {
-    const QRect seen = seenOf(area);
-    const QRect grown(seen.topLeft(), seen.size().expandedTo(window().minimumSize()));
-    const QScreen* const screen = QGuiApplication::screenAt(seen.center());
-    const bool fits = grown == seen || screen == nullptr;
+    const QRect visible = visiblePart(area);
+    const QRect grown(visible.topLeft(), visible.size().expandedTo(frame().minimumSize()));
+    const QScreen* const screen = QGuiApplication::screenAt(visible.center());
+    const bool fits = grown == visible || screen == nullptr;
     showFrame(fits ? grown : QRect(framegeometry::moved(grown, {}, screen->geometry(), 0), grown.size()), false);
 }
 
 void ScreenshotSession::showFrame(const QRect& area, bool fullScreen)
 {
     begin();
-    window().setGeometry(area);
-    window().setFullScreen(fullScreen);
-    window().show();
-    m_keyboard->start();
+    frame().setGeometry(area);
+    frame().setFullScreen(fullScreen);
+    frame().show();
+    m_activationDelay->start();
 }
 
-/// What has gone to make room had the keyboard, which the window manager then gives to another program.
-void ScreenshotSession::takeKeyboard()
+void ScreenshotSession::activateFrame()
 {
-    if (m_window->isVisible())
-        m_window->activateWindow();
+    if (m_frame->isVisible())
+        m_frame->activateWindow();
 }
 
-void ScreenshotSession::giveUp()
+void ScreenshotSession::onFailed(const QString& message)
 {
-    m_selectorDelay->stop();
-    m_selection->cancel();
-    if (m_window != nullptr)
-        m_window->hide();
-    end();
+    SCLogger::error(QStringLiteral("Screenshot error: %1").arg(message));
+    messagebox::warning(m_window.isMinimized() ? nullptr : &m_window, tr("Screenshot Error"),
+                        tr("Screenshot error: %1").arg(message));
 }
 
 bool ScreenshotSession::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_window.get() && event->type() == QEvent::Hide && !event->spontaneous())
+    if (watched == m_frame.get() && event->type() == QEvent::Hide && !event->spontaneous())
         end();
     return false;
 }

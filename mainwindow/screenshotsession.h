@@ -1,76 +1,87 @@
 #pragma once
 
-#include "mainwindow/durations.h"
-
 #include <QObject>
 #include <QRect>
 
 #include <memory>
 
+class Activity;
 class QTimer;
+class QWidget;
+class RegionOverlays;
 class RegionSelection;
 class SCScreenshot;
 class SCScreenshotWindow;
+class WindowHighlighter;
 
-/// The road of a screenshot: what is to be shot, the frame over it, and the file. It shows no message; it reports.
-/// Rectangles are logical pixels of the desktop. User-interface thread.
-///
-/// Between began() and ended() something of it lies over the desktop. No function that lays something over it may be
-/// called while a shot is being taken.
+/// Screenshots, from the choice of what is shot to the saved file. The selectors and the frame lie over the desktop one
+/// at a time; the main window and the region's frame are off the screen while a region is selected and while the
+/// screenshot's frame is shown. Rectangles are logical pixels of the desktop. User-interface thread.
 class ScreenshotSession : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit ScreenshotSession(QObject* parent, int windowGoneMs = Durations().windowGoneMs);
+    /// Belongs to window, the main window; region must outlive this object's use, activity as well.
+    ///
+    /// @param windowGoneMs how long a minimised window may still be seen
+    ScreenshotSession(QWidget* window, RegionOverlays& region, const Activity& activity, int windowGoneMs);
     ~ScreenshotSession() override;
 
-    /// Lays the frame over the whole primary screen.
-    void frameScreen();
+    /// Cancels whatever is selected on the desktop, for a recording or a screenshot, except a screenshot's region.
+    void cancelSelections();
 
-    /// Lets the user drag out a region and lays the frame over it. The selector comes a moment later, so that what has
-    /// been taken off the screen for it is not in the picture behind it.
-    void selectRegion();
+    /// Takes everything of a screenshot off the desktop.
+    void cancel();
 
-    /// Lays the frame over what the screens show of an area, or more where that is smaller than a frame can be.
-    void frameArea(const QRect& area);
+    bool isActive() const;
 
-    /// Takes everything off the desktop, without a shot.
-    void giveUp();
-
-    bool isActive() const { return m_isActive; }
     /// Whether a shot is being taken, which runs events meanwhile.
     bool isGrabbing() const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+public slots:
+    // Each is ignored, with a line in the log, while no screenshot may be taken.
+
+    /// Shows the frame over the whole primary screen.
+    void frameScreen();
+    /// Lets the user drag out a region, and frames it.
+    void selectRegion();
+    /// Lets the user pick a window, and frames what the screens show of it.
+    void selectWindow();
+
 signals:
-    /// The desktop is about to be covered: whatever is not to be in the picture has to go.
-    void began();
+    /// The main window, minimised for the screenshot, is to come back.
+    void restoreRequested();
 
-    /// The desktop is free again, with a shot or without.
-    void ended();
-
-    /// The file was written; after ended().
+    /// The file was written.
     void saved(const QString& path);
 
-    /// A file could not be written; the frame stays. The text is for the user.
-    void failed(const QString& message);
-
 private:
-    SCScreenshotWindow& window();
+    bool isAllowed() const;
+    SCScreenshotWindow& frame();
     void begin();
     void end();
+    void stopPicking();
+    void onWindowPicked(const QRect& physical);
+    void frameArea(const QRect& area);
     void showFrame(const QRect& area, bool fullScreen);
-    void takeKeyboard();
+    void activateFrame();
+    void onFailed(const QString& message);
 
+    QWidget& m_window;
+    RegionOverlays& m_region;
+    const Activity& m_activity;
+    std::unique_ptr<WindowHighlighter> m_picker;
     SCScreenshot* m_screenshot;
     RegionSelection* m_selection;
     QTimer* m_selectorDelay;
-    QTimer* m_keyboard;
+    QTimer* m_activationDelay;
     /// Made when it is first needed.
-    std::unique_ptr<SCScreenshotWindow> m_window;
+    std::unique_ptr<SCScreenshotWindow> m_frame;
     bool m_isActive = false;
     /// One thing over the desktop gives way to another.
     bool m_isChanging = false;
+    bool m_minimisedWindow = false;
 };

@@ -34,7 +34,7 @@ public:
     QSize minimumSizeHint() const override;
 
 signals:
-    /// The space bar or the enter key was pressed on the tile.
+    /// The tile was chosen: by the space bar or the enter key, or by a click that its window has seen.
     void activated();
 
 protected:

@@ -322,7 +322,7 @@ private:
 
     ProducedFiles m_produced;
     RecordingState m_recording = RecordingState::Idle;
-    Activity m_activity{{}};
+    Activity m_activity{Activity::Facts{}};
     std::unique_ptr<QSettings> m_settings = openSettings();
     std::unique_ptr<FilePage> m_page;
 };
