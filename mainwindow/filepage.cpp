@@ -4,10 +4,10 @@
 #include "app/settings.h"
 #include "files/scfilemanager.h"
 #include "mainwindow/activity.h"
+#include "mainwindow/formicons.h"
 #include "mainwindow/recording/recordingpath.h"
 #include "ui_filepage.h"
 #include "widgets/desktopservices.h"
-#include "widgets/icons.h"
 #include "widgets/messagebox.h"
 
 #include <QItemSelectionModel>
@@ -26,13 +26,15 @@ FilePage::FilePage(const QSettings& settings, const Activity& activity)
     connectList();
 }
 
-FilePage::~FilePage() = default;
+FilePage::~FilePage()
+{
+    // The library is saved once more as it goes, when there is no window left to show an error.
+    m_files->disconnect(this);
+}
 
 void FilePage::connectControls()
 {
-    new HoverIcons(m_ui->openFolderButton, QStringLiteral("folder"));
-    new HoverIcons(m_ui->reverseFilesButton, QStringLiteral("reverse"));
-    new HoverIcons(m_ui->deleteFilesButton, QStringLiteral("delete"));
+    new FormIcons(this);
     for (const QPushButton* const button :
          {m_ui->allFilter, m_ui->videoFilter, m_ui->audioFilter, m_ui->screenshotFilter})
         connect(button, &QPushButton::clicked, this, &FilePage::fillView);

@@ -1,12 +1,26 @@
 #include "mainwindow/mainmenu.h"
 
+#include "app/sclogger.h"
+#include "app/sctranslator.h"
+#include "app/settings.h"
 #include "app/settingstables.h"
+#include "app/webaddresses.h"
+#include "dialogs/dialogwindow.h"
+#include "dialogs/scaboutwindow.h"
+#include "dialogs/scsettingswindow.h"
+#include "dialogs/scupgradewindow.h"
+#include "mainwindow/activity.h"
+#include "mainwindow/updatenotice.h"
+#include "widgets/desktopservices.h"
+#include "widgets/messagebox.h"
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QFileInfo>
+#include <QJsonObject>
 #include <QMenu>
-#include <QMetaMethod>
-#include <QWidget>
+
+#include <stdexcept>
 
 namespace {
 
@@ -32,60 +46,109 @@ QMenu* addSubmenu(QMenu& menu, const char* title)
 
 } // namespace
 
-MainMenu::MainMenu(QObject* parent) : QObject(parent) {}
+MainMenu::MainMenu(QWidget* window, QSettings& settings, const Activity& activity, const Durations& durations)
+    : QObject(window)
+    , m_window(*window)
+    , m_settings(settings)
+    , m_activity(activity)
+    , m_updateNotice(new UpdateNotice(window, activity, durations))
+{}
 
 MainMenu::~MainMenu()
 {
     delete m_menu;
 }
 
-void MainMenu::popUp(const QWidget& button, const QString& language, bool settingsEnabled)
+void MainMenu::popUp(const QWidget& button)
 {
     delete m_menu;
-    m_menu = build(language, settingsEnabled);
+    m_menu = build();
     // Deferred: the chosen entry, which the menu owns, is carried out after the menu has hidden.
     connect(m_menu, &QMenu::aboutToHide, m_menu, &QObject::deleteLater);
     m_menu->popup(button.mapToGlobal(QPoint(0, button.height())));
 }
 
-QMenu* MainMenu::build(const QString& language, bool settingsEnabled)
+QMenu* MainMenu::build()
 {
     auto* const menu = new QMenu;
     menu->setObjectName(QStringLiteral("mainMenu"));
     menu->setStyleSheet(QLatin1String(kStyleSheet));
-    QAction& settings = addEntry(*menu, text("Settings"), &MainMenu::settingsRequested);
-    settings.setEnabled(settings.isEnabled() && settingsEnabled);
-    addLanguages(*menu, language);
+    menu->addAction(text("Settings"), this, &MainMenu::openSettings)->setEnabled(m_activity.isIdle());
+    addLanguages(*menu);
     menu->addSeparator();
-    addEntry(*menu, text("Check for Updates"), &MainMenu::updateCheckRequested);
+    menu->addAction(text("Check for Updates"), this, &MainMenu::openUpdateCheck);
     addHelp(*menu);
-    addEntry(*menu, text("About"), &MainMenu::aboutRequested);
+    menu->addAction(text("About"), this, &MainMenu::openAbout);
     return menu;
 }
 
-QAction& MainMenu::addEntry(QMenu& menu, const QString& text, void (MainMenu::*chosen)())
-{
-    QAction* const entry = menu.addAction(text);
-    entry->setEnabled(isSignalConnected(QMetaMethod::fromSignal(chosen)));
-    connect(entry, &QAction::triggered, this, chosen);
-    return *entry;
-}
-
-void MainMenu::addLanguages(QMenu& menu, const QString& current)
+void MainMenu::addLanguages(QMenu& menu)
 {
     QMenu* const languages = addSubmenu(menu, "Language");
+    const QString current = m_settings.value(settingskeys::kLanguage).toString();
     for (const auto& [position, name] : settingstables::languageMenuNames()) {
         QAction* const entry = languages->addAction(name);
         entry->setCheckable(true);
         entry->setChecked(settingstables::languageCodes().at(position) == current);
-        connect(entry, &QAction::triggered, this, [this, place = position] { emit languageChosen(place); });
+        connect(entry, &QAction::triggered, this, [this, chosen = position] { chooseLanguage(chosen); });
     }
 }
 
 void MainMenu::addHelp(QMenu& menu)
 {
     QMenu* const help = addSubmenu(menu, "Help");
-    addEntry(*help, text("Guide"), &MainMenu::guideRequested);
-    addEntry(*help, text("FAQ"), &MainMenu::supportRequested);
-    addEntry(*help, text("Open Log Folder"), &MainMenu::logFolderRequested);
+    help->addAction(text("Guide"), this, [] { openWebPage(QLatin1String(webaddresses::kGuidePage)); });
+    help->addAction(text("FAQ"), this, [] { openWebPage(QLatin1String(webaddresses::kSupportPage)); });
+    help->addAction(text("Open Log Folder"), this, [] { openFile(QFileInfo(SCLogger::defaultPath()).absolutePath()); });
+}
+
+void MainMenu::openSettings()
+{
+    try {
+        auto* const dialog = new SCSettingsWindow(&m_window);
+        connect(dialog, &SCSettingsWindow::updateSettings, this, &MainMenu::settingsSaved);
+        connect(dialog, &SCSettingsWindow::saveLocationChanged, this, &MainMenu::folderChosen);
+        dialogwindow::showOver(*dialog, m_window);
+    } catch (const std::out_of_range& error) {
+        SCLogger::error(QStringLiteral("The settings window cannot be opened: %1").arg(QLatin1String(error.what())));
+        warnOfUnknownFormat();
+    }
+}
+
+/// The value stays: it may be a newer version's, and the user's to change.
+void MainMenu::warnOfUnknownFormat()
+{
+    const QString recording = m_settings.value(settingskeys::kRecordingFormat).toString();
+    const QString screenshot = m_settings.value(settingskeys::kScreenshotFormat).toString();
+    const QString& format = settingstables::recordingFormatPositions().contains(recording) ? screenshot : recording;
+    SCLogger::error(QStringLiteral("The stored format \"%1\" is none of the program's").arg(format));
+    messagebox::warning(
+        &m_window, tr("Warning"),
+        tr("The stored format %1 is unknown. Choose a format in the main window, then open the settings again.")
+            .arg(format));
+}
+
+void MainMenu::openUpdateCheck()
+{
+    auto* const dialog = new SCUpgradeWindow(&m_window, QJsonObject());
+    connect(dialog, &SCUpgradeWindow::answered, m_updateNotice, &UpdateNotice::drop);
+    dialogwindow::showOver(*dialog, m_window);
+}
+
+void MainMenu::openAbout()
+{
+    dialogwindow::showOver(*new SCAboutWindow(&m_window), m_window);
+}
+
+void MainMenu::chooseLanguage(int position)
+{
+    const QString& code = settingstables::languageCodes().at(position);
+    m_settings.setValue(settingskeys::kLanguage, code);
+    if (m_translator != nullptr) {
+        m_translator->loadLanguage(code);
+        // Installing notifies every window; a translator that is installed twice would be asked twice.
+        QCoreApplication::removeTranslator(m_translator.get());
+        QCoreApplication::installTranslator(m_translator.get());
+    }
+    emit languageChosen();
 }

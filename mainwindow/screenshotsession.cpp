@@ -86,7 +86,7 @@ void ScreenshotSession::begin()
 {
     if (std::exchange(m_isActive, true))
         return;
-    m_region.setFrameAside();
+    m_region.suspendFrame();
     m_minimisedWindow = m_window.isVisible() && !m_window.isMinimized();
     if (m_minimisedWindow)
         m_window.showMinimized();
@@ -98,7 +98,7 @@ void ScreenshotSession::end()
         return;
     // A recording that has begun meanwhile has its own use for window and frame.
     if (m_activity.mayRestoreRegionFrame())
-        m_region.bringFrameBack();
+        m_region.restoreFrame();
     if (m_activity.isIdle() && std::exchange(m_minimisedWindow, false))
         emit restoreRequested();
 }

@@ -7,7 +7,6 @@
 #include "overlays/scswitchwidget.h"
 #include "widgets/messagebox.h"
 
-#include <QCoreApplication>
 #include <QSettings>
 #include <QSignalBlocker>
 #include <QWidget>
@@ -17,18 +16,13 @@ namespace {
 /// The default device and one that it stands for.
 constexpr int kFewestMicrophones = 2;
 
-QString text(const char* source)
-{
-    return QCoreApplication::translate("SCMainWindow", source);
-}
-
 void showWithoutAsking(SCSwitchWidget& control, bool on)
 {
     const QSignalBlocker blocker(control);
     control.setChecked(on);
 }
 
-void readyMeter(VolumeControl& meter, int channels, int audioChannels)
+void prepareMeter(VolumeControl& meter, int channels, int audioChannels)
 {
     meter.setChannelCount(channels);
     meter.setAudioChannelCount(audioChannels);
@@ -53,10 +47,12 @@ void SourceSwitches::applyStored()
 
 void SourceSwitches::attachMeters(ObsWrapper& engine)
 {
+    m_sources.setSpeaker(true);
+    m_sources.setMicrophone(true);
     connect(&engine, &ObsWrapper::playerVolumeDataChange, &m_rows.speakerMeter, &VolumeControl::setLevels);
     connect(&engine, &ObsWrapper::micVolumeDataChange, &m_rows.micMeter, &VolumeControl::setLevels);
-    readyMeter(m_rows.speakerMeter, engine.desktopMeterChannels(), engine.audioOutputChannels());
-    readyMeter(m_rows.micMeter, engine.micMeterChannels(), engine.audioOutputChannels());
+    prepareMeter(m_rows.speakerMeter, engine.desktopMeterChannels(), engine.audioOutputChannels());
+    prepareMeter(m_rows.micMeter, engine.micMeterChannels(), engine.audioOutputChannels());
 }
 
 void SourceSwitches::restore()
@@ -81,8 +77,8 @@ void SourceSwitches::onSpeakerSwitched(bool on)
 void SourceSwitches::onMicSwitched(bool on)
 {
     if (on && m_sources.microphoneCount() < kFewestMicrophones) {
-        messagebox::warning(&m_window, text("Warning"), text("No microphone device found!"));
-        // A switch that is on without a device would promise a sound that is not recorded.
+        messagebox::warning(&m_window, tr("Warning"), tr("No microphone device found!"));
+        // A switch that is on without a device would promise audio that is not recorded.
         m_rows.micSwitch.setChecked(false);
         return;
     }

@@ -18,24 +18,22 @@ struct SourceRows
     SCSwitchWidget& mouseSwitch;
 };
 
-/// What the switches for sound and pointer do: each tells the engine, its meter and the settings, which hold what the
-/// switches show.
+/// The switches for audio and pointer: each sets the engine, its meter and the settings. User-interface thread.
 class SourceSwitches : public QObject
 {
     Q_OBJECT
 
 public:
-    /// All but the last must outlive this object, which belongs to window. Message boxes belong to window as well.
+    /// Belongs to window; all else must outlive this object.
     SourceSwitches(const SourceRows& rows, SourcePort& sources, QSettings& settings, QWidget* window);
 
-    /// Sets the mouse switch to whether the pointer is to be highlighted, as the settings say.
+    /// Sets the mouse switch to whether the pointer is to be highlighted.
     void applyStored();
 
-    /// Feeds the meters from an engine that has started, and readies them for its channels.
+    /// Puts the default devices on the recording of an engine that has started, and feeds the meters from it.
     void attachMeters(ObsWrapper& engine);
 
-    /// Shows the stored switches and tells the engine each state, whether or not it differs from the engine's own: a
-    /// device shown as off is off. Nothing is written and no box is shown.
+    /// Shows the stored switches and sets the engine to them. Nothing is stored and no box is shown.
     void restore();
 
 private:

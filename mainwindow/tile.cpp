@@ -7,6 +7,7 @@
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QVBoxLayout>
 
 namespace {
@@ -85,6 +86,13 @@ void Tile::keyPressEvent(QKeyEvent* event)
         emit activated();
     else
         QFrame::keyPressEvent(event);
+}
+
+void Tile::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+        emit activated();
+    QFrame::mouseReleaseEvent(event);
 }
 
 void Tile::showIcon()

@@ -4,18 +4,14 @@
 
 class QLabel;
 
-/// A large clickable field with an icon over its name. It knows how it looks, not what it does: a release of the left
-/// mouse button on it is for who watches it, the keyboard's press is activated().
-///
-/// Its style sheet sees the property "selected".
+/// A large clickable field with an icon over its name. Its style sheet sees the property "selected".
 class Tile : public QFrame
 {
     Q_OBJECT
     Q_PROPERTY(bool selected READ isSelected WRITE setSelected)
     /// Also what a screen reader calls the tile.
     Q_PROPERTY(QString text READ text WRITE setText)
-    /// ":/res/forms/images/<iconName>.svg" and its "-white" twin, which shows while the tile is selected or the pointer
-    /// is over it.
+    /// ":/res/forms/images/<iconName>.svg"; the "-white" twin while the tile is selected or the pointer is over it.
     Q_PROPERTY(QString iconName READ iconName WRITE setIconName)
 
 public:
@@ -34,12 +30,13 @@ public:
     QSize minimumSizeHint() const override;
 
 signals:
-    /// The tile was chosen: by the space bar or the enter key, or by a click that its window has seen.
+    /// The left mouse button was released on the tile, or the space bar or the enter key pressed.
     void activated();
 
 protected:
     bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
     void showIcon();

@@ -1,11 +1,14 @@
 #include "mainwindow/capture/capturearea.h"
 
+#include <QGuiApplication>
+#include <QScreen>
+
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
-/// Far above the rounding error of a product of screen size, far below what a pixel could mean.
+/// Far above the rounding error of a product of a screen's size, far below a pixel.
 constexpr double kRatioNoise = 1e-6;
 
 int truncated(double exact)
@@ -45,6 +48,12 @@ QSize CaptureScreen::physicalSize() const
     return {toPhysicalPx(geometry.width(), devicePixelRatio), toPhysicalPx(geometry.height(), devicePixelRatio)};
 }
 
+CaptureScreen primaryScreen()
+{
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    return screen != nullptr ? CaptureScreen{screen->geometry(), screen->devicePixelRatio()} : CaptureScreen{};
+}
+
 CaptureScreen withPixels(const CaptureScreen& screen, const QSize& pixels)
 {
     const QSizeF rounded = QSizeF(screen.geometry.size()) * screen.devicePixelRatio;
@@ -55,34 +64,21 @@ CaptureScreen withPixels(const CaptureScreen& screen, const QSize& pixels)
     return exact;
 }
 
-void CaptureArea::setRect(const QRect& rect)
-{
-    m_left = rect.left();
-    m_top = rect.top();
-    m_right = rect.left() + rect.width();
-    m_bottom = rect.top() + rect.height();
-}
-
 void CaptureArea::setRegion(const QRect& region, const CaptureScreen& screen)
 {
     setRect(region & screen.geometry);
-    if (rect() != screen.geometry)
-        m_left = std::max(m_left, 1);
+    if (m_rect != screen.geometry)
+        m_rect.setLeft(std::max(m_rect.left(), 1));
 }
 
 void CaptureArea::moveTo(const QPoint& topLeft)
 {
-    setRect(QRect({std::max(topLeft.x(), 1), topLeft.y()}, rect().size()));
-}
-
-QRect CaptureArea::rect() const
-{
-    return {m_left, m_top, m_right - m_left, m_bottom - m_top};
+    setRect(QRect({std::max(topLeft.x(), 1), topLeft.y()}, m_rect.size()));
 }
 
 QRect CaptureArea::rectOn(const CaptureScreen& screen) const
 {
-    return isUnset() ? screen.geometry : rect();
+    return isUnset() ? screen.geometry : m_rect;
 }
 
 QSize CaptureArea::physicalSize(const CaptureScreen& screen) const

@@ -17,8 +17,8 @@ RegionOverlays::~RegionOverlays() = default;
 
 void RegionOverlays::select()
 {
-    // It stands above the selector and would take the presses that are meant for it.
-    setFrameAside();
+    // The frame stands above the selector and would take its presses.
+    suspendFrame();
     m_selection->begin();
 }
 
@@ -32,28 +32,28 @@ bool RegionOverlays::isSelecting() const
     return m_selection->isSelecting();
 }
 
-void RegionOverlays::setFrameAside()
+void RegionOverlays::suspendFrame()
 {
-    const bool isWanted = m_frameSetAside || isFrameShown();
+    const bool isSuspended = m_isFrameSuspended || isFrameShown();
     hideFrame();
-    m_frameSetAside = isWanted;
+    m_isFrameSuspended = isSuspended;
 }
 
-void RegionOverlays::bringFrameBack()
+void RegionOverlays::restoreFrame()
 {
-    if (std::exchange(m_frameSetAside, false))
+    if (std::exchange(m_isFrameSuspended, false))
         showFrame();
 }
 
 void RegionOverlays::onSelected(const QRect& area)
 {
-    m_frameSetAside = false;
+    m_isFrameSuspended = false;
     emit regionSelected(area);
 }
 
 void RegionOverlays::onCancelled()
 {
-    bringFrameBack();
+    restoreFrame();
     emit selectionCancelled();
 }
 
@@ -109,7 +109,7 @@ void RegionOverlays::showFrame()
 
 void RegionOverlays::hideFrame()
 {
-    m_frameSetAside = false;
+    m_isFrameSuspended = false;
     if (m_frame != nullptr)
         m_frame->hide();
 }

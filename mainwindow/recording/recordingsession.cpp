@@ -4,7 +4,6 @@
 #include "engine/recordingformat.h"
 #include "mainwindow/recorderport.h"
 #include "mainwindow/recording/recordingpath.h"
-#include "mainwindow/recording/recordstatus.h"
 
 #include <QThread>
 
@@ -17,14 +16,19 @@ constexpr int kVideoBitRate = 4;
 
 RecordingSession::RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent,
                                    const Durations& durations)
-    : QObject(parent), m_recorder(recorder), m_stage(stage), m_durations(durations)
+    : QObject(parent)
+    , m_recorder(recorder)
+    , m_stage(stage)
+    , m_durations(durations)
+    , m_clock(nullptr, durations.clockTickMs)
 {
+    connect(&m_clock, &RecordingClock::tick, this, &RecordingSession::onTick);
     m_drainTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_drainTimer, &QTimer::timeout, this, &RecordingSession::pollDrain);
     m_resumeTimer.setSingleShot(true);
     connect(&m_resumeTimer, &QTimer::timeout, this, [this] { applyPause(false); });
     m_confirmTimer.setSingleShot(true);
-    connect(&m_confirmTimer, &QTimer::timeout, this, &RecordingSession::giveUpWaiting);
+    connect(&m_confirmTimer, &QTimer::timeout, this, &RecordingSession::onConfirmTimeout);
 }
 
 RecordingSession::~RecordingSession() = default;
@@ -88,7 +92,7 @@ void RecordingSession::startOutput()
     m_recorder.setCursorEffects(choices.pointerEffects);
     m_stage.setExcludedFromCapture(true);
     showElapsed(QTime(0, 0, 0));
-    m_stage.setClockRunning(true);
+    m_clock.setRunning(true);
 
     const RecordingPath path = choosePath(choices);
     SCLogger::info(QStringLiteral("Starting recording to file: %1").arg(path.withoutExtension()));
@@ -97,7 +101,7 @@ void RecordingSession::startOutput()
     const RecordingFormat format = recordingFormatFromIndex(choices.formatIndex);
     m_recorder.setupFFmpeg(path.withoutExtension(), choices.widthPx, choices.heightPx, kFramesPerSecond, kVideoBitRate,
                            static_cast<int>(format));
-    m_stopAsked = false;
+    m_stopRequested = false;
     m_starting = true;
     m_recorder.startRecording();
     m_starting = false;
@@ -105,11 +109,11 @@ void RecordingSession::startOutput()
     emit fileProduced(path.full(), hasVideo(format) ? QStringLiteral("video") : QStringLiteral("audio"));
 }
 
-RecordingPath RecordingSession::choosePath(const RecordingChoices& choices) const
+RecordingPath RecordingSession::choosePath(const RecordingChoices& choices)
 {
     if (!ensureFolder(choices.folder))
         SCLogger::error(QStringLiteral("The save folder does not exist and cannot be made: %1").arg(choices.folder));
-    return {choices.folder, choices.fileName, recordingFormatFromIndex(choices.formatIndex), m_stage.now()};
+    return {choices.folder, choices.fileName, recordingFormatFromIndex(choices.formatIndex), choices.now};
 }
 
 bool RecordingSession::isUnderWay() const
@@ -128,7 +132,7 @@ void RecordingSession::setPaused(bool paused)
     if (paused || m_stage.isWindowMinimised()) {
         applyPause(paused);
     } else if (m_state == RecordingState::Paused) {
-        // Whoever restored the window during the pause does not want it in the picture.
+        // Whoever restored the window during the pause does not want it in the video.
         m_stage.minimiseWindow();
         m_resumeTimer.start(m_durations.windowGoneMs);
     }
@@ -144,7 +148,7 @@ void RecordingSession::applyPause(bool paused)
         return;
     }
     SCLogger::info(paused ? QStringLiteral("Recording paused") : QStringLiteral("Recording resumed"));
-    m_stage.setClockPaused(paused);
+    m_clock.setPaused(paused);
     onRecordStatusChanged(paused ? recordstatus::kPaused : recordstatus::kStarted);
 }
 
@@ -159,7 +163,7 @@ void RecordingSession::beginStop()
 void RecordingSession::pollDrain()
 {
     if (!m_recorder.isRecording()) {
-        // It ended by itself meanwhile, and its last word is on the way here.
+        // It ended by itself, and its status is queued.
         m_drainTimer.stop();
         m_confirmTimer.start(m_durations.confirmTimeoutMs);
         return;
@@ -168,7 +172,7 @@ void RecordingSession::pollDrain()
     if (!reached && !m_sinceStopRequest.hasExpired(m_durations.drainTimeoutMs))
         return;
     if (!reached)
-        SCLogger::warning(QStringLiteral("The recorder stalls, the recording ends without its last pictures"));
+        SCLogger::warning(QStringLiteral("The recorder stalls, the recording ends without its last frames"));
     m_drainTimer.stop();
     stopOutput();
 }
@@ -177,12 +181,12 @@ void RecordingSession::stopOutput()
 {
     // Armed first: the engine may report the end before its stop returns.
     m_confirmTimer.start(m_durations.confirmTimeoutMs);
-    m_stopAsked = true;
+    m_stopRequested = true;
     const int result = m_recorder.stopRecording(false);
     SCLogger::info(QStringLiteral("Recording stopped... %1").arg(result));
 }
 
-void RecordingSession::giveUpWaiting()
+void RecordingSession::onConfirmTimeout()
 {
     SCLogger::error(QStringLiteral("The engine did not report the end of the recording within %1 seconds")
                         .arg(m_durations.confirmTimeoutMs / 1000));
@@ -205,7 +209,7 @@ void RecordingSession::requestEnd()
 
 void RecordingSession::finishAtOnce()
 {
-    finish();
+    requestEnd();
     if (m_state != RecordingState::Stopping || !m_recorder.isRecording())
         return;
     SCLogger::info(QStringLiteral("The session ends, the recording is finished first"));
@@ -239,11 +243,11 @@ void RecordingSession::onRecordStatusChanged(int status)
 void RecordingSession::logEndReason() const
 {
     const QString reason = m_recorder.endReason();
-    if (m_stopAsked && reason.isEmpty())
+    if (m_stopRequested && reason.isEmpty())
         return;
-    const QString text = m_starting    ? QStringLiteral("The recording could not start: %1")
-                         : m_stopAsked ? QStringLiteral("The recording's end could not be written: %1")
-                                       : QStringLiteral("The recording ended by itself: %1");
+    const QString text = m_starting        ? QStringLiteral("The recording could not start: %1")
+                         : m_stopRequested ? QStringLiteral("The recording's end could not be written: %1")
+                                           : QStringLiteral("The recording ended by itself: %1");
     SCLogger::error(text.arg(reason.isEmpty() ? QStringLiteral("the engine gave no reason") : reason));
 }
 
@@ -255,7 +259,7 @@ void RecordingSession::conclude()
     m_confirmTimer.stop();
     setState(RecordingState::Ended);
     emit statusChanged(recordstatus::kEnded);
-    m_stage.setClockRunning(false);
+    m_clock.setRunning(false);
     m_stage.setExcludedFromCapture(false);
     // A countdown that was cancelled leaves the region's frame where it is.
     if (wasShown)
@@ -272,7 +276,7 @@ void RecordingSession::becomeIdle()
 
 void RecordingSession::onTick()
 {
-    // A stop that was asked for is shown by a clock that stands still.
+    // The clock stops with the request to stop.
     if (m_state == RecordingState::Recording)
         showElapsed(m_elapsed.addSecs(1));
 }

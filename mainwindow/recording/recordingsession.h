@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mainwindow/durations.h"
+#include "mainwindow/recording/recordingclock.h"
 #include "mainwindow/recording/recordingstage.h"
 
 #include <QElapsedTimer>
@@ -10,6 +11,17 @@
 
 class RecorderPort;
 class RecordingPath;
+
+/// The numbers by which the engine, and everything that mirrors a recording, report its state.
+namespace recordstatus {
+
+/// A start was requested: show it as running.
+inline constexpr int kStarted = 0;
+inline constexpr int kPaused = 1;
+/// Ended, or failed to start: show that nothing is recorded.
+inline constexpr int kEnded = 2;
+
+} // namespace recordstatus
 
 /// Where a recording stands. Ended is passed in the moment between the engine's last word and Idle.
 enum class RecordingState
@@ -23,17 +35,16 @@ enum class RecordingState
     Ended
 };
 
-/// The road of a recording: countdown, preparation, the file's name, start, elapsed time, stop, and back.
+/// The sequence of a recording: countdown, preparation, file name, start, elapsed time, stop. User-interface thread.
 ///
-/// Knows no window and no engine, only RecordingStage and RecorderPort, both of which must outlive it. Runs on the
-/// user-interface thread. Whatever happens on the road, and wherever it breaks off, it leads back to Idle: the status
-/// number 2 is given out, the window restored, the clock at zero, the reason in the log.
+/// Knows no window and no engine, only RecordingStage and RecorderPort, both of which must outlive it. However a
+/// recording ends or fails, the session returns to Idle: status 2 is reported, the window restored, the clock at zero,
+/// the reason in the log.
 class RecordingSession : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Pictures per second of every recording.
     static constexpr int kFramesPerSecond = 30;
 
     RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent, const Durations& durations = {});
@@ -42,35 +53,31 @@ public:
     RecordingState state() const { return m_state; }
 
 public slots:
-    /// The record button and the hotkey: starts, cancels a running countdown, or stops, also while paused. Ignored
-    /// while the capture is being prepared, the recording is being stopped or has just ended.
+    /// Starts, cancels a running countdown, or stops, also while paused. Ignored while the capture is being prepared,
+    /// the recording is being stopped or has just ended.
     void toggle();
 
-    /// Starts a recording; returns after the countdown and the start. Ignored unless idle.
+    /// Returns after the countdown and the start. Ignored unless idle.
     void requestStart();
 
-    /// Stops the recording once its last frames have left the encoder. Ignored while there is none or it is already
-    /// being stopped.
+    /// Stops the recording once its last frames have left the encoder. Ignored while there is none.
     void requestStop();
 
-    /// Pauses a running recording, or resumes a paused one; statusChanged() says so when it is done. Ignored otherwise
-    /// and, with a line in the log, where the engine cannot. The paused time is not in the file.
+    /// Pauses a running recording, or resumes a paused one; statusChanged() follows. Ignored otherwise and, with a line
+    /// in the log, where the engine cannot.
     void setPaused(bool paused);
 
-    /// The frame's and the floating bar's stop: takes back a start that is counted down, or stops.
+    /// Cancels a countdown, or stops.
     void requestEnd();
 
-    /// Takes back a start while it is counted down. Ignored otherwise.
+    /// Ignored unless a countdown runs.
     void cancelCountdown();
 
-    /// Brings what runs to its end, for a program that is about to exit; stateChanged(Idle) says when.
-    void finish() { requestEnd(); }
-
-    /// The same for a user's session that ends: the file is closed when this returns, since the process may be ended at
-    /// any moment from then on. The events that lead back to idle follow where there is still time for them.
+    /// Ends the recording of a user's session that ends: the file is closed when this returns, since the process may be
+    /// ended at any moment from then on.
     void finishAtOnce();
 
-    /// The engine's numbers, see recordstatus.
+    /// A number of recordstatus, from the engine.
     void onRecordStatusChanged(int status);
 
     /// One second has passed on the recording clock.
@@ -79,13 +86,13 @@ public slots:
 signals:
     void stateChanged(RecordingState state);
 
-    /// For everything that mirrors the recording: a number of recordstatus.
+    /// A number of recordstatus.
     void statusChanged(int status);
 
     /// The recorded time as "hh:mm:ss".
     void elapsedChanged(const QString& text);
 
-    /// A file has been begun. type is "video" or "audio".
+    /// A file has been started. type is "video" or "audio".
     void fileProduced(const QString& path, const QString& type);
 
 private:
@@ -94,12 +101,12 @@ private:
     void applyPause(bool paused);
     bool prepare();
     void startOutput();
-    RecordingPath choosePath(const RecordingChoices& choices) const;
+    static RecordingPath choosePath(const RecordingChoices& choices);
     void beginStop();
     void pollDrain();
     void waitForDrain() const;
     void stopOutput();
-    void giveUpWaiting();
+    void onConfirmTimeout();
     void logEndReason() const;
     void conclude();
     void becomeIdle();
@@ -111,11 +118,12 @@ private:
     RecordingState m_state = RecordingState::Idle;
     bool m_countdownCancelled = false;
     bool m_starting = false;
-    /// Whether the engine was told to stop the present recording.
-    bool m_stopAsked = false;
+    /// Whether the engine was asked to stop the present recording.
+    bool m_stopRequested = false;
+    RecordingClock m_clock;
     QTime m_elapsed{0, 0, 0};
 
-    /// Runs while a window that was in front of the picture goes away before a resume.
+    /// Runs while a window is being minimised before a resume.
     QTimer m_resumeTimer;
     QTimer m_drainTimer;
     QTimer m_confirmTimer;

@@ -10,7 +10,7 @@ struct RecordingChoices
     QString fileName;
     /// Absolute path of the save folder.
     QString folder;
-    /// Position in the list of formats; a list without entries counts as 0.
+    /// Position in the list of formats.
     int formatIndex = 0;
     /// The capture area in logical pixels.
     QSize areaSize;
@@ -18,10 +18,12 @@ struct RecordingChoices
     int heightPx = 0;
     bool showCursor = false;
     bool pointerEffects = false;
+    /// Local time, the name of a recording without one.
+    QDateTime now;
 };
 
-/// What a recording session asks of its surroundings: the windows, the countdown, the clock. In the program it is the
-/// main window.
+/// What a recording session asks of its surroundings: windows, countdown and capture. In the program it is
+/// RecordingView.
 class RecordingStage
 {
 public:
@@ -31,13 +33,13 @@ public:
     virtual bool isWindowMinimised() const = 0;
     virtual void restoreWindow() = 0;
 
-    /// Takes away what was shown for the recording: the floating bar, the region's frame.
+    /// The floating bar and the region's frame.
     virtual void hideOverlays() = 0;
 
-    /// Counts down over the capture area, events running meanwhile; returns when it is over or was cancelled.
+    /// Counts down over the capture area; returns, having run events, when the countdown is over or was cancelled.
     virtual void countDown(int from) = 0;
 
-    /// Ends a running countDown() early and takes its window away.
+    /// Ends a running countDown() and hides its window.
     virtual void cancelCountdown() = 0;
 
     /// Sets the engine to the capture area, size and target. False when that failed.
@@ -45,15 +47,6 @@ public:
 
     virtual RecordingChoices choices() const = 0;
 
-    /// Keeps the program's own windows out of the picture, as far as the system can.
+    /// Keeps the program's own windows out of captures, as far as the system can.
     virtual void setExcludedFromCapture(bool excluded) = 0;
-
-    /// Starts or stops the tick of one second that ends at RecordingSession::onTick().
-    virtual void setClockRunning(bool running) = 0;
-
-    /// Makes a running clock stand still, or go on where it stood.
-    virtual void setClockPaused(bool paused) = 0;
-
-    /// Local time, from which a recording without a typed name gets its name.
-    virtual QDateTime now() const = 0;
 };

@@ -53,7 +53,7 @@ QIcon pinIcon()
     return icon;
 }
 
-/// A button bears no text: what it does is told by its tool tip, and to screen readers by its name.
+/// The buttons have no text: tool tip and accessible name say what they do.
 void setMeaning(QPushButton& button, const QString& meaning)
 {
     button.setToolTip(meaning);
@@ -75,7 +75,7 @@ SCFullscreenToolbar::SCFullscreenToolbar(QWidget* parent, const Durations& durat
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_AlwaysShowToolTips);
     setAttribute(Qt::WA_QuitOnClose, false);
-    readyNativeWindow();
+    prepareNativeWindow();
     applyStyleSheet(*this, QStringLiteral(":/res/style/fullscreen-toolbar.qss"));
 
     m_layout->setContentsMargins(0, 0, 0, 0);
@@ -114,7 +114,6 @@ QWidget* SCFullscreenToolbar::buildContainer()
     m_autoHideButton = makeButton("autoHideButton", m_container);
     m_autoHideButton->setIcon(pinIcon());
     m_autoHideButton->setCheckable(true);
-    // It stays where it is until the user takes the pin out.
     m_autoHideButton->setChecked(true);
 
     auto* const layout = new QHBoxLayout(m_container);
@@ -152,7 +151,7 @@ int SCFullscreenToolbar::layeredAlpha(double opacity)
 
 /// The widget's own flags hold no hint about frames: the native window alone is made without one, and leaves the
 /// keyboard to others when it is clicked.
-void SCFullscreenToolbar::readyNativeWindow()
+void SCFullscreenToolbar::prepareNativeWindow()
 {
     const auto flags = Qt::WindowFlags::fromInt(kWindowFlags);
     overrideWindowFlags(flags | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
@@ -162,7 +161,7 @@ void SCFullscreenToolbar::readyNativeWindow()
     overrideWindowFlags(flags);
 }
 
-/// Where nothing mixes the see-through corners with the desktop they would be black.
+/// Without a compositor the transparent corners would be black.
 void SCFullscreenToolbar::updateOutline()
 {
     if (m_concealed) {
@@ -255,7 +254,7 @@ void SCFullscreenToolbar::setTopEdgeOnly(bool topEdgeOnly)
     if (comesAndGoes())
         checkMousePosition();
     else
-        comeBack();
+        fadeIn();
 }
 
 void SCFullscreenToolbar::setVisible(bool visible)
@@ -273,10 +272,10 @@ void SCFullscreenToolbar::onAutoHideToggled(bool checked)
     m_autoHideButton->setChecked(checked);
     updatePolling();
     if (!comesAndGoes() && m_wish == Wish::Shown)
-        comeBack();
+        fadeIn();
 }
 
-/// A bar that was put away, or is not wanted yet, has nothing to look out for.
+/// A bar that was hidden, or never shown, does not poll.
 void SCFullscreenToolbar::updatePolling()
 {
     const bool looksOut = m_wish == Wish::Shown ? comesAndGoes() : m_wish == Wish::None && m_autoHide;
@@ -290,10 +289,10 @@ void SCFullscreenToolbar::checkMousePosition()
 {
     if (m_wish == Wish::Hidden)
         return;
-    // Where the bar stands at the top edge, its place is not enough to bring it back: the pointer has to go up.
+    // A hidden bar at the top edge is shown by the edge alone, not by the rest of its position.
     const bool stands = isVisible() || (!m_topEdgeOnly && y() > screen()->geometry().y() + kTopEdgePx);
     if (isPointerAtTopEdge() || (stands && isPointerInside()))
-        comeBack();
+        fadeIn();
     else
         fadeOut();
 }
@@ -312,7 +311,7 @@ bool SCFullscreenToolbar::isPointerInside() const
     return geometry().contains(QCursor::pos());
 }
 
-void SCFullscreenToolbar::comeBack()
+void SCFullscreenToolbar::fadeIn()
 {
     QWidget::setVisible(true);
     fadeTo(1.0);
@@ -327,7 +326,7 @@ void SCFullscreenToolbar::fadeOut()
 void SCFullscreenToolbar::fadeTo(double opacity)
 {
     const bool isFading = m_opacityAnimation->state() == QAbstractAnimation::Running;
-    // The pointer is looked at more often than a fade takes: one begun anew each time would never end.
+    // The pointer is polled more often than a fade takes: a fade restarted each time would never end.
     if (isFading ? m_opacityAnimation->endValue().toDouble() == opacity : m_opacityEffect->opacity() == opacity)
         return;
     m_opacityAnimation->stop();
@@ -342,11 +341,11 @@ void SCFullscreenToolbar::toggleRecording()
     emit recordingToggled(m_isRecording);
 }
 
-/// Over the program's own windows the bar need not wait for the next look at the pointer.
+/// Over the program's own windows the bar need not wait for the next poll of the pointer.
 bool SCFullscreenToolbar::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::ToolTip && m_container->isAncestorOf(qobject_cast<QWidget*>(watched))) {
-        bartip::show(static_cast<QWidget&>(*watched), m_picture);
+        bartip::show(static_cast<QWidget&>(*watched), m_recordedArea);
         return true;
     }
     if (event->type() == QEvent::MouseMove && m_mousePollTimer->isActive())
@@ -369,7 +368,7 @@ void SCFullscreenToolbar::showEvent(QShowEvent* event)
     QWidget::showEvent(event);
 }
 
-/// An interrupted fade goes on from where it was when the bar comes back.
+/// An interrupted fade is continued when the bar is shown again.
 void SCFullscreenToolbar::hideEvent(QHideEvent* event)
 {
     m_opacityAnimation->stop();

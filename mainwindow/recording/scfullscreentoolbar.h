@@ -12,12 +12,10 @@ class QPropertyAnimation;
 class QPushButton;
 class QTimer;
 
-/// The small bar that floats over the desktop while a recording runs: a record and a pause button, the elapsed time,
-/// and a pin. With the pin out it fades away when the pointer leaves it, and comes back when the pointer touches the
-/// top edge of the primary screen (or, where the bar stands elsewhere, its place).
-///
-/// It never takes the keyboard focus, so that the recorded program keeps it. Who records shows, hides and places it,
-/// feeds it, and listens to its signals. User-interface thread; all lengths are logical pixels.
+/// The small bar that floats over the desktop while a recording runs: a record and a pause button, the elapsed time and
+/// a pin. With the pin out it fades out when the pointer leaves it, and in when the pointer touches the top edge of the
+/// primary screen or, where the bar is elsewhere, its position. It never takes the keyboard focus, which the recorded
+/// program keeps. Logical pixels. User-interface thread.
 class SCFullscreenToolbar : public QWidget
 {
     Q_OBJECT
@@ -26,45 +24,43 @@ public:
     explicit SCFullscreenToolbar(QWidget* parent = nullptr, const Durations& durations = {});
     ~SCFullscreenToolbar() override;
 
-    /// Shows whether a recording runs. A bar told that none runs is not paused either.
+    /// With false the bar is not paused either.
     void setRecording(bool recording);
 
     /// "hh:mm:ss"
     void setTimeText(const QString& text);
 
-    /// Marks the recording as one of sound only.
+    /// Marks a recording without video.
     void setAudioOnly(bool audioOnly);
 
-    /// Formats that cannot be paused disable the button, whose tool tip then says why. True at first.
+    /// Whether the format can be paused. True at first.
     void setPausable(bool pausable);
 
-    /// Shows whether the recording is paused.
     void setPaused(bool paused);
 
     /// Shows the bar only while the pointer is at the top edge of the primary screen or over the bar, whatever the pin
-    /// says: for places where it would be in the picture. False at first.
+    /// says: for a position where it is recorded. False at first.
     void setTopEdgeOnly(bool topEdgeOnly);
 
     /// What is recorded, in logical pixels of the desktop: the bar's tool tips stay out of it. Empty at first.
-    void setPicture(const QRect& picture) { m_picture = picture; }
+    void setRecordedArea(const QRect& area) { m_recordedArea = area; }
 
-    /// A concealed bar is not to be seen, whether it is shown or not. False at first.
+    /// A concealed bar is not painted, whether it is shown or not. False at first.
     void setConcealed(bool concealed);
 
-    /// A bar that is hidden this way (hide() does) does not come back by itself; one that is shown fades in, unless it
-    /// must wait for the pointer.
+    /// A bar hidden this way does not show itself again; one that is shown fades in, or waits for the pointer.
     void setVisible(bool visible) override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-    /// Of 255, for an opacity of 0.0 to 1.0: at most 230, so that the bar stays a little transparent.
+    /// For an opacity of 0.0 to 1.0: 230 of 255 at most.
     static int layeredAlpha(double opacity);
 
 signals:
-    /// The record button was pressed; isRecording is what the user wants from now on.
+    /// What the user wants from now on, as below.
     void recordingToggled(bool isRecording);
 
-    /// The pause button was pressed; paused is what the user wants from now on. The look follows with setPaused().
+    /// The look follows with setPaused().
     void pauseToggled(bool paused);
 
 public slots:
@@ -80,7 +76,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    /// What the owner last asked for; the fading is the bar's own affair.
+    /// What the owner last asked for.
     enum class Wish
     {
         None,
@@ -90,7 +86,7 @@ private:
 
     QWidget* buildContainer();
     void setUpAnimation(int fadeMs);
-    void readyNativeWindow();
+    void prepareNativeWindow();
     void updateOutline();
     void updateRecordButton();
     void updatePauseButton();
@@ -99,7 +95,7 @@ private:
     bool comesAndGoes() const { return m_autoHide || m_topEdgeOnly; }
     bool isPointerAtTopEdge() const;
     bool isPointerInside() const;
-    void comeBack();
+    void fadeIn();
     void fadeOut();
     void fadeTo(double opacity);
 
@@ -119,9 +115,9 @@ private:
     QWidget* m_container = nullptr;
     bool m_paused = false;
     bool m_topEdgeOnly = false;
-    QRect m_picture;
+    QRect m_recordedArea;
     bool m_concealed = false;
-    /// The system mixes what the bar leaves unpainted with the desktop.
+    /// What the bar leaves unpainted is transparent.
     bool m_hasOpenCorners = true;
     Wish m_wish = Wish::None;
 };

@@ -7,6 +7,7 @@
 #include "mainwindow/tile.h"
 #include "overlays/areaselector.h"
 #include "overlays/drawwindow.h"
+#include "overlays/qtcamerasystem.h"
 #include "overlays/scswitchwidget.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
@@ -106,7 +107,8 @@ private slots:
         settings->setValue(settingskeys::kSpeakerSwitch, true);
         auto engine = std::make_unique<ObsWrapper>(standins::platform());
         m_engine = engine.get();
-        m_window = std::make_unique<SCMainWindow>(std::move(engine), Durations{.countdownStepMs = 10});
+        m_window = std::make_unique<SCMainWindow>(std::move(engine), std::make_shared<QtCameraSystem>(),
+                                                  Durations{.countdownStepMs = 10});
         m_window->show();
         standins::clearEvents();
         obsspy::clear();

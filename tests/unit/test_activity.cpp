@@ -106,14 +106,16 @@ private:
     }
 
     RecordingState m_recording = RecordingState::Idle;
+    bool m_isActive = false;
     bool m_isSelecting = false;
     bool m_isGrabbing = false;
     bool m_isDialogOpen = false;
     bool m_isMenuOpen = false;
     bool m_isWindowShown = true;
-    Activity m_activity{{[this] { return m_recording; }, [this] { return m_isSelecting; },
-                         [this] { return m_isGrabbing; }, [this] { return m_isDialogOpen; },
-                         [this] { return m_isMenuOpen; }, [this] { return m_isWindowShown; }}};
+    Activity m_activity{{[this] { return m_recording; }, [this] { return m_isActive; },
+                         [this] { return m_isSelecting; }, [this] { return m_isGrabbing; },
+                         [this] { return m_isDialogOpen; }, [this] { return m_isMenuOpen; },
+                         [this] { return m_isWindowShown; }}};
 };
 
 REGISTER_TEST(testrun::core<TestActivity>);

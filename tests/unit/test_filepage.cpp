@@ -281,7 +281,7 @@ private:
     void makePage()
     {
         m_page.reset();
-        m_activity = Activity({[this] { return m_recording; }, {}, {}, {}, {}, {}});
+        m_activity = Activity({[this] { return m_recording; }, {}, {}, {}, {}, {}, {}});
         m_page = std::make_unique<FilePage>(*m_settings, m_activity);
         m_page->show();
     }

@@ -47,13 +47,13 @@ private slots:
     {
         const UpdateServer server;
         for (int time = 0; time < 2; ++time) {
-            emit menu().aboutRequested();
+            menu().openAbout();
             const QPointer<SCAboutWindow> about = shownWindow<SCAboutWindow>();
             QVERIFY(about != nullptr);
             QCOMPARE(about->windowModality(), Qt::ApplicationModal);
             about->close();
             QTRY_VERIFY(about.isNull());
-            emit menu().updateCheckRequested();
+            menu().openUpdateCheck();
             const QPointer<SCUpgradeWindow> upgrade = shownWindow<SCUpgradeWindow>();
             QVERIFY(upgrade != nullptr);
             upgrade->close();
@@ -134,7 +134,7 @@ private slots:
         m_settings->setValue(key, "MKV");
         const messagebox::Recorder boxes;
         const MessageCapture messages;
-        emit menu().settingsRequested();
+        menu().openSettings();
         QVERIFY(shownWindow<SCSettingsWindow>() == nullptr);
         QCOMPARE(boxes.calls().size(), std::size_t{1});
         QVERIFY(boxes.calls().front().text.contains("MKV"));
@@ -153,12 +153,12 @@ private slots:
         const messagebox::Recorder boxes;
         makeWindow();
         m_window->show();
-        emit menu().settingsRequested();
+        menu().openSettings();
         QCOMPARE(boxes.calls().size(), std::size_t{1});
         // As the message says: a format chosen in the main window mends it.
         for (const char* name : {"formatBox", "screenshotFormatBox"})
             emit m_window->findChild<QComboBox*>(name)->activated(1);
-        emit menu().settingsRequested();
+        menu().openSettings();
         auto* const settings = shownWindow<SCSettingsWindow>();
         QVERIFY(settings != nullptr);
         QCOMPARE(settings->findChild<QComboBox*>("recordingFormatComboBox")->currentText(), QStringLiteral("AVI"));
@@ -208,7 +208,7 @@ private:
 
     SCSettingsWindow& openSettingsWindow() const
     {
-        emit menu().settingsRequested();
+        menu().openSettings();
         return *shownWindow<SCSettingsWindow>();
     }
 

@@ -20,10 +20,14 @@ using Calls = QStringList;
 constexpr int kNever = 1000000;
 
 /// Every wait ends at the event that it waits for.
-constexpr Durations kPatient{.windowGoneMs = 40, .drainPollMs = 1};
+constexpr Durations kPatient{.clockTickMs = kNever, .windowGoneMs = 40, .drainPollMs = 1};
 /// The event never comes.
-constexpr Durations kHasty{
-    .windowGoneMs = 40, .drainPollMs = 1, .drainTimeoutMs = 60, .sessionEndDrainTimeoutMs = 60, .confirmTimeoutMs = 60};
+constexpr Durations kHasty{.clockTickMs = kNever,
+                           .windowGoneMs = 40,
+                           .drainPollMs = 1,
+                           .drainTimeoutMs = 60,
+                           .sessionEndDrainTimeoutMs = 60,
+                           .confirmTimeoutMs = 60};
 
 /// An engine that does nothing but note what it is asked, and behave as it is told to.
 class FakeRecorder : public RecorderPort
@@ -134,10 +138,6 @@ public:
 
     void setExcludedFromCapture(bool excluded) override { m_calls << QStringLiteral("exclude %1").arg(int(excluded)); }
 
-    void setClockRunning(bool running) override { m_calls << QStringLiteral("clock %1").arg(int(running)); }
-    void setClockPaused(bool paused) override { m_calls << QStringLiteral("clock paused %1").arg(int(paused)); }
-    QDateTime now() const override { return {QDate(2024, 5, 1), QTime(13, 7, 9)}; }
-
     std::function<void()> duringCountdown;
     std::function<void()> duringPreparation;
     bool preparationWorks = true;
@@ -148,11 +148,10 @@ private:
     Calls& m_calls;
 };
 
-const Calls kStartOrder{"minimise",  "countdown 3", "prepare", "cursor 1",
-                        "effects 0", "exclude 1",   "clock 1", "setup 1920x1080 30 4 0",
-                        "start"};
-const Calls kWayBack{"clock 0", "exclude 0", "restore"};
-const Calls kWayBackFromRecording{"clock 0", "exclude 0", "hide overlays", "restore"};
+const Calls kStartOrder{
+    "minimise", "countdown 3", "prepare", "cursor 1", "effects 0", "exclude 1", "setup 1920x1080 30 4 0", "start"};
+const Calls kWayBack{"exclude 0", "restore"};
+const Calls kWayBackFromRecording{"exclude 0", "hide overlays", "restore"};
 
 } // namespace
 
@@ -179,7 +178,8 @@ private slots:
                            1920,
                            1080,
                            true,
-                           false};
+                           false,
+                           {QDate(2024, 5, 1), QTime(13, 7, 9)}};
         makeSession(kPatient);
         m_logSize = log().size();
     }
@@ -246,7 +246,7 @@ private slots:
         m_calls.clear();
         const QSignalSpy statuses(m_session.get(), &RecordingSession::statusChanged);
         m_session->setPaused(true);
-        QCOMPARE(m_calls, (Calls{"pause 1", "clock paused 1", "minimise"}));
+        QCOMPARE(m_calls, (Calls{"pause 1", "minimise"}));
         QCOMPARE(m_session->state(), RecordingState::Paused);
         QCOMPARE(statuses.at(0).at(0).toInt(), 1);
         const QSignalSpy elapsed(m_session.get(), &RecordingSession::elapsedChanged);
@@ -262,7 +262,7 @@ private slots:
         m_calls.clear();
         const QSignalSpy statuses(m_session.get(), &RecordingSession::statusChanged);
         m_session->setPaused(false);
-        QCOMPARE(m_calls, (Calls{"pause 0", "clock paused 0"}));
+        QCOMPARE(m_calls, Calls{"pause 0"});
         QCOMPARE(m_session->state(), RecordingState::Recording);
         QCOMPARE(statuses.at(0).at(0).toInt(), 0);
         QSignalSpy elapsed(m_session.get(), &RecordingSession::elapsedChanged);
@@ -279,7 +279,7 @@ private slots:
         m_session->setPaused(false);
         QCOMPARE(m_calls, Calls{"minimise"});
         QCOMPARE(m_session->state(), RecordingState::Paused);
-        QTRY_COMPARE(m_calls, (Calls{"minimise", "pause 0", "clock paused 0"}));
+        QTRY_COMPARE(m_calls, (Calls{"minimise", "pause 0"}));
         QCOMPARE(m_session->state(), RecordingState::Recording);
     }
 
@@ -356,7 +356,7 @@ private slots:
         m_session->requestStart();
         m_session->setPaused(true);
         m_calls.clear();
-        m_session->finish();
+        m_session->requestEnd();
         QTRY_COMPARE(m_calls, (Calls{"end here", "stop 0"}));
     }
 
@@ -372,6 +372,24 @@ private slots:
         QCOMPARE(elapsed.takeLast().at(0).toString(), QStringLiteral("01:01:01"));
         recordToTheEnd();
         QCOMPARE(elapsed.takeLast().at(0).toString(), QStringLiteral("00:00:00"));
+    }
+
+    void clockRunsWhileTheRecordingIsNotPaused()
+    {
+        makeSession({.clockTickMs = 2, .drainPollMs = 1});
+        QSignalSpy elapsed(m_session.get(), &RecordingSession::elapsedChanged);
+        m_session->requestStart();
+        QTRY_VERIFY(elapsed.size() > 3);
+        m_session->setPaused(true);
+        elapsed.clear();
+        QTest::qWait(50);
+        QCOMPARE(elapsed.size(), 0);
+        m_session->setPaused(false);
+        QTRY_VERIFY(elapsed.size() > 3);
+        recordToTheEnd();
+        elapsed.clear();
+        QTest::qWait(50);
+        QCOMPARE(elapsed.size(), 0);
     }
 
     void clockStandsStillOnceAStopWasAsked()
@@ -647,7 +665,7 @@ private slots:
         m_session->requestStop();
         QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
         QVERIFY(logged().contains(
-            QStringLiteral("Warning: The recorder stalls, the recording ends without its last pictures")));
+            QStringLiteral("Warning: The recorder stalls, the recording ends without its last frames")));
     }
 
     void endThatCannotBeWrittenIsLogged()
@@ -684,7 +702,7 @@ private slots:
     void finishStopsARunningRecording()
     {
         m_session->requestStart();
-        m_session->finish();
+        m_session->requestEnd();
         QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
         m_session->onRecordStatusChanged(2);
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
@@ -692,7 +710,7 @@ private slots:
 
     void finishCancelsACountdown()
     {
-        m_stage->duringCountdown = [this] { m_session->finish(); };
+        m_stage->duringCountdown = [this] { m_session->requestEnd(); };
         m_session->requestStart();
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
         QCOMPARE(m_calls.count(QStringLiteral("start")), 0);
@@ -700,7 +718,7 @@ private slots:
 
     void finishWhileIdleDoesNothing()
     {
-        m_session->finish();
+        m_session->requestEnd();
         QCOMPARE(m_session->state(), RecordingState::Idle);
         QCOMPARE(m_calls, Calls());
     }

@@ -341,11 +341,11 @@ private slots:
         QVERIFY(visibleTip() != nullptr);
         const QRect below(bar.x() - 50, bar.geometry().bottom() + 1, bar.width() + 100, 200);
         QVERIFY(visibleTip()->geometry().intersects(below));
-        bar.setPicture(below);
+        bar.setRecordedArea(below);
         QApplication::sendEvent(pause, &asked);
         QVERIFY(visibleTip() != nullptr);
         QVERIFY(!visibleTip()->geometry().intersects(below));
-        bar.setPicture(QGuiApplication::primaryScreen()->geometry());
+        bar.setRecordedArea(QGuiApplication::primaryScreen()->geometry());
         QApplication::sendEvent(pause, &asked);
         QVERIFY(visibleTip() == nullptr);
     }

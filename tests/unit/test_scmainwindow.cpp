@@ -61,27 +61,6 @@ private slots:
         QCOMPARE(browser.opened(), QList<QUrl>{QUrl(QLatin1String(webaddresses::kFirstRunPage))});
     }
 
-    void formatBoxHoldsTheTableAndShowsTheStoredFormat()
-    {
-        openSettings()->setValue(settingskeys::kRecordingFormat, QStringLiteral("GIF"));
-        const SCMainWindow window;
-        const auto* const box = child<QComboBox>(window, "formatBox");
-        QCOMPARE(box->count(), 7);
-        QCOMPARE(box->itemText(0), QStringLiteral("MP4"));
-        QCOMPARE(box->itemText(6), QStringLiteral("FLAC"));
-        QCOMPARE(box->currentText(), QStringLiteral("GIF"));
-    }
-
-    void storedFormatThatIsNotInTheTableIsShownAsTheFirstAndLeftAlone()
-    {
-        openSettings()->setValue(settingskeys::kRecordingFormat, QStringLiteral("MKV"));
-        const MessageCapture messages;
-        const SCMainWindow window;
-        QCOMPARE(child<QComboBox>(window, "formatBox")->currentIndex(), 0);
-        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("MKV"));
-        QVERIFY(!messages.texts().filter(QStringLiteral("\"MKV\"")).isEmpty());
-    }
-
     void wheelChoosesNothing()
     {
         SCMainWindow window;
@@ -224,29 +203,6 @@ private slots:
         QCOMPARE(window.focusWidget(), button);
     }
 
-    void folderDialogDoesNotOpenDuringTheCountdown()
-    {
-        SCMainWindow window;
-        window.show();
-        bool isOpened = false;
-        whenCountingDown(&window, [&window, &isOpened] {
-            // A dialog that opens holds the click up until it is closed.
-            QTimer closer;
-            connect(&closer, &QTimer::timeout, &window, [&isOpened] {
-                if (QWidget* const dialog = QApplication::activeModalWidget()) {
-                    isOpened = true;
-                    dialog->close();
-                }
-            });
-            closer.start(10);
-            child<QPushButton>(window, "changeLocationButton")->click();
-            closer.stop();
-            child<QPushButton>(window, "recordButton")->click();
-        });
-        child<QPushButton>(window, "recordButton")->click();
-        QVERIFY(!isOpened);
-    }
-
     void programThatEndsDuringTheCountdownStartsNothing()
     {
         SCMainWindow window;
@@ -339,271 +295,11 @@ private slots:
             const QString base = QStringLiteral(":/res/forms/images/%1").arg(QLatin1String(name).chopped(3).toString());
             QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
             QCoreApplication::sendEvent(button, &enter);
-            QCOMPARE(picture(button->icon()), picture(QIcon(base + QLatin1String("-white.svg"))));
+            QCOMPARE(image(button->icon()), image(QIcon(base + QLatin1String("-white.svg"))));
             QEvent leave(QEvent::Leave);
             QCoreApplication::sendEvent(button, &leave);
-            QCOMPARE(picture(button->icon()), picture(QIcon(base + QLatin1String(".svg"))));
+            QCOMPARE(image(button->icon()), image(QIcon(base + QLatin1String(".svg"))));
         }
-    }
-
-    void tilesChooseTheMode()
-    {
-        SCMainWindow window;
-        window.show();
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        const MessageCapture messages;
-        QTest::mouseClick(child<Tile>(window, "windowTile"), Qt::LeftButton);
-        QCOMPARE(selectedTiles(window), QStringList{"windowTile"});
-        QTest::mouseClick(child<Tile>(window, "fullScreenTile"), Qt::LeftButton);
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QCOMPARE(messages.texts(QtInfoMsg), QStringList{"[INFO] Select screen clicked"});
-    }
-
-    void onlyALeftReleaseOnTheTileCounts()
-    {
-        SCMainWindow window;
-        window.show();
-        auto* const tile = child<Tile>(window, "windowTile");
-        QTest::mouseClick(tile, Qt::RightButton);
-        QTest::mousePress(tile, Qt::LeftButton);
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QTest::mouseRelease(tile, Qt::LeftButton, {}, {-20, 10});
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-    }
-
-    void regionSelectionGivenUpLeadsBackToTheWholeScreen()
-    {
-        SCMainWindow window;
-        window.show();
-        const MessageCapture messages;
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
-        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Select region clicked")));
-        AreaSelector* const selector = shownWindow<AreaSelector>();
-        QVERIFY(selector != nullptr);
-        QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::CrossCursor);
-        QTest::keyClick(selector, Qt::Key_Escape);
-        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QVERIFY(shownWindow<AreaSelector>() == nullptr);
-    }
-
-    void draggedRegionGetsItsFrameAndItsSizeInTheFields()
-    {
-        SCMainWindow window;
-        window.show();
-        dragRegion(window, {100, 80}, {419, 319});
-        const DrawWindow* const frame = shownWindow<DrawWindow>();
-        QVERIFY(frame != nullptr);
-        QCOMPARE(frame->geometry(), QRect(96, 76, 328, 248));
-        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
-        QCOMPARE(field(window, "heightEdit"), QStringLiteral("240"));
-        QVERIFY(shownWindow<AreaSelector>() == nullptr);
-        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
-        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
-    }
-
-    void eachSelectionIsLogged()
-    {
-        SCMainWindow window;
-        window.show();
-        const MessageCapture messages;
-        dragRegion(window, {100, 80}, {419, 319});
-        QVERIFY(
-            messages.texts().contains(QStringLiteral("[DEBUG] Selected Area - x=100, y=80, width=320, height=240")));
-        QVERIFY(messages.texts().contains(QStringLiteral("[DEBUG] position 100 80 420 320")));
-    }
-
-    void regionSmallerThanTheFrameGrowsWithIt()
-    {
-        SCMainWindow window;
-        window.show();
-        dragRegion(window, {300, 300}, {309, 309});
-        const QRect frame = shownWindow<DrawWindow>()->geometry();
-        QCOMPARE(frame, QRect(296, 296, 200, 150));
-        QCOMPARE(field(window, "widthEdit"), QStringLiteral("192"));
-        QCOMPARE(field(window, "heightEdit"), QStringLiteral("142"));
-    }
-
-    void frameThatIsMovedIsStoredWhenItRests()
-    {
-        SCMainWindow window;
-        window.show();
-        dragRegion(window, {100, 80}, {419, 319});
-        auto* const frame = shownWindow<DrawWindow>();
-        const MessageCapture messages;
-        emit frame->windowGeometryChanged(true, {200, 100}, {599, 399});
-        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
-        emit frame->windowGeometryChanged(false, {200, 100}, {599, 399});
-        QCOMPARE(field(window, "widthEdit"), QStringLiteral("400"));
-        QCOMPARE(field(window, "heightEdit"), QStringLiteral("300"));
-        QCOMPARE(
-            messages.texts().filter(QStringLiteral("Window coords")),
-            (QStringList{"[DEBUG] Window coords: (200,100) (599,399)", "[DEBUG] Window coords: (200,100) (599,399)"}));
-        QVERIFY(messages.texts().contains(QStringLiteral("[DEBUG] position 200 100 600 400")));
-    }
-
-    void movedFrameIsNoPresetAnyMoreUnlessTheSizeIsLocked()
-    {
-        SCMainWindow window;
-        window.show();
-        choosePreset(window, "1:1");
-        emit shownWindow<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
-        QCOMPARE(child<QComboBox>(window, "ratioBox")->currentIndex(), 0);
-        choosePreset(window, "1:1");
-        child<QPushButton>(window, "lockButton")->click();
-        QVERIFY(shownWindow<DrawWindow>()->lockRatio());
-        emit shownWindow<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
-        QCOMPARE(child<QComboBox>(window, "ratioBox")->currentText(), QStringLiteral("1:1"));
-        child<QPushButton>(window, "lockButton")->click();
-        QVERIFY(!shownWindow<DrawWindow>()->lockRatio());
-    }
-
-    void presetShowsItsFrameInTheMiddleOfTheScreen_data()
-    {
-        QTest::addColumn<QSize>("size");
-        QTest::newRow("16:9") << QSize(1920, 1080);
-        QTest::newRow("9:16") << QSize(608, 1080);
-        QTest::newRow("4:3") << QSize(1440, 1080);
-        QTest::newRow("1:1") << QSize(1080, 1080);
-    }
-
-    void presetShowsItsFrameInTheMiddleOfTheScreen()
-    {
-        QFETCH(const QSize, size);
-        SCMainWindow window;
-        window.show();
-        choosePreset(window, QTest::currentDataTag());
-        QCOMPARE(field(window, "widthEdit"), QString::number(size.width()));
-        QCOMPARE(field(window, "heightEdit"), QString::number(size.height()));
-        const QRect frame = shownWindow<DrawWindow>()->geometry();
-        QCOMPARE(frame.size(), size + QSize(8, 8));
-        const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        QCOMPARE(frame.topLeft(), QPoint((screen.width() - frame.width()) / 2 + screen.x(),
-                                         (screen.height() - frame.height()) / 2 + screen.y()));
-        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
-    }
-
-    void firstEntryOfTheRatioBoxRunsNoPreset()
-    {
-        SCMainWindow window;
-        window.show();
-        choosePreset(window, "Custom");
-        QVERIFY(shownWindow<DrawWindow>() == nullptr);
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-    }
-
-    void selectionGivenUpBringsBackWhatWasChosenBefore()
-    {
-        SCMainWindow window;
-        window.show();
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        control->setChecked(true);
-        control->setChecked(false);
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
-        QVERIFY(!control->isChecked());
-        QCOMPARE(child<QComboBox>(window, "formatBox")->currentText(), QStringLiteral("MP3"));
-        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), false);
-        QCOMPARE(selectedTiles(window), QStringList());
-        dragRegion(window, {100, 80}, {419, 319});
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
-        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
-        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
-        QVERIFY(shownWindow<DrawWindow>() != nullptr);
-    }
-
-    /// On another screen, the window can be reached beside the veil.
-    void whatIsChosenWhileARegionIsSelectedStays()
-    {
-        SCMainWindow window;
-        window.show();
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        auto* const box = child<QComboBox>(window, "formatBox");
-        control->setChecked(true);
-        control->setChecked(false);
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        QTest::keyClick(box, Qt::Key_Down);
-        QTest::keyClick(child<Tile>(window, "fullScreenTile"), Qt::Key_Space);
-        QVERIFY(shownWindow<AreaSelector>() == nullptr);
-        QCOMPARE(box->currentText(), QStringLiteral("AVI"));
-        QVERIFY(control->isChecked());
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        choosePreset(window, "4:3");
-        QVERIFY(shownWindow<AreaSelector>() == nullptr);
-        QVERIFY(shownWindow<DrawWindow>() != nullptr);
-        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        QTest::keyClick(box, Qt::Key_Down);
-        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
-        QCOMPARE(box->currentText(), QStringLiteral("FLV"));
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        control->setChecked(false);
-        QVERIFY(shownWindow<AreaSelector>() == nullptr);
-        QVERIFY(!control->isChecked());
-    }
-
-    void selectorClosedByTheSystemGivesTheCursorBack()
-    {
-        SCMainWindow window;
-        window.show();
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        shownWindow<AreaSelector>()->close();
-        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-    }
-
-    void regionThatGrowsAtTheScreensEdgeStaysOnTheScreen()
-    {
-        SCMainWindow window;
-        window.show();
-        const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        const QPoint corner = screen.bottomRight() - QPoint(20, 20);
-        dragRegion(window, corner, corner + QPoint(5, 5));
-        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(screen.right() - 191, screen.bottom() - 141, 192, 142));
-        QCOMPARE(field(window, "widthEdit"), QStringLiteral("192"));
-    }
-
-    void regionEndsAtTheScreensEdgeWhereverThePointerWasLetGo()
-    {
-        SCMainWindow window;
-        window.show();
-        const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        emit shownWindow<AreaSelector>()->areaSelected(QRect(screen.right() - 299, 80, 500, 240));
-        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(screen.right() - 299, 80, 300, 240));
-        QCOMPARE(field(window, "widthEdit"), QStringLiteral("300"));
-    }
-
-    void frameLetGoOffTheScreenComesBackToIt_data()
-    {
-        QTest::addColumn<QPoint>("place");
-        QTest::addColumn<QPoint>("back");
-        const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        QTest::newRow("below") << QPoint(100, screen.bottom() + 1) << QPoint(100, screen.bottom() - 239);
-        QTest::newRow("one row is seen") << QPoint(100, screen.bottom()) << QPoint(100, screen.bottom() - 239);
-        QTest::newRow("above") << QPoint(100, -240) << QPoint(100, 0);
-        QTest::newRow("enough is seen") << QPoint(100, screen.bottom() - 99) << QPoint(100, screen.bottom() - 99);
-    }
-
-    void frameLetGoOffTheScreenComesBackToIt()
-    {
-        QFETCH(const QPoint, place);
-        QFETCH(const QPoint, back);
-        SCMainWindow window;
-        window.show();
-        dragRegion(window, {100, 80}, {419, 319});
-        auto* const frame = shownWindow<DrawWindow>();
-        const QRect moved(place, QSize(320, 240));
-        frame->setGeometry(moved.adjusted(-4, -4, 4, 4));
-        emit frame->windowGeometryChanged(true, moved.topLeft(), moved.bottomRight());
-        emit frame->windowGeometryChanged(false, moved.topLeft(), moved.bottomRight());
-        QCOMPARE(inside(*frame), QRect(back, moved.size()));
-        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
-        const QRect recorded = QRect(back, moved.size()) & QGuiApplication::primaryScreen()->geometry();
-        QCOMPARE(field(window, "heightEdit"), QString::number(recorded.height()));
     }
 
     void frameClosedDuringTheCountdownCancelsIt()
@@ -650,89 +346,7 @@ private slots:
         QVERIFY(!window.isMinimized());
     }
 
-    void closedFrameLeadsBackToTheWholeScreen_data()
-    {
-        QTest::addColumn<bool>("byItsButton");
-        QTest::newRow("close button") << true;
-        QTest::newRow("right click") << false;
-    }
-
-    void closedFrameLeadsBackToTheWholeScreen()
-    {
-        QFETCH(const bool, byItsButton);
-        SCMainWindow window;
-        window.show();
-        dragRegion(window, {100, 80}, {419, 319});
-        auto* const frame = shownWindow<DrawWindow>();
-        if (byItsButton)
-            emit frame->hideDrawWindow();
-        else
-            QTest::mousePress(frame, Qt::RightButton, {}, {2, 2});
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QVERIFY(shownWindow<DrawWindow>() == nullptr);
-        const QSize screen = QGuiApplication::primaryScreen()->size();
-        QCOMPARE(field(window, "widthEdit"), QString::number(screen.width()));
-    }
-
-    void screenOffMakesAVideoFormatMp3AndOnMakesItMp4()
-    {
-        SCMainWindow window;
-        window.show();
-        auto* const box = child<QComboBox>(window, "formatBox");
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        control->setChecked(true);
-        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
-        control->setChecked(false);
-        QCOMPARE(box->currentText(), QStringLiteral("MP3"));
-        QCOMPARE(selectedTiles(window), QStringList());
-        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), false);
-        control->setChecked(true);
-        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), true);
-        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("MP4"));
-    }
-
-    void screenSwitchLeavesASuitingFormatAlone()
-    {
-        SCMainWindow window;
-        window.show();
-        auto* const box = child<QComboBox>(window, "formatBox");
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        box->setCurrentIndex(6);
-        control->setChecked(true);
-        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
-        box->setCurrentIndex(5);
-        control->setChecked(false);
-        QCOMPARE(box->currentText(), QStringLiteral("AAC"));
-        box->setCurrentIndex(2);
-        control->setChecked(true);
-        QCOMPARE(box->currentText(), QStringLiteral("FLV"));
-    }
-
-    void formatWithAPictureSwitchesTheScreenOn()
-    {
-        SCMainWindow window;
-        window.show();
-        auto* const box = child<QComboBox>(window, "formatBox");
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        control->setChecked(true);
-        control->setChecked(false);
-        QCOMPARE(box->currentText(), QStringLiteral("MP3"));
-        box->setFocus();
-        QTest::keyClick(box, Qt::Key_Down);
-        QCOMPARE(box->currentText(), QStringLiteral("AAC"));
-        QVERIFY(!control->isChecked());
-        QTest::keyClick(box, Qt::Key_Up);
-        QTest::keyClick(box, Qt::Key_Up);
-        QCOMPARE(box->currentText(), QStringLiteral("GIF"));
-        QVERIFY(control->isChecked());
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch), QVariant(true));
-        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("GIF"));
-    }
-
-    void soundFormatChosenWithTheScreenOnStays()
+    void audioFormatChosenWithTheScreenOnStays()
     {
         SCMainWindow window;
         window.show();
@@ -750,20 +364,6 @@ private slots:
         QCOMPARE(chosen(), QStringLiteral("FLAC|FLAC"));
     }
 
-    void screenSwitchTakesTheFrameAway()
-    {
-        SCMainWindow window;
-        window.show();
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        dragRegion(window, {100, 80}, {419, 319});
-        QVERIFY(control->isChecked());
-        control->setChecked(false);
-        QVERIFY(shownWindow<DrawWindow>() == nullptr);
-        dragRegion(window, {100, 80}, {419, 319});
-        QVERIFY(control->isChecked());
-        QVERIFY(shownWindow<DrawWindow>() != nullptr);
-    }
-
     void pagesFollowTheirTabs()
     {
         SCMainWindow window;
@@ -776,17 +376,6 @@ private slots:
         QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("filesPage"));
         child<QPushButton>(window, "recordingTab")->click();
         QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("recordingPage"));
-    }
-
-    void screenshotFormatIsShownAndStored()
-    {
-        openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("JPG"));
-        SCMainWindow window;
-        auto* const box = child<QComboBox>(window, "screenshotFormatBox");
-        QCOMPARE(box->currentText(), QStringLiteral("JPG"));
-        QCOMPARE(box->count(), 2);
-        QTest::keyClick(box, Qt::Key_Up);
-        QCOMPARE(openSettings()->value(settingskeys::kScreenshotFormat).toString(), QStringLiteral("PNG"));
     }
 
     void languageOfTheMenuIsStoredLoadedAndKept()
@@ -854,7 +443,7 @@ private slots:
         QVERIFY(QFileInfo(folder).isDir());
     }
 
-    void closingTakesTheOverlaysAlong()
+    void closingHidesTheOverlays()
     {
         SCMainWindow window;
         window.show();
@@ -880,7 +469,7 @@ private slots:
         QVERIFY(!frame->isRecording());
     }
 
-    void selectionIsGivenUpWhenARecordingStarts()
+    void selectionIsCancelledWhenARecordingStarts()
     {
         SCMainWindow window;
         window.show();
@@ -930,22 +519,14 @@ private:
         QTRY_VERIFY(child<Tile>(window, "fullScreenTile")->isEnabled());
     }
 
-    /// What the icon shows; empty where the system has no plug-in for its format.
-    static QImage picture(const QIcon& icon) { return icon.pixmap(QSize(24, 24)).toImage(); }
+    /// The icon's image; empty where the system has no plug-in for its format.
+    static QImage image(const QIcon& icon) { return icon.pixmap(QSize(24, 24)).toImage(); }
 
     template <typename Widget>
     static Widget* child(const SCMainWindow& window, const char* name)
     {
         return window.findChild<Widget*>(QLatin1String(name));
     }
-
-    static QString field(const SCMainWindow& window, const char* name)
-    {
-        return child<QLineEdit>(window, name)->text();
-    }
-
-    /// What a region's frame has within its border.
-    static QRect inside(const DrawWindow& frame) { return frame.geometry().adjusted(4, 4, -4, -4); }
 
     static QStringList selectedTiles(const SCMainWindow& window)
     {
@@ -965,14 +546,6 @@ private:
         QTest::mouseMove(selector, to);
         QTest::mouseRelease(selector, Qt::LeftButton, {}, to);
         QCoreApplication::processEvents();
-    }
-
-    /// As a user chooses it, which is what the box reports.
-    static void choosePreset(const SCMainWindow& window, const char* name)
-    {
-        auto* const box = child<QComboBox>(window, "ratioBox");
-        box->setCurrentText(QLatin1String(name));
-        emit box->textActivated(QLatin1String(name));
     }
 
     static void chooseInMenu(const SCMainWindow& window, const char* submenu, const char* entry)

@@ -27,9 +27,23 @@ private slots:
             QTest::keyClick(&tile, key);
         QCOMPARE(activated.size(), 3);
         QTest::keyClick(&tile, Qt::Key_A);
-        QTest::mouseClick(&tile, Qt::LeftButton);
         QCOMPARE(activated.size(), 3);
         QVERIFY((tile.focusPolicy() & Qt::TabFocus) != 0);
+    }
+
+    void leftReleaseOnItActivatesIt()
+    {
+        Tile tile;
+        const QSignalSpy activated(&tile, &Tile::activated);
+        QTest::mouseClick(&tile, Qt::RightButton);
+        QTest::mousePress(&tile, Qt::LeftButton);
+        QTest::mouseRelease(&tile, Qt::LeftButton, {}, {-20, 10});
+        QCOMPARE(activated.size(), 0);
+        QTest::mouseClick(&tile, Qt::LeftButton);
+        QCOMPARE(activated.size(), 1);
+        tile.setEnabled(false);
+        QTest::mouseClick(&tile, Qt::LeftButton);
+        QCOMPARE(activated.size(), 1);
     }
 
     void styleSheetSeesTheSelection()

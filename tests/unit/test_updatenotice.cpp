@@ -105,7 +105,7 @@ private slots:
     {
         UpdateServer server;
         server.setAnswer(kNewer);
-        emit menu().aboutRequested();
+        menu().openAbout();
         QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, kTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(!isReplyAwaited(), kTimeoutMs);
         QTest::qWait(kAskedAgainMs);
@@ -154,7 +154,7 @@ private slots:
     {
         UpdateServer server;
         server.setAnswer(kNewer);
-        emit menu().updateCheckRequested();
+        menu().openUpdateCheck();
         QTRY_COMPARE(upgradeWindows(), 1);
         QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 2, kTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(!isReplyAwaited(), kTimeoutMs);
@@ -169,7 +169,7 @@ private slots:
         server.setAnswers({{"500 Internal Server Error", "{}", {}, UpdateServer::Manner::Answer, true},
                            {"200 OK", kNewer, {}, UpdateServer::Manner::Answer, true}});
         makeWindow({});
-        emit menu().updateCheckRequested();
+        menu().openUpdateCheck();
         QTRY_COMPARE(page(), int(SCUpgradeWindow::UpToDate));
         shownWindow<SCUpgradeWindow>()->close();
         QCOMPARE(upgradeWindows(), 0);
@@ -182,7 +182,7 @@ private slots:
     {
         UpdateServer server;
         server.close();
-        emit menu().updateCheckRequested();
+        menu().openUpdateCheck();
         const auto* const window = shownWindow<SCUpgradeWindow>();
         QVERIFY(window != nullptr);
         QTRY_COMPARE(window->findChild<QStackedWidget*>("stackedWidget")->currentIndex(),

@@ -92,7 +92,7 @@ private slots:
         store(settingskeys::kLanguage, QVariant(42));
         SCMainWindow window;
         window.show();
-        emit window.findChild<MainMenu*>()->languageChosen(1);
+        window.findChild<MainMenu*>()->chooseLanguage(1);
         QCOMPARE(m_settings->value(settingskeys::kLanguage).toString(), settingstables::languageCodes().at(1));
     }
 
@@ -114,12 +114,12 @@ private:
     static void openAndClose(const SCMainWindow& window, const QString& key, const QVariant& value)
     {
         const messagebox::Recorder boxes;
-        emit window.findChild<MainMenu*>()->settingsRequested();
+        window.findChild<MainMenu*>()->openSettings();
         auto* const settings = shownWindow<SCSettingsWindow>();
         QVERIFY2((settings == nullptr) == isFormat(key), qPrintable(value.toString().left(40)));
         QCOMPARE(boxes.calls().size(), std::size_t(isFormat(key) ? 1 : 0));
         delete settings;
-        emit window.findChild<MainMenu*>()->aboutRequested();
+        window.findChild<MainMenu*>()->openAbout();
         QVERIFY(shownWindow<SCAboutWindow>() != nullptr);
         delete shownWindow<SCAboutWindow>();
     }

@@ -1,0 +1,347 @@
+#include "mainwindow/capture/capturecontroller.h"
+
+#include "app/sclogger.h"
+#include "engine/capturetargets.h"
+#include "engine/obswrapper.h"
+#include "mainwindow/activity.h"
+#include "mainwindow/capture/capturearea.h"
+#include "mainwindow/capture/captureselection.h"
+#include "mainwindow/capture/ratiopresets.h"
+#include "mainwindow/capture/regionoverlays.h"
+#include "mainwindow/screenshotsession.h"
+#include "ui_scmainwindow.h"
+#include "widgets/combobox.h"
+#include "widgets/framegeometry.h"
+#include "widgets/icons.h"
+
+#include <QDebug>
+#include <QGuiApplication>
+
+#include <utility>
+
+#include <cmath>
+#include <cstdlib>
+#include <initializer_list>
+
+namespace {
+
+/// The smallest region that the engine can record, which rounds sizes down; with a column more, since a region never
+/// has the desktop's first. Logical pixels.
+constexpr QSize kSmallestRegion(5, 2);
+
+void debug(const char* text, std::initializer_list<int> numbers)
+{
+    QString message = QLatin1String(text);
+    for (const int number : numbers)
+        message = message.arg(number);
+    SCLogger::debug(message);
+}
+
+/// Moved onto the screen as far as it fits.
+QRect keptOn(const QRect& screen, const QRect& area)
+{
+    return {framegeometry::moved(area, {}, screen, 0), area.size()};
+}
+
+} // namespace
+
+CaptureController::CaptureController(Ui::SCMainWindow& ui, CaptureSelection& selection, RegionOverlays& region,
+                                     ScreenshotSession& screenshots, ObsWrapper& engine, const Activity& activity)
+    : m_ui(ui)
+    , m_selection(selection)
+    , m_region(region)
+    , m_screenshots(screenshots)
+    , m_engine(engine)
+    , m_activity(activity)
+{
+    m_ui.ratioBox->addItems(ratiopresets::names());
+    prepareComboBox(*m_ui.ratioBox);
+    // Not when the program sets the box back to its first entry.
+    connect(m_ui.ratioBox, &QComboBox::textActivated, this, &CaptureController::choosePreset);
+    connect(m_ui.screenSwitch, &SCSwitchWidget::checkedChanged, this, &CaptureController::switchScreen);
+    connect(m_ui.fullScreenTile, &Tile::activated, this, &CaptureController::chooseFullScreen);
+    connect(m_ui.regionTile, &Tile::activated, this, &CaptureController::chooseRegion);
+    connect(m_ui.windowTile, &Tile::activated, this, &CaptureController::chooseWindow);
+    connect(m_ui.lockButton, &QPushButton::toggled, this, &CaptureController::onLockToggled);
+    connect(&m_region, &RegionOverlays::regionSelected, this, &CaptureController::onRegionSelected);
+    connect(&m_region, &RegionOverlays::selectionCancelled, &m_selection, &CaptureSelection::cancelRegion);
+    connect(&m_region, &RegionOverlays::frameChanged, this, &CaptureController::onFrameChanged);
+    connect(&m_region, &RegionOverlays::frameClosed, this, &CaptureController::onFrameClosed);
+}
+
+bool CaptureController::startEngine()
+{
+    if (QGuiApplication::primaryScreen() == nullptr) {
+        qWarning() << "Failed to get primary screen";
+        return false;
+    }
+    const QSize size = primaryScreen().physicalSize();
+    if (!m_engine.initialize(size.width(), size.height(), RecordingSession::kFramesPerSecond)) {
+        SCLogger::warning(QStringLiteral("Failed to initialize OBS"));
+        return false;
+    }
+    SCLogger::info(QStringLiteral("OBS initialized successfully"));
+    m_engineRuns = true;
+    const int result = m_engine.setupScene(ObsWrapper::kCaptureMonitor);
+    if (result != 0)
+        SCLogger::error(QStringLiteral("The capture scene could not be made: code %1").arg(result));
+    m_engine.refreshCaptureTargets(false);
+    applyCaptureArea();
+    return true;
+}
+
+QRect CaptureController::area() const
+{
+    return m_area.rectOn(primaryScreen());
+}
+
+void CaptureController::showSize(const QSize& size)
+{
+    m_ui.widthEdit->setText(QString::number(size.width()));
+    m_ui.heightEdit->setText(QString::number(size.height()));
+}
+
+bool CaptureController::showsSize(const CaptureScreen& screen) const
+{
+    const QSize size = m_area.physicalSize(screen);
+    const int roundingPx = static_cast<int>(std::ceil(screen.devicePixelRatio));
+    return std::abs(m_ui.widthEdit->text().toInt() - size.width()) <= roundingPx &&
+           std::abs(m_ui.heightEdit->text().toInt() - size.height()) <= roundingPx;
+}
+
+void CaptureController::applyCaptureArea()
+{
+    const CaptureScreen screen = primaryScreen();
+    const QRect& whole = screen.geometry;
+    debug("Screen geometry: x=%1, y=%2, width=%3, height=%4", {whole.x(), whole.y(), whole.width(), whole.height()});
+    const QRect area = m_area.rectOn(screen);
+    debug("position %1 %2 %3 %4", {area.x(), area.y(), area.x() + area.width(), area.y() + area.height()});
+    showSize(m_area.physicalSize(screen));
+    if (m_engineRuns)
+        setCaptureTarget();
+}
+
+void CaptureController::setCaptureTarget()
+{
+    const QStringList& names = m_engine.captureTargetNames();
+    const CaptureScreen screen = primaryScreen();
+    const QString target = captureTargetForScreen(names, screen.physicalGeometry());
+    // The engine knows the screen's pixels, which Qt rounds.
+    const CaptureMargins margins = m_area.margins(withPixels(screen, captureTargetGeometry(target).size()));
+    m_targetFound = m_engine.setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped,
+                                              margins.left, margins.right, margins.top, margins.bottom);
+    if (!m_targetFound)
+        SCLogger::warning(QStringLiteral("The primary screen is none of the engine's screens: \"%1\"")
+                              .arg(names.join(QLatin1String("\", \""))));
+}
+
+/// The size or place of the whole screen may have changed since the last recording.
+bool CaptureController::followsScreen() const
+{
+    const bool hasChanged = m_selection.mode() != CaptureMode::Region && m_area.rect() != primaryScreen().geometry;
+    return m_area.isUnset() || hasChanged;
+}
+
+bool CaptureController::resetRecordingArea()
+{
+    const CaptureScreen screen = primaryScreen();
+    if (followsScreen()) {
+        m_area.setRect(screen.geometry);
+        applyCaptureArea();
+    }
+    const QSize logical = m_area.rectOn(screen).size();
+    debug("Recording area set to: %1x%2", {logical.width(), logical.height()});
+    const QSize size = m_area.physicalSize(screen);
+    if (m_engine.resetVideo(size.width(), size.height(), size.width(), size.height(),
+                            RecordingSession::kFramesPerSecond) != 0) {
+        SCLogger::warning(QStringLiteral("Failed to reset video"));
+        return false;
+    }
+    return true;
+}
+
+bool CaptureController::prepare()
+{
+    const bool video = m_selection.recordsVideo();
+    m_engine.setSceneRendered(video);
+    // Screens come and go between recordings.
+    m_engine.refreshCaptureTargets(false);
+    // An area that is applied again sets the target as well.
+    const bool applied = followsScreen();
+    if (!resetRecordingArea())
+        return false;
+    if (!applied)
+        setCaptureTarget();
+    // Audio needs no screen.
+    return m_targetFound || !video;
+}
+
+/// The primary screen may have become another one, or smaller, since the area was chosen, and a preset may be larger
+/// than the screen: the fields do not show the size of the video then.
+void CaptureController::settleArea()
+{
+    m_screenshots.cancel();
+    m_screenshots.cancelSelections();
+    if (m_selection.mode() != CaptureMode::Region || m_area.isUnset())
+        return;
+    const CaptureScreen screen = primaryScreen();
+    if (!screen.geometry.intersects(m_area.rect())) {
+        SCLogger::warning(
+            QStringLiteral("The chosen region is not on the primary screen any more; all of it is recorded"));
+        captureWholeScreen();
+    } else if (!screen.geometry.contains(m_area.rect())) {
+        m_area.setRegion(m_area.rect(), screen);
+        m_region.place(m_area.rect());
+        applyCaptureArea();
+    } else if (!showsSize(screen)) {
+        applyCaptureArea();
+    }
+}
+
+void CaptureController::onRecordingOver()
+{
+    m_engine.setSceneRendered(false);
+    if (std::exchange(m_isFrameClosed, false))
+        captureWholeScreen();
+}
+
+void CaptureController::captureWholeScreen()
+{
+    m_screenshots.cancelSelections();
+    m_selection.choose(CaptureMode::FullScreen);
+    applyWholeScreen();
+}
+
+void CaptureController::applyWholeScreen()
+{
+    m_area.setRect(primaryScreen().geometry);
+    applyCaptureArea();
+    m_region.hideFrame();
+    m_ui.ratioBox->setCurrentIndex(0);
+}
+
+void CaptureController::chooseFullScreen()
+{
+    SCLogger::info(QStringLiteral("Select screen clicked"));
+    captureWholeScreen();
+}
+
+void CaptureController::chooseRegion()
+{
+    SCLogger::info(QStringLiteral("Select region clicked"));
+    m_screenshots.cancelSelections();
+    m_screenshots.cancel();
+    m_selection.beginRegion();
+    m_region.select();
+}
+
+void CaptureController::chooseWindow()
+{
+    m_screenshots.cancelSelections();
+    m_screenshots.cancel();
+    m_selection.choose(CaptureMode::Window);
+    applyWholeScreen();
+    m_screenshots.selectWindow();
+}
+
+void CaptureController::choosePreset(const QString& name)
+{
+    if (m_ui.ratioBox->currentIndex() == 0)
+        return;
+    m_screenshots.cancelSelections();
+    m_selection.choose(CaptureMode::Region);
+    const auto size = ratiopresets::physicalSize(name);
+    if (!size)
+        return;
+    const CaptureScreen screen = primaryScreen();
+    m_area.setRegion(m_region.frame(ratiopresets::areaOn(screen, *size, m_region.borderWidth())), screen);
+    // The preset's own numbers, from which the stored area may differ by a rounding.
+    showSize(*size);
+}
+
+void CaptureController::switchScreen(bool on)
+{
+    m_screenshots.cancelSelections();
+    m_selection.switchScreen(on);
+    applyWholeScreen();
+}
+
+void CaptureController::onRegionSelected(const QRect& area)
+{
+    // The pointer may have been released over another screen.
+    m_area.setRegion(frameOnScreen(area & primaryScreen().geometry), primaryScreen());
+    applyCaptureArea();
+    m_ui.ratioBox->setCurrentIndex(0);
+}
+
+/// Shows the frame around the area. A frame that grows to its smallest size is kept on the screen.
+///
+/// @return what is inside the frame
+QRect CaptureController::frameOnScreen(const QRect& area)
+{
+    const QRect framed = m_region.frame(area);
+    const QRect screen = primaryScreen().geometry;
+    if (framed.size() == area.size() || screen.contains(framed))
+        return framed;
+    const QRect kept = keptOn(screen, framed);
+    m_region.place(kept);
+    return kept;
+}
+
+void CaptureController::storeRegion(const QRect& framed, bool isMoving)
+{
+    const CaptureScreen screen = primaryScreen();
+    const QRect visible = framed & screen.geometry;
+    if (visible.width() >= kSmallestRegion.width() && visible.height() >= kSmallestRegion.height()) {
+        m_area.setRegion(framed, screen);
+    } else if (!isMoving) {
+        // Released where it cannot be recorded.
+        const QRect kept = keptOn(screen.geometry, framed);
+        m_region.place(kept);
+        m_area.setRegion(kept, screen);
+    }
+}
+
+void CaptureController::onFrameChanged(bool isMoving, const QPoint& firstPixel, const QPoint& lastPixel)
+{
+    debug("Window coords: (%1,%2) (%3,%4)", {firstPixel.x(), firstPixel.y(), lastPixel.x(), lastPixel.y()});
+    const QRect framed(firstPixel, lastPixel);
+    if (m_activity.isIdle()) {
+        storeRegion(framed, isMoving);
+    } else if (framed.size() != m_area.rect().size() && !isMoving) {
+        // The size of the video is settled: the frame goes back to it.
+        m_region.place(m_area.rect());
+    } else {
+        m_area.moveTo(framed.topLeft());
+        emit areaMoved();
+    }
+    // A recording follows the frame while it moves; otherwise only its last position counts.
+    if (isMoving == m_activity.isRecordingActive())
+        applyCaptureArea();
+    if (!m_ui.lockButton->isChecked())
+        m_ui.ratioBox->setCurrentIndex(0);
+}
+
+void CaptureController::onFrameClosed()
+{
+    // A region without its frame is not chosen any more; one that is being recorded is recorded to its end.
+    if (m_activity.isIdle()) {
+        captureWholeScreen();
+        return;
+    }
+    m_isFrameClosed = true;
+    emit frameClosed();
+}
+
+void CaptureController::showFrame()
+{
+    if (m_selection.recordsRegion() && !m_area.isUnset() && !m_isFrameClosed && !m_region.isFrameShown())
+        m_region.showFrame();
+}
+
+void CaptureController::onLockToggled(bool locked)
+{
+    m_ui.lockButton->setIcon(locked ? icons::named(QStringLiteral("lock"), icons::Tone::Light)
+                                    : icons::named(QStringLiteral("unlock")));
+    m_region.setLockRatio(locked);
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "app/settingstables.h"
+
+#include <QObject>
+
+class Activity;
+class QComboBox;
+class QLineEdit;
+class QPushButton;
+class QSettings;
+
+namespace Ui {
+class SCMainWindow;
+}
+
+/// Format and folder of the recordings, or of the screenshots: the controls of their page, and the settings that hold
+/// what the controls show. User-interface thread.
+class OutputOptions : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Parts
+    {
+        QComboBox& formatBox;
+        QLineEdit& folderEdit;
+        QPushButton& folderButton;
+        QLatin1String formatKey;
+        QLatin1String folderKey;
+        const settingstables::PositionToText& formats;
+        /// Of the folder dialog, untranslated.
+        const char* folderTitle;
+    };
+    static Parts recordings(Ui::SCMainWindow& ui);
+    static Parts screenshots(Ui::SCMainWindow& ui);
+
+    OutputOptions(const Parts& parts, QSettings& settings, const Activity& activity);
+
+    /// Shows what is stored. A format that is not in the table is shown as the first one and stays stored.
+    void showStored();
+    void showStoredFolder();
+
+    /// Position in the table of formats.
+    int format() const;
+
+    void showFormat(int position);
+    /// Shows and stores a format.
+    void setFormat(int position);
+
+    QString folder() const;
+
+signals:
+    /// The user has chosen a format, which is stored.
+    void formatChosen();
+
+private:
+    void storeFormat(int position);
+    void chooseFolder();
+
+    Parts m_parts;
+    QSettings& m_settings;
+    const Activity& m_activity;
+};

@@ -1,0 +1,229 @@
+#include "mainwindow/recording/recordingview.h"
+
+#include "app/sclogger.h"
+#include "app/settings.h"
+#include "engine/obswrapper.h"
+#include "mainwindow/activity.h"
+#include "mainwindow/capture/capturearea.h"
+#include "mainwindow/capture/capturecontroller.h"
+#include "mainwindow/capture/captureselection.h"
+#include "mainwindow/capture/regionoverlays.h"
+#include "mainwindow/outputoptions.h"
+#include "mainwindow/recorderport.h"
+#include "mainwindow/recording/sccountdownwidget.h"
+#include "mainwindow/recording/scfullscreentoolbar.h"
+#include "mainwindow/recording/toolbarplacement.h"
+#include "platform/windowing/capture_exclusion.h"
+#include "platform/windowing/window_hold.h"
+#include "ui_scmainwindow.h"
+#include "widgets/icons.h"
+
+#include <QSettings>
+
+#include <array>
+
+// The engine's numbers and the window's are the same.
+static_assert(ObsWrapper::kStatusStarting == recordstatus::kStarted &&
+              ObsWrapper::kStatusEnded == recordstatus::kEnded);
+
+RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
+                             const OutputOptions& output, RecorderPort& recorder, const Activity& activity,
+                             const Durations& durations)
+    : m_window(window)
+    , m_ui(ui)
+    , m_capture(capture)
+    , m_region(region)
+    , m_output(output)
+    , m_recorder(recorder)
+    , m_activity(activity)
+    , m_durations(durations)
+    , m_session(recorder, *this, nullptr, durations)
+{
+    connect(&m_session, &RecordingSession::statusChanged, this, &RecordingView::showStatus);
+    connect(&m_session, &RecordingSession::elapsedChanged, this, &RecordingView::showElapsed);
+    connect(m_ui.recordButton, &QPushButton::clicked, this, &RecordingView::toggle);
+    connect(&m_capture, &CaptureController::areaMoved, this, &RecordingView::placeBar);
+    connect(&m_capture, &CaptureController::frameClosed, &m_session, &RecordingSession::cancelCountdown);
+    connectRegion();
+}
+
+RecordingView::~RecordingView() = default;
+
+void RecordingView::connectRegion()
+{
+    connect(&m_region, &RegionOverlays::startRecording, this, &RecordingView::toggle);
+    connect(&m_region, &RegionOverlays::stopRecording, &m_session, &RecordingSession::requestEnd);
+    connect(&m_region, &RegionOverlays::frameConcealed, this, [this](bool concealed) {
+        if (m_toolbar != nullptr)
+            m_toolbar->setConcealed(concealed);
+    });
+}
+
+void RecordingView::toggle()
+{
+    if (m_activity.mayToggleRecording()) {
+        m_session.toggle();
+        return;
+    }
+    SCLogger::info(QStringLiteral("Recording request ignored: a dialog is open"));
+    // The frame's button shows a recording as soon as it is pressed.
+    m_region.setRecording(false);
+}
+
+void RecordingView::showStatus(int status)
+{
+    m_status = status;
+    platform::setHeld(m_window, isActive());
+    showButton();
+    if (status == recordstatus::kStarted)
+        showOverlays();
+    else if (status == recordstatus::kPaused)
+        toolbar().setPaused(true);
+    m_region.setRecording(status != recordstatus::kEnded);
+}
+
+void RecordingView::showButton()
+{
+    struct Look
+    {
+        const char* icon;
+        const char* label;
+    };
+    static constexpr std::array<Look, 3> kLooks{{{"stop-recording", QT_TR_NOOP("Stop Recording")},
+                                                 {"pause-recording", QT_TR_NOOP("Pause Recording")},
+                                                 {"start-recording", QT_TR_NOOP("Start Recording")}}};
+    const Look& look = kLooks.at(static_cast<std::size_t>(m_status));
+    m_ui.recordButton->setIcon(icons::named(QLatin1String(look.icon)));
+    m_ui.recordButton->setText(tr(look.label));
+    // The button of a paused recording stops it.
+    m_ui.recordButton->setToolTip(m_status == recordstatus::kPaused ? tr("Stop Recording") : QString());
+}
+
+SCFullscreenToolbar& RecordingView::toolbar()
+{
+    if (m_toolbar == nullptr) {
+        m_toolbar = std::make_unique<SCFullscreenToolbar>(nullptr, m_durations);
+        connect(m_toolbar.get(), &SCFullscreenToolbar::recordingToggled, this,
+                [this](bool record) { record ? toggle() : m_session.requestEnd(); });
+        connect(m_toolbar.get(), &SCFullscreenToolbar::pauseToggled, &m_session, &RecordingSession::setPaused);
+    }
+    return *m_toolbar;
+}
+
+void RecordingView::showOverlays()
+{
+    m_capture.showFrame();
+    SCFullscreenToolbar& bar = toolbar();
+    bar.setRecording(true);
+    bar.setPaused(false);
+    bar.setPausable(m_recorder.canPauseRecording());
+    bar.setAudioOnly(!m_capture.selection().recordsVideo());
+    placeBar();
+    bar.show();
+}
+
+/// Outside the recorded area, as far as there is such a position.
+void RecordingView::placeBar()
+{
+    if (m_toolbar == nullptr)
+        return;
+    const QRect recorded = m_capture.selection().recordsVideo() ? m_capture.area() : QRect();
+    const ToolbarPlacement placement =
+        placeToolbar(primaryScreen().geometry, m_toolbar->size(), recorded, m_isBarExcluded);
+    m_toolbar->move(placement.topLeft);
+    m_toolbar->setTopEdgeOnly(placement.topEdgeOnly);
+    m_toolbar->setRecordedArea(recorded);
+}
+
+void RecordingView::hideOverlays()
+{
+    if (m_toolbar != nullptr) {
+        m_toolbar->setRecording(false);
+        m_toolbar->setPaused(false);
+        m_toolbar->hide();
+    }
+    m_region.hideFrame();
+}
+
+void RecordingView::showElapsed(const QString& text)
+{
+    toolbar().setTimeText(text);
+    m_region.setTimeText(text);
+}
+
+void RecordingView::minimiseWindow()
+{
+    m_window.showMinimized();
+}
+
+void RecordingView::minimiseWhileActive()
+{
+    if (isActive())
+        minimiseWindow();
+}
+
+bool RecordingView::isWindowMinimised() const
+{
+    return m_window.isMinimized() || !m_window.isVisible();
+}
+
+void RecordingView::restoreWindow()
+{
+    if (m_activity.isClosing())
+        return;
+    m_window.setWindowState(m_window.windowState() & ~Qt::WindowMinimized);
+    m_window.show();
+    m_window.raise();
+    m_window.activateWindow();
+}
+
+void RecordingView::countDown(int from)
+{
+    m_capture.settleArea();
+    m_countdown = new SCCountdownWidget(nullptr, m_durations.countdownStepMs);
+    const QPoint centre = captureCentre(m_capture.area());
+    m_countdown->move(centre - QPoint(m_countdown->width() / 2, m_countdown->height() / 2));
+    connect(m_countdown, &SCCountdownWidget::closed, &m_session, &RecordingSession::cancelCountdown);
+    m_countdown->start(from);
+    m_countdown->exec();
+    // The program is about to quit.
+    if (m_countdown->isCounting())
+        m_session.cancelCountdown();
+    m_countdown->deleteLater();
+    m_countdown.clear();
+}
+
+void RecordingView::cancelCountdown()
+{
+    m_countdown->cancel();
+    m_countdown->hide();
+}
+
+bool RecordingView::prepareCapture()
+{
+    return m_capture.prepare();
+}
+
+RecordingChoices RecordingView::choices() const
+{
+    const auto settings = openSettings();
+    RecordingChoices choices;
+    choices.fileName = m_ui.fileNameEdit->text();
+    choices.folder = m_output.folder();
+    choices.formatIndex = m_output.format();
+    choices.areaSize = m_capture.area().size();
+    choices.widthPx = m_ui.widthEdit->text().toInt();
+    choices.heightPx = m_ui.heightEdit->text().toInt();
+    choices.showCursor = settings->value(settingskeys::kMouseShowCursor).toBool();
+    choices.pointerEffects = settings->value(settingskeys::kMouseSwitch).toBool();
+    choices.now = QDateTime::currentDateTime();
+    return choices;
+}
+
+void RecordingView::setExcludedFromCapture(bool excluded)
+{
+    // Where the system cannot, the window is minimised and the bar stands outside the area. The system may exclude the
+    // one and not the other.
+    platform::setExcludedFromCapture(m_window, excluded);
+    m_isBarExcluded = platform::setExcludedFromCapture(toolbar(), excluded);
+}

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "mainwindow/durations.h"
+#include "mainwindow/recording/recordingsession.h"
+#include "mainwindow/recording/recordingstage.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+
+class Activity;
+class CaptureController;
+class OutputOptions;
+class QWidget;
+class RecorderPort;
+class RegionOverlays;
+class SCCountdownWidget;
+class SCFullscreenToolbar;
+
+namespace Ui {
+class SCMainWindow;
+}
+
+/// A recording as the user sees it: its session, and the stage of that, which is the main window that minimises itself,
+/// the record button, the countdown, the floating bar and the region's frame. User-interface thread.
+class RecordingView : public QObject, private RecordingStage
+{
+    Q_OBJECT
+
+public:
+    /// All but durations must outlive this object.
+    RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
+                  const OutputOptions& output, RecorderPort& recorder, const Activity& activity,
+                  const Durations& durations);
+    ~RecordingView() override;
+
+    RecordingSession& session() { return m_session; }
+
+    /// Whether a recording runs and is not paused: the window stays minimised.
+    bool isActive() const { return m_status == recordstatus::kStarted; }
+    void minimiseWhileActive();
+
+    /// Starts or stops, as the record button does.
+    void toggle();
+
+    /// Does nothing while the program closes.
+    void restoreWindow() override;
+    void hideOverlays() override;
+    /// The record button's text in the language of now.
+    void showButton();
+
+private:
+    void connectRegion();
+    void showStatus(int status);
+    void showElapsed(const QString& text);
+    void showOverlays();
+    void placeBar();
+    SCFullscreenToolbar& toolbar();
+
+    void minimiseWindow() override;
+    bool isWindowMinimised() const override;
+    void countDown(int from) override;
+    void cancelCountdown() override;
+    bool prepareCapture() override;
+    RecordingChoices choices() const override;
+    void setExcludedFromCapture(bool excluded) override;
+
+    QWidget& m_window;
+    Ui::SCMainWindow& m_ui;
+    CaptureController& m_capture;
+    RegionOverlays& m_region;
+    const OutputOptions& m_output;
+    const RecorderPort& m_recorder;
+    const Activity& m_activity;
+    Durations m_durations;
+    RecordingSession m_session;
+    QPointer<SCCountdownWidget> m_countdown;
+    /// Made when it is first needed.
+    std::unique_ptr<SCFullscreenToolbar> m_toolbar;
+    /// Whether the system keeps the floating bar out of the video wherever it is.
+    bool m_isBarExcluded = false;
+    int m_status = recordstatus::kEnded;
+};

@@ -1,0 +1,444 @@
+#include "app/sclogger.h"
+#include "app/settings.h"
+#include "engine/obswrapper.h"
+#include "mainwindow/activity.h"
+#include "mainwindow/capture/capturecontroller.h"
+#include "mainwindow/capture/captureselection.h"
+#include "mainwindow/capture/regionoverlays.h"
+#include "mainwindow/outputoptions.h"
+#include "mainwindow/screenshotsession.h"
+#include "overlays/areaselector.h"
+#include "overlays/drawwindow.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/shownwindow.h"
+#include "tests/support/windowtest.h"
+#include "ui_scmainwindow.h"
+
+#include <QApplication>
+#include <QScreen>
+#include <QSettings>
+#include <QTest>
+
+namespace {
+
+/// The main window's form with what captures, and an engine that has not started.
+class CaptureForm : public QMainWindow
+{
+public:
+    CaptureForm()
+    {
+        m_ui.setupUi(this);
+        m_output = std::make_unique<OutputOptions>(OutputOptions::recordings(m_ui), *m_settings, m_activity);
+        m_region = new RegionOverlays(this);
+        m_screenshots = new ScreenshotSession(this, *m_region, m_activity, 0);
+        m_selection = std::make_unique<CaptureSelection>(m_ui, *m_output, *m_settings);
+        m_capture =
+            std::make_unique<CaptureController>(m_ui, *m_selection, *m_region, *m_screenshots, m_engine, m_activity);
+        m_output->showStored();
+        show();
+    }
+
+private:
+    Activity m_activity{{[] { return RecordingState::Idle; }, [] { return false; }, [] { return false; },
+                         [] { return false; }, [] { return false; }, [] { return false; }, [] { return true; }}};
+    Ui::SCMainWindow m_ui;
+    ObsWrapper m_engine;
+    std::unique_ptr<QSettings> m_settings = openSettings();
+    std::unique_ptr<OutputOptions> m_output;
+    std::unique_ptr<CaptureSelection> m_selection;
+    std::unique_ptr<CaptureController> m_capture;
+    RegionOverlays* m_region;
+    ScreenshotSession* m_screenshots;
+};
+
+} // namespace
+
+/// What is captured, as tiles, boxes and the region's frame choose it.
+class TestCaptureController : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QVERIFY(SCLogger::instance()->initialize()); }
+
+    void init() { windowtest::resetSettings(); }
+
+    void tilesChooseTheMode()
+    {
+        const CaptureForm window;
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        const MessageCapture messages;
+        QTest::mouseClick(child<Tile>(window, "windowTile"), Qt::LeftButton);
+        QCOMPARE(selectedTiles(window), QStringList{"windowTile"});
+        QTest::mouseClick(child<Tile>(window, "fullScreenTile"), Qt::LeftButton);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QCOMPARE(messages.texts(QtInfoMsg), QStringList{"[INFO] Select screen clicked"});
+    }
+
+    void onlyALeftReleaseOnTheTileCounts()
+    {
+        const CaptureForm window;
+        auto* const tile = child<Tile>(window, "windowTile");
+        QTest::mouseClick(tile, Qt::RightButton);
+        QTest::mousePress(tile, Qt::LeftButton);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QTest::mouseRelease(tile, Qt::LeftButton, {}, {-20, 10});
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+    }
+
+    void cancelledRegionSelectionLeadsBackToTheWholeScreen()
+    {
+        const CaptureForm window;
+        const MessageCapture messages;
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+        QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Select region clicked")));
+        AreaSelector* const selector = shownWindow<AreaSelector>();
+        QVERIFY(selector != nullptr);
+        QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::CrossCursor);
+        QTest::keyClick(selector, Qt::Key_Escape);
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+    }
+
+    void draggedRegionGetsItsFrameAndItsSizeInTheFields()
+    {
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 319});
+        const DrawWindow* const frame = shownWindow<DrawWindow>();
+        QVERIFY(frame != nullptr);
+        QCOMPARE(frame->geometry(), QRect(96, 76, 328, 248));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
+        QCOMPARE(field(window, "heightEdit"), QStringLiteral("240"));
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+    }
+
+    void eachSelectionIsLogged()
+    {
+        const CaptureForm window;
+        const MessageCapture messages;
+        dragRegion(window, {100, 80}, {419, 319});
+        QVERIFY(
+            messages.texts().contains(QStringLiteral("[DEBUG] Selected Area - x=100, y=80, width=320, height=240")));
+        QVERIFY(messages.texts().contains(QStringLiteral("[DEBUG] position 100 80 420 320")));
+    }
+
+    void regionSmallerThanTheFrameGrowsWithIt()
+    {
+        const CaptureForm window;
+        dragRegion(window, {300, 300}, {309, 309});
+        const QRect frame = shownWindow<DrawWindow>()->geometry();
+        QCOMPARE(frame, QRect(296, 296, 200, 150));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("192"));
+        QCOMPARE(field(window, "heightEdit"), QStringLiteral("142"));
+    }
+
+    void movedFrameIsStoredWhenItIsReleased()
+    {
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const frame = shownWindow<DrawWindow>();
+        const MessageCapture messages;
+        emit frame->windowGeometryChanged(true, {200, 100}, {599, 399});
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
+        emit frame->windowGeometryChanged(false, {200, 100}, {599, 399});
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("400"));
+        QCOMPARE(field(window, "heightEdit"), QStringLiteral("300"));
+        QCOMPARE(
+            messages.texts().filter(QStringLiteral("Window coords")),
+            (QStringList{"[DEBUG] Window coords: (200,100) (599,399)", "[DEBUG] Window coords: (200,100) (599,399)"}));
+        QVERIFY(messages.texts().contains(QStringLiteral("[DEBUG] position 200 100 600 400")));
+    }
+
+    void movedFrameIsNoPresetUnlessTheSizeIsLocked()
+    {
+        const CaptureForm window;
+        choosePreset(window, "1:1");
+        emit shownWindow<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
+        QCOMPARE(child<QComboBox>(window, "ratioBox")->currentIndex(), 0);
+        choosePreset(window, "1:1");
+        child<QPushButton>(window, "lockButton")->click();
+        QVERIFY(shownWindow<DrawWindow>()->lockRatio());
+        emit shownWindow<DrawWindow>()->windowGeometryChanged(false, {200, 100}, {599, 399});
+        QCOMPARE(child<QComboBox>(window, "ratioBox")->currentText(), QStringLiteral("1:1"));
+        child<QPushButton>(window, "lockButton")->click();
+        QVERIFY(!shownWindow<DrawWindow>()->lockRatio());
+    }
+
+    void presetShowsItsFrameInTheMiddleOfTheScreen_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("16:9") << QSize(1920, 1080);
+        QTest::newRow("9:16") << QSize(608, 1080);
+        QTest::newRow("4:3") << QSize(1440, 1080);
+        QTest::newRow("1:1") << QSize(1080, 1080);
+    }
+
+    void presetShowsItsFrameInTheMiddleOfTheScreen()
+    {
+        QFETCH(const QSize, size);
+        const CaptureForm window;
+        choosePreset(window, QTest::currentDataTag());
+        QCOMPARE(field(window, "widthEdit"), QString::number(size.width()));
+        QCOMPARE(field(window, "heightEdit"), QString::number(size.height()));
+        const QRect frame = shownWindow<DrawWindow>()->geometry();
+        QCOMPARE(frame.size(), size + QSize(8, 8));
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QCOMPARE(frame.topLeft(), QPoint((screen.width() - frame.width()) / 2 + screen.x(),
+                                         (screen.height() - frame.height()) / 2 + screen.y()));
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+    }
+
+    void firstEntryOfTheRatioBoxRunsNoPreset()
+    {
+        const CaptureForm window;
+        choosePreset(window, "Custom");
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+    }
+
+    void cancelledSelectionRestoresWhatWasChosenBefore()
+    {
+        const CaptureForm window;
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(true);
+        control->setChecked(false);
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
+        QVERIFY(!control->isChecked());
+        QCOMPARE(child<QComboBox>(window, "formatBox")->currentText(), QStringLiteral("MP3"));
+        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), false);
+        QCOMPARE(selectedTiles(window), QStringList());
+        dragRegion(window, {100, 80}, {419, 319});
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
+    }
+
+    /// On another screen, the window can be reached beside the veil.
+    void whatIsChosenWhileARegionIsSelectedStays()
+    {
+        const CaptureForm window;
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        auto* const box = child<QComboBox>(window, "formatBox");
+        control->setChecked(true);
+        control->setChecked(false);
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QTest::keyClick(box, Qt::Key_Down);
+        QTest::keyClick(child<Tile>(window, "fullScreenTile"), Qt::Key_Space);
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QCOMPARE(box->currentText(), QStringLiteral("AVI"));
+        QVERIFY(control->isChecked());
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        choosePreset(window, "4:3");
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        QTest::keyClick(box, Qt::Key_Down);
+        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
+        QCOMPARE(box->currentText(), QStringLiteral("FLV"));
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        control->setChecked(false);
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+        QVERIFY(!control->isChecked());
+    }
+
+    void selectorClosedByTheSystemRestoresTheCursor()
+    {
+        const CaptureForm window;
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        shownWindow<AreaSelector>()->close();
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+    }
+
+    void regionThatGrowsAtTheScreensEdgeStaysOnTheScreen()
+    {
+        const CaptureForm window;
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        const QPoint corner = screen.bottomRight() - QPoint(20, 20);
+        dragRegion(window, corner, corner + QPoint(5, 5));
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(screen.right() - 191, screen.bottom() - 141, 192, 142));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("192"));
+    }
+
+    void regionEndsAtTheScreensEdgeWhereverThePointerIsReleased()
+    {
+        const CaptureForm window;
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
+        emit shownWindow<AreaSelector>()->areaSelected(QRect(screen.right() - 299, 80, 500, 240));
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(screen.right() - 299, 80, 300, 240));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("300"));
+    }
+
+    void frameReleasedOffTheScreenMovesBackToIt_data()
+    {
+        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<QPoint>("back");
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QTest::newRow("below") << QPoint(100, screen.bottom() + 1) << QPoint(100, screen.bottom() - 239);
+        QTest::newRow("one row is seen") << QPoint(100, screen.bottom()) << QPoint(100, screen.bottom() - 239);
+        QTest::newRow("above") << QPoint(100, -240) << QPoint(100, 0);
+        QTest::newRow("enough is seen") << QPoint(100, screen.bottom() - 99) << QPoint(100, screen.bottom() - 99);
+    }
+
+    void frameReleasedOffTheScreenMovesBackToIt()
+    {
+        QFETCH(const QPoint, place);
+        QFETCH(const QPoint, back);
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const frame = shownWindow<DrawWindow>();
+        const QRect moved(place, QSize(320, 240));
+        frame->setGeometry(moved.adjusted(-4, -4, 4, 4));
+        emit frame->windowGeometryChanged(true, moved.topLeft(), moved.bottomRight());
+        emit frame->windowGeometryChanged(false, moved.topLeft(), moved.bottomRight());
+        QCOMPARE(inside(*frame), QRect(back, moved.size()));
+        QCOMPARE(field(window, "widthEdit"), QStringLiteral("320"));
+        const QRect recorded = QRect(back, moved.size()) & QGuiApplication::primaryScreen()->geometry();
+        QCOMPARE(field(window, "heightEdit"), QString::number(recorded.height()));
+    }
+
+    void closedFrameLeadsBackToTheWholeScreen_data()
+    {
+        QTest::addColumn<bool>("byItsButton");
+        QTest::newRow("close button") << true;
+        QTest::newRow("right click") << false;
+    }
+
+    void closedFrameLeadsBackToTheWholeScreen()
+    {
+        QFETCH(const bool, byItsButton);
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const frame = shownWindow<DrawWindow>();
+        if (byItsButton)
+            emit frame->hideDrawWindow();
+        else
+            QTest::mousePress(frame, Qt::RightButton, {}, {2, 2});
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
+        const QSize screen = QGuiApplication::primaryScreen()->size();
+        QCOMPARE(field(window, "widthEdit"), QString::number(screen.width()));
+    }
+
+    void screenOffMakesAVideoFormatMp3AndOnMakesItMp4()
+    {
+        const CaptureForm window;
+        auto* const box = child<QComboBox>(window, "formatBox");
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(true);
+        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
+        control->setChecked(false);
+        QCOMPARE(box->currentText(), QStringLiteral("MP3"));
+        QCOMPARE(selectedTiles(window), QStringList());
+        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), false);
+        control->setChecked(true);
+        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), true);
+        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("MP4"));
+    }
+
+    void screenSwitchLeavesASuitingFormatAlone()
+    {
+        const CaptureForm window;
+        auto* const box = child<QComboBox>(window, "formatBox");
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        box->setCurrentIndex(6);
+        control->setChecked(true);
+        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
+        box->setCurrentIndex(5);
+        control->setChecked(false);
+        QCOMPARE(box->currentText(), QStringLiteral("AAC"));
+        box->setCurrentIndex(2);
+        control->setChecked(true);
+        QCOMPARE(box->currentText(), QStringLiteral("FLV"));
+    }
+
+    void formatWithVideoSwitchesTheScreenOn()
+    {
+        const CaptureForm window;
+        auto* const box = child<QComboBox>(window, "formatBox");
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(true);
+        control->setChecked(false);
+        QCOMPARE(box->currentText(), QStringLiteral("MP3"));
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_Down);
+        QCOMPARE(box->currentText(), QStringLiteral("AAC"));
+        QVERIFY(!control->isChecked());
+        QTest::keyClick(box, Qt::Key_Up);
+        QTest::keyClick(box, Qt::Key_Up);
+        QCOMPARE(box->currentText(), QStringLiteral("GIF"));
+        QVERIFY(control->isChecked());
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch), QVariant(true));
+        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("GIF"));
+    }
+
+    void screenSwitchTakesTheFrameAway()
+    {
+        const CaptureForm window;
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        dragRegion(window, {100, 80}, {419, 319});
+        QVERIFY(control->isChecked());
+        control->setChecked(false);
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
+        dragRegion(window, {100, 80}, {419, 319});
+        QVERIFY(control->isChecked());
+        QVERIFY(shownWindow<DrawWindow>() != nullptr);
+    }
+
+private:
+    template <typename Widget>
+    static Widget* child(const CaptureForm& window, const char* name)
+    {
+        return window.findChild<Widget*>(QLatin1String(name));
+    }
+
+    static QString field(const CaptureForm& window, const char* name) { return child<QLineEdit>(window, name)->text(); }
+
+    /// What is inside the frame's border.
+    static QRect inside(const DrawWindow& frame) { return frame.geometry().adjusted(4, 4, -4, -4); }
+
+    static QStringList selectedTiles(const CaptureForm& window)
+    {
+        QStringList names;
+        for (const Tile* const tile : window.findChildren<Tile*>()) {
+            if (tile->isSelected())
+                names.append(tile->objectName());
+        }
+        return names;
+    }
+
+    static void dragRegion(const CaptureForm& window, const QPoint& from, const QPoint& to)
+    {
+        QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
+        auto* const selector = shownWindow<AreaSelector>();
+        QTest::mousePress(selector, Qt::LeftButton, {}, from);
+        QTest::mouseMove(selector, to);
+        QTest::mouseRelease(selector, Qt::LeftButton, {}, to);
+        QCoreApplication::processEvents();
+    }
+
+    /// As a user chooses it, which is what the box reports.
+    static void choosePreset(const CaptureForm& window, const char* name)
+    {
+        auto* const box = child<QComboBox>(window, "ratioBox");
+        box->setCurrentText(QLatin1String(name));
+        emit box->textActivated(QLatin1String(name));
+    }
+};
+
+REGISTER_TEST(windowtest::run<TestCaptureController>);
+
+#include "test_capturecontroller.moc"
