@@ -5,7 +5,6 @@
 #include "platform/input/global_hotkey.h"
 
 #include <QKeySequence>
-#include <QMetaMethod>
 
 #include <utility>
 
@@ -35,13 +34,9 @@ Hotkeys::~Hotkeys() = default;
 
 QList<Hotkeys::Failure> Hotkeys::apply(const QSettings& settings)
 {
-    const auto isHeard = [this](void (Hotkeys::*pressed)()) {
-        return isSignalConnected(QMetaMethod::fromSignal(pressed));
-    };
-    // Both are let go of before one is taken: they may have changed places.
-    want(m_recording, settings.value(settingskeys::kRecordingHotkey).toString(), isHeard(&Hotkeys::recordingPressed));
-    want(m_screenshot, settings.value(settingskeys::kScreenshotHotkey).toString(),
-         isHeard(&Hotkeys::screenshotPressed));
+    // Both are released before one is taken: they may have been exchanged.
+    want(m_recording, settings.value(settingskeys::kRecordingHotkey).toString());
+    want(m_screenshot, settings.value(settingskeys::kScreenshotHotkey).toString());
     QList<Failure> failures = take(m_recording) + take(m_screenshot);
     for (const Failure& failure : std::as_const(failures))
         SCLogger::warning(QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(failure.key, failure.reason));
@@ -54,9 +49,9 @@ QString Hotkeys::recordingKey() const
     return m_recording.taken ? m_recording.wanted : QString();
 }
 
-void Hotkeys::want(Hotkey& hotkey, const QString& stored, bool isHeard)
+void Hotkeys::want(Hotkey& hotkey, const QString& stored)
 {
-    const QString wanted = stored == kNone || !isHeard ? QString() : stored;
+    const QString wanted = stored == kNone ? QString() : stored;
     if (hotkey.taken && hotkey.wanted == wanted)
         return;
     hotkey.key->registerKey({});

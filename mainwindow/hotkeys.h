@@ -10,41 +10,37 @@ namespace platform {
 class GlobalHotkey;
 }
 
-/// The program's two system-wide hotkeys, as the settings name them. A key is taken only while somebody listens to what
-/// it does: until then it is left to other programs. User-interface thread.
+/// The program's two system-wide hotkeys, as the settings name them. User-interface thread.
 class Hotkeys : public QObject
 {
     Q_OBJECT
 
 public:
-    /// A key that was asked for and cannot be had.
     struct Failure
     {
         QString key;
-        /// For the log, to follow "cannot be used: ".
+        /// For the log.
         QString reason;
     };
 
     explicit Hotkeys(QObject* parent);
     ~Hotkeys() override;
 
-    /// Takes the stored keys at once and lets go of those that were taken before, also when the two have changed
-    /// places. A key that stays the same is not let go of. Each failure is logged.
+    /// Registers the stored keys instead of those before; a key that stays the same stays registered.
     ///
-    /// @return what could not be taken
+    /// @return what could not be registered, which is logged
     QList<Failure> apply(const QSettings& settings);
 
-    /// The key that starts and stops a recording; empty when there is none, or it cannot be had.
+    /// Empty when there is none, or it could not be registered.
     QString recordingKey() const;
 
 signals:
     void recordingPressed();
     void screenshotPressed();
-    /// Another key is in force, or none, with the settings or with the keyboard.
+    /// With the settings, or with the keyboard layout.
     void recordingKeyChanged();
 
 private:
-    /// One of the two.
     struct Hotkey
     {
         platform::GlobalHotkey* key;
@@ -53,7 +49,7 @@ private:
         bool taken = false;
     };
 
-    void want(Hotkey& hotkey, const QString& stored, bool isHeard);
+    void want(Hotkey& hotkey, const QString& stored);
     static QList<Failure> take(Hotkey& hotkey);
     void onAvailabilityChanged(Hotkey& hotkey, bool available, const QString& reason);
 
