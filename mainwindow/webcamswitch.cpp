@@ -5,20 +5,10 @@
 #include "overlays/scswitchwidget.h"
 #include "widgets/messagebox.h"
 
-#include <QCoreApplication>
 #include <QEvent>
 #include <QSignalBlocker>
 
 #include <utility>
-
-namespace {
-
-QString text(const char* source)
-{
-    return QCoreApplication::translate("SCMainWindow", source);
-}
-
-} // namespace
 
 WebcamSwitch::WebcamSwitch(SCSwitchWidget& control, std::shared_ptr<CameraSystem> cameras, QWidget* window)
     : QObject(window), m_control(control), m_cameras(std::move(cameras)), m_window(*window)
@@ -36,32 +26,32 @@ void WebcamSwitch::switchOff()
 void WebcamSwitch::onSwitched(bool on)
 {
     if (!on) {
-        // Not just hidden: that would bring the camera back to life.
-        if (m_picture != nullptr)
-            m_picture->close();
+        // A hidden window would start the camera again.
+        if (m_cameraWindow != nullptr)
+            m_cameraWindow->close();
         return;
     }
     if (m_cameras->devices().isEmpty()) {
-        messagebox::warning(&m_window, text("Warning"), text("No camera device found!"));
+        messagebox::warning(&m_window, tr("Warning"), tr("No camera device found!"));
         m_control.setChecked(false);
         return;
     }
-    picture().show();
+    cameraWindow().show();
 }
 
-SCCameraWindow& WebcamSwitch::picture()
+SCCameraWindow& WebcamSwitch::cameraWindow()
 {
-    if (m_picture == nullptr) {
-        m_picture = std::make_unique<SCCameraWindow>(m_cameras);
-        m_picture->installEventFilter(this);
+    if (m_cameraWindow == nullptr) {
+        m_cameraWindow = std::make_unique<SCCameraWindow>(m_cameras);
+        m_cameraWindow->installEventFilter(this);
     }
-    return *m_picture;
+    return *m_cameraWindow;
 }
 
 bool WebcamSwitch::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_picture.get() && event->type() == QEvent::Close && m_control.isChecked()) {
-        // By the user, with what the desktop has for that; it need not be closed once more.
+    if (watched == m_cameraWindow.get() && event->type() == QEvent::Close && m_control.isChecked()) {
+        // By the user: it need not be closed once more.
         const QSignalBlocker blocker(m_control);
         m_control.setChecked(false);
     }

@@ -9,16 +9,14 @@ class QWidget;
 class SCCameraWindow;
 class SCSwitchWidget;
 
-/// What the webcam's switch does: it shows the camera's picture over the desktop, where it is recorded with all the
-/// rest, and takes it away again. The camera runs while the switch is on and not a moment longer.
-///
-/// Nothing is stored: the webcam is off after each start. Whoever closes the picture switches it off.
+/// The webcam's switch: shows the camera window over the desktop, where it is recorded, and closes it again. Closing
+/// the window switches the webcam off. Nothing is stored. User-interface thread.
 class WebcamSwitch : public QObject
 {
     Q_OBJECT
 
 public:
-    /// The control must outlive this object, which belongs to window, as message boxes do.
+    /// Belongs to window; control must outlive this object.
     WebcamSwitch(SCSwitchWidget& control, std::shared_ptr<CameraSystem> cameras, QWidget* window);
     ~WebcamSwitch() override;
 
@@ -28,11 +26,11 @@ public:
 
 private:
     void onSwitched(bool on);
-    SCCameraWindow& picture();
+    SCCameraWindow& cameraWindow();
 
     SCSwitchWidget& m_control;
     std::shared_ptr<CameraSystem> m_cameras;
     QWidget& m_window;
     /// Made when it is first needed. No child of the window, which is minimised while a recording runs.
-    std::unique_ptr<SCCameraWindow> m_picture;
+    std::unique_ptr<SCCameraWindow> m_cameraWindow;
 };

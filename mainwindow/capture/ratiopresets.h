@@ -8,19 +8,19 @@
 
 struct CaptureScreen;
 
-/// The picture sizes that the ratio box offers.
+/// The video sizes that the ratio box offers.
 namespace ratiopresets {
 
-/// The presets' names, "16:9" and so on, in the order of the box. They are not translated.
+/// "16:9" and so on, in the order of the box; not translated.
 QStringList names();
 
-/// The picture's size in physical pixels; nothing for a name that is no preset's.
+/// In physical pixels; nothing for a name that is no preset's.
 std::optional<QSize> physicalSize(const QString& name);
 
-/// The area in the middle of screen that gives a picture of that size, in logical pixels of the desktop, truncated. It
-/// is larger than the screen where the picture is.
+/// The area of that size, in logical pixels of the desktop, truncated, whose frame is centred on the screen. It may be
+/// larger than the screen.
 ///
-/// @param borderPx the border of the frame around it, which is what is centred, in logical pixels
+/// @param borderPx the border of the frame, in logical pixels
 QRect areaOn(const CaptureScreen& screen, const QSize& physicalSize, int borderPx);
 
 } // namespace ratiopresets

@@ -15,7 +15,7 @@ RegionSelection::RegionSelection(QObject* parent) : QObject(parent)
 
 RegionSelection::~RegionSelection()
 {
-    // Whoever listens is being taken down as well.
+    // The receivers are being destroyed as well.
     blockSignals(true);
     cancel();
 }
@@ -53,7 +53,7 @@ void RegionSelection::cancel()
 
 void RegionSelection::onAreaSelected(const QRect& area)
 {
-    // Let go of after the selection was given up.
+    // Released after the selection was cancelled.
     if (!m_selecting)
         return;
     SCLogger::debug(QStringLiteral("Selected Area - x=%1, y=%2, width=%3, height=%4")
@@ -63,7 +63,7 @@ void RegionSelection::onAreaSelected(const QRect& area)
                         .arg(area.height()));
     m_selecting = false;
     emit selected(area.translated(m_selector->geometry().topLeft()));
-    // The selector has given back its cursor already.
+    // The selector has restored its own cursor.
     const QCursor* const cursor = QGuiApplication::overrideCursor();
     if (cursor != nullptr && cursor->shape() == Qt::CrossCursor)
         QGuiApplication::restoreOverrideCursor();

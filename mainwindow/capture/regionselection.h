@@ -7,8 +7,8 @@
 
 class AreaSelector;
 
-/// The dragging out of a region of the primary screen: a selector over the whole of it, made anew each time, with the
-/// cross as the application's cursor while it is there. Logical pixels of the desktop. User-interface thread.
+/// Lets the user drag out a region of the primary screen: a selector over the whole of it, made for each selection,
+/// with the cross as the application's cursor. Logical pixels of the desktop. User-interface thread.
 class RegionSelection : public QObject
 {
     Q_OBJECT
@@ -20,7 +20,7 @@ public:
     /// Shows the selector; selected() or cancelled() follows. Does nothing while it is shown.
     void begin();
 
-    /// Gives the selection up as the user does with Escape.
+    /// As the user does with Escape.
     void cancel();
 
     bool isSelecting() const { return m_selecting; }
@@ -28,10 +28,8 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
-    /// The user has dragged out a region; the selector is still there.
+    /// The selector is still shown.
     void selected(QRect area);
-
-    /// The user has given the selection up.
     void cancelled();
 
 private:

@@ -13,10 +13,10 @@ class RecordingClock : public QObject
 public:
     explicit RecordingClock(QObject* parent, int tickMs = Durations().clockTickMs);
 
-    /// Starts again with a whole second, or stops.
+    /// Starts with a whole second, or stops.
     void setRunning(bool running);
 
-    /// Stands still, or goes on where it stood. Ignored by a clock that does not run.
+    /// Stops the clock, or resumes it where it was. Ignored by a clock that does not run.
     void setPaused(bool paused);
 
 signals:
@@ -28,6 +28,6 @@ private:
     QTimer m_timer;
     int m_tickMs;
     bool m_running = false;
-    /// What was left of the second when the clock was paused, in ms; -1 while it is not paused.
+    /// Of the second in which the clock was paused; -1 while it is not paused.
     int m_remainingMs = -1;
 };

@@ -12,10 +12,8 @@ class QEventLoop;
 class QLabel;
 class QSettings;
 
-/// The round counter (3, 2, 1) over the capture area before a recording starts, with the recording hotkey below it.
-///
-/// Made without a parent for one countdown: start(), then exec() waits, events running meanwhile. It takes neither the
-/// keyboard focus nor any key, so that the recording hotkey reaches the program and can cancel.
+/// The round counter (3, 2, 1) over the capture area before a recording starts, with the recording hotkey below it. It
+/// takes neither the keyboard focus nor any key, or the hotkey could not cancel it. Made for one countdown.
 class SCCountdownWidget : public QWidget
 {
     Q_OBJECT
@@ -24,15 +22,14 @@ public:
     explicit SCCountdownWidget(QWidget* parent, int stepMs = Durations().countdownStepMs);
     ~SCCountdownWidget() override;
 
-    /// Shows the widget and counts down from count to 1, one a step, which is a second. A count below 1 emits
-    /// countdownFinished() at once and shows nothing.
+    /// Shows the widget and counts down from count to 1. A count below 1 emits countdownFinished() at once and shows
+    /// nothing.
     void start(int count);
 
-    /// Waits until the countdown is over or cancelled. Returns at once when none runs.
+    /// Runs events until the countdown is over or cancelled. Returns at once when none runs.
     void exec();
 
-    /// Stops the countdown and lets exec() return; does nothing when none runs. Neither hides the widget nor emits
-    /// countdownFinished().
+    /// Lets exec() return. Neither hides the widget nor emits countdownFinished().
     void cancel();
 
     /// Whether it counts; still true after an exec() that returned because the program quits.
@@ -45,7 +42,7 @@ public slots:
 signals:
     void countdownFinished();
 
-    /// The widget's window was closed from outside, by the task switcher or a session that ends.
+    /// By the task switcher, or by a session that ends.
     void closed();
 
 protected:

@@ -33,12 +33,12 @@ ToolbarPlacement placeToolbar(const QRect& screen, const QSize& toolbar, const Q
     if (canBeExcluded || recorded.isEmpty() || !taken.intersects(QRect(topCentre, toolbar)))
         return {topCentre, false};
 
-    // As little as it takes to get clear of one rectangle: straight to the left, to the right or down.
+    // The shortest ways out of one rectangle: straight to the left, to the right or down.
     std::array<QPoint, 3> candidates{QPoint(taken.x() - toolbar.width(), topCentre.y()),
                                      QPoint(taken.x() + taken.width(), topCentre.y()),
                                      QPoint(topCentre.x(), taken.y() + taken.height())};
-    std::ranges::stable_sort(candidates, {}, [&](const QPoint& place) { return distance(place, topCentre); });
-    const auto* const found =
-        std::ranges::find_if(candidates, [&](const QPoint& place) { return screen.contains(QRect(place, toolbar)); });
+    std::ranges::stable_sort(candidates, {}, [&](const QPoint& position) { return distance(position, topCentre); });
+    const auto* const found = std::ranges::find_if(
+        candidates, [&](const QPoint& position) { return screen.contains(QRect(position, toolbar)); });
     return found != candidates.end() ? ToolbarPlacement{*found, false} : ToolbarPlacement{topCentre, true};
 }

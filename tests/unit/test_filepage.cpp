@@ -65,7 +65,7 @@ private slots:
         QCOMPARE(selectedNames(), QStringList{"song.mp3"});
     }
 
-    void filterTabsShowTheirFilesAndTellHowMany_data()
+    void filterTabsShowTheirFilesAndCounts_data()
     {
         QTest::addColumn<QByteArray>("tab");
         QTest::addColumn<QString>("text");
@@ -77,7 +77,7 @@ private slots:
         QTest::newRow("screenshot") << QByteArray("screenshotFilter") << "Screenshot (1)" << QStringList{"shot.png"};
     }
 
-    void filterTabsShowTheirFilesAndTellHowMany()
+    void filterTabsShowTheirFilesAndCounts()
     {
         QFETCH(const QByteArray, tab);
         QFETCH(const QString, text);

@@ -80,7 +80,7 @@ private slots:
         QCOMPARE(m_settings->value(settingskeys::kMouseShowCursor), QVariant(true));
     }
 
-    void savedFormatWithAPictureSwitchesTheScreenOn()
+    void savedFormatWithVideoSwitchesTheScreenOn()
     {
         auto* const screen = m_window->findChild<SCSwitchWidget*>("screenSwitch");
         const auto* const format = m_window->findChild<QComboBox*>("formatBox");
@@ -121,14 +121,14 @@ private slots:
         QCOMPARE(m_window->findChild<QLineEdit*>("saveLocationEdit")->text(), folder.path());
     }
 
-    void unknownStoredFormatIsLoggedAndToldAndStays_data()
+    void unknownStoredFormatIsLoggedAndReportedAndStays_data()
     {
         QTest::addColumn<QString>("key");
         QTest::newRow("recording") << QString(settingskeys::kRecordingFormat);
         QTest::newRow("screenshot") << QString(settingskeys::kScreenshotFormat);
     }
 
-    void unknownStoredFormatIsLoggedAndToldAndStays()
+    void unknownStoredFormatIsLoggedAndReportedAndStays()
     {
         QFETCH(const QString, key);
         m_settings->setValue(key, "MKV");

@@ -29,7 +29,7 @@ constexpr Durations kHasty{.clockTickMs = kNever,
                            .sessionEndDrainTimeoutMs = 60,
                            .confirmTimeoutMs = 60};
 
-/// An engine that does nothing but note what it is asked, and behave as it is told to.
+/// An engine that does nothing but note what it is asked, and behave as it is set to.
 class FakeRecorder : public RecorderPort
 {
 public:
@@ -240,7 +240,7 @@ private slots:
         QCOMPARE(statuses.at(0).at(0).toInt(), 1);
     }
 
-    void pauseStopsTheClockAndTellsTheMirrors()
+    void pauseStopsTheClockAndIsReported()
     {
         m_session->requestStart();
         m_calls.clear();
@@ -677,7 +677,7 @@ private slots:
         QCOMPARE(logged().last(), QStringLiteral("Error: The recording's end could not be written: disk full"));
     }
 
-    void engineThatNeverConfirmsTheEndIsGivenUp()
+    void engineThatNeverConfirmsTheEndIsNotWaitedForForever()
     {
         makeSession(kHasty);
         m_session->requestStart();

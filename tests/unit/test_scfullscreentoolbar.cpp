@@ -324,7 +324,7 @@ private slots:
         QVERIFY(bar.mask().isEmpty() || bar.mask().contains(bar.rect().center()));
     }
 
-    void toolTipsStayOutOfThePicture()
+    void toolTipsStayOutOfTheRecordedArea()
     {
         const auto visibleTip = []() -> QWidget* {
             for (QWidget* const window : QApplication::topLevelWidgets()) {
@@ -360,7 +360,7 @@ private slots:
         QVERIFY(bar.isVisible());
     }
 
-    void barThatStandsElsewhereComesBackUnderThePointer()
+    void barElsewhereFadesInUnderThePointer()
     {
         BriefToolbar bar;
         pointAway();
@@ -475,7 +475,7 @@ private slots:
         QVERIFY(bar.isVisible());
     }
 
-    void recordButtonTogglesAndTells()
+    void recordButtonTogglesAndReports()
     {
         BriefToolbar bar;
         const QSignalSpy toggled(&bar, &SCFullscreenToolbar::recordingToggled);
@@ -509,7 +509,7 @@ private slots:
         QCOMPARE(label(bar, "timerLabel")->text(), QStringLiteral("01:02:03"));
     }
 
-    void pauseButtonTellsAndShowsWhatTheOwnerSays()
+    void pauseButtonReportsAndShowsWhatTheOwnerSays()
     {
         BriefToolbar bar;
         bar.setRecording(true);
@@ -551,17 +551,17 @@ private slots:
     {
         BriefToolbar bar;
         showAtTop(bar);
-        const QImage picture = bar.grab().toImage();
+        const QImage image = bar.grab().toImage();
         bar.setAudioOnly(true);
         QVERIFY(label(bar, "audioOnlyLabel")->isVisible());
         QCoreApplication::sendPostedEvents();
         const QImage audio = bar.grab().toImage();
-        QVERIFY(audio != picture);
+        QVERIFY(audio != image);
         QCOMPARE(audio.pixelColor(100, 0).name(), QStringLiteral("#007acc"));
         bar.setAudioOnly(false);
         QVERIFY(!label(bar, "audioOnlyLabel")->isVisible());
         QCoreApplication::sendPostedEvents();
-        QCOMPARE(bar.grab().toImage(), picture);
+        QCOMPARE(bar.grab().toImage(), image);
     }
 
     void languageChangeChangesEveryText()

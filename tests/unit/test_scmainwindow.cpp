@@ -129,7 +129,7 @@ private slots:
         QVERIFY(messages.texts().contains(QStringLiteral("[INFO] Save location clicked")));
     }
 
-    void recordingWithoutAnEngineComesBackAndCanBeTriedAgain()
+    void recordingWithoutAnEngineRestoresTheWindowAndCanBeTriedAgain()
     {
         SCMainWindow window(Durations{.countdownStepMs = 40});
         window.show();

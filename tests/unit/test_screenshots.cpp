@@ -122,7 +122,7 @@ private slots:
         shownWindow<SCScreenshotWindow>()->cancelScreenshot();
     }
 
-    void selectionThatIsGivenUpBringsTheWindowBack()
+    void cancelledSelectionRestoresTheWindow()
     {
         clickTile("screenshotRegionTile");
         QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
@@ -204,7 +204,7 @@ private slots:
         QVERIFY(!m_window->isMinimized());
     }
 
-    void savedScreenshotIsToldAndEntered()
+    void savedScreenshotIsReportedAndEntered()
     {
         const messagebox::Recorder boxes;
         const QSignalSpy produced(m_window.get(), &SCMainWindow::fileProduced);
@@ -225,7 +225,7 @@ private slots:
         QVERIFY(m_window->findChild<QPushButton*>(QStringLiteral("screenshotFilter"))->isChecked());
     }
 
-    void screenshotThatCannotBeSavedIsTold()
+    void screenshotThatCannotBeSavedIsReported()
     {
         const messagebox::Recorder boxes;
         openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("nonsense"));
@@ -258,9 +258,9 @@ private slots:
         QRect shot;
         frame->setGrabber([&shot](QScreen&, const QRect& area) {
             shot = area;
-            QPixmap picture(20, 10);
-            picture.fill(Qt::green);
-            return picture;
+            QPixmap image(20, 10);
+            image.fill(Qt::green);
+            return image;
         });
         QTimer::singleShot(0, m_window.get(), [this, &tile] { clickTile(tile); });
         frame->saveScreenshot();
@@ -306,9 +306,9 @@ private:
     {
         auto* const frame = shownWindow<SCScreenshotWindow>();
         frame->setGrabber([](QScreen&, const QRect&) {
-            QPixmap picture(20, 10);
-            picture.fill(Qt::green);
-            return picture;
+            QPixmap image(20, 10);
+            image.fill(Qt::green);
+            return image;
         });
         frame->saveScreenshot();
     }

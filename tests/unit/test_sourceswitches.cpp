@@ -55,7 +55,7 @@ private slots:
         }
     }
 
-    void speakerTellsEngineMeterAndSettings()
+    void speakerSetsEngineMeterAndSettings()
     {
         auto& switches = make();
         switches.restore();
@@ -73,7 +73,7 @@ private slots:
         QCOMPARE(m_settings->value(settingskeys::kSpeakerSwitch).toBool(), true);
     }
 
-    void microphoneTellsEngineMeterAndSettings()
+    void microphoneSetsEngineMeterAndSettings()
     {
         make().restore();
         m_sources.calls.clear();
@@ -144,7 +144,7 @@ private slots:
         QCOMPARE(m_settings->value(settingskeys::kMouseSwitch).toBool(), true);
     }
 
-    void restoringTellsTheEngineEveryStateAndWritesNothing()
+    void restoringSetsTheEngineToEveryStateAndStoresNothing()
     {
         m_settings->setValue(settingskeys::kSpeakerSwitch, false);
         m_settings->setValue(settingskeys::kMicSwitch, true);

@@ -24,8 +24,8 @@ private slots:
         QTest::addColumn<bool>("topEdgeOnly");
         const QRect screen(0, 0, 1280, 720);
         const QPoint topCentre(500, 0);
-        QTest::newRow("sound only") << screen << QRect() << false << topCentre << false;
-        QTest::newRow("the system keeps it out of the picture") << screen << screen << true << topCentre << false;
+        QTest::newRow("audio only") << screen << QRect() << false << topCentre << false;
+        QTest::newRow("the system keeps it out of captures") << screen << screen << true << topCentre << false;
         QTest::newRow("the whole screen") << screen << screen << false << topCentre << true;
         QTest::newRow("region far below") << screen << QRect(300, 300, 600, 300) << false << topCentre << false;
         // 40 of the bar, 30 of the frame's bar, 4 of its border.
@@ -62,7 +62,7 @@ private slots:
         QCOMPARE(placement.topEdgeOnly, topEdgeOnly);
     }
 
-    void neitherThePictureNorItsFrameIsEverTouched()
+    void neitherTheRecordedAreaNorItsFrameIsEverTouched()
     {
         const QRect screen(640, 0, 1280, 720);
         int elsewhere = 0;

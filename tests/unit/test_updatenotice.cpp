@@ -127,7 +127,7 @@ private slots:
         QTRY_VERIFY(shownWindow<SCUpgradeWindow>() != nullptr);
     }
 
-    void silentChecksWindowWaitsForTheEndOfARecordingUnlessTheSystemKeepsItOutOfThePicture()
+    void silentChecksWindowWaitsForTheEndOfARecordingUnlessTheSystemExcludesItFromCaptures()
     {
         UpdateServer server;
         server.setAnswer(kNewer);
@@ -150,7 +150,7 @@ private slots:
         QVERIFY(!m_window->isMinimized());
     }
 
-    void userWhoHasAskedIsNotToldAgain()
+    void userWhoHasCheckedIsNotNotifiedAgain()
     {
         UpdateServer server;
         server.setAnswer(kNewer);
@@ -163,7 +163,7 @@ private slots:
         QCOMPARE(upgradeWindows(), 0);
     }
 
-    void userWhoseCheckFailedIsToldByTheSilentOne()
+    void userWhoseCheckFailedIsNotifiedByTheSilentOne()
     {
         UpdateServer server;
         server.setAnswers({{"500 Internal Server Error", "{}", {}, UpdateServer::Manner::Answer, true},

@@ -18,12 +18,12 @@
 
 namespace {
 
-SCCameraWindow* pictureWindow()
+SCCameraWindow* cameraWindow()
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget* const window : windows) {
-        if (auto* const picture = qobject_cast<SCCameraWindow*>(window))
-            return picture;
+        if (auto* const camera = qobject_cast<SCCameraWindow*>(window))
+            return camera;
     }
     return nullptr;
 }
@@ -53,7 +53,7 @@ private slots:
     {
         m_window.reset();
         QVERIFY(QThreadPool::globalInstance()->waitForDone());
-        QVERIFY(pictureWindow() == nullptr);
+        QVERIFY(cameraWindow() == nullptr);
         QCOMPARE(m_cameras->openCameras, 0);
     }
 
@@ -70,23 +70,23 @@ private slots:
         QCOMPARE(box.text, QStringLiteral("No camera device found!"));
         QCOMPARE(box.parent.data(), m_window.get());
         QVERIFY(!m_control->isChecked());
-        QVERIFY(pictureWindow() == nullptr);
+        QVERIFY(cameraWindow() == nullptr);
     }
 
     void pictureIsNotThereBeforeTheSwitchIsOn()
     {
         make();
-        QVERIFY(pictureWindow() == nullptr);
+        QVERIFY(cameraWindow() == nullptr);
         QCOMPARE(m_cameras->calls, QStringList());
     }
 
-    void switchShowsThePicture()
+    void switchShowsTheCameraWindow()
     {
         make();
         const messagebox::Recorder boxes;
         m_control->setChecked(true);
-        QVERIFY(pictureWindow()->isVisible());
-        QVERIFY(pictureWindow()->parentWidget() == nullptr);
+        QVERIFY(cameraWindow()->isVisible());
+        QVERIFY(cameraWindow()->parentWidget() == nullptr);
         QCoreApplication::processEvents();
         QVERIFY(m_cameras->isActive);
         QCOMPARE(boxes.calls().size(), std::size_t(0));
@@ -98,20 +98,20 @@ private slots:
         m_control->setChecked(true);
         QCoreApplication::processEvents();
         m_control->setChecked(false);
-        QVERIFY(pictureWindow()->isHidden());
+        QVERIFY(cameraWindow()->isHidden());
         QCOMPARE(m_cameras->openCameras, 0);
         lookForCameras();
         QCOMPARE(m_cameras->openCameras, 0);
     }
 
-    void switchShowsTheSamePictureAgain()
+    void switchShowsTheSameCameraWindowAgain()
     {
         make();
         m_control->setChecked(true);
-        const SCCameraWindow* const first = pictureWindow();
+        const SCCameraWindow* const first = cameraWindow();
         m_control->setChecked(false);
         m_control->setChecked(true);
-        QCOMPARE(pictureWindow(), first);
+        QCOMPARE(cameraWindow(), first);
         QVERIFY(first->isVisible());
         QVERIFY(m_cameras->isActive);
     }
@@ -121,9 +121,9 @@ private slots:
         make();
         m_control->setChecked(true);
         QCoreApplication::processEvents();
-        QVERIFY(pictureWindow()->close());
+        QVERIFY(cameraWindow()->close());
         QVERIFY(!m_control->isChecked());
-        QVERIFY(pictureWindow()->isHidden());
+        QVERIFY(cameraWindow()->isHidden());
         QCOMPARE(m_cameras->openCameras, 0);
     }
 
@@ -135,7 +135,7 @@ private slots:
         m_cameras->plugIn({});
         lookForCameras();
         QVERIFY(m_control->isChecked());
-        QVERIFY(pictureWindow()->isVisible());
+        QVERIFY(cameraWindow()->isVisible());
     }
 
     void webcamIsOffAfterEachStartWhateverIsStored()
@@ -143,7 +143,7 @@ private slots:
         openSettings()->setValue(settingskeys::kWebcamSwitch, true);
         SCMainWindow window(std::make_unique<ObsWrapper>(), m_cameras);
         QVERIFY(!window.findChild<SCSwitchWidget*>(QStringLiteral("webcamSwitch"))->isChecked());
-        QVERIFY(pictureWindow() == nullptr);
+        QVERIFY(cameraWindow() == nullptr);
         QVERIFY(openSettings()->value(settingskeys::kWebcamSwitch).toBool());
     }
 
@@ -151,22 +151,22 @@ private slots:
     {
         SCMainWindow window(std::make_unique<ObsWrapper>(), m_cameras);
         window.findChild<SCSwitchWidget*>(QStringLiteral("webcamSwitch"))->setChecked(true);
-        QVERIFY(pictureWindow()->isVisible());
+        QVERIFY(cameraWindow()->isVisible());
         QVERIFY(!openSettings()->value(settingskeys::kWebcamSwitch).toBool());
     }
 
-    void pictureStaysWhileTheMainWindowIsMinimised()
+    void cameraWindowStaysWhileTheMainWindowIsMinimised()
     {
         SCMainWindow window(std::make_unique<ObsWrapper>(), m_cameras);
         window.show();
         window.findChild<SCSwitchWidget*>(QStringLiteral("webcamSwitch"))->setChecked(true);
         window.showMinimized();
         QCoreApplication::processEvents();
-        QVERIFY(pictureWindow()->isVisible());
+        QVERIFY(cameraWindow()->isVisible());
         QVERIFY(m_cameras->isActive);
     }
 
-    void closingTheMainWindowTakesThePictureAlong()
+    void closingTheMainWindowClosesTheCameraWindow()
     {
         SCMainWindow window(std::make_unique<ObsWrapper>(), m_cameras);
         window.show();
@@ -174,16 +174,16 @@ private slots:
         control->setChecked(true);
         QCoreApplication::processEvents();
         QVERIFY(window.close());
-        QVERIFY(pictureWindow()->isHidden());
+        QVERIFY(cameraWindow()->isHidden());
         QVERIFY(!control->isChecked());
         QCOMPARE(m_cameras->openCameras, 0);
     }
 
 private:
-    /// What the picture's timer does in its time, with all that follows from it.
+    /// What the window's timer does in its time, with all that follows from it.
     static void lookForCameras()
     {
-        QVERIFY(QMetaObject::invokeMethod(pictureWindow()->findChild<QTimer*>(), "timeout"));
+        QVERIFY(QMetaObject::invokeMethod(cameraWindow()->findChild<QTimer*>(), "timeout"));
         QCoreApplication::processEvents();
     }
 
