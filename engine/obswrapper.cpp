@@ -149,6 +149,7 @@ bool ObsWrapper::initialize(int width, int height, int fps)
         m_microphoneTimer.start();
     // In good time for the first recording, which is never larger than this.
     measureEncoderDelay({QString(), evenSize(width), evenSize(height), fps, kTrialBitRate});
+    m_ready = true;
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include "engine/encoderdelay.h"
 #include "engine/enginetimings.h"
 #include "engine/obshandles.h"
+#include "engine/ports.h"
 #include "engine/recordingend.h"
 #include "engine/recordingformat.h"
 #include "engine/restingoutputs.h"
@@ -26,7 +27,7 @@
 /// Create it once and keep it for the life of the process; the engine itself is never shut down. Everything is called
 /// on the user-interface thread unless said otherwise; sizes are physical pixels. Failures are return values; nothing
 /// throws.
-class ObsWrapper : public QObject
+class ObsWrapper : public QObject, public RecorderPort, public SourcePort
 {
     Q_OBJECT
 
@@ -54,6 +55,8 @@ public:
     /// @return false when the engine cannot be used; the critical log says why. Modules that fail to load are logged
     /// only.
     bool initialize(int width, int height, int fps);
+    /// Whether initialize() has succeeded.
+    bool isReady() const override { return m_ready; }
 
     /// Gives the engine a new picture size. The captured picture is stretched over the whole output.
     ///
@@ -88,25 +91,25 @@ public:
     void refreshCaptureTargets(bool window);
 
     /// Whether the pointer is captured.
-    void setCaptureCursor(bool show);
+    void setCaptureCursor(bool show) override;
 
     /// Whether the pointer of a captured monitor gets a highlight and its clicks are marked, in the recorded picture
     /// only.
-    void setCursorEffects(bool show);
+    void setCursorEffects(bool show) override;
 
     /// Puts a device on its channel, or with enabled false takes it off: its levels then become zero, signalled once.
     /// Does nothing when the system has no list of such devices. A microphone that vanishes is silent until it comes
     /// back.
-    void setMicDevice(bool enabled, const QString& deviceId);
-    void setDesktopAudioDevice(bool enabled, const QString& deviceId);
+    void setMicDevice(bool enabled, const QString& deviceId) override;
+    void setDesktopAudioDevice(bool enabled, const QString& deviceId) override;
 
     /// Read the lists of devices; where there are none, the lists hold exactly "No Device" and "default".
-    void refreshMicDevices();
+    void refreshMicDevices() override;
     void refreshDesktopDevices();
 
     const QStringList& captureTargetNames() const { return m_captureTargetNames; }
     const QStringList& captureTargetValues() const { return m_captureTargetValues; }
-    const QStringList& micDeviceNames() const { return m_micDeviceNames; }
+    const QStringList& micDeviceNames() const override { return m_micDeviceNames; }
     const QStringList& micDeviceIds() const { return m_micDeviceIds; }
     const QStringList& desktopDeviceNames() const { return m_desktopDeviceNames; }
     const QStringList& desktopDeviceIds() const { return m_desktopDeviceIds; }
@@ -120,14 +123,14 @@ public:
     /// @param storePath target file without extension
     /// @param bitRate picture bit rate; the encoder is given 1024 times it
     /// @param format position in the list of formats; every other value records MP4
-    void setupFFmpeg(const QString& storePath, int srcWidth, int srcHeight, int fps, int bitRate, int format);
+    void setupFFmpeg(const QString& storePath, int srcWidth, int srcHeight, int fps, int bitRate, int format) override;
 
     /// Starts the prepared recording, after status 0.
     ///
     /// Not from a slot that status 2 calls directly: that returns -1 without a further signal. Connect it queued.
     ///
     /// @return 0 when the output started, though it may still end by itself with status 2; -1, after status 2, when not
-    int startRecording();
+    int startRecording() override;
 
     /// Stops the output, at once when force is set, and lets go of it. Returns 0 with the file closed; only one that
     /// ended by itself may still be closing its file. An output that is still opening its file is waited for, three
@@ -136,10 +139,10 @@ public:
     ///
     /// The output throws away what its encoder holds back. To keep the end of the picture, call requestRecordingEnd()
     /// first, and this when isRecordingEndReached().
-    int stopRecording(bool force);
+    int stopRecording(bool force) override;
 
     /// Whether a recording runs. May be called from any thread.
-    bool isRecording() const { return m_recording && m_endOwed; }
+    bool isRecording() const override { return m_recording && m_endOwed; }
 
     /// Pauses the running recording, or lets it go on. What happens during a pause is not in the file, which goes on
     /// seamlessly, sound and picture together. Either takes effect after one or two pictures; one that comes right
@@ -147,23 +150,23 @@ public:
     ///
     /// @return false, and nothing changed, when no recording runs, its file is still being opened, or the output cannot
     /// pause
-    bool pauseRecording(bool pause);
+    bool pauseRecording(bool pause) override;
     /// Whether a running recording is paused. May be called from any thread.
-    bool isRecordingPaused() const { return m_paused; }
+    bool isRecordingPaused() const override { return m_paused; }
     /// Whether the output that is set up can pause.
-    bool canPauseRecording() const;
+    bool canPauseRecording() const override;
 
     /// Takes the present moment as the end that the running recording shall have. Only the first call of a recording
     /// counts. A paused recording ends at the moment of its pause or a few pictures later: it goes on, so that what its
     /// encoder holds back comes out.
-    void requestRecordingEnd();
+    void requestRecordingEnd() override;
 
     /// Whether everything captured up to the requested end has been encoded, so that a stop loses nothing of it. True
     /// as well when nothing records; false before an end was requested and while the file is still being opened. Ask
     /// every few milliseconds: of picture and sound, the one that has got there stands still from then on, so that it
     /// runs no further into the file than it has to. Stop asking after kRecordingEndTimeoutMs, for pictures stop
     /// arriving when the engine stalls; in any case stopRecording() has to follow.
-    bool isRecordingEndReached();
+    bool isRecordingEndReached() override;
 
     static constexpr int kRecordingEndTimeoutMs = 10000;
 
@@ -179,6 +182,7 @@ public:
 
     /// Why the last recording ended. May be called from any thread; set before status 2 is signalled.
     RecordingEnd endReason() const;
+    QString endReasonText() const override;
 
     /// Channels that a meter shows: those of the device on its channel, 0 before initialize().
     int micMeterChannels() const;
@@ -283,6 +287,7 @@ private:
     const EngineTimings m_timings;
     /// The list that the capture targets were read from last.
     TargetList m_targets;
+    bool m_ready = false;
     RecordingFormat m_format = RecordingFormat::Mp4;
     FfmpegRequest m_request;
     /// What MP4's encoder was last put to the trial with.

@@ -520,3 +520,9 @@ RecordingEnd ObsWrapper::endReason() const
     const QMutexLocker locker(&m_endMutex);
     return m_recordingEnd;
 }
+
+QString ObsWrapper::endReasonText() const
+{
+    const RecordingEnd end = endReason();
+    return end.code == OBS_OUTPUT_SUCCESS && end.text.isEmpty() ? QString() : describe(end);
+}

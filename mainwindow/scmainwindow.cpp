@@ -42,8 +42,6 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<C
     , m_ui(std::make_unique<Ui::SCMainWindow>())
     , m_obs(std::move(engine))
     , m_settings(openSettings())
-    , m_sources(*m_obs)
-    , m_recorder(*m_obs)
 {
     m_ui->setupUi(this);
     makeFrame();
@@ -90,7 +88,6 @@ void SCMainWindow::initializeCapture()
     m_switches->restore();
     // Nothing is recorded yet.
     m_obs->setSceneRendered(false);
-    m_recorder.setReady(true);
 }
 
 void SCMainWindow::makeFrame()
@@ -120,7 +117,7 @@ void SCMainWindow::makeCapture(const Durations& durations)
 
 void SCMainWindow::makeRecording(const Durations& durations)
 {
-    m_view = std::make_unique<RecordingView>(*this, *m_ui, *m_capture, *m_region, *m_recordingOptions, m_recorder,
+    m_view = std::make_unique<RecordingView>(*this, *m_ui, *m_capture, *m_region, *m_recordingOptions, *m_obs,
                                              m_activity, durations);
     const RecordingSession* const session = &m_view->session();
     connect(m_obs.get(), &ObsWrapper::recordStatusChanged, session, &RecordingSession::onRecordStatusChanged);
@@ -134,7 +131,7 @@ void SCMainWindow::makeSources(std::shared_ptr<CameraSystem> cameras)
 {
     const SourceRows rows{*m_ui->speakerSwitch, *m_ui->speakerMeter, *m_ui->micSwitch, *m_ui->micMeter,
                           *m_ui->mouseSwitch};
-    m_switches = new SourceSwitches(rows, m_sources, *m_settings, this);
+    m_switches = new SourceSwitches(rows, *m_obs, *m_settings, this);
     m_webcam = new WebcamSwitch(*m_ui->webcamSwitch, std::move(cameras), this);
     new FocusRing(this,
                   {m_ui->screenSwitch, m_ui->mouseSwitch, m_ui->webcamSwitch, m_ui->speakerSwitch, m_ui->micSwitch});

@@ -3,7 +3,6 @@
 #include "app/settings.h"
 #include "engine/obswrapper.h"
 #include "engine/volumecontrol.h"
-#include "mainwindow/sourceport.h"
 #include "overlays/scswitchwidget.h"
 #include "widgets/messagebox.h"
 
@@ -29,6 +28,12 @@ void prepareMeter(VolumeControl& meter, int channels, int audioChannels)
     meter.setFillFromMinimum(true);
 }
 
+qsizetype microphoneCount(SourcePort& sources)
+{
+    sources.refreshMicDevices();
+    return sources.micDeviceNames().size();
+}
+
 } // namespace
 
 SourceSwitches::SourceSwitches(const SourceRows& rows, SourcePort& sources, QSettings& settings, QWidget* window)
@@ -47,8 +52,8 @@ void SourceSwitches::applyStored()
 
 void SourceSwitches::attachMeters(ObsWrapper& engine)
 {
-    m_sources.setSpeaker(true);
-    m_sources.setMicrophone(true);
+    m_sources.setDesktopAudioDevice(true, kDefaultAudioDevice);
+    m_sources.setMicDevice(true, kDefaultAudioDevice);
     connect(&engine, &ObsWrapper::playerVolumeDataChange, &m_rows.speakerMeter, &VolumeControl::setLevels);
     connect(&engine, &ObsWrapper::micVolumeDataChange, &m_rows.micMeter, &VolumeControl::setLevels);
     prepareMeter(m_rows.speakerMeter, engine.desktopMeterChannels(), engine.audioOutputChannels());
@@ -65,7 +70,7 @@ void SourceSwitches::restore()
     showWithoutAsking(m_rows.mouseSwitch, mouse);
     applySpeaker(speaker);
     applyMic(mic);
-    m_sources.setPointer(mouse);
+    m_sources.setCaptureCursor(mouse);
 }
 
 void SourceSwitches::onSpeakerSwitched(bool on)
@@ -76,7 +81,7 @@ void SourceSwitches::onSpeakerSwitched(bool on)
 
 void SourceSwitches::onMicSwitched(bool on)
 {
-    if (on && m_sources.microphoneCount() < kFewestMicrophones) {
+    if (on && microphoneCount(m_sources) < kFewestMicrophones) {
         messagebox::warning(&m_window, tr("Warning"), tr("No microphone device found!"));
         // A switch that is on without a device would promise audio that is not recorded.
         m_rows.micSwitch.setChecked(false);
@@ -88,7 +93,7 @@ void SourceSwitches::onMicSwitched(bool on)
 
 void SourceSwitches::onMouseSwitched(bool on)
 {
-    m_sources.setPointer(on);
+    m_sources.setCaptureCursor(on);
     if (on)
         m_settings.setValue(settingskeys::kMouseShowCursor, true);
     m_settings.setValue(settingskeys::kMouseShowHighlight, on);
@@ -97,14 +102,14 @@ void SourceSwitches::onMouseSwitched(bool on)
 
 void SourceSwitches::applySpeaker(bool on)
 {
-    m_sources.setSpeaker(on);
+    m_sources.setDesktopAudioDevice(on, kDefaultAudioDevice);
     m_rows.speakerMeter.resetLevels();
     m_rows.speakerMeter.setActive(on);
 }
 
 void SourceSwitches::applyMic(bool on)
 {
-    m_sources.setMicrophone(on);
+    m_sources.setMicDevice(on, kDefaultAudioDevice);
     m_rows.micMeter.resetLevels();
     m_rows.micMeter.setActive(on);
 }

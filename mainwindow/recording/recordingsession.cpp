@@ -1,8 +1,8 @@
 #include "mainwindow/recording/recordingsession.h"
 
 #include "app/sclogger.h"
+#include "engine/ports.h"
 #include "engine/recordingformat.h"
-#include "mainwindow/recorderport.h"
 #include "mainwindow/recording/recordingpath.h"
 
 #include <QThread>
@@ -242,7 +242,7 @@ void RecordingSession::onRecordStatusChanged(int status)
 
 void RecordingSession::logEndReason() const
 {
-    const QString reason = m_recorder.endReason();
+    const QString reason = m_recorder.endReasonText();
     if (m_stopRequested && reason.isEmpty())
         return;
     const QString text = m_starting        ? QStringLiteral("The recording could not start: %1")

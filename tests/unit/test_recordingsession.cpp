@@ -1,5 +1,5 @@
 #include "app/sclogger.h"
-#include "mainwindow/recorderport.h"
+#include "engine/ports.h"
 #include "mainwindow/recording/recordingsession.h"
 #include "mainwindow/recording/recordingstage.h"
 #include "tests/support/testrun.h"
@@ -76,8 +76,8 @@ public:
     bool canPauseRecording() const override { return pauseWorks; }
 
     void requestRecordingEnd() override { m_calls << QStringLiteral("end here"); }
-    bool isRecordingEndReached() const override { return pollsUntilDrained-- <= 0; }
-    QString endReason() const override { return error; }
+    bool isRecordingEndReached() override { return pollsUntilDrained-- <= 0; }
+    QString endReasonText() const override { return error; }
 
     /// The output ends for a reason of its own.
     void endByItself(const QString& reason)
@@ -93,7 +93,7 @@ public:
     bool startWorks = true;
     bool pauseWorks = true;
     bool paused = false;
-    mutable int pollsUntilDrained = 0;
+    int pollsUntilDrained = 0;
     QString path;
     QString error;
 

@@ -1,6 +1,6 @@
 #include "app/settings.h"
+#include "engine/ports.h"
 #include "engine/volumecontrol.h"
-#include "mainwindow/sourceport.h"
 #include "mainwindow/sourceswitches.h"
 #include "overlays/scswitchwidget.h"
 #include "tests/support/widgetimage.h"
@@ -19,13 +19,23 @@ namespace {
 class FakeSources : public SourcePort
 {
 public:
-    void setSpeaker(bool on) override { calls << QStringLiteral("speaker %1").arg(int(on)); }
-    void setMicrophone(bool on) override { calls << QStringLiteral("microphone %1").arg(int(on)); }
-    int microphoneCount() override { return microphones; }
-    void setPointer(bool on) override { calls << QStringLiteral("pointer %1").arg(int(on)); }
+    void setDesktopAudioDevice(bool enabled, const QString& deviceId) override { note("speaker", enabled, deviceId); }
+    void setMicDevice(bool enabled, const QString& deviceId) override { note("microphone", enabled, deviceId); }
+    void refreshMicDevices() override { names = QStringList(microphones, QStringLiteral("microphone")); }
+    const QStringList& micDeviceNames() const override { return names; }
+    void setCaptureCursor(bool show) override { calls << QStringLiteral("pointer %1").arg(int(show)); }
 
     QStringList calls;
     int microphones = 2;
+
+private:
+    void note(const char* device, bool enabled, const QString& deviceId)
+    {
+        QCOMPARE(deviceId, QStringLiteral("default"));
+        calls << QStringLiteral("%1 %2").arg(QLatin1String(device)).arg(int(enabled));
+    }
+
+    QStringList names;
 };
 
 using Levels = std::array<float, VolumeControl::kMaxChannels>;
