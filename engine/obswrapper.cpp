@@ -16,11 +16,7 @@
 
 namespace {
 
-/// The video is reset for a recording that starts right after it; a trial would take processor time from that.
-constexpr int kRepeatTrialMs = 500;
 constexpr uint32_t kSamplesPerSecond = 48000;
-/// Any: how long the encoder looks ahead does not depend on it.
-constexpr int kTrialBitRate = 4;
 constexpr char kConfigFolder[] = "/obs-cfg";
 
 void ignoreFader(void*, float) {}
@@ -95,15 +91,12 @@ ObsWrapper::ObsWrapper(CapturePlatform platform, const EngineTimings& timings)
     connect(&m_levelTimer, &QTimer::timeout, this, &ObsWrapper::onLevelTick);
     m_microphoneTimer.setInterval(m_timings.microphoneInterval);
     connect(&m_microphoneTimer, &QTimer::timeout, this, &ObsWrapper::followMicrophone);
-    m_repeatTrial.setInterval(kRepeatTrialMs);
-    connect(&m_repeatTrial, &QTimer::timeout, this, &ObsWrapper::repeatTrial);
 }
 
 ObsWrapper::~ObsWrapper()
 {
     // Nobody is left to be told.
     m_endOwed = false;
-    m_encoderDelay.cancel();
     waitUntilOutputRuns();
     if (isOutputStarting())
         m_restingOutputs.keepStarting(std::move(m_output), m_endedByItselfNs);
@@ -147,8 +140,6 @@ bool ObsWrapper::initialize(int width, int height, int fps)
     m_levelTimer.start();
     if (!m_platform.soundKeepsToItsDevices)
         m_microphoneTimer.start();
-    // In good time for the first recording, which is never larger than this.
-    measureEncoderDelay({QString(), evenSize(width), evenSize(height), fps, kTrialBitRate});
     m_ready = true;
     return true;
 }
@@ -264,10 +255,7 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
     // A recording that ended by itself may have left this behind; libobs counts it as activity.
     if (!isRecording())
         m_progress.disconnect();
-    const bool trialEnded = m_encoderDelay.cancel();
     const int result = obs_reset_video(&video);
-    if (trialEnded)
-        m_repeatTrial.start();
     if (result != OBS_VIDEO_SUCCESS)
         return result;
     packPictureRows();

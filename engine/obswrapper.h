@@ -3,7 +3,6 @@
 #include "engine/callbackgate.h"
 #include "engine/captureplatform.h"
 #include "engine/captureprogress.h"
-#include "engine/encoderdelay.h"
 #include "engine/enginetimings.h"
 #include "engine/obshandles.h"
 #include "engine/ports.h"
@@ -170,12 +169,8 @@ public:
 
     static constexpr int kRecordingEndTimeoutMs = 10000;
 
-    /// How many pictures have to follow a picture before the encoder of the last setupFFmpeg() has given that one out:
-    /// for MP4 measured on this computer in the background since initialize() or setupFFmpeg(), and until then a safe
-    /// upper bound (about two seconds' worth). The other formats' bound is two pictures at most.
-    int encoderDelayFrames() const;
-    /// Whether encoderDelayFrames() is measured.
-    bool isEncoderDelayMeasured() const;
+    /// How many frames have to follow a frame before the encoder of the last setupFFmpeg() has returned that one.
+    int encoderDelayFrames() const { return m_encoderDelayFrames; }
 
     /// Pictures that the present recording, or else the last one, has handed to its encoder.
     quint64 recordedFrames() const;
@@ -243,8 +238,6 @@ private:
     void followMicrophone();
     void emitLevels(MeterKind kind);
 
-    void measureEncoderDelay(const FfmpegRequest& request);
-    void repeatTrial();
     bool createTrackEncoders();
     void createMixEncoders();
     void endOutput(bool force);
@@ -289,12 +282,7 @@ private:
     TargetList m_targets;
     bool m_ready = false;
     RecordingFormat m_format = RecordingFormat::Mp4;
-    FfmpegRequest m_request;
-    /// What MP4's encoder was last put to the trial with.
-    FfmpegRequest m_trial;
-    EncoderDelay m_encoderDelay;
-    /// Runs after a trial was broken off, until it has been begun again.
-    QTimer m_repeatTrial;
+    int m_encoderDelayFrames = 0;
     CaptureProgress m_progress{m_timings.resumeLimit};
     quint64 m_recordedFrames = 0;
 

@@ -1,4 +1,5 @@
 #include "app/sclogger.h"
+#include "engine/encoderdelay.h"
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper_p.h"
 #include "engine/pictureform.h"
@@ -125,8 +126,9 @@ void ObsWrapper::setupFFmpeg(const QString& storePath, int srcWidth, int srcHeig
                                  << "] srcHeight:[" << srcHeight << "] fps:[" << fps << "] bitRate:[" << bitRate
                                  << "] format:[" << diagnosticFormatName(format) << "]";
     m_format = recordingFormatFromIndex(format);
-    m_request = {storePath, evenSize(srcWidth), evenSize(srcHeight), fps, bitRate};
-    const ObsDataHandle settings = buildFfmpegSettings(m_format, m_request);
+    const FfmpegRequest request{storePath, evenSize(srcWidth), evenSize(srcHeight), fps, bitRate};
+    m_encoderDelayFrames = encoderDelay(m_format, request.heightPx);
+    const ObsDataHandle settings = buildFfmpegSettings(m_format, request);
     qDebug().noquote() << QStringLiteral("Output file path (%1):").arg(recordingFormatName(m_format))
                        << recordingUrl(storePath, m_format);
     qDebug() << "Setting mixer and media...";
@@ -135,8 +137,6 @@ void ObsWrapper::setupFFmpeg(const QString& storePath, int srcWidth, int srcHeig
     obs_output_update(m_output.get(), settings.get());
     qDebug() << "FFmpeg setup completed";
     letPicturesFlow();
-    if (m_format == RecordingFormat::Mp4)
-        measureEncoderDelay(m_request);
 }
 
 void ObsWrapper::giveOutputTheLines()
@@ -144,21 +144,6 @@ void ObsWrapper::giveOutputTheLines()
     obs_output_set_media(m_output.get(), obs_get_video(), obs_get_audio());
     const video_scale_info form = pictureFormFor(m_format);
     obs_output_set_video_conversion(m_output.get(), &form);
-}
-
-void ObsWrapper::measureEncoderDelay(const FfmpegRequest& request)
-{
-    m_trial = request;
-    if (isVideoSetUp())
-        m_encoderDelay.measure(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()));
-}
-
-void ObsWrapper::repeatTrial()
-{
-    if (isRecording())
-        return;
-    m_repeatTrial.stop();
-    measureEncoderDelay(m_trial);
 }
 
 void ObsWrapper::giveEncodersTheSound()
@@ -483,9 +468,8 @@ bool ObsWrapper::isRecordingEndReached()
     // What passes while the file is still being opened does not reach the encoder.
     if (!m_progress.isMarked() || isOutputStarting())
         return false;
-    const int delay = encoderDelayFrames();
     // Pictures that passed while the file was still being opened have not reached the encoder.
-    const bool picture = m_progress.framesSinceMark() > delay && recordedFrames() > static_cast<quint64>(delay);
+    const bool picture = m_progress.framesSinceMark() > m_encoderDelayFrames && recordedFrames() > static_cast<quint64>(m_encoderDelayFrames);
     const bool sound = m_progress.soundSinceMarkNs() > kSoundDelayNs;
     if (picture)
         m_progress.holdPicture();
@@ -503,16 +487,6 @@ void ObsWrapper::setRecordingEnd(const RecordingEnd& end)
 {
     const QMutexLocker locker(&m_endMutex);
     m_recordingEnd = end;
-}
-
-int ObsWrapper::encoderDelayFrames() const
-{
-    return m_encoderDelay.frames(m_format, m_request);
-}
-
-bool ObsWrapper::isEncoderDelayMeasured() const
-{
-    return m_encoderDelay.isMeasured(m_format, m_request);
 }
 
 RecordingEnd ObsWrapper::endReason() const

@@ -219,9 +219,7 @@ void obs_post_load_modules(void)
 
 obs_output_t* obs_output_create(const char* id, const char* name, obs_data_t* settings, obs_data_t* hotkeys)
 {
-    // The trial of the encoder's delay has a thread of its own, and with it an order of its own.
-    if (qstrcmp(name, "encoder_delay_trial") != 0)
-        note("obs_output_create", QStringLiteral("%1 %2").arg(QLatin1String(id), QLatin1String(name)));
+    note("obs_output_create", QStringLiteral("%1 %2").arg(QLatin1String(id), QLatin1String(name)));
     const Inside inside;
     return fails("obs_output_create") ? nullptr : REAL(obs_output_create)(id, name, settings, hotkeys);
 }
@@ -349,8 +347,7 @@ void obs_encoder_release(obs_encoder_t* encoder)
 
 void obs_output_release(obs_output_t* output)
 {
-    if (qstrcmp(obs_output_get_name(output), "encoder_delay_trial") != 0)
-        note("obs_output_release", QLatin1String(obs_output_get_name(output)));
+    note("obs_output_release", QLatin1String(obs_output_get_name(output)));
     if (obs_output_active(output))
         ++notes().outputsReleasedWhileActive;
     const Inside inside;
@@ -374,8 +371,7 @@ void obs_source_release(obs_source_t* source)
 
 bool obs_output_start(obs_output_t* output)
 {
-    if (qstrcmp(obs_output_get_name(output), "encoder_delay_trial") != 0)
-        note("obs_output_start");
+    note("obs_output_start");
     return REAL(obs_output_start)(output);
 }
 

@@ -1,7 +1,9 @@
 #include "app/appidentity.h"
 #include "engine/capturetargets.h"
+#include "engine/encoderdelay.h"
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper.h"
+#include "tests/engine/encoderprobe.h"
 #include "tests/engine/obsspy.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testpattern.h"
@@ -22,8 +24,6 @@
 
 #include <obs.h>
 
-#include <atomic>
-#include <chrono>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -85,99 +85,38 @@ private slots:
         QVERIFY(m_picture.waitForFinished());
     }
 
-    void delayOfTheEncoderIsMeasuredInTheBackground()
+    void computedEncoderDelayIsAtMostTheMarginBelowTheMeasuredOne_data()
     {
-        // initTestCase() reset the video while the trial ran: it was begun again.
-        QTRY_VERIFY_WITH_TIMEOUT(m_engine->isEncoderDelayMeasured(), 30'000);
-        QVERIFY(m_engine->encoderDelayFrames() > 0);
-        QVERIFY(m_engine->encoderDelayFrames() < encoderDelayBound(RecordingFormat::Mp4));
-        // Neither the trial nor its end keeps the engine's video busy.
+        QTest::addColumn<QSize>("size");
+        for (const QSize& size : {QSize(64, 32), QSize(320, 240), QSize(640, 480), QSize(1280, 720)})
+            QTest::newRow(qPrintable(QString::number(size.height()))) << size;
+    }
+
+    void computedEncoderDelayIsAtMostTheMarginBelowTheMeasuredOne()
+    {
+        QFETCH(const QSize, size);
+        video_output_info video = *video_output_get_info(obs_get_video());
+        video.width = static_cast<uint32_t>(size.width());
+        video.height = static_cast<uint32_t>(size.height());
+        const std::optional<int> measured =
+            measuredEncoderDelay({QString(), size.width(), size.height(), kFps, kBitRate}, video);
+        if (!measured)
+            QSKIP("This libobs hands an output no video but its own");
+        const int computed = computedEncoderDelay(size.height(), QThread::idealThreadCount());
+        QVERIFY2(computed <= *measured && *measured <= computed + kEncoderDelayMargin,
+                 qPrintable(QStringLiteral("measured %1, computed %2").arg(*measured).arg(computed)));
+        QCOMPARE(encoderDelay(RecordingFormat::Mp4, size.height()), computed + kEncoderDelayMargin);
         QVERIFY(!obs_video_active());
     }
 
-    void delayThatIsComputedIsTheOneThatIsMeasured()
+    void computedEncoderDelayFollowsTheThreads()
     {
-        QCOMPARE(kProbeWriterLimit, std::chrono::milliseconds(15));
-        // Ample: a writer that is too slow to show the picture that came out has the next ones counted, too.
-        constexpr std::chrono::milliseconds kWriterLimit{100};
-        const FfmpegRequest request{QString(), m_screen.width(), m_screen.height(), kFps, kBitRate};
-        const std::atomic<bool> notCancelled{false};
-        const std::optional<int> measured = runEncoderTrial(
-            RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()), notCancelled, kWriterLimit);
-        const int computed = computedEncoderDelay(m_screen.height(), QThread::idealThreadCount());
-        QCOMPARE(measured, std::optional(computed));
-        // The one that a recording waits for: with the program's own limit it may be more, never less.
-        QTRY_VERIFY_WITH_TIMEOUT(m_engine->isEncoderDelayMeasured(), 30'000);
-        QVERIFY2(m_engine->encoderDelayFrames() >= computed,
-                 qPrintable(QString::number(m_engine->encoderDelayFrames())));
-        // A picture of two rows has one thread only; one of 1080 lines has no more than two rows need.
+        // A video of two rows of blocks has one thread only; one of 1080 lines has no more than two rows need.
         QCOMPARE(computedEncoderDelay(32, 64) - computedEncoderDelay(32, 1), 0);
         QCOMPARE(computedEncoderDelay(1080, 8) - computedEncoderDelay(1080, 2), 9);
         QCOMPARE(computedEncoderDelay(1080, 64) - computedEncoderDelay(1080, 2), 31);
-    }
-
-    void cancelledTrialFindsNothing()
-    {
-        EncoderDelay delay;
-        const FfmpegRequest request{QString(), m_screen.width(), m_screen.height(), kFps, kBitRate};
-        delay.measure(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()));
-        delay.cancel();
-        QVERIFY(!delay.isMeasured(RecordingFormat::Mp4, request));
-        QCOMPARE(delay.frames(RecordingFormat::Mp4, request), encoderDelayBound(RecordingFormat::Mp4));
-    }
-
-    void trialCanBeCancelledAtAnyMoment()
-    {
-        // Never with a picture inside the encoder, which goes with the trial: that would crash.
-        const FfmpegRequest request{QString(), m_screen.width(), m_screen.height(), kFps, kBitRate};
-        for (int round = 0; round < 10; ++round) {
-            EncoderDelay delay;
-            delay.measure(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()));
-            QTest::qWait(25 + 27 * round);
-            delay.cancel();
-        }
-    }
-
-    void trialLetsItsOutputEndBeforeItLetsGoOfIt()
-    {
-        const FfmpegRequest request{QString(), m_screen.width(), m_screen.height(), kFps, kBitRate};
-        const std::atomic<bool> notCancelled{false};
-        for (int round = 0; round < 3; ++round)
-            QVERIFY(
-                runEncoderTrial(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()), notCancelled));
-    }
-
-    void trialWhoseOutputCannotBeOpenedEnds()
-    {
-        // libx264 refuses an odd width of I420.
-        EncoderDelay delay;
-        const FfmpegRequest request{QString(), m_screen.width() - 1, m_screen.height(), kFps, kBitRate};
-        delay.measure(RecordingFormat::Mp4, request, *video_output_get_info(obs_get_video()));
-        // Else it would wait for the output for ever.
-        delay.cancel();
-        QVERIFY(!delay.isMeasured(RecordingFormat::Mp4, request));
-    }
-
-    void delayOfALargePictureHoldsForSmallerOnes()
-    {
-        EncoderDelay delay;
-        const FfmpegRequest large{QString(), 640, 480, kFps, kBitRate};
-        delay.measure(RecordingFormat::Mp4, large, *video_output_get_info(obs_get_video()));
-        // The probe does not make the engine's video active.
-        bool wasActive = false;
-        const auto isMeasured = [&] {
-            wasActive = wasActive || obs_video_active();
-            return delay.isMeasured(RecordingFormat::Mp4, large);
-        };
-        QVERIFY(QTest::qWaitFor(isMeasured, 30'000));
-        QVERIFY(!wasActive);
-        FfmpegRequest other = large;
-        other.widthPx = 320;
-        QCOMPARE(delay.frames(RecordingFormat::Mp4, other), delay.frames(RecordingFormat::Mp4, large));
-        other.widthPx = 800;
-        QVERIFY(!delay.isMeasured(RecordingFormat::Mp4, other));
-        QVERIFY(!delay.isMeasured(RecordingFormat::Avi, large));
-        QCOMPARE(delay.frames(RecordingFormat::Mp3, large), 0);
+        QCOMPARE(encoderDelay(RecordingFormat::Avi, 1080), 2);
+        QCOMPARE(encoderDelay(RecordingFormat::Mp3, 1080), 0);
     }
 
     void everythingReachesToTheRequestedEnd_data()
