@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QThread>
+#include "engine/waituntil.h"
 
 #include <atomic>
 
@@ -32,8 +32,7 @@ public:
     /// Blocks until no callback is inside.
     void waitUntilEmpty() const
     {
-        while (m_inside > 0)
-            QThread::msleep(1);
+        waitUntil([this] { return m_inside == 0; }, QDeadlineTimer(QDeadlineTimer::Forever));
     }
 
 private:

@@ -1,6 +1,7 @@
 #include "engine/captureprogress.h"
 
 #include "engine/pictureform.h"
+#include "engine/waituntil.h"
 
 #include <obs.h>
 #include <util/platform.h>
@@ -50,10 +51,7 @@ void CaptureProgress::disconnect()
 
 bool CaptureProgress::waitForPicture(int timeoutMs) const
 {
-    constexpr int kStepMs = 2;
-    for (int waitedMs = 0; !m_hasPicture && waitedMs < timeoutMs; waitedMs += kStepMs)
-        os_sleep_ms(kStepMs);
-    return m_hasPicture;
+    return waitUntil([this] { return m_hasPicture.load(); }, QDeadlineTimer(timeoutMs));
 }
 
 void CaptureProgress::mark(std::uint64_t momentNs)
@@ -122,6 +120,11 @@ void CaptureProgress::holdSound()
 {
     if (!m_soundIsHeld.exchange(true))
         m_soundGate.close();
+}
+
+bool CaptureProgress::isHeld()
+{
+    return m_pictureGate.waitUntilHeld(0) && m_soundGate.waitUntilHeld(0);
 }
 
 void CaptureProgress::releaseHolds()

@@ -64,12 +64,15 @@ public:
     void meetingIsOff() { m_resume.callOff(); }
 
     /// Whether both lines have passed the last moment of meetAt(). Waits for it.
-    bool waitUntilMet(int timeoutMs) { return m_resume.waitUntilOver(timeoutMs); }
+    bool waitUntilMet(std::chrono::milliseconds limit) { return m_resume.waitUntilOver(limit); }
 
     /// Lets the line wait until a StandStill has passed or disconnect(): its end has been reached, and what follows
     /// shall not get into the file while the other line is on its way.
     void holdPicture();
     void holdSound();
+
+    /// Whether both lines wait, so that the output is in no callback of theirs.
+    bool isHeld();
 
     /// Stands both lines still while it lives, so that the output is in no callback of theirs. The stock output frees
     /// its encoders inside its stop without waiting for the line that may be encoding with them at that moment.

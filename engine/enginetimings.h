@@ -22,8 +22,6 @@ struct EngineTimings
     std::chrono::milliseconds microphoneInterval{1'000};
     /// For the scene to be drawn when rendering it is switched on.
     std::chrono::milliseconds sceneDrawnLimit{500};
-    /// Opening a file and its encoders takes tens of milliseconds; an output that needs longer is not waited for.
-    std::chrono::milliseconds outputStartLimit{3'000};
     /// For video and audio to reach the end of a pause. A stream that takes longer does not move at all; the other one
     /// is not blocked for it.
     std::chrono::milliseconds resumeLimit{1'000};

@@ -97,7 +97,6 @@ ObsWrapper::~ObsWrapper()
 {
     // Nobody is left to be told.
     m_endOwed = false;
-    waitUntilOutputRuns();
     if (isOutputStarting())
         m_restingOutputs.keepStarting(std::move(m_output), m_endedByItselfNs);
     else if (m_output && m_recording)
@@ -105,11 +104,8 @@ ObsWrapper::~ObsWrapper()
     m_progress.disconnect();
     // The handler empties its own record: the record must not go while one is inside.
     m_stopHandlers.waitUntilEmpty();
-    // Then it goes in its turn, after its encoders.
-    if (m_output)
-        waitUntilOutputEnded(m_output.get());
-    if (hasEndedByItself() || (m_output && obs_output_active(m_output.get())))
-        letEndedOutputRest(std::move(m_output));
+    // Released in its turn, after its encoders.
+    letOutputRest(std::move(m_output));
 }
 
 ObsWrapper::ReleasedSources::~ReleasedSources()
@@ -250,7 +246,7 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
 
     if (!obs_initialized())
         qDebug() << "obs not initialized!";
-    if (m_restingOutputs.isAnyBusy())
+    if (m_restingOutputs.waitWhileEnding())
         return OBS_VIDEO_CURRENTLY_ACTIVE;
     // A recording that ended by itself may have left this behind; libobs counts it as activity.
     if (!isRecording())

@@ -3,6 +3,7 @@
 #include "engine/callbackgate.h"
 #include "engine/captureplatform.h"
 #include "engine/captureprogress.h"
+#include "engine/diskdrain.h"
 #include "engine/enginetimings.h"
 #include "engine/obshandles.h"
 #include "engine/ports.h"
@@ -132,12 +133,11 @@ public:
     int startRecording() override;
 
     /// Stops the output, at once when force is set, and lets go of it. Returns 0 with the file closed; only one that
-    /// ended by itself may still be closing its file. An output that is still opening its file is waited for, three
-    /// seconds at most (EngineTimings), and then cancelled: it is stopped when it has opened it, and endReason() says
-    /// so.
+    /// ended by itself may still be closing its file. An output that is still opening its file is cancelled: it is
+    /// stopped when it has opened it, and endReason() says so.
     ///
-    /// The output throws away what its encoder holds back. To keep the end of the picture, call requestRecordingEnd()
-    /// first, and this when isRecordingEndReached().
+    /// The output drops what its encoder buffers and what the disk has not taken. To keep the end, call
+    /// requestRecordingEnd() first, and this when isRecordingEndReached().
     int stopRecording(bool force) override;
 
     /// Whether a recording runs. May be called from any thread.
@@ -160,14 +160,12 @@ public:
     /// encoder holds back comes out.
     void requestRecordingEnd() override;
 
-    /// Whether everything captured up to the requested end has been encoded, so that a stop loses nothing of it. True
-    /// as well when nothing records; false before an end was requested and while the file is still being opened. Ask
-    /// every few milliseconds: of picture and sound, the one that has got there stands still from then on, so that it
-    /// runs no further into the file than it has to. Stop asking after kRecordingEndTimeoutMs, for pictures stop
-    /// arriving when the engine stalls; in any case stopRecording() has to follow.
+    /// Whether everything captured up to the requested end has been encoded and written, so that a stop loses nothing
+    /// of it. True as well when nothing records; false before an end was requested and while the file is still being
+    /// opened. Ask every few milliseconds: of video and audio, the one that has got there is blocked from then on, so
+    /// that it runs no further into the file than it has to. An engine that stalls never gets there; in any case
+    /// stopRecording() has to follow.
     bool isRecordingEndReached() override;
-
-    static constexpr int kRecordingEndTimeoutMs = 10000;
 
     /// How many frames have to follow a frame before the encoder of the last setupFFmpeg() has returned that one.
     int encoderDelayFrames() const { return m_encoderDelayFrames; }
@@ -249,7 +247,6 @@ private:
     void connectStopHandler();
     void dropStopHandler();
     void stopFollowing();
-    void waitUntilWritten(const obs_output_t* output) const;
     bool hasEndedByItself() const { return m_endedByItselfNs != 0; }
     void noteStop(calldata_t* stopSignal);
     void endRecording();
@@ -257,9 +254,7 @@ private:
     bool isOutputStarting() const;
     void waitUntilPauseHasBegun() const;
     bool tellOutputToPause(bool pause);
-    void waitUntilOutputRuns() const;
-    static void waitUntilOutputEnded(const obs_output_t* output);
-    void letEndedOutputRest(ObsOutputHandle output);
+    void letOutputRest(ObsOutputHandle output);
     void letStartingOutputRest(ObsOutputHandle output);
     static void onOutputStopped(void* wrapper, calldata_t* stopSignal);
     static void onOutputStoppedEarly(void* wrapper, calldata_t* stopSignal);
@@ -284,6 +279,7 @@ private:
     RecordingFormat m_format = RecordingFormat::Mp4;
     int m_encoderDelayFrames = 0;
     CaptureProgress m_progress{m_timings.resumeLimit};
+    DiskDrain m_diskDrain;
     quint64 m_recordedFrames = 0;
 
     // What the stop handlers use on libobs' threads outlasts their connections, which are among the handles below.

@@ -3,6 +3,7 @@
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper_p.h"
 #include "engine/pictureform.h"
+#include "engine/waituntil.h"
 
 #include <QDebug>
 #include <QMutexLocker>
@@ -12,6 +13,7 @@
 #include <utility>
 
 #include <algorithm>
+#include <chrono>
 
 namespace {
 
@@ -28,7 +30,7 @@ constexpr int kFirstPictureLimitMs = 1000;
 /// to fill, one that the encoder holds back.
 constexpr std::int64_t kSoundDelayNs = 192'000'000;
 /// The lines meet again a few tenths of a second after a pause, or give up after a second each.
-constexpr int kPauseLimitMs = 2000;
+constexpr std::chrono::milliseconds kPauseLimit{2000};
 /// Ample for a call of libobs that does nothing but note a moment.
 constexpr std::uint64_t kPauseCallNs = 5'000'000;
 
@@ -75,7 +77,8 @@ bool ObsWrapper::createOutputMode()
     qDebug() << "Creating ffmpeg_output...";
     if (m_output && m_recording)
         endOutput(false);
-    letEndedOutputRest(std::move(m_output));
+    letOutputRest(std::move(m_output));
+    m_restingOutputs.releaseDue();
     m_output.reset(isVideoSetUp() ? obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr)
                                   : nullptr);
     if (!m_output) {
@@ -173,6 +176,7 @@ int ObsWrapper::startRecording()
     m_endOwed = true;
     m_stoppedEarly = false;
     m_endedByItselfNs = 0;
+    m_diskDrain.reset();
     setRecordingEnd({});
     emit recordStatusChanged(kStatusStarting);
     qDebug() << "Starting recording...";
@@ -305,7 +309,6 @@ int ObsWrapper::stopRecording(bool force)
 
 void ObsWrapper::endOutput(bool force)
 {
-    waitUntilOutputRuns();
     const bool starting = isOutputStarting();
     // Whoever hears of the end inside this call and prepares the next recording must not take this output away.
     ObsOutputHandle output = std::move(m_output);
@@ -315,7 +318,8 @@ void ObsWrapper::endOutput(bool force)
     }
     stopOutput(output.get(), force);
     m_recordedFrames = static_cast<quint64>(obs_output_get_total_frames(output.get()));
-    letEndedOutputRest(std::move(output));
+    letOutputRest(std::move(output));
+    m_restingOutputs.releaseDue();
 }
 
 void ObsWrapper::letStartingOutputRest(ObsOutputHandle output)
@@ -333,43 +337,14 @@ void ObsWrapper::stopOutput(obs_output_t* output, bool force)
     if (hasEndedByItself())
         return;
     const CaptureProgress::StandStill still(m_progress);
-    if (force) {
-        obs_output_force_stop(output);
-        return;
-    }
-    waitUntilWritten(output);
     // A file that could not be written to its end has been given up, and the output is closing it on a thread of its
     // own: a stop would have this thread close it as well.
-    if (!hasEndedByItself())
+    if (hasEndedByItself())
+        return;
+    if (force)
+        obs_output_force_stop(output);
+    else
         obs_output_stop(output);
-}
-
-void ObsWrapper::waitUntilWritten(const obs_output_t* output) const
-{
-    // A stop throws away what the encoders have given out and the disk has not taken yet. The output counts a packet
-    // before it writes it, so a disk that is busy with one looks as quiet as one that has nothing left to do.
-    constexpr int kStepMs = 10;
-    constexpr int kQuietSteps = 12;
-    constexpr int kLimitMs = 5000;
-    // While the lines stand still nothing is given out. What is written later than this has piled up behind a disk that
-    // is slow, and may be busy with one packet for longer.
-    constexpr int kBacklogMs = 50;
-    constexpr int kQuietStepsOfSlowDisk = 50;
-    std::uint64_t bytes = obs_output_get_total_bytes(output);
-    int quiet = 0;
-    int quietSteps = kQuietSteps;
-    for (int waitedMs = 0; quiet < quietSteps && !hasEndedByItself(); waitedMs += kStepMs) {
-        if (waitedMs >= kLimitMs) {
-            SCLogger::warning(QStringLiteral("The disk is slow, the recording ends without what it has not taken yet"));
-            return;
-        }
-        QThread::msleep(kStepMs);
-        const std::uint64_t now = obs_output_get_total_bytes(output);
-        if (now != bytes && waitedMs >= kBacklogMs)
-            quietSteps = kQuietStepsOfSlowDisk;
-        quiet = now == bytes ? quiet + 1 : 0;
-        bytes = now;
-    }
 }
 
 bool ObsWrapper::isOutputStarting() const
@@ -377,34 +352,13 @@ bool ObsWrapper::isOutputStarting() const
     return m_output && m_recording && !hasEndedByItself() && !obs_output_active(m_output.get());
 }
 
-void ObsWrapper::waitUntilOutputRuns() const
-{
-    // libobs ignores a stop that comes while the output opens its file, and cannot cope with its release then.
-    constexpr int kStepMs = 5;
-    for (int waitedMs = 0; isOutputStarting() && waitedMs < m_timings.outputStartLimit.count(); waitedMs += kStepMs)
-        QThread::msleep(kStepMs);
-}
-
-void ObsWrapper::waitUntilOutputEnded(const obs_output_t* output)
-{
-    // libobs ends an output on a thread of its own, after the stop has returned. An output that is let go of before is
-    // stopped a second time, and whoever lets go of it may wait for ever for an end that has passed.
-    constexpr int kLimitMs = 3000;
-    for (int waitedMs = 0; obs_output_active(output) && waitedMs < kLimitMs; ++waitedMs)
-        QThread::msleep(1);
-}
-
-void ObsWrapper::letEndedOutputRest(ObsOutputHandle output)
+void ObsWrapper::letOutputRest(ObsOutputHandle output)
 {
     const std::uint64_t endedNs = m_endedByItselfNs.exchange(0);
-    if (!output)
-        return;
-    // Also one that ended by itself: what comes next may be a reset of the line that its end is still leaving.
-    waitUntilOutputEnded(output.get());
-    if (endedNs != 0)
-        m_restingOutputs.keep(std::move(output), endedNs);
-    else if (obs_output_active(output.get()))
-        m_restingOutputs.keep(std::move(output), os_gettime_ns());
+    if (output && endedNs != 0)
+        m_restingOutputs.keepEnded(std::move(output), endedNs);
+    else if (output)
+        m_restingOutputs.keep(std::move(output));
 }
 
 bool ObsWrapper::canPauseRecording() const
@@ -419,7 +373,7 @@ bool ObsWrapper::pauseRecording(bool pause)
         return false;
     if (pause == m_paused)
         return true;
-    m_progress.waitUntilMet(kPauseLimitMs);
+    m_progress.waitUntilMet(kPauseLimit);
     if (!pause)
         waitUntilPauseHasBegun();
     return tellOutputToPause(pause);
@@ -429,8 +383,7 @@ bool ObsWrapper::pauseRecording(bool pause)
 void ObsWrapper::waitUntilPauseHasBegun() const
 {
     const std::uint64_t beatNs = video_output_get_frame_time(obs_get_video());
-    while (m_progress.pauseTakesEffectNs(os_gettime_ns()) <= m_pauseEffectNs + beatNs)
-        QThread::msleep(1);
+    waitUntil([&] { return m_progress.pauseTakesEffectNs(os_gettime_ns()) > m_pauseEffectNs + beatNs; }, kPauseLimit);
 }
 
 bool ObsWrapper::tellOutputToPause(bool pause)
@@ -439,8 +392,7 @@ bool ObsWrapper::tellOutputToPause(bool pause)
         return m_progress.pauseTakesEffectNs(os_gettime_ns() + delayNs);
     };
     // Not just before the line's next beat: the moment would be another one when libobs looks at the clock.
-    while (effectAfterNs(kPauseCallNs) != effectAfterNs(0))
-        QThread::msleep(1);
+    waitUntil([&] { return effectAfterNs(kPauseCallNs) == effectAfterNs(0); }, kPauseLimit);
     m_pauseEffectNs = effectAfterNs(0);
     // The lines must not get there before they know.
     if (!pause)
@@ -471,11 +423,13 @@ bool ObsWrapper::isRecordingEndReached()
     // Pictures that passed while the file was still being opened have not reached the encoder.
     const bool picture = m_progress.framesSinceMark() > m_encoderDelayFrames && recordedFrames() > static_cast<quint64>(m_encoderDelayFrames);
     const bool sound = m_progress.soundSinceMarkNs() > kSoundDelayNs;
-    if (picture)
+    const bool isEncoded = (picture || !hasVideo(m_format)) && (sound || m_format == RecordingFormat::Gif);
+    if (picture || isEncoded)
         m_progress.holdPicture();
-    if (sound)
+    if (sound || isEncoded)
         m_progress.holdSound();
-    return (picture || !hasVideo(m_format)) && (sound || m_format == RecordingFormat::Gif);
+    return isEncoded && m_progress.isHeld() &&
+           m_diskDrain.isOver(obs_output_get_total_bytes(m_output.get()), os_gettime_ns());
 }
 
 quint64 ObsWrapper::recordedFrames() const

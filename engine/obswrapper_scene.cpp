@@ -2,12 +2,11 @@
 #include "engine/capturetargets.h"
 #include "engine/obswrapper_p.h"
 #include "engine/pointereffects.h"
+#include "engine/waituntil.h"
 
-#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QRect>
 #include <QScreen>
-#include <QThread>
 
 namespace {
 
@@ -163,14 +162,10 @@ bool ObsWrapper::isSceneRendered() const
 
 void ObsWrapper::waitUntilSceneIsDrawn() const
 {
-    QElapsedTimer timer;
-    timer.start();
-    const auto isInTime = [this, &timer] { return !timer.hasExpired(m_timings.sceneDrawnLimit.count()); };
-    while (m_videoCapture && obs_source_get_width(m_videoCapture.get()) == 0 && isInTime())
-        QThread::msleep(1);
+    const QDeadlineTimer deadline(m_timings.sceneDrawnLimit);
+    waitUntil([this] { return !m_videoCapture || obs_source_get_width(m_videoCapture.get()) != 0; }, deadline);
     const std::int64_t before = renderedPictures();
-    while (renderedPictures() - before < m_platform.picturesUntilDrawn && isInTime())
-        QThread::msleep(1);
+    waitUntil([&] { return renderedPictures() - before >= m_platform.picturesUntilDrawn; }, deadline);
 }
 
 bool ObsWrapper::createTransition()

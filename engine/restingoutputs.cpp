@@ -1,28 +1,26 @@
 #include "engine/restingoutputs.h"
 
 #include "app/sclogger.h"
-
-#include <QThread>
+#include "engine/waituntil.h"
 
 #include <util/platform.h>
 #include <utility>
 
 #include <algorithm>
+#include <thread>
 
 namespace {
 
 constexpr char kStopSignal[] = "stop";
 constexpr int kLookIntervalMs = 10;
-
-std::uint64_t inNs(std::chrono::nanoseconds time)
-{
-    return static_cast<std::uint64_t>(time.count());
-}
+/// libobs ends an output within milliseconds.
+constexpr std::chrono::seconds kEndLimit{3};
 
 } // namespace
 
-RestingOutputs::Resting::Resting(ObsOutputHandle taken, std::uint64_t ended, CaptureProgress& used)
-    : output(std::move(taken)), endedNs(ended), lines(used)
+RestingOutputs::Resting::Resting(ObsOutputHandle taken, std::uint64_t ended, std::chrono::nanoseconds rest,
+                                 CaptureProgress& used)
+    : output(std::move(taken)), endedNs(ended), delay(rest), lines(used)
 {}
 
 bool RestingOutputs::Resting::isBusy() const
@@ -30,13 +28,16 @@ bool RestingOutputs::Resting::isBusy() const
     return endedNs == 0 || obs_output_active(output.get());
 }
 
-bool RestingOutputs::Resting::isReleaseDue(std::chrono::nanoseconds delay) const
+bool RestingOutputs::Resting::isEnding() const
 {
-    if (isBusy())
-        return false;
+    return endedNs != 0 && obs_output_active(output.get());
+}
+
+std::chrono::nanoseconds RestingOutputs::Resting::remaining(std::chrono::nanoseconds limit) const
+{
     // First the end, which may be noted on another thread at this moment.
     const std::uint64_t ended = endedNs;
-    return os_gettime_ns() - ended >= inNs(delay);
+    return std::min(delay, limit) - std::chrono::nanoseconds(os_gettime_ns() - ended);
 }
 
 RestingOutputs::RestingOutputs(CaptureProgress& lines, const DeferredRelease& times) : m_lines(lines), m_times(times)
@@ -47,7 +48,11 @@ RestingOutputs::RestingOutputs(CaptureProgress& lines, const DeferredRelease& ti
 
 RestingOutputs::~RestingOutputs()
 {
-    waitUntilNoneIsBusy();
+    const auto isIdle = [this] {
+        stopWhatRuns();
+        return !isAnyBusy();
+    };
+    waitUntil(isIdle, m_times.busyLimit);
     for (Resting& resting : m_resting) {
         resting.stopSignal.reset();
         if (resting.isBusy()) {
@@ -57,34 +62,48 @@ RestingOutputs::~RestingOutputs()
                                   .arg(QLatin1String(obs_output_get_name(lost))));
             continue;
         }
-        const std::uint64_t restedNs = os_gettime_ns() - resting.endedNs;
-        const std::uint64_t shortestNs = inNs(m_times.shortestDelay);
-        if (restedNs < shortestNs)
-            QThread::usleep(static_cast<unsigned long>((shortestNs - restedNs) / 1000));
+        std::this_thread::sleep_for(resting.remaining(m_times.shortestDelay));
     }
 }
 
-void RestingOutputs::keep(ObsOutputHandle output, std::uint64_t endedNs)
+void RestingOutputs::keep(ObsOutputHandle output)
 {
-    m_resting.emplace_back(std::move(output), endedNs, m_lines);
-    m_timer.start();
+    add(std::move(output), os_gettime_ns(), std::chrono::nanoseconds(0));
+}
+
+void RestingOutputs::keepEnded(ObsOutputHandle output, std::uint64_t endedNs)
+{
+    add(std::move(output), endedNs, m_times.delay);
 }
 
 void RestingOutputs::keepStarting(ObsOutputHandle output, const std::atomic<std::uint64_t>& endedNs)
 {
-    Resting& resting = m_resting.emplace_back(std::move(output), std::uint64_t{0}, m_lines);
+    Resting& resting = add(std::move(output), 0, m_times.delay);
     resting.stopSignal = ObsSignalConnection(obs_output_get_signal_handler(resting.output.get()), kStopSignal,
                                              &RestingOutputs::onStopped, &resting);
     // It may have ended before it was followed.
     const std::uint64_t ended = endedNs;
     if (ended != 0)
         resting.endedNs = ended;
+}
+
+RestingOutputs::Resting& RestingOutputs::add(ObsOutputHandle output, std::uint64_t endedNs,
+                                             std::chrono::nanoseconds delay)
+{
     m_timer.start();
+    return m_resting.emplace_back(std::move(output), endedNs, delay, m_lines);
 }
 
 bool RestingOutputs::isAnyBusy() const
 {
     return std::any_of(m_resting.begin(), m_resting.end(), [](const Resting& resting) { return resting.isBusy(); });
+}
+
+bool RestingOutputs::waitWhileEnding() const
+{
+    const auto hasEnded = [](const Resting& resting) { return !resting.isEnding(); };
+    waitUntil([&] { return std::all_of(m_resting.begin(), m_resting.end(), hasEnded); }, kEndLimit);
+    return isAnyBusy();
 }
 
 void RestingOutputs::onStopped(void* resting, calldata_t*)
@@ -100,7 +119,14 @@ void RestingOutputs::onStopped(void* resting, calldata_t*)
 void RestingOutputs::look()
 {
     stopWhatRuns();
-    std::erase_if(m_resting, [this](const Resting& resting) { return resting.isReleaseDue(m_times.delay); });
+    releaseDue();
+}
+
+void RestingOutputs::releaseDue()
+{
+    std::erase_if(m_resting, [](const Resting& resting) {
+        return !resting.isBusy() && resting.remaining(resting.delay) <= std::chrono::nanoseconds(0);
+    });
     if (m_resting.empty())
         m_timer.stop();
 }
@@ -128,13 +154,4 @@ void RestingOutputs::stop(Resting& resting)
     }
     if (!wasConnected)
         m_lines.disconnect();
-}
-
-void RestingOutputs::waitUntilNoneIsBusy()
-{
-    constexpr int kStepMs = 10;
-    for (int waitedMs = 0; waitedMs < m_times.busyLimit.count() && isAnyBusy(); waitedMs += kStepMs) {
-        stopWhatRuns();
-        QThread::msleep(kStepMs);
-    }
 }

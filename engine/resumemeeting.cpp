@@ -51,8 +51,8 @@ void ResumeMeeting::callOff()
     m_changed.notify_all();
 }
 
-bool ResumeMeeting::waitUntilOver(int timeoutMs)
+bool ResumeMeeting::waitUntilOver(std::chrono::milliseconds limit)
 {
     std::unique_lock lock(m_mutex);
-    return m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return m_momentNs == kNone; });
+    return m_changed.wait_for(lock, limit, [this] { return m_momentNs == kNone; });
 }

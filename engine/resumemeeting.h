@@ -35,7 +35,7 @@ public:
     /// Waits until both lines have passed the moment, or the meeting was called off. At once when there is none.
     ///
     /// @return false when it did not happen within the time
-    bool waitUntilOver(int timeoutMs);
+    bool waitUntilOver(std::chrono::milliseconds limit);
 
 private:
     static constexpr std::uint64_t kNone = 0;

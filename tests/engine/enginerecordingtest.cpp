@@ -29,7 +29,6 @@ void PassingPictures::onFrame(void* passed, video_data*)
 EngineTimings EngineRecordingTest::quickTimings()
 {
     EngineTimings timings;
-    timings.outputStartLimit = std::chrono::milliseconds(50);
     // No stand-in closes a file after its end.
     timings.release.shortestDelay = std::chrono::milliseconds(1);
     return timings;

@@ -49,6 +49,9 @@ protected:
     /// Signals that the output has stopped, the way a plug-in does.
     static void signalStop(obs_output_t* output, int code);
 
+    /// For the end of a recording, however long the encoder buffers.
+    static constexpr int kEndTimeoutMs = 10'000;
+
     std::unique_ptr<ObsWrapper> m_wrapper;
     std::unique_ptr<QSignalSpy> m_status;
 

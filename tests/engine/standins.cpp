@@ -195,9 +195,6 @@ void registerTransition(const char* id, const char* (*name)(void*), bool configu
 
 void* createOutput(obs_data_t* settings, obs_output_t* output)
 {
-    // The trial of the encoder's delay is no recording.
-    if (qstrcmp(obs_output_get_name(output), "adv_ffmpeg_output") != 0)
-        return nullptr;
     note(QStringLiteral("create output"));
     const QMutexLocker locker(&record().mutex);
     record().output = output;
@@ -208,8 +205,6 @@ void* createOutput(obs_data_t* settings, obs_output_t* output)
 
 void destroyOutput(void* data)
 {
-    if (!data)
-        return;
     note(QStringLiteral("destroy output"));
     const QMutexLocker locker(&record().mutex);
     if (record().output == data)

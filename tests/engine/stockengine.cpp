@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int kStartTimeoutMs = 10'000;
+constexpr int kEndTimeoutMs = 10'000;
 const auto kDefaultDevice = QStringLiteral("default");
 
 } // namespace
@@ -81,7 +82,7 @@ QString StockEngine::end()
 {
     m_engine->requestRecordingEnd();
     const bool reached =
-        QTest::qWaitFor([this] { return m_engine->isRecordingEndReached(); }, ObsWrapper::kRecordingEndTimeoutMs);
+        QTest::qWaitFor([this] { return m_engine->isRecordingEndReached(); }, kEndTimeoutMs);
     m_engine->stopRecording(false);
     return reached ? QString() : QStringLiteral("the end is not reached");
 }

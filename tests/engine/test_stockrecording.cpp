@@ -32,6 +32,7 @@ namespace {
 
 constexpr int kFps = 30;
 constexpr int kBitRate = 4;
+constexpr int kEndTimeoutMs = 10'000;
 
 /// Numbers a second that the desktop shows: one for every recorded picture, so that each one that is lost is missed.
 constexpr int kPictureRate = kFps;
@@ -182,7 +183,7 @@ private slots:
             QCOMPARE(m_engine->stopRecording(false), 0);
             QTRY_COMPARE(status.size(), 2);
             QCOMPARE(status.last().first().toInt(), ObsWrapper::kStatusEnded);
-            QVERIFY(QFileInfo(path + QLatin1String(".avi")).size() > 0);
+            QTRY_VERIFY(QFileInfo(path + QLatin1String(".avi")).size() > 0);
         }
     }
 
@@ -253,7 +254,7 @@ private:
         const int64_t end = monotonicNow();
         m_lastNumber = numberOnScreen().value_or(std::numeric_limits<uint32_t>::max());
         m_engine->requestRecordingEnd();
-        if (!QTest::qWaitFor([this] { return m_engine->isRecordingEndReached(); }, ObsWrapper::kRecordingEndTimeoutMs))
+        if (!QTest::qWaitFor([this] { return m_engine->isRecordingEndReached(); }, kEndTimeoutMs))
             qWarning() << "the end was not reached in time";
         m_engine->stopRecording(false);
         return end;

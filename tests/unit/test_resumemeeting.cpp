@@ -15,6 +15,7 @@ namespace {
 constexpr std::uint64_t kMoment = 1000;
 /// A line that waits for so long waits for ever.
 constexpr std::chrono::hours kForEver{1};
+constexpr std::chrono::milliseconds kNow{0};
 
 /// A line's call, on a thread of its own.
 class Call
@@ -62,7 +63,7 @@ private slots:
         ResumeMeeting meeting(kForEver);
         meeting.pictureArrives(kMoment);
         meeting.soundHasPassed(980, kMoment);
-        QVERIFY(meeting.waitUntilOver(0));
+        QVERIFY(meeting.waitUntilOver(kNow));
     }
 
     void nobodyWaitsBeforeTheMoment()
@@ -71,7 +72,7 @@ private slots:
         meeting.appoint(kMoment);
         meeting.pictureArrives(970);
         meeting.soundHasPassed(940, 960);
-        QVERIFY(!meeting.waitUntilOver(0));
+        QVERIFY(!meeting.waitUntilOver(kNow));
     }
 
     void earlyPictureWaitsForTheSound()
@@ -85,7 +86,7 @@ private slots:
         // The block in which the moment lies.
         meeting.soundHasPassed(990, 1010);
         QTRY_VERIFY(picture.hasReturned());
-        QVERIFY(meeting.waitUntilOver(0));
+        QVERIFY(meeting.waitUntilOver(kNow));
     }
 
     void earlySoundWaitsForThePictureBeforeTheBlockWithTheMoment()
@@ -101,7 +102,7 @@ private slots:
         QVERIFY(sound.waits());
         meeting.pictureArrives(kMoment);
         QTRY_VERIFY(sound.hasReturned());
-        QVERIFY(meeting.waitUntilOver(0));
+        QVERIFY(meeting.waitUntilOver(kNow));
     }
 
     void soundThatEndsAtTheMomentHasPassedIt()
@@ -110,7 +111,7 @@ private slots:
         meeting.appoint(kMoment);
         meeting.soundHasPassed(980, kMoment);
         meeting.pictureArrives(kMoment);
-        QVERIFY(meeting.waitUntilOver(0));
+        QVERIFY(meeting.waitUntilOver(kNow));
     }
 
     void nobodyWaitsAfterwards()
@@ -121,7 +122,7 @@ private slots:
         meeting.pictureArrives(kMoment);
         meeting.pictureArrives(1030);
         meeting.soundHasPassed(1010, 1030);
-        QVERIFY(meeting.waitUntilOver(0));
+        QVERIFY(meeting.waitUntilOver(kNow));
     }
 
     void newMeetingHoldsNobodyWhoWaitsForTheOneCalledOff()
@@ -136,7 +137,7 @@ private slots:
             meeting.callOff();
             meeting.appoint(kLater);
             QTRY_VERIFY(picture.hasReturned());
-            QVERIFY(!meeting.waitUntilOver(0));
+            QVERIFY(!meeting.waitUntilOver(kNow));
         }
     }
 
@@ -148,7 +149,7 @@ private slots:
         QVERIFY(picture.waits());
         meeting.callOff();
         QTRY_VERIFY(picture.hasReturned());
-        QVERIFY(meeting.waitUntilOver(0));
+        QVERIFY(meeting.waitUntilOver(kNow));
     }
 
     void lineThatNeverComesHoldsTheOtherForTheLimit()
@@ -160,7 +161,7 @@ private slots:
         timer.start();
         meeting.pictureArrives(kMoment);
         QVERIFY2(timer.elapsed() >= kLimit.count(), qPrintable(QString::number(timer.elapsed())));
-        QVERIFY(meeting.waitUntilOver(0));
+        QVERIFY(meeting.waitUntilOver(kNow));
     }
 
     void limitIsASecond() { QCOMPARE(EngineTimings().resumeLimit, std::chrono::seconds(1)); }
@@ -175,7 +176,7 @@ private slots:
             meeting.soundHasPassed(990, 1010);
             meeting.pictureArrives(kMoment);
         });
-        QVERIFY(meeting.waitUntilOver(10'000));
+        QVERIFY(meeting.waitUntilOver(kForEver));
     }
 };
 

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QDeadlineTimer>
+#include <QThread>
+
+/// Blocks the thread until the condition holds, at most until the deadline; looks every millisecond. For what takes
+/// milliseconds and nobody signals. The deadline is a duration, or one moment that several waits share.
+///
+/// @return whether the condition holds
+template <typename Condition>
+bool waitUntil(Condition condition, QDeadlineTimer deadline)
+{
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QThread::msleep(1);
+    }
+    return true;
+}
