@@ -35,30 +35,27 @@ using ObsDisplayHandle = obshandles::Handle<obs_display_t, obs_display_destroy>;
 using ObsFaderHandle = obshandles::Handle<obs_fader_t, obs_fader_destroy>;
 using ObsVolmeterHandle = obshandles::Handle<obs_volmeter_t, obs_volmeter_destroy>;
 using ObsPropertiesHandle = obshandles::Handle<obs_properties_t, obs_properties_destroy>;
-using ObsVideoLineHandle = obshandles::Handle<video_t, video_output_close>;
 
-/// One connection to a signal of libobs, cut when the object goes or is reset.
-///
-/// The connection holds a reference on the signal handler, so cutting it is safe after the object that sends the signal
-/// has gone. Cutting waits for a callback that is running on another thread; never cut while holding a lock that the
-/// callback takes.
-class ObsSignalConnection
+/// Cuts a connection to a signal of libobs.
+struct ObsSignalDisconnect
 {
-public:
-    ObsSignalConnection() = default;
-    ObsSignalConnection(signal_handler_t* handler, const char* signal, signal_callback_t callback, void* data);
-    ObsSignalConnection(ObsSignalConnection&& other) noexcept;
-    ObsSignalConnection& operator=(ObsSignalConnection&& other) noexcept;
-    ObsSignalConnection(const ObsSignalConnection&) = delete;
-    ObsSignalConnection& operator=(const ObsSignalConnection&) = delete;
-    ~ObsSignalConnection();
+    const char* signal = nullptr;
+    signal_callback_t callback = nullptr;
+    void* data = nullptr;
 
-    /// Disconnects, if connected, and empties the record.
-    void reset();
-
-private:
-    signal_handler_t* m_handler = nullptr;
-    const char* m_signal = nullptr;
-    signal_callback_t m_callback = nullptr;
-    void* m_data = nullptr;
+    void operator()(signal_handler_t* handler) const { signal_handler_disconnect(handler, signal, callback, data); }
 };
+
+/// One connection to a signal of libobs.
+///
+/// It holds a reference on the signal handler, so cutting it is safe after the object that sends the signal has gone.
+/// Cutting waits for a callback that is running on another thread; never cut while holding a lock that the callback
+/// takes.
+using ObsSignalConnection = std::unique_ptr<signal_handler_t, ObsSignalDisconnect>;
+
+inline ObsSignalConnection connectSignal(signal_handler_t* handler, const char* signal, signal_callback_t callback,
+                                         void* data)
+{
+    signal_handler_connect_ref(handler, signal, callback, data);
+    return {handler, ObsSignalDisconnect{signal, callback, data}};
+}

@@ -187,7 +187,8 @@ int ObsWrapper::startRecording()
     if (!m_progress.isConnected())
         letPicturesFlow();
     // The output runs on threads of its own and may fail before obs_output_start() has even returned.
-    ObsSignalConnection early(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStoppedEarly, this);
+    ObsSignalConnection early =
+        connectSignal(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStoppedEarly, this);
     if (!obs_output_start(m_output.get()))
         return failToStart();
     qDebug() << "Recording started successfully";
@@ -210,7 +211,8 @@ void ObsWrapper::connectStopHandler()
     }
     previous.reset();
     // Connected without the lock: libobs calls handlers while it holds the signal's own, and they take this one.
-    ObsSignalConnection connection(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStopped, this);
+    ObsSignalConnection connection =
+        connectSignal(obs_output_get_signal_handler(m_output.get()), kStopSignal, &onOutputStopped, this);
     {
         const QMutexLocker locker(&m_endMutex);
         m_outputSignal = std::move(connection);
@@ -421,7 +423,8 @@ bool ObsWrapper::isRecordingEndReached()
     if (!m_progress.isMarked() || isOutputStarting())
         return false;
     // Pictures that passed while the file was still being opened have not reached the encoder.
-    const bool picture = m_progress.framesSinceMark() > m_encoderDelayFrames && recordedFrames() > static_cast<quint64>(m_encoderDelayFrames);
+    const bool picture = m_progress.framesSinceMark() > m_encoderDelayFrames &&
+                         recordedFrames() > static_cast<quint64>(m_encoderDelayFrames);
     const bool sound = m_progress.soundSinceMarkNs() > kSoundDelayNs;
     const bool isEncoded = (picture || !hasVideo(m_format)) && (sound || m_format == RecordingFormat::Gif);
     if (picture || isEncoded)

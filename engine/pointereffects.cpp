@@ -127,7 +127,7 @@ private:
 void Effects::follow(obs_source_t* capture)
 {
     readChoice(capture);
-    m_updates = ObsSignalConnection(obs_source_get_signal_handler(capture), "update", &Effects::onCaptureUpdated, this);
+    m_updates = connectSignal(obs_source_get_signal_handler(capture), "update", &Effects::onCaptureUpdated, this);
 }
 
 void Effects::onCaptureUpdated(void* effects, calldata_t* data)

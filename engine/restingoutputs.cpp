@@ -79,8 +79,8 @@ void RestingOutputs::keepEnded(ObsOutputHandle output, std::uint64_t endedNs)
 void RestingOutputs::keepStarting(ObsOutputHandle output, const std::atomic<std::uint64_t>& endedNs)
 {
     Resting& resting = add(std::move(output), 0, m_times.delay);
-    resting.stopSignal = ObsSignalConnection(obs_output_get_signal_handler(resting.output.get()), kStopSignal,
-                                             &RestingOutputs::onStopped, &resting);
+    resting.stopSignal = connectSignal(obs_output_get_signal_handler(resting.output.get()), kStopSignal,
+                                       &RestingOutputs::onStopped, &resting);
     // It may have ended before it was followed.
     const std::uint64_t ended = endedNs;
     if (ended != 0)

@@ -11,6 +11,8 @@
 
 namespace {
 
+using VideoHandle = obshandles::Handle<video_t, video_output_close>;
+
 /// More than libx264 buffers with any number of threads that a test machine has.
 constexpr int kMaxFrames = 200;
 /// The first frame, which is never late, is the one that the probe sees; among B-frames one comes up to two places
@@ -22,12 +24,12 @@ constexpr int kFrameTimeoutMs = 60'000;
 /// measured delay too large, never too small.
 constexpr int kWriterTimeoutMs = 100;
 
-ObsVideoLineHandle openVideo(const video_output_info& form)
+VideoHandle openVideo(const video_output_info& form)
 {
     video_output_info info = form;
     info.name = "encoder probe";
     video_t* video = nullptr;
-    return video_output_open(&video, &info) == VIDEO_OUTPUT_SUCCESS ? ObsVideoLineHandle(video) : nullptr;
+    return video_output_open(&video, &info) == VIDEO_OUTPUT_SUCCESS ? VideoHandle(video) : nullptr;
 }
 
 ObsOutputHandle createOutput(const FfmpegRequest& request, video_t* video)
@@ -85,10 +87,11 @@ void noteFailure(void* failed, calldata_t*)
 
 std::optional<int> measuredEncoderDelay(const FfmpegRequest& request, const video_output_info& form)
 {
-    const ObsVideoLineHandle video = openVideo(form);
+    const VideoHandle video = openVideo(form);
     const ObsOutputHandle output = createOutput(request, video.get());
     std::atomic<bool> failed{false};
-    const ObsSignalConnection stop(obs_output_get_signal_handler(output.get()), "stop", &noteFailure, &failed);
+    const ObsSignalConnection stop =
+        connectSignal(obs_output_get_signal_handler(output.get()), "stop", &noteFailure, &failed);
     if (!obs_output_start(output.get()) ||
         !QTest::qWaitFor([&] { return failed || obs_output_active(output.get()); }, kFrameTimeoutMs) || failed)
         return {};

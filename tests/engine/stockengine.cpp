@@ -81,8 +81,7 @@ QString StockEngine::begin(const QString& storePath, int format)
 QString StockEngine::end()
 {
     m_engine->requestRecordingEnd();
-    const bool reached =
-        QTest::qWaitFor([this] { return m_engine->isRecordingEndReached(); }, kEndTimeoutMs);
+    const bool reached = QTest::qWaitFor([this] { return m_engine->isRecordingEndReached(); }, kEndTimeoutMs);
     m_engine->stopRecording(false);
     return reached ? QString() : QStringLiteral("the end is not reached");
 }
