@@ -49,9 +49,9 @@ void CaptureProgress::disconnect()
     releaseHolds();
 }
 
-bool CaptureProgress::waitForPicture(int timeoutMs) const
+bool CaptureProgress::waitForPicture(std::chrono::milliseconds limit) const
 {
-    return waitUntil([this] { return m_hasPicture.load(); }, QDeadlineTimer(timeoutMs));
+    return waitUntil([this] { return m_hasPicture.load(); }, limit);
 }
 
 void CaptureProgress::mark(std::uint64_t momentNs)

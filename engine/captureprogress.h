@@ -41,7 +41,7 @@ public:
     /// second, for which the output would leave out the sound.
     ///
     /// @return false when none came within the time
-    bool waitForPicture(int timeoutMs) const;
+    bool waitForPicture(std::chrono::milliseconds limit) const;
 
     /// Takes a moment as the mark, unless one was taken since connect().
     void mark(std::uint64_t momentNs);

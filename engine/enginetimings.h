@@ -9,6 +9,8 @@ struct DeferredRelease
     std::chrono::milliseconds delay{10'000};
     /// The same where the engine's owner goes.
     std::chrono::milliseconds shortestDelay{1'000};
+    /// How long a reset of the video waits for an output that libobs is ending, which takes milliseconds.
+    std::chrono::milliseconds endLimit{3'000};
     /// How long the engine's owner waits for an output that has not ended.
     std::chrono::milliseconds busyLimit{5'000};
 };
@@ -22,6 +24,11 @@ struct EngineTimings
     std::chrono::milliseconds microphoneInterval{1'000};
     /// For the scene to be drawn when rendering it is switched on.
     std::chrono::milliseconds sceneDrawnLimit{500};
+    /// For the engine's first frame, which an idle one needs tens of milliseconds for, or some hundreds when shaders
+    /// have to be compiled.
+    std::chrono::milliseconds firstFrameLimit{1'000};
+    /// For one pause or its end to take effect: a few tenths of a second, or resumeLimit for each stream.
+    std::chrono::milliseconds pauseLimit{2'000};
     /// For video and audio to reach the end of a pause. A stream that takes longer does not move at all; the other one
     /// is not blocked for it.
     std::chrono::milliseconds resumeLimit{1'000};

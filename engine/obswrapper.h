@@ -32,10 +32,6 @@ class ObsWrapper : public QObject, public RecorderPort, public SourcePort
     Q_OBJECT
 
 public:
-    /// Values of recordStatusChanged().
-    static constexpr int kStatusStarting = 0;
-    static constexpr int kStatusEnded = 2;
-
     /// Capture type of a whole monitor; every other value means one window.
     static constexpr int kCaptureMonitor = 1;
 
@@ -189,8 +185,8 @@ signals:
     void micVolumeDataChange(const float* magnitude, const float* peak, const float* inputPeak);
     void playerVolumeDataChange(const float* magnitude, const float* peak, const float* inputPeak);
 
-    /// 0: a start was requested; 2: the recording ended or failed to start. Also sent from threads of libobs: connect
-    /// so that it is queued.
+    /// recordstatus::kStarted when a start was requested, kEnded when the recording ended or failed to start. Also sent
+    /// from threads of libobs: connect so that it is queued.
     void recordStatusChanged(int recordingStatus);
 
 private:

@@ -3,6 +3,7 @@
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper_p.h"
 #include "engine/pictureform.h"
+#include "engine/recordstatus.h"
 #include "engine/waituntil.h"
 
 #include <QDebug>
@@ -24,13 +25,9 @@ constexpr size_t kRecordedMixer = 1;
 constexpr size_t kStreamMixer = 0;
 constexpr size_t kArchiveMixer = 1;
 
-/// The first picture comes after tens of milliseconds, or some hundreds when shaders have to be compiled for it.
-constexpr int kFirstPictureLimitMs = 1000;
 /// The longest block that one of the sound encoders collects (FLAC: 4608 samples of 48000 a second), twice: one block
 /// to fill, one that the encoder holds back.
 constexpr std::int64_t kSoundDelayNs = 192'000'000;
-/// The lines meet again a few tenths of a second after a pause, or give up after a second each.
-constexpr std::chrono::milliseconds kPauseLimit{2000};
 /// Ample for a call of libobs that does nothing but note a moment.
 constexpr std::uint64_t kPauseCallNs = 5'000'000;
 
@@ -162,7 +159,7 @@ void ObsWrapper::giveEncodersTheSound()
 void ObsWrapper::letPicturesFlow()
 {
     m_progress.connect(kRecordedMixer);
-    m_progress.waitForPicture(kFirstPictureLimitMs);
+    m_progress.waitForPicture(m_timings.firstFrameLimit);
 }
 
 int ObsWrapper::startRecording()
@@ -178,7 +175,7 @@ int ObsWrapper::startRecording()
     m_endedByItselfNs = 0;
     m_diskDrain.reset();
     setRecordingEnd({});
-    emit recordStatusChanged(kStatusStarting);
+    emit recordStatusChanged(recordstatus::kStarted);
     qDebug() << "Starting recording...";
     if (!m_output)
         return failToStart();
@@ -241,7 +238,7 @@ int ObsWrapper::failToStart()
         // An output that ended while it was being started has said more precisely why.
         if (endReason().code == OBS_OUTPUT_SUCCESS)
             setRecordingEnd({OBS_OUTPUT_ERROR, QString::fromUtf8(text)});
-        emit recordStatusChanged(kStatusEnded);
+        emit recordStatusChanged(recordstatus::kEnded);
     }
     return -1;
 }
@@ -291,7 +288,7 @@ void ObsWrapper::endRecording()
     const bool onOwnThread = QThread::currentThread() == thread();
     if (onOwnThread)
         m_endingOnOwnThread = true;
-    emit recordStatusChanged(kStatusEnded);
+    emit recordStatusChanged(recordstatus::kEnded);
     if (onOwnThread)
         m_endingOnOwnThread = false;
     dropStopHandler();
@@ -375,7 +372,7 @@ bool ObsWrapper::pauseRecording(bool pause)
         return false;
     if (pause == m_paused)
         return true;
-    m_progress.waitUntilMet(kPauseLimit);
+    m_progress.waitUntilMet(m_timings.pauseLimit);
     if (!pause)
         waitUntilPauseHasBegun();
     return tellOutputToPause(pause);
@@ -385,7 +382,7 @@ bool ObsWrapper::pauseRecording(bool pause)
 void ObsWrapper::waitUntilPauseHasBegun() const
 {
     const std::uint64_t beatNs = video_output_get_frame_time(obs_get_video());
-    waitUntil([&] { return m_progress.pauseTakesEffectNs(os_gettime_ns()) > m_pauseEffectNs + beatNs; }, kPauseLimit);
+    waitUntil([&] { return m_progress.pauseTakesEffectNs(os_gettime_ns()) > m_pauseEffectNs + beatNs; }, m_timings.pauseLimit);
 }
 
 bool ObsWrapper::tellOutputToPause(bool pause)
@@ -394,7 +391,7 @@ bool ObsWrapper::tellOutputToPause(bool pause)
         return m_progress.pauseTakesEffectNs(os_gettime_ns() + delayNs);
     };
     // Not just before the line's next beat: the moment would be another one when libobs looks at the clock.
-    waitUntil([&] { return effectAfterNs(kPauseCallNs) == effectAfterNs(0); }, kPauseLimit);
+    waitUntil([&] { return effectAfterNs(kPauseCallNs) == effectAfterNs(0); }, m_timings.pauseLimit);
     m_pauseEffectNs = effectAfterNs(0);
     // The lines must not get there before they know.
     if (!pause)

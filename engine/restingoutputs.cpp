@@ -13,8 +13,6 @@ namespace {
 
 constexpr char kStopSignal[] = "stop";
 constexpr int kLookIntervalMs = 10;
-/// libobs ends an output within milliseconds.
-constexpr std::chrono::seconds kEndLimit{3};
 
 } // namespace
 
@@ -102,7 +100,7 @@ bool RestingOutputs::isAnyBusy() const
 bool RestingOutputs::waitWhileEnding() const
 {
     const auto hasEnded = [](const Resting& resting) { return !resting.isEnding(); };
-    waitUntil([&] { return std::all_of(m_resting.begin(), m_resting.end(), hasEnded); }, kEndLimit);
+    waitUntil([&] { return std::all_of(m_resting.begin(), m_resting.end(), hasEnded); }, m_times.endLimit);
     return isAnyBusy();
 }
 

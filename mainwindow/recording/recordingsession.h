@@ -12,17 +12,6 @@
 class RecorderPort;
 class RecordingPath;
 
-/// The numbers by which the engine, and everything that mirrors a recording, report its state.
-namespace recordstatus {
-
-/// A start was requested: show it as running.
-inline constexpr int kStarted = 0;
-inline constexpr int kPaused = 1;
-/// Ended, or failed to start: show that nothing is recorded.
-inline constexpr int kEnded = 2;
-
-} // namespace recordstatus
-
 /// Where a recording stands. Ended is passed in the moment between the engine's last word and Idle.
 enum class RecordingState
 {

@@ -2,14 +2,14 @@
 
 #include "app/sclogger.h"
 #include "app/settings.h"
-#include "engine/obswrapper.h"
+#include "engine/ports.h"
+#include "engine/recordstatus.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/capture/capturearea.h"
 #include "mainwindow/capture/capturecontroller.h"
 #include "mainwindow/capture/captureselection.h"
 #include "mainwindow/capture/regionoverlays.h"
 #include "mainwindow/outputoptions.h"
-#include "mainwindow/recorderport.h"
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/recording/scfullscreentoolbar.h"
 #include "mainwindow/recording/toolbarplacement.h"
@@ -21,10 +21,6 @@
 #include <QSettings>
 
 #include <array>
-
-// The engine's numbers and the window's are the same.
-static_assert(ObsWrapper::kStatusStarting == recordstatus::kStarted &&
-              ObsWrapper::kStatusEnded == recordstatus::kEnded);
 
 RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
                              const OutputOptions& output, RecorderPort& recorder, const Activity& activity,

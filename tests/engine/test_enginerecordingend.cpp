@@ -3,6 +3,7 @@
 #include "engine/obshandles.h"
 #include "engine/obswrapper.h"
 #include "engine/recordingformat.h"
+#include "engine/recordstatus.h"
 #include "engine/restingoutputs.h"
 #include "tests/engine/enginerecordingtest.h"
 #include "tests/engine/obsspy.h"
@@ -291,7 +292,7 @@ private slots:
         setup(0);
         QCOMPARE(m_wrapper->startRecording(), 0);
         connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(), [this](int status) {
-            if (status == ObsWrapper::kStatusEnded)
+            if (status == recordstatus::kEnded)
                 setup(1);
         });
         QCOMPARE(m_wrapper->stopRecording(false), 0);

@@ -3,6 +3,7 @@
 #include "engine/encoderdelay.h"
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper.h"
+#include "engine/recordstatus.h"
 #include "tests/engine/encoderprobe.h"
 #include "tests/engine/obsspy.h"
 #include "tests/support/mediafile.h"
@@ -182,7 +183,7 @@ private slots:
             QCOMPARE(m_engine->startRecording(), 0);
             QCOMPARE(m_engine->stopRecording(false), 0);
             QTRY_COMPARE(status.size(), 2);
-            QCOMPARE(status.last().first().toInt(), ObsWrapper::kStatusEnded);
+            QCOMPARE(status.last().first().toInt(), recordstatus::kEnded);
             QTRY_VERIFY(QFileInfo(path + QLatin1String(".avi")).size() > 0);
         }
     }
@@ -194,7 +195,7 @@ private slots:
                               0);
         QCOMPARE(m_engine->startRecording(), 0);
         QTRY_COMPARE(status.size(), 2);
-        QCOMPARE(status.last().first().toInt(), ObsWrapper::kStatusEnded);
+        QCOMPARE(status.last().first().toInt(), recordstatus::kEnded);
         QCOMPARE(m_engine->stopRecording(false), 0);
         // What comes with the whole end has arrived.
         QTRY_VERIFY(!obs_video_active());
