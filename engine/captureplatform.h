@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/core/propertylist.h"
+
 #include <vector>
 
 /// How the plug-ins of libobs are brought in.
@@ -10,28 +12,14 @@ enum class ModuleLoading
                    ///< plug-ins.
 };
 
-/// What the values of a property list are.
-enum class ListKind
-{
-    Text,
-    Integer
-};
-
-/// A list property of a capture source; the setting that selects an entry has the same key.
-struct TargetList
-{
-    const char* key = nullptr;
-    ListKind kind = ListKind::Text;
-};
-
 /// One kind of video capture: what it is called and how its targets are listed and chosen.
 struct CaptureSourceKind
 {
     const char* sourceId = nullptr;
     const char* sourceName = nullptr;
-    TargetList targets;
+    PropertyList targets;
     /// Tried where the source has no property `targets`; its key is null when there is no second choice.
-    TargetList secondChoice;
+    PropertyList secondChoice;
     /// Whether the setting takes the entry's name instead of its value.
     bool selectedByName = false;
     /// Integer setting that chooses the capture method, with its value; null when there is none.

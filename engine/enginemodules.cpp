@@ -1,8 +1,11 @@
 #include "engine/enginemodules.h"
 
+#include "app/sclogger.h"
 #include "engine/captureplatform.h"
 
 #include <QCoreApplication>
+#include <QDebug>
+#include <QStringList>
 
 #include <obs.h>
 
@@ -61,6 +64,17 @@ bool isRegistered(const NeededType& type)
     return false;
 }
 
+QStringList failedModules(const CapturePlatform& platform)
+{
+    QStringList failed =
+        platform.moduleLoading == ModuleLoading::All ? loadAll() : loadFrom(EngineFolders::besideExecutable().plugins);
+    for (const char* name : platform.neededModules) {
+        if (!obs_get_module(name) && !failed.contains(QLatin1String(name)))
+            failed << QLatin1String(name);
+    }
+    return failed;
+}
+
 } // namespace
 
 EngineFolders EngineFolders::besideExecutable()
@@ -70,23 +84,20 @@ EngineFolders EngineFolders::besideExecutable()
             root + QLatin1String("/data/libobs/")};
 }
 
-QStringList loadEngineModules(const CapturePlatform& platform, const EngineFolders& folders)
+void loadEngineModules(const CapturePlatform& platform)
 {
-    QStringList failed = platform.moduleLoading == ModuleLoading::All ? loadAll() : loadFrom(folders.plugins);
-    for (const char* name : platform.neededModules) {
-        if (!obs_get_module(name) && !failed.contains(QLatin1String(name)))
-            failed << QLatin1String(name);
+    const QStringList failed = failedModules(platform);
+    if (failed.isEmpty())
+        qInfo() << "All OBS modules loaded successfully";
+    else
+        qCritical() << "Failed to load" << failed.size() << "OBS modules:";
+    for (const QString& name : failed) {
+        qCritical().noquote() << "  - Failed module:" << name;
+        SCLogger::error(QStringLiteral("Failed to load OBS module: %1").arg(name));
     }
-    return failed;
-}
-
-QStringList missingEngineTypes(const CapturePlatform& platform)
-{
-    QStringList missing;
     for (const NeededType& type : platform.neededTypes) {
         if (!isRegistered(type))
-            missing << QStringLiteral("The engine has no \"%1\": %2")
-                           .arg(QLatin1String(type.id), QLatin1String(type.consequence));
+            SCLogger::error(QStringLiteral("The engine has no \"%1\": %2")
+                                .arg(QLatin1String(type.id), QLatin1String(type.consequence)));
     }
-    return missing;
 }

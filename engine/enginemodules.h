@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
 struct CapturePlatform;
 
@@ -18,11 +17,7 @@ struct EngineFolders
     static EngineFolders besideExecutable();
 };
 
-/// Loads the plug-in modules the way the platform asks for. Needs a started engine with its module paths set.
-///
-/// @return the names of the modules that failed, each once; those the platform needs and that are not there are among
-///         them.
-QStringList loadEngineModules(const CapturePlatform& platform, const EngineFolders& folders);
-
-/// For each type that the platform needs and that no module registered: its id with what will not work, as a sentence.
-QStringList missingEngineTypes(const CapturePlatform& platform);
+/// Loads the plug-in modules the way the platform asks for. Needs a started engine with its module paths set. The log
+/// names the modules that failed or are not there though the platform needs them, and each type that is missing then
+/// with what will not work.
+void loadEngineModules(const CapturePlatform& platform);

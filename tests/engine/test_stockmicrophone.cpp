@@ -22,7 +22,6 @@ constexpr int kTimeoutMs = 20'000;
 constexpr int kStretchMs = 2500;
 /// Seconds before the end of a stretch from which half a second is judged.
 constexpr double kMeasuredBeforeEnd = 0.8;
-constexpr uint32_t kMicrophoneChannel = 2;
 
 QString pactl(const QStringList& arguments)
 {

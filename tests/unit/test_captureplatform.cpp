@@ -52,7 +52,7 @@ private slots:
 
     void windowsOlderMonitorCaptureListsIntegers()
     {
-        const TargetList second = CapturePlatform::windows().monitor.secondChoice;
+        const PropertyList second = CapturePlatform::windows().monitor.secondChoice;
         QCOMPARE(second.key, "monitor");
         QCOMPARE(second.kind, ListKind::Integer);
     }

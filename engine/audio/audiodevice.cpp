@@ -1,0 +1,109 @@
+#include "engine/audio/audiodevice.h"
+
+#include "engine/ports.h"
+
+namespace {
+
+constexpr char kDeviceKey[] = "device_id";
+constexpr char kNoDevice[] = "disabled";
+
+} // namespace
+
+void AudioDevice::create()
+{
+    m_source = sourceOnChannel(m_kind.startName, kDefaultAudioDevice.data());
+}
+
+ObsSourceHandle AudioDevice::sourceOnChannel(const char* name, const QByteArray& deviceId)
+{
+    ObsSourceHandle source(obs_get_output_source(m_kind.channel));
+    if (source)
+        return source;
+    const ObsDataHandle settings(obs_data_create());
+    obs_data_set_string(settings.get(), kDeviceKey, deviceId.constData());
+    source.reset(obs_source_create(m_kind.typeId, name, settings.get(), nullptr));
+    m_channels.noteMade(m_kind.channel, source.get());
+    return source;
+}
+
+bool AudioDevice::setDevice(bool enabled, const QString& deviceId)
+{
+    if (listDevices().names.isEmpty())
+        return false;
+    const QByteArray wanted = enabled ? deviceId.toUtf8() : QByteArray(kNoDevice);
+    const bool off = wanted == kNoDevice;
+    if (off)
+        switchOff();
+    else
+        switchOn(wanted);
+    return off;
+}
+
+void AudioDevice::switchOff()
+{
+    obs_set_output_source(m_kind.channel, nullptr);
+    // The source stays and may go on capturing.
+    m_meter.detach();
+}
+
+void AudioDevice::switchOn(const QByteArray& deviceId)
+{
+    ObsSourceHandle source = sourceOnChannel(m_kind.name, deviceId);
+    obs_set_output_source(m_kind.channel, source.get());
+    const ObsDataHandle settings(obs_source_get_settings(source.get()));
+    if (deviceId != obs_data_get_string(settings.get(), kDeviceKey)) {
+        obs_data_set_string(settings.get(), kDeviceKey, deviceId.constData());
+        obs_source_update(source.get(), settings.get());
+    }
+    m_meter.attach(source.get());
+    m_source = std::move(source);
+}
+
+ListEntries AudioDevice::listDevices() const
+{
+    if (!obs_initialized())
+        return {};
+    const ObsPropertiesHandle properties(obs_get_source_properties(m_kind.typeId));
+    return readList(properties.get(), {kDeviceKey, ListKind::Text});
+}
+
+void AudioDevice::refreshDevices()
+{
+    m_devices = listDevices();
+    if (m_devices.names.isEmpty())
+        m_devices = {{QStringLiteral("No Device")}, {kDefaultAudioDevice}};
+}
+
+bool AudioDevice::isOn() const
+{
+    const ObsSourceHandle source(obs_get_output_source(m_kind.channel));
+    return source && source == m_source;
+}
+
+bool AudioDevice::isListed() const
+{
+    return listDevices().values.contains(device());
+}
+
+/// A source opens its device only when that is another one than before.
+void AudioDevice::reopen()
+{
+    const QString current = device();
+    // The default one counts as another each time: the source remembers by name which one it was.
+    if (current != kDefaultAudioDevice)
+        updateDevice(QLatin1String(kNoDevice));
+    updateDevice(current);
+}
+
+QString AudioDevice::device() const
+{
+    const ObsDataHandle settings(obs_source_get_settings(m_source.get()));
+    return QString::fromUtf8(obs_data_get_string(settings.get(), kDeviceKey));
+}
+
+void AudioDevice::updateDevice(const QString& device)
+{
+    const ObsDataHandle settings(obs_data_create());
+    obs_data_set_string(settings.get(), kDeviceKey, device.toUtf8().constData());
+    obs_source_update(m_source.get(), settings.get());
+}

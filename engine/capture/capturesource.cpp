@@ -1,0 +1,152 @@
+#include "engine/capture/capturesource.h"
+
+#include "engine/capturetargets.h"
+#include "engine/pointereffects.h"
+
+#include <QGuiApplication>
+#include <QRect>
+#include <QScreen>
+
+namespace {
+
+constexpr char kCropFilterId[] = "crop_filter";
+
+constexpr char kFixedCircleColor[] = "0.0, 1.0, 0.5, 0.3";
+constexpr char kLeftClickColor[] = "0.0, 0.0, 1.0, 0.7";
+constexpr char kRightClickColor[] = "1.0, 0.0, 0.0, 0.7";
+
+/// libobs makes an empty shell for a type it does not know or that could not be set up; that is no source to capture
+/// with.
+ObsSourceHandle onlyIfReal(ObsSourceHandle source)
+{
+    return source && !obs_obj_invalid(source.get()) ? std::move(source) : nullptr;
+}
+
+/// A display name can be missing only together with the type itself.
+const char* displayName(const char* id)
+{
+    const char* name = obs_source_get_display_name(id);
+    return name ? name : id;
+}
+
+ObsSourceHandle findCropFilter(obs_source_t* capture)
+{
+    const char* name = displayName(kCropFilterId);
+    ObsSourceHandle filter(obs_source_get_filter_by_name(capture, name));
+    if (filter)
+        return filter;
+    filter.reset(obs_source_create(kCropFilterId, name, nullptr, nullptr));
+    obs_source_filter_add(capture, filter.get());
+    return filter;
+}
+
+void addToScene(void* source, obs_scene_t* scene)
+{
+    obs_scene_add(scene, static_cast<obs_source_t*>(source));
+}
+
+} // namespace
+
+bool CaptureSource::create(bool window, obs_scene_t* scene)
+{
+    const CaptureSourceKind& made = kind(window);
+    m_source.reset();
+    m_source = onlyIfReal(ObsSourceHandle(obs_source_create(made.sourceId, made.sourceName, nullptr, nullptr)));
+    if (!m_source)
+        return false;
+    obs_scene_atomic_update(scene, addToScene, m_source.get());
+    // Before the filter that crops: what comes later is applied later.
+    pointereffects::addTo(m_source.get());
+    return true;
+}
+
+void CaptureSource::refreshTargets(bool window)
+{
+    m_targetNames.clear();
+    m_targetValues.clear();
+    if (!m_source)
+        return;
+    const CaptureSourceKind& listed = kind(window);
+    const ObsPropertiesHandle properties(obs_source_properties(m_source.get()));
+    m_targets = listed.targets;
+    if (listed.secondChoice.key && !obs_properties_get(properties.get(), listed.targets.key))
+        m_targets = listed.secondChoice;
+    const ListEntries entries = readList(properties.get(), m_targets);
+    m_targetNames = entries.names;
+    m_targetValues = entries.values;
+}
+
+bool CaptureSource::setTarget(bool window, const QString& name, const QMargins& crop)
+{
+    const qsizetype index = m_targetNames.indexOf(name);
+    if (index < 0 || !m_source)
+        return false;
+    selectTarget(window, index);
+    placePointerEffects(window, name);
+    setCrop(crop);
+    return true;
+}
+
+void CaptureSource::selectTarget(bool window, qsizetype index)
+{
+    const CaptureSourceKind& chosen = kind(window);
+    // The list in hand may be of the other kind; its second choice then says nothing about this one.
+    const bool second = chosen.secondChoice.key && qstrcmp(chosen.secondChoice.key, m_targets.key) == 0;
+    const PropertyList& list = second ? chosen.secondChoice : chosen.targets;
+    const QString& value = (chosen.selectedByName ? m_targetNames : m_targetValues).at(index);
+    const ObsDataHandle settings(obs_source_get_settings(m_source.get()));
+    if (list.kind == ListKind::Integer)
+        obs_data_set_int(settings.get(), list.key, value.toLongLong());
+    else
+        obs_data_set_string(settings.get(), list.key, value.toUtf8().constData());
+    if (chosen.methodKey)
+        obs_data_set_int(settings.get(), chosen.methodKey, chosen.method);
+}
+
+void CaptureSource::placePointerEffects(bool window, const QString& target)
+{
+    // Where a window lies on the desktop is not known here.
+    const auto origin = window ? std::nullopt : std::optional(captureTargetGeometry(target).topLeft());
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    pointereffects::setMonitor(m_source.get(), origin, screen ? screen->devicePixelRatio() : 1.0);
+}
+
+void CaptureSource::setCrop(const QMargins& crop)
+{
+    const ObsSourceHandle filter = findCropFilter(m_source.get());
+    const ObsDataHandle settings(obs_data_create());
+    obs_data_set_bool(settings.get(), "relative", true);
+    obs_data_set_int(settings.get(), "left", crop.left());
+    obs_data_set_int(settings.get(), "top", crop.top());
+    obs_data_set_int(settings.get(), "right", crop.right());
+    obs_data_set_int(settings.get(), "bottom", crop.bottom());
+    obs_data_set_int(settings.get(), "cx", 0);
+    obs_data_set_int(settings.get(), "cy", 0);
+    obs_source_update(filter.get(), settings.get());
+    // The filter draws the whole frame into a texture first, whatever it crops: without a graphics card that is more
+    // than a third of what a recording of the screen costs.
+    obs_source_set_enabled(filter.get(), !crop.isNull());
+}
+
+void CaptureSource::setCursor(bool show)
+{
+    if (!m_source)
+        return;
+    const ObsDataHandle settings(obs_data_create());
+    obs_data_set_bool(settings.get(), m_platform.cursorKey, show);
+    obs_source_update(m_source.get(), settings.get());
+}
+
+void CaptureSource::setCursorEffects(bool show)
+{
+    if (!m_source)
+        return;
+    const ObsDataHandle settings(obs_data_create());
+    obs_data_set_bool(settings.get(), "show_fixed_circle", show);
+    obs_data_set_string(settings.get(), "fixed_circle_color", kFixedCircleColor);
+    obs_data_set_bool(settings.get(), "show_left_click", show);
+    obs_data_set_string(settings.get(), "left_click_color", kLeftClickColor);
+    obs_data_set_bool(settings.get(), "show_right_click", show);
+    obs_data_set_string(settings.get(), "right_click_color", kRightClickColor);
+    obs_source_update(m_source.get(), settings.get());
+}

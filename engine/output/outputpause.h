@@ -1,0 +1,34 @@
+#pragma once
+
+#include "engine/enginetimings.h"
+
+#include <obs.h>
+
+#include <cstdint>
+
+class CaptureProgress;
+
+/// Pauses an output and lets it go on. User-interface thread, which waits for a pause that has not taken effect yet.
+class OutputPause
+{
+public:
+    /// Both must outlive this object.
+    OutputPause(CaptureProgress& tap, const EngineTimings& timings) : m_tap(tap), m_timings(timings) {}
+
+    /// For a recording that starts.
+    void reset() { m_effectNs = 0; }
+
+    /// @return false, and nothing changed, when the output cannot
+    bool set(obs_output_t* output, bool pause);
+
+    /// The moment from which the last pause, or the recording after it, runs, on libobs' clock; 0 before.
+    std::uint64_t effectNs() const { return m_effectNs; }
+
+private:
+    bool tell(obs_output_t* output, bool pause);
+    void waitUntilBegun() const;
+
+    CaptureProgress& m_tap;
+    const EngineTimings& m_timings;
+    std::uint64_t m_effectNs = 0;
+};
