@@ -1,6 +1,6 @@
 #include "engine/captureprogress.h"
 
-#include "engine/pictureform.h"
+#include "engine/ffmpegsettings.h"
 #include "engine/waituntil.h"
 
 #include <obs.h>

@@ -10,6 +10,17 @@
 /// The device identifier that stands for the system's default device.
 inline constexpr QLatin1String kDefaultAudioDevice("default");
 
+/// The numbers by which the engine, and everything that mirrors a recording, tell how it stands.
+namespace recordstatus {
+
+/// A start was asked for: show it as running.
+inline constexpr int kStarted = 0;
+inline constexpr int kPaused = 1;
+/// Ended, or failed to start: show that nothing is recorded.
+inline constexpr int kEnded = 2;
+
+} // namespace recordstatus
+
 /// What a recording session needs of the engine. How a recording begins and ends is reported beside this interface, by
 /// the status numbers that go to RecordingSession::onRecordStatusChanged(). The functions are described at ObsWrapper.
 class RecorderPort

@@ -2,9 +2,9 @@
 
 #include "app/settings.h"
 #include "engine/obswrapper.h"
-#include "engine/volumecontrol.h"
 #include "overlays/scswitchwidget.h"
 #include "widgets/messagebox.h"
+#include "widgets/volumecontrol.h"
 
 #include <QSettings>
 #include <QSignalBlocker>

@@ -2,7 +2,7 @@
 
 #include "engine/captureplatform.h"
 #include "engine/enginemodules.h"
-#include "engine/rowpacking.h"
+#include "platform/process/gl_function.h"
 
 #include <QDebug>
 #include <QDir>
@@ -40,6 +40,36 @@ void addEnginePaths()
     QT_WARNING_DISABLE_DEPRECATED
     obs_add_data_path(folders.coreData.toUtf8().constData());
     QT_WARNING_POP
+}
+
+/// Whether libobs counts the padding in the rows of a surface.
+bool countsRowPadding()
+{
+    constexpr uint32_t kWidth = 2;
+    gs_stagesurf_t* const surface = gs_stagesurface_create(kWidth, 1, GS_R8);
+    uint8_t* data = nullptr;
+    uint32_t rowBytes = 0;
+    const bool mapped = surface != nullptr && gs_stagesurface_map(surface, &data, &rowBytes);
+    if (mapped)
+        gs_stagesurface_unmap(surface);
+    gs_stagesurface_destroy(surface);
+    return !mapped || rowBytes != kWidth;
+}
+
+/// Sets GL_PACK_ALIGNMENT to 1 for the read-back of frames, after each reset of the video.
+///
+/// OpenGL pads each row to a multiple of 4 bytes, and libobs (29.0 at least) takes none of that into account: where
+/// half the width of the video is no multiple of 4, each row of colours comes out shifted against the one above it.
+void setPackAlignment()
+{
+    using PixelStore = void (*)(unsigned int name, int value);
+    constexpr unsigned int kGlPackAlignment = 0x0D05;
+    obs_enter_graphics();
+    if (gs_get_context() != nullptr && gs_get_device_type() == GS_DEVICE_OPENGL && !countsRowPadding()) {
+        if (const auto pixelStore = reinterpret_cast<PixelStore>(platform::glFunction("glPixelStorei")))
+            pixelStore(kGlPackAlignment, 1);
+    }
+    obs_leave_graphics();
 }
 
 } // namespace
@@ -84,6 +114,6 @@ int enginecore::resetVideo(const CapturePlatform& platform, const QSize& source,
     video.scale_type = OBS_SCALE_BICUBIC;
     const int result = obs_reset_video(&video);
     if (result == OBS_VIDEO_SUCCESS)
-        packPictureRows();
+        setPackAlignment();
     return result;
 }

@@ -3,8 +3,7 @@
 #include "engine/core/enginecore.h"
 #include "engine/encoderdelay.h"
 #include "engine/ffmpegsettings.h"
-#include "engine/pictureform.h"
-#include "engine/recordstatus.h"
+#include "engine/ports.h"
 
 #include <QDebug>
 #include <QMutexLocker>

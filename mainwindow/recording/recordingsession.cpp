@@ -3,7 +3,6 @@
 #include "app/sclogger.h"
 #include "engine/ports.h"
 #include "engine/recordingformat.h"
-#include "engine/recordstatus.h"
 #include "mainwindow/recording/recordingpath.h"
 
 #include <QThread>

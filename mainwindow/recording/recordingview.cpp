@@ -2,8 +2,6 @@
 
 #include "app/sclogger.h"
 #include "app/settings.h"
-#include "engine/ports.h"
-#include "engine/recordstatus.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/capture/capturearea.h"
 #include "mainwindow/capture/capturecontroller.h"

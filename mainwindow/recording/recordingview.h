@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/ports.h"
 #include "mainwindow/durations.h"
 #include "mainwindow/recording/recordingsession.h"
 #include "mainwindow/recording/recordingstage.h"
@@ -13,7 +14,6 @@ class Activity;
 class CaptureController;
 class OutputOptions;
 class QWidget;
-class RecorderPort;
 class RegionOverlays;
 class SCCountdownWidget;
 class SCFullscreenToolbar;

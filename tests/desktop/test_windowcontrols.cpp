@@ -3,7 +3,6 @@
 #include "app/settings.h"
 #include "app/settingstables.h"
 #include "app/webaddresses.h"
-#include "engine/volumecontrol.h"
 #include "mainwindow/scmainwindow.h"
 #include "overlays/scswitchwidget.h"
 #include "tests/desktop/desktopuser.h"
@@ -12,6 +11,7 @@
 #include "tests/support/messagecapture.h"
 #include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
+#include "widgets/volumecontrol.h"
 
 #include <QAction>
 #include <QApplication>

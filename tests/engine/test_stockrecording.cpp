@@ -3,7 +3,7 @@
 #include "engine/encoderdelay.h"
 #include "engine/ffmpegsettings.h"
 #include "engine/obswrapper.h"
-#include "engine/recordstatus.h"
+#include "engine/ports.h"
 #include "tests/engine/encoderprobe.h"
 #include "tests/engine/obsspy.h"
 #include "tests/support/mediafile.h"

@@ -1,7 +1,6 @@
 #include "app/appidentity.h"
 #include "app/settings.h"
 #include "engine/obswrapper.h"
-#include "engine/volumecontrol.h"
 #include "mainwindow/recording/scfullscreentoolbar.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/tile.h"
@@ -16,6 +15,7 @@
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 #include "tests/support/widgetimage.h"
+#include "widgets/volumecontrol.h"
 
 #include <QApplication>
 #include <QComboBox>

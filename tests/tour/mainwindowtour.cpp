@@ -1,10 +1,10 @@
-#include "engine/volumecontrol.h"
 #include "files/fileitemdelegate.h"
 #include "files/scfilemanager.h"
 #include "mainwindow/scmainwindow.h"
 #include "overlays/scswitchwidget.h"
 #include "tests/support/filelibrary.h"
 #include "tests/tour/guide.h"
+#include "widgets/volumecontrol.h"
 
 #include <QApplication>
 #include <QCursor>

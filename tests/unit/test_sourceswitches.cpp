@@ -1,11 +1,11 @@
 #include "app/settings.h"
 #include "engine/ports.h"
-#include "engine/volumecontrol.h"
 #include "mainwindow/sourceswitches.h"
 #include "overlays/scswitchwidget.h"
 #include "tests/support/widgetimage.h"
 #include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
+#include "widgets/volumecontrol.h"
 
 #include <QApplication>
 #include <QSettings>

@@ -1,6 +1,6 @@
-#include "engine/volumecontrol.h"
 #include "tests/support/testrun.h"
 #include "tests/support/widgetimage.h"
+#include "widgets/volumecontrol.h"
 
 #include <QImage>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "engine/volumecontrol.h"
+#include "widgets/volumecontrol.h"
 
 #include <QMutexLocker>
 #include <QPaintEngine>
