@@ -2,7 +2,7 @@
 
 #include "app/sclogger.h"
 #include "engine/core/enginecore.h"
-#include "engine/enginemodules.h"
+#include "engine/core/enginemodules.h"
 
 #include <QDebug>
 

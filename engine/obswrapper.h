@@ -1,15 +1,15 @@
 #pragma once
 
 #include "engine/audio/audiodevices.h"
+#include "engine/capture/captureplatform.h"
 #include "engine/capture/capturescene.h"
 #include "engine/capture/capturesource.h"
-#include "engine/captureplatform.h"
+#include "engine/core/enginetimings.h"
+#include "engine/core/obshandles.h"
 #include "engine/core/outputchannels.h"
-#include "engine/enginetimings.h"
-#include "engine/obshandles.h"
 #include "engine/output/fileoutput.h"
+#include "engine/output/recordingend.h"
 #include "engine/ports.h"
-#include "engine/recordingend.h"
 
 #include <QObject>
 #include <QStringList>

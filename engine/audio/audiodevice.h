@@ -1,9 +1,9 @@
 #pragma once
 
 #include "engine/audio/levelmeter.h"
+#include "engine/core/obshandles.h"
 #include "engine/core/outputchannels.h"
 #include "engine/core/propertylist.h"
-#include "engine/obshandles.h"
 
 #include <QString>
 

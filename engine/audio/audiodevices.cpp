@@ -1,7 +1,7 @@
 #include "engine/audio/audiodevices.h"
 
 #include "app/sclogger.h"
-#include "engine/captureplatform.h"
+#include "engine/capture/captureplatform.h"
 
 AudioDevices::AudioDevices(const CapturePlatform& platform, OutputChannels& channels, const EngineTimings& timings)
     : m_platform(platform)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/audio/audiodevice.h"
-#include "engine/enginetimings.h"
+#include "engine/core/enginetimings.h"
 
 #include <QObject>
 #include <QTimer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/obshandles.h"
+#include "engine/core/obshandles.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 #include "engine/capture/capturescene.h"
 
 #include "engine/capture/capturesource.h"
-#include "engine/waituntil.h"
+#include "engine/core/waituntil.h"
 
 #include <QSize>
 

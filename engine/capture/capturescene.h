@@ -1,8 +1,8 @@
 #pragma once
 
+#include "engine/core/enginetimings.h"
+#include "engine/core/obshandles.h"
 #include "engine/core/outputchannels.h"
-#include "engine/enginetimings.h"
-#include "engine/obshandles.h"
 
 struct CapturePlatform;
 class CaptureSource;

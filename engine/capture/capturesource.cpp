@@ -1,7 +1,7 @@
 #include "engine/capture/capturesource.h"
 
-#include "engine/capturetargets.h"
-#include "engine/pointereffects.h"
+#include "engine/capture/capturetargets.h"
+#include "engine/capture/pointereffects.h"
 
 #include <QGuiApplication>
 #include <QRect>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engine/captureplatform.h"
+#include "engine/capture/captureplatform.h"
+#include "engine/core/obshandles.h"
 #include "engine/core/propertylist.h"
-#include "engine/obshandles.h"
 
 #include <QMargins>
 #include <QStringList>

@@ -1,7 +1,7 @@
 #include "engine/core/enginecore.h"
 
-#include "engine/captureplatform.h"
-#include "engine/enginemodules.h"
+#include "engine/capture/captureplatform.h"
+#include "engine/core/enginemodules.h"
 #include "platform/process/gl_function.h"
 
 #include <QDebug>

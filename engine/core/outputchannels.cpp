@@ -1,6 +1,6 @@
 #include "engine/core/outputchannels.h"
 
-#include "engine/obshandles.h"
+#include "engine/core/obshandles.h"
 
 OutputChannels::~OutputChannels()
 {

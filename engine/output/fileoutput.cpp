@@ -1,8 +1,8 @@
 #include "engine/output/fileoutput.h"
 
 #include "engine/core/enginecore.h"
-#include "engine/encoderdelay.h"
-#include "engine/ffmpegsettings.h"
+#include "engine/output/encoderdelay.h"
+#include "engine/output/ffmpegsettings.h"
 #include "engine/ports.h"
 
 #include <QDebug>

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "engine/callbackgate.h"
-#include "engine/captureprogress.h"
-#include "engine/diskdrain.h"
-#include "engine/enginetimings.h"
-#include "engine/obshandles.h"
+#include "engine/core/enginetimings.h"
+#include "engine/core/obshandles.h"
 #include "engine/output/audioencoders.h"
+#include "engine/output/callbackgate.h"
+#include "engine/output/captureprogress.h"
+#include "engine/output/diskdrain.h"
 #include "engine/output/outputpause.h"
-#include "engine/recordingend.h"
-#include "engine/recordingformat.h"
-#include "engine/restingoutputs.h"
+#include "engine/output/recordingend.h"
+#include "engine/output/recordingformat.h"
+#include "engine/output/restingoutputs.h"
 
 #include <QMutex>
 #include <QObject>

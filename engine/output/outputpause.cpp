@@ -1,7 +1,7 @@
 #include "engine/output/outputpause.h"
 
-#include "engine/captureprogress.h"
-#include "engine/waituntil.h"
+#include "engine/core/waituntil.h"
+#include "engine/output/captureprogress.h"
 
 #include <util/platform.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/enginetimings.h"
+#include "engine/core/enginetimings.h"
 
 #include <obs.h>
 

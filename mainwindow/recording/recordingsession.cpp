@@ -1,8 +1,8 @@
 #include "mainwindow/recording/recordingsession.h"
 
 #include "app/sclogger.h"
+#include "engine/output/recordingformat.h"
 #include "engine/ports.h"
-#include "engine/recordingformat.h"
 #include "mainwindow/recording/recordingpath.h"
 
 #include <QThread>

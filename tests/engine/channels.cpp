@@ -1,6 +1,6 @@
 #include "tests/engine/channels.h"
 
-#include "engine/obshandles.h"
+#include "engine/core/obshandles.h"
 
 QString nameOnChannel(std::uint32_t channel)
 {

@@ -1,6 +1,6 @@
 #include "tests/engine/encoderprobe.h"
 
-#include "engine/obshandles.h"
+#include "engine/core/obshandles.h"
 
 #include <QTest>
 

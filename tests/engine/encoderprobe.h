@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/ffmpegsettings.h"
+#include "engine/output/ffmpegsettings.h"
 
 #include <obs.h>
 

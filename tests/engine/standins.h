@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/captureplatform.h"
+#include "engine/capture/captureplatform.h"
 
 #include <QJsonObject>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "tests/engine/stockengine.h"
 
-#include "engine/capturetargets.h"
+#include "engine/capture/capturetargets.h"
 #include "tests/support/testpattern.h"
 
 #include <QGuiApplication>

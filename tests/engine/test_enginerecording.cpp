@@ -1,6 +1,6 @@
 #include "app/appidentity.h"
-#include "engine/ffmpegsettings.h"
 #include "engine/obswrapper.h"
+#include "engine/output/ffmpegsettings.h"
 #include "tests/engine/enginerecordingtest.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"

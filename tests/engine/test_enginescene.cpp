@@ -1,5 +1,5 @@
 #include "app/appidentity.h"
-#include "engine/obshandles.h"
+#include "engine/core/obshandles.h"
 #include "engine/obswrapper.h"
 #include "tests/engine/channels.h"
 #include "tests/engine/obsspy.h"

@@ -1,5 +1,5 @@
 #include "app/appidentity.h"
-#include "engine/ffmpegsettings.h"
+#include "engine/output/ffmpegsettings.h"
 #include "tests/engine/stockengine.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testpattern.h"

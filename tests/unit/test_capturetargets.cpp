@@ -1,4 +1,4 @@
-#include "engine/capturetargets.h"
+#include "engine/capture/capturetargets.h"
 #include "tests/support/testrun.h"
 
 #include <QRect>

@@ -1,4 +1,4 @@
-#include "engine/diskdrain.h"
+#include "engine/output/diskdrain.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testrun.h"
 

@@ -1,6 +1,6 @@
 #include "app/sclogger.h"
 #include "app/settings.h"
-#include "engine/ffmpegsettings.h"
+#include "engine/output/ffmpegsettings.h"
 #include "files/scfilemanager.h"
 #include "mainwindow/recording/recordingpath.h"
 #include "screenshot/scscreenshot.h"

@@ -1,4 +1,4 @@
-#include "engine/ffmpegsettings.h"
+#include "engine/output/ffmpegsettings.h"
 #include "tests/support/testrun.h"
 
 #include <QJsonDocument>

@@ -1,4 +1,4 @@
-#include "engine/pointereffects.h"
+#include "engine/capture/pointereffects.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>

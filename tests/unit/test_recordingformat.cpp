@@ -1,4 +1,4 @@
-#include "engine/recordingformat.h"
+#include "engine/output/recordingformat.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "engine/enginetimings.h"
-#include "engine/resumemeeting.h"
+#include "engine/core/enginetimings.h"
+#include "engine/output/resumemeeting.h"
 #include "tests/support/testrun.h"
 
 #include <QElapsedTimer>

@@ -1,4 +1,4 @@
-#include "engine/recordingend.h"
+#include "engine/output/recordingend.h"
 
 #include <obs-defs.h>
 

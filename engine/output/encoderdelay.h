@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/recordingformat.h"
+#include "engine/output/recordingformat.h"
 
 /// libx264's delay in frames with the preset that libobs' FFmpeg output asks for ("veryfast"), by libx264's own
 /// arithmetic.

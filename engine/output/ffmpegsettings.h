@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/obshandles.h"
-#include "engine/recordingformat.h"
+#include "engine/core/obshandles.h"
+#include "engine/output/recordingformat.h"
 
 #include <QString>
 

@@ -1,4 +1,4 @@
-#include "engine/pointereffects.h"
+#include "engine/capture/pointereffects.h"
 
 #include "platform/input/pointer_state.h"
 

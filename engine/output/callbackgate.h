@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/waituntil.h"
+#include "engine/core/waituntil.h"
 
 #include <atomic>
 

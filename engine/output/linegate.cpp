@@ -1,4 +1,4 @@
-#include "engine/linegate.h"
+#include "engine/output/linegate.h"
 
 #include <chrono>
 

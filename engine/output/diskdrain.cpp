@@ -1,4 +1,4 @@
-#include "engine/diskdrain.h"
+#include "engine/output/diskdrain.h"
 
 #include "app/sclogger.h"
 

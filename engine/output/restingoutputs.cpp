@@ -1,7 +1,7 @@
-#include "engine/restingoutputs.h"
+#include "engine/output/restingoutputs.h"
 
 #include "app/sclogger.h"
-#include "engine/waituntil.h"
+#include "engine/core/waituntil.h"
 
 #include <util/platform.h>
 #include <utility>

@@ -1,7 +1,7 @@
-#include "engine/enginemodules.h"
+#include "engine/core/enginemodules.h"
 
 #include "app/sclogger.h"
-#include "engine/captureplatform.h"
+#include "engine/capture/captureplatform.h"
 
 #include <QCoreApplication>
 #include <QDebug>

@@ -1,4 +1,4 @@
-#include "engine/captureplatform.h"
+#include "engine/capture/captureplatform.h"
 
 CapturePlatform CapturePlatform::current()
 {

@@ -1,7 +1,7 @@
-#include "engine/captureprogress.h"
+#include "engine/output/captureprogress.h"
 
-#include "engine/ffmpegsettings.h"
-#include "engine/waituntil.h"
+#include "engine/core/waituntil.h"
+#include "engine/output/ffmpegsettings.h"
 
 #include <obs.h>
 #include <util/platform.h>

@@ -1,4 +1,4 @@
-#include "engine/ffmpegsettings.h"
+#include "engine/output/ffmpegsettings.h"
 
 #include <array>
 #include <optional>

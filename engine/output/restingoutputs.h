@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engine/captureprogress.h"
-#include "engine/enginetimings.h"
-#include "engine/obshandles.h"
+#include "engine/core/enginetimings.h"
+#include "engine/core/obshandles.h"
+#include "engine/output/captureprogress.h"
 
 #include <QTimer>
 

@@ -1,4 +1,4 @@
-#include "engine/encoderdelay.h"
+#include "engine/output/encoderdelay.h"
 
 #include <QThread>
 

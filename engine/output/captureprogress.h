@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engine/enginetimings.h"
-#include "engine/linegate.h"
-#include "engine/resumemeeting.h"
+#include "engine/core/enginetimings.h"
+#include "engine/output/linegate.h"
+#include "engine/output/resumemeeting.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "engine/resumemeeting.h"
+#include "engine/output/resumemeeting.h"
 
 void ResumeMeeting::appoint(std::uint64_t momentNs)
 {
