@@ -90,10 +90,10 @@ void ObsWrapper::setSceneRendered(bool rendered)
         m_scene.setRendered(rendered);
 }
 
-QString ObsWrapper::endReasonText() const
+QString ObsWrapper::stopReasonText() const
 {
-    const RecordingEnd end = endReason();
-    return end.code == OBS_OUTPUT_SUCCESS && end.text.isEmpty() ? QString() : describe(end);
+    const StopReason reason = stopReason();
+    return reason.code == OBS_OUTPUT_SUCCESS && reason.text.isEmpty() ? QString() : describe(reason);
 }
 
 int ObsWrapper::audioOutputChannels() const

@@ -8,7 +8,7 @@
 #include "engine/core/obshandles.h"
 #include "engine/core/outputchannels.h"
 #include "engine/output/fileoutput.h"
-#include "engine/output/recordingend.h"
+#include "engine/output/stopreason.h"
 #include "engine/ports.h"
 
 #include <QObject>
@@ -27,11 +27,8 @@ public:
     /// Capture type of a whole monitor; every other value means one window.
     static constexpr int kCaptureMonitor = 1;
 
-    /// Channels of the three level arrays.
     static constexpr int kLevelChannels = AudioLevels::kChannels;
 
-    /// @param platform what differs between systems; the table of the running system unless a test says otherwise.
-    /// @param timings the program's unless a test says otherwise.
     explicit ObsWrapper(CapturePlatform platform = CapturePlatform::current(),
                         const EngineTimings& timings = EngineTimings());
     ~ObsWrapper() override;
@@ -39,17 +36,15 @@ public:
     /// Starts the engine and puts the default audio devices with their meters on channels 1 (desktop) and 2
     /// (microphone). On an engine that runs already only the outputs, the audio sources and the meters are made again.
     ///
-    /// @param width, height size of the video; @param fps frames per second
-    /// @return false when the engine cannot be used; the critical log says why. Modules that fail to load are logged
-    /// only.
+    /// @return false when the engine cannot be used; the critical log says why. Modules that fail are logged only.
     bool initialize(int width, int height, int fps);
     /// Whether initialize() has succeeded.
     bool isReady() const override { return m_ready; }
 
     /// Gives the engine another video size. The captured frame is stretched over the whole output.
     ///
-    /// @return libobs' result: 0, or a negative code (the previous layout is then untouched). The engine refuses while
-    /// a recording runs, or the output of an earlier one is still busy with its file.
+    /// @return libobs' result: 0, or a negative code and nothing changed: while a recording runs, or the output of an
+    /// earlier one is still busy with its file
     int resetVideo(int srcWidth, int srcHeight, int outputWidth, int outputHeight, int fps);
 
     /// Builds transition, scene and capture source and clears channels 1 and 2; setMicDevice() and
@@ -58,25 +53,22 @@ public:
     /// @return 0; -1 no fade transition; -2 no scene; -3 the capture source could not be made
     int setupScene(int captureType);
 
-    /// Points the capture source at an entry of captureTargetNames() and crops it by four margins. The entry takes
-    /// effect at the source's next update, for instance setCaptureCursor().
+    /// Points the capture source at an entry of captureTargetNames(), from its next update on (for instance
+    /// setCaptureCursor()), and crops it by four margins. `cropped` is not used.
     ///
-    /// @param cropped not used, the margins say it all
     /// @return false, and nothing changed, when target is not in the list or there is no capture source
     bool setCaptureTarget(const char* target, int captureType, bool cropped, int left, int right, int top, int bottom);
 
-    /// Whether the engine renders the scene, as it does from setupScene() on. That costs most of a processor where
-    /// there is no graphics card; audio and its levels do not depend on it.
-    ///
-    /// Switching it on waits until the scene shows the screen as it is now (EngineTimings). Do so before setupFFmpeg(),
-    /// whatever the format. Switching it off is refused while a recording runs, whose video would go black.
+    /// Whether the engine renders the scene, as it does from setupScene() on and has to before setupFFmpeg(). That
+    /// costs most of a processor where there is no graphics card. Switching it on waits until the scene shows the
+    /// screen as it is now (EngineTimings); switching it off is refused while a recording runs, whose video would go
+    /// black.
     void setSceneRendered(bool rendered);
     bool isSceneRendered() const { return m_scene.isRendered(); }
 
-    /// Reads the capture source's list of windows or of monitors into captureTargetNames() and captureTargetValues().
+    /// Reads the list of windows or of monitors into captureTargetNames() and captureTargetValues().
     void refreshCaptureTargets(bool window) { m_capture.refreshTargets(window); }
 
-    /// Whether the pointer is captured.
     void setCaptureCursor(bool show) override { m_capture.setCursor(show); }
 
     /// Whether the pointer of a captured monitor gets a highlight and its clicks are marked, in the recording only.
@@ -105,8 +97,8 @@ public:
     /// Makes a new file output and its audio encoders, releasing the previous ones.
     bool createOutputMode() { return m_fileOutput.create(); }
 
-    /// Prepares the output for one recording and waits until the engine hands out frames for it (EngineTimings). It
-    /// goes on doing so until the recording has ended: start it soon.
+    /// Prepares the output for one recording and waits for the engine's first frame (EngineTimings). The engine is
+    /// active from then on: start soon.
     ///
     /// @param storePath target file without extension
     /// @param bitRate of the video; the encoder is given 1024 times it
@@ -116,46 +108,40 @@ public:
         m_fileOutput.setUp(storePath, srcWidth, srcHeight, fps, bitRate, format);
     }
 
-    /// Starts the prepared recording, after status 0.
-    ///
-    /// Not from a slot that status 2 calls directly: that returns -1 without a further signal. Connect it queued.
+    /// Starts the prepared recording, after status 0. Not from a slot that status 2 calls directly: that returns -1
+    /// without a further signal.
     ///
     /// @return 0 when the output started, though it may still end by itself with status 2; -1, after status 2, when not
     int startRecording() override { return m_fileOutput.start(); }
 
     /// Stops the output, at once when force is set, and releases it. Returns 0 with the file closed; only one that
     /// ended by itself may still be closing its file. An output that is still opening its file is cancelled: it is
-    /// stopped when it has opened it, and endReason() says so.
+    /// stopped when it has opened it, and stopReason() says so.
     ///
     /// The output drops what its encoder buffers and what the disk has not taken. To keep the end, call
     /// requestRecordingEnd() first, and this when isRecordingEndReached().
     int stopRecording(bool force) override { return m_fileOutput.stop(force); }
 
-    /// Whether a recording runs. Any thread.
+    /// Any thread.
     bool isRecording() const override { return m_fileOutput.isRecording(); }
 
-    /// Pauses the running recording, or lets it go on. What happens during a pause is not in the file, which goes on
-    /// seamlessly, audio and video together. Either takes effect after one or two frames; one that comes right after
-    /// another waits for that, some tenths of a second at most. Sends no status.
+    /// Pauses the running recording, or resumes it, audio and video together. Either takes effect after one or two
+    /// frames; one that comes right after another waits for that, some tenths of a second at most. Sends no status.
     ///
     /// @return false, and nothing changed, when no recording runs, its file is still being opened, or the output cannot
     /// pause
     bool pauseRecording(bool pause) override { return m_fileOutput.pause(pause); }
-    /// Whether a running recording is paused. Any thread.
+    /// Any thread.
     bool isRecordingPaused() const override { return m_fileOutput.isPaused(); }
-    /// Whether the output that is set up can pause.
     bool canPauseRecording() const override { return m_fileOutput.canPause(); }
 
-    /// Takes the present moment as the end that the running recording shall have. Only the first call of a recording
-    /// counts. A paused recording ends at the moment of its pause or a few frames later: it goes on, so that its
-    /// encoder returns what it buffers.
+    /// Takes the present moment as the end of the running recording; only the first call counts. A paused recording
+    /// resumes, because its encoder returns what it buffers only for further frames, and ends a few frames later.
     void requestRecordingEnd() override { m_fileOutput.requestEnd(); }
 
-    /// Whether everything captured up to the requested end has been encoded and written, so that a stop loses nothing
-    /// of it. True as well when nothing records; false before an end was requested and while the file is still being
-    /// opened. Ask every few milliseconds: of video and audio, the one that has got there is blocked from then on, so
-    /// that it runs no further into the file than it has to. An engine that stalls never gets there; in any case
-    /// stopRecording() has to follow.
+    /// Whether everything captured up to the requested end has been encoded and written, or nothing records. False
+    /// while the file is still being opened. Ask every few milliseconds: the first of video and audio to get there is
+    /// blocked until the stop. An engine that stalls never gets there; in any case stopRecording() has to follow.
     bool isRecordingEndReached() override { return m_fileOutput.isEndReached(); }
 
     /// How many frames have to follow a frame before the encoder of the last setupFFmpeg() has returned that one.
@@ -165,13 +151,12 @@ public:
     quint64 recordedFrames() const { return m_fileOutput.recordedFrames(); }
 
     /// Why the last recording ended. Any thread; set before status 2 is signalled.
-    RecordingEnd endReason() const { return m_fileOutput.endReason(); }
-    QString endReasonText() const override;
+    StopReason stopReason() const { return m_fileOutput.stopReason(); }
+    QString stopReasonText() const override;
 
-    /// Channels that a meter shows: those of the device on its channel, 0 before initialize().
+    /// 0 before initialize().
     int micMeterChannels() const { return m_audio.microphone().meter().channels(); }
     int desktopMeterChannels() const { return m_audio.desktop().meter().channels(); }
-    /// Channels of the engine's audio output, 0 before initialize().
     int audioOutputChannels() const;
 
 signals:

@@ -49,7 +49,7 @@ public:
 
     /// Why the last recording did not start or did not end well, in plain words; empty when the engine knows of
     /// nothing.
-    virtual QString endReasonText() const = 0;
+    virtual QString stopReasonText() const = 0;
 };
 
 /// What the rows of sources need of the engine.

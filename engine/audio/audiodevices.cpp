@@ -28,7 +28,7 @@ void AudioDevices::create()
     for (AudioDevice* const device : {&m_microphone, &m_desktop})
         device->connectChannel();
     m_levelTimer.start();
-    if (!m_platform.soundKeepsToItsDevices)
+    if (!m_platform.audioKeepsItsDevices)
         m_microphoneTimer.start();
 }
 

@@ -17,7 +17,7 @@ public:
     /// @param platform, channels must outlive this object
     AudioDevices(const CapturePlatform& platform, OutputChannels& channels, const EngineTimings& timings);
 
-    /// Puts both default devices on their channels and makes their meters anew.
+    /// Puts both default devices on their channels and makes new meters.
     void create();
 
     AudioDevice& microphone() { return m_microphone; }

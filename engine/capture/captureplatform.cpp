@@ -7,14 +7,14 @@ std::vector<NeededType> typesNeededWith(const char* monitorId, const char* windo
 {
     using Registry = NeededType::Registry;
     return {
-        {Registry::Source, "fade_transition", "no picture can be shown or recorded"},
+        {Registry::Source, "fade_transition", "nothing can be shown or recorded"},
         {Registry::Source, monitorId, "the screen cannot be recorded"},
         {Registry::Source, windowId, "single windows cannot be recorded"},
         {Registry::Source, "crop_filter", "a region cannot be recorded, only the whole screen"},
-        {Registry::Source, desktopAudioId, "the sound of the computer cannot be recorded"},
+        {Registry::Source, desktopAudioId, "the computer's audio cannot be recorded"},
         {Registry::Source, microphoneId, "the microphone cannot be recorded"},
         {Registry::Output, "ffmpeg_output", "nothing can be written to a file"},
-        {Registry::Encoder, "ffmpeg_aac", "the engine cannot be made ready to record"},
+        {Registry::Encoder, "ffmpeg_aac", "no recording can be prepared"},
     };
 }
 
@@ -39,7 +39,7 @@ CapturePlatform CapturePlatform::windows()
                        .secondChoice = {},
                        .selectedByName = true};
     platform.cursorKey = "capture_cursor";
-    platform.picturesUntilDrawn = 6;
+    platform.framesUntilDrawn = 6;
     platform.desktopAudioId = "wasapi_output_capture";
     platform.microphoneId = "wasapi_input_capture";
     platform.neededModules = {"obs-ffmpeg", "obs-filters", "obs-transitions", "win-capture", "win-wasapi"};
@@ -65,7 +65,7 @@ CapturePlatform CapturePlatform::x11()
     platform.cursorKey = "show_cursor";
     platform.desktopAudioId = "pulse_output_capture";
     platform.microphoneId = "pulse_input_capture";
-    platform.soundKeepsToItsDevices = false;
+    platform.audioKeepsItsDevices = false;
     platform.neededModules = {"obs-ffmpeg", "obs-filters", "obs-transitions", "linux-capture", "linux-pulseaudio"};
     platform.neededTypes = typesNeededWith(platform.monitor.sourceId, platform.window.sourceId, platform.desktopAudioId,
                                            platform.microphoneId);

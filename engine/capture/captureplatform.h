@@ -43,8 +43,8 @@ struct NeededType
     const char* consequence = nullptr;
 };
 
-/// Everything in which capturing differs from system to system: a table as a value, so that the rules of each system
-/// can be looked at on every system. All texts are string literals.
+/// What capturing differs in from system to system. A value, so that the rules of each system are tested on every one.
+/// All texts are string literals.
 struct CapturePlatform
 {
     const char* graphicsModule = nullptr;
@@ -53,16 +53,14 @@ struct CapturePlatform
     CaptureSourceKind window;
     /// Boolean setting of both capture kinds that draws the pointer.
     const char* cursorKey = nullptr;
-    /// How many pictures the engine has to render from the moment the scene is put on until one shows the screen as it
-    /// is: the one it is at, one that was begun afterwards, and more where the system sends the first one in its own
-    /// time.
-    int picturesUntilDrawn = 2;
+    /// How many frames the engine has to render from the moment the scene is put on until one shows the screen as it
+    /// is: the one it is at, one that was begun afterwards, and more where the system is late with the first one.
+    int framesUntilDrawn = 2;
     const char* desktopAudioId = nullptr;
     const char* microphoneId = nullptr;
-    /// Whether the sound plug-ins keep to their devices: they go silent with a device that vanishes, and take it up
-    /// again when it comes back. Those that do not are moved by the sound server to whatever it takes for the next
-    /// best.
-    bool soundKeepsToItsDevices = true;
+    /// Whether an audio source goes silent with a device that vanishes and takes it up again when it is back. The
+    /// others are moved by the sound server to whatever it takes for the next best.
+    bool audioKeepsItsDevices = true;
     /// Modules without which the program cannot do its job. One that did not load counts as failed.
     std::vector<const char*> neededModules;
     std::vector<NeededType> neededTypes;
@@ -76,9 +74,9 @@ struct CapturePlatform
 /// Tells libobs what it must know before it is started: on X11 the kind of display connection, on Windows nothing.
 void prepareLibobsStart();
 
-/// Sees to it that a process that somebody ends by exit() while the engine runs ends well: the toolkit does so when the
-/// display is lost. The program's own end runs no exit handlers. Call once, after the engine's video was set up.
+/// Lets exit() end the process well while the engine runs, which Qt calls when the display is lost. Call once, after
+/// the engine's video was set up.
 ///
-/// On X11 the drawing libraries take their display down in exit handlers while the engine's picture thread goes on
-/// drawing; it is held from then on. On Windows the system ends the other threads first.
+/// On X11 the drawing libraries take their display down in exit handlers while the engine's graphics thread goes on
+/// drawing, so it is blocked before. On Windows the system ends the other threads first.
 void prepareProcessEnd();

@@ -20,6 +20,6 @@ void prepareLibobsStart()
 void prepareProcessEnd()
 {
     // Handlers run in the reverse order: this one before those of the drawing libraries, which were loaded by now. The
-    // graphics context is entered and never left, so the picture thread waits for it until the process is gone.
+    // graphics context is entered and never left, so the graphics thread waits for it until the process is gone.
     std::atexit([] { obs_enter_graphics(); });
 }

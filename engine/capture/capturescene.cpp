@@ -3,6 +3,7 @@
 #include "engine/capture/capturesource.h"
 #include "engine/core/waituntil.h"
 
+#include <QByteArray>
 #include <QSize>
 
 #include <graphics/vec2.h>
@@ -79,7 +80,7 @@ void CaptureScene::waitUntilDrawn() const
     const QDeadlineTimer deadline(m_timings.sceneDrawnLimit);
     waitUntil([this] { return !m_capture.get() || obs_source_get_width(m_capture.get()) != 0; }, deadline);
     const std::int64_t before = renderedFrames();
-    waitUntil([&] { return renderedFrames() - before >= m_platform.picturesUntilDrawn; }, deadline);
+    waitUntil([&] { return renderedFrames() - before >= m_platform.framesUntilDrawn; }, deadline);
 }
 
 void CaptureScene::stretchOver(const QSize& output)

@@ -4,8 +4,9 @@
 #include "engine/core/obshandles.h"
 #include "engine/core/outputchannels.h"
 
-struct CapturePlatform;
 class CaptureSource;
+class QSize;
+struct CapturePlatform;
 
 /// The scene that holds the capture source, behind the fade transition on libobs' video channel. User-interface thread.
 class CaptureScene

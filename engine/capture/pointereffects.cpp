@@ -97,7 +97,7 @@ private:
     std::uint32_t m_faded;
 };
 
-/// The filter's own data. libobs calls tick() and draw() on its picture thread.
+/// The filter's own data. libobs calls tick() and draw() on its graphics thread.
 class Effects
 {
 public:
@@ -173,7 +173,7 @@ void Effects::draw() const
 
 void Effects::drawCircles() const
 {
-    // The colours are mixed as they are stored, whatever the picture below is drawn in.
+    // The colours are mixed as they are stored, whatever the frame below is drawn in.
     const bool srgb = gs_framebuffer_srgb_enabled();
     gs_enable_framebuffer_srgb(false);
     gs_blend_state_push();
@@ -198,10 +198,10 @@ void Effects::drawCircle(float radius, const std::optional<EffectColor>& color) 
 {
     if (!color)
         return;
-    const QPoint place = m_pointer->positionPx - *m_monitor.originPx;
+    const QPoint position = m_pointer->positionPx - *m_monitor.originPx;
     // Around the middle of the pixel that the pointer points at.
-    Circle(static_cast<float>(place.x()) + 0.5F, static_cast<float>(place.y()) + 0.5F, radius * m_monitor.pixelRatio,
-           *color)
+    Circle(static_cast<float>(position.x()) + 0.5F, static_cast<float>(position.y()) + 0.5F,
+           radius * m_monitor.pixelRatio, *color)
         .draw();
 }
 
@@ -215,7 +215,7 @@ void registerType()
     obs_source_info info{};
     info.id = kFilterId;
     info.type = OBS_SOURCE_TYPE_FILTER;
-    // Aware of sRGB, so that the picture below is drawn just as it is without the filter.
+    // Aware of sRGB, so that the frame below is drawn just as it is without the filter.
     info.output_flags = OBS_SOURCE_VIDEO | OBS_SOURCE_SRGB;
     info.get_name = [](void*) { return kFilterName; };
     info.create = [](obs_data_t* settings, obs_source_t* filter) -> void* {

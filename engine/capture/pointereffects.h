@@ -29,11 +29,11 @@ struct PointerEffectChoice
     bool isEmpty() const { return !highlight && !leftClick && !rightClick; }
 };
 
-/// The filter that draws a circle at the pointer, and others while a button is down, into the picture of a monitor
-/// capture. On the screen itself there is nothing to be seen of them.
+/// The filter that draws a circle at the pointer, and others while a button is down, into the frames of a monitor
+/// capture.
 ///
-/// It draws over the picture instead of into a copy of it: what it costs is the circles alone. Switched off, it is
-/// disabled. Its place is below every other filter, for it draws in the pixels of the whole monitor.
+/// It draws over the frame instead of into a copy: it costs the circles alone. Switched off, it is disabled. It belongs
+/// below every other filter, because it draws in the pixels of the whole monitor.
 namespace pointereffects {
 
 /// Radii in logical pixels.
@@ -48,8 +48,7 @@ inline constexpr float kClickRadius = 12.0F;
 bool addTo(obs_source_t* capture);
 
 /// Says where on the desktop the captured monitor begins, in physical pixels, and how many physical pixels a logical
-/// one has. Nothing is drawn while there is no origin: the pointer's place in the picture is then not known. Does
-/// nothing without the filter on the capture source.
+/// one has. Nothing is drawn while there is no origin: the pointer's position in the frame is then not known.
 void setMonitor(obs_source_t* capture, const std::optional<QPoint>& originPx, double pixelRatio);
 
 } // namespace pointereffects

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-/// When an output that is no longer used is released (see RestingOutputs). Tests shorten what they wait for.
+/// When an output that is no longer used is released (see RetiredOutputs). Tests shorten what they wait for.
 struct DeferredRelease
 {
     /// From the end of an output to its release; the index of a long file on a slow disk takes seconds.
@@ -15,8 +15,7 @@ struct DeferredRelease
     std::chrono::milliseconds busyLimit{5'000};
 };
 
-/// The durations of the engine that a user can notice; the defaults are the program's. Tests shorten what they wait
-/// for.
+/// The engine's intervals and time limits; the defaults are the program's. Tests shorten what they wait for.
 struct EngineTimings
 {
     std::chrono::milliseconds levelInterval{16};
@@ -24,8 +23,7 @@ struct EngineTimings
     std::chrono::milliseconds microphoneInterval{1'000};
     /// For the scene to be drawn when rendering it is switched on.
     std::chrono::milliseconds sceneDrawnLimit{500};
-    /// For the engine's first frame, which an idle one needs tens of milliseconds for, or some hundreds when shaders
-    /// have to be compiled.
+    /// For the engine's first frame: tens of milliseconds, or some hundreds when shaders have to be compiled.
     std::chrono::milliseconds firstFrameLimit{1'000};
     /// For one pause or its end to take effect: a few tenths of a second, or resumeLimit for each stream.
     std::chrono::milliseconds pauseLimit{2'000};

@@ -10,7 +10,7 @@
 class DiskDrain
 {
 public:
-    /// Begins anew with the next question.
+    /// Begins again with the next question.
     void reset() { m_beginNs = 0; }
 
     /// @param bytes the output's count

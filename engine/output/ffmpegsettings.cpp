@@ -17,11 +17,11 @@ constexpr int kCodecFlac = 86028;
 
 constexpr int kAudioBitRateKbit = 192;
 constexpr int kSecondsBetweenKeyFrames = 10;
-// The container formats of MP3 and FLAC take a picture: a token one, as small and cheap as can be.
-constexpr int kTokenPictureSizePx = 2;
-constexpr int kTokenPictureBitRate = 1024;
+// MP3 and FLAC get a token video, as small and cheap as can be.
+constexpr int kTokenVideoSizePx = 2;
+constexpr int kTokenVideoBitRate = 1024;
 
-enum class Picture
+enum class Video
 {
     None,
     Token,
@@ -32,7 +32,7 @@ struct FormatRow
 {
     const char* name = nullptr;
     const char* mimeType = nullptr;
-    Picture picture = Picture::None;
+    Video size = Video::None;
     std::optional<bool> video;
     const char* videoEncoder = nullptr;
     std::optional<int> videoEncoderId;
@@ -42,13 +42,13 @@ struct FormatRow
 };
 
 constexpr std::array<FormatRow, kRecordingFormatCount> kRows{{
-    {"mp4", "video/mp4", Picture::Full, true, "libx264", kCodecH264, {}, "aac", kCodecAac},
-    {"avi", "video/avi", Picture::Full, true, "mpeg4", kCodecMpeg4, {}, "libmp3lame", kCodecMp3},
-    {"flv", "video/flv", Picture::Full, true, "flv", kCodecFlv1, {}, "libmp3lame", kCodecMp3},
-    {"gif", "video/gif", Picture::Full, true, "gif", kCodecGif, false, "none", {}},
-    {"mp3", "audio/mpeg", Picture::Token, {}, "png", kCodecPng, {}, "libmp3lame", kCodecMp3},
-    {"aac", "audio/aac", Picture::None, false, "none", {}, {}, "aac", kCodecAac},
-    {"flac", "audio/flac", Picture::Token, {}, "png", kCodecPng, {}, "flac", kCodecFlac},
+    {"mp4", "video/mp4", Video::Full, true, "libx264", kCodecH264, {}, "aac", kCodecAac},
+    {"avi", "video/avi", Video::Full, true, "mpeg4", kCodecMpeg4, {}, "libmp3lame", kCodecMp3},
+    {"flv", "video/flv", Video::Full, true, "flv", kCodecFlv1, {}, "libmp3lame", kCodecMp3},
+    {"gif", "video/gif", Video::Full, true, "gif", kCodecGif, false, "none", {}},
+    {"mp3", "audio/mpeg", Video::Token, {}, "png", kCodecPng, {}, "libmp3lame", kCodecMp3},
+    {"aac", "audio/aac", Video::None, false, "none", {}, {}, "aac", kCodecAac},
+    {"flac", "audio/flac", Video::Token, {}, "png", kCodecPng, {}, "flac", kCodecFlac},
 }};
 
 const FormatRow& rowOf(RecordingFormat format)
@@ -56,20 +56,20 @@ const FormatRow& rowOf(RecordingFormat format)
     return kRows.at(static_cast<std::size_t>(format));
 }
 
-void setPictureSize(obs_data_t* settings, int widthPx, int heightPx, int bitRate)
+void setVideoSize(obs_data_t* settings, int widthPx, int heightPx, int bitRate)
 {
     obs_data_set_int(settings, "video_bitrate", bitRate);
     obs_data_set_int(settings, "scale_width", widthPx);
     obs_data_set_int(settings, "scale_height", heightPx);
 }
 
-void setPicture(obs_data_t* settings, const FormatRow& row, const FfmpegRequest& request)
+void setVideo(obs_data_t* settings, const FormatRow& row, const FfmpegRequest& request)
 {
-    if (row.picture == Picture::Full) {
+    if (row.size == Video::Full) {
         obs_data_set_int(settings, "gop_size", static_cast<long long>(request.fps) * kSecondsBetweenKeyFrames);
-        setPictureSize(settings, request.widthPx, request.heightPx, request.bitRate * 1024);
-    } else if (row.picture == Picture::Token) {
-        setPictureSize(settings, kTokenPictureSizePx, kTokenPictureSizePx, kTokenPictureBitRate);
+        setVideoSize(settings, request.widthPx, request.heightPx, request.bitRate * 1024);
+    } else if (row.size == Video::Token) {
+        setVideoSize(settings, kTokenVideoSizePx, kTokenVideoSizePx, kTokenVideoBitRate);
     }
     if (row.video)
         obs_data_set_bool(settings, "video", *row.video);
@@ -78,7 +78,7 @@ void setPicture(obs_data_t* settings, const FormatRow& row, const FfmpegRequest&
         obs_data_set_int(settings, "video_encoder_id", *row.videoEncoderId);
 }
 
-void setSound(obs_data_t* settings, const FormatRow& row)
+void setAudio(obs_data_t* settings, const FormatRow& row)
 {
     if (row.audio)
         obs_data_set_bool(settings, "audio", *row.audio);
@@ -114,36 +114,36 @@ ObsDataHandle buildFfmpegSettings(RecordingFormat format, const FfmpegRequest& r
     obs_data_set_string(settings.get(), "format_name", row.name);
     obs_data_set_string(settings.get(), "format_mime_type", row.mimeType);
     obs_data_set_string(settings.get(), "muxer_settings", nullptr);
-    setPicture(settings.get(), row, request);
-    setSound(settings.get(), row);
+    setVideo(settings.get(), row, request);
+    setAudio(settings.get(), row);
     return settings;
 }
 
-video_scale_info enginePictureForm()
+video_scale_info engineVideoConversion()
 {
-    video_scale_info form{};
+    video_scale_info conversion{};
     obs_video_info engine{};
     if (!obs_get_video_info(&engine))
-        return form;
-    form.format = engine.output_format;
-    form.width = engine.output_width;
-    form.height = engine.output_height;
-    form.range = engine.range;
-    form.colorspace = engine.colorspace;
-    return form;
+        return conversion;
+    conversion.format = engine.output_format;
+    conversion.width = engine.output_width;
+    conversion.height = engine.output_height;
+    conversion.range = engine.range;
+    conversion.colorspace = engine.colorspace;
+    return conversion;
 }
 
-video_scale_info pictureFormFor(RecordingFormat format)
+video_scale_info videoConversionFor(RecordingFormat format)
 {
-    video_scale_info form = enginePictureForm();
+    video_scale_info conversion = engineVideoConversion();
     switch (format) {
     case RecordingFormat::Avi:
     case RecordingFormat::Flv:
-        form.range = VIDEO_RANGE_PARTIAL;
+        conversion.range = VIDEO_RANGE_PARTIAL;
         break;
     case RecordingFormat::Gif:
-        form.range = VIDEO_RANGE_PARTIAL;
-        form.colorspace = VIDEO_CS_601;
+        conversion.range = VIDEO_RANGE_PARTIAL;
+        conversion.colorspace = VIDEO_CS_601;
         break;
     case RecordingFormat::Mp4:
     case RecordingFormat::Mp3:
@@ -151,5 +151,5 @@ video_scale_info pictureFormFor(RecordingFormat format)
     case RecordingFormat::Flac:
         break;
     }
-    return form;
+    return conversion;
 }

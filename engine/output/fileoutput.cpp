@@ -23,7 +23,7 @@ constexpr size_t kRecordedMixer = 1;
 /// to fill, one that the encoder buffers.
 constexpr std::int64_t kAudioDelayNs = 192'000'000;
 
-/// The diagnostic line of setUp() knows three names only.
+/// The debug message of setUp() knows three names only.
 const char* diagnosticFormatName(int format)
 {
     switch (format) {
@@ -36,7 +36,7 @@ const char* diagnosticFormatName(int format)
     }
 }
 
-RecordingEnd reasonFrom(calldata_t* stopSignal)
+StopReason reasonFrom(calldata_t* stopSignal)
 {
     long long code = OBS_OUTPUT_SUCCESS;
     const char* text = nullptr;
@@ -58,6 +58,7 @@ bool FileOutput::create()
     if (m_output && m_recording)
         end(false);
     retire(std::move(m_output));
+    m_retired.releaseDue();
     if (enginecore::hasVideo())
         m_output.reset(obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr));
     if (!m_output) {
@@ -100,7 +101,7 @@ void FileOutput::setUp(const QString& storePath, int srcWidth, int srcHeight, in
 void FileOutput::attachEngine()
 {
     obs_output_set_media(m_output.get(), obs_get_video(), obs_get_audio());
-    const video_scale_info conversion = pictureFormFor(m_format);
+    const video_scale_info conversion = videoConversionFor(m_format);
     obs_output_set_video_conversion(m_output.get(), &conversion);
 }
 
@@ -108,7 +109,7 @@ void FileOutput::attachEngine()
 void FileOutput::connectTap()
 {
     m_tap.connect(kRecordedMixer);
-    m_tap.waitForPicture(m_timings.firstFrameLimit);
+    m_tap.waitForFrame(m_timings.firstFrameLimit);
 }
 
 bool FileOutput::prepareVideoReset()
@@ -132,13 +133,13 @@ int FileOutput::start()
         qWarning() << "A recording cannot start before the end of the last one has been signalled to everybody";
         return -1;
     }
-    // A handler of the previous recording may still be at its last lines.
+    // A handler of the previous recording may still be running.
     m_stopHandlers.waitUntilEmpty();
     m_endOwed = true;
     m_stoppedEarly = false;
     m_endedByItselfNs = 0;
     m_diskDrain.reset();
-    setEndReason({});
+    setStopReason({});
     emit statusChanged(recordstatus::kStarted);
     qDebug() << "Starting recording...";
     if (!m_output)
@@ -195,8 +196,8 @@ int FileOutput::failToStart()
     qDebug() << "Failed to start recording. Error:" << (text ? text : "No error message");
     if (m_endOwed.exchange(false)) {
         // An output that ended while it was being started has said more precisely why.
-        if (endReason().code == OBS_OUTPUT_SUCCESS)
-            setEndReason({OBS_OUTPUT_ERROR, QString::fromUtf8(text)});
+        if (stopReason().code == OBS_OUTPUT_SUCCESS)
+            setStopReason({OBS_OUTPUT_ERROR, QString::fromUtf8(text)});
         emit statusChanged(recordstatus::kEnded);
     }
     return -1;
@@ -223,13 +224,13 @@ void FileOutput::onStopped(void* self, calldata_t* stopSignal)
 void FileOutput::noteStop(calldata_t* stopSignal)
 {
     if (m_endOwed)
-        setEndReason(reasonFrom(stopSignal));
+        setStopReason(reasonFrom(stopSignal));
     if (QThread::currentThread() == thread())
         return;
     m_endedByItselfNs = os_gettime_ns();
     // The output frees its encoders as soon as this returns. The streams pass it nothing any more, but may still be
     // inside.
-    const CaptureProgress::StandStill still(m_tap);
+    const StreamTap::Quiesce quiesce(m_tap);
     // While the tap is connected the engine counts as active, and reads every frame back for nobody.
     QMetaObject::invokeMethod(this, &FileOutput::disconnectIdleTap, Qt::QueuedConnection);
 }
@@ -259,6 +260,7 @@ int FileOutput::stop(bool force)
 {
     if (m_output)
         end(force);
+    m_retired.releaseDue();
     m_tap.disconnect();
     m_recording = false;
     m_paused = false;
@@ -282,10 +284,10 @@ void FileOutput::end(bool force)
 /// libobs ignores a stop that comes while the output opens its file, and cannot cope with its release then.
 void FileOutput::cancelStart(ObsOutputHandle output)
 {
-    m_retired.keepStarting(std::move(output), m_endedByItselfNs);
+    m_retired.addStarting(std::move(output), m_endedByItselfNs);
     m_recordedFrames = 0;
     if (m_endOwed)
-        setEndReason({OBS_OUTPUT_CONNECT_FAILED, QStringLiteral("it took too long")});
+        setStopReason({OBS_OUTPUT_CONNECT_FAILED, QStringLiteral("it took too long")});
     reportEnd();
     m_endedByItselfNs = 0;
 }
@@ -294,8 +296,8 @@ void FileOutput::stopNow(obs_output_t* output, bool force)
 {
     if (hasEndedByItself())
         return;
-    const CaptureProgress::StandStill still(m_tap);
-    // A file that could not be written to its end has been given up, and the output is closing it on a thread of its
+    const StreamTap::Quiesce quiesce(m_tap);
+    // A file that could not be written to its end was abandoned, and the output is closing it on a thread of its
     // own: a stop would have this thread close it as well.
     if (hasEndedByItself())
         return;
@@ -309,10 +311,9 @@ void FileOutput::retire(ObsOutputHandle output)
 {
     const std::uint64_t endedNs = m_endedByItselfNs.exchange(0);
     if (output && endedNs != 0)
-        m_retired.keepEnded(std::move(output), endedNs);
+        m_retired.addEnded(std::move(output), endedNs);
     else if (output)
-        m_retired.keep(std::move(output));
-    m_retired.releaseDue();
+        m_retired.add(std::move(output));
 }
 
 bool FileOutput::isStarting() const
@@ -323,17 +324,12 @@ bool FileOutput::isStarting() const
 void FileOutput::shutDown()
 {
     m_endOwed = false;
-    if (isStarting())
-        m_retired.keepStarting(std::move(m_output), m_endedByItselfNs);
-    else if (m_output && m_recording)
-        stopNow(m_output.get(), false);
+    if (m_output && m_recording)
+        end(false);
     m_tap.disconnect();
     // The handler empties its own connection, which must not go while one is inside.
     m_stopHandlers.waitUntilEmpty();
-    if (m_output && hasEndedByItself())
-        m_retired.keepEnded(std::move(m_output), m_endedByItselfNs);
-    else if (m_output)
-        m_retired.keep(std::move(m_output));
+    retire(std::move(m_output));
 }
 
 void FileOutput::releaseEncoders()
@@ -380,13 +376,13 @@ bool FileOutput::isEndReached()
     // Frames that passed while the file was still being opened have not reached the encoder.
     const bool video =
         m_tap.framesSinceMark() > m_encoderDelayFrames && recordedFrames() > static_cast<quint64>(m_encoderDelayFrames);
-    const bool audio = m_tap.soundSinceMarkNs() > kAudioDelayNs;
+    const bool audio = m_tap.audioSinceMarkNs() > kAudioDelayNs;
     const bool isEncoded = (video || !hasVideo(m_format)) && (audio || m_format == RecordingFormat::Gif);
     if (video || isEncoded)
-        m_tap.holdPicture();
+        m_tap.blockVideo();
     if (audio || isEncoded)
-        m_tap.holdSound();
-    return isEncoded && m_tap.isHeld() &&
+        m_tap.blockAudio();
+    return isEncoded && m_tap.isBlocked() &&
            m_diskDrain.isOver(obs_output_get_total_bytes(m_output.get()), os_gettime_ns());
 }
 
@@ -395,14 +391,14 @@ quint64 FileOutput::recordedFrames() const
     return m_output ? static_cast<quint64>(obs_output_get_total_frames(m_output.get())) : m_recordedFrames;
 }
 
-void FileOutput::setEndReason(const RecordingEnd& reason)
+void FileOutput::setStopReason(const StopReason& reason)
 {
     const QMutexLocker locker(&m_endMutex);
-    m_endReason = reason;
+    m_stopReason = reason;
 }
 
-RecordingEnd FileOutput::endReason() const
+StopReason FileOutput::stopReason() const
 {
     const QMutexLocker locker(&m_endMutex);
-    return m_endReason;
+    return m_stopReason;
 }

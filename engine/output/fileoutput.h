@@ -4,12 +4,12 @@
 #include "engine/core/obshandles.h"
 #include "engine/output/audioencoders.h"
 #include "engine/output/callbackgate.h"
-#include "engine/output/captureprogress.h"
 #include "engine/output/diskdrain.h"
 #include "engine/output/outputpause.h"
-#include "engine/output/recordingend.h"
 #include "engine/output/recordingformat.h"
-#include "engine/output/restingoutputs.h"
+#include "engine/output/retiredoutputs.h"
+#include "engine/output/stopreason.h"
+#include "engine/output/streamtap.h"
 
 #include <QMutex>
 #include <QObject>
@@ -44,7 +44,7 @@ public:
     /// Any thread.
     bool isRecording() const { return m_recording && m_endOwed; }
     bool isPaused() const { return m_paused; }
-    RecordingEnd endReason() const;
+    StopReason stopReason() const;
 
     int encoderDelayFrames() const { return m_encoderDelayFrames; }
     /// Frames that the present recording, or else the last one, has handed to its encoder.
@@ -82,13 +82,13 @@ private:
     void noteStop(calldata_t* stopSignal);
     void disconnectIdleTap();
     void reportEnd();
-    void setEndReason(const RecordingEnd& reason);
+    void setStopReason(const StopReason& reason);
 
     const EngineTimings& m_timings;
     RecordingFormat m_format = RecordingFormat::Mp4;
     int m_encoderDelayFrames = 0;
     quint64 m_recordedFrames = 0;
-    CaptureProgress m_tap{m_timings.resumeLimit};
+    StreamTap m_tap{m_timings.resumeLimit};
     OutputPause m_pause{m_tap, m_timings};
     DiskDrain m_diskDrain;
 
@@ -102,13 +102,13 @@ private:
     bool m_reportingOnOwnThread = false;
     /// When the output ended by itself, on libobs' clock; 0 when it did not.
     std::atomic<std::uint64_t> m_endedByItselfNs{0};
-    /// Guards m_stopConnection, which the stop handler empties, and m_endReason.
+    /// Guards m_stopConnection, which the stop handler empties, and m_stopReason.
     mutable QMutex m_endMutex;
-    RecordingEnd m_endReason;
+    StopReason m_stopReason;
     CallbackGate m_stopHandlers;
 
     // Released in the reverse order.
-    RestingOutputs m_retired{m_tap, m_timings.release};
+    RetiredOutputs m_retired{m_tap, m_timings.release};
     ObsOutputHandle m_output;
     AudioEncoders m_encoders;
     ObsSignalConnection m_stopConnection;

@@ -6,14 +6,14 @@
 
 #include <cstdint>
 
-class CaptureProgress;
+class StreamTap;
 
 /// Pauses an output and lets it go on. User-interface thread, which waits for a pause that has not taken effect yet.
 class OutputPause
 {
 public:
     /// Both must outlive this object.
-    OutputPause(CaptureProgress& tap, const EngineTimings& timings) : m_tap(tap), m_timings(timings) {}
+    OutputPause(StreamTap& tap, const EngineTimings& timings) : m_tap(tap), m_timings(timings) {}
 
     /// For a recording that starts.
     void reset() { m_effectNs = 0; }
@@ -28,7 +28,7 @@ private:
     bool tell(obs_output_t* output, bool pause);
     void waitUntilBegun() const;
 
-    CaptureProgress& m_tap;
+    StreamTap& m_tap;
     const EngineTimings& m_timings;
     std::uint64_t m_effectNs = 0;
 };

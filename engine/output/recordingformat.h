@@ -23,5 +23,5 @@ RecordingFormat recordingFormatFromIndex(int index);
 /// Lower-case extension without the dot, for example "mp4".
 QString recordingFileExtension(RecordingFormat format);
 
-/// Whether the format holds a picture (MP4, AVI, FLV, GIF); the others are sound only.
+/// Whether the format holds video (MP4, AVI, FLV, GIF); the others are audio only.
 bool hasVideo(RecordingFormat format);

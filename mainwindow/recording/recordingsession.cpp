@@ -242,7 +242,7 @@ void RecordingSession::onRecordStatusChanged(int status)
 
 void RecordingSession::logEndReason() const
 {
-    const QString reason = m_recorder.endReasonText();
+    const QString reason = m_recorder.stopReasonText();
     if (m_stopRequested && reason.isEmpty())
         return;
     const QString text = m_starting        ? QStringLiteral("The recording could not start: %1")

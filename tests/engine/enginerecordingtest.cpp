@@ -5,23 +5,23 @@
 
 #include <QTest>
 
-PassingPictures::PassingPictures()
+PassingFrames::PassingFrames()
 {
-    obs_add_raw_video_callback(nullptr, &PassingPictures::onFrame, &m_passed);
+    obs_add_raw_video_callback(nullptr, &PassingFrames::onFrame, &m_passed);
 }
 
-PassingPictures::~PassingPictures()
+PassingFrames::~PassingFrames()
 {
-    obs_remove_raw_video_callback(&PassingPictures::onFrame, &m_passed);
+    obs_remove_raw_video_callback(&PassingFrames::onFrame, &m_passed);
 }
 
-bool PassingPictures::waitFor(int count) const
+bool PassingFrames::waitFor(int count) const
 {
     constexpr int kTimeoutMs = 20'000;
     return QTest::qWaitFor([this, wanted = m_passed + count] { return m_passed >= wanted; }, kTimeoutMs);
 }
 
-void PassingPictures::onFrame(void* passed, video_data*)
+void PassingFrames::onFrame(void* passed, video_data*)
 {
     ++*static_cast<std::atomic<int>*>(passed);
 }

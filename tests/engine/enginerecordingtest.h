@@ -11,13 +11,13 @@
 
 /// Follows the engine's video output, beside the outputs: a frame that has passed here has been handed to them, but
 /// for the latest one.
-class PassingPictures
+class PassingFrames
 {
 public:
-    PassingPictures();
-    ~PassingPictures();
-    PassingPictures(const PassingPictures&) = delete;
-    PassingPictures& operator=(const PassingPictures&) = delete;
+    PassingFrames();
+    ~PassingFrames();
+    PassingFrames(const PassingFrames&) = delete;
+    PassingFrames& operator=(const PassingFrames&) = delete;
 
     /// Waits until so many more have passed; false when they do not come.
     bool waitFor(int count) const;

@@ -19,7 +19,7 @@ void clear();
 void failAt(const QString& function);
 void failNowhere();
 
-/// How many outputs were let go of while libobs still ended them. It may then wait for ever for an end that has passed.
+/// How many outputs were released while libobs still ended them. It may then wait for ever for an end that has passed.
 int outputsReleasedWhileActive();
 
 /// From now on, the first is called before and the second after the program connects to an output's "stop" for the

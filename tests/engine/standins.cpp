@@ -17,8 +17,8 @@ struct Record
     QMap<QString, QJsonObject> settings;
     QJsonObject outputSettings;
     obs_output_t* output = nullptr;
-    std::vector<std::uint64_t> encodedPictures;
-    qsizetype capturedPictures = 0;
+    std::vector<std::uint64_t> encodedFrames;
+    qsizetype capturedFrames = 0;
 };
 
 Record& record()
@@ -78,12 +78,12 @@ void updateSource(void* data, obs_data_t* settings)
     noteSettings(source->typeId, settings);
 }
 
-void capturePicture(void* data, float)
+void captureFrame(void* data, float)
 {
     if (!obs_source_showing(static_cast<Source*>(data)->source))
         return;
     const QMutexLocker locker(&record().mutex);
-    ++record().capturedPictures;
+    ++record().capturedFrames;
 }
 
 uint32_t captureWidth(void*)
@@ -151,7 +151,7 @@ void registerCapture(const char* id, const char* (*name)(void*), obs_properties_
     info.get_name = name;
     info.create = createCapture;
     info.get_properties = properties;
-    info.video_tick = capturePicture;
+    info.video_tick = captureFrame;
     info.get_width = captureWidth;
     info.get_height = captureHeight;
     info.video_render = [](void*, gs_effect_t*) {};
@@ -176,7 +176,7 @@ void registerCropFilter()
     obs_register_source(&info);
 }
 
-bool renderNoSound(void*, uint64_t*, obs_source_audio_mix*, uint32_t, size_t, size_t)
+bool renderNoAudio(void*, uint64_t*, obs_source_audio_mix*, uint32_t, size_t, size_t)
 {
     return false;
 }
@@ -187,7 +187,7 @@ void registerTransition(const char* id, const char* (*name)(void*), bool configu
     info.get_name = name;
     info.update = nullptr;
     info.video_render = [](void*, gs_effect_t*) {};
-    info.audio_render = renderNoSound;
+    info.audio_render = renderNoAudio;
     if (configurable)
         info.get_properties = [](void*) { return obs_properties_create(); };
     obs_register_source(&info);
@@ -198,7 +198,7 @@ void* createOutput(obs_data_t* settings, obs_output_t* output)
     note(QStringLiteral("create output"));
     const QMutexLocker locker(&record().mutex);
     record().output = output;
-    record().encodedPictures.clear();
+    record().encodedFrames.clear();
     record().outputSettings = standins::toJson(settings);
     return output;
 }
@@ -237,11 +237,11 @@ void updateOutput(void*, obs_data_t* settings)
     record().outputSettings = standins::toJson(settings);
 }
 
-void encodePicture(void*, video_data* picture)
+void encodeFrame(void*, video_data* frame)
 {
     os_sleep_ms(static_cast<uint32_t>(standins::behaviour().encodeMs));
     const QMutexLocker locker(&record().mutex);
-    record().encodedPictures.push_back(picture->timestamp);
+    record().encodedFrames.push_back(frame->timestamp);
 }
 
 uint64_t bytesWritten(void*)
@@ -313,16 +313,16 @@ obs_output_t* currentOutput()
     return record().output;
 }
 
-std::vector<std::uint64_t> encodedPictures()
+std::vector<std::uint64_t> encodedFrames()
 {
     const QMutexLocker locker(&record().mutex);
-    return record().encodedPictures;
+    return record().encodedFrames;
 }
 
-qsizetype capturedPictures()
+qsizetype capturedFrames()
 {
     const QMutexLocker locker(&record().mutex);
-    return record().capturedPictures;
+    return record().capturedFrames;
 }
 
 QJsonObject toJson(obs_data_t* settings)
@@ -389,7 +389,7 @@ void registerOutputs()
     info.destroy = destroyOutput;
     info.start = startOutput;
     info.stop = stopOutput;
-    info.raw_video = encodePicture;
+    info.raw_video = encodeFrame;
     info.raw_audio = [](void*, audio_data*) {};
     info.update = updateOutput;
     info.get_total_bytes = bytesWritten;

@@ -12,7 +12,7 @@
 
 class ObsWrapper;
 
-/// Stand-ins for the plug-ins of libobs: capture, sound, filter, transition, encoder and file output, registered in the
+/// Stand-ins for the plug-ins of libobs: capture, audio, filter, transition, encoder and file output, registered in the
 /// real core under the names that the Windows plug-ins use. They do nothing but note what libobs asks of them.
 namespace standins {
 
@@ -39,7 +39,7 @@ struct Behaviour
     const char* outputError = nullptr;
     /// Called inside the output's start.
     std::function<void(obs_output_t*)> duringStart;
-    /// How long the output takes to encode a picture.
+    /// How long the output takes to encode a frame.
     int encodeMs = 0;
     /// Bytes that the output says it has written.
     std::function<uint64_t()> bytesWritten;
@@ -58,14 +58,14 @@ QJsonObject lastSettings(const QString& typeId);
 /// Settings that the output was last updated with, and the output itself; null when there is none.
 QJsonObject lastOutputSettings();
 obs_output_t* currentOutput();
-/// The moments, on libobs' clock, at which the pictures were taken that the output has finished encoding.
-std::vector<std::uint64_t> encodedPictures();
-/// Pictures that captures have taken, which they do while they are shown: one for each that the engine renders.
-qsizetype capturedPictures();
+/// The moments, on libobs' clock, at which the frames were taken that the output has finished encoding.
+std::vector<std::uint64_t> encodedFrames();
+/// Frames that captures have taken, which they do while they are shown: one for each that the engine renders.
+qsizetype capturedFrames();
 
 QJsonObject toJson(obs_data_t* settings);
 
-/// Starts the real core, without any module, at 320x240 with stereo sound.
+/// Starts the real core, without any module, at 320x240 with stereo audio.
 bool startCore();
 
 /// Register the stand-ins, for the life of the process. Each may be left out to see what its absence does.

@@ -16,20 +16,20 @@ class StockEngine
 public:
     static constexpr int kFps = 30;
     static constexpr int kBitRate = 4;
-    /// Numbers a second that the test pattern shows: one for every recorded picture, so that each that is lost is
+    /// Numbers a second that the test image shows: one for every recorded frame, so that each that is lost is
     /// missed.
     static constexpr int kPictureRate = kFps;
 
     ~StockEngine();
 
-    /// Shows the test pattern on the whole desktop, or plays the test tone. Empty on success, else what went wrong.
+    /// Shows the test image on the whole desktop, or plays the test tone. Empty on success, else what went wrong.
     QString showPicture();
     QString playTone();
 
-    /// Starts the engine, builds the scene and points it at the whole primary screen, its sound on. Empty on success,
+    /// Starts the engine, builds the scene and points it at the whole primary screen, its audio on. Empty on success,
     /// else what went wrong.
     QString start(const EngineTimings& timings = EngineTimings());
-    /// What is cut off the picture from now on; the picture has the size of what is left.
+    /// What is cut off the frame from now on; the frame has the size of what is left.
     bool setMargins(int left, int right, int top, int bottom);
     /// Releases the engine.
     void release() { m_engine.reset(); }
@@ -40,7 +40,7 @@ public:
     /// The size of what is recorded.
     QSize size() const { return m_size; }
 
-    /// Starts a recording and waits until its first picture was taken. Empty on success, else what went wrong.
+    /// Starts a recording and waits until its first frame was taken. Empty on success, else what went wrong.
     QString begin(const QString& storePath, int format);
     /// Brings the recording to its end and closes the file. Empty on success, else what went wrong.
     QString end();

@@ -117,7 +117,7 @@ private slots:
         QVERIFY(!obsspy::calls().contains("obs_output_update"));
     }
 
-    void setupGivesTheEncodersTheSoundThenConfiguresTheOutput()
+    void setupGivesTheEncodersTheAudioThenConfiguresTheOutput()
     {
         setup(0);
         QStringList calls = obsspy::calls();
@@ -225,7 +225,7 @@ private slots:
         QCOMPARE(standins::countOf("update output"), 1);
     }
 
-    void pictureFormOfEveryFormat_data()
+    void videoConversionOfEveryFormat_data()
     {
         QTest::addColumn<RecordingFormat>("format");
         QTest::addColumn<bool>("limitedRange");
@@ -240,14 +240,14 @@ private slots:
         QTest::newRow("flac") << RecordingFormat::Flac << false << false;
     }
 
-    void pictureFormOfEveryFormat()
+    void videoConversionOfEveryFormat()
     {
         QFETCH(const RecordingFormat, format);
         QFETCH(const bool, limitedRange);
         QFETCH(const bool, olderColours);
-        // Where it is the line's own form, libobs converts nothing.
+        // Where it is the engine's own format, libobs converts nothing.
         const video_output_info* line = video_output_get_info(obs_get_video());
-        const video_scale_info form = pictureFormFor(format);
+        const video_scale_info form = videoConversionFor(format);
         QCOMPARE(form.format, line->format);
         QCOMPARE(form.width, line->width);
         QCOMPARE(form.height, line->height);
@@ -281,7 +281,7 @@ private slots:
                                                "signal_handler_connect_ref stop", "signal_handler_disconnect stop"}));
     }
 
-    void picturesFlowWhenTheRecordingIsSetUp()
+    void framesFlowWhenTheRecordingIsSetUp()
     {
         QVERIFY(!obs_video_active());
         setup(0);
@@ -291,7 +291,7 @@ private slots:
         QVERIFY(!obsspy::calls().contains("obs_add_raw_video_callback"));
     }
 
-    void picturesFlowAgainAtTheStartWhenTheVideoWasResetAfterTheSetUp()
+    void framesFlowAgainAtTheStartWhenTheVideoWasResetAfterTheSetUp()
     {
         setup(0);
         QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
@@ -300,7 +300,7 @@ private slots:
         QCOMPARE(m_wrapper->startRecording(), 0);
         QVERIFY(obsspy::calls().indexOf("obs_add_raw_video_callback") >= 0);
         QVERIFY(obsspy::calls().indexOf("obs_add_raw_video_callback") < obsspy::calls().indexOf("obs_output_start"));
-        // From the line that the engine has now.
+        // From the video that the engine has now.
         QCOMPARE(obs_output_video(standins::currentOutput()), obs_get_video());
         QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
     }
@@ -314,7 +314,7 @@ private slots:
         QVERIFY(!m_wrapper->isRecording());
         QVERIFY(standins::events().indexOf("stop output") >= 0);
         QTRY_COMPARE(standins::events().last(), QStringLiteral("destroy output"));
-        QCOMPARE(m_wrapper->endReason().code, 0);
+        QCOMPARE(m_wrapper->stopReason().code, 0);
     }
 
     void forcedStop()
@@ -371,8 +371,8 @@ private slots:
         QCOMPARE(m_wrapper->startRecording(), -1);
         QCOMPARE(log.texts(QtDebugMsg).last(), QStringLiteral("Failed to start recording. Error: the shelf is full"));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_ERROR);
-        QCOMPARE(m_wrapper->endReason().text, QStringLiteral("the shelf is full"));
+        QCOMPARE(m_wrapper->stopReason().code, OBS_OUTPUT_ERROR);
+        QCOMPARE(m_wrapper->stopReason().text, QStringLiteral("the shelf is full"));
     }
 
     void releaseOrder()

@@ -125,7 +125,7 @@ private slots:
         QCOMPARE(standins::countOf("create monitor_capture as Computer_Monitor_Capture"), 0);
     }
 
-    void setupSceneTakesTheSoundOffItsChannels()
+    void setupSceneTakesTheAudioOffItsChannels()
     {
         QVERIFY(m_wrapper->initialize(320, 240, 30));
         QCOMPARE(nameOnChannel(1), QStringLiteral("Default Desktop Audio"));
@@ -177,7 +177,7 @@ private slots:
     {
         // Who waited would do so for ever.
         CapturePlatform platform = standins::platform();
-        platform.picturesUntilDrawn = std::numeric_limits<int>::max();
+        platform.framesUntilDrawn = std::numeric_limits<int>::max();
         EngineTimings timings;
         timings.sceneDrawnLimit = std::chrono::hours(1);
         m_wrapper = std::make_unique<ObsWrapper>(platform, timings);
@@ -192,20 +192,20 @@ private slots:
         QCOMPARE(m_wrapper->setupScene(1), 0);
         m_wrapper->setSceneRendered(false);
         waitForUpdates();
-        const qsizetype before = standins::capturedPictures();
+        const qsizetype before = standins::capturedFrames();
         m_wrapper->setSceneRendered(true);
-        QVERIFY(standins::capturedPictures() - before >= 2);
+        QVERIFY(standins::capturedFrames() - before >= 2);
         m_wrapper->setSceneRendered(false);
         waitForUpdates();
-        const qsizetype after = standins::capturedPictures();
+        const qsizetype after = standins::capturedFrames();
         waitForUpdates();
-        QCOMPARE(standins::capturedPictures(), after);
+        QCOMPARE(standins::capturedFrames(), after);
     }
 
     void sceneThatIsNotDrawnIsWaitedForHalfASecond()
     {
         CapturePlatform platform = standins::platform();
-        platform.picturesUntilDrawn = std::numeric_limits<int>::max();
+        platform.framesUntilDrawn = std::numeric_limits<int>::max();
         EngineTimings timings;
         QCOMPARE(timings.sceneDrawnLimit, std::chrono::milliseconds(500));
         timings.sceneDrawnLimit = std::chrono::milliseconds(50);
@@ -221,7 +221,7 @@ private slots:
         QVERIFY(m_wrapper->isSceneRendered());
     }
 
-    void sceneLeavesTheSoundAlone()
+    void sceneLeavesTheAudioAlone()
     {
         QVERIFY(m_wrapper->initialize(320, 240, 30));
         QCOMPARE(m_wrapper->setupScene(1), 0);
@@ -577,7 +577,7 @@ private:
         float height;
     };
 
-    /// The engine hands new settings to sources of pictures at its next picture.
+    /// The engine hands new settings to video sources at its next frame.
     static void waitForUpdates()
     {
         const uint32_t before = obs_get_total_frames();

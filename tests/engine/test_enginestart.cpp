@@ -197,7 +197,7 @@ private slots:
 
     void secondAttemptAfterAFailedVideoResetFailsAsWell()
     {
-        // The engine itself runs by then, and its start-up is skipped; but there is no picture line to record.
+        // The engine itself runs by then, and its start-up is skipped; but there is no video to record.
         const QJsonObject outcome = run("video fails, then again");
         QCOMPARE(outcome.value("first"), QJsonValue(false));
         QCOMPARE(outcome.value("initialized"), QJsonValue(false));

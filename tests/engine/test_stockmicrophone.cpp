@@ -96,7 +96,7 @@ private:
     QProcess m_voice;
 };
 
-/// Whether one of the engine's two meters shows sound at present.
+/// Whether one of the engine's two meters shows audio at present.
 class Loudness
 {
 public:
@@ -160,7 +160,7 @@ private slots:
         const QList<std::optional<uint32_t>> numbers = file.numbers(TestPattern(m_stock.size()));
         QCOMPARE(countNumbers(numbers).unreadable, 0);
         QCOMPARE(countNumbers(numbers).backwards, 0);
-        // The picture went on, a busy machine's late ones apart.
+        // The video went on, a busy machine's late ones apart.
         QVERIFY2(longestGap(numbers) < StockEngine::kPictureRate, qPrintable(QString::number(longestGap(numbers))));
 
         m_samples = file.samples(testtone::kSamplesPerSecond);
@@ -169,7 +169,7 @@ private slots:
         QVERIFY2(loudness(with, kVoiceHz) > 0.05, qPrintable(QString::number(loudness(with, kVoiceHz))));
         QVERIFY2(loudness(without, kVoiceHz) < 0.005, qPrintable(QString::number(loudness(without, kVoiceHz))));
         QVERIFY2(loudness(again, kVoiceHz) > 0.05, qPrintable(QString::number(loudness(again, kVoiceHz))));
-        // The sound of the computer is there throughout, and nowhere twice.
+        // The computer's audio is there throughout, and nowhere twice.
         const double desktop = loudness(with, testtone::kBaseFrequencyHz);
         QVERIFY2(desktop > 0.02, qPrintable(QString::number(desktop)));
         for (const double at : {without, again}) {
@@ -179,8 +179,8 @@ private slots:
     }
 
 private:
-    /// Until both sources are connected and their meters show sound. The sound server first connects a source without a
-    /// device to another one, and delivers sound about a second after it has connected the right one.
+    /// Until both sources are connected and their meters show audio. The sound server first connects a source without a
+    /// device to another one, and delivers audio about a second after it has connected the right one.
     void waitUntilAllIsHeard() const
     {
         QTRY_VERIFY_WITH_TIMEOUT(isListenedTo(qEnvironmentVariable("KESTRANO_TEST_MICROPHONE")), kTimeoutMs);

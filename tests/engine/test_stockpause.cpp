@@ -59,7 +59,7 @@ int longestStandstill(const QList<std::optional<uint32_t>>& numbers)
 
 } // namespace
 
-/// Pausing real recordings of a desktop that shows and sounds the time, with the stock plug-ins.
+/// Pausing real recordings of a desktop that shows and plays the time, with the stock plug-ins.
 class TestStockPause : public QObject
 {
     Q_OBJECT
@@ -83,7 +83,7 @@ private slots:
     void twoPausesAreNotInTheFile_data()
     {
         QTest::addColumn<int>("format");
-        // Picture and sound, picture alone, sound with a token picture, sound alone.
+        // Video and audio, video alone, audio with a token video, audio alone.
         for (const RecordingFormat format :
              {RecordingFormat::Mp4, RecordingFormat::Gif, RecordingFormat::Mp3, RecordingFormat::Aac})
             QTest::newRow(qPrintable(recordingFormatName(format))) << static_cast<int>(format);
@@ -113,14 +113,14 @@ private slots:
         const MediaFile file(recordingUrl(path, recorded));
         QVERIFY2(file.isReadable(), qPrintable(file.error()));
         if (hasVideo(recorded))
-            checkPicture(file, 3, expected);
+            checkVideo(file, 3, expected);
         if (recorded != RecordingFormat::Gif)
-            checkSoundLength(file, expected);
+            checkAudioLength(file, expected);
         if (hasVideo(recorded) && recorded != RecordingFormat::Gif)
             checkTogether(file);
     }
 
-    void manyHastyPausesDoNotDriveSoundAndPictureApart()
+    void manyHastyPausesDoNotDriveAudioAndVideoApart()
     {
         const QString path = m_folder.filePath(QStringLiteral("hasty"));
         QCOMPARE(m_stock.begin(path, 0), QString());
@@ -160,12 +160,12 @@ private slots:
         const QList<Stretch> stretches = stretchesOf(file.numbers(TestPattern(m_stock.size())));
         QVERIFY(!stretches.isEmpty() && stretches.size() <= 2);
         QVERIFY2(stretches.first().lastNumber >= *atPause, qPrintable(QString::number(stretches.first().lastNumber)));
-        // What is in it from after the pause is a few pictures at most.
+        // What is in it from after the pause is a few frames at most.
         if (stretches.size() == 2)
             QVERIFY2(stretches.last().frames <= 8, qPrintable(QString::number(stretches.last().frames)));
     }
 
-    void soundReachesToThePauseThatTheRecordingIsStoppedIn()
+    void audioReachesToThePauseThatTheRecordingIsStoppedIn()
     {
         const QString path = m_folder.filePath(QStringLiteral("sound"));
         QCOMPARE(m_stock.begin(path, 4), QString());
@@ -180,7 +180,7 @@ private slots:
         QVERIFY2(seconds >= asked - 0.02 && seconds < asked + 0.5, qPrintable(QString::number(seconds - asked)));
     }
 
-    void endRequestedRightAfterAPauseIsHeldBackFor()
+    void endRequestedRightAfterAPauseIsDrainedFor()
     {
         const QString path = m_folder.filePath(QStringLiteral("after"));
         QCOMPARE(m_stock.begin(path, 0), QString());
@@ -211,9 +211,9 @@ private slots:
     }
 
     // Runs last: it has an engine of its own.
-    void stopInTheMiddleOfAResumeIsNotHeldUp()
+    void stopInTheMiddleOfAResumeIsNotBlocked()
     {
-        // Where the stop waited for picture and sound to meet, it would wait for ever.
+        // Where the stop waited for video and audio to meet, it would wait for ever.
         EngineTimings timings;
         timings.resumeLimit = std::chrono::hours(1);
         m_stock.release();
@@ -237,7 +237,7 @@ private:
         return static_cast<double>(monotonicNow() - began) / kNsPerSecond;
     }
 
-    void checkPicture(const MediaFile& file, int takes, double expected) const
+    void checkVideo(const MediaFile& file, int takes, double expected) const
     {
         const QList<std::optional<uint32_t>> numbers = file.numbers(TestPattern(m_stock.size()));
         QVERIFY(!numbers.contains(std::nullopt));
@@ -253,7 +253,7 @@ private:
         QVERIFY2(longestStandstill(numbers) <= 5, qPrintable(QString::number(longestStandstill(numbers))));
     }
 
-    void checkSoundLength(const MediaFile& file, double expected) const
+    void checkAudioLength(const MediaFile& file, double expected) const
     {
         const double seconds =
             static_cast<double>(file.samples(testtone::kSamplesPerSecond).size()) / testtone::kSamplesPerSecond;
@@ -261,8 +261,8 @@ private:
         QVERIFY2(std::abs(seconds - expected) < 0.3, qPrintable(QString::number(seconds - expected)));
     }
 
-    /// In the middle of each long stretch the sound and the picture tell the same time, as far apart as the sound
-    /// server held the sound back.
+    /// In the middle of each long stretch the audio and the video tell the same time, as far apart as the sound
+    /// server delays the audio.
     void checkTogether(const MediaFile& file) const
     {
         constexpr int kSpanMs = 300;

@@ -34,47 +34,47 @@ const QPoint kInClick(0, 0);
 const QPoint kInHighlight(16, 0);
 const QPoint kOutside(23, 0);
 
-/// The picture as the engine hands it to its outputs.
-class PictureTap
+/// The frame as the engine hands it to its outputs.
+class FrameTap
 {
 public:
-    /// The picture after a few that show what has just been set.
+    /// The frame after a few that show what has just been set.
     static QImage take(const QSize& size)
     {
-        PictureTap tap(size);
+        FrameTap tap(size);
         video_scale_info form{};
         form.format = VIDEO_FORMAT_BGRA;
         form.width = static_cast<uint32_t>(size.width());
         form.height = static_cast<uint32_t>(size.height());
         form.range = VIDEO_RANGE_FULL;
         form.colorspace = VIDEO_CS_709;
-        obs_add_raw_video_callback(&form, &PictureTap::onFrame, &tap);
+        obs_add_raw_video_callback(&form, &FrameTap::onFrame, &tap);
         const int64_t before = rendered();
         const bool came =
-            QTest::qWaitFor([&] { return rendered() - before >= kPicturesUntilShown && tap.m_hasPicture; }, 10'000);
-        obs_remove_raw_video_callback(&PictureTap::onFrame, &tap);
+            QTest::qWaitFor([&] { return rendered() - before >= kFramesUntilShown && tap.m_hasFrame; }, 10'000);
+        obs_remove_raw_video_callback(&FrameTap::onFrame, &tap);
         return came ? tap.m_image : QImage();
     }
 
 private:
-    static constexpr int kPicturesUntilShown = 6;
+    static constexpr int kFramesUntilShown = 6;
 
-    explicit PictureTap(const QSize& size) : m_image(size, QImage::Format_RGB32) {}
+    explicit FrameTap(const QSize& size) : m_image(size, QImage::Format_RGB32) {}
 
-    /// Pictures that were drawn, not repeated ones: those show what was there before.
+    /// Frames that were drawn, not repeated ones: those show what was there before.
     static int64_t rendered() { return int64_t{obs_get_total_frames()} - obs_get_lagged_frames(); }
 
     static void onFrame(void* param, video_data* frame)
     {
-        auto& self = *static_cast<PictureTap*>(param);
+        auto& self = *static_cast<FrameTap*>(param);
         for (int y = 0; y < self.m_image.height(); ++y)
             std::copy_n(frame->data[0] + static_cast<std::size_t>(frame->linesize[0]) * static_cast<std::size_t>(y),
                         4 * static_cast<std::size_t>(self.m_image.width()), self.m_image.scanLine(y));
-        self.m_hasPicture = true;
+        self.m_hasFrame = true;
     }
 
     QImage m_image;
-    std::atomic<bool> m_hasPicture{false};
+    std::atomic<bool> m_hasFrame{false};
 };
 
 void xdotool(const QStringList& arguments)
@@ -110,7 +110,7 @@ ObsSourceHandle captureSource()
 
 } // namespace
 
-/// The circles around the pointer in the picture of a real desktop, with the stock capture. The desktop is grey, and
+/// The circles around the pointer in the video of a real desktop, with the stock capture. The desktop is grey, and
 /// the pointer itself is not captured unless a test says so.
 class TestStockPointer : public QObject
 {
@@ -236,9 +236,9 @@ private slots:
         QVERIFY(engine.setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, false, 0, 0, 0, 0));
         engine.setCursorEffects(true);
         movePointer({470, 300});
-        const QImage onIt = PictureTap::take(monitor.size());
+        const QImage onIt = FrameTap::take(monitor.size());
         movePointer({150, 300});
-        const QImage besideIt = PictureTap::take(monitor.size());
+        const QImage besideIt = FrameTap::take(monitor.size());
         QVERIFY(xrandr({"--delmonitor", "Left"}));
         QVERIFY(xrandr({"--delmonitor", "Right"}));
         engine.refreshCaptureTargets(false);
@@ -293,7 +293,7 @@ private slots:
     }
 
 private:
-    QImage take() { return PictureTap::take(m_stock.size()); }
+    QImage take() { return FrameTap::take(m_stock.size()); }
 
     static bool isColour(const QImage& picture, const QPoint& place, const QColor& expected)
     {

@@ -35,7 +35,7 @@ constexpr int kFps = 30;
 constexpr int kBitRate = 4;
 constexpr int kEndTimeoutMs = 10'000;
 
-/// Numbers a second that the desktop shows: one for every recorded picture, so that each one that is lost is missed.
+/// Numbers a second that the desktop shows: one for every recorded frame, so that each one that is lost is missed.
 constexpr int kPictureRate = kFps;
 
 /// The number that the desktop shows at this moment.
@@ -137,9 +137,9 @@ private slots:
         const MediaFile file(recordingUrl(path, recorded));
         QVERIFY2(file.isReadable(), qPrintable(file.error()));
         if (hasVideo(recorded))
-            checkPicture(file);
+            checkVideo(file);
         if (recorded != RecordingFormat::Gif)
-            checkSound(file, end);
+            checkAudio(file, end);
     }
 
     void recordingBeginsWithTheScreenAsItIsWhenTheSceneComesBack()
@@ -202,10 +202,10 @@ private slots:
         QCoreApplication::processEvents();
         QCOMPARE(status.size(), 2);
         QVERIFY(!m_engine->isRecording());
-        QCOMPARE(m_engine->endReason().code, OBS_OUTPUT_CONNECT_FAILED);
+        QCOMPARE(m_engine->stopReason().code, OBS_OUTPUT_CONNECT_FAILED);
         QVERIFY(
-            describe(m_engine->endReason()).startsWith(QLatin1String("the file could not be opened for writing, ")));
-        QVERIFY(!m_engine->endReason().text.isEmpty());
+            describe(m_engine->stopReason()).startsWith(QLatin1String("the file could not be opened for writing, ")));
+        QVERIFY(!m_engine->stopReason().text.isEmpty());
     }
 
     void fullDiskEndsWithStatusTwoOnceAndAReason()
@@ -217,8 +217,8 @@ private slots:
         m_engine->setupFFmpeg(path, m_screen.width(), m_screen.height(), kFps, kBitRate, 2);
         QCOMPARE(m_engine->startRecording(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(status.size(), 2, 20'000);
-        QCOMPARE(m_engine->endReason().code, OBS_OUTPUT_NO_SPACE);
-        QCOMPARE(describe(m_engine->endReason()).left(16), QStringLiteral("the disk is full"));
+        QCOMPARE(m_engine->stopReason().code, OBS_OUTPUT_NO_SPACE);
+        QCOMPARE(describe(m_engine->stopReason()).left(16), QStringLiteral("the disk is full"));
         QCOMPARE(m_engine->stopRecording(false), 0);
         QTRY_VERIFY(!obs_video_active());
         QCoreApplication::processEvents();
@@ -250,7 +250,7 @@ private:
         // Opening the file takes its time on a busy machine.
         if (!QTest::qWaitFor([this] { return m_engine->recordedFrames() > 0; }, 10'000))
             return 0;
-        m_firstPicture = monotonicNow();
+        m_firstFrameNs = monotonicNow();
         QTest::qWait(durationMs);
         const int64_t end = monotonicNow();
         m_lastNumber = numberOnScreen().value_or(std::numeric_limits<uint32_t>::max());
@@ -261,7 +261,7 @@ private:
         return end;
     }
 
-    void checkPicture(const MediaFile& file) const
+    void checkVideo(const MediaFile& file) const
     {
         QCOMPARE(file.video()->size, m_screen.size());
         const NumbersHeld numbers = countNumbers(file.numbers(TestPattern(m_screen.size())));
@@ -271,18 +271,18 @@ private:
                  qPrintable(QStringLiteral("last picture %1, at the request %2").arg(*numbers.last).arg(m_lastNumber)));
     }
 
-    void checkSound(const MediaFile& file, int64_t end) const
+    void checkAudio(const MediaFile& file, int64_t end) const
     {
         const double seconds = static_cast<double>(file.samples(48000).size()) / 48000.0;
-        const double asked = static_cast<double>(end - m_firstPicture) / 1e9;
+        const double asked = static_cast<double>(end - m_firstFrameNs) / 1e9;
         QVERIFY2(seconds >= asked - 0.02, qPrintable(QStringLiteral("%1 s of %2 s").arg(seconds).arg(asked)));
     }
 
     QProcess m_picture;
     QTemporaryDir m_folder;
     QRect m_screen;
-    /// When the first picture of the last recording was taken, or a little later.
-    int64_t m_firstPicture = 0;
+    /// When the first frame of the last recording was taken, or a little later.
+    int64_t m_firstFrameNs = 0;
     /// What the desktop showed when the end of the last recording was requested.
     uint32_t m_lastNumber = 0;
     std::unique_ptr<ObsWrapper> m_engine;

@@ -58,7 +58,7 @@ QMap<QString, QVariant> storedSettings()
     return values;
 }
 
-/// A setting of a source; the library hands it to sources of pictures with the next picture.
+/// A setting of a source; the library hands it to video sources with the next frame.
 QJsonValue settingOf(const char* sourceType, const char* key)
 {
     return standins::lastSettings(QLatin1String(sourceType)).value(QLatin1String(key));
@@ -295,7 +295,7 @@ private slots:
         stopRecording();
     }
 
-    void soundIsRecordedWhereTheScreenCannotBe()
+    void audioIsRecordedWhereTheScreenCannotBe()
     {
         behaviour().monitors = {{"A: 640x480 @ 1280,0", "a"}};
         m_window->findChild<QComboBox*>(QStringLiteral("formatBox"))->setCurrentIndex(4);
@@ -305,7 +305,7 @@ private slots:
         stopRecording();
     }
 
-    void switchedOffScreenIsRestoredWithASoundFormat()
+    void switchedOffScreenIsRestoredWithAnAudioFormat()
     {
         openSettings()->setValue(settingskeys::kScreenSwitch, false);
         m_window->initializeCapture();
@@ -458,7 +458,7 @@ private:
         return found == windows.end() ? nullptr : qobject_cast<DrawWindow*>(*found);
     }
 
-    /// The engine hands new settings to sources of pictures at its next picture.
+    /// The engine hands new settings to video sources at its next frame.
     static bool waitForUpdates()
     {
         return QTest::qWaitFor([wanted = obs_get_total_frames() + 3] { return obs_get_total_frames() >= wanted; });

@@ -79,14 +79,14 @@ private slots:
     void windowsIsGivenMoreTimeForItsFirstPicture()
     {
         // On X11 the very next picture is captured as it is drawn.
-        QCOMPARE(CapturePlatform::x11().picturesUntilDrawn, 2);
-        QVERIFY(CapturePlatform::windows().picturesUntilDrawn > 2);
+        QCOMPARE(CapturePlatform::x11().framesUntilDrawn, 2);
+        QVERIFY(CapturePlatform::windows().framesUntilDrawn > 2);
     }
 
     void onlyTheSoundServerMovesWhoListens()
     {
-        QVERIFY(CapturePlatform::windows().soundKeepsToItsDevices);
-        QVERIFY(!CapturePlatform::x11().soundKeepsToItsDevices);
+        QVERIFY(CapturePlatform::windows().audioKeepsItsDevices);
+        QVERIFY(!CapturePlatform::x11().audioKeepsItsDevices);
     }
 
     void neededModules()

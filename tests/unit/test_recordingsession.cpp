@@ -77,7 +77,7 @@ public:
 
     void requestRecordingEnd() override { m_calls << QStringLiteral("end here"); }
     bool isRecordingEndReached() override { return pollsUntilDrained-- <= 0; }
-    QString endReasonText() const override { return error; }
+    QString stopReasonText() const override { return error; }
 
     /// The output ends for a reason of its own.
     void endByItself(const QString& reason)

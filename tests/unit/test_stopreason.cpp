@@ -1,9 +1,9 @@
-#include "engine/output/recordingend.h"
+#include "engine/output/stopreason.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>
 
-class TestRecordingEnd : public QObject
+class TestStopReason : public QObject
 {
     Q_OBJECT
 
@@ -21,7 +21,7 @@ private slots:
         QTest::newRow("went away") << -5 << "the place where the file is written went away";
         QTest::newRow("unsupported") << -6 << "the format is not supported on this computer";
         QTest::newRow("disk full") << -7 << "the disk is full";
-        QTest::newRow("not encoded") << -8 << "the picture or the sound could not be encoded";
+        QTest::newRow("not encoded") << -8 << "the video or the audio could not be encoded";
         QTest::newRow("unknown") << -4711 << "the engine gave no known reason";
     }
 
@@ -39,5 +39,5 @@ private slots:
     }
 };
 
-REGISTER_TEST(testrun::core<TestRecordingEnd>);
-#include "test_recordingend.moc"
+REGISTER_TEST(testrun::core<TestStopReason>);
+#include "test_stopreason.moc"

@@ -1,9 +1,9 @@
 #include "app/appidentity.h"
 #include "engine/core/obshandles.h"
 #include "engine/obswrapper.h"
-#include "engine/output/captureprogress.h"
 #include "engine/output/recordingformat.h"
-#include "engine/output/restingoutputs.h"
+#include "engine/output/retiredoutputs.h"
+#include "engine/output/streamtap.h"
 #include "engine/ports.h"
 #include "tests/engine/enginerecordingtest.h"
 #include "tests/engine/obsspy.h"
@@ -28,7 +28,7 @@
 using standins::behaviour;
 
 /// How a recording ends: by itself, at the wrong moment, on another thread, or as requested.
-class TestEngineRecordingEnd : public EngineRecordingTest
+class TestEngineStop : public EngineRecordingTest
 {
     Q_OBJECT
 
@@ -40,7 +40,7 @@ private slots:
         standins::registerOutputs();
     }
 
-    void outputThatEndedByItselfIsReleasedOnlyAfterARest()
+    void outputThatEndedByItselfIsReleasedLater()
     {
         EngineTimings timings = quickTimings();
         timings.release.delay = std::chrono::milliseconds(300);
@@ -57,7 +57,7 @@ private slots:
         QVERIFY2(timer.elapsed() >= timings.release.delay.count(), qPrintable(QString::number(timer.elapsed())));
     }
 
-    void restOfAnOutputHoldsNobodyUp()
+    void deferredReleaseBlocksNobody()
     {
         EngineTimings timings = quickTimings();
         timings.release.delay = std::chrono::hours(1);
@@ -71,7 +71,7 @@ private slots:
         QCOMPARE(standins::countOf("destroy output"), 0);
     }
 
-    void outputRestsForTenSeconds()
+    void outputIsReleasedAfterTenSeconds()
     {
         const DeferredRelease times = EngineTimings().release;
         QCOMPARE(times.delay, std::chrono::seconds(10));
@@ -79,7 +79,7 @@ private slots:
         QCOMPARE(times.busyLimit, std::chrono::seconds(5));
     }
 
-    void picturesFlowThoughTheLastRecordingsEndArrivesAfterTheSetUp()
+    void framesFlowThoughTheLastRecordingsEndArrivesAfterTheSetUp()
     {
         setup(0);
         QCOMPARE(m_wrapper->startRecording(), 0);
@@ -153,8 +153,8 @@ private slots:
         QCOMPARE(m_wrapper->startRecording(), 0);
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QVERIFY(!m_wrapper->isRecording());
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_CONNECT_FAILED);
-        QCOMPARE(m_wrapper->endReason().text, QStringLiteral("no such folder"));
+        QCOMPARE(m_wrapper->stopReason().code, OBS_OUTPUT_CONNECT_FAILED);
+        QCOMPARE(m_wrapper->stopReason().text, QStringLiteral("no such folder"));
         QCOMPARE(m_wrapper->stopRecording(false), 0);
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
@@ -196,7 +196,7 @@ private slots:
             disk.join();
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QVERIFY(!m_wrapper->isRecording());
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
+        QCOMPARE(m_wrapper->stopReason().code, OBS_OUTPUT_NO_SPACE);
         QVERIFY(waitForWholeEnd(standins::currentOutput()));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
@@ -207,17 +207,17 @@ private slots:
         behaviour().duringStart = [](obs_output_t* output) { signalStop(output, OBS_OUTPUT_NO_SPACE); };
         setup(0);
         QCOMPARE(m_wrapper->startRecording(), -1);
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
+        QCOMPARE(m_wrapper->stopReason().code, OBS_OUTPUT_NO_SPACE);
     }
 
     void outputThatStopsByItselfEndsWithStatusTwoOnce()
     {
         setup(0);
         QCOMPARE(m_wrapper->startRecording(), 0);
-        RecordingEnd seen;
+        StopReason seen;
         connect(
             m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(),
-            [this, &seen](int) { seen = m_wrapper->endReason(); }, Qt::DirectConnection);
+            [this, &seen](int) { seen = m_wrapper->stopReason(); }, Qt::DirectConnection);
         std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_NO_SPACE); }).join();
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
         // Known before the status was signalled.
@@ -226,7 +226,7 @@ private slots:
         signalStop(standins::currentOutput(), OBS_OUTPUT_ERROR);
         QVERIFY(waitForWholeEnd(standins::currentOutput()));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
+        QCOMPARE(m_wrapper->stopReason().code, OBS_OUTPUT_NO_SPACE);
     }
 
     void statusOfAnotherThreadArrivesQueued()
@@ -259,7 +259,7 @@ private slots:
         QVERIFY(!standins::events().contains("stop output"));
         QVERIFY(!standins::events().contains("force stop output"));
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2}));
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_NO_SPACE);
+        QCOMPARE(m_wrapper->stopReason().code, OBS_OUTPUT_NO_SPACE);
         QVERIFY(waitForWholeEnd(output));
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
     }
@@ -282,7 +282,7 @@ private slots:
         setup(1);
         QCOMPARE(m_wrapper->startRecording(), 0);
         QVERIFY(m_wrapper->isRecording());
-        QCOMPARE(m_wrapper->endReason().code, 0);
+        QCOMPARE(m_wrapper->stopReason().code, 0);
         QCOMPARE(m_wrapper->stopRecording(false), 0);
         QTRY_COMPARE(statuses(*m_status), (QList<int>{0, 2, 0, 2}));
     }
@@ -337,20 +337,20 @@ private slots:
         QVERIFY(!m_wrapper->pauseRecording(true));
         QCOMPARE(m_wrapper->startRecording(), 0);
         QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
-        const PassingPictures pictures;
+        const PassingFrames frames;
         obsspy::clear();
         QVERIFY(m_wrapper->pauseRecording(true));
         QVERIFY(m_wrapper->pauseRecording(true));
         QVERIFY(m_wrapper->isRecordingPaused());
         QVERIFY(m_wrapper->isRecording());
         // Frames from before the pause may still be on their way.
-        const auto countStands = [this, &pictures] {
+        const auto countStands = [this, &frames] {
             const quint64 before = m_wrapper->recordedFrames();
-            return pictures.waitFor(5) && m_wrapper->recordedFrames() == before;
+            return frames.waitFor(5) && m_wrapper->recordedFrames() == before;
         };
         QTRY_VERIFY(countStands());
         const quint64 paused = m_wrapper->recordedFrames();
-        QVERIFY(pictures.waitFor(5));
+        QVERIFY(frames.waitFor(5));
         QCOMPARE(m_wrapper->recordedFrames(), paused);
         QVERIFY(m_wrapper->pauseRecording(false));
         QVERIFY(!m_wrapper->isRecordingPaused());
@@ -397,7 +397,7 @@ private slots:
         QCOMPARE(m_wrapper->startRecording(), 0);
         QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
         QVERIFY(m_wrapper->pauseRecording(true));
-        QVERIFY(PassingPictures().waitFor(5));
+        QVERIFY(PassingFrames().waitFor(5));
         m_wrapper->requestRecordingEnd();
         QVERIFY(!m_wrapper->isRecordingPaused());
         QVERIFY(!m_wrapper->isRecordingEndReached());
@@ -418,17 +418,17 @@ private slots:
         QVERIFY(!m_wrapper->pauseRecording(true));
     }
 
-    void linesThatHaveReachedTheEndStandStillUntilTheStop()
+    void streamsThatHaveReachedTheEndAreBlockedUntilTheStop()
     {
         setup(1);
         QCOMPARE(m_wrapper->startRecording(), 0);
         QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
         m_wrapper->requestRecordingEnd();
         QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), kEndTimeoutMs);
-        // The picture that was on its way then has arrived.
-        QVERIFY(waitForRenderedPictures(3));
+        // The frame that was on its way then has arrived.
+        QVERIFY(waitForRenderedFrames(3));
         const quint64 atEnd = m_wrapper->recordedFrames();
-        QVERIFY(waitForRenderedPictures(6));
+        QVERIFY(waitForRenderedFrames(6));
         QCOMPARE(m_wrapper->recordedFrames(), atEnd);
         QCOMPARE(m_wrapper->stopRecording(false), 0);
         // And go on afterwards.
@@ -484,7 +484,7 @@ private slots:
         setup(5);
         QCOMPARE(m_wrapper->startRecording(), 0);
         QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
-        // Sound reaches the end a certain time after it: put off by a second request, it would not be reached here.
+        // Audio reaches the end a certain time after it: put off by a second request, it would not be reached here.
         m_wrapper->requestRecordingEnd();
         QTRY_VERIFY(m_wrapper->isRecordingEndReached());
         m_wrapper->requestRecordingEnd();
@@ -495,7 +495,7 @@ private slots:
     void endMayBeRequestedWhileTheFileIsBeingOpened_data()
     {
         QTest::addColumn<int>("format");
-        // Both ends would be reached by the pictures and the sound that pass while the file is being opened.
+        // Both ends would be reached by the frames and the audio that pass while the file is being opened.
         QTest::newRow("picture") << 1;
         QTest::newRow("video that the encoder buffers for long") << 0;
         QTest::newRow("sound only") << 5;
@@ -509,7 +509,7 @@ private slots:
         QCOMPARE(m_wrapper->startRecording(), 0);
         obs_output_t* output = standins::currentOutput();
         // What passes now never reaches the encoder.
-        QVERIFY(PassingPictures().waitFor(m_wrapper->encoderDelayFrames() + kPicturesOfAnEnd));
+        QVERIFY(PassingFrames().waitFor(m_wrapper->encoderDelayFrames() + kFramesOfAnEnd));
         QVERIFY(!m_wrapper->isRecordingEndReached());
         QVERIFY(obs_output_begin_data_capture(output, 0));
         QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), kEndTimeoutMs);
@@ -525,7 +525,7 @@ private slots:
         setup(5);
         QCOMPARE(m_wrapper->startRecording(), 0);
         m_wrapper->requestRecordingEnd();
-        QVERIFY(PassingPictures().waitFor(kPicturesOfAnEnd));
+        QVERIFY(PassingFrames().waitFor(kFramesOfAnEnd));
         QVERIFY(!m_wrapper->isRecordingEndReached());
         std::thread([] { signalStop(standins::currentOutput(), OBS_OUTPUT_CONNECT_FAILED); }).join();
         QVERIFY(m_wrapper->isRecordingEndReached());
@@ -549,9 +549,9 @@ private slots:
         QCOMPARE(m_wrapper->stopRecording(false), 0);
         QCOMPARE(statuses(*m_status), (QList<int>{0, 2}));
         QVERIFY(!m_wrapper->isRecording());
-        QCOMPARE(m_wrapper->endReason().code, OBS_OUTPUT_CONNECT_FAILED);
+        QCOMPARE(m_wrapper->stopReason().code, OBS_OUTPUT_CONNECT_FAILED);
         QCOMPARE(standins::countOf("destroy output"), 0);
-        // It would begin on a picture line that has gone.
+        // It would begin on video that has gone.
         QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), OBS_VIDEO_CURRENTLY_ACTIVE);
         if (nextRecordingRuns) {
             behaviour().duringStart = nullptr;
@@ -606,24 +606,24 @@ private slots:
         QCOMPARE(standins::countOf("destroy output"), 1);
     }
 
-    void restingOutputIsNotReleasedWhileItEnds()
+    void retiredOutputIsNotReleasedWhileItEnds()
     {
-        CaptureProgress lines;
-        RestingOutputs resting(lines);
+        StreamTap tap(EngineTimings().resumeLimit);
+        RetiredOutputs retired(tap);
         ObsOutputHandle started = startedOutput();
         obs_output_t* output = started.get();
         QVERIFY(obs_output_active(output));
-        resting.keepEnded(std::move(started), os_gettime_ns() - kLongAgoNs);
+        retired.addEnded(std::move(started), os_gettime_ns() - kLongAgoNs);
         // One that has ended is released by the same look.
-        resting.keepEnded(idleOutput(), os_gettime_ns() - kLongAgoNs);
+        retired.addEnded(idleOutput(), os_gettime_ns() - kLongAgoNs);
         QTRY_COMPARE(standins::countOf("destroy output"), 1);
         obs_output_stop(output);
         QTRY_COMPARE(standins::countOf("destroy output"), 2);
     }
 
-    void restingOutputIsWaitedForWhileItEnds()
+    void retiredOutputIsWaitedForWhileItEnds()
     {
-        CaptureProgress lines;
+        StreamTap tap(EngineTimings().resumeLimit);
         ObsOutputHandle started = startedOutput();
         QVERIFY(obs_output_active(started.get()));
         std::thread ending([output = ObsOutputHandle(obs_output_get_ref(started.get()))] {
@@ -634,25 +634,25 @@ private slots:
                 QThread::msleep(1);
         });
         {
-            RestingOutputs resting(lines);
-            resting.keepEnded(std::move(started), os_gettime_ns() - kLongAgoNs);
+            RetiredOutputs retired(tap);
+            retired.addEnded(std::move(started), os_gettime_ns() - kLongAgoNs);
         }
         ending.join();
         QCOMPARE(standins::countOf("destroy output"), 1);
     }
 
-    void restingOutputThatCannotOpenItsFileIsReleased_data()
+    void retiredOutputThatCannotOpenItsFileIsReleased_data()
     {
         QTest::addColumn<bool>("isFollowed");
         QTest::newRow("known before it is followed") << false;
         QTest::newRow("known afterwards") << true;
     }
 
-    void restingOutputThatCannotOpenItsFileIsReleased()
+    void retiredOutputThatCannotOpenItsFileIsReleased()
     {
         QFETCH(const bool, isFollowed);
         behaviour().duringStart = keepOpening;
-        CaptureProgress lines;
+        StreamTap tap(EngineTimings().resumeLimit);
         ObsOutputHandle started = startedOutput();
         obs_output_t* output = started.get();
         QVERIFY(output);
@@ -661,12 +661,12 @@ private slots:
             // Who took it for busy would wait for ever.
             DeferredRelease times = quickTimings().release;
             times.busyLimit = std::chrono::hours(1);
-            RestingOutputs resting(lines, times);
-            resting.keepStarting(std::move(started), endedNs);
-            QCOMPARE(resting.isAnyBusy(), isFollowed);
+            RetiredOutputs retired(tap, times);
+            retired.addStarting(std::move(started), endedNs);
+            QCOMPARE(retired.isAnyBusy(), isFollowed);
             if (isFollowed)
                 std::thread([output] { signalStop(output, OBS_OUTPUT_CONNECT_FAILED); }).join();
-            QVERIFY(!resting.isAnyBusy());
+            QVERIFY(!retired.isAnyBusy());
         }
         QVERIFY(!standins::events().contains("stop output"));
         QCOMPARE(standins::countOf("destroy output"), 1);
@@ -675,7 +675,7 @@ private slots:
     void outputThatNeverOpensItsFileIsLeftBehind()
     {
         behaviour().duringStart = keepOpening;
-        CaptureProgress lines;
+        StreamTap tap(EngineTimings().resumeLimit);
         ObsOutputHandle started = startedOutput();
         obs_output_t* output = started.get();
         QVERIFY(output);
@@ -683,11 +683,11 @@ private slots:
             const std::atomic<std::uint64_t> endedNs{0};
             DeferredRelease times = quickTimings().release;
             times.busyLimit = std::chrono::milliseconds(50);
-            RestingOutputs resting(lines, times);
-            resting.keepStarting(std::move(started), endedNs);
-            resting.keepEnded(idleOutput(), os_gettime_ns() - kLongAgoNs);
+            RetiredOutputs retired(tap, times);
+            retired.addStarting(std::move(started), endedNs);
+            retired.addEnded(idleOutput(), os_gettime_ns() - kLongAgoNs);
             QTRY_COMPARE(standins::countOf("destroy output"), 1);
-            QVERIFY(resting.isAnyBusy());
+            QVERIFY(retired.isAnyBusy());
         }
         QCOMPARE(standins::countOf("destroy output"), 1);
         const ObsOutputHandle leftBehind(output);
@@ -712,18 +712,18 @@ private slots:
         behaviour().encodeMs = 100;
         setup(1);
         QCOMPARE(m_wrapper->startRecording(), 0);
-        QTRY_VERIFY(standins::encodedPictures().size() > 3);
+        QTRY_VERIFY(standins::encodedFrames().size() > 3);
         const std::uint64_t requestNs = os_gettime_ns();
         m_wrapper->requestRecordingEnd();
         QTRY_VERIFY_WITH_TIMEOUT(m_wrapper->isRecordingEndReached(), kEndTimeoutMs);
-        const std::vector<std::uint64_t> encoded = standins::encodedPictures();
+        const std::vector<std::uint64_t> encoded = standins::encodedFrames();
         const auto after =
             std::count_if(encoded.begin(), encoded.end(), [requestNs](auto taken) { return taken >= requestNs; });
         QVERIFY2(after > m_wrapper->encoderDelayFrames(), qPrintable(QString::number(after)));
         QCOMPARE(m_wrapper->stopRecording(false), 0);
     }
 
-    void endOfSoundOnlyIsReachedByTheSound()
+    void endOfAudioOnlyIsReachedByTheAudio()
     {
         setup(5);
         QCOMPARE(m_wrapper->startRecording(), 0);
@@ -737,14 +737,14 @@ private slots:
 private:
     /// Longer than an output rests.
     static constexpr std::uint64_t kLongAgoNs = 15'000'000'000;
-    /// More than an encoder that holds little back, and the sound, need after the requested end.
-    static constexpr int kPicturesOfAnEnd = 10;
+    /// More than an encoder that buffers little, and the audio, need after the requested end.
+    static constexpr int kFramesOfAnEnd = 10;
 
     /// What an output does inside its start that opens its file on a thread of its own.
     static void keepOpening(obs_output_t*) {}
 
     /// Waits until the engine has rendered so many more, whether or not anybody takes them.
-    static bool waitForRenderedPictures(uint32_t count)
+    static bool waitForRenderedFrames(uint32_t count)
     {
         return QTest::qWaitFor([wanted = obs_get_total_frames() + count] { return obs_get_total_frames() >= wanted; },
                                20'000);
@@ -774,6 +774,6 @@ private:
     }
 };
 
-REGISTER_TEST(testrun::gui<TestEngineRecordingEnd>);
+REGISTER_TEST(testrun::gui<TestEngineStop>);
 
-#include "test_enginerecordingend.moc"
+#include "test_enginestop.moc"

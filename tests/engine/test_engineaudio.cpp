@@ -104,8 +104,8 @@ bool hasTone(const LevelSignal& signal)
 
 } // namespace
 
-/// The sound devices and their levels, on the real core with stand-ins under the names of the Windows plug-ins.
-class TestEngineSound : public QObject
+/// The audio devices and their levels, on the real core with stand-ins under the names of the Windows plug-ins.
+class TestEngineAudio : public QObject
 {
     Q_OBJECT
 
@@ -145,7 +145,7 @@ private slots:
         standins::clearEvents();
         behaviour().microphones = {{"Default", "default"}, {"Desk microphone", "mic-1"}};
         QTRY_VERIFY(!obs_source_muted(microphone));
-        // What was moved while it was away is taken up anew, on the devices that were chosen.
+        // What was moved while it was away is taken up again, on the devices that were chosen.
         QCOMPARE(standins::countOf("update wasapi_input_capture"), 1);
         QCOMPARE(standins::countOf("update wasapi_output_capture"), 1);
         QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("default"));
@@ -287,7 +287,7 @@ private slots:
         QCOMPARE(levels.microphone.count(kSilence), levels.microphone.size());
     }
 
-    void switchingTheDesktopSoundOffEmitsOneSignalOfZeros()
+    void switchingTheDesktopAudioOffEmitsOneSignalOfZeros()
     {
         QVERIFY(m_wrapper->initialize(320, 240, 30));
         LevelNotes levels(*m_wrapper);
@@ -419,7 +419,7 @@ private:
     void useAServerThatMovesWhoListens()
     {
         CapturePlatform platform = standins::platform();
-        platform.soundKeepsToItsDevices = false;
+        platform.audioKeepsItsDevices = false;
         makeWithQuickLooks(platform);
     }
 
@@ -441,6 +441,6 @@ private:
     std::unique_ptr<ObsWrapper> m_wrapper;
 };
 
-REGISTER_TEST(testrun::gui<TestEngineSound>);
+REGISTER_TEST(testrun::gui<TestEngineAudio>);
 
-#include "test_enginesound.moc"
+#include "test_engineaudio.moc"

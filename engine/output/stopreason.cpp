@@ -1,4 +1,4 @@
-#include "engine/output/recordingend.h"
+#include "engine/output/stopreason.h"
 
 #include <obs-defs.h>
 
@@ -24,7 +24,7 @@ const char* wordsFor(int code)
     case OBS_OUTPUT_NO_SPACE:
         return "the disk is full";
     case OBS_OUTPUT_ENCODE_ERROR:
-        return "the picture or the sound could not be encoded";
+        return "the video or the audio could not be encoded";
     default:
         return "the engine gave no known reason";
     }
@@ -32,8 +32,8 @@ const char* wordsFor(int code)
 
 } // namespace
 
-QString describe(const RecordingEnd& end)
+QString describe(const StopReason& reason)
 {
-    const QString words = QLatin1String(wordsFor(end.code));
-    return end.text.isEmpty() ? words : QStringLiteral("%1 (%2)").arg(words, end.text);
+    const QString words = QLatin1String(wordsFor(reason.code));
+    return reason.text.isEmpty() ? words : QStringLiteral("%1 (%2)").arg(words, reason.text);
 }

@@ -3,7 +3,7 @@
 #include <QString>
 
 /// Why a recording ended.
-struct RecordingEnd
+struct StopReason
 {
     /// libobs' output code: 0 for an end that was asked for, negative for a failure.
     int code = 0;
@@ -11,6 +11,5 @@ struct RecordingEnd
     QString text;
 };
 
-/// The reason in plain words, for example "the disk is full", with the output's own words in brackets where there are
-/// any.
-QString describe(const RecordingEnd& end);
+/// In plain words, for example "the disk is full", with the output's own in brackets where there are any.
+QString describe(const StopReason& reason);
