@@ -84,6 +84,13 @@ private:
     std::unique_ptr<Ui::SCMainWindow> m_ui;
     std::unique_ptr<ObsWrapper> m_obs;
     std::unique_ptr<QSettings> m_settings;
+    std::unique_ptr<OutputOptions> m_recordingOptions;
+    std::unique_ptr<OutputOptions> m_screenshotOptions;
+    std::unique_ptr<CaptureSelection> m_selection;
+    std::unique_ptr<CaptureController> m_capture;
+    std::unique_ptr<RecordingView> m_view;
+    RegionOverlays* m_region = nullptr;
+    ScreenshotSession* m_screenshots = nullptr;
     SourceSwitches* m_switches = nullptr;
     WebcamSwitch* m_webcam = nullptr;
     FilePage* m_filePage = nullptr;

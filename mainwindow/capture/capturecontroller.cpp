@@ -1,7 +1,7 @@
 #include "mainwindow/capture/capturecontroller.h"
 
 #include "app/sclogger.h"
-#include "engine/capturetargets.h"
+#include "engine/capture/capturetargets.h"
 #include "engine/obswrapper.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/capture/capturearea.h"

@@ -1,7 +1,7 @@
 #include "mainwindow/capture/captureselection.h"
 
 #include "app/settings.h"
-#include "engine/recordingformat.h"
+#include "engine/output/recordingformat.h"
 #include "mainwindow/outputoptions.h"
 #include "ui_scmainwindow.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/recordingformat.h"
+#include "engine/output/recordingformat.h"
 
 #include <QString>
 

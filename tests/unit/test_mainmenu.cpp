@@ -28,7 +28,7 @@ private slots:
         m_settings->clear();
         m_settings->setValue(settingskeys::kLanguage, QStringLiteral("en_US"));
         m_recording = RecordingState::Idle;
-        m_menu = new MainMenu(&m_window, *m_settings, m_activity, {});
+        m_menu = new MainMenu(&m_window, *m_settings, m_activity, Durations{.updateCheckDelayMs = 3'600'000});
     }
 
     void cleanup() { delete m_menu; }
