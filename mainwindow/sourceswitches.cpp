@@ -52,8 +52,6 @@ void SourceSwitches::applyStored()
 
 void SourceSwitches::attachMeters(ObsWrapper& engine)
 {
-    m_sources.setDesktopAudioDevice(true, kDefaultAudioDevice);
-    m_sources.setMicDevice(true, kDefaultAudioDevice);
     connect(&engine, &ObsWrapper::playerVolumeDataChange, &m_rows.speakerMeter, &VolumeControl::setLevels);
     connect(&engine, &ObsWrapper::micVolumeDataChange, &m_rows.micMeter, &VolumeControl::setLevels);
     prepareMeter(m_rows.speakerMeter, engine.desktopMeterChannels(), engine.audioOutputChannels());

@@ -30,7 +30,7 @@ public:
     /// Sets the mouse switch to whether the pointer is to be highlighted.
     void applyStored();
 
-    /// Puts the default devices on the recording of an engine that has started, and feeds the meters from it.
+    /// Feeds the meters from an engine that has started.
     void attachMeters(ObsWrapper& engine);
 
     /// Shows the stored switches and sets the engine to them. Nothing is stored and no box is shown.

@@ -86,6 +86,8 @@ bool CaptureController::startEngine()
     if (result != 0)
         SCLogger::error(QStringLiteral("The capture scene could not be made: code %1").arg(result));
     m_engine.refreshCaptureTargets(false);
+    m_engine.setDesktopAudioDevice(true, kDefaultAudioDevice);
+    m_engine.setMicDevice(true, kDefaultAudioDevice);
     applyCaptureArea();
     return true;
 }

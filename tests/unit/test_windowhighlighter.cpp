@@ -581,7 +581,9 @@ private:
                 look(*menu);
             for (QAction* const action : menu->actions()) {
                 if (action->text() == entry) {
-                    QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, menu->actionGeometry(action).center());
+                    const QPoint centre = menu->actionGeometry(action).center();
+                    QTest::mouseMove(menu, centre);
+                    QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, centre);
                     return;
                 }
             }
