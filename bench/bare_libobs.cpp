@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The least that records a screen through libobs: the same core settings, scene, filter and file output that Kestrano
 // uses, and nothing of Kestrano around them. tools/bench runs it beside the program, so that what the program itself
 // costs can be told from what libobs costs.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Measures what a long list of files costs: to load it, to show those of one kind, to take one more. tools/bench runs
 // it without a display.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Measures the program, a bare libobs and FFmpeg's own screen capture on the display it runs on, one after the other,
 // and prints a table. tools/bench runs it on private desktops of several sizes.
 //

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Runs while installing for Windows, after everything else is in place: finds the DLLs that the installed programs and
 # DLLs are linked with, and installs those that are not the system's. One that is found nowhere ends the installation.
 #

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # What CPack makes for Windows: a zip that runs from where it is unpacked, and an installer for the current user.
 #
 #   cpack -G "ZIP;NSIS" --config build-windows/CPackConfig.cmake

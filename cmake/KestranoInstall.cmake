@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # What an executable and an installation carry besides code.
 
 # On Windows the program is a folder of its own, with the program at its top.

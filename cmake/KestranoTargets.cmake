@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # What every target of the program shares, and the functions that make them.
 
 # What the precompiled headers hold: what many sources include. Every source includes what it uses all the same;

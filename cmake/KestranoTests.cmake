@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Tests. All tests of a kind are one executable, kestrano_<kind>_tests. Each source registers one class in it
 # (tests/support/testregistry.h), and CTest starts the executable once for each class.
 #

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # The maker's addresses, in one place. A packager sets them with -D; the defaults lie under a name that is reserved
 # for examples and never resolves.
 set(KESTRANO_WEB_FIRST_RUN "https://www.kestrano.example/installed" CACHE STRING "Page opened once, on the first run")

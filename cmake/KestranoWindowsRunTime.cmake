@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Makes a Windows installation stand alone: the Qt plug-ins that the program opens while it runs, and every DLL that it,
 # the plug-ins and libobs are linked with. Elsewhere these come with the distribution.
 #

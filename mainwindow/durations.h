@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 /// The program's own durations, in milliseconds: the user's, unless a test asks for less.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mainwindow/outputoptions.h"
 
 #include "app/sclogger.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "screenshot/screengrab.h"
 
 #include "platform/windowing/capture_exclusion.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/overlayframe.h"
 
 #include "platform/windowing/overlay_window.h"

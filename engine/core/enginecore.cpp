@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/core/enginecore.h"
 
 #include "engine/capture/captureplatform.h"

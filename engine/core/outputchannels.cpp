@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/core/outputchannels.h"
 
 #include "engine/core/obshandles.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mainwindow/recording/recordingclock.h"
 
 RecordingClock::RecordingClock(QObject* parent, int tickMs) : QObject(parent), m_tickMs(tickMs)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/files/disk_sync.h"
 #include "platform/system_failure.h"
 

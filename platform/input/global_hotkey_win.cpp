@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/input/global_hotkey_backend.h"
 #include "platform/system_failure.h"
 

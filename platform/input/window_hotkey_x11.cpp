@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/input/global_hotkey.h"
 #include "platform/input/window_hotkey.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/desktop/regiontest.h"
 
 #include "app/settings.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "overlays/sccamerawindow.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/support/fakecameras.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/input/global_hotkey.h"
 #include "tests/desktop/userinput.h"
 #include "tests/support/testrun.h"

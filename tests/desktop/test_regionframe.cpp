@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "tests/desktop/desktoprun.h"

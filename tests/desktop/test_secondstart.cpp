@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/singleinstance.h"
 #include "tests/desktop/startedinstance.h"
 #include "tests/support/testrun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/windowing/window_activation.h"
 #include "tests/support/testrun.h"
 #include "tests/support/x11clients.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/engine/channels.h"
 
 #include "engine/core/obshandles.h"

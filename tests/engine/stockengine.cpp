@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/engine/stockengine.h"
 
 #include "engine/capture/capturetargets.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
 #include "engine/obswrapper.h"
 #include "tests/engine/channels.h"

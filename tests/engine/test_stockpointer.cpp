@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
 #include "engine/capture/capturetargets.h"
 #include "engine/capture/pointereffects.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Takes an image of every window, page and overlay of the program, for the eyes of who builds it and for the
 // documents. Wants a private desktop, on whose screen it shows them.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Installs the crash handler as the program does, says where the report will be, and crashes as it is told.
 //
 // Usage: kestrano_test_crasher WAY [SECONDS THAT A REPORT MAY TAKE]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Adds, deletes and reverses in the list of files for as long as it is let live, and tells a journal before and after
 // each step, in a line that is on its way to the disk when the step begins.
 //

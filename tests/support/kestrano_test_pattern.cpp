@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Fills the screen with the test pattern of testpattern.h and keeps its number in step with the clock.
 //
 //   kestrano_test_pattern [--rate NUMBERS_PER_SECOND] [--motion] [--clock-ahead NANOSECONDS]

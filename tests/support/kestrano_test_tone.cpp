@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Plays the sound of testtone.h on PulseAudio's default sink until it is told to end.
 //
 //   kestrano_test_tone

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 /* A camera that is not there, for programs that ask GStreamer for the cameras of the machine: a plug-in that lists one
  * while the file named by KESTRANO_TEST_CAMERA exists. It shows colour bars, in the sizes and at the frame rates of a
  * common webcam. */

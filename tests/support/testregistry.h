@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 /// The tests of one executable. Each test source registers one class, and main() runs the one that the first argument

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "overlays/sccamerawindow.h"
 #include "tests/support/fakecameras.h"
 #include "tests/support/loglines.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/support/minidump.h"
 #include "tests/support/testrun.h"
 #include "tests/unit/crashertest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/process/crash_report.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testregistry.h"

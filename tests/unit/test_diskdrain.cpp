@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/output/diskdrain.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testrun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/fileitemdelegate.h"
 #include "files/scfilemanager.h"
 #include "tests/support/addresses.h"

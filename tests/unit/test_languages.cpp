@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/settingstables.h"
 #include "tests/support/testrun.h"
 #include "tests/support/translationfile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/files/file_manager.h"
 #include "tests/support/addresses.h"
 #include "tests/support/testprofile.h"

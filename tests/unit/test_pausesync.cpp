@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/core/enginetimings.h"
 #include "engine/output/pausesync.h"
 #include "tests/support/testrun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mainwindow/capture/capturearea.h"
 #include "mainwindow/capture/ratiopresets.h"
 #include "tests/support/testrun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mainwindow/recording/recordingpath.h"
 #include "tests/support/testrun.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/settings.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/tile.h"

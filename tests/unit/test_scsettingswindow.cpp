@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/settings.h"
 #include "app/settingstables.h"
 #include "dialogs/scsettingswindow.h"

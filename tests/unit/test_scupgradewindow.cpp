@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/webaddresses.h"
 #include "dialogs/dialogwindow.h"
 #include "dialogs/scupgradewindow.h"

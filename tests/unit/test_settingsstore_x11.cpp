@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
 #include "app/settings.h"
 #include "tests/support/messagecapture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/support/shownclock.h"
 #include "tests/support/testpattern.h"
 #include "tests/support/testrun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mainwindow/recording/scfullscreentoolbar.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testrun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/webaddresses.h"
 #include "dialogs/scupgradewindow.h"
 #include "dialogs/updatecheck.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/settings.h"
 #include "dialogs/scaboutwindow.h"
 #include "dialogs/scupgradewindow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/files/windows_path.h"
 #include "tests/support/testrun.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The eyes and the fingers of a test that runs outside Windows: says which windows there are, and does to them what
 // other programs do.
 //

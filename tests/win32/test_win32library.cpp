@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/testrun.h"
 #include "tests/win32/win32user.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/win32/win32program.h"
 
 #include "tests/support/testpattern.h"

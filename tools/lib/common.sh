@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # shellcheck shell=bash
 # shellcheck disable=SC2034 # what is set here is used by the commands
 # What the commands in tools/ share: where the project is, how they speak, how they configure and build.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # shellcheck shell=bash
 # shellcheck disable=SC2034,SC2154 # the commands name the groups that they need; root comes from common.sh
 # Installs what is missing, and only that: on a machine that has everything neither apt nor sudo is called.

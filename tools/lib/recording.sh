@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # shellcheck shell=bash
 # Facts about a recording of the test pattern (tools/lib/test-pattern.tcl), in words.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # The moving test pattern of a private desktop: fills the screen below all windows.
 #
 # Usage: wish test-pattern.tcl WIDTH HEIGHT RATE BITS

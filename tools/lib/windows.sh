@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # shellcheck shell=bash
 # shellcheck disable=SC2034,SC2154 # the commands use what is set here; root comes from common.sh
 # The Windows kit: where it comes from and where it is unpacked.

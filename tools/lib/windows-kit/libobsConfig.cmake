@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # OBS::libobs, as libobs' own package calls it.
 get_filename_component(libobs_root "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
 if(NOT TARGET OBS::libobs)

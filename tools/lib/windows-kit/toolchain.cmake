@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # CMake toolchain for Windows x64 with mingw-w64 and the kit that this file lies in. moc, uic and rcc are the host's Qt's,
 # which has to be of the kit's version.
 set(CMAKE_SYSTEM_NAME Windows)
