@@ -29,10 +29,10 @@ public:
     /// next refresh.
     void addFile(const QString& path, const QString& type);
 
-    /// The file that is being recorded cannot be deleted.
+    /// It cannot be deleted.
     void setRecordedFile(const QString& path);
 
-    /// Shows the recorded file, and the errors that could not be shown while it was recorded.
+    /// Also shows the errors that could not be shown meanwhile.
     void onRecordingOver();
 
     /// Fills the list and selects the newest file, for a page that comes into view.
@@ -56,6 +56,5 @@ private:
     const QSettings& m_settings;
     const Activity& m_activity;
     SCFileManager* m_files;
-    /// Not shown while a recording ran.
     QStringList m_pendingErrors;
 };

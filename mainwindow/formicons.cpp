@@ -30,9 +30,10 @@ void FormIcons::showLabels()
 {
     for (QLabel* const label : m_form.findChildren<QLabel*>()) {
         const QString name = iconName(*label);
+        if (name.isEmpty())
+            continue;
         const QIcon icon = name.startsWith(QLatin1Char(':')) ? QIcon(name) : icons::named(name);
-        if (!name.isEmpty())
-            label->setPixmap(icon.pixmap(label->minimumSize(), label->devicePixelRatioF()));
+        label->setPixmap(icon.pixmap(label->minimumSize(), label->devicePixelRatioF()));
     }
 }
 

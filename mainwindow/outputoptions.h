@@ -46,7 +46,7 @@ public:
     int format() const;
 
     void showFormat(int position);
-    /// Shows and stores a format.
+    /// Shows and stores it.
     void setFormat(int position);
 
     QString folder() const;

@@ -23,9 +23,7 @@ class ScreenshotSession : public QObject
     Q_OBJECT
 
 public:
-    /// Belongs to window, the main window; region must outlive this object's use, activity as well.
-    ///
-    /// @param windowGoneMs how long a minimised window may still be seen
+    /// Belongs to window. @param windowGoneMs how long a minimised window may still be seen
     ScreenshotSession(QWidget* window, RegionOverlays& region, const Activity& activity, int windowGoneMs);
     ~ScreenshotSession() override;
 
@@ -53,10 +51,8 @@ public slots:
     void selectWindow();
 
 signals:
-    /// The main window, minimised for the screenshot, is to come back.
+    /// The main window was minimised for the screenshot.
     void restoreRequested();
-
-    /// The file was written.
     void saved(const QString& path);
 
 private:
@@ -79,10 +75,8 @@ private:
     RegionSelection* m_selection;
     QTimer* m_selectorDelay;
     QTimer* m_activationDelay;
-    /// Made when it is first needed.
     std::unique_ptr<SCScreenshotWindow> m_frame;
     bool m_isActive = false;
-    /// One thing over the desktop gives way to another.
     bool m_isChanging = false;
     bool m_minimisedWindow = false;
 };

@@ -25,8 +25,7 @@ public:
     CaptureController(Ui::SCMainWindow& ui, CaptureSelection& selection, RegionOverlays& region,
                       ScreenshotSession& screenshots, ObsWrapper& engine, const Activity& activity);
 
-    /// Starts the engine at the primary screen's size and makes its scene. On failure, which is logged, nothing of the
-    /// engine is used.
+    /// At the primary screen's size, with its scene. A failure is logged.
     bool startEngine();
 
     const CaptureSelection& selection() const { return m_selection; }
@@ -34,7 +33,6 @@ public:
     /// The area in logical pixels of the desktop.
     QRect area() const;
 
-    /// As a click on the tile does.
     void chooseFullScreen();
 
     /// For a recording that is about to be counted down: nothing is selected any more, and the area is one of the
@@ -44,9 +42,8 @@ public:
     /// Sets the engine to the area: size, target and crop. False when that failed.
     bool prepare();
 
-    /// Shows the frame of a region that is recorded.
+    /// Of a region that is recorded.
     void showFrame();
-
     void onRecordingOver();
 
 signals:
@@ -84,8 +81,7 @@ private:
     const Activity& m_activity;
     CaptureArea m_area;
     bool m_engineRuns = false;
-    /// Whether the engine knew the primary screen when its target was last set.
+    /// Whether the engine knows the primary screen.
     bool m_targetFound = false;
-    /// The frame was closed while a recording was under way.
     bool m_isFrameClosed = false;
 };

@@ -26,7 +26,6 @@ class CaptureSelection : public QObject
     Q_OBJECT
 
 public:
-    /// Full screen, with the screen on.
     CaptureSelection(Ui::SCMainWindow& ui, OutputOptions& output, QSettings& settings);
 
     /// Shows the stored screen switch. A stored format with video gives way to it, and stays stored.
@@ -37,7 +36,7 @@ public:
     bool recordsVideo() const;
     bool recordsRegion() const { return m_isScreenOn && m_mode == CaptureMode::Region; }
 
-    /// Chooses a mode and switches the screen on.
+    /// Also switches the screen on.
     void choose(CaptureMode mode);
 
     /// As the screen switch does: the mode is full screen then.
@@ -48,7 +47,6 @@ public:
 
     /// Remembers what is chosen, and chooses the region mode.
     void beginRegion();
-
     /// Takes beginRegion() back, except for a format that the user has chosen since.
     void cancelRegion();
 

@@ -16,8 +16,7 @@ public:
 
     /// Starts with a whole second, or stops.
     void setRunning(bool running);
-
-    /// Stops the clock, or resumes it where it was. Ignored by a clock that does not run.
+    /// Ignored by a clock that does not run.
     void setPaused(bool paused);
 
 signals:

@@ -16,7 +16,6 @@ public:
     /// @param typedName possibly empty: then the name is made from now, local time.
     RecordingPath(const QString& folder, const QString& typedName, RecordingFormat format, const QDateTime& now);
 
-    /// What the engine takes, which adds the extension itself.
     QString withoutExtension() const { return m_withoutExtension; }
 
     QString full() const;

@@ -49,40 +49,30 @@ public slots:
 
     /// Returns after the countdown and the start. Ignored unless idle.
     void requestStart();
-
-    /// Stops the recording once its last frames have left the encoder. Ignored while there is none.
+    /// Stops the recording once its last frames have left the encoder.
     void requestStop();
-
-    /// Pauses a running recording, or resumes a paused one; statusChanged() follows. Ignored otherwise and, with a line
-    /// in the log, where the engine cannot.
+    /// statusChanged() follows. Ignored, with a line in the log, where the engine cannot.
     void setPaused(bool paused);
 
     /// Cancels a countdown, or stops.
     void requestEnd();
-
-    /// Ignored unless a countdown runs.
     void cancelCountdown();
 
     /// Ends the recording of a user's session that ends: the file is closed when this returns, since the process may be
     /// ended at any moment from then on.
     void finishAtOnce();
 
-    /// A number of recordstatus, from the engine.
+    /// A number of recordstatus.
     void onRecordStatusChanged(int status);
-
-    /// One second has passed on the recording clock.
     void onTick();
 
 signals:
     void stateChanged(RecordingState state);
-
     /// A number of recordstatus.
     void statusChanged(int status);
-
     /// The recorded time as "hh:mm:ss".
     void elapsedChanged(const QString& text);
-
-    /// A file has been started. type is "video" or "audio".
+    /// When the file is started. type is "video" or "audio".
     void fileProduced(const QString& path, const QString& type);
 
 private:
@@ -108,7 +98,6 @@ private:
     RecordingState m_state = RecordingState::Idle;
     bool m_countdownCancelled = false;
     bool m_starting = false;
-    /// Whether the engine was asked to stop the present recording.
     bool m_stopRequested = false;
     RecordingClock m_clock;
     QTime m_elapsed{0, 0, 0};

@@ -9,9 +9,7 @@
 struct RecordingChoices
 {
     QString fileName;
-    /// Absolute path of the save folder.
     QString folder;
-    /// Position in the list of formats.
     int formatIndex = 0;
     /// The capture area in logical pixels.
     QSize areaSize;
@@ -34,13 +32,10 @@ public:
     virtual bool isWindowMinimised() const = 0;
     virtual void restoreWindow() = 0;
 
-    /// The floating bar and the region's frame.
     virtual void hideOverlays() = 0;
 
-    /// Counts down over the capture area; returns, having run events, when the countdown is over or was cancelled.
+    /// Returns, having run events, when the countdown is over or was cancelled.
     virtual void countDown(int from) = 0;
-
-    /// Ends a running countDown() and hides its window.
     virtual void cancelCountdown() = 0;
 
     /// Sets the engine to the capture area, size and target. False when that failed.

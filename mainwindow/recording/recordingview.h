@@ -30,7 +30,6 @@ class RecordingView : public QObject, private RecordingStage
     Q_OBJECT
 
 public:
-    /// All but durations must outlive this object.
     RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
                   const OutputOptions& output, RecorderPort& recorder, const Activity& activity,
                   const Durations& durations);
@@ -48,7 +47,6 @@ public:
     /// Does nothing while the program closes.
     void restoreWindow() override;
     void hideOverlays() override;
-    /// The record button's text in the language of now.
     void showButton();
 
 private:
@@ -77,7 +75,6 @@ private:
     Durations m_durations;
     RecordingSession m_session;
     QPointer<SCCountdownWidget> m_countdown;
-    /// Made when it is first needed.
     std::unique_ptr<SCFullscreenToolbar> m_toolbar;
     /// Whether the system keeps the floating bar out of the video wherever it is.
     bool m_isBarExcluded = false;

@@ -33,7 +33,7 @@ public:
     /// Lets exec() return. Neither hides the widget nor emits countdownFinished().
     void cancel();
 
-    /// Whether it counts; still true after an exec() that returned because the program quits.
+    /// Still true after an exec() that returned because the program quits.
     bool isCounting() const;
 
 public slots:

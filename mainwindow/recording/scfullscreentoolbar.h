@@ -28,25 +28,20 @@ public:
     /// With false the bar is not paused either.
     void setRecording(bool recording);
 
-    /// "hh:mm:ss"
     void setTimeText(const QString& text);
-
-    /// Marks a recording without video.
     void setAudioOnly(bool audioOnly);
-
     /// Whether the format can be paused. True at first.
     void setPausable(bool pausable);
-
     void setPaused(bool paused);
 
-    /// Shows the bar only while the pointer is at the top edge of the primary screen or over the bar, whatever the pin
-    /// says: for a position where it is recorded. False at first.
+    /// Shows the bar only while the pointer is at the top edge of the primary screen or over the bar: for a position
+    /// where it is recorded.
     void setTopEdgeOnly(bool topEdgeOnly);
 
-    /// What is recorded, in logical pixels of the desktop: the bar's tool tips stay out of it. Empty at first.
+    /// In logical pixels of the desktop: the bar's tool tips stay out of it.
     void setRecordedArea(const QRect& area) { m_recordedArea = area; }
 
-    /// A concealed bar is not painted, whether it is shown or not. False at first.
+    /// A concealed bar is not painted, whether it is shown or not.
     void setConcealed(bool concealed);
 
     /// A bar hidden this way does not show itself again; one that is shown fades in, or waits for the pointer.
@@ -58,14 +53,11 @@ public:
     static int layeredAlpha(double opacity);
 
 signals:
-    /// What the user wants from now on, as below.
+    // What the user wants from now on.
     void recordingToggled(bool isRecording);
-
-    /// The look follows with setPaused().
     void pauseToggled(bool paused);
 
 public slots:
-    /// checked: the pin is in, the bar stays.
     void onAutoHideToggled(bool checked);
     void checkMousePosition();
     void toggleRecording();

@@ -85,7 +85,7 @@ private slots:
         expectVideo();
     }
 
-    void rightEdgeOfA16To9PictureKeeps16To9GrowingSymmetrically()
+    void rightEdgeOfA16To9VideoKeeps16To9GrowingSymmetrically()
     {
         drag(at(1, 0.5) - QPoint(2, 0), at(1, 0.5) + QPoint(78, 30));
         // 270 high, of which both sides take the same whole number of pixels.
