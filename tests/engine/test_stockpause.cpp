@@ -71,6 +71,13 @@ private slots:
         QCOMPARE(m_stock.showPicture(), QString());
         QCOMPARE(m_stock.playTone(), QString());
         QCOMPARE(m_stock.start(), QString());
+        // A source is silent for about a second after the sound server has connected it.
+        bool isHeard = false;
+        const auto connection =
+            connect(&m_stock.engine(), &ObsWrapper::playerVolumeDataChange, this,
+                    [&isHeard](const float* magnitude) { isHeard = magnitude[0] < -1 && magnitude[0] > -60; });
+        QTRY_VERIFY_WITH_TIMEOUT(isHeard, 20'000);
+        disconnect(connection);
     }
 
     void cleanupTestCase() { m_stock.release(); }
