@@ -128,6 +128,13 @@ void SCScreenshotWindow::drawOnScreenshot()
     setDrawMode(!isDrawMode(), *m_drawButton);
 }
 
+void SCScreenshotWindow::clearDraw()
+{
+    m_drawPath = QPainterPath();
+    m_paths.clear();
+    clearStrokes();
+}
+
 void SCScreenshotWindow::cancelScreenshot()
 {
     emit screenshotCancelled();
@@ -209,7 +216,7 @@ QPixmap SCScreenshotWindow::grab() const
     if (m_grab->isExcluded() && isDrawMode() && !image.isNull()) {
         QPainter painter(&image);
         painter.setRenderHint(QPainter::Antialiasing);
-        strokes().paint(painter);
+        paintDrawing(painter);
     }
     return image;
 }
@@ -225,10 +232,21 @@ void SCScreenshotWindow::paintMixed(QPainter& painter) const
         painter.setRenderHint(QPainter::Antialiasing);
         // The tool bar counts from the desktop's corner, the frame from its own.
         fillForPointer(painter, m_capturing ? QRegion(rect()) : QRegion(rect()) - toolBar().geometry());
-        strokes().paint(painter);
+        paintDrawing(painter);
     }
     if (!m_capturing)
         paintBorder(painter);
+}
+
+void SCScreenshotWindow::paintDrawing(QPainter& painter) const
+{
+    for (const ColouredPath& entry : m_paths) {
+        painter.setPen(QPen(entry.color, entry.widthPx));
+        painter.drawPath(entry.path);
+    }
+    strokes().paint(painter);
+    if (!m_drawPath.isEmpty())
+        painter.drawPath(m_drawPath);
 }
 
 void SCScreenshotWindow::paintBorder(QPainter& painter) const

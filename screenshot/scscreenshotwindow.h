@@ -4,6 +4,10 @@
 #include "screenshot/screengrab.h"
 #include "widgets/overlayframe.h"
 
+#include <QColor>
+#include <QList>
+#include <QPainterPath>
+
 #include <memory>
 
 class SCScreenshot;
@@ -36,7 +40,7 @@ public slots:
     void cancelScreenshot();
     /// Toggles the pen.
     void drawOnScreenshot();
-    void clearDraw() { clearStrokes(); }
+    void clearDraw();
 
     /// The tool bar of a full-screen frame is inside it. Applies to the next show().
     void setFullScreen(bool fullScreen) { m_fullScreen = fullScreen; }
@@ -61,18 +65,28 @@ protected:
     void paintMixed(QPainter& painter) const override;
 
 private:
+    struct ColouredPath
+    {
+        QPainterPath path;
+        QColor color;
+        int widthPx;
+    };
+
     void buildToolBar();
     QPoint toolBarPosition() const;
 
     QPixmap grab() const;
     void restore();
 
+    void paintDrawing(QPainter& painter) const;
     void paintBorder(QPainter& painter) const;
 
     QPushButton* m_saveButton = nullptr;
     QPushButton* m_cancelButton = nullptr;
     QPushButton* m_drawButton = nullptr;
     QPushButton* m_clearButton = nullptr;
+    QPainterPath m_drawPath;
+    QList<ColouredPath> m_paths;
     bool m_fullScreen = false;
     /// The border is not painted.
     bool m_capturing = false;
