@@ -33,9 +33,9 @@ SCLogger::SCLogger(QObject* parent) : QObject(parent) {}
 
 SCLogger::~SCLogger()
 {
-    if (m_file.isOpen()) {
+    if (m_file->isOpen()) {
         m_stream.flush();
-        m_file.close();
+        m_file->close();
     }
 }
 
@@ -66,12 +66,12 @@ bool SCLogger::initialize(const QString& path)
 
 bool SCLogger::openForAppending()
 {
-    m_file.setFileName(m_filePath);
-    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text)) {
+    m_file->setFileName(m_filePath);
+    if (!m_file->open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text)) {
         qCritical() << "Failed to open log file:" << m_filePath;
         return false;
     }
-    m_stream.setDevice(&m_file);
+    m_stream.setDevice(m_file);
     return true;
 }
 
@@ -82,7 +82,7 @@ void SCLogger::writeLine(const QString& text)
         qWarning() << "Logger not initialized, cannot write:" << text;
         return;
     }
-    if (!m_file.isOpen() && !openForAppending())
+    if (!m_file->isOpen() && !openForAppending())
         return;
     // After one line for which the disk had no room, the stream would write no other.
     m_stream.resetStatus();

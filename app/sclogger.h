@@ -38,7 +38,7 @@ private:
     void writeLine(const QString& text);
 
     QMutex m_mutex; ///< guards what follows
-    QFile m_file{this};
+    QFile* m_file = new QFile(this);
     QTextStream m_stream;
     QString m_filePath;
     bool m_initialized = false;

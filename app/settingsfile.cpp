@@ -4,6 +4,7 @@
 #include <QIODevice>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <QString>
 
 namespace settingsfile {
@@ -14,9 +15,14 @@ QVariant parsedValue(const QString& text)
 {
     if (text == QLatin1String("true") || text == QLatin1String("false"))
         return text == QLatin1String("true");
-    const QJsonDocument list =
-        text.startsWith(u'"') ? QJsonDocument::fromJson('[' + text.toUtf8() + ']') : QJsonDocument();
-    return list.isArray() ? list[0].toString() : text;
+    // Typed by hand, it may have no second quote, more behind that, or escapes that JSON does not know.
+    static const QRegularExpression quoted(QStringLiteral(R"(^"((?:[^"\\]++|\\.)*+))"));
+    const QRegularExpressionMatch match = quoted.match(text);
+    if (!match.hasMatch())
+        return text;
+    const QString content = match.captured(1);
+    const QJsonDocument list = QJsonDocument::fromJson("[\"" + content.toUtf8() + "\"]");
+    return list.isArray() ? list[0].toString() : content;
 }
 
 QByteArray writtenValue(const QVariant& value)

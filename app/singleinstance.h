@@ -17,7 +17,7 @@
 ///
 /// Windows removes a segment with the last process that holds it. Elsewhere it outlives an instance that is killed:
 /// there a lock that the kernel drops with its holder proves that the first instance lives (platform::InstanceLock),
-/// and a second one of that kind, the gate, is held while an instance looks at, makes, fills or gives up the segment.
+/// and a second one of that kind, the gate, is held while an instance looks at, makes, fills or releases the segment.
 /// docs/single-instance.md has the cases.
 class SingleInstance
 {

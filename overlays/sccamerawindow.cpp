@@ -54,14 +54,13 @@ QRegion roundedRegion(const QRect& rect)
 SCCameraWindow::SCCameraWindow(QWidget* parent) : SCCameraWindow(std::make_shared<QtCameraSystem>(), parent) {}
 
 SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* parent, const CameraTimings& timings)
-    : QWidget(parent)
+    : QWidget(parent, Qt::WindowFlags::fromInt(kWindowFlags))
     , m_system(std::move(cameras))
     , m_timings(timings)
     , m_videoWidget(new QVideoWidget(this))
     , m_session(*m_system, *m_videoWidget)
 {
     setAttribute(Qt::WA_MouseTracking);
-    setWindowFlags(Qt::WindowFlags::fromInt(kWindowFlags));
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_NoSystemBackground);
     // Closing the window must not end the program.

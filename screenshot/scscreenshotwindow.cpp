@@ -40,12 +40,13 @@ SCScreenshotWindow::SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent
 {
     buildToolBar();
     positionToolBar();
+    platform::prepareAsOverlay(*this);
+    // Excludes both from capture before the tool bar is on the screen.
+    m_grab = std::make_unique<ScreenGrab>(*this, toolBar(), kBorderColor);
     toolBar().show();
     applyStyleSheet({this, &toolBar(), m_saveButton, m_cancelButton},
                     QStringLiteral(":/res/style/screenshot-window.qss"),
                     QStringLiteral("screenshot window stylesheet"));
-    platform::prepareAsOverlay(*this);
-    m_grab = std::make_unique<ScreenGrab>(*this, toolBar(), kBorderColor);
 }
 
 SCScreenshotWindow::~SCScreenshotWindow() = default;

@@ -32,14 +32,14 @@ int saturated(float value)
     return static_cast<int>(value);
 }
 
-/// The colour of a lit segment; place is its position in the row, from 0 to 1.
-QColor litColor(float place)
+/// The colour of a lit segment at a position in the row, from 0 to 1.
+QColor litColor(float position)
 {
-    if (place < 0.5F)
-        return QColor(89, 103, 242).lighter(static_cast<int>(place * 40.0F + 100.0F));
-    if (place < 0.75F)
-        return QColor(76, 175, 80).lighter(static_cast<int>((place - 0.5F) * 60.0F + 100.0F));
-    return QColor(255, 152, 0).darker(static_cast<int>((place - 0.75F) * 100.0F + 100.0F));
+    if (position < 0.5F)
+        return QColor(89, 103, 242).lighter(static_cast<int>(position * 40.0F + 100.0F));
+    if (position < 0.75F)
+        return QColor(76, 175, 80).lighter(static_cast<int>((position - 0.5F) * 60.0F + 100.0F));
+    return QColor(255, 152, 0).darker(static_cast<int>((position - 0.75F) * 100.0F + 100.0F));
 }
 
 } // namespace

@@ -13,7 +13,7 @@
 ///
 /// Only the first channel's magnitude sets the length; peaks only tell silence from sound. The meter repaints itself
 /// every kRepaintIntervalMs. All operations belong to the user-interface thread; painting reads the levels without the
-/// lock, a torn read is one odd picture.
+/// lock, a torn read is one odd repaint.
 class VolumeControl : public QWidget
 {
     Q_OBJECT

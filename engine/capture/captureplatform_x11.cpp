@@ -13,7 +13,7 @@ CapturePlatform CapturePlatform::current()
 
 void prepareLibobsStart()
 {
-    // No platform display: libobs then opens a connection of its own. On a shared one it would take the toolkit's
+    // No platform display: libobs then opens a connection of its own. On a shared one it would take Qt's
     // events.
     obs_set_nix_platform(OBS_NIX_PLATFORM_X11_EGL);
 }

@@ -146,13 +146,15 @@ void writeHead(Report& report, int number, const siginfo_t& information)
 }
 
 /// Copies a file of the kernel's into the report; nothing where there is none.
-void copyFile(Report& report, int folder, const char* path)
+bool copyFile(Report& report, int folder, const char* path)
 {
     const int file = openat(folder, path, O_RDONLY | O_CLOEXEC);
     std::array<char, 1024> part{};
-    for (ssize_t count = 0; (count = read(file, part.data(), part.size())) > 0;)
+    bool isCopied = false;
+    for (ssize_t count = 0; (count = read(file, part.data(), part.size())) > 0; isCopied = true)
         report << std::string_view(part.data(), static_cast<std::size_t>(count));
     close(file);
+    return isCopied;
 }
 
 /// A line with the thread's id and name.
@@ -160,7 +162,9 @@ void writeThread(Report& report, int threads, const char* id)
 {
     report << "  " << id << " ";
     const int thread = openat(threads, id, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    copyFile(report, thread, "comm");
+    // A thread may end meanwhile.
+    if (!copyFile(report, thread, "comm"))
+        report << "\n";
     close(thread);
 }
 
@@ -228,6 +232,11 @@ void onFatalSignal(int number, siginfo_t* information, void* /*context*/)
     if (g_reportingThread.compare_exchange_strong(reporting, gettid())) {
         g_fatalSignal = number;
         std::signal(SIGALRM, [](int /*number*/) { endWithoutReport(); });
+        // The program may have been started with the signal blocked.
+        sigset_t timeout = {};
+        sigemptyset(&timeout);
+        sigaddset(&timeout, SIGALRM);
+        pthread_sigmask(SIG_UNBLOCK, &timeout, nullptr);
         alarm(g_timeoutSeconds);
         writeReport(number, *information);
         alarm(0);

@@ -17,9 +17,8 @@ bool isCompositing();
 
 /// Prepares a frameless top-level window for setWindowAlpha(). Call before it is shown; it gets its native handle.
 ///
-/// @return whether what the window leaves unpainted is see-through all the same, where isCompositing(). On Windows it
-/// is
-///         not: a window is mixed either pixel by pixel or as a whole.
+/// @return whether what the window leaves unpainted is see-through all the same, where isCompositing(). Not on Windows,
+///         which mixes a window either pixel by pixel or as a whole.
 bool prepareForAlpha(QWidget& window);
 
 /// Has the system mix a prepared window, as a whole, with what lies below it: alpha 0 (invisible) to 255 (opaque).

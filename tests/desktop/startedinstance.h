@@ -28,7 +28,7 @@ public:
     /// What the settings file holds, read as the program reads it.
     QMap<QString, QVariant> settings() const;
 
-    /// The environment of a instance: this profile, and no language but what a test sets.
+    /// The environment of an instance: this profile, and no language but what a test sets.
     QProcessEnvironment environment;
 
 private:

@@ -34,7 +34,7 @@ int countMessages(StartedInstance& instance, const QString& text)
     return static_cast<int>(instance.messages().filter(text).size());
 }
 
-/// Pipes under the names that the log of a instance started now may get.
+/// Pipes under the names that the log of an instance started now may get.
 QStringList putPipesInPlaceOfTheLog(const Profile& profile)
 {
     constexpr int kSeconds = 60;

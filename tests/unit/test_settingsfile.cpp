@@ -97,14 +97,14 @@ private slots:
         // With every escape that their writer knew.
         const Values values =
             parsed("loose=\"2\"\n[general]\nfirstRun=false\nlanguage=\"oc_FR\"\n\n[recording]\nformat=\"MP4\"\n"
-                   "saveLocation=\"/home/J\xc3\xbcrgen \\\"x\\\"/a\\\\b;#[c]=\\u007f\\ufeff\\ttab\\r\\n%20\"\n"
+                   "saveLocation=\"/home/J\xc3\xbcrgen \\\"x\\\"/a\\\\b;#[c]=\\u007f\\ufeff\\ttab\\r\\n%20\\ud83cb\"\n"
                    "screenSwitch=true\n\n[screenshot]\nsaveLocation=\"\"\n");
         const Values expected{{"loose", "2"},
                               {"general/firstRun", false},
                               {"general/language", "oc_FR"},
                               {"recording/format", "MP4"},
                               {"recording/saveLocation", QString(u8"/home/Jürgen \"x\"/a\\b;#[c]=") + QChar(0x7f) +
-                                                             QChar(0xfeff) + "\ttab\r\n%20"},
+                                                             QChar(0xfeff) + "\ttab\r\n%20" + QChar(0xd83c) + "b"},
                               {"recording/screenSwitch", true},
                               {"screenshot/saveLocation", ""}};
         QCOMPARE(values, expected);
@@ -124,11 +124,12 @@ private slots:
         const Values values =
             parsed("\xef\xbb\xbf; my settings\r\n# more\r\n[ ]\r\n\r\n[general]\r\n language = de_DE \r\n"
                    "[recording]\nsaveLocation = /home/me/Videos; new\nformat=\"AVI\" trailing\n"
-                   "[recording]\nformat=GIF");
+                   "[recording]\nformat=GIF\nfolder=\"C:\\x\" ; new\n");
         QCOMPARE(values.value("general/language").toString(), QString("de_DE"));
         QCOMPARE(values.value("recording/saveLocation").toString(), QString("/home/me/Videos; new"));
         QCOMPARE(values.value("recording/format").toString(), QString("GIF"));
-        QCOMPARE(values.size(), 3);
+        QCOMPARE(values.value("recording/folder").toString(), QString("C:x"));
+        QCOMPARE(values.size(), 4);
     }
 
     void brokenLinesArePassedOver()
@@ -137,9 +138,9 @@ private slots:
             parsed("no value\n=no key\n[unclosed\na=1\n[ok]\nb=\"unclosed\nc=\"\\\nd=\\u00\ne=\"\\uZZZZ\"\n"
                    "f=fine\n\xff\xfe bytes=x\n");
         QCOMPARE(values.value("unclosed/a").toString(), QString("1"));
-        QCOMPARE(values.value("ok/b").toString(), QString("\"unclosed"));
+        QCOMPARE(values.value("ok/b").toString(), QString("unclosed"));
         QCOMPARE(values.value("ok/f").toString(), QString("fine"));
-        QCOMPARE(values.value("ok/e").toString(), QString("\"\\uZZZZ\""));
+        QCOMPARE(values.value("ok/e").toString(), QString("\\uZZZZ"));
     }
 
     void anEmptyFileIsAnEmptyStore() { QVERIFY(parsed("").isEmpty()); }

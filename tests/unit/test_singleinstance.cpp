@@ -28,7 +28,7 @@ using Role = SingleInstance::Role;
 namespace {
 
 constexpr int kTimeoutMs = 20'000;
-/// For claims that meet a instance which never gives way.
+/// For claims that meet an instance which never gives way.
 constexpr std::chrono::milliseconds kShortInterval{5};
 
 /// Another instance of the program that stands still, where this test program plays it (see run()).
@@ -200,7 +200,7 @@ private slots:
         QVERIFY(capture.texts().isEmpty());
     }
 
-    void aInstanceKilledInsideTheGateLeavesItOpen_data()
+    void anInstanceKilledInsideTheGateLeavesItOpen_data()
     {
         QTest::addColumn<QStringList>("with");
         QTest::newRow("gate") << QStringList{"gate"};
@@ -208,7 +208,7 @@ private slots:
         QTest::newRow("gate, lock and segment") << QStringList{"gate", "lock", "segment"};
     }
 
-    void aInstanceKilledInsideTheGateLeavesItOpen()
+    void anInstanceKilledInsideTheGateLeavesItOpen()
     {
         QFETCH(const QStringList, with);
         StandingInstance killed(m_key, with);
@@ -227,7 +227,7 @@ private slots:
         QCOMPARE(second.claim(), Role::Second);
     }
 
-    void aInstanceStoppedInsideTheGateIsPassedBy()
+    void anInstanceStoppedInsideTheGateIsPassedBy()
     {
         const StandingInstance stopped(m_key, {"gate"});
         QVERIFY(stopped.isThere());
