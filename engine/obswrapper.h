@@ -95,7 +95,7 @@ public:
     const QStringList& desktopDeviceNames() const { return m_audio.desktop().names(); }
     const QStringList& desktopDeviceIds() const { return m_audio.desktop().ids(); }
 
-    /// Makes a new file output and its audio encoders, releasing the previous ones.
+    /// Makes a new file output and its audio encoders in place of the previous ones.
     bool createOutputMode() { return m_fileOutput.create(); }
 
     /// Prepares the output for one recording and waits for the engine's first frame (EngineTimings). The engine is

@@ -11,7 +11,7 @@
 /// The device identifier that stands for the system's default device.
 inline constexpr QLatin1String kDefaultAudioDevice("default");
 
-/// The numbers by which the engine, and everything that mirrors a recording, tell how it stands.
+/// The numbers by which the engine, and everything that mirrors a recording, report its state.
 namespace recordstatus {
 
 /// A start was asked for: show it as running.

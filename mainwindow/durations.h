@@ -20,7 +20,7 @@ struct Durations
     /// Far above what any encoder buffers at 30 frames per second.
     int drainTimeoutMs = 10000;
     /// The same when the user's session ends: the system grants five seconds in all.
-    int sessionEndDrainTimeoutMs = 2000;
+    int sessionEndDrainTimeoutMs = 3500;
     /// Until the engine reports a closed file. A long file on a slow disk takes its time.
     int confirmTimeoutMs = 60000;
 };

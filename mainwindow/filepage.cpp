@@ -27,11 +27,7 @@ FilePage::FilePage(const QSettings& settings, const Activity& activity)
     connectList();
 }
 
-FilePage::~FilePage()
-{
-    // The library is saved once more as it goes, when there is no window left to show an error.
-    m_files->disconnect(this);
-}
+FilePage::~FilePage() = default;
 
 void FilePage::connectControls()
 {

@@ -150,8 +150,11 @@ void SCMainWindow::makePages()
     tabs->addButton(m_ui->recordingTab, m_ui->pages->indexOf(m_ui->recordingPage));
     tabs->addButton(m_ui->screenshotTab, m_ui->pages->indexOf(m_ui->screenshotPage));
     tabs->addButton(m_ui->filesTab, m_ui->pages->indexOf(m_filePage));
-    connect(tabs, &QButtonGroup::idClicked, m_ui->pages, &QStackedWidget::setCurrentIndex);
-    connect(m_ui->filesTab, &QPushButton::clicked, m_filePage, &FilePage::showNewest);
+    connect(tabs, &QButtonGroup::idClicked, this, [this](int page) {
+        m_ui->pages->setCurrentIndex(page);
+        if (m_ui->pages->currentWidget() == m_filePage)
+            m_filePage->showNewest();
+    });
 }
 
 void SCMainWindow::connectScreenshots()

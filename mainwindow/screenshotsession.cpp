@@ -160,6 +160,11 @@ void ScreenshotSession::selectWindow()
         return;
     cancelSelections();
     cancel();
+    pickWindow();
+}
+
+void ScreenshotSession::pickWindow()
+{
     connect(m_picker.get(), &WindowHighlighter::windowClicked, this, &ScreenshotSession::onWindowPicked,
             Qt::UniqueConnection);
     m_picker->show();

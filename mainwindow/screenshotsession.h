@@ -49,6 +49,8 @@ public slots:
     void selectRegion();
     /// Lets the user pick a window, and frames what the screens show of it.
     void selectWindow();
+    /// The same without asking whether a screenshot may be taken, and without ending what is under way.
+    void pickWindow();
 
 signals:
     /// The main window was minimised for the screenshot.

@@ -19,7 +19,7 @@ public:
         : m_capture(capture), m_channels(channels), m_platform(platform), m_timings(timings)
     {}
 
-    /// Builds transition, scene and capture source and clears all channels but the video's.
+    /// Builds transition, scene and capture source and clears all channels; only the video's is filled again.
     ///
     /// @return 0; -1 no fade transition; -2 no scene; -3 the capture source could not be made
     int setUp(bool window);

@@ -2,6 +2,7 @@
 #include "engine/output/fileoutput.h"
 
 #include "engine/core/enginecore.h"
+#include "engine/core/waituntil.h"
 #include "engine/output/encoderdelay.h"
 #include "engine/output/ffmpegsettings.h"
 #include "engine/ports.h"
@@ -20,6 +21,8 @@ namespace {
 constexpr char kStopSignal[] = "stop";
 /// The mixer that is recorded.
 constexpr size_t kRecordedMixer = 1;
+/// From an output that is inactive to its "stop" signal, at most.
+constexpr std::chrono::milliseconds kEndSignalLimit{50};
 /// The longest block that one of the audio encoders collects (FLAC: 4608 samples of 48000 a second), twice: one block
 /// to fill, one that the encoder buffers.
 constexpr std::int64_t kAudioDelayNs = 192'000'000;
@@ -270,7 +273,8 @@ int FileOutput::stop(bool force)
 
 void FileOutput::end(bool force)
 {
-    const bool starting = isStarting();
+    // libobs marks an output inactive shortly before it signals its end.
+    const bool starting = !waitUntil([this] { return !isStarting(); }, kEndSignalLimit);
     // Whoever hears of the end inside this call and prepares the next recording must not take this output away.
     ObsOutputHandle output = std::move(m_output);
     if (starting) {

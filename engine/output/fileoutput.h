@@ -57,7 +57,7 @@ public:
     bool prepareVideoReset();
     void videoWasReset();
 
-    /// Ends a recording that runs, for nobody to hear of. The output is released later, by the destructor.
+    /// Ends a recording that runs, for nobody to hear of. The output is released with RetiredOutputs.
     void shutDown();
     /// Cuts the connection to the output and releases its encoders, before the output itself.
     void releaseEncoders();

@@ -17,9 +17,9 @@ constexpr int kPollIntervalMs = 10;
 
 } // namespace
 
-RetiredOutputs::Retired::Retired(ObsOutputHandle taken, std::uint64_t ended, std::chrono::nanoseconds rest,
+RetiredOutputs::Retired::Retired(ObsOutputHandle taken, std::uint64_t ended, std::chrono::nanoseconds releaseDelay,
                                  StreamTap& used)
-    : output(std::move(taken)), endedNs(ended), delay(rest), tap(used)
+    : output(std::move(taken)), endedNs(ended), delay(releaseDelay), tap(used)
 {}
 
 bool RetiredOutputs::Retired::isBusy() const

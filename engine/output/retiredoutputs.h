@@ -58,7 +58,7 @@ public:
 private:
     struct Retired
     {
-        Retired(ObsOutputHandle taken, std::uint64_t ended, std::chrono::nanoseconds rest, StreamTap& used);
+        Retired(ObsOutputHandle taken, std::uint64_t ended, std::chrono::nanoseconds releaseDelay, StreamTap& used);
         /// Whether it runs, is ended by libobs at this moment, or has not even begun.
         bool isBusy() const;
         bool isEnding() const;

@@ -244,7 +244,7 @@ void CaptureController::chooseWindow()
     m_screenshots.cancel();
     m_selection.choose(CaptureMode::Window);
     applyWholeScreen();
-    m_screenshots.selectWindow();
+    m_screenshots.pickWindow();
 }
 
 void CaptureController::choosePreset(const QString& name)
@@ -252,6 +252,7 @@ void CaptureController::choosePreset(const QString& name)
     if (m_ui.ratioBox->currentIndex() == 0)
         return;
     m_screenshots.cancelSelections();
+    emit presetChosen();
     m_selection.choose(CaptureMode::Region);
     const auto size = ratiopresets::physicalSize(name);
     if (!size)

@@ -50,6 +50,9 @@ signals:
     /// The area follows its frame while a recording is under way; it is applied after this.
     void areaMoved();
 
+    /// The user has chosen a ratio preset; it is applied after this.
+    void presetChosen();
+
     /// The frame was closed while a recording is counted down, or runs and is recorded to its end.
     void frameClosed();
 

@@ -32,7 +32,6 @@ public:
     void restore();
 
     CaptureMode mode() const { return m_mode; }
-    bool isScreenOn() const { return m_isScreenOn; }
     bool recordsVideo() const;
     bool recordsRegion() const { return m_isScreenOn && m_mode == CaptureMode::Region; }
 

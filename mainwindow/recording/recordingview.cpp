@@ -38,6 +38,10 @@ RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureContr
     connect(&m_session, &RecordingSession::elapsedChanged, this, &RecordingView::showElapsed);
     connect(m_ui.recordButton, &QPushButton::clicked, this, &RecordingView::toggle);
     connect(&m_capture, &CaptureController::areaMoved, this, &RecordingView::placeBar);
+    connect(&m_capture, &CaptureController::presetChosen, this, [this] {
+        if (m_toolbar != nullptr)
+            m_toolbar->hide();
+    });
     connect(&m_capture, &CaptureController::frameClosed, &m_session, &RecordingSession::cancelCountdown);
     connectRegion();
 }

@@ -654,7 +654,7 @@ private slots:
         const Durations durations;
         QCOMPARE(durations.windowGoneMs, 400);
         QCOMPARE(durations.drainTimeoutMs, 10000);
-        QCOMPARE(durations.sessionEndDrainTimeoutMs, 2000);
+        QCOMPARE(durations.sessionEndDrainTimeoutMs, 3500);
         QCOMPARE(durations.confirmTimeoutMs, 60000);
     }
 
