@@ -11,6 +11,13 @@ packages_build=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-multimedia-dev
 packages_run=(obs-studio obs-plugins gstreamer1.0-plugins-base gstreamer1.0-plugins-good
     libqt6svg6 qt6-qpa-plugins libegl1 libgl1 libgl1-mesa-dri fonts-dejavu-core ca-certificates)
 
+# Since Debian 13 Qt's SVG plug-ins, which draw the icons, are a package of their own.
+# shellcheck source=/dev/null
+case $(. /etc/os-release 2>/dev/null && echo "${ID:-}-${VERSION_ID:-}") in
+    debian-12) ;;
+    debian-*) packages_run+=(qt6-svg-plugins) ;;
+esac
+
 # A desktop where there is none, and the tools that look at it and at recordings.
 packages_desktop=(dbus-daemon xvfb openbox xcompmgr picom pulseaudio pulseaudio-utils ffmpeg xdotool wmctrl x11-utils x11-xkb-utils
     x11-xserver-utils tk procps fonts-noto-cjk)
