@@ -31,7 +31,7 @@ public:
         QLatin1String folderKey;
         const settingstables::PositionToText& formats;
         /// Of the folder dialog, untranslated.
-        const char* folderTitle;
+        const char* folderTitle = nullptr;
     };
     static Parts recordings(Ui::SCMainWindow& ui);
     static Parts screenshots(Ui::SCMainWindow& ui);

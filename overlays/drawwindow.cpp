@@ -33,7 +33,7 @@ DrawWindow::DrawWindow(QWidget* parent)
 {
     setWindowTitle(QStringLiteral("Drawing Window"));
     buildToolBar();
-    positionToolBar();
+    DrawWindow::positionToolBar();
     if (QGuiApplication::primaryScreen() != nullptr)
         setGeometry(kFirstGeometry);
     applyStyleSheet({this, &toolBar(), m_drawToggleButton, m_clearButton, m_closeButton, m_startButton, m_timerLabel},

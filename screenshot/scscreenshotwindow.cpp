@@ -39,7 +39,7 @@ SCScreenshotWindow::SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent
     , m_screenshot(*screenshot)
 {
     buildToolBar();
-    positionToolBar();
+    SCScreenshotWindow::positionToolBar();
     platform::prepareAsOverlay(*this);
     // Excludes both from capture before the tool bar is on the screen.
     m_grab = std::make_unique<ScreenGrab>(*this, toolBar(), kBorderColor);
@@ -64,7 +64,7 @@ void SCScreenshotWindow::buildToolBar()
     connect(m_drawButton, &QPushButton::clicked, this, &SCScreenshotWindow::drawOnScreenshot);
     connect(m_clearButton, &QPushButton::clicked, this, &SCScreenshotWindow::clearDraw);
     connect(m_cancelButton, &QPushButton::clicked, this, &SCScreenshotWindow::cancelScreenshot);
-    retranslate();
+    SCScreenshotWindow::retranslate();
     toolBar().adjustSize();
     platform::prepareAsOverlay(toolBar());
 }
