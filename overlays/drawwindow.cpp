@@ -90,7 +90,7 @@ void DrawWindow::setRecording(bool recording)
     m_startButton->setIcon(
         icons::named(recording ? QStringLiteral("stop-recording") : QStringLiteral("start-recording")));
     m_startButton->setChecked(recording);
-    retranslate();
+    DrawWindow::retranslate();
     update();
 }
 
