@@ -11,6 +11,7 @@
 #include "overlays/areaselector.h"
 #include "overlays/drawwindow.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/regiontiles.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/windowtest.h"
 #include "ui_scmainwindow.h"
@@ -410,26 +411,6 @@ private:
 
     /// What is inside the frame's border.
     static QRect inside(const DrawWindow& frame) { return frame.geometry().adjusted(4, 4, -4, -4); }
-
-    static QStringList selectedTiles(const CaptureForm& window)
-    {
-        QStringList names;
-        for (const Tile* const tile : window.findChildren<Tile*>()) {
-            if (tile->isSelected())
-                names.append(tile->objectName());
-        }
-        return names;
-    }
-
-    static void dragRegion(const CaptureForm& window, const QPoint& from, const QPoint& to)
-    {
-        QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
-        auto* const selector = shownWindow<AreaSelector>();
-        QTest::mousePress(selector, Qt::LeftButton, {}, from);
-        QTest::mouseMove(selector, to);
-        QTest::mouseRelease(selector, Qt::LeftButton, {}, to);
-        QCoreApplication::processEvents();
-    }
 
     /// As a user chooses it, which is what the box reports.
     static void choosePreset(const CaptureForm& window, const char* name)

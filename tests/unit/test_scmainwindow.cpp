@@ -12,6 +12,7 @@
 #include "tests/support/addresses.h"
 #include "tests/support/countdowntest.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/regiontiles.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/windowtest.h"
 
@@ -527,26 +528,6 @@ private:
     static Widget* child(const SCMainWindow& window, const char* name)
     {
         return window.findChild<Widget*>(QLatin1String(name));
-    }
-
-    static QStringList selectedTiles(const SCMainWindow& window)
-    {
-        QStringList names;
-        for (const Tile* const tile : window.findChildren<Tile*>()) {
-            if (tile->isSelected())
-                names.append(tile->objectName());
-        }
-        return names;
-    }
-
-    static void dragRegion(const SCMainWindow& window, const QPoint& from, const QPoint& to)
-    {
-        QTest::mouseClick(child<Tile>(window, "regionTile"), Qt::LeftButton);
-        auto* const selector = shownWindow<AreaSelector>();
-        QTest::mousePress(selector, Qt::LeftButton, {}, from);
-        QTest::mouseMove(selector, to);
-        QTest::mouseRelease(selector, Qt::LeftButton, {}, to);
-        QCoreApplication::processEvents();
     }
 
     static void chooseInMenu(const SCMainWindow& window, const char* submenu, const char* entry)

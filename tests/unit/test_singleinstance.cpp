@@ -31,7 +31,7 @@ constexpr int kTimeoutMs = 20'000;
 /// For claims that meet an instance which never gives way.
 constexpr std::chrono::milliseconds kShortInterval{5};
 
-/// Another instance of the program that stands still, where this test program plays it (see run()).
+/// Another instance of the program that is stopped, where this test program plays it (see run()).
 class StandingInstance
 {
 public:
