@@ -43,7 +43,7 @@ public:
 private:
     Activity m_activity{{[] { return RecordingState::Idle; }, [] { return false; }, [] { return false; },
                          [] { return false; }, [] { return false; }, [] { return false; }, [] { return true; }}};
-    Ui::SCMainWindow m_ui;
+    Ui::SCMainWindow m_ui{};
     ObsWrapper m_engine;
     std::unique_ptr<QSettings> m_settings = openSettings();
     std::unique_ptr<OutputOptions> m_output;
