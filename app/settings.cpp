@@ -80,7 +80,7 @@ QString settingsTrouble(const QSettings& settings)
 std::map<QString, QVariant> defaultSettings()
 {
     using namespace settingskeys;
-    return {{kLanguage, settingstables::languageCodes().at(0)},
+    return {{kLanguage, settingstables::kLanguageCodes.at(0)},
             {kFirstRun, true},
             {kRecordingHotkey, QStringLiteral("F9")},
             {kScreenshotHotkey, QStringLiteral("F10")},
@@ -88,9 +88,9 @@ std::map<QString, QVariant> defaultSettings()
             {kSpeakerSwitch, true},
             {kMicSwitch, false},
             {kWebcamSwitch, false},
-            {kRecordingFormat, settingstables::recordingFormats().at(0)},
+            {kRecordingFormat, settingstables::kRecordingFormats.at(0)},
             {kRecordingSaveLocation, saveFolder(QStandardPaths::MoviesLocation)},
-            {kScreenshotFormat, settingstables::screenshotFormats().at(0)},
+            {kScreenshotFormat, settingstables::kScreenshotFormats.at(0)},
             {kScreenshotSaveLocation, saveFolder(QStandardPaths::PicturesLocation)},
             {kMouseSwitch, true},
             {kMouseShowCursor, true},

@@ -5,29 +5,27 @@
 
 #include <QString>
 
-/// Positions in the user interface's lists and the texts that the settings store holds for them.
-///
-/// A look-up throws std::out_of_range for what is not in the table: who looks up a stored value, which the user may
-/// have edited, catches it.
+/// Positions in lists and the texts stored for them. A stored value may have been edited: callers catch
+/// std::out_of_range.
 namespace settingstables {
 
 using PositionToText = FixedTable<int, QString>;
 using TextToPosition = FixedTable<QString, int>;
 
-/// Recording formats as stored, upper case; the position is the RecordingFormat.
-const PositionToText& recordingFormats();
-const TextToPosition& recordingFormatPositions();
+/// Upper case; the position is the RecordingFormat.
+extern const PositionToText kRecordingFormats;
+extern const TextToPosition kRecordingFormatPositions;
 
-/// Screenshot formats as stored, upper case.
-const PositionToText& screenshotFormats();
-const TextToPosition& screenshotFormatPositions();
+/// Upper case.
+extern const PositionToText kScreenshotFormats;
+extern const TextToPosition kScreenshotFormatPositions;
 
-/// Language codes as stored, and as the translation resources are named. French goes by "oc_FR".
-const PositionToText& languageCodes();
-const TextToPosition& languagePositions();
+/// As stored and as the translations are named. French is "oc_FR".
+extern const PositionToText kLanguageCodes;
+extern const TextToPosition kLanguagePositions;
 
-/// The languages' names in themselves, as the language menu shows them; same positions as languageCodes().
-const PositionToText& languageMenuNames();
-const TextToPosition& languageMenuPositions();
+/// Names of the languages, in themselves; positions as kLanguageCodes.
+extern const PositionToText kLanguageMenuNames;
+extern const TextToPosition kLanguageMenuPositions;
 
 } // namespace settingstables

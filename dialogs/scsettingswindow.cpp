@@ -49,8 +49,8 @@ void SCSettingsWindow::setUpLook()
     for (QComboBox* const box : {m_ui->recordingFormatComboBox, m_ui->screenshotFormatComboBox, m_ui->recordingComboBox,
                                  m_ui->screenshotComboBox})
         prepareComboBox(*box);
-    fillFormats(*m_ui->recordingFormatComboBox, settingstables::recordingFormats());
-    fillFormats(*m_ui->screenshotFormatComboBox, settingstables::screenshotFormats());
+    fillFormats(*m_ui->recordingFormatComboBox, settingstables::kRecordingFormats);
+    fillFormats(*m_ui->screenshotFormatComboBox, settingstables::kScreenshotFormats);
     QPushButton* const saveButton = m_ui->buttonBox->button(QDialogButtonBox::Save);
     QPushButton* const cancelButton = m_ui->buttonBox->button(QDialogButtonBox::Cancel);
     saveButton->setText(tr("Save"));
@@ -108,8 +108,8 @@ void SCSettingsWindow::showSettings()
 {
     fillRecordingHotkeys();
     fillScreenshotHotkeys();
-    m_ui->recordingFormatComboBox->setCurrentIndex(settingstables::recordingFormatPositions().at(m_recordingFormat));
-    m_ui->screenshotFormatComboBox->setCurrentIndex(settingstables::screenshotFormatPositions().at(m_screenshotFormat));
+    m_ui->recordingFormatComboBox->setCurrentIndex(settingstables::kRecordingFormatPositions.at(m_recordingFormat));
+    m_ui->screenshotFormatComboBox->setCurrentIndex(settingstables::kScreenshotFormatPositions.at(m_screenshotFormat));
     m_ui->recordingFileLocationLE->setText(m_recordingSaveLocation);
     m_ui->screenshotFileLocationLE->setText(m_screenshotSaveLocation);
     m_ui->showCursorCheckBox->setChecked(m_showCursor);
@@ -196,9 +196,8 @@ void SCSettingsWindow::chooseFolder(QLineEdit& field, const QString& title, QLat
 
 void SCSettingsWindow::save()
 {
-    const auto recordingFormat = settingstables::recordingFormats().at(m_ui->recordingFormatComboBox->currentIndex());
-    const auto screenshotFormat =
-        settingstables::screenshotFormats().at(m_ui->screenshotFormatComboBox->currentIndex());
+    const auto recordingFormat = settingstables::kRecordingFormats.at(m_ui->recordingFormatComboBox->currentIndex());
+    const auto screenshotFormat = settingstables::kScreenshotFormats.at(m_ui->screenshotFormatComboBox->currentIndex());
     m_settings->setValue(settingskeys::kRecordingHotkey, hotkeychoices::chosen(*m_ui->recordingComboBox));
     m_settings->setValue(settingskeys::kScreenshotHotkey, hotkeychoices::chosen(*m_ui->screenshotComboBox));
     m_settings->setValue(settingskeys::kRecordingFormat, recordingFormat);

@@ -87,10 +87,10 @@ void MainMenu::addLanguages(QMenu& menu)
 {
     QMenu* const languages = addSubmenu(menu, "Language");
     const QString current = m_settings.value(settingskeys::kLanguage).toString();
-    for (const auto& [position, name] : settingstables::languageMenuNames()) {
+    for (const auto& [position, name] : settingstables::kLanguageMenuNames) {
         QAction* const entry = languages->addAction(name);
         entry->setCheckable(true);
-        entry->setChecked(settingstables::languageCodes().at(position) == current);
+        entry->setChecked(settingstables::kLanguageCodes.at(position) == current);
         connect(entry, &QAction::triggered, this, [this, chosen = position] { chooseLanguage(chosen); });
     }
 }
@@ -121,7 +121,7 @@ void MainMenu::warnOfUnknownFormat()
 {
     const QString recording = m_settings.value(settingskeys::kRecordingFormat).toString();
     const QString screenshot = m_settings.value(settingskeys::kScreenshotFormat).toString();
-    const QString& format = settingstables::recordingFormatPositions().contains(recording) ? screenshot : recording;
+    const QString& format = settingstables::kRecordingFormatPositions.contains(recording) ? screenshot : recording;
     SCLogger::error(QStringLiteral("The stored format \"%1\" is none of the program's").arg(format));
     messagebox::warning(
         &m_window, tr("Warning"),
@@ -143,7 +143,7 @@ void MainMenu::openAbout()
 
 void MainMenu::chooseLanguage(int position)
 {
-    const QString& code = settingstables::languageCodes().at(position);
+    const QString& code = settingstables::kLanguageCodes.at(position);
     m_settings.setValue(settingskeys::kLanguage, code);
     if (m_translator != nullptr) {
         m_translator->loadLanguage(code);

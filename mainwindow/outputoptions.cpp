@@ -17,7 +17,7 @@ OutputOptions::Parts OutputOptions::recordings(Ui::SCMainWindow& ui)
             *ui.changeLocationButton,
             settingskeys::kRecordingFormat,
             settingskeys::kRecordingSaveLocation,
-            settingstables::recordingFormats(),
+            settingstables::kRecordingFormats,
             QT_TR_NOOP("Choose Save Location")};
 }
 
@@ -28,7 +28,7 @@ OutputOptions::Parts OutputOptions::screenshots(Ui::SCMainWindow& ui)
             *ui.changeScreenshotLocationButton,
             settingskeys::kScreenshotFormat,
             settingskeys::kScreenshotSaveLocation,
-            settingstables::screenshotFormats(),
+            settingstables::kScreenshotFormats,
             QT_TR_NOOP("Choose Screenshot Save Location")};
 }
 

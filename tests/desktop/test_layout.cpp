@@ -79,7 +79,7 @@ private slots:
     {
         QTest::addColumn<QString>("code");
         const bool isComplete = qEnvironmentVariableIsSet("KESTRANO_ALL_LANGUAGES");
-        for (const auto& [position, code] : settingstables::languageCodes()) {
+        for (const auto& [position, code] : settingstables::kLanguageCodes) {
             if (isComplete || code == QLatin1String("oc_FR") || code == QLatin1String("ja_JP"))
                 QTest::newRow(qPrintable(code)) << code;
         }
@@ -123,7 +123,7 @@ private slots:
         QVERIFY(missing.size() > 60);
         missing.subtract({keys.begin(), keys.end()});
         // The names of the formats are the same everywhere.
-        for (const auto& names : {settingstables::recordingFormats(), settingstables::screenshotFormats()}) {
+        for (const auto& names : {settingstables::kRecordingFormats, settingstables::kScreenshotFormats}) {
             for (const auto& [position, name] : names)
                 missing.remove(name);
         }

@@ -160,9 +160,9 @@ private slots:
 
     void languageIsChosenInTheMenu()
     {
-        const int position = settingstables::languagePositions().at(QStringLiteral("de_DE"));
+        const int position = settingstables::kLanguagePositions.at(QStringLiteral("de_DE"));
         const QString code = QStringLiteral("de_DE");
-        const QString name = settingstables::languageMenuNames().at(position);
+        const QString name = settingstables::kLanguageMenuNames.at(position);
         auto translator = std::make_shared<SCTranslator>();
         m_window->setTranslator(translator);
         const MessageCapture messages;

@@ -73,7 +73,7 @@ QStringList requiredKeys()
 QStringList languages()
 {
     QStringList codes;
-    for (const auto& [position, code] : settingstables::languageCodes())
+    for (const auto& [position, code] : settingstables::kLanguageCodes)
         codes.append(code);
     return codes;
 }

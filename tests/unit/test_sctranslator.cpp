@@ -63,7 +63,7 @@ private slots:
     void everyLanguageIsLoaded_data()
     {
         QTest::addColumn<QString>("code");
-        for (const auto& [position, code] : settingstables::languageCodes())
+        for (const auto& [position, code] : settingstables::kLanguageCodes)
             QTest::newRow(qPrintable(code)) << code;
     }
 

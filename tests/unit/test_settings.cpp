@@ -58,19 +58,19 @@ private slots:
     void recordingFormatTable()
     {
         const QStringList expected{"MP4", "AVI", "FLV", "GIF", "MP3", "AAC", "FLAC"};
-        compareTables(settingstables::recordingFormats(), settingstables::recordingFormatPositions(), expected);
+        compareTables(settingstables::kRecordingFormats, settingstables::kRecordingFormatPositions, expected);
     }
 
     void screenshotFormatTable()
     {
-        compareTables(settingstables::screenshotFormats(), settingstables::screenshotFormatPositions(), {"PNG", "JPG"});
+        compareTables(settingstables::kScreenshotFormats, settingstables::kScreenshotFormatPositions, {"PNG", "JPG"});
     }
 
     void languageTables()
     {
-        compareTables(settingstables::languageCodes(), settingstables::languagePositions(),
+        compareTables(settingstables::kLanguageCodes, settingstables::kLanguagePositions,
                       {"en_US", "de_DE", "oc_FR", "es_ES", "pt_PT", "it_IT", "zh_CN", "zh_TW", "ja_JP"});
-        compareTables(settingstables::languageMenuNames(), settingstables::languageMenuPositions(),
+        compareTables(settingstables::kLanguageMenuNames, settingstables::kLanguageMenuPositions,
                       {"English", "Deutsch", u8"Français", u8"Español", u8"Português", "Italiano", u8"简体中文",
                        u8"繁體中文", u8"日本語"});
     }
@@ -78,13 +78,13 @@ private slots:
     void aLookupOfAMissingEntryThrows()
     {
         const QString fault = "invalid map<K, T> key";
-        QCOMPARE(lookupFault(settingstables::recordingFormats(), 7), fault);
-        QCOMPARE(lookupFault(settingstables::recordingFormats(), -1), fault);
-        QCOMPARE(lookupFault(settingstables::recordingFormatPositions(), QString("MKV")), fault);
-        QCOMPARE(lookupFault(settingstables::recordingFormatPositions(), QString("mp4")), fault);
-        QCOMPARE(lookupFault(settingstables::screenshotFormatPositions(), QString()), fault);
-        QCOMPARE(lookupFault(settingstables::languagePositions(), QString("fr_FR")), fault);
-        QCOMPARE(lookupFault(settingstables::recordingFormats(), 6), QString());
+        QCOMPARE(lookupFault(settingstables::kRecordingFormats, 7), fault);
+        QCOMPARE(lookupFault(settingstables::kRecordingFormats, -1), fault);
+        QCOMPARE(lookupFault(settingstables::kRecordingFormatPositions, QString("MKV")), fault);
+        QCOMPARE(lookupFault(settingstables::kRecordingFormatPositions, QString("mp4")), fault);
+        QCOMPARE(lookupFault(settingstables::kScreenshotFormatPositions, QString()), fault);
+        QCOMPARE(lookupFault(settingstables::kLanguagePositions, QString("fr_FR")), fault);
+        QCOMPARE(lookupFault(settingstables::kRecordingFormats, 6), QString());
     }
 
     void aFreshStoreGetsAllFifteenDefaults()

@@ -94,7 +94,7 @@ private slots:
         SCMainWindow window;
         window.show();
         window.findChild<MainMenu*>()->chooseLanguage(1);
-        QCOMPARE(m_settings->value(settingskeys::kLanguage).toString(), settingstables::languageCodes().at(1));
+        QCOMPARE(m_settings->value(settingskeys::kLanguage).toString(), settingstables::kLanguageCodes.at(1));
     }
 
 private:
