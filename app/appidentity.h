@@ -3,20 +3,19 @@
 
 #include <QString>
 
-/// Who the program is: the names under which the system files its settings, logs and data.
 namespace appidentity {
 
 inline constexpr char kApplicationName[] = "Kestrano";
 inline constexpr char kOrganizationName[] = "Tolvaran";
 inline constexpr char kVersion[] = "1.0.0";
 
-/// Gives the identity to the core application. Comes before everything that derives a path from it.
+/// Call before anything derives a path from it.
 void apply();
 
-/// The per-user writable application-data folder. Needs apply() first. Not created here.
+/// Needs apply(); not created here.
 QString dataFolder();
 
-/// The folder of log files and crash reports: dataFolder() + "/logs". Not created here.
+/// dataFolder() + "/logs"; not created here.
 QString logFolder();
 
 } // namespace appidentity

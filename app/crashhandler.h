@@ -3,9 +3,9 @@
 
 class QString;
 
-/// Makes the crash folder and has the system write a report there when the program crashes. Call once at start-up, with
-/// the application's identity set and before the application object is made.
+/// Makes the crash folder and installs the crash reporter. Call once, after appidentity::apply() and before the
+/// application object is made.
 void installCrashHandler();
 
-/// The folder of crash reports: the log folder as it was when this was first asked for.
+/// The log folder at the first call.
 const QString& crashFolder();

@@ -7,14 +7,14 @@
 #include <map>
 #include <stdexcept>
 
-/// An ordered map whose entries are fixed when it is made; looking up a missing key throws.
+/// A constant ordered map.
 template <typename Key, typename T>
 class FixedTable
 {
 public:
     FixedTable(std::initializer_list<std::pair<const Key, T>> entries) : m_entries(entries) {}
 
-    /// @throw std::out_of_range when there is no entry.
+    /// @throw std::out_of_range without an entry.
     const T& at(const Key& key) const
     {
         const auto entry = m_entries.find(key);
@@ -26,11 +26,11 @@ public:
     bool contains(const Key& key) const { return m_entries.find(key) != m_entries.end(); }
     int size() const { return static_cast<int>(m_entries.size()); }
 
-    /// The entries in ascending order of their keys.
+    /// In ascending order of the keys.
     auto begin() const { return m_entries.cbegin(); }
     auto end() const { return m_entries.cend(); }
 
-    /// Values to keys. Of entries with equal values the first stays.
+    /// Values to keys; of equal values the first entry stays.
     FixedTable<T, Key> reversed() const
     {
         FixedTable<T, Key> table({});

@@ -6,14 +6,14 @@
 #include <QObject>
 #include <QTextStream>
 
-/// The program's log: appends time-stamped lines to a text file and echoes each message to Qt's message output. Each
-/// line is flushed at once. debug(), info(), warning() and error() may be called from any thread and never fail.
+/// Appends time-stamped lines to a file, flushed at once, and echoes each message to Qt's message output. debug(),
+/// info(), warning() and error() never fail; any thread.
 class SCLogger : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Made on first use, on the main thread, with the application object as parent.
+    /// Made at first use, on the main thread; child of the application.
     static SCLogger* instance();
 
     ~SCLogger() override;
@@ -21,9 +21,8 @@ public:
     /// "vexmoor_<time>.log" in the log folder.
     static QString defaultPath();
 
-    /// Opens the log at path; an empty path means defaultPath(). Does nothing when a log is open already.
-    ///
-    /// @return false when the file cannot be opened; a later call may try again.
+    /// An empty path means defaultPath(). Ignored while a log is open.
+    /// @return false when the file cannot be opened; a later call may try again
     bool initialize(const QString& path = QString());
 
     static void debug(const QString& message);
@@ -37,7 +36,8 @@ private:
     bool openForAppending();
     void writeLine(const QString& text);
 
-    QMutex m_mutex; ///< guards what follows
+    QMutex m_mutex;
+    // Guarded by m_mutex.
     QFile* m_file = new QFile(this);
     QTextStream m_stream;
     QString m_filePath;

@@ -5,16 +5,12 @@
 #include <QString>
 #include <QTranslator>
 
-/// Answers Qt's translation requests from one text file per language, the resource ":/locales/<code>.ini" with lines of
-/// the form
+/// Translates by one text file per language, ":/locales/<code>.ini": UTF-8, CR LF, no sections, lines of the form
 ///
 ///     Start Recording = "Aufnahme starten"
 ///
-/// The key is the English text as the program passes it; UTF-8, CR LF, no sections. Qt's INI reader takes a "%" in a
-/// key for the start of a hexadecimal escape: write it as "%25".
-///
-/// Main thread. To change the language, load the new one, remove the translator from the application and install it
-/// again, which announces the change to every window.
+/// Qt's INI reader takes "%" in a key for an escape: write "%25". To change the language, load it, remove the
+/// translator from the application and install it again, which notifies every window. Main thread.
 class SCTranslator : public QTranslator
 {
     Q_OBJECT
@@ -22,17 +18,15 @@ class SCTranslator : public QTranslator
 public:
     explicit SCTranslator(QObject* parent = nullptr);
 
-    /// Replaces the whole table with that of a language code such as "en_US".
-    ///
-    /// @return false, with the table as it was, when there is no file for the code or the INI reader finds a fault in
-    /// it.
+    /// Of a language code such as "en_US".
+    /// @return false, and nothing changed, without a readable file
     bool loadLanguage(const QString& code);
 
-    /// sourceText itself when the table does not hold it. Context, disambiguation and plural count are ignored.
+    /// sourceText itself when the table does not hold it; the rest is ignored.
     QString translate(const char* context, const char* sourceText, const char* disambiguation = nullptr,
                       int n = -1) const override;
 
-    /// Qt announces a language change only for a translator that is not empty.
+    /// Qt reports a language change only for a translator that is not empty.
     bool isEmpty() const override;
 
 private:

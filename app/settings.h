@@ -9,7 +9,7 @@
 #include <map>
 #include <memory>
 
-/// The keys of the settings store. Every value is a boolean or a string.
+/// Every value is a boolean or a string.
 namespace settingskeys {
 
 inline constexpr QLatin1String kLanguage("general/language");
@@ -19,7 +19,7 @@ inline constexpr QLatin1String kScreenshotHotkey("hotkeys/screenshot");
 inline constexpr QLatin1String kScreenSwitch("recording/screenSwitch");
 inline constexpr QLatin1String kSpeakerSwitch("recording/speakerSwitch");
 inline constexpr QLatin1String kMicSwitch("recording/micSwitch");
-/// Seeded and never read: the webcam is off after each start, whatever was chosen before.
+/// Never read: the webcam is off after each start.
 inline constexpr QLatin1String kWebcamSwitch("recording/webcamSwitch");
 inline constexpr QLatin1String kRecordingFormat("recording/format");
 inline constexpr QLatin1String kRecordingSaveLocation("recording/saveLocation");
@@ -31,21 +31,18 @@ inline constexpr QLatin1String kMouseShowHighlight("mouse/showHighlight");
 
 } // namespace settingskeys
 
-/// Opens the user's settings store, and is the one place that does: the registry on Windows, elsewhere
-/// "Tolvaran/Kestrano.conf" in the user's configuration folder, without system-wide fallbacks.
-///
-/// Any number may be open; within the process they see each other's writes at once. Read by key alone: an absent key is
-/// false or the empty string, and applyDefaultSettings() has filled in what was missing. Never fails: a store that
-/// cannot be read or written gets one warning in the log, and its changes last until the process ends. A file that is
-/// no settings file is kept under its name with ".unreadable" added.
+/// Opens the settings: the registry on Windows, elsewhere "Tolvaran/Kestrano.conf" in the user's configuration folder,
+/// without system-wide fallbacks. All instances of the process see each other's writes at once. An absent key reads as
+/// false or empty.
+/// Never fails: settings that cannot be read or written give one warning in the log, and changes last until the process
+/// ends. A file that is no settings file is kept with ".unreadable" added to its name. Main thread.
 std::unique_ptr<QSettings> openSettings();
 
-/// What keeps a store from being read or written, in plain words for the log; empty when all is well.
+/// Why the settings cannot be read or written, for the log; or empty.
 QString settingsTrouble(const QSettings& settings);
 
-/// The defaults of all fifteen keys, in ascending order of the keys. The two folders are computed now and not created.
+/// The two folders are computed now and not created.
 std::map<QString, QVariant> defaultSettings();
 
-/// Writes the default of every key that the store does not hold. A value that is there stays, even when it is not an
-/// entry of its table.
+/// Writes what is missing; values that are there stay.
 void applyDefaultSettings(QSettings& settings);

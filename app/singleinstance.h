@@ -9,16 +9,11 @@
 #include <chrono>
 #include <optional>
 
-/// Lets one instance of the program run per user session: the first publishes its main window in a shared-memory
-/// segment, and a later one finds it there, brings that window to the front and ends.
-///
-/// The segment holds, in native byte order, the main window's native handle (8 bytes, unsigned; 0 while there is none)
-/// and the process id (8 bytes, signed). It is all zero until the first instance has shown its window.
-///
-/// Windows removes a segment with the last process that holds it. Elsewhere it outlives an instance that is killed:
-/// there a lock that the kernel drops with its holder proves that the first instance lives (platform::InstanceLock),
-/// and a second one of that kind, the gate, is held while an instance looks at, makes, fills or releases the segment.
-/// docs/single-instance.md has the cases.
+/// Lets one instance run per user session: the first publishes its main window in a shared-memory segment, and a later
+/// one brings that window to the front and ends (docs/single-instance.md). Main thread.
+/// The segment holds, in native byte order, the native window handle (8 bytes, unsigned; 0 for none) and the process id
+/// (8 bytes, signed). On X11 systems a lock proves that the first instance lives, and a second one, the gate, is held
+/// during every access to the segment.
 class SingleInstance
 {
 public:
@@ -29,28 +24,25 @@ public:
         Unguarded, ///< the segment can be neither attached nor created; runs all the same
     };
 
-    /// How long an attempt takes that met another instance in between; there are twenty.
+    /// Of each of the twenty attempts.
     static constexpr std::chrono::milliseconds kAttemptInterval{50};
 
     explicit SingleInstance(const QString& key = QStringLiteral("TolvaranKestranoSingleInstance"),
                             std::chrono::milliseconds attemptInterval = kAttemptInterval);
     ~SingleInstance();
-    SingleInstance(const SingleInstance&) = delete;
-    SingleInstance& operator=(const SingleInstance&) = delete;
 
-    /// Finds out which instance this is; takes two seconds at most, and hardly any time as a rule. Call once.
+    /// Takes two seconds at most. Call once.
     Role claim();
 
-    /// As the second instance: brings the first one's window to the front, or logs that it has published none.
+    /// Brings the first instance's window to the front; an invalid handle is logged.
     void handOver() const;
 
-    /// As the first instance: publishes the main window for later ones. Does nothing without a segment.
+    /// For later instances. Ignored without a segment.
     void publish(quint64 windowHandle, qint64 processId);
 
-    /// Gives up the segment, then the lock.
+    /// The segment, then the lock.
     void release();
 
-    /// The name of the gate of the segment with that key.
     static QString gateName(const QString& key);
 
 private:
@@ -60,7 +52,7 @@ private:
     std::optional<Role> claimOnce();
     Role roleAfterAllAttempts() const;
     Role conclude(Role role);
-    /// Leaves the published window in m_firstWindow; false where there is no segment.
+    /// Reads m_firstWindow; false without a segment.
     bool findFirstWindow();
     bool enterGate();
     void enterGateOrWaitItOut();
