@@ -9,6 +9,7 @@ namespace platform {
 
 namespace {
 
+/// Set on the main thread, read on any.
 std::atomic<FailureSink> g_sink = nullptr;
 
 } // namespace

@@ -5,22 +5,19 @@
 
 namespace platform {
 
-/// Reports what a part of this folder could not do to whoever keeps the log. Any thread.
+/// Reports what a part of this folder could not do. Any thread.
 void reportFailure(const QString& sentence);
 
-/// Reports a call to the system that failed, in the system's own words: "RegisterHotKey failed: Hot key is already
-/// registered. (error 1409)". Any thread.
-///
-/// @param call  the system function's name. Not a text object: making one might set another error.
-/// @param error the system's number of the error, GetLastError() on Windows and errno elsewhere.
+/// Reports a failed call in the system's words: "RegisterHotKey failed: Hot key is already registered. (error 1409)".
+/// @param call no text object, since making one might set another error
+/// @param error GetLastError() on Windows, errno elsewhere
 void reportSystemFailure(const char* call, unsigned long error);
 
-/// The system's own words for one of its errors, as reportSystemFailure() has them.
 QString systemErrorText(unsigned long error);
 
 using FailureSink = void (*)(const QString& sentence);
 
-/// Hands reports to sink, on the thread that reports; null means Qt's message output, as at first.
+/// Reports go to sink, on the thread that reports; null, as at first, means Qt's message output.
 void setFailureSink(FailureSink sink);
 
 } // namespace platform

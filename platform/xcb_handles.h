@@ -7,8 +7,9 @@
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <type_traits>
 
-/// Owners for what xcb hands out, and two questions that everybody has. Linux only.
+/// Owners for what xcb allocates, and its recurring requests. Linux only.
 namespace platform::xcb {
 
 struct Disconnect
@@ -16,7 +17,6 @@ struct Disconnect
     void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
 };
 
-/// Events, errors and replies are freed alike.
 struct Free
 {
     void operator()(void* allocated) const { std::free(allocated); }
@@ -27,15 +27,23 @@ using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
 
+/// Waits for the answer to a request; null when it failed.
+template <auto Reply, typename Cookie>
+auto answer(xcb_connection_t* connection, Cookie cookie)
+{
+    auto* const reply = Reply(connection, cookie, nullptr);
+    return Owned<std::remove_pointer_t<decltype(reply)>>(reply);
+}
+
 /// XCB_ATOM_NONE where the server does not answer.
 inline xcb_atom_t atomNamed(xcb_connection_t* connection, std::string_view name)
 {
     const auto cookie = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
-    const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
+    const auto reply = answer<xcb_intern_atom_reply>(connection, cookie);
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
-/// The screen of that number, as xcb_connect() gives it; the last one where there are fewer. The connection is open.
+/// By the number that xcb_connect() gives; the last one where there are fewer.
 inline const xcb_screen_t& screenNumbered(xcb_connection_t* connection, int number)
 {
     xcb_screen_iterator_t screen = xcb_setup_roots_iterator(xcb_get_setup(connection));

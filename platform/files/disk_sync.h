@@ -3,8 +3,7 @@
 
 namespace platform {
 
-/// Waits until what was written to an open file (QFileDevice::handle()), and flushed, is on the disk. Any thread.
-///
+/// Waits until the written and flushed content of an open file (QFileDevice::handle()) is on the disk. Any thread.
 /// @return false when some of it could not be written. A file system that cannot wait counts as success.
 bool syncToDisk(int fileDescriptor);
 

@@ -7,19 +7,15 @@
 
 namespace platform {
 
-/// A path as Windows' own calls take it whatever its length: cleaned, with backslashes, marked ("\\?\C:\videos",
-/// "\\?\UNC\host\share"). Unmarked paths end at 260 characters.
-///
-/// @param path absolute, with either separator. A relative or marked one only gets backslashes.
+/// A path for Windows' own calls, whatever its length: cleaned, with backslashes, marked ("\\?\C:\videos",
+/// "\\?\UNC\host\share"). A relative or marked one only gets backslashes.
 QString extendedWindowsPath(const QString& path);
 
-/// The path without the mark that extendedWindowsPath() gives it.
+/// Undoes the mark of extendedWindowsPath().
 QString withoutWindowsMark(const QString& path);
 
-/// The arguments with which "explorer" shows a file selected in its folder, as one text in which the path cannot be
-/// taken for anything else. Nothing for a path that no file can have.
-///
-/// @param path absolute, with either separator.
+/// The arguments, as one text, with which "explorer" shows a file (absolute path) selected in its folder. Nothing for a
+/// path that no file can have.
 std::optional<QString> explorerArguments(const QString& path);
 
 } // namespace platform

@@ -16,7 +16,7 @@ bool GlobalHotkey::registerKey(const QKeySequence& sequence)
     if (sequence.isEmpty())
         return true;
     const QKeyCombination key = sequence[0];
-    // What a text stands for that names no key.
+    // Of a text that names no key.
     m_failureReason = key.key() == Qt::Key_unknown ? QStringLiteral("there is no such key") : m_backend->take(key);
     return m_failureReason.isEmpty();
 }

@@ -5,17 +5,14 @@
 
 namespace platform {
 
-/// Takes one key at a time for its owner and has it emit its signals, queued: what follows a hotkey may run an event
-/// loop, which must not happen inside the system's dispatcher.
+/// Takes one key at a time. Has its owner emit queued: what follows a hotkey may run an event loop, which must not
+/// happen inside the system's dispatcher.
 class GlobalHotkey::Backend
 {
 public:
-    Backend() = default;
     virtual ~Backend() = default;
-    Backend(const Backend&) = delete;
-    Backend& operator=(const Backend&) = delete;
 
-    /// Takes the key; none is taken before. Empty on success, else why not.
+    /// None is taken before. Empty on success, else why not.
     virtual QString take(const QKeyCombination& key) = 0;
 
     virtual void release() = 0;

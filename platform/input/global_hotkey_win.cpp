@@ -79,12 +79,10 @@ public:
 
     ~WindowsBackend() override
     {
-        letGo();
+        unregister();
         if (m_window != nullptr && DestroyWindow(m_window) == 0)
             reportSystemFailure("DestroyWindow", GetLastError());
     }
-    WindowsBackend(const WindowsBackend&) = delete;
-    WindowsBackend& operator=(const WindowsBackend&) = delete;
 
     QString take(const QKeyCombination& key) override
     {
@@ -102,7 +100,7 @@ public:
                                                         : systemErrorText(error);
     }
 
-    void release() override { letGo(); }
+    void release() override { unregister(); }
 
     void onHotkey(int identifier)
     {
@@ -128,7 +126,7 @@ private:
         return {atom, atom != 0 ? DWORD{ERROR_SUCCESS} : GetLastError()};
     }
 
-    void letGo()
+    void unregister()
     {
         if (m_registered && UnregisterHotKey(m_window, m_identifier) == 0)
             reportSystemFailure("UnregisterHotKey", GetLastError());

@@ -12,7 +12,7 @@ namespace platform {
 
 namespace {
 
-/// A passive grab as it was made, so that it can be taken back after the keyboard has changed.
+/// A passive grab as it was made, to be released after the keyboard has changed.
 struct Grab
 {
     xcb_window_t root;
@@ -116,10 +116,8 @@ void X11Backend::ungrabAll()
     for (const Grab& made : m_grabs)
         xcb_ungrab_key(m_connection.get(), made.keycode, made.root, made.modifiers);
     m_grabs.clear();
-    // Answered, so that another connection, or program, can take the key from now on.
-    const xcb_get_input_focus_cookie_t cookie = xcb_get_input_focus(m_connection.get());
-    const xcb::Owned<xcb_get_input_focus_reply_t> answer(
-        xcb_get_input_focus_reply(m_connection.get(), cookie, nullptr));
+    // Waits for the server: another connection, or program, can take the key from now on.
+    xcb::answer<xcb_get_input_focus_reply>(m_connection.get(), xcb_get_input_focus(m_connection.get()));
 }
 
 void X11Backend::readEvents()

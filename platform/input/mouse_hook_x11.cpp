@@ -60,8 +60,8 @@ unsigned long MouseHook::Private::connect()
     if (extension == nullptr || extension->present == 0)
         return XCB_CONN_CLOSED_EXT_NOTSUPPORTED;
     opcode = extension->major_opcode;
-    const xcb::Owned<xcb_input_xi_query_version_reply_t> version(xcb_input_xi_query_version_reply(
-        connection.get(), xcb_input_xi_query_version(connection.get(), kXInputMajor, kXInputMinor), nullptr));
+    const auto version = xcb::answer<xcb_input_xi_query_version_reply>(
+        connection.get(), xcb_input_xi_query_version(connection.get(), kXInputMajor, kXInputMinor));
     if (!version || std::pair(version->major_version, version->minor_version) < std::pair(kXInputMajor, kXInputMinor))
         return XCB_CONN_CLOSED_EXT_NOTSUPPORTED;
     root = xcb::screenNumbered(connection.get(), screenNumber).root;
@@ -150,16 +150,16 @@ void MouseHook::Private::setWanted(bool wanted)
 /// Raw events say how far the device was moved, not where that took the pointer.
 QPoint MouseHook::Private::pointer() const
 {
-    const xcb::Owned<xcb_query_pointer_reply_t> reply(
-        xcb_query_pointer_reply(connection.get(), xcb_query_pointer(connection.get(), root), nullptr));
+    const auto reply =
+        xcb::answer<xcb_query_pointer_reply>(connection.get(), xcb_query_pointer(connection.get(), root));
     return reply ? QPoint(reply->root_x, reply->root_y) : lastPosition;
 }
 
 /// Raw events do not know that the user has swapped the buttons.
 std::uint8_t MouseHook::Private::logicalButton(std::uint8_t physicalButton) const
 {
-    const xcb::Owned<xcb_get_pointer_mapping_reply_t> reply(
-        xcb_get_pointer_mapping_reply(connection.get(), xcb_get_pointer_mapping(connection.get()), nullptr));
+    const auto reply =
+        xcb::answer<xcb_get_pointer_mapping_reply>(connection.get(), xcb_get_pointer_mapping(connection.get()));
     const bool isMapped =
         reply && physicalButton >= 1 && physicalButton <= xcb_get_pointer_mapping_map_length(reply.get());
     return isMapped ? xcb_get_pointer_mapping_map(reply.get())[physicalButton - 1] : physicalButton;

@@ -10,20 +10,18 @@
 
 namespace platform {
 
-/// A window of any program as the system numbers it (HWND, X11 window); 0 is none. It may be gone at any moment.
+/// A window of any program (HWND, X11 window); 0 is none. It may be gone at any moment.
 using NativeWindow = std::uintptr_t;
 
-/// The desktop's windows, of all programs. Positions are physical pixels of the desktop. User-interface thread.
+/// The windows of all programs. Positions are physical pixels of the desktop. User-interface thread.
 class NativeWindows
 {
 public:
     NativeWindows();
     ~NativeWindows();
-    NativeWindows(const NativeWindows&) = delete;
-    NativeWindows& operator=(const NativeWindows&) = delete;
 
-    /// The deepest visible window that takes the pointer at the position: a control within a dialog, at least the
-    /// desktop's own window. 0 when the system does not answer.
+    /// The deepest visible window that takes the pointer there: a control within a dialog, at least the desktop's own
+    /// window. 0 when the system does not answer.
     NativeWindow at(const QPoint& position) const;
 
     bool exists(NativeWindow window) const;

@@ -65,7 +65,7 @@ std::optional<std::pair<xcb_window_t, QPoint>> NativeWindows::Private::topmostCh
                                                                                       const QPoint& position) const
 {
     xcb_connection_t* const c = connection.get();
-    const xcb::Owned<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(c, xcb_query_tree(c, parent), nullptr));
+    const auto tree = xcb::answer<xcb_query_tree_reply>(c, xcb_query_tree(c, parent));
     if (!tree)
         return std::nullopt;
     const std::span children(xcb_query_tree_children(tree.get()),
@@ -77,11 +77,10 @@ std::optional<std::pair<xcb_window_t, QPoint>> NativeWindows::Private::topmostCh
         return std::pair(xcb_get_window_attributes(c, child), xcb_get_geometry(c, child));
     });
     std::optional<std::pair<xcb_window_t, QPoint>> found;
-    // The last child is the topmost; every answer is taken, so that none is left lying about.
+    // The last child is the topmost; every answer is taken, or xcb would keep it.
     for (std::size_t i = children.size(); i-- > 0;) {
-        const xcb::Owned<xcb_get_window_attributes_reply_t> attributes(
-            xcb_get_window_attributes_reply(c, questions[i].first, nullptr));
-        const xcb::Owned<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(c, questions[i].second, nullptr));
+        const auto attributes = xcb::answer<xcb_get_window_attributes_reply>(c, questions[i].first);
+        const auto geometry = xcb::answer<xcb_get_geometry_reply>(c, questions[i].second);
         if (found || !attributes || !geometry || attributes->map_state != XCB_MAP_STATE_VIEWABLE ||
             attributes->_class == XCB_WINDOW_CLASS_INPUT_ONLY)
             continue;
@@ -96,8 +95,8 @@ std::optional<std::pair<xcb_window_t, QPoint>> NativeWindows::Private::topmostCh
 
 bool NativeWindows::Private::isShapedToHold(xcb_window_t window, const QPoint& position, xcb_shape_sk_t kind) const
 {
-    const xcb::Owned<xcb_shape_get_rectangles_reply_t> reply(xcb_shape_get_rectangles_reply(
-        connection.get(), xcb_shape_get_rectangles(connection.get(), window, kind), nullptr));
+    const auto reply = xcb::answer<xcb_shape_get_rectangles_reply>(
+        connection.get(), xcb_shape_get_rectangles(connection.get(), window, kind));
     if (!reply)
         return false;
     const std::span rectangles(xcb_shape_get_rectangles_rectangles(reply.get()),
@@ -109,8 +108,7 @@ bool NativeWindows::Private::isShapedToHold(xcb_window_t window, const QPoint& p
 
 xcb::Owned<xcb_get_geometry_reply_t> NativeWindows::Private::geometryOf(xcb_window_t window) const
 {
-    return xcb::Owned<xcb_get_geometry_reply_t>(
-        xcb_get_geometry_reply(connection.get(), xcb_get_geometry(connection.get(), window), nullptr));
+    return xcb::answer<xcb_get_geometry_reply>(connection.get(), xcb_get_geometry(connection.get(), window));
 }
 
 NativeWindows::NativeWindows() : m_private(std::make_unique<Private>()) {}
@@ -140,8 +138,8 @@ std::optional<QRect> NativeWindows::rectOf(NativeWindow window) const
     const auto id = static_cast<xcb_window_t>(window);
     const auto geometry = m_private->geometryOf(id);
     xcb_connection_t* const c = m_private->connection.get();
-    const xcb::Owned<xcb_translate_coordinates_reply_t> origin(
-        xcb_translate_coordinates_reply(c, xcb_translate_coordinates(c, id, m_private->root, 0, 0), nullptr));
+    const auto origin =
+        xcb::answer<xcb_translate_coordinates_reply>(c, xcb_translate_coordinates(c, id, m_private->root, 0, 0));
     if (!geometry || !origin)
         return std::nullopt;
     const QPoint border(geometry->border_width, geometry->border_width);

@@ -8,27 +8,23 @@
 
 namespace platform {
 
-/// Where the pointer is and what is held down on it.
 struct PointerState
 {
     /// Physical pixels of the whole desktop.
     QPoint positionPx;
-    /// The buttons as the user has arranged them: the left one is the one that selects, also for a left-handed user.
+    /// As the user has arranged them: the left one selects, also for a left-handed user.
     bool leftDown = false;
     bool rightDown = false;
 };
 
-/// Looks at the desktop's pointer, in some tens of microseconds. Any thread, one at a time; on X11 by its own
-/// connection.
+/// Looks at the desktop's pointer, in some tens of microseconds. Any thread, one at a time.
 class PointerProbe
 {
 public:
     PointerProbe();
     ~PointerProbe();
-    PointerProbe(const PointerProbe&) = delete;
-    PointerProbe& operator=(const PointerProbe&) = delete;
 
-    /// Nothing where the system does not say: no display, the pointer is on another one, or a secure desktop is shown.
+    /// Nothing without a display, with the pointer on another one, or on a secure desktop.
     std::optional<PointerState> look() const;
 
 private:

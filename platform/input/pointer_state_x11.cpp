@@ -28,8 +28,7 @@ std::optional<PointerState> PointerProbe::look() const
     xcb_connection_t* const display = m_connection->display.get();
     if (!m_connection->isUsable())
         return {};
-    const xcb::Owned<xcb_query_pointer_reply_t> reply(
-        xcb_query_pointer_reply(display, xcb_query_pointer(display, m_connection->root), nullptr));
+    const auto reply = xcb::answer<xcb_query_pointer_reply>(display, xcb_query_pointer(display, m_connection->root));
     if (!reply || reply->same_screen == 0)
         return {};
     // The server counts the buttons after the user's arrangement of them.

@@ -10,19 +10,17 @@ class QWidget;
 
 namespace platform {
 
-/// Ctrl+Shift+H for one window, wherever the keyboard focus is. When another program holds the key only the log says
-/// so. User-interface thread.
+/// Ctrl+Shift+H for one window, wherever the keyboard focus is. A key that cannot be taken is logged. User-interface
+/// thread.
 class WindowHotkey
 {
 public:
-    /// The window gets its native handle and outlives the object. pressed is called where isMessage() does not report
-    /// the key.
+    /// The window gets its native handle and outlives the object. pressed is not called where isMessage() reports the
+    /// key.
     WindowHotkey(QWidget& window, std::function<void()> pressed);
     ~WindowHotkey();
-    WindowHotkey(const WindowHotkey&) = delete;
-    WindowHotkey& operator=(const WindowHotkey&) = delete;
 
-    /// Whether what came to QWidget::nativeEvent() is a hotkey: on Windows.
+    /// Whether a message of QWidget::nativeEvent() is a hotkey: on Windows.
     static bool isMessage(const QByteArray& eventType, const void* message);
 
 private:

@@ -59,8 +59,8 @@ void X11Keyboard::readSymbols(xcb_connection_t* connection)
     const xcb_setup_t* const setup = xcb_get_setup(connection);
     m_firstKeycode = setup->min_keycode;
     const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    const xcb::Owned<xcb_get_keyboard_mapping_reply_t> reply(xcb_get_keyboard_mapping_reply(
-        connection, xcb_get_keyboard_mapping(connection, setup->min_keycode, count), nullptr));
+    const auto reply = xcb::answer<xcb_get_keyboard_mapping_reply>(
+        connection, xcb_get_keyboard_mapping(connection, setup->min_keycode, count));
     if (!reply)
         return;
     m_symbolsPerKey = reply->keysyms_per_keycode;
@@ -70,8 +70,7 @@ void X11Keyboard::readSymbols(xcb_connection_t* connection)
 
 void X11Keyboard::readModifiers(xcb_connection_t* connection)
 {
-    const xcb::Owned<xcb_get_modifier_mapping_reply_t> reply(
-        xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
+    const auto reply = xcb::answer<xcb_get_modifier_mapping_reply>(connection, xcb_get_modifier_mapping(connection));
     if (!reply)
         return;
     m_keysPerModifier = reply->keycodes_per_modifier;

@@ -9,21 +9,18 @@
 
 namespace platform {
 
-/// Which keys bear which symbols, and which modifiers which keys are, as of construction. Make a new one after a
-/// MappingNotify.
+/// Which keys have which symbols and modifiers at the time of construction. Make another one after a MappingNotify.
 class X11Keyboard
 {
 public:
     explicit X11Keyboard(xcb_connection_t* connection);
 
-    /// The keys that bear the symbol without a modifier or, when there are none, at all. Empty when no key does.
+    /// The keys with that symbol without a modifier or, if there are none, with any.
     std::vector<xcb_keycode_t> keycodesOf(Qt::Key key) const;
 
-    /// The X modifiers of the combination.
     std::uint16_t modifiersOf(const QKeyCombination& key) const;
 
-    /// Every combination of the lock modifiers (Caps, Num, Scroll), none of them included: a grab matches modifiers
-    /// exactly.
+    /// Every combination of Caps, Num and Scroll Lock, none included: a grab matches modifiers exactly.
     std::vector<std::uint16_t> lockCombinations() const;
 
 private:

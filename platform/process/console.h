@@ -3,10 +3,8 @@
 
 namespace platform {
 
-/// Attaches the process to the console of the process that started it, for standard output and standard error. Call
-/// first thing in main().
-///
-/// @return false when there is none, and on X11, where a terminal is inherited; the streams are left as they are.
+/// Attaches standard output and error to the console of the parent process. Call first thing in main().
+/// @return false when there is none, and on X11, where a terminal is inherited.
 bool attachToParentConsole();
 
 } // namespace platform

@@ -73,6 +73,7 @@ struct ReportWriter
     EXCEPTION_POINTERS* exception = nullptr;
     DWORD crashedThreadId = 0;
 };
+/// Set by the thread that crashes, read by the writer after the event.
 ReportWriter g_writer;
 
 DWORD WINAPI writeReportWhenWanted(void* /*parameter*/)

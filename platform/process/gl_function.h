@@ -5,8 +5,8 @@
 
 namespace platform {
 
-/// A function of the system's OpenGL library that every version has ("glPixelStorei"). It acts on the thread's current
-/// context. Null where there is no such library.
+/// A function of the system's OpenGL library that every version has ("glPixelStorei"); null where there is none. It
+/// acts on the thread's current context.
 QFunctionPointer glFunction(const char* name);
 
 } // namespace platform

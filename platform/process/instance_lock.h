@@ -5,8 +5,7 @@
 
 namespace platform {
 
-/// A lock that cannot outlive the process that holds it (docs/single-instance.md). On X11 systems an advisory lock
-/// (flock) on a file, which the kernel drops with the process, however that ends. On Windows nothing has to be proven.
+/// A lock that ends with its process (docs/single-instance.md): flock on a file on X11 systems. Not needed on Windows.
 class InstanceLock
 {
 public:
@@ -23,11 +22,10 @@ public:
     InstanceLock(const InstanceLock&) = delete;
     InstanceLock& operator=(const InstanceLock&) = delete;
 
-    /// Takes the lock if it is free; never waits. Acquired again at once by the object that holds it.
+    /// Never waits. Acquired again by the object that holds the lock.
     State tryLock();
 
-    /// Harmless when it is not held. The lock file stays: with it removed, two instances could each hold the lock of a
-    /// file of the same name.
+    /// The lock file stays: if it were removed, two instances could lock two files of that name.
     void release();
 
 private:

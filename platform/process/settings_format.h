@@ -5,8 +5,8 @@
 
 namespace platform {
 
-/// Where this system's users keep settings: the registry on Windows, "<organisation>/<application>.conf" in the user's
-/// configuration folder on X11, which the functions read and write. Registers the format with Qt: call once.
+/// The registry on Windows, "<organisation>/<application>.conf" in the user's configuration folder on X11, which the
+/// functions read and write. Registers the format with Qt: call once.
 QSettings::Format settingsFormat(QSettings::ReadFunc readFile, QSettings::WriteFunc writeFile);
 
 } // namespace platform

@@ -7,11 +7,9 @@
 
 namespace platform {
 
-/// Reports that the system or the user's terminal asks the program to end.
-///
-/// On X11 systems SIGTERM, SIGINT and SIGHUP; the same signal a second time ends the process at once. On Windows the
-/// events of the console that the program was started from; where an event ends the process in any case the system is
-/// kept waiting a few seconds. Main thread, one at a time; needs the application object.
+/// Reports that the system or the terminal asks the program to end: SIGTERM, SIGINT and SIGHUP, which end it at once
+/// when they come again, or the events of a Windows console, which wait a few seconds. Main thread, one at a time;
+/// needs the application object.
 class TerminationWatcher : public QObject
 {
     Q_OBJECT

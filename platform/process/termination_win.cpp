@@ -13,7 +13,7 @@ namespace {
 constexpr DWORD kOrderlyEndTimeoutMs = 5000;
 
 std::mutex g_mutex;
-/// Who listens; only looked at, and only taken away, under the mutex.
+/// Guarded by g_mutex: the main thread sets it, the system's console thread posts to it.
 TerminationWatcher* g_watcher = nullptr;
 
 void setWatcher(TerminationWatcher* watcher)
@@ -23,7 +23,7 @@ void setWatcher(TerminationWatcher* watcher)
 }
 
 /// What is posted to a watcher goes with it.
-bool tellWatcher()
+bool notifyWatcher()
 {
     const std::lock_guard locker(g_mutex);
     return g_watcher != nullptr &&
@@ -33,7 +33,7 @@ bool tellWatcher()
 /// Called by the system on a thread of its own, which may still be in here when the handler has been taken off.
 BOOL WINAPI onConsoleEvent(DWORD event)
 {
-    if (!tellWatcher())
+    if (!notifyWatcher())
         return FALSE;
     // After a close, log-off or shutdown event the process ends as soon as this returns.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP};
 
-/// Where the signal handler writes; -1 while nobody listens.
+/// Set on the main thread, read by the signal handler on any; -1 while nobody listens.
 std::atomic<int> g_writeEnd = -1;
 
 /// Runs in signal context: wakes the event loop and does nothing else.

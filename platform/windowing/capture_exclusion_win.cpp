@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/system_failure.h"
 #include "platform/windowing/capture_exclusion.h"
-#include "platform/windowing/display_affinity.h"
 
 #include <QOperatingSystemVersion>
 #include <QWidget>

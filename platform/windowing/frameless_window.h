@@ -9,10 +9,8 @@ class QWidget;
 
 namespace platform {
 
-/// Takes the system's frame off a top-level window and makes a widget of it the title bar; a window that can change its
-/// size is resized by its edges. Belongs to the window. User-interface thread.
-///
-/// Uses QWindowKit where the build found it, which keeps snapping, shadow and system menu on Windows.
+/// Replaces the system's frame of a top-level window, whose child this is: a widget is its title bar, and its edges
+/// resize it where its size can change. Uses QWindowKit where the build found it. User-interface thread.
 class FramelessWindow : public QObject
 {
     Q_OBJECT
@@ -24,14 +22,14 @@ public:
         Close
     };
 
-    /// Call before the window is shown; it becomes this object's parent.
+    /// Call before the window is shown.
     explicit FramelessWindow(QWidget* window);
     ~FramelessWindow() override;
 
-    /// Moves the window by this widget, children included that are neither a system button nor hit-test visible.
+    /// Its children move the window as well, except system buttons and what is hit-test visible.
     void setTitleBar(QWidget* titleBar);
 
-    /// Says which widget of the title bar stands in for a button of the system's frame.
+    /// The widget of the title bar for a button of the system's frame.
     void setSystemButton(SystemButton role, QWidget* button);
 
     /// Lets a widget of the title bar take the pointer itself.

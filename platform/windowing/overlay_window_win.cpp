@@ -12,7 +12,7 @@ namespace platform {
 
 namespace {
 
-/// The window colour #28282E. It is not used for keying (that takes another flag), but stands in the call.
+/// The window colour #28282E. It is not used for keying (that takes another flag), but passed in the call.
 constexpr COLORREF kColourKey = 0x2E2828;
 
 /// Qt keeps a window layered for as long as it is not wholly opaque.

@@ -47,8 +47,8 @@ bool isCompositing()
     // No X server: what draws the windows instead mixes them itself.
     if (xcb_connection_has_error(connection) != 0)
         return true;
-    const xcb::Owned<xcb_get_selection_owner_reply_t> owner(
-        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, inquiry.selection), nullptr));
+    const auto owner =
+        xcb::answer<xcb_get_selection_owner_reply>(connection, xcb_get_selection_owner(connection, inquiry.selection));
     return owner && owner->owner != XCB_WINDOW_NONE;
 }
 

@@ -16,10 +16,10 @@ namespace {
 constexpr uint32_t kIconicState = 3;
 constexpr uint32_t kStateRemove = 0;
 constexpr uint32_t kStateAdd = 1;
-/// The request is the user's, by way of a program that manages windows: no focus-stealing rule holds it back.
+/// The request is the user's, by way of a program that manages windows: no focus-stealing rule delays it.
 constexpr uint32_t kSourceUser = 2;
 
-/// A connection of its own, so that nothing here meets the process-wide error handlers of the libraries that also talk
+/// On a connection of its own, nothing here meets the process-wide error handlers of the libraries that also talk
 /// to the display.
 class Connection
 {
@@ -30,8 +30,7 @@ public:
     /// The root of the screen that the window is on; none when there is no such window.
     xcb_window_t rootOf(xcb_window_t window) const
     {
-        const xcb::Owned<xcb_get_geometry_reply_t> reply(
-            xcb_get_geometry_reply(get(), xcb_get_geometry(get(), window), nullptr));
+        const auto reply = xcb::answer<xcb_get_geometry_reply>(get(), xcb_get_geometry(get(), window));
         return reply ? reply->root : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
     }
 
@@ -41,7 +40,7 @@ public:
     uint32_t firstNumber(xcb_window_t window, xcb_atom_t property) const
     {
         const auto cookie = xcb_get_property(get(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 1);
-        const xcb::Owned<xcb_get_property_reply_t> reply(xcb_get_property_reply(get(), cookie, nullptr));
+        const auto reply = xcb::answer<xcb_get_property_reply>(get(), cookie);
         if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) < 4)
             return 0;
         return *static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
@@ -54,7 +53,7 @@ public:
     }
 
     /// Sends a message about the window to the window manager.
-    bool tellWindowManager(xcb_window_t window, std::string_view type, const std::array<uint32_t, 5>& data) const
+    bool sendToWindowManager(xcb_window_t window, std::string_view type, const std::array<uint32_t, 5>& data) const
     {
         const xcb_window_t root = rootOf(window);
         if (root == XCB_WINDOW_NONE)
@@ -71,14 +70,14 @@ public:
 
     bool changeState(xcb_window_t window, uint32_t action, std::string_view state) const
     {
-        return tellWindowManager(window, "_NET_WM_STATE", {action, atom(state), XCB_ATOM_NONE, kSourceUser, 0});
+        return sendToWindowManager(window, "_NET_WM_STATE", {action, atom(state), XCB_ATOM_NONE, kSourceUser, 0});
     }
 
 private:
     xcb::Connection m_connection{xcb_connect(nullptr, nullptr)};
 };
 
-/// The window that a handle stands for; none for a number that cannot be a window id.
+/// The window of a handle; none for a number that cannot be a window id.
 xcb_window_t toWindow(quint64 handle)
 {
     return handle <= std::numeric_limits<xcb_window_t>::max() ? static_cast<xcb_window_t>(handle)
@@ -90,8 +89,7 @@ bool exists(const Connection& connection, xcb_window_t window)
     if (window == XCB_WINDOW_NONE || !connection.isOpen())
         return false;
     const auto cookie = xcb_get_window_attributes(connection.get(), window);
-    const xcb::Owned<xcb_get_window_attributes_reply_t> reply(
-        xcb_get_window_attributes_reply(connection.get(), cookie, nullptr));
+    const auto reply = xcb::answer<xcb_get_window_attributes_reply>(connection.get(), cookie);
     return reply != nullptr;
 }
 
@@ -142,8 +140,8 @@ bool activateWindow(quint64 handle)
     const Connection connection;
     const xcb_window_t window = toWindow(handle);
     return exists(connection, window) &&
-           connection.tellWindowManager(window, "_NET_ACTIVE_WINDOW",
-                                        {kSourceUser, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0});
+           connection.sendToWindowManager(window, "_NET_ACTIVE_WINDOW",
+                                          {kSourceUser, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0});
 }
 
 bool demandAttention(quint64 handle, int /*count*/)

@@ -10,14 +10,12 @@ class QWidget;
 
 namespace platform {
 
-/// Has a minimised window stay minimised and without the focus, whoever asks for it. User-interface thread.
-///
-/// On Windows the window refuses by answerWhileHeld(), and nothing is done here. On X11 a held window takes no input
-/// and is minimised again when it is brought back.
+/// Keeps a minimised window minimised and without the focus, whoever asks for it: on X11 by minimising it again, on
+/// Windows by answerWhileHeld(). User-interface thread.
 void setHeld(QWidget& window, bool held);
 
-/// The answer of a held window to a native message (QWidget::nativeEvent): 0 for a request to restore, maximise or
-/// raise the window, which goes no further; nothing for every other message, and always on X11.
+/// A held window's answer to a native message (QWidget::nativeEvent): 0 for a request to restore, maximise or raise it,
+/// which goes no further; else nothing. On X11 nothing.
 std::optional<qintptr> answerWhileHeld(const QByteArray& eventType, void* message);
 
 } // namespace platform

@@ -20,8 +20,7 @@ void iconify(xcb_window_t window)
     if (x11 == nullptr)
         return;
     xcb_connection_t* const connection = x11->connection();
-    const Owned<xcb_query_tree_reply_t> tree(
-        xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
+    const auto tree = answer<xcb_query_tree_reply>(connection, xcb_query_tree(connection, window));
     if (!tree)
         return;
     xcb_client_message_event_t message{};

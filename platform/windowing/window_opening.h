@@ -9,13 +9,10 @@ class QWidget;
 
 namespace platform {
 
-/// Keeps what a translucent window does not paint open: what lies below is seen there, and the pointer reaches it, or
-/// the window itself where it wants the pointer all the same.
-///
-/// On Windows both follow from what the window paints, and nothing is done. On X11 the window is cut to what it paints
-/// (docs/x11-limits.md); where it wants the pointer and there is no compositor, an input-only window in front of it
-/// hands it buttons and moves as mouse events. The wheel is swallowed then, and the cursor is a cross.
-///
+/// Opens the unpainted parts of a translucent window to sight and pointer, or keeps the pointer for the window.
+/// On Windows both follow from what the window paints. On X11 the window is cut to that (docs/x11-limits.md); where it
+/// keeps the pointer without a compositor, an input-only window in front of it passes buttons and moves on as mouse
+/// events, without the wheel and with a cross as cursor.
 /// For windows prepared by prepareAsOverlay(). User-interface thread.
 class WindowOpening
 {
@@ -28,14 +25,9 @@ public:
 
     explicit WindowOpening(QWidget& window);
     ~WindowOpening();
-    WindowOpening(const WindowOpening&) = delete;
-    WindowOpening& operator=(const WindowOpening&) = delete;
 
-    /// Call it whenever the window is shown, hidden or resized, or one of these changes.
-    ///
-    /// @param isCompositing platform::isCompositing().
-    /// @param painted gives what the window paints, in its own logical pixels; asked only where the window is cut to
-    /// it.
+    /// Call when the window is shown, hidden or resized, or one of these changes.
+    /// @param painted what the window paints, in its own logical pixels; asked only where the window is cut to it
     void update(Pointer pointer, bool isCompositing, const std::function<QRegion()>& painted);
 
 private:

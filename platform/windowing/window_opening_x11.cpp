@@ -99,8 +99,7 @@ void PointerCatcher::make()
     xcb_connection_t* const connection = m_connection.get();
     const uint32_t wanted = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection, m_targetId, XCB_CW_EVENT_MASK, &wanted);
-    const xcb::Owned<xcb_get_geometry_reply_t> geometry(
-        xcb_get_geometry_reply(connection, xcb_get_geometry(connection, m_targetId), nullptr));
+    const auto geometry = xcb::answer<xcb_get_geometry_reply>(connection, xcb_get_geometry(connection, m_targetId));
     if (!geometry)
         return;
     m_window = xcb_generate_id(connection);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/windowing/capture_exclusion.h"
-#include "platform/windowing/display_affinity.h"
 #include "tests/support/reportedfailures.h"
 #include "tests/support/testrun.h"
 
@@ -20,7 +19,7 @@ public:
         Obeys,
         Refuses,
         BlacksOut,
-        SetsButCannotTell
+        SetsButCannotSay
     };
 
     explicit PlayedSystem(Answer answer) : m_answer(answer) {}
@@ -37,7 +36,7 @@ public:
 
     std::optional<quint32> get() const override
     {
-        return m_answer == Answer::SetsButCannotTell ? std::nullopt : std::optional(kept);
+        return m_answer == Answer::SetsButCannotSay ? std::nullopt : std::optional(kept);
     }
 
     QList<quint32> asked;
@@ -92,7 +91,7 @@ private slots:
     {
         QTest::addColumn<Answer>("answer");
         QTest::newRow("the system blacks it out instead") << Answer::BlacksOut;
-        QTest::newRow("the system does not tell what it did") << Answer::SetsButCannotTell;
+        QTest::newRow("the system does not say what it did") << Answer::SetsButCannotSay;
     }
 
     void windowIsNeverLeftABlackBoxInTheRecording()
