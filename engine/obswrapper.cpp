@@ -3,7 +3,6 @@
 
 #include "app/sclogger.h"
 #include "engine/core/enginecore.h"
-#include "engine/core/enginemodules.h"
 
 #include <QDebug>
 
@@ -52,7 +51,7 @@ bool ObsWrapper::startEngine(int width, int height, int fps)
         return false;
     }
     prepareProcessEnd();
-    loadEngineModules(m_platform);
+    enginecore::loadModules(m_platform);
     return true;
 }
 

@@ -15,17 +15,15 @@
 #include <QObject>
 #include <QStringList>
 
-/// The one object through which the program drives libobs: it starts the engine, holds the scene with its capture and
-/// audio sources, reports the audio levels and records to files.
-///
-/// Create it once and keep it for the life of the process; the engine itself is never shut down. User-interface thread,
-/// unless said otherwise; sizes are physical pixels. Failures are return values; nothing throws.
+/// The facade of libobs: starts the engine, holds scene and sources, reports audio levels, records to files. Create it
+/// once and keep it for the life of the process; the engine is never shut down. User-interface thread unless said
+/// otherwise; sizes are physical pixels. Nothing throws.
 class ObsWrapper : public QObject, public RecorderPort, public SourcePort
 {
     Q_OBJECT
 
 public:
-    /// Capture type of a whole monitor; every other value means one window.
+    /// Any other capture type means one window.
     static constexpr int kCaptureMonitor = 1;
 
     static constexpr int kLevelChannels = AudioLevels::kChannels;
@@ -35,56 +33,49 @@ public:
     ~ObsWrapper() override;
 
     /// Starts the engine and puts the default audio devices with their meters on channels 1 (desktop) and 2
-    /// (microphone). On an engine that runs already only the outputs, the audio sources and the meters are made again.
-    ///
-    /// @return false when the engine cannot be used; the critical log says why. Modules that fail are logged only.
+    /// (microphone). On a running engine only outputs, audio sources and meters are made again.
+    /// @return false when the engine cannot be used; the critical log says why. Modules that fail are logged only
     bool initialize(int width, int height, int fps);
-    /// Whether initialize() has succeeded.
     bool isReady() const override { return m_ready; }
 
-    /// Gives the engine another video size. The captured frame is stretched over the whole output.
-    ///
-    /// @return libobs' result: 0, or a negative code and nothing changed: while a recording runs, or the output of an
-    /// earlier one is still busy with its file
+    /// The captured frame is stretched over the whole output.
+    /// @return 0, or libobs' negative code and nothing changed: a recording runs, or the last one's output is busy with
+    ///         its file
     int resetVideo(int srcWidth, int srcHeight, int outputWidth, int outputHeight, int fps);
 
     /// Builds transition, scene and capture source and clears channels 1 and 2; setMicDevice() and
     /// setDesktopAudioDevice() put the audio back on.
-    ///
-    /// @return 0; -1 no fade transition; -2 no scene; -3 the capture source could not be made
+    /// @return 0; -1 no fade transition; -2 no scene; -3 no capture source
     int setupScene(int captureType);
 
-    /// Points the capture source at an entry of captureTargetNames(), from its next update on (for instance
-    /// setCaptureCursor()), and crops it by four margins. `cropped` is not used.
-    ///
-    /// @return false, and nothing changed, when target is not in the list or there is no capture source
+    /// Selects an entry of captureTargetNames(), from the source's next update on (for instance setCaptureCursor()),
+    /// and crops by margins. `cropped` is not used.
+    /// @return false, and nothing changed, for an unknown target or without a capture source
     bool setCaptureTarget(const char* target, int captureType, bool cropped, int left, int right, int top, int bottom);
 
-    /// Whether the engine renders the scene, as it does from setupScene() on and has to before setupFFmpeg(). That
-    /// costs most of a processor where there is no graphics card. Switching it on waits until the scene shows the
-    /// screen as it is now (EngineTimings); switching it off is refused while a recording runs, whose video would go
-    /// black.
+    /// Renders the scene, as from setupScene() on and needed by setupFFmpeg(), at the cost of most of a processor
+    /// without a graphics card. Switching it on waits until the scene shows the present screen (EngineTimings);
+    /// switching it off is refused during a recording, whose video would go black.
     void setSceneRendered(bool rendered);
     bool isSceneRendered() const { return m_scene.isRendered(); }
 
-    /// Reads the list of windows or of monitors into captureTargetNames() and captureTargetValues().
+    /// Windows or monitors, into captureTargetNames() and captureTargetValues().
     void refreshCaptureTargets(bool window) { m_capture.refreshTargets(window); }
 
     void setCaptureCursor(bool show) override { m_capture.setCursor(show); }
 
-    /// Whether the pointer of a captured monitor gets a highlight and its clicks are marked, in the recording only.
+    /// Highlights the pointer of a captured monitor and marks its clicks, in the recording only.
     void setCursorEffects(bool show) override { m_capture.setCursorEffects(show); }
 
-    /// Puts a device on its channel, or with enabled false takes it off: its levels then become zero, signalled once.
-    /// Does nothing when the system has no list of such devices. A microphone that vanishes is silent until it comes
-    /// back.
+    /// Puts a device on its channel, or takes it off: its levels then become zero, signalled once. Ignored when the
+    /// system has no list of such devices. A vanished microphone is silent until it is back.
     void setMicDevice(bool enabled, const QString& deviceId) override { m_audio.setMicrophone(enabled, deviceId); }
     void setDesktopAudioDevice(bool enabled, const QString& deviceId) override
     {
         m_audio.setDesktop(enabled, deviceId);
     }
 
-    /// Read the lists of devices; where there are none, the lists hold exactly "No Device" and "default".
+    /// An empty list becomes "No Device" and "default".
     void refreshMicDevices() override { m_audio.microphone().refreshDevices(); }
     void refreshDesktopDevices() { m_audio.desktop().refreshDevices(); }
 
@@ -95,79 +86,72 @@ public:
     const QStringList& desktopDeviceNames() const { return m_audio.desktop().names(); }
     const QStringList& desktopDeviceIds() const { return m_audio.desktop().ids(); }
 
-    /// Makes a new file output and its audio encoders in place of the previous ones.
+    /// Replaces the file output and its audio encoders.
     bool createOutputMode() { return m_fileOutput.create(); }
 
-    /// Prepares the output for one recording and waits for the engine's first frame (EngineTimings). The engine is
-    /// active from then on: start soon.
-    ///
-    /// @param storePath target file without extension
-    /// @param bitRate of the video; the encoder is given 1024 times it
-    /// @param format position in the list of formats; every other value records MP4
+    /// Prepares one recording and waits for the engine's first frame (EngineTimings). The engine is active from then
+    /// on: start soon.
+    /// @param storePath without extension
+    /// @param bitRate the encoder is given 1024 times it
+    /// @param format position in the list of formats; any other value is MP4
     void setupFFmpeg(const QString& storePath, int srcWidth, int srcHeight, int fps, int bitRate, int format) override
     {
         m_fileOutput.setUp(storePath, srcWidth, srcHeight, fps, bitRate, format);
     }
 
-    /// Starts the prepared recording, after status 0. Not from a slot that status 2 calls directly: that returns -1
-    /// without a further signal.
-    ///
-    /// @return 0 when the output started, though it may still end by itself with status 2; -1, after status 2, when not
+    /// Starts the prepared recording after status 0. From a slot that status 2 calls directly: -1 without a further
+    /// signal.
+    /// @return 0 when the output started, which may still end by itself with status 2; -1, after status 2, when not
     int startRecording() override { return m_fileOutput.start(); }
 
-    /// Stops the output, at once when force is set, and releases it. Returns 0 with the file closed; only one that
-    /// ended by itself may still be closing its file. An output that is still opening its file is cancelled: it is
-    /// stopped when it has opened it, and stopReason() says so.
-    ///
-    /// The output drops what its encoder buffers and what the disk has not taken. To keep the end, call
-    /// requestRecordingEnd() first, and this when isRecordingEndReached().
+    /// Stops the output, at once when forced. Returns 0 with the file closed, unless the output ended by itself. One
+    /// that is still opening its file is cancelled, and stopReason() says so. Drops what encoder and disk have not
+    /// taken: first requestRecordingEnd() and isRecordingEndReached() to keep the end (docs/stopping.md).
     int stopRecording(bool force) override { return m_fileOutput.stop(force); }
 
     /// Any thread.
     bool isRecording() const override { return m_fileOutput.isRecording(); }
 
-    /// Pauses the running recording, or resumes it, audio and video together. Either takes effect after one or two
-    /// frames; one that comes right after another waits for that, some tenths of a second at most. Sends no status.
-    ///
+    /// Audio and video together, after one or two frames; right after another call it waits up to some tenths of a
+    /// second. Sends no status (docs/pausing.md).
     /// @return false, and nothing changed, when no recording runs, its file is still being opened, or the output cannot
-    /// pause
+    ///         pause
     bool pauseRecording(bool pause) override { return m_fileOutput.pause(pause); }
     /// Any thread.
     bool isRecordingPaused() const override { return m_fileOutput.isPaused(); }
     bool canPauseRecording() const override { return m_fileOutput.canPause(); }
 
-    /// Takes the present moment as the end of the running recording; only the first call counts. A paused recording
-    /// resumes, because its encoder returns what it buffers only for further frames, and ends a few frames later.
+    /// Takes the present moment as the end; only the first call counts. A paused recording resumes for a few frames,
+    /// which its encoder needs to return what it buffers.
     void requestRecordingEnd() override { m_fileOutput.requestEnd(); }
 
-    /// Whether everything captured up to the requested end has been encoded and written, or nothing records. False
-    /// while the file is still being opened. Ask every few milliseconds: the first of video and audio to get there is
-    /// blocked until the stop. An engine that stalls never gets there; in any case stopRecording() has to follow.
+    /// Whether all up to the requested end is encoded and written, or nothing records. Ask every few milliseconds, then
+    /// call stopRecording(): video and audio are blocked from the end on. A stalled engine never gets there.
     bool isRecordingEndReached() override { return m_fileOutput.isEndReached(); }
 
-    /// How many frames have to follow a frame before the encoder of the last setupFFmpeg() has returned that one.
+    /// Of the last setupFFmpeg().
     int encoderDelayFrames() const { return m_fileOutput.encoderDelayFrames(); }
 
-    /// Frames that the present recording, or else the last one, has handed to its encoder.
+    /// Handed to the encoder by the present or the last recording.
     quint64 recordedFrames() const { return m_fileOutput.recordedFrames(); }
 
-    /// Why the last recording ended. Any thread; set before status 2 is signalled.
+    /// Any thread; set before status 2 is signalled.
     StopReason stopReason() const { return m_fileOutput.stopReason(); }
     QString stopReasonText() const override;
 
     /// 0 before initialize().
-    int micMeterChannels() const { return m_audio.microphone().meter().channels(); }
-    int desktopMeterChannels() const { return m_audio.desktop().meter().channels(); }
+    int micMeterChannels() const { return m_audio.microphone().meterChannels(); }
+    int desktopMeterChannels() const { return m_audio.desktop().meterChannels(); }
     int audioOutputChannels() const;
 
 signals:
-    /// Audio levels in dB, each an array of kLevelChannels floats that belongs to this object: copy during the call.
-    /// Every 16 ms (EngineTimings), and once with zeros when the device is switched off.
+    /// In dB; arrays of kLevelChannels floats of this object: copy during the call. Every 16 ms (EngineTimings), and
+    /// once with zeros when the device is switched off.
     void micVolumeDataChange(const float* magnitude, const float* peak, const float* inputPeak);
     void playerVolumeDataChange(const float* magnitude, const float* peak, const float* inputPeak);
 
-    /// recordstatus::kStarted when a start was requested, kEnded when the recording ended or failed to start. Also sent
-    /// from threads of libobs: connect so that it is queued.
+    /// recordstatus::kStarted when a start was requested, kEnded when the recording ended or failed to start. Also from
+    /// threads of libobs: connect queued.
     void recordStatusChanged(int recordingStatus);
 
 private:
@@ -175,9 +159,9 @@ private:
 
     const CapturePlatform m_platform;
     const EngineTimings m_timings;
-    bool m_ready = false;
+    bool m_ready = false; ///< initialize() has succeeded
 
-    // Released in the reverse order; the destructor releases meters and encoders first.
+    /// Released in reverse; the destructor releases meters and encoders first.
     OutputChannels m_channels;
     AudioDevices m_audio{m_platform, m_channels, m_timings};
     CaptureSource m_capture{m_platform};

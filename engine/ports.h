@@ -5,31 +5,28 @@
 #include <QString>
 #include <QStringList>
 
-/// What the rest of the program needs of the engine, so that it can be tested without libobs; in the program both are
-/// the ObsWrapper. User-interface thread.
+/// What the program needs of the engine; ObsWrapper, or a stand-in in tests. User-interface thread.
 
-/// The device identifier that stands for the system's default device.
 inline constexpr QLatin1String kDefaultAudioDevice("default");
 
-/// The numbers by which the engine, and everything that mirrors a recording, report its state.
+/// How engine and session report the state of a recording.
 namespace recordstatus {
 
-/// A start was asked for: show it as running.
+/// A start was requested: show it as running.
 inline constexpr int kStarted = 0;
 inline constexpr int kPaused = 1;
-/// Ended, or failed to start: show that nothing is recorded.
+/// Ended or failed to start.
 inline constexpr int kEnded = 2;
 
 } // namespace recordstatus
 
-/// What a recording session needs of the engine. How a recording begins and ends is reported beside this interface, by
-/// the status numbers that go to RecordingSession::onRecordStatusChanged(). The functions are described at ObsWrapper.
+/// Its start and end are reported beside it, to RecordingSession::onRecordStatusChanged(). See ObsWrapper.
 class RecorderPort
 {
 public:
     virtual ~RecorderPort() = default;
 
-    /// Whether the engine runs; nothing else may be called while it does not.
+    /// Else nothing may be called.
     virtual bool isReady() const = 0;
     virtual bool isRecording() const = 0;
 
@@ -48,12 +45,11 @@ public:
     virtual void requestRecordingEnd() = 0;
     virtual bool isRecordingEndReached() = 0;
 
-    /// Why the last recording did not start or did not end well, in plain words; empty when the engine knows of
-    /// nothing.
+    /// Why the last recording failed, in plain words, or empty.
     virtual QString stopReasonText() const = 0;
 };
 
-/// What the rows of sources need of the engine.
+/// What the switches for sources need of the engine.
 class SourcePort
 {
 public:

@@ -3,10 +3,14 @@
 
 #include "engine/ports.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr char kDeviceKey[] = "device_id";
 constexpr char kNoDevice[] = "disabled";
+
+void ignoreFader(void*, float) {}
 
 } // namespace
 
@@ -44,7 +48,8 @@ void AudioDevice::switchOff()
 {
     obs_set_output_source(m_kind.channel, nullptr);
     // The source stays and may go on capturing.
-    m_meter.detach();
+    obs_volmeter_detach_source(m_meter.get());
+    m_levels = AudioLevels();
 }
 
 void AudioDevice::switchOn(const QByteArray& deviceId)
@@ -56,8 +61,8 @@ void AudioDevice::switchOn(const QByteArray& deviceId)
         obs_data_set_string(settings.get(), kDeviceKey, deviceId.constData());
         obs_source_update(source.get(), settings.get());
     }
-    m_meter.attach(source.get());
-    m_source = std::move(source);
+    m_source.swap(source);
+    attachMeter();
 }
 
 ListEntries AudioDevice::listDevices() const
@@ -107,4 +112,49 @@ void AudioDevice::updateDevice(const QString& device)
     const ObsDataHandle settings(obs_data_create());
     obs_data_set_string(settings.get(), kDeviceKey, device.toUtf8().constData());
     obs_source_update(m_source.get(), settings.get());
+}
+
+void AudioDevice::makeMeter()
+{
+    // One after the other: the last one goes first.
+    m_fader.reset();
+    m_fader.reset(obs_fader_create(OBS_FADER_LOG));
+    m_meter.reset();
+    m_meter.reset(obs_volmeter_create(OBS_FADER_LOG));
+}
+
+void AudioDevice::listen()
+{
+    obs_fader_add_callback(m_fader.get(), ignoreFader, nullptr);
+    obs_volmeter_add_callback(m_meter.get(), &AudioDevice::onLevels, this);
+    m_listening = true;
+}
+
+void AudioDevice::stopListening()
+{
+    if (m_listening)
+        obs_volmeter_remove_callback(m_meter.get(), &AudioDevice::onLevels, this);
+    m_listening = false;
+}
+
+void AudioDevice::attachMeter()
+{
+    if (!m_meter)
+        return;
+    obs_fader_attach_source(m_fader.get(), m_source.get());
+    obs_volmeter_attach_source(m_meter.get(), m_source.get());
+}
+
+void AudioDevice::releaseMeter()
+{
+    m_meter.reset();
+    m_fader.reset();
+}
+
+void AudioDevice::onLevels(void* device, const float* magnitude, const float* peak, const float* inputPeak)
+{
+    AudioLevels& levels = static_cast<AudioDevice*>(device)->m_levels;
+    std::copy_n(magnitude, AudioLevels::kChannels, levels.magnitude.begin());
+    std::copy_n(peak, AudioLevels::kChannels, levels.peak.begin());
+    std::copy_n(inputPeak, AudioLevels::kChannels, levels.inputPeak.begin());
 }

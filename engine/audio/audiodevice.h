@@ -1,57 +1,77 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "engine/audio/levelmeter.h"
 #include "engine/core/obshandles.h"
 #include "engine/core/outputchannels.h"
 #include "engine/core/propertylist.h"
 
 #include <QString>
 
-/// What the microphone and the computer's audio differ in. All texts are string literals.
+#include <array>
+
+/// In dB, one entry per channel.
+struct AudioLevels
+{
+    /// libobs' maximum.
+    static constexpr int kChannels = 8;
+
+    std::array<float, kChannels> magnitude{};
+    std::array<float, kChannels> peak{};
+    std::array<float, kChannels> inputPeak{};
+};
+
+/// All texts are string literals.
 struct AudioDeviceKind
 {
     const char* typeId;
-    /// The source's name when it is made at start-up, and afterwards.
+    /// At start-up, and afterwards.
     const char* startName;
     const char* name;
     uint32_t channel;
 };
 
-/// The microphone, or what the computer plays: a source on its output channel, with a meter. User-interface thread.
+/// The microphone or the desktop audio: a source on its output channel, with a volume meter and its fader.
+/// User-interface thread.
 class AudioDevice
 {
 public:
     /// @param channels must outlive this object
     AudioDevice(const AudioDeviceKind& kind, OutputChannels& channels) : m_kind(kind), m_channels(channels) {}
+    ~AudioDevice() { stopListening(); }
+    Q_DISABLE_COPY_MOVE(AudioDevice)
 
-    /// Takes the source that is on the channel, or else makes one for the default device.
+    /// Takes the source on the channel, or makes one for the default device.
     void create();
-    /// Puts the source on its channel.
     void connectChannel() { obs_set_output_source(m_kind.channel, m_source.get()); }
 
-    /// Records a device, or none. Does nothing where the system lists no such devices.
-    ///
-    /// @return whether it is off now: its levels have become zero
+    /// Ignored where the system lists no such devices.
+    /// @return whether it is off now, with zero levels
     bool setDevice(bool enabled, const QString& deviceId);
 
-    /// Reads the list of devices; where there are none, it holds exactly "No Device" and "default".
+    /// An empty list becomes "No Device" and "default".
     void refreshDevices();
     const QStringList& names() const { return m_devices.names; }
     const QStringList& ids() const { return m_devices.values; }
 
-    /// Whether the channel holds this device's source.
+    /// Whether this source is on the channel.
     bool isOn() const;
-    /// Whether the system lists the device now.
+    /// Listed by the system now.
     bool isListed() const;
     bool isMuted() const { return obs_source_muted(m_source.get()); }
     void setMuted(bool muted) { obs_source_set_muted(m_source.get(), muted); }
-    /// Lets the source open its device again.
     void reopen();
 
-    LevelMeter& meter() { return m_meter; }
-    const LevelMeter& meter() const { return m_meter; }
-    void attachMeter() { m_meter.attach(m_source.get()); }
+    /// In place of the last ones; not while listening.
+    void makeMeter();
+    void listen();
+    /// Waits for a running callback.
+    void stopListening();
+    /// Ignored before makeMeter().
+    void attachMeter();
+    void releaseMeter();
+    /// 0 before makeMeter().
+    int meterChannels() const { return m_meter ? obs_volmeter_get_nr_channels(m_meter.get()) : 0; }
+    const AudioLevels& levels() const { return m_levels; }
 
 private:
     ListEntries listDevices() const;
@@ -60,10 +80,16 @@ private:
     void switchOn(const QByteArray& deviceId);
     QString device() const;
     void updateDevice(const QString& device);
+    static void onLevels(void* device, const float* magnitude, const float* peak, const float* inputPeak);
 
     const AudioDeviceKind m_kind;
     OutputChannels& m_channels;
     ObsSourceHandle m_source;
-    LevelMeter m_meter;
+    ObsFaderHandle m_fader;
+    ObsVolmeterHandle m_meter;
+    bool m_listening = false;
+    /// Written by libobs' audio thread between listen() and stopListening(), read by the user-interface thread; no
+    /// lock: a reader may see a mix of two updates.
+    AudioLevels m_levels;
     ListEntries m_devices;
 };

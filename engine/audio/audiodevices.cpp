@@ -21,9 +21,9 @@ void AudioDevices::create()
         device->create();
     stopListening();
     for (AudioDevice* const device : {&m_microphone, &m_desktop})
-        device->meter().make();
+        device->makeMeter();
     for (AudioDevice* const device : {&m_microphone, &m_desktop})
-        device->meter().listen();
+        device->listen();
     for (AudioDevice* const device : {&m_microphone, &m_desktop})
         device->attachMeter();
     for (AudioDevice* const device : {&m_microphone, &m_desktop})
@@ -36,25 +36,25 @@ void AudioDevices::create()
 void AudioDevices::stopListening()
 {
     for (AudioDevice* const device : {&m_microphone, &m_desktop})
-        device->meter().stopListening();
+        device->stopListening();
 }
 
 void AudioDevices::setMicrophone(bool enabled, const QString& deviceId)
 {
     if (m_microphone.setDevice(enabled, deviceId))
-        emit microphoneLevelsChanged(m_microphone.meter().levels());
+        emit microphoneLevelsChanged(m_microphone.levels());
 }
 
 void AudioDevices::setDesktop(bool enabled, const QString& deviceId)
 {
     if (m_desktop.setDevice(enabled, deviceId))
-        emit desktopLevelsChanged(m_desktop.meter().levels());
+        emit desktopLevelsChanged(m_desktop.levels());
 }
 
 void AudioDevices::onLevelTick()
 {
-    emit desktopLevelsChanged(m_desktop.meter().levels());
-    emit microphoneLevelsChanged(m_microphone.meter().levels());
+    emit desktopLevelsChanged(m_desktop.levels());
+    emit microphoneLevelsChanged(m_microphone.levels());
 }
 
 /// PulseAudio moves a stream whose microphone vanishes to the monitor of the computer's audio.
@@ -81,6 +81,6 @@ void AudioDevices::followMicrophone()
 void AudioDevices::releaseMeters()
 {
     stopListening();
-    m_desktop.meter().release();
-    m_microphone.meter().release();
+    m_desktop.releaseMeter();
+    m_microphone.releaseMeter();
 }

@@ -9,16 +9,16 @@
 
 struct CapturePlatform;
 
-/// The microphone and the computer's audio, with the timer of their levels. User-interface thread.
+/// Microphone and desktop audio, with the timer of their levels. User-interface thread.
 class AudioDevices : public QObject
 {
     Q_OBJECT
 
 public:
-    /// @param platform, channels must outlive this object
+    /// Both must outlive this object.
     AudioDevices(const CapturePlatform& platform, OutputChannels& channels, const EngineTimings& timings);
 
-    /// Puts both default devices on their channels and makes new meters.
+    /// Puts both default devices on their channels, with new meters.
     void create();
 
     AudioDevice& microphone() { return m_microphone; }
@@ -29,7 +29,7 @@ public:
     void setMicrophone(bool enabled, const QString& deviceId);
     void setDesktop(bool enabled, const QString& deviceId);
 
-    /// Releases the meters, before what they show is released.
+    /// Before the sources are released.
     void releaseMeters();
 
 signals:

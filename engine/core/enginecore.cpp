@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/core/enginecore.h"
 
+#include "app/sclogger.h"
 #include "engine/capture/captureplatform.h"
-#include "engine/core/enginemodules.h"
 #include "platform/process/gl_function.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
 #include <QStandardPaths>
+#include <QStringList>
 
 #include <obs.h>
 
@@ -15,6 +17,13 @@ namespace {
 
 constexpr uint32_t kSamplesPerSecond = 48000;
 constexpr char kConfigFolder[] = "/obs-cfg";
+constexpr char kPluginFolder[] = "/obs-plugins/64bit";
+
+/// libobs' files lie in a folder beside the executable. Absolute, with "/".
+QByteArray engineFolder(const char* name)
+{
+    return (QCoreApplication::applicationDirPath() + QLatin1String("/obs-data") + QLatin1String(name)).toUtf8();
+}
 
 bool resetAudio()
 {
@@ -27,19 +36,17 @@ bool resetAudio()
 QString configPath()
 {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
-    if (!QDir(folder).exists())
-        QDir().mkpath(folder);
+    QDir().mkpath(folder);
     return folder + QLatin1String(kConfigFolder);
 }
 
 void addEnginePaths()
 {
-    const EngineFolders folders = EngineFolders::besideExecutable();
-    obs_add_module_path(folders.plugins.toUtf8().constData(), folders.pluginData.toUtf8().constData());
+    obs_add_module_path(engineFolder(kPluginFolder), engineFolder("/data/obs-plugins/%module%"));
     // Newer libraries call it deprecated, but have nothing else that adds a folder of core data.
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
-    obs_add_data_path(folders.coreData.toUtf8().constData());
+    obs_add_data_path(engineFolder("/data/libobs/"));
     QT_WARNING_POP
 }
 
@@ -71,6 +78,66 @@ void setPackAlignment()
             pixelStore(kGlPackAlignment, 1);
     }
     obs_leave_graphics();
+}
+
+struct FolderSearch
+{
+    QByteArray folder;
+    QStringList failed;
+};
+
+void openIfInFolder(void* param, const obs_module_info2* found)
+{
+    auto& search = *static_cast<FolderSearch*>(param);
+    if (!QByteArray(found->bin_path).startsWith(search.folder))
+        return;
+    obs_module_t* module = nullptr;
+    const int code = obs_open_module(&module, found->bin_path, found->data_path);
+    if (code != MODULE_SUCCESS || !obs_init_module(module))
+        search.failed << QString::fromUtf8(found->name);
+}
+
+QStringList loadFrom(const QByteArray& folder)
+{
+    FolderSearch search{folder + '/', {}};
+    obs_find_modules2(openIfInFolder, &search);
+    obs_post_load_modules();
+    return search.failed;
+}
+
+QStringList loadAll()
+{
+    obs_module_failure_info failures{};
+    obs_load_all_modules2(&failures);
+    QStringList failed;
+    for (size_t i = 0; i < failures.count; ++i)
+        failed << QString::fromUtf8(failures.failed_modules[i]);
+    obs_module_failure_info_free(&failures);
+    return failed;
+}
+
+bool isRegistered(const NeededType& type)
+{
+    switch (type.registry) {
+    case NeededType::Registry::Source:
+        return obs_source_get_display_name(type.id) != nullptr;
+    case NeededType::Registry::Output:
+        return obs_output_get_display_name(type.id) != nullptr;
+    case NeededType::Registry::Encoder:
+        return obs_encoder_get_display_name(type.id) != nullptr;
+    }
+    return false;
+}
+
+QStringList failedModules(const CapturePlatform& platform)
+{
+    QStringList failed =
+        platform.moduleLoading == ModuleLoading::All ? loadAll() : loadFrom(engineFolder(kPluginFolder));
+    for (const char* name : platform.neededModules) {
+        if (!obs_get_module(name) && !failed.contains(QLatin1String(name)))
+            failed << QLatin1String(name);
+    }
+    return failed;
 }
 
 } // namespace
@@ -117,4 +184,22 @@ int enginecore::resetVideo(const CapturePlatform& platform, const QSize& source,
     if (result == OBS_VIDEO_SUCCESS)
         setPackAlignment();
     return result;
+}
+
+void enginecore::loadModules(const CapturePlatform& platform)
+{
+    const QStringList failed = failedModules(platform);
+    if (failed.isEmpty())
+        qInfo() << "All OBS modules loaded successfully";
+    else
+        qCritical() << "Failed to load" << failed.size() << "OBS modules:";
+    for (const QString& name : failed) {
+        qCritical().noquote() << "  - Failed module:" << name;
+        SCLogger::error(QStringLiteral("Failed to load OBS module: %1").arg(name));
+    }
+    for (const NeededType& type : platform.neededTypes) {
+        if (!isRegistered(type))
+            SCLogger::error(QStringLiteral("The engine has no \"%1\": %2")
+                                .arg(QLatin1String(type.id), QLatin1String(type.consequence)));
+    }
 }

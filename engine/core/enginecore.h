@@ -5,20 +5,22 @@
 
 struct CapturePlatform;
 
-/// Start-up of libobs and reset of its video. User-interface thread.
+/// Start-up of libobs, its modules and reset of its video. User-interface thread.
 namespace enginecore {
 
-/// Starts libobs with the program's module and data paths, and its audio with 48 kHz and stereo.
-///
-/// @return false when that fails; the critical log says why
+/// Starts libobs with the program's paths and 48 kHz stereo audio.
+/// @return false on failure; the critical log says why
 bool startUp();
 
-/// Whether libobs has a video output. One whose start failed has none, and does not ask before it uses it.
+/// False after a failed start: libobs does not check before it uses the video.
 bool hasVideo();
 
-/// Gives libobs' video another size: I420, Rec. 709, full range.
-///
-/// @return libobs' result: 0, or a negative code
+/// I420, Rec. 709, full range.
+/// @return 0, or libobs' negative code
 int resetVideo(const CapturePlatform& platform, const QSize& source, const QSize& output, int fps);
+
+/// As the platform asks for, after startUp(). Logs modules that failed or are missing, and for each missing type what
+/// will not work.
+void loadModules(const CapturePlatform& platform);
 
 } // namespace enginecore

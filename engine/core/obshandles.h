@@ -5,11 +5,8 @@
 
 #include <memory>
 
-/// Owning handles for everything that libobs hands out by reference or by ownership. No other file calls one of the
-/// library's release or destroy functions. A handle is as large as a pointer; moving one moves the reference.
-///
-/// A function of libobs that returns a new reference is wrapped at once: `ObsSourceHandle
-/// source(obs_get_output_source(1))`. One that only lends a pointer is not.
+/// Owning handles of libobs' objects: no other file calls a release or destroy function. A function that returns a new
+/// reference is wrapped at once: `ObsSourceHandle source(obs_get_output_source(1))`.
 namespace obshandles {
 
 template <auto Release>
@@ -37,7 +34,6 @@ using ObsFaderHandle = obshandles::Handle<obs_fader_t, obs_fader_destroy>;
 using ObsVolmeterHandle = obshandles::Handle<obs_volmeter_t, obs_volmeter_destroy>;
 using ObsPropertiesHandle = obshandles::Handle<obs_properties_t, obs_properties_destroy>;
 
-/// Cuts a connection to a signal of libobs.
 struct ObsSignalDisconnect
 {
     const char* signal = nullptr;
@@ -47,11 +43,8 @@ struct ObsSignalDisconnect
     void operator()(signal_handler_t* handler) const { signal_handler_disconnect(handler, signal, callback, data); }
 };
 
-/// One connection to a signal of libobs.
-///
-/// It holds a reference on the signal handler, so cutting it is safe after the object that sends the signal has gone.
-/// Cutting waits for a callback that is running on another thread; never cut while holding a lock that the callback
-/// takes.
+/// A connection to a signal. Holds a reference on the signal handler, so it may outlive the sender. Cutting it waits
+/// for a running callback: never do it while holding a lock that the callback takes.
 using ObsSignalConnection = std::unique_ptr<signal_handler_t, ObsSignalDisconnect>;
 
 inline ObsSignalConnection connectSignal(signal_handler_t* handler, const char* signal, signal_callback_t callback,

@@ -10,12 +10,9 @@ inline constexpr uint32_t kVideoChannel = 0;
 inline constexpr uint32_t kDesktopChannel = 1;
 inline constexpr uint32_t kMicrophoneChannel = 2;
 
-/// libobs' output channels, as far as this program uses them.
-///
-/// libobs outlives the program's objects, and so would what is on its channels: on X11 a capture source holds shared
-/// memory that outlasts the process. The destructor therefore takes off the program's own sources and waits until
-/// libobs, on a thread of its own, has destroyed them; declare it before every handle of a source. What somebody else
-/// has put on a channel stays.
+/// libobs' output channels. libobs outlives the program's objects, and on X11 a capture source holds shared memory that
+/// outlasts the process: the destructor takes the program's own sources off and waits until libobs has destroyed them.
+/// Declare it before every handle of a source.
 class OutputChannels
 {
 public:
@@ -24,12 +21,12 @@ public:
     OutputChannels(const OutputChannels&) = delete;
     OutputChannels& operator=(const OutputChannels&) = delete;
 
-    /// Notes the last source that the program made for a channel.
+    /// The last source made for a channel.
     void noteMade(uint32_t channel, const obs_source_t* source) { m_made.at(channel) = source; }
 
     static void clear();
 
 private:
-    /// Only to compare with: it may have gone since.
+    /// Only compared: may be destroyed.
     std::array<const obs_source_t*, 3> m_made{};
 };

@@ -4,9 +4,8 @@
 #include <QDeadlineTimer>
 #include <QThread>
 
-/// Blocks the thread until the condition holds, at most until the deadline; looks every millisecond. For what takes
-/// milliseconds and nobody signals. The deadline is a duration, or one moment that several waits share.
-///
+/// Blocks the thread until the condition holds or the deadline expires, looking every millisecond. For what takes
+/// milliseconds and nobody signals.
 /// @return whether the condition holds
 template <typename Condition>
 bool waitUntil(Condition condition, QDeadlineTimer deadline)

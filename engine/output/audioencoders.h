@@ -5,17 +5,16 @@
 
 #include <array>
 
-/// The AAC encoders beside the output: one for each of the six tracks, one for a stream and one for an archive. The
-/// FFmpeg output encodes by itself and uses none of them. Destroyed last to first. User-interface thread.
+/// AAC encoders of six tracks, a stream and an archive, which the FFmpeg output, having its own, does not use.
+/// User-interface thread.
 class AudioEncoders
 {
 public:
-    /// Makes all of them, replacing the last ones.
-    ///
-    /// @return false when one of the tracks has none; the debug log says which
+    /// Replaces the last ones.
+    /// @return false without an encoder for a track; the debug log says which
     bool create();
     void setAudio(audio_t* audio);
-    /// Releases them, last to first.
+    /// Last to first.
     void release();
 
 private:

@@ -5,14 +5,13 @@
 
 #include <atomic>
 
-/// Counts the callbacks that run on other threads, so that the object they use can outlast them.
-///
-/// Declare it before (so that it goes after) the connection through which the callbacks come: first no new one can
-/// arrive, then the gate waits for those that are inside. Never destroy it from inside such a callback.
+/// Counts callbacks on other threads, so their object can outlast them. Declare it before the connection through which
+/// they come: first no new one arrives, then the gate waits for those inside. Any thread; never destroy it from such a
+/// callback.
 class CallbackGate
 {
 public:
-    /// A callback's stay: make it first thing in the callback.
+    /// First thing in a callback.
     class Pass
     {
     public:
@@ -25,12 +24,8 @@ public:
         CallbackGate& m_gate;
     };
 
-    CallbackGate() = default;
     ~CallbackGate() { waitUntilEmpty(); }
-    CallbackGate(const CallbackGate&) = delete;
-    CallbackGate& operator=(const CallbackGate&) = delete;
 
-    /// Blocks until no callback is inside.
     void waitUntilEmpty() const
     {
         waitUntil([this] { return m_inside == 0; }, QDeadlineTimer(QDeadlineTimer::Forever));

@@ -3,19 +3,16 @@
 
 #include <cstdint>
 
-/// Finds out, asked every few milliseconds, when the disk has taken all that the encoders of an output have returned.
-///
-/// A stop of the stock output drops what is not written yet. The output counts a packet before it writes it, so a disk
-/// that is busy with one looks like one that has nothing left to do: only a count that has not changed for a while
-/// tells. Ask only while the output gets nothing new. Belongs to one thread.
+/// Finds out when the disk has taken all that an output's encoders have returned (docs/stopping.md): the output counts
+/// a packet before it writes it, so the count has to be unchanged for a while. Ask every few milliseconds, while the
+/// output gets nothing new. One thread.
 class DiskDrain
 {
 public:
-    /// Begins again with the next question.
     void reset() { m_beginNs = 0; }
 
     /// @param bytes the output's count
-    /// @return whether everything is written, or the disk has had five seconds for it, of which the log then tells
+    /// @return true also after five seconds, which is logged
     bool isOver(std::uint64_t bytes, std::uint64_t nowNs);
 
 private:

@@ -12,7 +12,7 @@ int computedEncoderDelay(int heightPx, int processors)
 {
     constexpr int kLookAhead = 10;
     constexpr int kBFrames = 3;
-    // Frames leave in the order of decoding: in a pyramid of B-frames, one comes up to two places later than it is
+    // Frames leave in the order of decoding: in a pyramid of B-frames, one comes up to two frames later than it is
     // shown.
     constexpr int kReorder = 2;
     constexpr int kBlockPx = 16;

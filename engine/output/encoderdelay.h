@@ -3,16 +3,13 @@
 
 #include "engine/output/recordingformat.h"
 
-/// libx264's delay in frames with the preset that libobs' FFmpeg output asks for ("veryfast"), by libx264's own
-/// arithmetic.
-///
-/// @param heightPx   of the recorded video: a low one gets fewer threads
-/// @param processors logical ones, of which libx264 makes its threads
+/// libx264's delay in frames with "veryfast", the preset of libobs' FFmpeg output, by libx264's own arithmetic.
+/// @param heightPx a low video gets fewer threads
+/// @param processors logical ones
 int computedEncoderDelay(int heightPx, int processors);
 
-/// What measured delays were above the computed one, at most; tests/engine/encoderprobe.h measures.
+/// The most that measured delays (tests/engine/encoderprobe.h) were above the computed one.
 inline constexpr int kEncoderDelayMargin = 3;
 
-/// How many frames have to follow a frame before the format's encoder has returned it on this computer; 0 without
-/// video.
+/// Frames that have to follow a frame before the encoder on this computer returns it; 0 without video.
 int encoderDelay(RecordingFormat format, int heightPx);

@@ -11,7 +11,7 @@ bool OutputPause::set(obs_output_t* output, bool pause)
     m_tap.pauseSync().waitUntilDone(m_timings.pauseLimit);
     if (!pause)
         waitUntilBegun();
-    return tell(output, pause);
+    return apply(output, pause);
 }
 
 /// A pause shorter than a block of audio would end in the block in which it begins, which libobs cannot do.
@@ -22,7 +22,7 @@ void OutputPause::waitUntilBegun() const
               m_timings.pauseLimit);
 }
 
-bool OutputPause::tell(obs_output_t* output, bool pause)
+bool OutputPause::apply(obs_output_t* output, bool pause)
 {
     // Ample for a call of libobs that does nothing but note a moment.
     constexpr std::uint64_t kCallNs = 5'000'000;

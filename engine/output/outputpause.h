@@ -9,24 +9,23 @@
 
 class StreamTap;
 
-/// Pauses an output and lets it go on. User-interface thread, which waits for a pause that has not taken effect yet.
+/// Pauses and resumes an output. User-interface thread, which waits for a pause that has not taken effect yet.
 class OutputPause
 {
 public:
     /// Both must outlive this object.
     OutputPause(StreamTap& tap, const EngineTimings& timings) : m_tap(tap), m_timings(timings) {}
 
-    /// For a recording that starts.
     void reset() { m_effectNs = 0; }
 
     /// @return false, and nothing changed, when the output cannot
     bool set(obs_output_t* output, bool pause);
 
-    /// The moment from which the last pause, or the recording after it, runs, on libobs' clock; 0 before.
+    /// When the last pause or resume takes effect, on libobs' clock; 0 before.
     std::uint64_t effectNs() const { return m_effectNs; }
 
 private:
-    bool tell(obs_output_t* output, bool pause);
+    bool apply(obs_output_t* output, bool pause);
     void waitUntilBegun() const;
 
     StreamTap& m_tap;

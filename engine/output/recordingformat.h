@@ -3,8 +3,7 @@
 
 #include <QString>
 
-/// The formats a recording can have; the values are the positions in every list of formats and the engine's format
-/// argument.
+/// The values are list positions and the engine's format argument.
 enum class RecordingFormat : int
 {
     Mp4 = 0,
@@ -18,11 +17,11 @@ enum class RecordingFormat : int
 
 inline constexpr int kRecordingFormatCount = 7;
 
-/// The format at a list position. Any value outside 0..6 is MP4.
+/// MP4 for any other value.
 RecordingFormat recordingFormatFromIndex(int index);
 
-/// Lower-case extension without the dot, for example "mp4".
+/// Lower case, without dot.
 QString recordingFileExtension(RecordingFormat format);
 
-/// Whether the format holds video (MP4, AVI, FLV, GIF); the others are audio only.
+/// MP4, AVI, FLV and GIF; the others are audio only.
 bool hasVideo(RecordingFormat format);

@@ -3,14 +3,13 @@
 
 #include <QString>
 
-/// Why a recording ended.
 struct StopReason
 {
-    /// libobs' output code: 0 for an end that was asked for, negative for a failure.
+    /// libobs' output code: 0 when asked for, negative for a failure.
     int code = 0;
-    /// The output's own words, often empty and always English; meant for the log.
+    /// The output's own English words, often empty; for the log.
     QString text;
 };
 
-/// In plain words, for example "the disk is full", with the output's own in brackets where there are any.
+/// In plain words ("the disk is full"), with the output's own in brackets.
 QString describe(const StopReason& reason);

@@ -5,24 +5,22 @@
 #include <condition_variable>
 #include <mutex>
 
-/// Blocks one of libobs' streams (video or audio) between two of its items.
-///
-/// libobs calls the listeners of a stream one after the other on one thread: while that waits in pass(), no other
-/// listener is being called. Any thread; several may close the gate, which is open again when each has opened it.
+/// Blocks one of libobs' streams (video or audio) in a raw callback: libobs calls all listeners of a stream on one
+/// thread. Any thread; several may close the gate.
 class StreamGate
 {
 public:
-    /// From the stream: waits while the gate is closed.
+    /// In the callback: waits while the gate is closed.
     void pass();
 
     void close();
     /// Undoes one close().
     void open();
 
-    /// Whether the stream waits in pass(); false when it does not within the time.
+    /// False when the stream does not wait in pass() within the limit.
     bool waitUntilBlocked(std::chrono::milliseconds limit);
 
-    /// While set, nothing waits, neither in pass() nor for it: the stream is being disconnected.
+    /// While set, nothing waits: the stream is being disconnected.
     void setBypassed(bool bypassed);
 
 private:
