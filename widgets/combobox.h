@@ -3,5 +3,5 @@
 
 class QComboBox;
 
-/// Lets the program's style sheets draw the entries of a form's box, and keeps the mouse wheel from choosing in it.
+/// Style sheets draw the entries, and the mouse wheel does not choose.
 void prepareComboBox(QComboBox& box);

@@ -22,8 +22,6 @@ FocusRing::FocusRing(QWidget* window, const QList<QWidget*>& widgets) : QWidget(
     hide();
 }
 
-FocusRing::~FocusRing() = default;
-
 bool FocusRing::eventFilter(QObject* watched, QEvent* event)
 {
     const auto& widget = static_cast<const QWidget&>(*watched);

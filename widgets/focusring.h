@@ -4,7 +4,7 @@
 #include <QList>
 #include <QWidget>
 
-/// A ring around the one of some widgets that has the keyboard focus, where their own painting leaves no room for it.
+/// A ring around the widget with the keyboard focus, where the widgets' own painting leaves no room.
 class FocusRing : public QWidget
 {
     Q_OBJECT
@@ -12,7 +12,6 @@ class FocusRing : public QWidget
 public:
     /// The widgets are in window and outlive the ring.
     FocusRing(QWidget* window, const QList<QWidget*>& widgets);
-    ~FocusRing() override;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

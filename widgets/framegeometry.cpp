@@ -76,20 +76,29 @@ void applyRatio(HitArea area, Edges& edges, const QRect& start, Real ratio)
     }
 }
 
+/// By the edge that the area drags.
+void setWidth(HitArea area, Edges& edges, int width)
+{
+    if (movesLeft(area))
+        edges.left = edges.right - width;
+    else
+        edges.right = edges.left + width;
+}
+
+void setHeight(HitArea area, Edges& edges, int height)
+{
+    if (movesTop(area))
+        edges.top = edges.bottom - height;
+    else
+        edges.bottom = edges.top + height;
+}
+
 void applyMinimum(HitArea area, Edges& edges, const QSize& minimum)
 {
-    if (edges.width() < minimum.width()) {
-        if (movesLeft(area))
-            edges.left = edges.right - minimum.width();
-        else
-            edges.right = edges.left + minimum.width();
-    }
-    if (edges.height() < minimum.height()) {
-        if (movesTop(area))
-            edges.top = edges.bottom - minimum.height();
-        else if (movesBottom(area))
-            edges.bottom = edges.top + minimum.height();
-    }
+    if (edges.width() < minimum.width())
+        setWidth(area, edges, minimum.width());
+    if (edges.height() < minimum.height() && (movesTop(area) || movesBottom(area)))
+        setHeight(area, edges, minimum.height());
 }
 
 } // namespace
@@ -167,17 +176,10 @@ QRect draggedAtAspect(HitArea area, const QRect& start, const QPoint& delta, int
     Edges edges = edgesOf(start);
     drag(area, edges, delta);
     applyRatio(area, edges, start, aspect);
-    if (edges.width() >= minimumWidth)
-        return edges.rect();
-    if (movesLeft(area))
-        edges.left = edges.right - minimumWidth;
-    else
-        edges.right = edges.left + minimumWidth;
-    const int height = static_cast<int>(static_cast<float>(minimumWidth) / aspect);
-    if (movesTop(area))
-        edges.top = edges.bottom - height;
-    else
-        edges.bottom = edges.top + height;
+    if (edges.width() < minimumWidth) {
+        setWidth(area, edges, minimumWidth);
+        setHeight(area, edges, static_cast<int>(static_cast<float>(minimumWidth) / aspect));
+    }
     return edges.rect();
 }
 

@@ -80,27 +80,19 @@ QIcon named(const QString& name, Tone tone)
 HoverIcons::HoverIcons(QAbstractButton* button, const QString& name) : QObject(button), m_button(*button), m_name(name)
 {
     button->installEventFilter(this);
-    showIcon(m_button.underMouse());
+    showIcon();
 }
 
 bool HoverIcons::eventFilter(QObject*, QEvent* event)
 {
-    switch (event->type()) {
-    case QEvent::Enter:
-    case QEvent::Leave:
-        showIcon(event->type() == QEvent::Enter);
-        break;
-    case QEvent::EnabledChange:
-        showIcon(m_button.underMouse());
-        break;
-    default:
-        break;
-    }
+    const QEvent::Type type = event->type();
+    if (type == QEvent::Enter || type == QEvent::Leave || type == QEvent::EnabledChange)
+        showIcon();
     return false;
 }
 
-void HoverIcons::showIcon(bool isPointedAt)
+void HoverIcons::showIcon()
 {
-    const bool light = isPointedAt && m_button.isEnabled();
+    const bool light = m_button.underMouse() && m_button.isEnabled();
     m_button.setIcon(icons::named(m_name, light ? icons::Tone::Light : icons::Tone::Normal));
 }

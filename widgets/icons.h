@@ -18,12 +18,12 @@ enum class Tone
 /// ":/res/forms/images/<name>.svg", or "<name>-white.svg" for the light one.
 QString path(const QString& name, Tone tone = Tone::Normal);
 
-/// Scalable, and fainter in a disabled control.
+/// Fainter in a disabled control.
 QIcon named(const QString& name, Tone tone = Tone::Normal);
 
 } // namespace icons
 
-/// Gives an enabled button its light icon while the pointer is over it. Child of the button.
+/// Shows the light icon while the pointer is over an enabled button. Child of the button.
 class HoverIcons : public QObject
 {
     Q_OBJECT
@@ -34,7 +34,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void showIcon(bool isPointedAt);
+    void showIcon();
 
     QAbstractButton& m_button;
     QString m_name;

@@ -6,7 +6,6 @@
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 
 namespace messagebox {
@@ -18,19 +17,6 @@ constexpr int kLineHeightPx = 20;
 
 /// Null where boxes are shown.
 Recorder* s_recorder = nullptr;
-
-QMessageBox::Icon iconOf(Kind kind)
-{
-    switch (kind) {
-    case Kind::Warning:
-        return QMessageBox::Warning;
-    case Kind::Critical:
-        return QMessageBox::Critical;
-    case Kind::Information:
-        break;
-    }
-    return QMessageBox::Information;
-}
 
 /// Desktops have their own texts, in their own language.
 void nameButton(const QMessageBox& box, QMessageBox::StandardButton which, const char* text)
@@ -59,13 +45,6 @@ void reserveLine(const QMessageBox& box)
         label->setMinimumHeight(kLineHeightPx);
 }
 
-void show(const Call& call)
-{
-    QMessageBox box(iconOf(call.kind), call.title, call.text, QMessageBox::Ok, call.parent);
-    prepare(box);
-    box.exec();
-}
-
 Answer showQuestion(const Question& question)
 {
     QMessageBox box(QMessageBox::Question, question.title, question.text, QMessageBox::Cancel, question.parent);
@@ -83,10 +62,13 @@ Answer showQuestion(const Question& question)
 
 void showOrRecord(const Call& call)
 {
-    if (s_recorder != nullptr)
+    if (s_recorder != nullptr) {
         s_recorder->note(call);
-    else
-        show(call);
+        return;
+    }
+    QMessageBox box(call.kind, call.title, call.text, QMessageBox::Ok, call.parent);
+    prepare(box);
+    box.exec();
 }
 
 } // namespace

@@ -1,22 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QMessageBox>
 #include <QPointer>
 #include <QString>
 
 #include <vector>
 
-class QWidget;
-
-/// Modal message boxes in the program's look. parent may be null; texts are translated. User-interface thread.
+/// Modal boxes; parent may be null, texts are translated. User-interface thread.
 namespace messagebox {
 
-enum class Kind
-{
-    Information,
-    Warning,
-    Critical
-};
+using Kind = QMessageBox::Icon;
 
 void information(QWidget* parent, const QString& title, const QString& text);
 void warning(QWidget* parent, const QString& title, const QString& text);
@@ -28,7 +22,7 @@ struct Question
     QString title;
     QString text;
     QString checkText;
-    /// Text and object name of the button that confirms.
+    /// Of the button that confirms.
     QString buttonText;
     QString buttonName;
 };
@@ -39,10 +33,9 @@ struct Answer
     bool checked = false;
 };
 
-/// Shows an unchecked check box, a button that confirms, and Cancel, which is the default and what closing means.
+/// With an unchecked check box, a confirming button, and Cancel, which is the default.
 Answer ask(const Question& question);
 
-/// A call of information(), warning() or critical().
 struct Call
 {
     Kind kind;
@@ -51,7 +44,7 @@ struct Call
     QString text;
 };
 
-/// While it exists, boxes are recorded instead of shown. For tests. Nested recorders are destroyed in reverse order.
+/// Records boxes instead of showing them. For tests; nested ones are destroyed in reverse order.
 class Recorder
 {
 public:
@@ -63,7 +56,7 @@ public:
     const std::vector<Call>& calls() const { return m_calls; }
     const std::vector<Question>& questions() const { return m_questions; }
 
-    /// What ask() returns; Cancel by default.
+    /// Of ask(); Cancel by default.
     void setAnswer(const Answer& answer) { m_answer = answer; }
 
     void note(const Call& call) { m_calls.push_back(call); }

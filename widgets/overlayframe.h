@@ -16,10 +16,8 @@
 class QHBoxLayout;
 class QPushButton;
 
-/// A see-through frame over the desktop that the user moves and resizes, with a tool bar and a pen to draw on what is
-/// inside. The pointer reaches what lies below the inside, except while the pen is on.
-///
-/// The tool bar is a window of its own that follows the frame: show() and hide() of this class show and hide both.
+/// A frame over the desktop that the user moves and resizes, with a pen to draw inside and a tool bar, a window of its
+/// own that show() and hide() of this class include. The pointer reaches what is below the inside while the pen is off.
 /// Logical pixels of the desktop.
 class OverlayFrame : public QWidget
 {
@@ -51,10 +49,9 @@ protected:
 
     virtual void retranslate() = 0;
     virtual void positionToolBar() = 0;
-    /// The user drags the tool bar, which would take the frame's top-left corner to that position.
     virtual void dragByToolBar(const QPoint& topLeft) { move(topLeft); }
     virtual void endToolBarDrag() {}
-    /// What a press at that position drags while the pen is off.
+    /// What a press there drags while the pen is off.
     virtual framegeometry::HitArea handleAt(const QPoint& position) const = 0;
     virtual void drag(framegeometry::HitArea area, const QRect& start, const QPoint& delta) = 0;
     virtual void endDrag(framegeometry::HitArea /*area*/, const QPoint& /*position*/) {}
@@ -62,33 +59,32 @@ protected:
     virtual bool isBorderVisible() const = 0;
     /// How far the border reaches into the window.
     virtual int borderDepthPx() const = 0;
-    /// Paints the window where the system mixes it with what lies below.
+    /// Where the system mixes translucent windows.
     virtual void paintMixed(QPainter& painter) const = 0;
 
-    /// What the border leaves open, in the frame's own coordinates.
+    /// What the border leaves open, in own coordinates.
     QRect inside() const;
     QWidget& toolBar() const { return *m_toolBar; }
     QHBoxLayout& toolBarLayout() const;
 
-    /// Appends a button to the tool bar, with an icon that lights up under the pointer unless the button is checked. An
-    /// empty icon name gives none.
+    /// Its icon, if any, lights up under the pointer unless the button is checked.
     QPushButton* addButton(const QString& name, const QString& icon);
-    /// Sets tool tip and accessible name.
+    /// Tool tip and accessible name.
     static void describe(QPushButton& button, const QString& text);
 
     void setDrawMode(bool on, QPushButton& penButton);
     bool isDrawMode() const { return m_drawMode; }
     void clearStrokes();
     const PenStrokes& strokes() const { return m_strokes; }
-    /// The area that a press at that position drags, the pen's included.
+    /// Includes the pen.
     framegeometry::HitArea hitAreaAt(const QPoint& position) const;
 
-    /// Asks the system again whether it mixes translucent windows with what lies below.
+    /// Asks the system again.
     void updateCompositing();
     bool isCompositing() const { return m_isCompositing; }
     /// Call when what the window paints or whether it takes the pointer has changed.
     void updateOpening();
-    /// Gives the window the pointer in that region by a colour that nobody sees.
+    /// Takes the pointer in that region by a colour that nobody sees.
     void fillForPointer(QPainter& painter, const QRegion& region) const;
 
 private:
@@ -101,14 +97,13 @@ private:
 
     bool m_drawMode = false;
     PenStrokes m_strokes;
-    /// Where the pointer went down, globally; during a drag of the tool bar counted from the frame.
+    /// Global; from the frame while the tool bar is dragged.
     QPoint m_dragStartPos;
     QRect m_dragStartGeometry;
     framegeometry::HitArea m_resizeRegion = framegeometry::HitArea::None;
     bool m_pressed = false;
     std::unique_ptr<QWidget> m_toolBar;
     bool m_toolBarDragging = false;
-    /// As the system answered last.
     bool m_isCompositing = true;
     platform::WindowOpening m_opening;
 };

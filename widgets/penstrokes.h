@@ -9,7 +9,7 @@
 
 class QPainter;
 
-/// Freehand strokes of one pen, in logical pixels of the widget that is drawn on.
+/// Freehand strokes, in logical pixels of the widget.
 class PenStrokes
 {
 public:
@@ -19,24 +19,20 @@ public:
         LeavesNothing
     };
 
-    /// @param click what a press and a release at the same position leave
+    /// @param click what a press and release at the same position leave
     PenStrokes(const QPen& pen, Click click) : m_pen(pen), m_click(click) {}
 
-    /// Begins a stroke. A stroke that was not finished is dropped.
+    /// Drops an unfinished stroke.
     void begin(const QPointF& position);
 
-    /// Extends the current stroke, if there is one.
-    ///
     /// @return the pixels that change
     QRect extend(const QPointF& position);
 
-    /// Ends the current stroke, if there is one, at that position and keeps it.
     void finish(const QPointF& position);
 
     void clear();
 
     QColor color() const { return m_pen.color(); }
-    /// The pixels that the strokes cover.
     const QRegion& region() const { return m_region; }
     void paint(QPainter& painter) const;
 

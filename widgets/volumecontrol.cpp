@@ -52,11 +52,6 @@ VolumeControl::VolumeControl(QWidget* parent) : QWidget(parent)
     m_repaintTimer.start();
 }
 
-VolumeControl::~VolumeControl()
-{
-    m_repaintTimer.stop();
-}
-
 void VolumeControl::setLevels(const float* magnitudeDb, const float* peakDb, const float* inputPeakDb)
 {
     const QMutexLocker locker(&m_levelLock);

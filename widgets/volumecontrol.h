@@ -8,43 +8,37 @@
 
 #include <array>
 
-/// Shows the live level of one audio source as a row of rounded segments that light up from the left: blue up to the
-/// middle, green up to three quarters, orange above.
-///
-/// Only the first channel's magnitude sets the length; peaks only tell silence from sound. The meter repaints itself
-/// every kRepaintIntervalMs. All operations belong to the user-interface thread; painting reads the levels without the
-/// lock, a torn read is one odd repaint.
+/// Level of an audio source as a row of segments that light up from the left: blue, green from the middle, orange from
+/// three quarters on. The first channel's magnitude is the length; peaks distinguish silence from no level.
+/// User-interface thread.
 class VolumeControl : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// libobs' highest number of audio channels.
+    /// libobs' maximum.
     static constexpr int kMaxChannels = 8;
     static constexpr int kRepaintIntervalMs = 40;
 
     explicit VolumeControl(QWidget* parent);
-    ~VolumeControl() override;
 
-    /// Takes over the levels of all channels, in dB; each array has kMaxChannels entries. The timer repaints.
+    /// In dB, kMaxChannels entries each; the timer repaints.
     void setLevels(const float* magnitudeDb, const float* peakDb, const float* inputPeakDb);
 
-    /// Forgets all levels and shows the empty row.
     void resetLevels();
 
-    /// Whether levels are shown at all; without it the row stays empty whatever arrives.
+    /// An inactive row stays empty.
     void setActive(bool active);
     bool isActive() const { return m_active; }
 
-    /// Whether an empty row means the minimum level (-90 dB), and a full one 0 dB; else it is the other way round. Does
-    /// not repaint.
+    /// Whether an empty row means the minimum level (-90 dB) or 0 dB. Does not repaint.
     void setFillFromMinimum(bool fill);
 
-    /// The number of channels of the engine's meter; more than kMaxChannels count as kMaxChannels.
+    /// Of the engine's meter, kMaxChannels at most.
     void setChannelCount(int count);
     int channelCount() const { return m_channelCount; }
 
-    /// The number of channels of the engine's audio output.
+    /// Of the engine's audio output.
     void setAudioChannelCount(int count);
     int audioChannelCount() const { return m_audioChannelCount; }
 
@@ -65,17 +59,17 @@ private:
     int m_audioChannelCount = 0;
     bool m_fillFromMinimum = false;
     bool m_active = true;
+    // m_levelLock is held for writing; painting reads without it: a torn read is one odd repaint.
     Levels m_magnitude{};
     Levels m_peak{};
     Levels m_inputPeak{};
     QMutex m_levelLock;
-    // Tuning values of the meter's ballistics, which has no use for them yet.
+    /// Ballistics of the meter, not used yet.
     [[maybe_unused]] double m_peakHoldSeconds = 20.0;
     [[maybe_unused]] double m_inputPeakHoldSeconds = 1.0;
     [[maybe_unused]] double m_integrationSeconds = 0.3;
-    /// What an empty row stands for, in dB.
     double m_minimumLevelDb = -90.0;
     QTimer m_repaintTimer;
-    /// The frame with its empty segments, which never change: painted once for the widget's size.
+    /// The frame with its empty segments.
     QPixmap m_emptyRow;
 };

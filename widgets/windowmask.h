@@ -3,7 +3,7 @@
 
 #include <QRegion>
 
-/// For QWidget::setMask(): makes a window invisible that keeps the mouse. An empty region would be no mask.
+/// Makes a window invisible that keeps the mouse; an empty region would be no mask.
 inline QRegion maskOfNothing()
 {
     return {-1, -1, 1, 1};
