@@ -10,8 +10,6 @@
 #include <QPainter>
 #include <QScreen>
 
-#include <algorithm>
-
 namespace {
 
 constexpr QColor kVeil(0, 0, 0, 100);
@@ -43,11 +41,7 @@ AreaSelector::~AreaSelector() = default;
 /// up or to the left.
 QRect AreaSelector::dragged() const
 {
-    const QPoint topLeft(std::min(m_startPoint.x(), m_currentPoint.x()),
-                         std::min(m_startPoint.y(), m_currentPoint.y()));
-    const QPoint bottomRight(std::max(m_startPoint.x(), m_currentPoint.x()),
-                             std::max(m_startPoint.y(), m_currentPoint.y()));
-    return {topLeft, bottomRight};
+    return QRect(m_startPoint, QSize(1, 1)) | QRect(m_currentPoint, QSize(1, 1));
 }
 
 void AreaSelector::mousePressEvent(QMouseEvent* event)

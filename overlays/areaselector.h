@@ -6,10 +6,9 @@
 #include <QRect>
 #include <QWidget>
 
-/// Lets the user drag out the rectangle of the primary screen to record.
-///
-/// The caller sets the override cursor and activates the selector before showing it. A selection, and Escape, which
-/// only hides it, restore that cursor. The receiver of areaSelected() hides and deletes it.
+/// Lets the user drag out a rectangle of the primary screen. The caller sets the override cursor and activates the
+/// selector; a selection, or Escape, which only hides it, restores the cursor. The receiver of areaSelected() hides and
+/// deletes it.
 class AreaSelector : public QWidget
 {
     Q_OBJECT
@@ -19,8 +18,7 @@ public:
     ~AreaSelector() override;
 
 signals:
-    /// The drag has ended. area includes the pixels of press and release; logical pixels from the primary screen's
-    /// top-left corner.
+    /// Includes the pixels of press and release; logical pixels from the primary screen's top-left corner.
     void areaSelected(QRect area);
 
 protected:
@@ -39,6 +37,6 @@ private:
     QPoint m_currentPoint;
     QRect m_selectedRect;
     bool m_selecting = false;
-    /// The screen's content below the selector; null with a compositor.
+    /// Shown below without a compositor, else null.
     QPixmap m_backdrop;
 };

@@ -3,19 +3,18 @@
 
 #include "overlays/camerasystem.h"
 
-/// Which of a camera's formats the webcam window takes.
 namespace cameraformats {
 
-/// The least maximum frame rate, in frames per second.
+/// Frames per second.
 inline constexpr float kLeastFps = 15.0F;
 
-/// The most pixels among those that reach kLeastFps; the first of equals.
+/// The most pixels at kLeastFps or more; the first of equals.
 std::optional<CameraFormat> best(const QList<CameraFormat>& formats);
 
-/// The first format of a common size, from 640 x 480 on, that reaches kLeastFps.
+/// The first format of a common size (640 x 480, ...) at kLeastFps or more.
 std::optional<CameraFormat> common(const QList<CameraFormat>& formats);
 
-/// All formats by pixel count; equals keep their order.
+/// By pixel count; equals keep their order.
 QList<CameraFormat> smallestFirst(QList<CameraFormat> formats);
 
 } // namespace cameraformats

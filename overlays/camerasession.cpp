@@ -45,7 +45,7 @@ bool attempt(const Failure& failure, const Work& work)
     return false;
 }
 
-/// Puts width, height and frame rate into the text's three places.
+/// Puts width, height and frame rate into the text.
 QString withFormat(const QString& text, const CameraFormat& format)
 {
     return text.arg(format.resolution.width()).arg(format.resolution.height()).arg(format.maximumFps);

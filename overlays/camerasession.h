@@ -5,35 +5,35 @@
 
 #include <QObject>
 
-/// The camera of the webcam window: finds and opens it, chooses the format and tries others when that fails. Failures
-/// are only logged. User-interface thread.
+/// Finds and opens the camera of the webcam window, and tries other formats when one fails. Failures are only logged.
+/// User-interface thread.
 class CameraSession : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Shows the video in output. Both outlive the session.
+    /// Both outlive the session.
     CameraSession(CameraSystem& system, QVideoWidget& output);
 
-    /// Call regularly. Opens the first camera of a changed list, starts a camera that has stopped, and tries the
-    /// system's default where none is listed.
+    /// Call regularly. Opens the first camera of a changed list, starts one that has stopped, and tries the system's
+    /// default where none is listed.
     void checkDevices();
 
-    /// Opens a camera of the list; any other index is only logged.
+    /// Any other index than the list's is only logged.
     void open(int index);
 
-    /// Opens the first camera, and from then on those that are plugged in.
+    /// Opens the first camera, and those plugged in later.
     void resume();
 
-    /// Deactivates the camera. The next checkDevices() activates it again.
+    /// The next checkDevices() activates the camera again.
     void suspend();
 
-    /// Releases the camera. Until resume() only the system's default is opened.
+    /// Releases the camera; until resume() only the default one is opened.
     void close();
 
     bool isActive() const { return m_camera != nullptr && m_camera->isActive(); }
 
-    /// The video's width by its height; 1 while there is none.
+    /// Width by height; 1 without a video.
     float aspect() const;
 
 signals:

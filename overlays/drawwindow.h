@@ -6,8 +6,8 @@
 
 class QLabel;
 
-/// The frame that marks the region to be recorded: a blue border with a tool bar on top of it, from which red lines are
-/// drawn on what is inside, the recording is started and stopped, and its time is read.
+/// The region frame: a blue border with a tool bar on top, from which red lines are drawn inside, and the recording is
+/// started and stopped.
 class DrawWindow : public OverlayFrame
 {
     Q_OBJECT
@@ -21,34 +21,33 @@ public:
     /// Whether resizing keeps the aspect ratio.
     bool lockRatio() const { return m_lockRatio; }
 
-    /// The border lies inside the window.
+    /// The border is inside the window.
     int borderWidth() const { return m_borderWidth; }
     void setBorderWidth(int widthPx);
 
-    /// Shows whether a recording runs. Emits nothing.
+    /// Emits nothing.
     void setRecording(bool recording);
     bool isRecording() const { return m_recording; }
 
-    /// Whether the inside is being recorded. Its size is then fixed, and border and tool bar are hidden while dragging.
+    /// During a recording the size is fixed, and border and tool bar are hidden while dragging.
     void setInsideRecorded(bool recorded);
 
-    /// Shows the elapsed time as formatted ("00:00:00").
     void setTimeText(const QString& text);
 
 public slots:
     void setLockRatio(bool lock) { m_lockRatio = lock; }
 
 signals:
-    /// A drag of the tool bar moves (isMoving), or any drag has moved or resized, the area inside the border:
-    /// QRect(topLeft, bottomRight), in global coordinates.
+    /// A drag of the tool bar moves the area inside the border (isMoving), or a drag has ended: QRect(topLeft,
+    /// bottomRight), global.
     void windowGeometryChanged(bool isMoving, QPoint topLeft, QPoint bottomRight);
 
     void startRecording();
-    /// The recording or the close button was pressed during a recording.
+    /// By the recording or the close button.
     void stopRecording();
     void hideDrawWindow();
 
-    /// The frame is hidden while dragging, or visible again. Other windows of the program near it should follow.
+    /// Hidden while dragging, or visible again; other windows of the program near it should follow.
     void concealedChanged(bool concealed);
 
 protected:

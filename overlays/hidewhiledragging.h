@@ -5,15 +5,14 @@
 #include <QPoint>
 #include <QTimer>
 
-/// A drag of something that surrounds a recorded area and takes the area along. Both reach the screen at different
-/// moments, so the dragged thing is concealed, moved once screen and video show that, and revealed when it rests.
-/// User-interface thread.
+/// Drags what surrounds a recorded area. Both reach the screen at different moments, so the dragged thing is concealed,
+/// moved once screen and video show that, and revealed when it stops. User-interface thread.
 class HideWhileDragging : public QObject
 {
     Q_OBJECT
 
 public:
-    /// A compositor's frame, a repaint of the windows below and a video frame after that (every 40 ms at the slowest).
+    /// A compositor's frame, a repaint below and a video frame (40 ms at the slowest).
     static constexpr int kConcealMs = 100;
     static constexpr int kRestMs = 200;
 
@@ -21,10 +20,10 @@ public:
 
     void moveTo(const QPoint& position);
 
-    /// The button is released. ended() follows, not before the last moved().
+    /// ended() follows, not before the last moved().
     void end();
 
-    /// Emits nothing but revealed(), if concealed.
+    /// Emits revealed(), if concealed.
     void cancel();
 
 signals:

@@ -18,7 +18,7 @@ public:
 
     static std::unique_ptr<PickingDesktop> ofTheSystem();
 
-    /// 0 on success, else the system's error number.
+    /// 0, or the system's error number.
     virtual unsigned long installMouseHook(platform::MouseHook::Handler handler) = 0;
     virtual void removeMouseHook() = 0;
     virtual void setMouseWanted(bool wanted) = 0;
@@ -30,6 +30,6 @@ public:
     virtual bool exists(platform::NativeWindow window) const = 0;
     virtual std::optional<QRect> rectOf(platform::NativeWindow window) const = 0;
 
-    /// Whether the left or right button is down. On X11 a menu that opens meanwhile cannot grab the mouse.
+    /// Left or right. On X11 a menu that opens meanwhile cannot grab the mouse.
     virtual bool isMouseButtonDown() const = 0;
 };

@@ -11,8 +11,6 @@
 #include <QMediaDevices>
 #include <QVideoWidget>
 
-#include <utility>
-
 #include <algorithm>
 #include <stdexcept>
 
@@ -43,7 +41,7 @@ class QtCamera : public Camera
 public:
     explicit QtCamera(const QCameraDevice& device) : m_device(device), m_camera(device)
     {
-        // A failure may be reported long after the start, when no exception can tell of it.
+        // A failure may be reported long after the start, when no exception can report it.
         QObject::connect(&m_camera, &QCamera::errorOccurred, &m_camera, &logFailure);
     }
 

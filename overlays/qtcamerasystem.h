@@ -3,7 +3,7 @@
 
 #include "overlays/camerasystem.h"
 
-/// The machine's cameras through Qt Multimedia; none where that has no back end.
+/// By Qt Multimedia; none without its back end.
 class QtCameraSystem : public CameraSystem
 {
 public:
@@ -12,5 +12,5 @@ public:
     std::unique_ptr<Camera> createCamera(const CameraDevice& device) override;
 };
 
-/// Logs the version of Qt, its multimedia plug-ins, and each camera with its formats. Any thread, as devices().
+/// Logs Qt's version and multimedia plug-ins, and the cameras with their formats. Any thread, as devices().
 void writeCameraDiagnostics(const CameraSystem& cameras);

@@ -18,17 +18,16 @@ class QVideoWidget;
 /// Tests shorten them.
 struct CameraTimings
 {
-    /// Between two checks for cameras.
     int deviceCheckMs = 2000;
-    /// The same for a timer that had to be created again.
+    /// Of a timer that had to be created again.
     int lateDeviceCheckMs = 5000;
-    // From the diagnostics, the show event and the camera's start to a forced repaint of the video.
+    /// To a forced repaint of the video.
     int refreshAfterShowMs = 200;
     int refreshAfterShowEventMs = 100;
     int refreshAfterStartMs = 200;
 };
 
-/// The webcam's video in a small frameless window above the desktop, which the user moves, and resizes at the camera's
+/// The webcam's video in a small frameless window above the desktop, moved by the user and resized at the camera's
 /// aspect ratio. A hidden window's camera may be activated again; close() releases it. Logical pixels of the desktop.
 class SCCameraWindow : public QWidget
 {
@@ -44,10 +43,9 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 public slots:
-    /// In the lower right corner of the primary screen or, once dragged, where the last drag began.
+    /// In the lower right corner of the primary screen, or where the last drag began.
     void show();
 
-    /// Opens that camera of the system's list.
     void onCameraSelected(int index) { m_session.open(index); }
 
 signals:
@@ -80,14 +78,12 @@ private:
     void refreshVideo();
     void fitToAspect(float aspect);
 
-    /// Shared with the job of the diagnostics, which may outlive the window.
+    /// Shared with the diagnostics on the global thread pool, which may outlive the window and only call devices().
     std::shared_ptr<CameraSystem> m_system;
     const CameraTimings m_timings;
-    /// Where the pointer went down, globally.
     QPoint m_pressPoint;
     bool m_pressing = false;
     framegeometry::HitArea m_resizeEdge = framegeometry::HitArea::None;
-    /// Where the window was then.
     QRect m_startGeometry;
     QVideoWidget* m_videoWidget;
     CameraSession m_session;

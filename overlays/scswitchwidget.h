@@ -6,7 +6,7 @@
 
 class QPropertyAnimation;
 
-/// A small animated on/off switch. A left click or the space bar toggles it.
+/// An animated switch, toggled by a left click or the space bar.
 class SCSwitchWidget : public QWidget
 {
     Q_OBJECT

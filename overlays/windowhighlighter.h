@@ -10,11 +10,9 @@
 
 class QTimer;
 
-/// Lets the user pick a window by pointing at it: lays a red rectangle over the deepest window under the mouse and
-/// reports a click, which reaches the window as well. Ctrl+Shift+H shows and hides it from anywhere.
-///
-/// A second instance ends the program, and so does a mouse hook that cannot be installed. Without a compositor it is
-/// cut down to its outline. User-interface thread.
+/// Lets the user pick a window: lays a red rectangle over the deepest window under the mouse and reports a click, which
+/// the window also gets. Ctrl+Shift+H shows and hides it. A second instance ends the program, and so does a failing
+/// mouse hook. Without a compositor it is cut to its outline. User-interface thread.
 class WindowHighlighter : public QWidget
 {
     Q_OBJECT
@@ -27,14 +25,14 @@ public:
     /// Highlights nothing before the mouse moves.
     void setVisible(bool visible) override;
 
-    /// A rectangle in physical pixels as logical pixels of Qt, on a screen with that top-left corner, which is the same
-    /// in both. Rounds to nearest, halves away from zero.
+    /// Physical to logical pixels on a screen with that top-left corner, which is the same in both. Rounds to nearest,
+    /// halves away from zero.
     static QRect logicalRect(const QRect& physical, const QPoint& screenOrigin, double devicePixelRatio);
-    /// The same on the screen with the rectangle's top-left corner, else the primary one.
+    /// On the screen with the top-left corner, else the primary one.
     static QRect logicalRectOnItsScreen(const QRect& physical);
 
 signals:
-    /// The highlighted window was clicked: its rectangle in physical pixels of the desktop.
+    /// Of the clicked window, in physical pixels of the desktop.
     void windowClicked(QRect rect);
 
 protected:
