@@ -5,7 +5,7 @@
 
 #include <QStyledItemDelegate>
 
-/// Paints the rows of the file list: the name and, below the pointer, a folder and a delete icon. Logical pixels.
+/// Name and, under the pointer, folder and delete icons of a row. Logical pixels.
 class SCFileManager::FileItemDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
@@ -22,7 +22,6 @@ public:
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
-    /// Shows the tool tips of the icons.
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override;
 };

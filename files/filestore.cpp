@@ -195,7 +195,7 @@ bool FileStore::write(const QJsonArray& elements)
     }
     // The new list is complete.
     if (m_isForeign && !renameForeignFile()) {
-        m_errorText = QStringLiteral("the unreadable list that stands there cannot be set aside");
+        m_errorText = QStringLiteral("the unreadable list that is there cannot be renamed");
         return false;
     }
     if (!file.commit())

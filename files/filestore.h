@@ -8,10 +8,9 @@
 
 class QJsonArray;
 
-/// A file that the program has produced.
 struct FileRecord
 {
-    /// Absolute; the record's identity, compared exactly.
+    /// Absolute; identifies the record, compared exactly.
     QString filepath;
     /// "type" is "video", "audio" or "screenshot", "dateAdded" the local time as Qt::ISODate. Others are kept.
     QVariantMap properties;
@@ -19,11 +18,9 @@ struct FileRecord
     bool operator==(const FileRecord&) const = default;
 };
 
-/// The records, and "file_data.json" in the application-data folder, which keeps them as a JSON array. A path may have
-/// several records.
-///
-/// If the process or the disk fails during a save, the file holds the old list or the new one. A damaged list, or
-/// another program's file of that name, is renamed before the first save.
+/// The records, kept as a JSON array in "file_data.json" of the application-data folder. A path may have several. A
+/// failing save leaves the old list or the new one. A damaged list, or another program's file, is renamed before the
+/// first save.
 class FileStore
 {
 public:
@@ -33,21 +30,19 @@ public:
     QList<FileRecord> ofType(const QString& type) const;
     qsizetype count(const QString& type) const;
 
-    /// Prepends a record with the present time.
     void add(const QString& path, const QString& type);
 
-    /// Removes one record for each entry of paths, the first of its path. False when there was none.
+    /// The first of its path for each entry. False when there was none.
     bool remove(const QStringList& paths);
 
     void reverse();
 
-    /// Reads the file. Records of files that are gone are dropped, also from the file. What is no list reads as empty.
-    ///
+    /// Drops the records of missing files, also from the file. What is no list reads as empty.
     /// @return false when the file cannot be opened or rewritten
     bool load();
 
     bool save();
-    /// Why the last save() failed; empty when it did not.
+    /// Of the last save(); empty after success.
     const QString& errorText() const { return m_errorText; }
 
 private:

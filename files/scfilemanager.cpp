@@ -46,11 +46,6 @@ void prepare(QAbstractItemView& view)
     view.setSelectionBehavior(QAbstractItemView::SelectRows);
 }
 
-QPoint inViewport(const QAbstractItemView& view, const QMouseEvent& event)
-{
-    return view.viewport()->mapFromGlobal(event.globalPosition().toPoint());
-}
-
 bool isMouseEvent(QEvent::Type type)
 {
     return type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick || type == QEvent::MouseMove ||
@@ -84,19 +79,14 @@ SCFileManager::~SCFileManager()
 bool SCFileManager::save()
 {
     const bool saved = m_store.save();
-    reportSave(saved);
-    return saved;
-}
-
-void SCFileManager::reportSave(bool saved)
-{
     const bool failedBefore = std::exchange(m_saveFails, !saved);
     if (saved)
-        return;
+        return true;
     SCLogger::error(QStringLiteral("The list of files could not be saved to %1, it stays in memory: %2")
                         .arg(FileStore::path(), m_store.errorText()));
     if (!failedBefore)
         emit error(tr("The list of files could not be saved: %1").arg(m_store.errorText()));
+    return false;
 }
 
 void SCFileManager::addFile(const QString& path, const QString& type)
@@ -184,7 +174,7 @@ bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
         return false;
     if (event.type() == QEvent::MouseButtonRelease)
         return std::exchange(m_iconPressed, false);
-    const QPoint position = inViewport(view, event);
+    const QPoint position = view.viewport()->mapFromGlobal(event.globalPosition().toPoint());
     const bool press = event.type() == QEvent::MouseButtonPress;
     const bool onIcon = press && isOnIcon(view, position);
     // Set first: the release may come while the icon's box is open.

@@ -14,8 +14,8 @@ class QMouseEvent;
 class QPoint;
 class QStandardItemModel;
 
-/// Shows the files of a FileStore, newest first unless reversed, in a view and handles the user's actions on them.
-/// Saves every change at once. User-interface thread.
+/// Shows a FileStore, newest first unless reversed, and handles the user's actions on it. Saves every change.
+/// User-interface thread.
 class SCFileManager : public QObject
 {
     Q_OBJECT
@@ -35,32 +35,30 @@ public:
     QList<FileRecord> filesByType(const QString& type) const { return m_store.ofType(type); }
     qsizetype count(const QString& type) const { return m_store.count(type); }
 
-    /// Prepends a record and saves. The view shows it after the next setupView().
+    /// The view shows it after the next setupView().
     void addFile(const QString& path, const QString& type);
 
-    /// Removes the first record of that path, not the file, and saves. False when there is none.
+    /// The record, not the file. False when there is none.
     bool removeFile(const QString& path);
 
-    /// Reverses and saves the list and rebuilds the view. Ignored without a view or files.
+    /// Ignored without a view or files.
     void reverseFileOrder();
 
-    /// Selects only that row of the view and scrolls to it. Ignored without a view or such a row.
+    /// Ignored without a view or such a row.
     void selectFile(int row);
 
-    /// Binds or rebuilds a view with the records of that type, all of them when empty. The view's property
-    /// "currentFilter" keeps the filter. Null is ignored.
+    /// Shows the records of that type, or all. The view's property "currentFilter" keeps the filter.
     void setupView(QAbstractItemView* view, const QString& filter);
 
-    /// Asks the user and deletes what is selected in the view, if wanted also from disk.
+    /// After asking; from disk as well if wanted.
     void deleteSelectedFiles(QAbstractItemView* view);
 
-    /// The file that is being recorded, if any, which cannot be deleted.
+    /// The file that is being recorded, which cannot be deleted.
     void setFileInUse(const QString& path) { m_fileInUse = path; }
 
-    /// As FileStore::load().
     bool load() { return m_store.load(); }
 
-    /// As FileStore::save(); the first of successive failures emits error().
+    /// The first of successive failures emits error().
     bool save();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -70,7 +68,6 @@ signals:
     void error(const QString& message);
 
 private:
-    void reportSave(bool saved);
     void rebuildView();
     bool onPointer(QAbstractItemView& view, const QMouseEvent& event);
     void onIconPressed(QAbstractItemView& view, const QPoint& position);
@@ -85,6 +82,5 @@ private:
     QPointer<QAbstractItemView> m_view;
     QString m_fileInUse;
     bool m_saveFails = false;
-    /// The left button is down on a row's icon.
     bool m_iconPressed = false;
 };
