@@ -10,26 +10,26 @@ class QRect;
 class QScreen;
 class QWidget;
 
-/// Grabs the part of the desktop under a frame, without the frame, its tool bar and tool tips. User-interface thread.
+/// Grabs the desktop under a frame, without frame, tool bar and tool tips. User-interface thread.
 class ScreenGrab
 {
 public:
-    /// Grabs a rectangle of the desktop in logical pixels. Null on failure.
+    /// A rectangle of the desktop in logical pixels; null on failure.
     using Grabber = std::function<QPixmap(QScreen& screen, const QRect& onDesktop)>;
 
-    /// Excludes frame and tool bar from captures where the system can. Both outlive this.
+    /// Excludes both from captures where the system can. Both outlive this.
     ScreenGrab(QWidget& frame, QWidget& toolBar, const QColor& borderColor);
 
     void setGrabber(Grabber grabber) { m_grabber = std::move(grabber); }
 
-    /// Whether the system leaves frame, strokes and tool bar out of every grab.
+    /// By the system, from every grab, strokes included.
     bool isExcluded() const { return m_isExcluded; }
 
     /// Hides tool bar and tool tips over the frame, and waits a second at most until they and the border, which the
     /// frame no longer paints, are off the screen. Processes events other than the user's.
     void clearView(bool isCompositing);
 
-    /// What is under the frame; null on failure.
+    /// Null on failure.
     QPixmap grab() const;
 
 private:

@@ -19,23 +19,22 @@ public:
     explicit SCScreenshot(QObject* parent = nullptr);
     ~SCScreenshot() override;
 
-    /// "Screenshot_", the local time to the second, and the format as extension; no folder. A later screenshot of the
-    /// same second replaces the earlier one.
+    /// "Screenshot_", the local time to the second, and the extension. A later screenshot of the same second replaces
+    /// the earlier one.
     QString generateFileName() const;
 
-    /// Writes the image in the format of the settings, whatever the path's extension, and creates missing folders.
-    ///
-    /// @param path when empty, the folder of the settings and a generated name
-    /// @return false when error() has been emitted
+    /// In the format of the settings, whatever the extension. Creates missing folders.
+    /// @param path if empty, a generated name in the folder of the settings
+    /// @return false after error()
     bool saveScreenshot(const QPixmap& pixmap, const QString& path);
 
-    /// The full path of the last file written.
+    /// Of the last file written.
     QString lastSavedPath() const { return m_lastSavedPath; }
 
 signals:
     void screenshotCaptured(QPixmap screenshot);
     void screenshotSaved(QString path);
-    /// Nothing was written. Translated.
+    /// Translated.
     void error(QString errorMessage);
 
 private:

@@ -12,29 +12,29 @@
 
 class SCScreenshot;
 
-/// The frame over the part of the desktop that becomes a screenshot: the frame's geometry, in physical pixels. Strokes
-/// stay until they are cleared, also while the frame is hidden.
+/// The frame over the part of the desktop that becomes a screenshot. Strokes stay until cleared, also while it is
+/// hidden.
 class SCScreenshotWindow : public OverlayFrame
 {
     Q_OBJECT
 
 public:
-    /// @param screenshot saves the image; outlives the window.
+    /// @param screenshot outlives the window
     explicit SCScreenshotWindow(SCScreenshot* screenshot, QWidget* parent = nullptr);
     ~SCScreenshotWindow() override;
 
-    /// Replaces the system's grab. For tests.
+    /// For tests.
     void setGrabber(ScreenGrab::Grabber grabber) { m_grab->setGrabber(std::move(grabber)); }
 
-    /// Other windows of the program would get into the image meanwhile.
+    /// Other windows of the program would get into the image.
     bool isCapturing() const { return m_capturing; }
 
 public slots:
-    /// Activates the frame, too.
+    /// Also activates the frame.
     void show();
 
-    /// Grabs what is under the frame, with the strokes, and saves it. On success the frame is hidden and
-    /// screenshotSaved() emitted. Processes events other than the user's; a frame that they hide takes no screenshot.
+    /// Grabs and saves what is under the frame, with the strokes, and hides it on success. Processes events other than
+    /// the user's; a frame that they hide takes no screenshot.
     void saveScreenshot();
 
     void cancelScreenshot();
@@ -42,7 +42,7 @@ public slots:
     void drawOnScreenshot();
     void clearDraw();
 
-    /// The tool bar of a full-screen frame is inside it. Applies to the next show().
+    /// Has its tool bar inside. Applies to the next show().
     void setFullScreen(bool fullScreen) { m_fullScreen = fullScreen; }
 
 signals:
@@ -88,9 +88,9 @@ private:
     QPainterPath m_drawPath;
     QList<ColouredPath> m_paths;
     bool m_fullScreen = false;
-    /// The border is not painted.
+    /// Without border.
     bool m_capturing = false;
-    /// A dialog is open, which may lie below the frame.
+    /// A dialog is open, which may be below the frame.
     bool m_isBlocked = false;
     SCScreenshot& m_screenshot;
     std::unique_ptr<ScreenGrab> m_grab;
