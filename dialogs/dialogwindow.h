@@ -10,15 +10,13 @@ namespace platform {
 class FramelessWindow;
 }
 
-/// What dialogs have in common. User-interface thread.
+/// User-interface thread.
 namespace dialogwindow {
 
-/// Makes a form's window frameless and as large as its content; Escape closes it. Call after setupUi().
-///
-/// @param logo may be null
+/// Makes a form frameless and as large as its content; Escape closes it. Call after setupUi(). logo may be null.
 platform::FramelessWindow& prepare(QMainWindow& window, QLabel* logo, QAbstractButton* closeButton);
 
-/// Shows a window centred on another one as application-modal. It deletes itself when closed.
+/// Centred and application-modal. Deletes itself when closed.
 void showOver(QMainWindow& window, const QWidget& below);
 
 } // namespace dialogwindow

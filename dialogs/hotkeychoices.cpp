@@ -11,18 +11,12 @@ namespace {
 
 constexpr int kKeys = 10;
 
-bool isNone(const QString& key)
-{
-    return key == QLatin1String(kNone);
-}
-
 QStringList availableFor(const QString& other)
 {
     QStringList keys;
     for (int number = 1; number <= kKeys; ++number)
         keys.append(QStringLiteral("F%1").arg(number));
-    if (!isNone(other))
-        keys.removeIf([&other](const QString& key) { return key.compare(other, Qt::CaseInsensitive) == 0; });
+    keys.removeIf([&other](const QString& key) { return key.compare(other, Qt::CaseInsensitive) == 0; });
     return keys;
 }
 
@@ -34,7 +28,7 @@ void fill(QComboBox& box, const QString& own, const QString& other)
     box.clear();
     box.addItem(QCoreApplication::translate("SCSettingsWindow", kNone));
     box.addItems(availableFor(other));
-    const int index = isNone(own) ? -1 : box.findText(own, Qt::MatchFixedString);
+    const int index = box.findText(own, Qt::MatchFixedString);
     if (index > 0)
         box.setCurrentIndex(index);
 }

@@ -46,19 +46,16 @@ bool SCAboutWindow::eventFilter(QObject* watched, QEvent* event)
 
 bool SCAboutWindow::onTitleBar(const QEvent& event)
 {
-    if (event.type() == QEvent::MouseButtonPress) {
-        const auto& press = static_cast<const QMouseEvent&>(event);
-        if (press.button() != Qt::LeftButton)
-            return false;
-        m_grip = press.globalPosition().toPoint() - frameGeometry().topLeft();
-        return true;
-    }
-    if (event.type() != QEvent::MouseMove)
+    const bool isPress = event.type() == QEvent::MouseButtonPress;
+    if (!isPress && event.type() != QEvent::MouseMove)
         return false;
-    const auto& pull = static_cast<const QMouseEvent&>(event);
-    if (!pull.buttons().testFlag(Qt::LeftButton))
+    const auto& mouse = static_cast<const QMouseEvent&>(event);
+    if (isPress ? mouse.button() != Qt::LeftButton : !mouse.buttons().testFlag(Qt::LeftButton))
         return false;
-    move(pull.globalPosition().toPoint() - m_grip);
+    if (isPress)
+        m_grip = mouse.globalPosition().toPoint() - frameGeometry().topLeft();
+    else
+        move(mouse.globalPosition().toPoint() - m_grip);
     return true;
 }
 

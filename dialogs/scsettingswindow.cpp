@@ -86,8 +86,14 @@ void SCSettingsWindow::connectControls()
             &SCSettingsWindow::onRecordingHotkeyChanged);
     connect(m_ui->screenshotComboBox, &QComboBox::currentIndexChanged, this,
             &SCSettingsWindow::onScreenshotHotkeyChanged);
-    connect(m_ui->showCursorCheckBox, &QCheckBox::stateChanged, this, &SCSettingsWindow::onShowCursorChanged);
-    connect(m_ui->highlightCursorCheckBox, &QCheckBox::stateChanged, this, &SCSettingsWindow::onHighlightChanged);
+    connect(m_ui->showCursorCheckBox, &QCheckBox::stateChanged, this, [this](int state) {
+        if (state == Qt::Unchecked)
+            m_ui->highlightCursorCheckBox->setChecked(false);
+    });
+    connect(m_ui->highlightCursorCheckBox, &QCheckBox::stateChanged, this, [this](int state) {
+        if (state == Qt::Checked)
+            m_ui->showCursorCheckBox->setChecked(true);
+    });
 }
 
 void SCSettingsWindow::loadSettings()
@@ -169,18 +175,6 @@ void SCSettingsWindow::onScreenshotHotkeyChanged(int /*index*/)
     m_screenshotHotkey = hotkeychoices::chosen(*m_ui->screenshotComboBox);
     fillScreenshotHotkeys();
     fillRecordingHotkeys();
-}
-
-void SCSettingsWindow::onShowCursorChanged(int state)
-{
-    if (state == Qt::Unchecked)
-        m_ui->highlightCursorCheckBox->setChecked(false);
-}
-
-void SCSettingsWindow::onHighlightChanged(int state)
-{
-    if (state == Qt::Checked)
-        m_ui->showCursorCheckBox->setChecked(true);
 }
 
 void SCSettingsWindow::chooseFolder(QLineEdit& field, const QString& title, QLatin1String key)

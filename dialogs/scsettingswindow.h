@@ -40,8 +40,6 @@ private slots:
     void on_changeScreenshotFileLocationBtn_clicked();
     void onRecordingHotkeyChanged(int index);
     void onScreenshotHotkeyChanged(int index);
-    void onShowCursorChanged(int state);
-    void onHighlightChanged(int state);
 
 private:
     void setUpLook();

@@ -59,9 +59,7 @@ QNetworkReply* send(QNetworkAccessManager& network, int timeLimitMs)
 std::optional<QJsonObject> parsed(const QByteArray& body)
 {
     const QJsonDocument document = QJsonDocument::fromJson(body);
-    if (document.isNull() || !document.isObject())
-        return std::nullopt;
-    return document.object();
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
 }
 
 std::optional<Release> release(const QJsonObject& document)
@@ -85,8 +83,6 @@ bool isNewer(const QString& version)
 SilentUpdateCheck::SilentUpdateCheck(QObject* parent, int timeLimitMs)
     : QObject(parent), m_network(new QNetworkAccessManager(this)), m_timeLimitMs(timeLimitMs)
 {}
-
-SilentUpdateCheck::~SilentUpdateCheck() = default;
 
 void SilentUpdateCheck::start()
 {
