@@ -119,7 +119,7 @@ void SCMainWindow::makeCapture(const Durations& durations)
 void SCMainWindow::makeRecording(const Durations& durations)
 {
     m_view = std::make_unique<RecordingView>(*this, *m_ui, *m_capture, *m_region, *m_recordingOptions, *m_obs,
-                                             m_activity, durations);
+                                             *m_settings, m_activity, durations);
     const RecordingSession* const session = &m_view->session();
     connect(m_obs.get(), &ObsWrapper::recordStatusChanged, session, &RecordingSession::onRecordStatusChanged);
     connect(session, &RecordingSession::stateChanged, this, &SCMainWindow::onStateChanged);

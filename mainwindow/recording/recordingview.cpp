@@ -17,19 +17,18 @@
 #include "ui_scmainwindow.h"
 #include "widgets/icons.h"
 
-#include <QSettings>
-
 #include <array>
 
 RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
-                             const OutputOptions& output, RecorderPort& recorder, const Activity& activity,
-                             const Durations& durations)
+                             const OutputOptions& output, RecorderPort& recorder, const QSettings& settings,
+                             const Activity& activity, const Durations& durations)
     : m_window(window)
     , m_ui(ui)
     , m_capture(capture)
     , m_region(region)
     , m_output(output)
     , m_recorder(recorder)
+    , m_settings(settings)
     , m_activity(activity)
     , m_durations(durations)
     , m_session(recorder, *this, nullptr, durations)
@@ -37,7 +36,7 @@ RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureContr
     connect(&m_session, &RecordingSession::statusChanged, this, &RecordingView::showStatus);
     connect(&m_session, &RecordingSession::elapsedChanged, this, &RecordingView::showElapsed);
     connect(m_ui.recordButton, &QPushButton::clicked, this, &RecordingView::toggle);
-    connect(&m_capture, &CaptureController::areaMoved, this, &RecordingView::placeBar);
+    connect(&m_capture, &CaptureController::areaMoved, this, &RecordingView::positionBar);
     connect(&m_capture, &CaptureController::presetChosen, this, [this] {
         if (m_toolbar != nullptr)
             m_toolbar->hide();
@@ -117,12 +116,12 @@ void RecordingView::showOverlays()
     bar.setPaused(false);
     bar.setPausable(m_recorder.canPauseRecording());
     bar.setAudioOnly(!m_capture.selection().recordsVideo());
-    placeBar();
+    positionBar();
     bar.show();
 }
 
 /// Outside the recorded area, as far as there is such a position.
-void RecordingView::placeBar()
+void RecordingView::positionBar()
 {
     if (m_toolbar == nullptr)
         return;
@@ -205,7 +204,6 @@ bool RecordingView::prepareCapture()
 
 RecordingChoices RecordingView::choices() const
 {
-    const auto settings = openSettings();
     RecordingChoices choices;
     choices.fileName = m_ui.fileNameEdit->text();
     choices.folder = m_output.folder();
@@ -213,15 +211,15 @@ RecordingChoices RecordingView::choices() const
     choices.areaSize = m_capture.area().size();
     choices.widthPx = m_ui.widthEdit->text().toInt();
     choices.heightPx = m_ui.heightEdit->text().toInt();
-    choices.showCursor = settings->value(settingskeys::kMouseShowCursor).toBool();
-    choices.pointerEffects = settings->value(settingskeys::kMouseSwitch).toBool();
+    choices.showCursor = m_settings.value(settingskeys::kMouseShowCursor).toBool();
+    choices.pointerEffects = m_settings.value(settingskeys::kMouseSwitch).toBool();
     choices.now = QDateTime::currentDateTime();
     return choices;
 }
 
 void RecordingView::setExcludedFromCapture(bool excluded)
 {
-    // Where the system cannot, the window is minimised and the bar stands outside the area. The system may exclude the
+    // Where the system cannot, the window is minimised and the bar is outside the area. The system may exclude the
     // one and not the other.
     platform::setExcludedFromCapture(m_window, excluded);
     m_isBarExcluded = platform::setExcludedFromCapture(toolbar(), excluded);

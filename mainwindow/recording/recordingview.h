@@ -14,6 +14,7 @@
 class Activity;
 class CaptureController;
 class OutputOptions;
+class QSettings;
 class QWidget;
 class RegionOverlays;
 class SCCountdownWidget;
@@ -23,28 +24,28 @@ namespace Ui {
 class SCMainWindow;
 }
 
-/// A recording as the user sees it: its session, and the stage of that, which is the main window that minimises itself,
-/// the record button, the countdown, the floating bar and the region's frame. User-interface thread.
+/// The stage of a recording session: the main window, which is minimised meanwhile, record button, countdown, floating
+/// bar and region frame. User-interface thread.
 class RecordingView : public QObject, private RecordingStage
 {
     Q_OBJECT
 
 public:
     RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
-                  const OutputOptions& output, RecorderPort& recorder, const Activity& activity,
-                  const Durations& durations);
+                  const OutputOptions& output, RecorderPort& recorder, const QSettings& settings,
+                  const Activity& activity, const Durations& durations);
     ~RecordingView() override;
 
     RecordingSession& session() { return m_session; }
 
-    /// Whether a recording runs and is not paused: the window stays minimised.
+    /// Recording and not paused: the window stays minimised.
     bool isActive() const { return m_status == recordstatus::kStarted; }
     void minimiseWhileActive();
 
     /// Starts or stops, as the record button does.
     void toggle();
 
-    /// Does nothing while the program closes.
+    /// Ignored while the program closes.
     void restoreWindow() override;
     void hideOverlays() override;
     void showButton();
@@ -54,7 +55,7 @@ private:
     void showStatus(int status);
     void showElapsed(const QString& text);
     void showOverlays();
-    void placeBar();
+    void positionBar();
     SCFullscreenToolbar& toolbar();
 
     void minimiseWindow() override;
@@ -71,12 +72,13 @@ private:
     RegionOverlays& m_region;
     const OutputOptions& m_output;
     const RecorderPort& m_recorder;
+    const QSettings& m_settings;
     const Activity& m_activity;
     Durations m_durations;
     RecordingSession m_session;
     QPointer<SCCountdownWidget> m_countdown;
     std::unique_ptr<SCFullscreenToolbar> m_toolbar;
-    /// Whether the system keeps the floating bar out of the video wherever it is.
+    /// Whether the system keeps the bar out of the video at any position.
     bool m_isBarExcluded = false;
     int m_status = recordstatus::kEnded;
 };
