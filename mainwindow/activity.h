@@ -7,12 +7,10 @@
 
 #include <functional>
 
-/// What the program is doing, and what may begin meanwhile: the one answer to "may this start now?". User-interface
-/// thread.
+/// The one answer to "may this start now?". User-interface thread.
 class Activity
 {
 public:
-    /// Asked for with each question.
     struct Facts
     {
         std::function<RecordingState()> recording;
@@ -27,22 +25,21 @@ public:
 
     explicit Activity(Facts facts) : m_facts(std::move(facts)) {}
 
-    /// No recording, from its countdown to the end of its file: settings and what is captured can be changed.
+    /// Neither counting down, recording nor ending: settings and capture can be changed.
     bool isIdle() const { return m_facts.recording() == RecordingState::Idle; }
 
-    /// A recording runs and is not paused: the main window stays minimised.
+    /// The main window stays minimised.
     bool isRecordingActive() const { return m_facts.isRecordingActive(); }
 
-    /// A dialog would be in a recording that starts.
+    /// A dialog would be recorded.
     bool mayToggleRecording() const { return !isIdle() || !m_facts.isDialogOpen(); }
 
-    /// The frame would be in a recording, and a dialog in the shot.
+    /// A frame would be recorded, a dialog be in the image.
     bool mayTakeScreenshot() const { return isIdle() && !m_facts.isGrabbing() && !m_facts.isDialogOpen(); }
 
-    /// After a screenshot: a countdown may still be cancelled.
     bool mayRestoreRegionFrame() const { return isIdle() || m_facts.recording() == RecordingState::Countdown; }
 
-    /// Whether a window that the user has not asked for may open, given whether the system keeps it out of captures.
+    /// Whether a window that the user has not asked for may open.
     bool mayOpenUnasked(bool excludedFromCapture) const
     {
         if (m_facts.isSelecting() || m_facts.isDialogOpen() || m_facts.isMenuOpen())
@@ -50,7 +47,7 @@ public:
         return excludedFromCapture || (isIdle() && m_facts.isWindowShown());
     }
 
-    /// The program closes as soon as the recording is over: no window is restored.
+    /// The program closes after the recording: no window is restored.
     void setClosing() { m_isClosing = true; }
     bool isClosing() const { return m_isClosing; }
 

@@ -14,30 +14,28 @@ namespace Ui {
 class FilePage;
 }
 
-/// The page of the files that were made: the list, its filters and what is done with it. Owns the library of files.
-/// User-interface thread.
+/// The list of files, its filters and actions. Owns the files' library. User-interface thread.
 class FilePage : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// @param settings the folders that the page's button opens
+    /// @param settings the folders that its button opens
     FilePage(const QSettings& settings, const Activity& activity);
     ~FilePage() override;
 
-    /// Enters a file that was begun or saved; type is "video", "audio" or "screenshot". The list shows it after the
-    /// next refresh.
+    /// type is "video", "audio" or "screenshot". Shown after the next refresh.
     void addFile(const QString& path, const QString& type);
 
-    /// It cannot be deleted.
+    /// This file cannot be deleted.
     void setRecordedFile(const QString& path);
 
-    /// Also shows the errors that could not be shown meanwhile.
+    /// Also shows the errors of the recording.
     void onRecordingOver();
 
-    /// Fills the list and selects the newest file, for a page that comes into view.
+    /// Fills the list and selects the newest file.
     void showNewest();
-    /// The same with the filter for screenshots.
+    /// The same with the screenshot filter.
     void showScreenshots();
 
     void retranslate();

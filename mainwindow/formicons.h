@@ -5,8 +5,8 @@
 
 class QWidget;
 
-/// Shows the icons that a form names in the property "iconName" of buttons, which light up under the pointer, and of
-/// labels, in the device pixel ratio of the window's screen. A name that begins with a colon is a resource's path.
+/// Shows the icons named in the property "iconName" of a form's buttons, which light up under the pointer, and labels,
+/// at the screen's device pixel ratio. A name that begins with a colon is a resource.
 class FormIcons : public QObject
 {
     Q_OBJECT

@@ -3,6 +3,7 @@
 
 #include "app/sclogger.h"
 #include "app/settings.h"
+#include "dialogs/hotkeychoices.h"
 #include "platform/input/global_hotkey.h"
 
 #include <QKeySequence>
@@ -10,13 +11,6 @@
 #include <utility>
 
 using platform::GlobalHotkey;
-
-namespace {
-
-/// What stands for no key in the settings.
-constexpr QLatin1String kNone("None");
-
-} // namespace
 
 Hotkeys::Hotkeys(QObject* parent)
     : QObject(parent), m_recording{new GlobalHotkey(this), {}}, m_screenshot{new GlobalHotkey(this), {}}
@@ -30,8 +24,6 @@ Hotkeys::Hotkeys(QObject* parent)
                 });
     }
 }
-
-Hotkeys::~Hotkeys() = default;
 
 QList<Hotkeys::Failure> Hotkeys::apply(const QSettings& settings)
 {
@@ -52,7 +44,7 @@ QString Hotkeys::recordingKey() const
 
 void Hotkeys::want(Hotkey& hotkey, const QString& stored)
 {
-    const QString wanted = stored == kNone ? QString() : stored;
+    const QString wanted = stored == QLatin1String(hotkeychoices::kNone) ? QString() : stored;
     if (hotkey.taken && hotkey.wanted == wanted)
         return;
     hotkey.key->registerKey({});

@@ -11,7 +11,7 @@ namespace platform {
 class GlobalHotkey;
 }
 
-/// The program's two system-wide hotkeys, as the settings name them. User-interface thread.
+/// The two system-wide hotkeys. User-interface thread.
 class Hotkeys : public QObject
 {
     Q_OBJECT
@@ -25,27 +25,25 @@ public:
     };
 
     explicit Hotkeys(QObject* parent);
-    ~Hotkeys() override;
 
-    /// Registers the stored keys instead of those before; a key that stays the same stays registered.
-    ///
+    /// Registers the stored keys; one that stays the same stays registered.
     /// @return what could not be registered, which is logged
     QList<Failure> apply(const QSettings& settings);
 
-    /// Empty when there is none, or it could not be registered.
+    /// Empty when there is none or it is not registered.
     QString recordingKey() const;
 
 signals:
     void recordingPressed();
     void screenshotPressed();
-    /// With the settings, or with the keyboard layout.
+    /// By the settings or the keyboard layout.
     void recordingKeyChanged();
 
 private:
     struct Hotkey
     {
         platform::GlobalHotkey* key;
-        /// As stored; empty when none is wanted.
+        /// Empty when none is wanted.
         QString wanted;
         bool taken = false;
     };

@@ -15,8 +15,7 @@ namespace Ui {
 class SCMainWindow;
 }
 
-/// Format and folder of the recordings, or of the screenshots: the controls of their page, and the settings that hold
-/// what the controls show. User-interface thread.
+/// Format and folder of recordings or of screenshots: controls and their settings. User-interface thread.
 class OutputOptions : public QObject
 {
     Q_OBJECT
@@ -30,7 +29,7 @@ public:
         QLatin1String formatKey;
         QLatin1String folderKey;
         const settingstables::PositionToText& formats;
-        /// Of the folder dialog, untranslated.
+        /// Untranslated.
         const char* folderTitle = nullptr;
     };
     static Parts recordings(Ui::SCMainWindow& ui);
@@ -38,7 +37,7 @@ public:
 
     OutputOptions(const Parts& parts, QSettings& settings, const Activity& activity);
 
-    /// Shows what is stored. A format that is not in the table is shown as the first one and stays stored.
+    /// An unknown format is shown as the first one and stays stored.
     void showStored();
     void showStoredFolder();
 
@@ -46,13 +45,13 @@ public:
     int format() const;
 
     void showFormat(int position);
-    /// Shows and stores it.
+    /// Also stores it.
     void setFormat(int position);
 
     QString folder() const;
 
 signals:
-    /// The user has chosen a format, which is stored.
+    /// Chosen by the user and stored.
     void formatChosen();
 
 private:

@@ -28,32 +28,29 @@ namespace Ui {
 class SCMainWindow;
 }
 
-/// The program's one top-level window: builds and wires what works on recordings and screenshots. Closing it while a
-/// recording runs finishes the file first, and so does the end of the user's session.
+/// Builds and wires what works on recordings and screenshots. Closing it during a recording, and the end of the user's
+/// session, finish the file first.
 class SCMainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    /// Also writes missing settings, registers the hotkeys and, on a profile's first run, opens the maker's page.
+    /// Also writes missing settings, registers the hotkeys and, at a profile's first run, opens the maker's page.
     explicit SCMainWindow(const Durations& durations = {});
 
-    /// The same with an engine that captures by another table than the running system's, or other cameras than the
-    /// machine's.
+    /// With another engine and other cameras, for tests.
     SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<CameraSystem> cameras,
                  const Durations& durations = {});
     ~SCMainWindow() override;
 
-    /// Shares the application's translator with the window, which reloads it when the user chooses another language.
+    /// Reloaded when the user chooses another language.
     void setTranslator(std::shared_ptr<SCTranslator> translator);
 
-    /// Starts the engine, which takes its time; start-up calls it once, when the window has been painted. On failure
-    /// the window stays usable, and a recording ends with a line in the log.
+    /// Starts the engine, once, after the window is painted. On failure the window stays usable.
     void initializeCapture();
 
 signals:
-    /// A recording has begun to be written to path, or a screenshot has been; type is "video", "audio" or
-    /// "screenshot".
+    /// A recording begins, or a screenshot is saved. type is "video", "audio" or "screenshot".
     void fileProduced(const QString& path, const QString& type);
 
 protected:

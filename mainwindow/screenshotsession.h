@@ -15,41 +15,38 @@ class SCScreenshot;
 class SCScreenshotWindow;
 class WindowHighlighter;
 
-/// Screenshots, from the choice of what is shot to the saved file. The selectors and the frame lie over the desktop one
-/// at a time; the main window and the region's frame are off the screen while a region is selected and while the
-/// screenshot's frame is shown. Rectangles are logical pixels of the desktop. User-interface thread.
+/// A screenshot from its selection to the saved file. Selectors and frame appear one at a time; the main window and the
+/// region frame are hidden meanwhile. Logical pixels of the desktop. User-interface thread.
 class ScreenshotSession : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Belongs to window. @param windowGoneMs how long a minimised window may still be seen
+    /// Belongs to window. @param windowGoneMs how long a minimised window may still be visible
     ScreenshotSession(QWidget* window, RegionOverlays& region, const Activity& activity, int windowGoneMs);
     ~ScreenshotSession() override;
 
-    /// Cancels whatever is selected on the desktop, for a recording or a screenshot, except a screenshot's region.
+    /// Cancels every selection except a screenshot's region.
     void cancelSelections();
 
-    /// Takes everything of a screenshot off the desktop.
+    /// Hides everything of a screenshot.
     void cancel();
 
     bool isActive() const;
 
-    /// Whether a shot is being taken, which runs events meanwhile.
+    /// Whether an image is being taken, during which events run.
     bool isGrabbing() const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 public slots:
-    // Each is ignored, with a line in the log, while no screenshot may be taken.
+    /// Logged and ignored while no screenshot may be taken.
 
     /// Shows the frame over the whole primary screen.
     void frameScreen();
-    /// Lets the user drag out a region, and frames it.
     void selectRegion();
-    /// Lets the user pick a window, and frames what the screens show of it.
     void selectWindow();
-    /// The same without asking whether a screenshot may be taken, and without ending what is under way.
+    /// Does not ask whether a screenshot may be taken, nor end what is under way.
     void pickWindow();
 
 signals:

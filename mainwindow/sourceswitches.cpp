@@ -13,7 +13,7 @@
 
 namespace {
 
-/// The default device and one that it stands for.
+/// The default device and the one that it means.
 constexpr int kFewestMicrophones = 2;
 
 void showWithoutAsking(SCSwitchWidget& control, bool on)

@@ -9,7 +9,6 @@ class SCSwitchWidget;
 class SourcePort;
 class VolumeControl;
 
-/// The controls of the rows of sources; they belong to the form.
 struct SourceRows
 {
     SCSwitchWidget& speakerSwitch;
@@ -19,7 +18,7 @@ struct SourceRows
     SCSwitchWidget& mouseSwitch;
 };
 
-/// The switches for audio and pointer: each sets the engine, its meter and the settings. User-interface thread.
+/// The switches for audio and pointer set the engine, the meters and the settings. User-interface thread.
 class SourceSwitches : public QObject
 {
     Q_OBJECT
@@ -28,13 +27,13 @@ public:
     /// Belongs to window; all else must outlive this object.
     SourceSwitches(const SourceRows& rows, SourcePort& sources, QSettings& settings, QWidget* window);
 
-    /// Sets the mouse switch to whether the pointer is to be highlighted.
+    /// The mouse switch shows whether the pointer is to be highlighted.
     void applyStored();
 
-    /// Feeds the meters from an engine that has started.
+    /// After the start of the engine.
     void attachMeters(ObsWrapper& engine);
 
-    /// Shows the stored switches and sets the engine to them. Nothing is stored and no box is shown.
+    /// Shows and applies the stored switches, without storing or asking.
     void restore();
 
 private:

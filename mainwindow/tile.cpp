@@ -36,8 +36,6 @@ Tile::Tile(QWidget* parent) : QFrame(parent), m_icon(new QLabel(this)), m_label(
     layout->addStretch();
 }
 
-Tile::~Tile() = default;
-
 void Tile::setSelected(bool selected)
 {
     if (m_selected == selected)

@@ -5,19 +5,18 @@
 
 class QLabel;
 
-/// A large clickable field with an icon over its name. Its style sheet sees the property "selected".
+/// A clickable field with an icon above its name.
 class Tile : public QFrame
 {
     Q_OBJECT
     Q_PROPERTY(bool selected READ isSelected WRITE setSelected)
-    /// Also what a screen reader calls the tile.
+    /// Also the accessible name.
     Q_PROPERTY(QString text READ text WRITE setText)
-    /// ":/res/forms/images/<iconName>.svg"; the "-white" twin while the tile is selected or the pointer is over it.
+    /// ":/res/forms/images/<iconName>.svg"; the "-white" twin when selected or under the pointer.
     Q_PROPERTY(QString iconName READ iconName WRITE setIconName)
 
 public:
     explicit Tile(QWidget* parent = nullptr);
-    ~Tile() override;
 
     bool isSelected() const { return m_selected; }
     void setSelected(bool selected);
@@ -31,7 +30,7 @@ public:
     QSize minimumSizeHint() const override;
 
 signals:
-    /// The left mouse button was released on the tile, or the space bar or the enter key pressed.
+    /// By the left mouse button, space bar or enter key.
     void activated();
 
 protected:

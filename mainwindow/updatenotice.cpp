@@ -23,8 +23,6 @@ UpdateNotice::UpdateNotice(QWidget* window, const Activity& activity, const Dura
     timer->start(durations.updateCheckDelayMs);
 }
 
-UpdateNotice::~UpdateNotice() = default;
-
 void UpdateNotice::drop()
 {
     m_dropped = true;

@@ -12,8 +12,7 @@ class QWidget;
 class SCUpgradeWindow;
 class SilentUpdateCheck;
 
-/// Looks for a newer release once, some seconds after the start, and opens the update window over the main window when
-/// that does not interrupt the user. User-interface thread.
+/// Checks for a newer release once and opens the update window when that interrupts nothing. User-interface thread.
 class UpdateNotice : public QObject
 {
     Q_OBJECT
@@ -21,9 +20,8 @@ class UpdateNotice : public QObject
 public:
     /// Starts the delay. Belongs to window.
     UpdateNotice(QWidget* window, const Activity& activity, const Durations& durations = {});
-    ~UpdateNotice() override;
 
-    /// Shows nothing any more: the user has checked meanwhile.
+    /// For a user who has checked meanwhile.
     void drop();
 
 private:
@@ -34,7 +32,6 @@ private:
     const Activity& m_activity;
     int m_retryMs;
     SilentUpdateCheck* m_check;
-    /// Shown as soon as it may be.
     QPointer<SCUpgradeWindow> m_updateWindow;
     bool m_excluded = false;
     bool m_dropped = false;

@@ -10,8 +10,7 @@ class QWidget;
 class SCCameraWindow;
 class SCSwitchWidget;
 
-/// The webcam's switch: shows the camera window over the desktop, where it is recorded, and closes it again. Closing
-/// the window switches the webcam off. Nothing is stored. User-interface thread.
+/// Shows and closes the webcam window; closing it switches the webcam off. Nothing is stored. User-interface thread.
 class WebcamSwitch : public QObject
 {
     Q_OBJECT
@@ -32,6 +31,6 @@ private:
     SCSwitchWidget& m_control;
     std::shared_ptr<CameraSystem> m_cameras;
     QWidget& m_window;
-    /// Made when it is first needed. No child of the window, which is minimised while a recording runs.
+    /// Made on demand. No child of the window, which is minimised while a recording runs.
     std::unique_ptr<SCCameraWindow> m_cameraWindow;
 };

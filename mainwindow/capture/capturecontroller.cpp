@@ -138,7 +138,7 @@ void CaptureController::setCaptureTarget()
                               .arg(names.join(QLatin1String("\", \""))));
 }
 
-/// The size or place of the whole screen may have changed since the last recording.
+/// The size or position of the whole screen may have changed since the last recording.
 bool CaptureController::followsScreen() const
 {
     const bool hasChanged = m_selection.mode() != CaptureMode::Region && m_area.rect() != primaryScreen().geometry;
@@ -194,7 +194,7 @@ void CaptureController::settleArea()
         captureWholeScreen();
     } else if (!screen.geometry.contains(m_area.rect())) {
         m_area.setRegion(m_area.rect(), screen);
-        m_region.place(m_area.rect());
+        m_region.moveFrame(m_area.rect());
         applyCaptureArea();
     } else if (!showsSize(screen)) {
         applyCaptureArea();
@@ -288,7 +288,7 @@ QRect CaptureController::frameOnScreen(const QRect& area)
     if (framed.size() == area.size() || screen.contains(framed))
         return framed;
     const QRect kept = keptOn(screen, framed);
-    m_region.place(kept);
+    m_region.moveFrame(kept);
     return kept;
 }
 
@@ -301,7 +301,7 @@ void CaptureController::storeRegion(const QRect& framed, bool isMoving)
     } else if (!isMoving) {
         // Released where it cannot be recorded.
         const QRect kept = keptOn(screen.geometry, framed);
-        m_region.place(kept);
+        m_region.moveFrame(kept);
         m_area.setRegion(kept, screen);
     }
 }
@@ -314,7 +314,7 @@ void CaptureController::onFrameChanged(bool isMoving, const QPoint& firstPixel, 
         storeRegion(framed, isMoving);
     } else if (framed.size() != m_area.rect().size() && !isMoving) {
         // The size of the video is settled: the frame goes back to it.
-        m_region.place(m_area.rect());
+        m_region.moveFrame(m_area.rect());
     } else {
         m_area.moveTo(framed.topLeft());
         emit areaMoved();

@@ -15,8 +15,8 @@ namespace Ui {
 class SCMainWindow;
 }
 
-/// What is captured: turns tiles, ratio presets and the region's frame into the capture area, and the area into size,
-/// target and crop of the engine. User-interface thread.
+/// Turns tiles, ratio presets and the region's frame into the capture area, and the area into size, target and crop of
+/// the engine. User-interface thread.
 class CaptureController : public QObject
 {
     Q_OBJECT
@@ -25,35 +25,33 @@ public:
     CaptureController(Ui::SCMainWindow& ui, CaptureSelection& selection, RegionOverlays& region,
                       ScreenshotSession& screenshots, ObsWrapper& engine, const Activity& activity);
 
-    /// At the primary screen's size, with its scene. A failure is logged.
+    /// At the primary screen's size. Failures are logged.
     bool startEngine();
 
     const CaptureSelection& selection() const { return m_selection; }
 
-    /// The area in logical pixels of the desktop.
+    /// Logical pixels of the desktop.
     QRect area() const;
 
     void chooseFullScreen();
 
-    /// For a recording that is about to be counted down: nothing is selected any more, and the area is one of the
-    /// primary screen as it is now.
+    /// Before a countdown: cancels selections and fits the area to the present primary screen.
     void settleArea();
 
-    /// Sets the engine to the area: size, target and crop. False when that failed.
+    /// Sets size, target and crop of the engine; false on failure.
     bool prepare();
 
-    /// Of a region that is recorded.
     void showFrame();
     void onRecordingOver();
 
 signals:
-    /// The area follows its frame while a recording is under way; it is applied after this.
+    /// Emitted during a recording, before the area is applied.
     void areaMoved();
 
-    /// The user has chosen a ratio preset; it is applied after this.
+    /// Emitted before the preset is applied.
     void presetChosen();
 
-    /// The frame was closed while a recording is counted down, or runs and is recorded to its end.
+    /// Emitted during a countdown or recording, which goes on to its end.
     void frameClosed();
 
 private:
@@ -84,7 +82,7 @@ private:
     const Activity& m_activity;
     CaptureArea m_area;
     bool m_engineRuns = false;
-    /// Whether the engine knows the primary screen.
+    /// Whether the engine lists the primary screen.
     bool m_targetFound = false;
     bool m_isFrameClosed = false;
 };

@@ -10,7 +10,6 @@ namespace Ui {
 class SCMainWindow;
 }
 
-/// How the area was chosen; the values are the capture-mode numbers of the main window.
 enum class CaptureMode : int
 {
     FullScreen = 0,
@@ -18,9 +17,8 @@ enum class CaptureMode : int
     Window = 2
 };
 
-/// Whether the screen is recorded, and how its area is chosen: the screen switch and the mode tiles, which go together
-/// with the format. A format with video has the screen switched on, the screen switched off has an audio format.
-/// User-interface thread.
+/// The screen switch and the mode tiles, kept in agreement with the format: a format with video needs the screen
+/// switched on, and without the screen the format is audio. User-interface thread.
 class CaptureSelection : public QObject
 {
     Q_OBJECT
@@ -28,7 +26,7 @@ class CaptureSelection : public QObject
 public:
     CaptureSelection(Ui::SCMainWindow& ui, OutputOptions& output, QSettings& settings);
 
-    /// Shows the stored screen switch. A stored format with video gives way to it, and stays stored.
+    /// Shows the stored screen switch. A stored format with video gives way, but stays stored.
     void restore();
 
     CaptureMode mode() const { return m_mode; }
@@ -38,15 +36,15 @@ public:
     /// Also switches the screen on.
     void choose(CaptureMode mode);
 
-    /// As the screen switch does: the mode is full screen then.
+    /// Also chooses full screen.
     void switchScreen(bool on);
 
-    /// Switches the screen on for a format with video: whoever chooses one wants the screen recorded.
+    /// Switches the screen on for a format with video.
     void fitScreenToFormat();
 
-    /// Remembers what is chosen, and chooses the region mode.
+    /// Chooses the region mode; cancelRegion() restores what was chosen before.
     void beginRegion();
-    /// Takes beginRegion() back, except for a format that the user has chosen since.
+    /// Keeps a format that the user has chosen since beginRegion().
     void cancelRegion();
 
 private:
@@ -59,7 +57,7 @@ private:
     {
         bool isScreenOn = true;
         int format = 0;
-        /// As beginRegion() has left it.
+        /// The one that beginRegion() has left.
         int formatMeanwhile = 0;
         CaptureMode mode = CaptureMode::FullScreen;
     };

@@ -18,7 +18,7 @@ RegionOverlays::~RegionOverlays() = default;
 
 void RegionOverlays::select()
 {
-    // The frame stands above the selector and would take its presses.
+    // The frame is above the selector and would take its presses.
     suspendFrame();
     m_selection->begin();
 }
@@ -82,7 +82,7 @@ DrawWindow& RegionOverlays::drawWindow()
 
 QRect RegionOverlays::frame(const QRect& area)
 {
-    place(area);
+    moveFrame(area);
     DrawWindow& window = drawWindow();
     window.show();
     window.raise();
@@ -91,7 +91,7 @@ QRect RegionOverlays::frame(const QRect& area)
     return window.geometry().adjusted(border, border, -border, -border);
 }
 
-void RegionOverlays::place(const QRect& area)
+void RegionOverlays::moveFrame(const QRect& area)
 {
     DrawWindow& window = drawWindow();
     const int border = window.borderWidth();

@@ -10,8 +10,7 @@
 class DrawWindow;
 class RegionSelection;
 
-/// What lies over the desktop while a region is chosen and recorded: the selector and the region's frame. Logical
-/// pixels of the desktop. User-interface thread.
+/// The selector and the frame of the recorded region. Logical pixels of the desktop. User-interface thread.
 class RegionOverlays : public QObject
 {
     Q_OBJECT
@@ -20,19 +19,16 @@ public:
     explicit RegionOverlays(QObject* parent);
     ~RegionOverlays() override;
 
-    /// Lets the user drag out a region of the primary screen; regionSelected() or selectionCancelled() follows. The
-    /// frame is suspended meanwhile.
+    /// Lets the user drag out a region; regionSelected() or selectionCancelled() follows. Suspends the frame.
     void select();
     void cancelSelection();
     bool isSelecting() const;
 
-    /// Shows the frame around the area and takes it to the front.
-    ///
-    /// @return what is inside the frame: the area, or more where the frame cannot be as small
+    /// Shows the frame around the area, in front.
+    /// @return what is inside: the area, or more where the frame cannot be as small
     QRect frame(const QRect& area);
 
-    /// Moves the frame around the area.
-    void place(const QRect& area);
+    void moveFrame(const QRect& area);
 
     int borderWidth();
 
@@ -40,13 +36,12 @@ public:
     void hideFrame();
     bool isFrameShown() const;
 
-    /// Hides a frame that is shown until restoreFrame(), unless hideFrame() comes between.
+    /// Hides the frame until restoreFrame() or hideFrame().
     void suspendFrame();
     void restoreFrame();
 
     void setRecording(bool recording);
     void setTimeText(const QString& text);
-    /// Keeps the frame's ratio of width to height while it is resized.
     void setLockRatio(bool lock);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -54,7 +49,7 @@ public:
 signals:
     void regionSelected(QRect area);
     void selectionCancelled();
-    // The frame's own signals, see DrawWindow.
+    /// As in DrawWindow.
     void frameChanged(bool isMoving, QPoint firstPixel, QPoint lastPixel);
     void frameConcealed(bool concealed);
     /// By its button, or by the system.

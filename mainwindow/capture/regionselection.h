@@ -8,8 +8,8 @@
 
 class AreaSelector;
 
-/// Lets the user drag out a region of the primary screen: a selector over the whole of it, made for each selection,
-/// with the cross as the application's cursor. Logical pixels of the desktop. User-interface thread.
+/// A selector over the primary screen, made for each selection, with the cross as the application's cursor. Logical
+/// pixels of the desktop. User-interface thread.
 class RegionSelection : public QObject
 {
     Q_OBJECT
@@ -18,10 +18,9 @@ public:
     explicit RegionSelection(QObject* parent);
     ~RegionSelection() override;
 
-    /// Shows the selector; selected() or cancelled() follows. Does nothing while it is shown.
+    /// selected() or cancelled() follows. Ignored during a selection.
     void begin();
 
-    /// As the user does with Escape.
     void cancel();
 
     bool isSelecting() const { return m_selecting; }
@@ -29,7 +28,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
-    /// The selector is still shown.
+    /// The selector is still visible.
     void selected(QRect area);
     void cancelled();
 

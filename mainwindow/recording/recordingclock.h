@@ -6,7 +6,7 @@
 #include <QObject>
 #include <QTimer>
 
-/// Ticks once a second while a recording runs. A pause keeps the part of the second that has passed.
+/// Ticks once a second of recorded time. A pause keeps the part of the second that has passed.
 class RecordingClock : public QObject
 {
     Q_OBJECT
@@ -14,9 +14,8 @@ class RecordingClock : public QObject
 public:
     explicit RecordingClock(QObject* parent, int tickMs = Durations().clockTickMs);
 
-    /// Starts with a whole second, or stops.
     void setRunning(bool running);
-    /// Ignored by a clock that does not run.
+    /// Ignored while the clock does not run.
     void setPaused(bool paused);
 
 signals:
@@ -28,6 +27,6 @@ private:
     QTimer m_timer;
     int m_tickMs;
     bool m_running = false;
-    /// Of the second in which the clock was paused; -1 while it is not paused.
+    /// Of the second that a pause has interrupted; -1 while not paused.
     int m_remainingMs = -1;
 };

@@ -6,8 +6,6 @@
 #include <QFileInfo>
 #include <QStringList>
 
-#include <algorithm>
-
 namespace {
 
 /// 255 bytes, the limit of the usual file systems, less " (99999)" and the longest extension with its dot.
@@ -39,7 +37,7 @@ QString withoutForbiddenCharacters(const QString& text)
     return kept;
 }
 
-/// Windows drops dots and blanks at the end of a name by itself, so that "a." and "a" would be one file.
+/// Windows drops dots and blanks at the end of a name by itself: "a." and "a" would be one file.
 QString withoutBlanksAndFinalDots(QString name)
 {
     name = name.trimmed();

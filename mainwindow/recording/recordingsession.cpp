@@ -32,8 +32,6 @@ RecordingSession::RecordingSession(RecorderPort& recorder, RecordingStage& stage
     connect(&m_confirmTimer, &QTimer::timeout, this, &RecordingSession::onConfirmTimeout);
 }
 
-RecordingSession::~RecordingSession() = default;
-
 void RecordingSession::toggle()
 {
     switch (m_state) {
@@ -214,16 +212,11 @@ void RecordingSession::finishAtOnce()
     if (m_state != RecordingState::Stopping || !m_recorder.isRecording())
         return;
     SCLogger::info(QStringLiteral("The session ends, the recording is finished first"));
-    waitForDrain();
-    m_drainTimer.stop();
-    stopOutput();
-}
-
-void RecordingSession::waitForDrain() const
-{
     // Events have to wait as well: one of them could be the stop that is about to be carried out here.
     while (!m_recorder.isRecordingEndReached() && !m_sinceStopRequest.hasExpired(m_durations.sessionEndDrainTimeoutMs))
         QThread::msleep(static_cast<unsigned long>(m_durations.drainPollMs));
+    m_drainTimer.stop();
+    stopOutput();
 }
 
 void RecordingSession::onRecordStatusChanged(int status)
@@ -267,12 +260,7 @@ void RecordingSession::conclude()
         m_stage.hideOverlays();
     showElapsed(QTime(0, 0, 0));
     m_stage.restoreWindow();
-    QTimer::singleShot(0, this, &RecordingSession::becomeIdle);
-}
-
-void RecordingSession::becomeIdle()
-{
-    setState(RecordingState::Idle);
+    QTimer::singleShot(0, this, [this] { setState(RecordingState::Idle); });
 }
 
 void RecordingSession::onTick()

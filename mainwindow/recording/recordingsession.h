@@ -13,7 +13,7 @@
 class RecorderPort;
 class RecordingPath;
 
-/// Where a recording stands. Ended is passed in the moment between the engine's last word and Idle.
+/// Ended is the moment between the engine's last report and Idle.
 enum class RecordingState
 {
     Idle,
@@ -25,11 +25,9 @@ enum class RecordingState
     Ended
 };
 
-/// The sequence of a recording: countdown, preparation, file name, start, elapsed time, stop. User-interface thread.
-///
-/// Knows no window and no engine, only RecordingStage and RecorderPort, both of which must outlive it. However a
-/// recording ends or fails, the session returns to Idle: status 2 is reported, the window restored, the clock at zero,
-/// the reason in the log.
+/// The sequence of a recording: countdown, preparation, file name, start, elapsed time, stop. However it ends, the
+/// session returns to Idle: status 2 is reported, the window restored, the clock at zero, the reason logged.
+/// Knows no window and no engine, only RecordingStage and RecorderPort, which must outlive it. User-interface thread.
 class RecordingSession : public QObject
 {
     Q_OBJECT
@@ -38,28 +36,24 @@ public:
     static constexpr int kFramesPerSecond = 30;
 
     RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent, const Durations& durations = {});
-    ~RecordingSession() override;
 
     RecordingState state() const { return m_state; }
 
 public slots:
-    /// Starts, cancels a running countdown, or stops, also while paused. Ignored while the capture is being prepared,
-    /// the recording is being stopped or has just ended.
+    /// Starts, cancels a countdown, or stops. Ignored during preparation and stop.
     void toggle();
 
     /// Returns after the countdown and the start. Ignored unless idle.
     void requestStart();
-    /// Stops the recording once its last frames have left the encoder.
+    /// Stops once the last frames have left the encoder.
     void requestStop();
-    /// statusChanged() follows. Ignored, with a line in the log, where the engine cannot.
+    /// statusChanged() follows. Logged and ignored where the engine cannot.
     void setPaused(bool paused);
 
-    /// Cancels a countdown, or stops.
     void requestEnd();
     void cancelCountdown();
 
-    /// Ends the recording of a user's session that ends: the file is closed when this returns, since the process may be
-    /// ended at any moment from then on.
+    /// For the end of the user's session: the file is closed when this returns.
     void finishAtOnce();
 
     /// A number of recordstatus.
@@ -70,9 +64,9 @@ signals:
     void stateChanged(RecordingState state);
     /// A number of recordstatus.
     void statusChanged(int status);
-    /// The recorded time as "hh:mm:ss".
+    /// As "hh:mm:ss".
     void elapsedChanged(const QString& text);
-    /// When the file is started. type is "video" or "audio".
+    /// At the start of the file. type is "video" or "audio".
     void fileProduced(const QString& path, const QString& type);
 
 private:
@@ -84,12 +78,10 @@ private:
     static RecordingPath choosePath(const RecordingChoices& choices);
     void beginStop();
     void pollDrain();
-    void waitForDrain() const;
     void stopOutput();
     void onConfirmTimeout();
     void logEndReason() const;
     void conclude();
-    void becomeIdle();
     void showElapsed(const QTime& elapsed);
 
     RecorderPort& m_recorder;
@@ -102,7 +94,7 @@ private:
     RecordingClock m_clock;
     QTime m_elapsed{0, 0, 0};
 
-    /// Runs while a window is being minimised before a resume.
+    /// While a window is being minimised before a resume.
     QTimer m_resumeTimer;
     QTimer m_drainTimer;
     QTimer m_confirmTimer;

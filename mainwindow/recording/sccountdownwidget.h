@@ -13,8 +13,8 @@ class QEventLoop;
 class QLabel;
 class QSettings;
 
-/// The round counter (3, 2, 1) over the capture area before a recording starts, with the recording hotkey below it. It
-/// takes neither the keyboard focus nor any key, or the hotkey could not cancel it. Made for one countdown.
+/// The counter (3, 2, 1) over the capture area, with the recording hotkey below it. Takes neither focus nor keys, or
+/// the hotkey could not cancel it. For one countdown.
 class SCCountdownWidget : public QWidget
 {
     Q_OBJECT
@@ -23,27 +23,26 @@ public:
     explicit SCCountdownWidget(QWidget* parent, int stepMs = Durations().countdownStepMs);
     ~SCCountdownWidget() override;
 
-    /// Shows the widget and counts down from count to 1. A count below 1 emits countdownFinished() at once and shows
-    /// nothing.
+    /// A count below 1 emits countdownFinished() at once and shows nothing.
     void start(int count);
 
-    /// Runs events until the countdown is over or cancelled. Returns at once when none runs.
+    /// Runs events until the countdown is over or cancelled.
     void exec();
 
-    /// Lets exec() return. Neither hides the widget nor emits countdownFinished().
+    /// Makes exec() return. Neither hides the widget nor emits countdownFinished().
     void cancel();
 
-    /// Still true after an exec() that returned because the program quits.
+    /// Still true when exec() returned because the program quits.
     bool isCounting() const;
 
 public slots:
-    /// One tick: shows the count and lowers it; past 1 the widget is hidden.
+    /// One tick: shows the count and lowers it; past 1 hides the widget.
     void updateCountdown();
 
 signals:
     void countdownFinished();
 
-    /// By the task switcher, or by a session that ends.
+    /// By the task switcher or the end of the session.
     void closed();
 
 protected:

@@ -291,8 +291,8 @@ void SCFullscreenToolbar::checkMousePosition()
     if (m_wish == Wish::Hidden)
         return;
     // A hidden bar at the top edge is shown by the edge alone, not by the rest of its position.
-    const bool stands = isVisible() || (!m_topEdgeOnly && y() > screen()->geometry().y() + kTopEdgePx);
-    if (isPointerAtTopEdge() || (stands && isPointerInside()))
+    const bool isThere = isVisible() || (!m_topEdgeOnly && y() > screen()->geometry().y() + kTopEdgePx);
+    if (isPointerAtTopEdge() || (isThere && isPointerInside()))
         fadeIn();
     else
         fadeOut();

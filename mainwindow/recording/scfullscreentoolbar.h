@@ -13,10 +13,9 @@ class QPropertyAnimation;
 class QPushButton;
 class QTimer;
 
-/// The small bar that floats over the desktop while a recording runs: a record and a pause button, the elapsed time and
-/// a pin. With the pin out it fades out when the pointer leaves it, and in when the pointer touches the top edge of the
-/// primary screen or, where the bar is elsewhere, its position. It never takes the keyboard focus, which the recorded
-/// program keeps. Logical pixels. User-interface thread.
+/// The bar that floats over the desktop during a recording: record and pause buttons, elapsed time, pin. Unpinned it
+/// fades out when the pointer leaves it, and in when the pointer touches the top edge of the primary screen or the
+/// bar's position. Never takes the keyboard focus. Logical pixels. User-interface thread.
 class SCFullscreenToolbar : public QWidget
 {
     Q_OBJECT
@@ -25,35 +24,32 @@ public:
     explicit SCFullscreenToolbar(QWidget* parent = nullptr, const Durations& durations = {});
     ~SCFullscreenToolbar() override;
 
-    /// With false the bar is not paused either.
+    /// False also ends the paused state.
     void setRecording(bool recording);
 
     void setTimeText(const QString& text);
     void setAudioOnly(bool audioOnly);
-    /// Whether the format can be paused. True at first.
     void setPausable(bool pausable);
     void setPaused(bool paused);
 
-    /// Shows the bar only while the pointer is at the top edge of the primary screen or over the bar: for a position
-    /// where it is recorded.
+    /// For a position that is recorded: the bar is visible only while the pointer is at the top edge or over it.
     void setTopEdgeOnly(bool topEdgeOnly);
 
-    /// In logical pixels of the desktop: the bar's tool tips stay out of it.
+    /// Logical pixels of the desktop. Tool tips stay out of it.
     void setRecordedArea(const QRect& area) { m_recordedArea = area; }
 
-    /// A concealed bar is not painted, whether it is shown or not.
+    /// Not painted, whether shown or not.
     void setConcealed(bool concealed);
 
-    /// A bar hidden this way does not show itself again; one that is shown fades in, or waits for the pointer.
+    /// A hidden bar does not show itself; a shown one fades in, or waits for the pointer.
     void setVisible(bool visible) override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-    /// For an opacity of 0.0 to 1.0: 230 of 255 at most.
+    /// 230 of 255 for an opacity of 1.0.
     static int layeredAlpha(double opacity);
 
 signals:
-    // What the user wants from now on.
     void recordingToggled(bool isRecording);
     void pauseToggled(bool paused);
 
@@ -69,7 +65,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    /// What the owner last asked for.
+    /// What setVisible() last asked for.
     enum class Wish
     {
         None,
@@ -110,7 +106,7 @@ private:
     bool m_topEdgeOnly = false;
     QRect m_recordedArea;
     bool m_concealed = false;
-    /// What the bar leaves unpainted is transparent.
+    /// Unpainted parts are transparent.
     bool m_hasOpenCorners = true;
     Wish m_wish = Wish::None;
 };

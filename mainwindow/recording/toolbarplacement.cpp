@@ -15,11 +15,6 @@ QRect withFrame(const QRect& recorded)
     return recorded.adjusted(-kFrameBorderPx, -kFrameBorderPx - kFrameBarHeightPx, kFrameBorderPx, kFrameBorderPx);
 }
 
-int distance(const QPoint& one, const QPoint& other)
-{
-    return (one - other).manhattanLength();
-}
-
 } // namespace
 
 QPoint toolbarTopCentre(const QRect& screen, const QSize& toolbar)
@@ -38,7 +33,7 @@ ToolbarPlacement placeToolbar(const QRect& screen, const QSize& toolbar, const Q
     std::array<QPoint, 3> candidates{QPoint(taken.x() - toolbar.width(), topCentre.y()),
                                      QPoint(taken.x() + taken.width(), topCentre.y()),
                                      QPoint(topCentre.x(), taken.y() + taken.height())};
-    std::ranges::stable_sort(candidates, {}, [&](const QPoint& position) { return distance(position, topCentre); });
+    std::ranges::stable_sort(candidates, {}, [&](const QPoint& one) { return (one - topCentre).manhattanLength(); });
     const auto* const found = std::ranges::find_if(
         candidates, [&](const QPoint& position) { return screen.contains(QRect(position, toolbar)); });
     return found != candidates.end() ? ToolbarPlacement{*found, false} : ToolbarPlacement{topCentre, true};
