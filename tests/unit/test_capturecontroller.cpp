@@ -202,18 +202,9 @@ private slots:
         QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
     }
 
-    void cancelledSelectionRestoresWhatWasChosenBefore()
+    void cancelledSelectionKeepsTheRegionFromBefore()
     {
         const CaptureForm window;
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        control->setChecked(true);
-        control->setChecked(false);
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
-        QVERIFY(!control->isChecked());
-        QCOMPARE(child<QComboBox>(window, "formatBox")->currentText(), QStringLiteral("MP3"));
-        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), false);
-        QCOMPARE(selectedTiles(window), QStringList());
         dragRegion(window, {100, 80}, {419, 319});
         QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
         QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
@@ -242,10 +233,6 @@ private slots:
         QVERIFY(shownWindow<AreaSelector>() == nullptr);
         QVERIFY(shownWindow<DrawWindow>() != nullptr);
         QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
-        QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
-        QTest::keyClick(box, Qt::Key_Down);
-        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
-        QCOMPARE(box->currentText(), QStringLiteral("FLV"));
         QTest::keyClick(child<Tile>(window, "regionTile"), Qt::Key_Space);
         control->setChecked(false);
         QVERIFY(shownWindow<AreaSelector>() == nullptr);
@@ -283,7 +270,7 @@ private slots:
 
     void frameReleasedOffTheScreenMovesBackToIt_data()
     {
-        QTest::addColumn<QPoint>("place");
+        QTest::addColumn<QPoint>("position");
         QTest::addColumn<QPoint>("back");
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
         QTest::newRow("below") << QPoint(100, screen.bottom() + 1) << QPoint(100, screen.bottom() - 239);
@@ -294,12 +281,12 @@ private slots:
 
     void frameReleasedOffTheScreenMovesBackToIt()
     {
-        QFETCH(const QPoint, place);
+        QFETCH(const QPoint, position);
         QFETCH(const QPoint, back);
         const CaptureForm window;
         dragRegion(window, {100, 80}, {419, 319});
         auto* const frame = shownWindow<DrawWindow>();
-        const QRect moved(place, QSize(320, 240));
+        const QRect moved(position, QSize(320, 240));
         frame->setGeometry(moved.adjusted(-4, -4, 4, 4));
         emit frame->windowGeometryChanged(true, moved.topLeft(), moved.bottomRight());
         emit frame->windowGeometryChanged(false, moved.topLeft(), moved.bottomRight());
@@ -330,61 +317,6 @@ private slots:
         QVERIFY(shownWindow<DrawWindow>() == nullptr);
         const QSize screen = QGuiApplication::primaryScreen()->size();
         QCOMPARE(field(window, "widthEdit"), QString::number(screen.width()));
-    }
-
-    void screenOffMakesAVideoFormatMp3AndOnMakesItMp4()
-    {
-        const CaptureForm window;
-        auto* const box = child<QComboBox>(window, "formatBox");
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        control->setChecked(true);
-        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
-        control->setChecked(false);
-        QCOMPARE(box->currentText(), QStringLiteral("MP3"));
-        QCOMPARE(selectedTiles(window), QStringList());
-        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), false);
-        control->setChecked(true);
-        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch).toBool(), true);
-        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("MP4"));
-    }
-
-    void screenSwitchLeavesASuitingFormatAlone()
-    {
-        const CaptureForm window;
-        auto* const box = child<QComboBox>(window, "formatBox");
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        box->setCurrentIndex(6);
-        control->setChecked(true);
-        QCOMPARE(box->currentText(), QStringLiteral("MP4"));
-        box->setCurrentIndex(5);
-        control->setChecked(false);
-        QCOMPARE(box->currentText(), QStringLiteral("AAC"));
-        box->setCurrentIndex(2);
-        control->setChecked(true);
-        QCOMPARE(box->currentText(), QStringLiteral("FLV"));
-    }
-
-    void formatWithVideoSwitchesTheScreenOn()
-    {
-        const CaptureForm window;
-        auto* const box = child<QComboBox>(window, "formatBox");
-        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
-        control->setChecked(true);
-        control->setChecked(false);
-        QCOMPARE(box->currentText(), QStringLiteral("MP3"));
-        box->setFocus();
-        QTest::keyClick(box, Qt::Key_Down);
-        QCOMPARE(box->currentText(), QStringLiteral("AAC"));
-        QVERIFY(!control->isChecked());
-        QTest::keyClick(box, Qt::Key_Up);
-        QTest::keyClick(box, Qt::Key_Up);
-        QCOMPARE(box->currentText(), QStringLiteral("GIF"));
-        QVERIFY(control->isChecked());
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
-        QCOMPARE(openSettings()->value(settingskeys::kScreenSwitch), QVariant(true));
-        QCOMPARE(openSettings()->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("GIF"));
     }
 
     void screenSwitchTakesTheFrameAway()

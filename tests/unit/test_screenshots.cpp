@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/settings.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/tile.h"
 #include "overlays/areaselector.h"
@@ -15,7 +14,6 @@
 #include <QFile>
 #include <QPushButton>
 #include <QScreen>
-#include <QSettings>
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTest>
@@ -63,29 +61,6 @@ private slots:
         QVERIFY(!m_window->isMinimized());
     }
 
-    void pickedWindowIsFramedAsFarAsItIsOnAScreen_data()
-    {
-        QTest::addColumn<QRect>("window");
-        QTest::addColumn<QRect>("framed");
-        const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        const QRect inside = screen.adjusted(50, 40, -50, -60);
-        QTest::newRow("maximised, with borders beyond the screen") << screen.adjusted(-8, -8, 8, 8) << screen;
-        QTest::newRow("half beyond the left edge")
-            << QRect(screen.left() - 200, 40, 400, 300) << QRect(screen.left(), 40, 200, 300);
-        QTest::newRow("all but a strip beyond the right edge")
-            << QRect(screen.right() - 9, 40, 400, 300) << QRect(screen.right() - 99, 40, 100, 300);
-        QTest::newRow("on the screen") << inside << inside;
-    }
-
-    void pickedWindowIsFramedAsFarAsItIsOnAScreen()
-    {
-        QFETCH(const QRect, window);
-        QFETCH(const QRect, framed);
-        clickTile("screenshotWindowTile");
-        emit shownWindow<WindowHighlighter>()->windowClicked(window);
-        QCOMPARE(shownWindow<SCScreenshotWindow>()->geometry(), framed);
-    }
-
     void wholeScreenIsFramedForAScreenshot()
     {
         clickTile("screenshotFullScreenTile");
@@ -110,26 +85,6 @@ private slots:
         QVERIFY(m_window->findChild<Tile*>(QStringLiteral("fullScreenTile"))->isSelected());
         QVERIFY(shownWindow<DrawWindow>() == nullptr);
         shownWindow<SCScreenshotWindow>()->cancelScreenshot();
-    }
-
-    void smallRegionIsFramedAsLargeAsAFrameMustBeOnTheScreen()
-    {
-        clickTile("screenshotRegionTile");
-        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
-        const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        emit shownWindow<AreaSelector>()->areaSelected(QRect(screen.bottomRight() - QPoint(20, 10), QSize(5, 5)));
-        QCOMPARE(shownWindow<SCScreenshotWindow>()->geometry(),
-                 QRect(screen.bottomRight() - QPoint(99, 99), QSize(100, 100)));
-        shownWindow<SCScreenshotWindow>()->cancelScreenshot();
-    }
-
-    void cancelledSelectionRestoresTheWindow()
-    {
-        clickTile("screenshotRegionTile");
-        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr);
-        QTest::keyClick(shownWindow<AreaSelector>(), Qt::Key_Escape);
-        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
-        QVERIFY(!m_window->isMinimized());
     }
 
     void regionsFrameMakesRoomForAScreenshot()
@@ -192,7 +147,7 @@ private slots:
         picker->hide();
     }
 
-    void regionsFrameIsThereAgainAfterACountdownThatGaveAScreenshotUp()
+    void regionsFrameIsThereAgainAfterACountdownThatCancelledAScreenshot()
     {
         clickTile("regionTile");
         emit shownWindow<AreaSelector>()->areaSelected(QRect(100, 80, 320, 240));
@@ -224,20 +179,6 @@ private slots:
         QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("filesPage"));
         QVERIFY(m_window->findChild<QPushButton*>(QStringLiteral("filesTab"))->isChecked());
         QVERIFY(m_window->findChild<QPushButton*>(QStringLiteral("screenshotFilter"))->isChecked());
-    }
-
-    void screenshotThatCannotBeSavedIsReported()
-    {
-        const messagebox::Recorder boxes;
-        openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("nonsense"));
-        clickTile("screenshotFullScreenTile");
-        capture();
-        QCOMPARE(boxes.calls().size(), 1U);
-        QCOMPARE(boxes.calls().front().kind, messagebox::Kind::Warning);
-        QCOMPARE(boxes.calls().front().title, QStringLiteral("Screenshot Error"));
-        QVERIFY(
-            boxes.calls().front().text.startsWith(QLatin1String("Screenshot error: Failed to save screenshot to ")));
-        QVERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
     }
 
     void nothingElseBeginsWhileAShotIsTaken_data()
