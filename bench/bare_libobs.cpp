@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The least that records a screen through libobs: the same core settings, scene, filter and file output that Kestrano
-// uses, and nothing of Kestrano around them. tools/bench runs it beside the program, so that what the program itself
-// costs can be told from what libobs costs.
+// uses, and nothing of Kestrano around them. tools/bench runs it beside the program, to separate what the program
+// itself costs from what libobs costs.
 //
 //   bare_libobs --output PATH_WITHOUT_EXTENSION [--format mp4|avi|flv|gif] [--seconds N]
 //   bare_libobs --idle [--seconds N]
@@ -154,7 +154,7 @@ OBSDataAutoRelease outputSettings(const Format& format, const QString& path, con
     return settings;
 }
 
-/// The picture just as the core makes it: asked for nothing, libobs converts every picture of full range.
+/// The frame just as the core makes it: asked for nothing, libobs converts every frame of full range.
 video_scale_info asMade(const QSize& size)
 {
     video_scale_info form{};
@@ -245,7 +245,7 @@ int record(const Format& format, const QString& path, int milliseconds)
     }
     Recording recording(format, path, size);
     report("READY");
-    // The scene has its first pictures before the recording starts, as it has in the program after its countdown.
+    // The scene has its first frames before the recording starts, as it has in the program after its countdown.
     constexpr int kSettleMs = 1000;
     QTimer::singleShot(kSettleMs, &recording, [&recording, milliseconds] {
         if (!recording.start())

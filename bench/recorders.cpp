@@ -73,7 +73,7 @@ double percent(double part, double whole)
     return whole > 0 ? part * 100 / whole : 0;
 }
 
-/// libobs tells of lagged and skipped frames in its log when a recording ends, and only when there were some.
+/// libobs logs lagged and skipped frames when a recording ends, and only when there were some.
 double percentFrom(const QString& text, const QString& pattern)
 {
     const QRegularExpressionMatch match = QRegularExpression(pattern).match(text);
@@ -178,7 +178,7 @@ Measurement measureProgram(const Job& job)
     measurement.failure = take.failure;
     measurement.peakMiB = usageOf(program.processId()).peakMiB;
     measurement.stopMs = static_cast<double>(take.closedNs - take.stopRequestedNs) / kNsPerMs;
-    // What comes after the recording's own end: the program tries its encoder out before, and libobs tells of that as
+    // What comes after the recording's own end: the program tries its encoder out before, and libobs logs that as
     // well.
     const QString text = program.transcript().section(QStringLiteral("'adv_ffmpeg_output': stopping"), -1);
     measurement.laggedPercent = percentFrom(text, QStringLiteral("rendering lag/stalls: \\d+ \\(([0-9.]+)%\\)"));
@@ -190,7 +190,7 @@ Measurement measureProgram(const Job& job)
 
 Measurement measureBareLibobs(const Job& job)
 {
-    // The stock output frees its encoders while the picture line may be inside them; without the program's care for
+    // The stock output frees its encoders while the video stream may be inside them; without the program's care for
     // that, a stop can crash.
     constexpr int kAttempts = 3;
     Measurement measurement = runBareLibobs(job);

@@ -61,6 +61,6 @@ IdleMeasurement measureIdleProgram(int seconds);
 /// libobs with nothing on its channels.
 IdleMeasurement measureIdleLibobs(int seconds);
 
-/// Frames a second at which FFmpeg encodes a synthetic picture of 1280x720 with the encoder's settings: how fast the
+/// Frames a second at which FFmpeg encodes a synthetic video of 1280x720 with the encoder's settings: how fast the
 /// machine is at this moment.
 double encoderFramesPerSecond();

@@ -18,15 +18,15 @@ namespace desktopuser {
 
 namespace {
 
-/// What a window manager and a toolkit need to take notice of one thing before the next.
+/// What a window manager and Qt need to take notice of one thing before the next.
 constexpr int kPauseMs = 30;
 constexpr int kDragSteps = 4;
 
 /// From the top left corner of the primary screen, in physical pixels.
-QPoint inPicture(const QPoint& place)
+QPoint inImage(const QPoint& position)
 {
     const QPoint origin = QGuiApplication::primaryScreen()->geometry().topLeft();
-    return (QPointF(place - origin) * scale()).toPoint();
+    return (QPointF(position - origin) * scale()).toPoint();
 }
 
 bool xrandr(const QStringList& arguments)
@@ -56,20 +56,20 @@ double scale()
     return QGuiApplication::primaryScreen()->devicePixelRatio();
 }
 
-QPoint onScreen(const QPoint& place)
+QPoint onScreen(const QPoint& position)
 {
-    return QGuiApplication::primaryScreen()->geometry().topLeft() + place;
+    return QGuiApplication::primaryScreen()->geometry().topLeft() + position;
 }
 
-void pointTo(const QPoint& place)
+void pointTo(const QPoint& position)
 {
-    // A screen's corner has the same place in logical and in physical pixels.
-    userinput::pointTo(QGuiApplication::primaryScreen()->geometry().topLeft() + inPicture(place));
+    // A screen's corner has the same position in logical and in physical pixels.
+    userinput::pointTo(QGuiApplication::primaryScreen()->geometry().topLeft() + inImage(position));
 }
 
-void click(const QPoint& place, const char* button)
+void click(const QPoint& position, const char* button)
 {
-    pointTo(place);
+    pointTo(position);
     QTest::qWait(kPauseMs);
     xdotool({QStringLiteral("click"), QLatin1String(button)});
     QTest::qWait(kPauseMs);
@@ -137,20 +137,20 @@ void waitUntilStill()
     QVERIFY(isStill);
 }
 
-QRgb colourAt(const QPoint& place)
+QRgb colourAt(const QPoint& position)
 {
-    return screenshot().pixel(inPicture(place)) | 0xff000000;
+    return screenshot().pixel(inImage(position)) | 0xff000000;
 }
 
 int brightestOf(const QWidget& widget)
 {
     constexpr int kReach = 6;
-    const QImage picture = screenshot();
-    const QPoint centre = inPicture(centreOf(widget));
+    const QImage image = screenshot();
+    const QPoint centre = inImage(centreOf(widget));
     int found = 0;
     for (int y = -kReach; y <= kReach; ++y) {
         for (int x = -kReach; x <= kReach; ++x)
-            found = std::max(found, qGray(picture.pixel(centre + QPoint(x, y))));
+            found = std::max(found, qGray(image.pixel(centre + QPoint(x, y))));
     }
     return found;
 }

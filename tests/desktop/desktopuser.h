@@ -20,18 +20,18 @@ namespace desktopuser {
 double scale();
 
 /// A point of the primary screen, from its top left corner.
-QPoint onScreen(const QPoint& place);
+QPoint onScreen(const QPoint& position);
 
-void pointTo(const QPoint& place);
+void pointTo(const QPoint& position);
 
 /// Goes there and clicks a button of the pointer: "1" is the left one, "3" the right one.
-void click(const QPoint& place, const char* button = "1");
+void click(const QPoint& position, const char* button = "1");
 void click(const QWidget& widget);
 
 /// Presses the left button at the first point, goes to the second one in steps, as a hand does, and lets go.
 void drag(const QPoint& from, const QPoint& to);
 
-/// A key ("space", "F9", "ctrl+a"), pressed and let go.
+/// A key ("space", "F9", "ctrl+a"), pressed and released.
 void press(const QString& key);
 
 /// Presses Tab until the widget has the keyboard's focus. False when it is not reached.
@@ -47,7 +47,7 @@ QImage screenshot();
 void waitUntilStill();
 
 /// What the primary screen shows at a point.
-QRgb colourAt(const QPoint& place);
+QRgb colourAt(const QPoint& position);
 
 /// The lightest grey of the icon in the middle of the widget.
 int brightestOf(const QWidget& widget);

@@ -30,7 +30,7 @@ using userinput::xdotool;
 
 namespace {
 
-constexpr QPoint kWindowPlace(20, 40);
+constexpr QPoint kWindowPosition(20, 40);
 
 } // namespace
 
@@ -53,7 +53,7 @@ void RegionTest::init()
     pointTo(onScreen({3, 3}));
     // Countdowns are cancelled before they end, however busy the machine is.
     m_window = std::make_unique<SCMainWindow>(Durations{.countdownStepMs = 20'000});
-    m_window->move(onScreen(kWindowPlace));
+    m_window->move(onScreen(kWindowPosition));
     m_window->show();
     QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
     waitUntilStill();

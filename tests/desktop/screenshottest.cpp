@@ -33,9 +33,9 @@ constexpr QRect kRegion(880, 200, 300, 240);
 
 void ScreenshotTest::initTestCase()
 {
-    m_desktop = gridPicture(StillImage::displaySize());
-    m_picture = std::make_unique<StillImage>(m_desktop);
-    QVERIFY(m_picture->isShown());
+    m_desktop = gridImage(StillImage::displaySize());
+    m_stillImage = std::make_unique<StillImage>(m_desktop);
+    QVERIFY(m_stillImage->isShown());
 }
 
 void ScreenshotTest::init()

@@ -16,7 +16,7 @@
 
 class QPushButton;
 
-/// What the tests share that take screenshots: a desktop of which each pixel tells its place, and for each test
+/// What the tests share that take screenshots: a desktop of which each pixel shows its position, and for each test
 /// function a main window on its screenshot page.
 class ScreenshotTest : public QObject
 {
@@ -32,7 +32,7 @@ protected:
     static QRect region();
     /// The pixels of the display that a rectangle of the desktop covers.
     static QRect pixels(const QRect& area);
-    /// Of two pictures' greys.
+    /// Of two images' greys.
     static int largestDifference(const QImage& one, const QImage& other);
 
     void clickTile(const char* name) const;
@@ -40,7 +40,7 @@ protected:
     void dragRegion() const;
     /// The window manager may have other ideas about the keyboard.
     void waitForTheKeyboard() const;
-    /// A PNG file was written and told, and it is just what the desktop shows there.
+    /// A PNG file was written and reported, and it is just what the desktop shows there.
     void expectShot(const QRect& covered) const;
 
     QImage m_desktop;
@@ -54,5 +54,5 @@ private slots:
     void cleanup();
 
 private:
-    std::unique_ptr<StillImage> m_picture;
+    std::unique_ptr<StillImage> m_stillImage;
 };

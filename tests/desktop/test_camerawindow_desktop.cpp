@@ -146,9 +146,9 @@ private:
         }
     }
 
-    static void expectColour(const QPoint& place, QRgb colour)
+    static void expectColour(const QPoint& position, QRgb colour)
     {
-        QTRY_VERIFY2_WITH_TIMEOUT(isLike(colourAt(place), colour), qPrintable(QColor(colourAt(place)).name()),
+        QTRY_VERIFY2_WITH_TIMEOUT(isLike(colourAt(position), colour), qPrintable(QColor(colourAt(position)).name()),
                                   kPaintTimeoutMs);
     }
 

@@ -44,7 +44,7 @@ using desktopuser::press;
 
 namespace {
 
-constexpr QPoint kWindowPlace(120, 80);
+constexpr QPoint kWindowPosition(120, 80);
 constexpr QRgb kAccent = qRgb(0x00, 0x7a, 0xcc);
 
 QString stored(QLatin1String key)
@@ -71,7 +71,7 @@ private slots:
         settings->setValue(settingskeys::kScreenshotSaveLocation, m_folder.path());
         pointTo(onScreen({3, 3}));
         m_window = std::make_unique<SCMainWindow>(Durations{.countdownStepMs = 20'000, .windowGoneMs = 100});
-        m_window->move(onScreen(kWindowPlace));
+        m_window->move(onScreen(kWindowPosition));
         m_window->show();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
         desktopuser::waitUntilStill();

@@ -31,7 +31,7 @@ constexpr QRgb kBlue = qRgb(0, 122, 204);
 constexpr QRgb kRed = qRgb(255, 0, 0);
 constexpr QRgb kBar = qRgb(0x28, 0x28, 0x2e);
 constexpr int kBorderPx = 4;
-/// At places that are whole pixels at all scales of these tests.
+/// At positions that are whole pixels at all scales of these tests.
 constexpr QRect kGeometry(200, 160, 400, 240);
 
 /// The window below the frame, which counts what reaches it.
@@ -246,7 +246,7 @@ private slots:
         QCOMPARE(toolBar()->y(), bottom - 70);
     }
 
-    void toolBarStandsOnTopOfTheFrame()
+    void toolBarIsOnTopOfTheFrame()
     {
         const QPoint position(kGeometry.right() - 40, kGeometry.top() - 15);
         QTRY_COMPARE(named(screenshot().pixel(inPixels(position))), named(kBar));

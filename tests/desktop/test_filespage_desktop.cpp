@@ -36,7 +36,7 @@ using userinput::xdotool;
 
 namespace {
 
-constexpr QPoint kWindowPlace(20, 40);
+constexpr QPoint kWindowPosition(20, 40);
 constexpr QRgb kPlain = qRgb(0x28, 0x28, 0x2e);
 constexpr QRgb kRaised = qRgb(0x37, 0x37, 0x3d);
 
@@ -93,7 +93,7 @@ private slots:
         filelibrary::write(QJsonDocument(list).toJson());
         pointTo(onScreen({3, 3}));
         m_window = std::make_unique<SCMainWindow>();
-        m_window->move(onScreen(kWindowPlace));
+        m_window->move(onScreen(kWindowPosition));
         m_window->show();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
         desktopuser::waitUntilStill();
@@ -167,7 +167,7 @@ private slots:
         QTRY_COMPARE(desktopuser::brightestOf(*remove), bright);
     }
 
-    void iconsSayWhatTheyDoWhenThePointerRests()
+    void iconsSayWhatTheyDoUnderAStillPointer()
     {
         pointTo(folderIconOf(1));
         QTRY_COMPARE(QToolTip::text(), QStringLiteral("Show in Folder"));
@@ -311,15 +311,15 @@ private:
     /// Whether the screen has something lighter than a row where both of its icons are.
     bool showsIcons(int row) const
     {
-        const QImage picture = desktopuser::screenshot();
+        const QImage image = desktopuser::screenshot();
         const QPoint origin = QGuiApplication::primaryScreen()->geometry().topLeft();
         for (const QRect& icon : {FileItemDelegate::folderRect(rect(row)), FileItemDelegate::deleteRect(rect(row))}) {
-            const QRect place(((QPointF(global(icon.topLeft()) - origin)) * desktopuser::scale()).toPoint(),
-                              icon.size() * desktopuser::scale());
+            const QRect position(((QPointF(global(icon.topLeft()) - origin)) * desktopuser::scale()).toPoint(),
+                                 icon.size() * desktopuser::scale());
             bool found = false;
-            for (int y = place.top(); y <= place.bottom(); ++y) {
-                for (int x = place.left(); x <= place.right(); ++x)
-                    found = found || qGray(picture.pixel(x, y)) > 100;
+            for (int y = position.top(); y <= position.bottom(); ++y) {
+                for (int x = position.left(); x <= position.right(); ++x)
+                    found = found || qGray(image.pixel(x, y)) > 100;
             }
             if (!found)
                 return false;
@@ -327,10 +327,10 @@ private:
         return true;
     }
 
-    static void clickWith(const char* key, const QPoint& place)
+    static void clickWith(const char* key, const QPoint& position)
     {
         xdotool({"keydown", QLatin1String(key)});
-        click(place);
+        click(position);
         xdotool({"keyup", QLatin1String(key)});
     }
 

@@ -140,7 +140,7 @@ private slots:
         QSignalSpy activated(&hotkey, &GlobalHotkey::activated);
         setKeyboardLayout(QStringLiteral("de"));
         QTest::qWait(300);
-        // The key that bears "y" on an English keyboard, by its place; "z" is on it now.
+        // The key that bears "y" on an English keyboard, by its position; "z" is on it now.
         xdotool({"keydown", "ctrl", "key", "29", "keyup", "ctrl"});
         QTest::qWait(300);
         QCOMPARE(activated.size(), 0);

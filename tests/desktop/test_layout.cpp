@@ -107,7 +107,7 @@ private slots:
         QCOMPARE(faults.size(), 0);
     }
 
-    /// Asked for when a window is made, shown, or told of another language.
+    /// Asked for when a window is made, shown, or notified of another language.
     void everyTextAskedForIsAKey()
     {
         ListingTranslator listing;

@@ -148,7 +148,7 @@ private slots:
         QTRY_COMPARE(colourAt(region().topLeft() - QPoint(2, -40)), kBackdrop);
     }
 
-    void countdownStandsOverTheRegionsCentreAndTheFrameStays()
+    void countdownIsOverTheRegionsCentreAndTheFrameStays()
     {
         dragRegion();
         const MessageCapture messages;

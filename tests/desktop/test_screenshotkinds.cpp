@@ -37,7 +37,7 @@ public:
     explicit ImageWindow(const QRect& geometry) : QWidget(nullptr, Qt::FramelessWindowHint)
     {
         setGeometry(geometry);
-        m_image = gridPicture((QSizeF(geometry.size()) * scale()).toSize());
+        m_image = gridImage((QSizeF(geometry.size()) * scale()).toSize());
         m_image.invertPixels();
     }
 

@@ -55,7 +55,7 @@ QList<qint64> sizesOfSegmentsMadeBy(qint64 processId)
     return sizes;
 }
 
-/// What a picture of the whole screen takes.
+/// What an image of the whole screen takes.
 qint64 screenBytes()
 {
     const QSize size = QGuiApplication::primaryScreen()->size();

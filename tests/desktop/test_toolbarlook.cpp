@@ -24,7 +24,7 @@ using desktopuser::press;
 namespace {
 
 constexpr QRgb kBackdrop = qRgb(10, 200, 30);
-/// Longer than a fade, two looks at the pointer and a picture.
+/// Longer than a fade, two looks at the pointer and an image.
 constexpr int kFadeIsOverMs = 300;
 
 QPoint centreOf(const SCFullscreenToolbar& bar, const char* name)
@@ -62,7 +62,7 @@ private slots:
 
     void init() { pointTo(kAway); }
 
-    void barLooksFramelessAndStandsAtTheTopCentre()
+    void barLooksFramelessAndIsAtTheTopCentre()
     {
         SCFullscreenToolbar bar;
         showAtTop(bar);
@@ -106,7 +106,7 @@ private slots:
         QTRY_COMPARE(other.text(), QStringLiteral("a"));
     }
 
-    void barStandsAboveAFocusedFullScreenWindow()
+    void barIsAboveAFocusedFullScreenWindow()
     {
         QWidget film;
         film.setStyleSheet(QStringLiteral("background-color: rgb(10, 200, 30)"));

@@ -40,7 +40,7 @@ using userinput::xdotool;
 
 namespace {
 
-constexpr QPoint kWindowPlace(20, 40);
+constexpr QPoint kWindowPosition(20, 40);
 /// The knob's colours, and that of the track of a switch that is on.
 constexpr QRgb kOnKnob = qRgb(0xff, 0xff, 0xff);
 constexpr QRgb kOffKnob = qRgb(0xaa, 0xaa, 0xaa);
@@ -61,7 +61,7 @@ private slots:
         settings->setValue(settingskeys::kScreenshotSaveLocation, m_folder.path());
         pointTo(onScreen({3, 3}));
         m_window = std::make_unique<SCMainWindow>();
-        m_window->move(onScreen(kWindowPlace));
+        m_window->move(onScreen(kWindowPosition));
         m_window->show();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
         desktopuser::waitUntilStill();
@@ -147,7 +147,7 @@ private slots:
         QVERIFY(!openSettings()->value(settingskeys::kWebcamSwitch).toBool());
     }
 
-    void menuStandsBelowItsButton()
+    void menuIsBelowItsButton()
     {
         auto* const button = child<QPushButton>("menuBtn");
         const QMenu* const menu = openMenu();
@@ -267,7 +267,7 @@ private slots:
         QVERIFY(QDir(m_folder.path()).mkpath(QStringLiteral("chosen")));
         const QString folder = m_folder.filePath(QStringLiteral("chosen"));
         click(*child<QPushButton>(tab));
-        // Given up first: nothing changes.
+        // Cancelled first: nothing changes.
         QString seenTitle;
         inTheDialog([&seenTitle] {
             seenTitle = QApplication::activeModalWidget()->windowTitle();

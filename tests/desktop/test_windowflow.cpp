@@ -62,11 +62,11 @@ public:
             QTest::qWait(50);
             m_said += m_process.readAll();
         }
-        const qsizetype place = m_said.indexOf(word);
+        const qsizetype position = m_said.indexOf(word);
         // Each time it is said counts once.
-        if (place >= 0)
-            m_said.remove(place, word.size());
-        return place >= 0;
+        if (position >= 0)
+            m_said.remove(position, word.size());
+        return position >= 0;
     }
 
     ~OtherProgram()
@@ -210,7 +210,7 @@ private slots:
         expectFields(kRegion.size());
     }
 
-    void escapeKeepsTheFrameThatStands()
+    void escapeKeepsTheFrameThatIsShown()
     {
         dragRegion();
         click(*child<Tile>("regionTile"));
@@ -270,23 +270,23 @@ private slots:
     {
         OtherProgram other;
         QVERIFY(other.start());
-        const QRect place(onScreen(kOtherWindow.topLeft()), kOtherWindow.size());
+        const QRect position(onScreen(kOtherWindow.topLeft()), kOtherWindow.size());
         click(*child<Tile>("windowTile"));
         QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
-        pointTo(place.center());
-        QTRY_COMPARE(shownWindow<WindowHighlighter>()->geometry(), place);
-        QTRY_COMPARE(colourAt(place.topLeft() + QPoint(1, 1)), qRgb(255, 0, 0));
+        pointTo(position.center());
+        QTRY_COMPARE(shownWindow<WindowHighlighter>()->geometry(), position);
+        QTRY_COMPARE(colourAt(position.topLeft() + QPoint(1, 1)), qRgb(255, 0, 0));
         xdotool({"click", "1"});
         QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
         QVERIFY(other.waitFor("pressed"));
         QVERIFY(shownWindow<WindowHighlighter>() == nullptr);
         auto* const frame = shownWindow<SCScreenshotWindow>();
-        QCOMPARE(frame->geometry(), place);
-        QTRY_VERIFY(isLike(colourAt(place.topLeft() + QPoint(1, 1)), kBorder));
+        QCOMPARE(frame->geometry(), position);
+        QTRY_VERIFY(isLike(colourAt(position.topLeft() + QPoint(1, 1)), kBorder));
         // It was picked once: the next click is the other program's alone.
         xdotool({"click", "1"});
         QVERIFY(other.waitFor("pressed"));
-        QCOMPARE(frame->geometry(), place);
+        QCOMPARE(frame->geometry(), position);
         click(desktopuser::centreOf(*barButton("cancelButton")));
         QTRY_VERIFY(!m_window->isMinimized());
     }

@@ -125,7 +125,7 @@ private slots:
         QTRY_VERIFY(QGuiApplication::overrideCursor() == nullptr);
     }
 
-    void countdownStandsWithItsCentreOnTheScreensCentre()
+    void countdownHasItsCentreOnTheScreensCentre()
     {
         SCMainWindow window(kSlow);
         showAndWait(window);
@@ -190,16 +190,16 @@ private slots:
         QTRY_COMPARE(colourAt({580, 340}), kCountdownFill);
         desktopuser::waitUntilStill();
         QCOMPARE(countdown.geometry(), QRect(540, 240, 200, 240));
-        const QImage picture = screenshot();
-        QCOMPARE(picture.pixel(580, 340), kCountdownFill);
-        QCOMPARE(picture.pixel(540 + 1, 340), kCountdownRing);
+        const QImage image = screenshot();
+        QCOMPARE(image.pixel(580, 340), kCountdownFill);
+        QCOMPARE(image.pixel(540 + 1, 340), kCountdownRing);
         QVERIFY(other.isActiveWindow());
         press(QStringLiteral("a"));
         QTRY_COMPARE(other.text(), QStringLiteral("a"));
         countdown.cancel();
     }
 
-    void countdownStandsAboveAFocusedFullScreenWindow()
+    void countdownIsAboveAFocusedFullScreenWindow()
     {
         m_backdrop.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&m_backdrop));
@@ -220,10 +220,10 @@ private slots:
         countdown.start(3);
         QTRY_COMPARE(colourAt({580, 340}), kCountdownFill);
         desktopuser::waitUntilStill();
-        const QImage picture = screenshot();
+        const QImage image = screenshot();
         for (const QPoint& corner : {QPoint(541, 241), QPoint(738, 241), QPoint(541, 438), QPoint(738, 438)})
-            QCOMPARE(picture.pixel(corner), kBackdrop);
-        QCOMPARE(picture.pixel(542, 465), kBackdrop);
+            QCOMPARE(image.pixel(corner), kBackdrop);
+        QCOMPARE(image.pixel(542, 465), kBackdrop);
         countdown.cancel();
     }
 
@@ -234,8 +234,8 @@ private slots:
         countdown.start(3);
         QTRY_COMPARE(colourAt({560, 465}), kCountdownFill);
         desktopuser::waitUntilStill();
-        const QImage picture = screenshot();
-        QCOMPARE(picture.pixel(640, 445), kBackdrop);
+        const QImage image = screenshot();
+        QCOMPARE(image.pixel(640, 445), kBackdrop);
         countdown.cancel();
     }
 

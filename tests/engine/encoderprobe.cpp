@@ -16,7 +16,7 @@ using VideoHandle = obshandles::Handle<video_t, video_output_close>;
 
 /// More than libx264 buffers with any number of threads that a test machine has.
 constexpr int kMaxFrames = 200;
-/// The first frame, which is never late, is the one that the probe sees; among B-frames one comes up to two places
+/// The first frame, which is never late, is the one that the probe sees; among B-frames one comes up to two frames
 /// later.
 constexpr int kReorder = 2;
 /// A frame takes milliseconds; an output must not be stopped while one is inside its encoder.

@@ -15,7 +15,7 @@ namespace obsspy {
 QStringList calls();
 void clear();
 
-/// Lets the function of this name fail until told otherwise, without calling the real one; called again, further ones
+/// Lets the function of this name fail until restored, without calling the real one; called again, further ones
 /// as well. Only those that return a result which says so.
 void failAt(const QString& function);
 void failNowhere();

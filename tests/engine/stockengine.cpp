@@ -20,7 +20,7 @@ const auto kDefaultDevice = QStringLiteral("default");
 
 StockEngine::~StockEngine()
 {
-    for (QProcess* process : {&m_picture, &m_tone}) {
+    for (QProcess* process : {&m_patternProcess, &m_tone}) {
         process->terminate();
         process->waitForFinished();
     }
@@ -32,9 +32,10 @@ QString StockEngine::perform(QProcess& process, const char* name, const QStringL
     return process.waitForReadyRead(kStartTimeoutMs) ? QString() : QLatin1String(name) + QLatin1String(" is not there");
 }
 
-QString StockEngine::showPicture()
+QString StockEngine::showPattern()
 {
-    return perform(m_picture, "kestrano_test_pattern", {QStringLiteral("--rate"), QString::number(kPictureRate)});
+    return perform(m_patternProcess, "kestrano_test_pattern",
+                   {QStringLiteral("--rate"), QString::number(kPatternRate)});
 }
 
 QString StockEngine::playTone()
@@ -76,7 +77,7 @@ QString StockEngine::begin(const QString& storePath, int format)
     // Opening the file takes its time on a busy machine.
     return QTest::qWaitFor([this] { return m_engine->recordedFrames() > 0; }, kStartTimeoutMs)
                ? QString()
-               : QStringLiteral("no picture arrives");
+               : QStringLiteral("no frame arrives");
 }
 
 QString StockEngine::end()
@@ -90,9 +91,9 @@ QString StockEngine::end()
 std::optional<uint32_t> StockEngine::numberOnScreen()
 {
     const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-    const TestPattern picture(screen.size());
+    const TestPattern pattern(screen.size());
     QList<int> brightness;
-    for (int i = 0; i < picture.blockCount(); ++i)
-        brightness << qGray(screen.pixel(picture.block(i).center()));
+    for (int i = 0; i < pattern.blockCount(); ++i)
+        brightness << qGray(screen.pixel(pattern.block(i).center()));
     return TestPattern::numberFromBlocks(brightness);
 }

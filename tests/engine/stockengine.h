@@ -17,14 +17,14 @@ class StockEngine
 public:
     static constexpr int kFps = 30;
     static constexpr int kBitRate = 4;
-    /// Numbers a second that the test image shows: one for every recorded frame, so that each that is lost is
+    /// Numbers a second that the test image shows: one for every recorded frame, so each lost one is
     /// missed.
-    static constexpr int kPictureRate = kFps;
+    static constexpr int kPatternRate = kFps;
 
     ~StockEngine();
 
     /// Shows the test image on the whole desktop, or plays the test tone. Empty on success, else what went wrong.
-    QString showPicture();
+    QString showPattern();
     QString playTone();
 
     /// Starts the engine, builds the scene and points it at the whole primary screen, its audio on. Empty on success,
@@ -52,7 +52,7 @@ public:
 private:
     static QString perform(QProcess& process, const char* name, const QStringList& arguments);
 
-    QProcess m_picture;
+    QProcess m_patternProcess;
     QProcess m_tone;
     QRect m_screen;
     QSize m_size;

@@ -190,20 +190,20 @@ private slots:
         QTest::addColumn<int>("format");
         QTest::addColumn<QJsonObject>("expected");
 
-        QTest::newRow("mp4") << 0 << picture(sound(container("mp4", "video/mp4"), "aac", 86018), "libx264", 27);
-        QTest::newRow("avi") << 1 << picture(sound(container("avi", "video/avi"), "libmp3lame", 86017), "mpeg4", 12);
-        QTest::newRow("flv") << 2 << picture(sound(container("flv", "video/flv"), "libmp3lame", 86017), "flv", 21);
-        QJsonObject gif = picture(container("gif", "video/gif"), "gif", 97);
+        QTest::newRow("mp4") << 0 << video(audio(container("mp4", "video/mp4"), "aac", 86018), "libx264", 27);
+        QTest::newRow("avi") << 1 << video(audio(container("avi", "video/avi"), "libmp3lame", 86017), "mpeg4", 12);
+        QTest::newRow("flv") << 2 << video(audio(container("flv", "video/flv"), "libmp3lame", 86017), "flv", 21);
+        QJsonObject gif = video(container("gif", "video/gif"), "gif", 97);
         gif["audio"] = false;
         gif["audio_encoder"] = "none";
         QTest::newRow("gif") << 3 << gif;
-        QTest::newRow("mp3") << 4 << token(sound(container("mp3", "audio/mpeg"), "libmp3lame", 86017));
-        QJsonObject aac = sound(container("aac", "audio/aac"), "aac", 86018);
+        QTest::newRow("mp3") << 4 << token(audio(container("mp3", "audio/mpeg"), "libmp3lame", 86017));
+        QJsonObject aac = audio(container("aac", "audio/aac"), "aac", 86018);
         aac["video"] = false;
         aac["video_encoder"] = "none";
         QTest::newRow("aac") << 5 << aac;
-        QTest::newRow("flac") << 6 << token(sound(container("flac", "audio/flac"), "flac", 86028));
-        const QJsonObject mp4 = picture(sound(container("mp4", "video/mp4"), "aac", 86018), "libx264", 27);
+        QTest::newRow("flac") << 6 << token(audio(container("flac", "audio/flac"), "flac", 86028));
+        const QJsonObject mp4 = video(audio(container("mp4", "video/mp4"), "aac", 86018), "libx264", 27);
         QTest::newRow("format 7 is an MP4 file with extension mp4") << 7 << mp4;
         QTest::newRow("format -1 is an MP4 file with extension mp4") << -1 << mp4;
     }
@@ -428,7 +428,7 @@ private:
                 {"muxer_settings", ""}};
     }
 
-    static QJsonObject picture(QJsonObject settings, const char* encoder, int encoderId)
+    static QJsonObject video(QJsonObject settings, const char* encoder, int encoderId)
     {
         settings["gop_size"] = 300;
         settings["video"] = true;
@@ -450,7 +450,7 @@ private:
         return settings;
     }
 
-    static QJsonObject sound(QJsonObject settings, const char* encoder, int encoderId)
+    static QJsonObject audio(QJsonObject settings, const char* encoder, int encoderId)
     {
         settings["audio_bitrate"] = 192;
         settings["audio_encoder"] = encoder;

@@ -24,8 +24,8 @@
 
 #include <memory>
 
-// libobs starts once in a process. Each start therefore happens in a process of its own: this program again, told by
-// its arguments which scenario to play and where to write what came of it.
+// libobs starts once in a process. Each start therefore happens in a process of its own: this program again, with
+// arguments that say which scenario to play and where to write what came of it.
 
 namespace {
 

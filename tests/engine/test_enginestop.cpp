@@ -497,7 +497,7 @@ private slots:
     {
         QTest::addColumn<int>("format");
         // Both ends would be reached by the frames and the audio that pass while the file is being opened.
-        QTest::newRow("picture") << 1;
+        QTest::newRow("frame") << 1;
         QTest::newRow("video that the encoder buffers for long") << 0;
         QTest::newRow("sound only") << 5;
     }

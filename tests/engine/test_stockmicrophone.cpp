@@ -131,7 +131,7 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_microphone.isThere());
-        QCOMPARE(m_stock.showPicture(), QString());
+        QCOMPARE(m_stock.showPattern(), QString());
         QCOMPARE(m_stock.playTone(), QString());
         QCOMPARE(m_stock.start(), QString());
         m_stock.engine().setMicDevice(true, QStringLiteral("default"));
@@ -162,7 +162,7 @@ private slots:
         QCOMPARE(countNumbers(numbers).unreadable, 0);
         QCOMPARE(countNumbers(numbers).backwards, 0);
         // The video went on, a busy machine's late ones apart.
-        QVERIFY2(longestGap(numbers) < StockEngine::kPictureRate, qPrintable(QString::number(longestGap(numbers))));
+        QVERIFY2(longestGap(numbers) < StockEngine::kPatternRate, qPrintable(QString::number(longestGap(numbers))));
 
         m_samples = file.samples(testtone::kSamplesPerSecond);
         const double length = static_cast<double>(m_samples.size()) / testtone::kSamplesPerSecond;

@@ -38,7 +38,7 @@ QList<Stretch> stretchesOf(const QList<std::optional<uint32_t>>& numbers)
     QList<Stretch> stretches;
     for (qsizetype frame = 0; frame < numbers.size(); ++frame) {
         const uint32_t number = numbers.at(frame).value_or(0);
-        if (stretches.isEmpty() || number > stretches.last().lastNumber + StockEngine::kPictureRate / 3)
+        if (stretches.isEmpty() || number > stretches.last().lastNumber + StockEngine::kPatternRate / 3)
             stretches.append({frame, 0, number, number});
         ++stretches.last().frames;
         stretches.last().lastNumber = number;
@@ -68,7 +68,7 @@ class TestStockPause : public QObject
 private slots:
     void initTestCase()
     {
-        QCOMPARE(m_stock.showPicture(), QString());
+        QCOMPARE(m_stock.showPattern(), QString());
         QCOMPARE(m_stock.playTone(), QString());
         QCOMPARE(m_stock.start(), QString());
         // A source is silent for about a second after the sound server has connected it.
@@ -115,7 +115,7 @@ private slots:
             expected += take();
         }
         QCOMPARE(m_stock.end(), QString());
-        // The wrapper tells of the start and of the end only.
+        // The wrapper reports the start and the end only.
         QTRY_COMPARE(status.size(), 2);
         const RecordingFormat recorded = recordingFormatFromIndex(format);
         const MediaFile file(recordingUrl(path, recorded));
@@ -253,9 +253,9 @@ private:
         QCOMPARE(stretches.size(), takes);
         double shown = 0;
         for (const Stretch& stretch : stretches)
-            shown += static_cast<double>(stretch.lastNumber - stretch.firstNumber + 1) / StockEngine::kPictureRate;
+            shown += static_cast<double>(stretch.lastNumber - stretch.firstNumber + 1) / StockEngine::kPatternRate;
         const double length = file.video()->durationSeconds;
-        qInfo("picture: %.3f s for %.3f s, at most %d alike in a row", length, expected, longestStandstill(numbers));
+        qInfo("frame: %.3f s for %.3f s, at most %d alike in a row", length, expected, longestStandstill(numbers));
         QVERIFY2(std::abs(length - expected) < 0.3, qPrintable(QString::number(length - expected)));
         QVERIFY2(std::abs(length - shown) < 0.15, qPrintable(QString::number(length - shown)));
         QVERIFY2(longestStandstill(numbers) <= 5, qPrintable(QString::number(longestStandstill(numbers))));
@@ -269,7 +269,7 @@ private:
         QVERIFY2(std::abs(seconds - expected) < 0.3, qPrintable(QString::number(seconds - expected)));
     }
 
-    /// In the middle of each long stretch the audio and the video tell the same time, as far apart as the sound
+    /// In the middle of each long stretch the audio and the video show the same time, as far apart as the sound
     /// server delays the audio.
     void checkTogether(const MediaFile& file) const
     {
@@ -283,7 +283,7 @@ private:
             const qsizetype frame = stretch.firstFrame + stretch.frames / 2;
             const double at = file.video()->frameSeconds.at(frame) - file.video()->startSeconds;
             const int64_t seen =
-                momentOfNumber(numbers.at(frame).value_or(0), StockEngine::kPictureRate, monotonicNow());
+                momentOfNumber(numbers.at(frame).value_or(0), StockEngine::kPatternRate, monotonicNow());
             const auto heard = testtone::momentOfSample(
                 samples, static_cast<qsizetype>(at * testtone::kSamplesPerSecond), kSpanMs, seen);
             QVERIFY(heard.has_value());

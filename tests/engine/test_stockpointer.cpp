@@ -83,9 +83,9 @@ void xdotool(const QStringList& arguments)
     QCOMPARE(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
 }
 
-void movePointer(const QPoint& place)
+void movePointer(const QPoint& position)
 {
-    xdotool({QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y())});
+    xdotool({QStringLiteral("mousemove"), QString::number(position.x()), QString::number(position.y())});
 }
 
 /// A button that is held down for as long as the object lives.
@@ -139,15 +139,15 @@ private slots:
 
     void highlightIsDrawnAtThePointer()
     {
-        for (const QPoint place : {QPoint(200, 150), QPoint(420, 300)}) {
-            movePointer(place);
-            const QImage picture = take();
-            QVERIFY(isColour(picture, place + kInClick, kHighlight));
-            QVERIFY(isColour(picture, place + kInHighlight, kHighlight));
-            QVERIFY(isColour(picture, place - kInHighlight, kHighlight));
-            QVERIFY(isColour(picture, place + kOutside, kGround));
-            QVERIFY(isColour(picture, place - kOutside, kGround));
-            QVERIFY(isColour(picture, place + kOutside.transposed(), kGround));
+        for (const QPoint position : {QPoint(200, 150), QPoint(420, 300)}) {
+            movePointer(position);
+            const QImage image = take();
+            QVERIFY(isColour(image, position + kInClick, kHighlight));
+            QVERIFY(isColour(image, position + kInHighlight, kHighlight));
+            QVERIFY(isColour(image, position - kInHighlight, kHighlight));
+            QVERIFY(isColour(image, position + kOutside, kGround));
+            QVERIFY(isColour(image, position - kOutside, kGround));
+            QVERIFY(isColour(image, position + kOutside.transposed(), kGround));
         }
     }
 
@@ -176,30 +176,30 @@ private slots:
     {
         QFETCH(const int, button);
         QFETCH(const QColor, colour);
-        const QPoint place(300, 200);
-        movePointer(place);
+        const QPoint position(300, 200);
+        movePointer(position);
         {
             const HeldButton held(button);
-            const QImage picture = take();
-            QVERIFY(isColour(picture, place + kInClick, colour));
-            QVERIFY(isColour(picture, place + kInHighlight, kHighlight));
-            QVERIFY(isColour(picture, place + kOutside, kGround));
+            const QImage image = take();
+            QVERIFY(isColour(image, position + kInClick, colour));
+            QVERIFY(isColour(image, position + kInHighlight, kHighlight));
+            QVERIFY(isColour(image, position + kOutside, kGround));
         }
-        QVERIFY(isColour(take(), place, kHighlight));
+        QVERIFY(isColour(take(), position, kHighlight));
     }
 
     void circlesAreDrawnBelowTheCrop()
     {
-        const QPoint place(260, 210);
-        movePointer(place);
+        const QPoint position(260, 210);
+        movePointer(position);
         QVERIFY(m_stock.setMargins(100, 60, 50, 70));
         const HeldButton left(1);
-        const QImage picture = take();
-        const QPoint inPicture = place - QPoint(100, 50);
-        QVERIFY(isColour(picture, inPicture + kInClick, kLeftClick));
-        QVERIFY(isColour(picture, inPicture + kInHighlight, kHighlight));
-        QVERIFY(isColour(picture, inPicture + kOutside, kGround));
-        QVERIFY(isColour(picture, place, kGround));
+        const QImage image = take();
+        const QPoint inImage = position - QPoint(100, 50);
+        QVERIFY(isColour(image, inImage + kInClick, kLeftClick));
+        QVERIFY(isColour(image, inImage + kInHighlight, kHighlight));
+        QVERIFY(isColour(image, inImage + kOutside, kGround));
+        QVERIFY(isColour(image, position, kGround));
     }
 
     void circlesAreCutOffByTheCrop()
@@ -207,18 +207,18 @@ private slots:
         // The pointer stands ten pixels outside of the region.
         movePointer({90, 210});
         QVERIFY(m_stock.setMargins(100, 60, 50, 70));
-        const QImage picture = take();
-        QVERIFY(isColour(picture, {4, 160}, kHighlight));
-        QVERIFY(isColour(picture, {14, 160}, kGround));
+        const QImage image = take();
+        QVERIFY(isColour(image, {4, 160}, kHighlight));
+        QVERIFY(isColour(image, {14, 160}, kGround));
     }
 
     void circleAtTheEdgeOfTheScreen()
     {
         movePointer({0, 0});
-        const QImage picture = take();
-        QVERIFY(isColour(picture, {4, 4}, kHighlight));
-        QVERIFY(isColour(picture, {24, 24}, kGround));
-        QVERIFY(isColour(picture, {picture.width() - 4, 4}, kGround));
+        const QImage image = take();
+        QVERIFY(isColour(image, {4, 4}, kHighlight));
+        QVERIFY(isColour(image, {24, 24}, kGround));
+        QVERIFY(isColour(image, {image.width() - 4, 4}, kGround));
     }
 
     void monitorAwayFromTheOriginHasItsOwnPixels()
@@ -249,59 +249,59 @@ private slots:
 
     void nothingIsDrawnOnTheScreenItself()
     {
-        const QPoint place(200, 150);
-        movePointer(place);
-        QVERIFY(isColour(take(), place, kHighlight));
+        const QPoint position(200, 150);
+        movePointer(position);
+        QVERIFY(isColour(take(), position, kHighlight));
         const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-        QVERIFY(isColour(screen, place, kGround));
+        QVERIFY(isColour(screen, position, kGround));
     }
 
     void circlesFollowTheKeysOfTheCaptureSource()
     {
-        const QPoint place(200, 150);
-        movePointer(place);
+        const QPoint position(200, 150);
+        movePointer(position);
         const HeldButton left(1);
         set("fixed_circle_color", "1.0, 1.0, 1.0, 1.0");
         set("left_click_color", "0.0, 0.0, 0.0, 1.0");
-        const QImage picture = take();
-        QVERIFY(isColour(picture, place + kInHighlight, Qt::white));
-        QVERIFY(isColour(picture, place + kInClick, Qt::black));
+        const QImage image = take();
+        QVERIFY(isColour(image, position + kInHighlight, Qt::white));
+        QVERIFY(isColour(image, position + kInClick, Qt::black));
     }
 
     void circleWithABrokenColourIsNotDrawn()
     {
-        const QPoint place(200, 150);
-        movePointer(place);
+        const QPoint position(200, 150);
+        movePointer(position);
         const HeldButton left(1);
         set("fixed_circle_color", "no colour at all");
-        const QImage picture = take();
-        QVERIFY(isColour(picture, place + kInHighlight, kGround));
-        QVERIFY(!isColour(picture, place + kInClick, kGround));
+        const QImage image = take();
+        QVERIFY(isColour(image, position + kInHighlight, kGround));
+        QVERIFY(!isColour(image, position + kInClick, kGround));
     }
 
     void pointerItselfIsCapturedOrNotBesideTheCircles()
     {
-        const QPoint place(200, 150);
-        movePointer(place);
+        const QPoint position(200, 150);
+        movePointer(position);
         m_stock.engine().setCaptureCursor(false);
         const QImage without = take();
         m_stock.engine().setCaptureCursor(true);
         const QImage with = take();
         m_stock.engine().setCaptureCursor(false);
-        QVERIFY(isColour(without, place + QPoint(2, 4), kHighlight));
-        QVERIFY(differs(without, with, QRect(place, QSize(12, 16))));
-        QVERIFY(isColour(with, place - kInHighlight, kHighlight));
+        QVERIFY(isColour(without, position + QPoint(2, 4), kHighlight));
+        QVERIFY(differs(without, with, QRect(position, QSize(12, 16))));
+        QVERIFY(isColour(with, position - kInHighlight, kHighlight));
     }
 
 private:
     QImage take() { return FrameTap::take(m_stock.size()); }
 
-    static bool isColour(const QImage& picture, const QPoint& place, const QColor& expected)
+    static bool isColour(const QImage& image, const QPoint& position, const QColor& expected)
     {
-        const QColor found = meanColour(picture, place, 1);
+        const QColor found = meanColour(image, position, 1);
         const bool same = colourDistance(found, expected) <= kColourError;
         if (!same)
-            qWarning() << "at" << place << "there is" << found.name() << "and not" << expected.name();
+            qWarning() << "at" << position << "there is" << found.name() << "and not" << expected.name();
         return same;
     }
 

@@ -36,17 +36,17 @@ constexpr int kFps = 30;
 constexpr int kBitRate = 4;
 constexpr int kEndTimeoutMs = 10'000;
 
-/// Numbers a second that the desktop shows: one for every recorded frame, so that each one that is lost is missed.
-constexpr int kPictureRate = kFps;
+/// Numbers a second that the desktop shows: one for every recorded frame, so each lost one is missed.
+constexpr int kPatternRate = kFps;
 
 /// The number that the desktop shows at this moment.
 std::optional<uint32_t> numberOnScreen()
 {
     const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-    const TestPattern picture(screen.size());
+    const TestPattern pattern(screen.size());
     QList<int> brightness;
-    for (int i = 0; i < picture.blockCount(); ++i)
-        brightness << qGray(screen.pixel(picture.block(i).center()));
+    for (int i = 0; i < pattern.blockCount(); ++i)
+        brightness << qGray(screen.pixel(pattern.block(i).center()));
     return TestPattern::numberFromBlocks(brightness);
 }
 
@@ -60,9 +60,9 @@ class TestStockRecording : public QObject
 private slots:
     void initTestCase()
     {
-        m_picture.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano_test_pattern"),
-                        {QStringLiteral("--rate"), QString::number(kPictureRate)});
-        QVERIFY(m_picture.waitForReadyRead(10'000));
+        m_patternProcess.start(QCoreApplication::applicationDirPath() + QLatin1String("/kestrano_test_pattern"),
+                               {QStringLiteral("--rate"), QString::number(kPatternRate)});
+        QVERIFY(m_patternProcess.waitForReadyRead(10'000));
         const QScreen* screen = QGuiApplication::primaryScreen();
         m_screen = QRect(screen->geometry().topLeft(), screen->size() * screen->devicePixelRatio());
         m_engine = std::make_unique<ObsWrapper>();
@@ -84,8 +84,8 @@ private slots:
     void cleanupTestCase()
     {
         m_engine.reset();
-        m_picture.terminate();
-        QVERIFY(m_picture.waitForFinished());
+        m_patternProcess.terminate();
+        QVERIFY(m_patternProcess.waitForFinished());
     }
 
     void computedEncoderDelayIsAtMostTheMarginBelowTheMeasuredOne_data()
@@ -150,7 +150,7 @@ private slots:
             const std::optional<uint32_t> atLeave = numberOnScreen();
             std::optional<uint32_t> atReturn;
             // Far enough from what was on the screen for the two not to be taken for each other.
-            QTRY_VERIFY((atReturn = numberOnScreen()) && *atReturn > atLeave.value_or(0) + kPictureRate / 3);
+            QTRY_VERIFY((atReturn = numberOnScreen()) && *atReturn > atLeave.value_or(0) + kPatternRate / 3);
             m_engine->setSceneRendered(true);
             const QString path = m_folder.filePath(QStringLiteral("return%1").arg(round));
             record(path, 1, 200);
@@ -269,7 +269,7 @@ private:
         QVERIFY(numbers.last.has_value());
         QCOMPARE(numbers.unreadable, 0);
         QVERIFY2(*numbers.last >= m_lastNumber,
-                 qPrintable(QStringLiteral("last picture %1, at the request %2").arg(*numbers.last).arg(m_lastNumber)));
+                 qPrintable(QStringLiteral("last frame %1, at the request %2").arg(*numbers.last).arg(m_lastNumber)));
     }
 
     void checkAudio(const MediaFile& file, int64_t end) const
@@ -279,7 +279,7 @@ private:
         QVERIFY2(seconds >= asked - 0.02, qPrintable(QStringLiteral("%1 s of %2 s").arg(seconds).arg(asked)));
     }
 
-    QProcess m_picture;
+    QProcess m_patternProcess;
     QTemporaryDir m_folder;
     QRect m_screen;
     /// When the first frame of the last recording was taken, or a little later.

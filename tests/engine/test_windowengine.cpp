@@ -65,14 +65,14 @@ QJsonValue settingOf(const char* sourceType, const char* key)
     return standins::lastSettings(QLatin1String(sourceType)).value(QLatin1String(key));
 }
 
-QImage picture(const QIcon& icon)
+QImage image(const QIcon& icon)
 {
     return icon.pixmap(QSize(24, 24)).toImage();
 }
 
 } // namespace
 
-/// Comes before Qt's own when the program's calls are bound, so that a session without a screen can be had.
+/// Comes before Qt's own when the program's calls are bound, for sessions without a screen.
 QScreen* QGuiApplication::primaryScreen()
 {
     using Function = QScreen* (*)();
@@ -161,7 +161,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!m_engine->isSceneRendered(), kRoadTimeoutMs);
     }
 
-    void metersAreFedAndReadiedForTheEnginesChannels()
+    void metersAreFedAndPreparedForTheEnginesChannels()
     {
         m_window->initializeCapture();
         const auto* const speaker = m_window->findChild<VolumeControl*>(QStringLiteral("speakerMeter"));
@@ -174,7 +174,7 @@ private slots:
         std::array<float, ObsWrapper::kLevelChannels> levels{};
         levels.fill(-6.0F);
         emit m_engine->playerVolumeDataChange(levels.data(), levels.data(), levels.data());
-        const QColor first = pictureOf(*const_cast<VolumeControl*>(speaker)).pixelColor(1, 6);
+        const QColor first = imageOf(*const_cast<VolumeControl*>(speaker)).pixelColor(1, 6);
         QVERIFY(first.blue() - first.red() > 40);
     }
 
@@ -235,7 +235,7 @@ private slots:
     }
 
     /// Its left edge is a column narrower than the frame, which is the size of no moved frame.
-    void regionOfTheFirstColumnMovedDuringAPauseIsRecordedWhereItStands()
+    void regionOfTheFirstColumnMovedDuringAPauseIsRecordedWhereItIs()
     {
         m_window->initializeCapture();
         chooseRegion(QRect(0, 80, 400, 240));
@@ -499,8 +499,8 @@ private:
     {
         QCOMPARE(button()->text(), QLatin1String(text));
         const QIcon expected(QStringLiteral(":/res/forms/images/%1.svg").arg(QLatin1String(icon)));
-        QVERIFY(!picture(expected).isNull());
-        QCOMPARE(picture(button()->icon()), picture(expected));
+        QVERIFY(!image(expected).isNull());
+        QCOMPARE(image(button()->icon()), image(expected));
     }
 
     /// Presses the button and waits until the window is back; what was warned of meanwhile.

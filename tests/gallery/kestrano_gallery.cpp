@@ -55,8 +55,8 @@ public:
     {
         QTest::qWait(kSettleMs);
         QScreen* const screen = QGuiApplication::primaryScreen();
-        const QRect place = stop.area.adjusted(-kMarginPx, -kMarginPx, kMarginPx, kMarginPx) & screen->geometry();
-        const QPixmap image = screen->grabWindow(0, place.x(), place.y(), place.width(), place.height());
+        const QRect position = stop.area.adjusted(-kMarginPx, -kMarginPx, kMarginPx, kMarginPx) & screen->geometry();
+        const QPixmap image = screen->grabWindow(0, position.x(), position.y(), position.width(), position.height());
         const QString path = m_folder.filePath(
             QStringLiteral("%1-%2.png").arg(QLatin1String(stop.name)).arg(screen->devicePixelRatio()));
         if (image.isNull() || !image.save(path)) {

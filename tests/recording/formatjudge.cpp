@@ -47,7 +47,7 @@ void checkStreams(const Expected& expected, const MediaFile& file, const QSize& 
 {
     const MediaStream* const video = file.video();
     const bool screen = *expected.videoCodec != '\0';
-    QCOMPARE(video != nullptr, screen || expected.hasMarkerPicture);
+    QCOMPARE(video != nullptr, screen || expected.hasMarkerVideo);
     if (video && screen) {
         QCOMPARE(video->codec, QLatin1String(expected.videoCodec));
         QCOMPARE(video->codecId, expected.videoId);
@@ -69,7 +69,7 @@ void checkStreams(const Expected& expected, const MediaFile& file, const QSize& 
 
 void checkRate(const MediaFile& file)
 {
-    // The ends are left out: the MPEG-4 encoder's second frame comes a place late, and what an encoder keeps at the end
+    // The ends are left out: the MPEG-4 encoder's second frame comes one late, and what an encoder keeps at the end
     // leaves holes between the last frames it gave out.
     constexpr qsizetype kHead = 2;
     constexpr qsizetype kTail = kFramesPerSecond / 2;
@@ -87,18 +87,18 @@ void checkMoments(const MediaFile& file, const Take& take, const Allowance& allo
     QVERIFY(held.first.has_value());
     // A block that is torn may also be taken for the other colour, and the number for an earlier one.
     const int torn = held.unreadable + held.backwards;
-    QVERIFY2(torn <= allowance.tornPictures * static_cast<double>(numbers.size()),
-             qPrintable(QStringLiteral("%1 of %2 pictures show no number, %3 an earlier one")
+    QVERIFY2(torn <= allowance.tornFrames * static_cast<double>(numbers.size()),
+             qPrintable(QStringLiteral("%1 of %2 frames show no number, %3 an earlier one")
                             .arg(held.unreadable)
                             .arg(numbers.size())
                             .arg(held.backwards)));
     const auto clock = readShownClock(numbers, file.video()->frameSeconds, kFramesPerSecond, take.startedNs);
     QVERIFY(clock.has_value());
-    // A picture from before the start may stand at first.
+    // A frame from before the start may stand at first.
     QVERIFY2(clock->astray <= numbers.size() / 4, qPrintable(QString::number(clock->astray)));
     const double begins = secondsBetween(take.startedNs, clock->firstNs);
     const double reaches = secondsBetween(take.stopRequestedNs, clock->lastNs) + 1.0 / kFramesPerSecond;
-    qInfo("picture from %+.3f s after the start to %+.3f s after the stop request, drift %+.3f s, %d torn", begins,
+    qInfo("frame from %+.3f s after the start to %+.3f s after the stop request, drift %+.3f s, %d torn", begins,
           reaches, clock->driftSeconds, torn);
     QVERIFY2(begins <= allowance.latestStart, qPrintable(QString::number(begins)));
     QVERIFY2(reaches >= 0.0 && reaches <= allowance.latestEnd, qPrintable(QString::number(reaches)));
@@ -108,14 +108,14 @@ void checkMoments(const MediaFile& file, const Take& take, const Allowance& allo
 
 void checkColours(const Expected& expected, const MediaFile& file)
 {
-    const QImage picture = file.frameAt(file.durationSeconds() / 2);
-    QCOMPARE(picture.size(), file.video()->size);
-    const QList<TestPattern::Patch> patches = TestPattern(picture.size()).patches();
+    const QImage image = file.frameAt(file.durationSeconds() / 2);
+    QCOMPARE(image.size(), file.video()->size);
+    const QList<TestPattern::Patch> patches = TestPattern(image.size()).patches();
     for (const TestPattern::Patch& patch : patches) {
         // GIF's palette has three bits of red and green and two of blue: only its corners are exact.
         const bool coarse = qstrcmp(expected.name, "GIF") == 0 && patch.colour.red() % 255 != 0;
         const int tolerance = coarse ? 48 : 12;
-        const QColor found = meanColour(picture, patch.area.center(), 4);
+        const QColor found = meanColour(image, patch.area.center(), 4);
         QVERIFY2(colourDistance(found, patch.colour) <= tolerance,
                  qPrintable(patch.colour.name() + QLatin1String(" came out as ") + found.name()));
     }

@@ -18,11 +18,11 @@ struct Expected
 {
     const char* name;
     const char* extension;
-    const char* videoCodec; ///< Empty: no picture of the screen.
+    const char* videoCodec; ///< Empty: no video of the screen.
     int videoId;
     const char* audioCodec; ///< Empty: no sound.
     int audioId;
-    bool hasMarkerPicture; ///< The picture of 2x2 pixels that comes with the sound; FLAC's muxer leaves it out.
+    bool hasMarkerVideo; ///< The frame of 2x2 pixels that comes with the sound; FLAC's muxer leaves it out.
 };
 
 inline constexpr std::array<Expected, 7> kFormats{{{"MP4", "mp4", "h264", 27, "aac", 86018, false},
@@ -36,19 +36,19 @@ inline constexpr std::array<Expected, 7> kFormats{{{"MP4", "mp4", "h264", 27, "a
 /// What a system may add to what the program does, in seconds.
 struct Allowance
 {
-    /// How long a recording may take to begin after the engine was told to start.
+    /// How long a recording may take to begin after the engine was asked to start.
     double latestStart = 0.2;
-    /// How far a picture may go beyond the request to stop.
+    /// How far a frame may go beyond the request to stop.
     double latestEnd = 1.0;
     /// By how much the file's clock may differ from the screen's over half the recording.
     double clockDrift = 0.1;
     /// What the sound server holds of the test tone before it is heard, with a margin for a busy machine.
     double soundServer = 0.05;
-    /// Share of the pictures that may be torn in the middle of a block of the test pattern's number.
-    double tornPictures = 0.0;
+    /// Share of the frames that may be torn in the middle of a block of the test pattern's number.
+    double tornFrames = 0.0;
 };
 
-/// @param screen size of the recorded picture in pixels.
+/// @param screen size of the recorded video in pixels.
 void check(const Expected& expected, const MediaFile& file, const Take& take, const QSize& screen,
            const Allowance& allowance = {});
 

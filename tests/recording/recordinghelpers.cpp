@@ -12,7 +12,7 @@ namespace {
 constexpr int kStartTimeoutMs = 30'000;
 constexpr int kCloseTimeoutMs = 60'000;
 constexpr int kWindowTimeoutMs = 10'000;
-/// What a window manager and a toolkit need to take notice of one thing before the next.
+/// What a window manager and Qt need to take notice of one thing before the next.
 constexpr int kNoticeMs = 60;
 const QString kHotkey = QStringLiteral("F9");
 
@@ -30,7 +30,7 @@ bool xrandr(const QStringList& arguments)
 
 Performance::~Performance()
 {
-    for (QProcess* process : {&m_picture, &m_tone}) {
+    for (QProcess* process : {&m_patternProcess, &m_tone}) {
         process->terminate();
         if (process->state() != QProcess::NotRunning && !process->waitForFinished())
             process->kill();
@@ -43,7 +43,7 @@ QString Performance::begin(int numbersPerSecond, bool motion)
     QStringList arguments{QStringLiteral("--rate"), QString::number(numbersPerSecond)};
     if (motion)
         arguments.append(QStringLiteral("--motion"));
-    const QString failure = launch(m_picture, QStringLiteral("kestrano_test_pattern"), arguments);
+    const QString failure = launch(m_patternProcess, QStringLiteral("kestrano_test_pattern"), arguments);
     return failure.isEmpty() ? launch(m_tone, QStringLiteral("kestrano_test_tone"), {}) : failure;
 }
 
@@ -147,9 +147,9 @@ bool xdotool(const QStringList& arguments)
     return run(QStringLiteral("xdotool"), arguments);
 }
 
-bool pointTo(const QPoint& place)
+bool pointTo(const QPoint& position)
 {
-    const bool pointed = xdotool({"mousemove", QString::number(place.x()), QString::number(place.y())});
+    const bool pointed = xdotool({"mousemove", QString::number(position.x()), QString::number(position.y())});
     QTest::qWait(kNoticeMs);
     return pointed;
 }

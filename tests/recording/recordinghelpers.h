@@ -25,7 +25,7 @@ public:
 private:
     static QString launch(QProcess& process, const QString& name, const QStringList& arguments);
 
-    QProcess m_picture;
+    QProcess m_patternProcess;
     QProcess m_tone;
 };
 
@@ -55,7 +55,7 @@ struct Take
     QString failure;
     /// The file.
     QString path;
-    /// The engine was told to start.
+    /// The engine was asked to start.
     int64_t startedNs = 0;
     /// The stop key was surely down.
     int64_t stopRequestedNs = 0;
@@ -63,7 +63,7 @@ struct Take
     int64_t closedNs = 0;
 };
 
-/// Presses the recording hotkey and waits until the engine has been told to start. The take has its path and start.
+/// Presses the recording hotkey and waits until the engine has been asked to start. The take has its path and start.
 Take beginTake(ProgramUnderTest& program, const QString& extension);
 
 /// Presses the hotkey again and waits until the file is closed and the main window is back.
@@ -88,7 +88,7 @@ std::optional<QRect> visibleWindow(const QString& title);
 bool xdotool(const QStringList& arguments);
 
 /// Moves the pointer, in physical pixels of the display.
-bool pointTo(const QPoint& place);
+bool pointTo(const QPoint& position);
 
-/// Presses the left button at the first place, goes to the second one in steps, as a hand does, and lets go.
+/// Presses the left button at the first position, goes to the second one in steps, as a hand does, and releases it.
 bool drag(const QPoint& from, const QPoint& to);

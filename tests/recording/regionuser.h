@@ -16,14 +16,14 @@ namespace regionuser {
 inline constexpr int kBorderPx = 4;
 inline constexpr int kBarPx = 30;
 
-/// Lets the program say nothing about the pointer in the picture, and draw its windows at a scale; before its start.
+/// Lets the program say nothing about the pointer in the video, and draw its windows at a scale; before its start.
 void prepare(ProgramUnderTest& program, double scale = 1.0);
 
 /// Chooses the region tile and drags the area, whose corners are whole logical pixels. What the program then says it
 /// records, in logical pixels; nothing when it says nothing.
 std::optional<QRect> chooseRegion(ProgramUnderTest& program, const QRect& logicalArea, double scale = 1.0);
 
-/// A place on the bar above the frame of a region at scale 1 that is not one of its buttons.
+/// A position on the bar above the frame of a region at scale 1 that is not one of its buttons.
 QPoint bareBar(const QRect& region);
 
 /// The pen button on that bar.

@@ -61,7 +61,7 @@ std::optional<int64_t> pressResume(ProgramUnderTest& program)
 QImage clockOnScreen()
 {
     const auto bar = visibleWindow(QStringLiteral("Recording Toolbar"));
-    return bar ? x11clients::picture(bar->adjusted(90, 8, -90, -8)) : QImage();
+    return bar ? x11clients::grab(bar->adjusted(90, 8, -90, -8)) : QImage();
 }
 
 } // namespace
@@ -117,7 +117,7 @@ private slots:
     {
         ProgramUnderTest program;
         QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
-        // Below the place of the toolbar, which therefore stays there, wherever the pointer is.
+        // Below the position of the toolbar, which therefore stays there, wherever the pointer is.
         const QRect region(41, 151, 204, 150);
         QCOMPARE(regionuser::chooseRegion(program, region), region);
         Take take = beginTake(program, kMp4);
@@ -159,11 +159,11 @@ private:
         const QList<std::optional<uint32_t>> numbers = file.numbers(TestPattern(kScreen));
         for (const std::optional<uint32_t>& number : numbers) {
             if (!number)
-                return QStringLiteral("a picture without a number");
+                return QStringLiteral("a frame without a number");
             const int64_t moment = momentOfNumber(*number, kFramesPerSecond, pauses.first().fromNs);
             for (const Span& pause : pauses)
                 if (moment > pause.fromNs + kAtStartNs && moment < pause.toNs - kAtEndNs)
-                    return QStringLiteral("a picture from %1 s after the button was pressed")
+                    return QStringLiteral("a frame from %1 s after the button was pressed")
                         .arg(Span{pause.fromNs, moment}.seconds());
         }
         return {};

@@ -14,17 +14,17 @@ namespace {
 constexpr int kTakeMs = 1500;
 /// What the codec makes of a flat colour.
 constexpr int kColourError = 14;
-/// Inside the highlight, away from the pointer's own picture.
+/// Inside the highlight, away from the pointer's own image.
 const QPoint kInHighlight(-14, 0);
 const QPoint kOutside(-26, 0);
 
-/// A place where the test pattern shows its background alone, far around.
-QPoint emptyPlace(const TestPattern& picture)
+/// A position where the test pattern shows its background alone, far around.
+QPoint emptyPosition(const TestPattern& pattern)
 {
     constexpr int kAroundPx = 40;
-    const QRect screen(QPoint(), picture.screen());
-    QList<QRect> taken{picture.strip(), picture.sweepArea()};
-    for (const TestPattern::Patch& patch : picture.patches())
+    const QRect screen(QPoint(), pattern.screen());
+    QList<QRect> taken{pattern.strip(), pattern.sweepArea()};
+    for (const TestPattern::Patch& patch : pattern.patches())
         taken << patch.area;
     for (int y = screen.bottom() - kAroundPx; y > kAroundPx; y -= 8) {
         for (int x = screen.right() - kAroundPx; x > kAroundPx; x -= 8) {
@@ -53,35 +53,35 @@ private slots:
     void initTestCase()
     {
         QCOMPARE(m_performance.begin(kFramesPerSecond, false), QString());
-        m_place = emptyPlace(m_picture);
-        QVERIFY(!m_place.isNull());
-        QVERIFY(xdotool({"mousemove", QString::number(m_place.x()), QString::number(m_place.y())}));
+        m_position = emptyPosition(m_pattern);
+        QVERIFY(!m_position.isNull());
+        QVERIFY(xdotool({"mousemove", QString::number(m_position.x()), QString::number(m_position.y())}));
     }
 
     void pointerIsInTheFileWithoutCirclesWhereTheyAreOff()
     {
-        const QImage picture = recorded(false, true, {});
-        QVERIFY(!picture.isNull());
-        const QColor ground = m_picture.background();
-        QVERIFY2(isColour(picture, m_place + kInHighlight, ground), qPrintable(m_found));
-        QVERIFY(isPointerSeen(picture, ground));
+        const QImage image = recorded(false, true, {});
+        QVERIFY(!image.isNull());
+        const QColor ground = m_pattern.background();
+        QVERIFY2(isColour(image, m_position + kInHighlight, ground), qPrintable(m_found));
+        QVERIFY(isPointerSeen(image, ground));
     }
 
     void circlesAreInTheFileWithoutThePointerWhereItIsOff()
     {
-        const QImage picture = recorded(true, false, QStringLiteral("3"));
-        QVERIFY(!picture.isNull());
-        const QColor ground = m_picture.background();
+        const QImage image = recorded(true, false, QStringLiteral("3"));
+        QVERIFY(!image.isNull());
+        const QColor ground = m_pattern.background();
         const QColor highlight = mixed(ground, QColor(0, 255, 128), 0.3);
         const QColor click = mixed(highlight, QColor(255, 0, 0), 0.7);
-        QVERIFY2(isColour(picture, m_place, click), qPrintable(m_found));
-        QVERIFY2(isColour(picture, m_place + kInHighlight, highlight), qPrintable(m_found));
-        QVERIFY2(isColour(picture, m_place + kOutside, ground), qPrintable(m_found));
-        QVERIFY2(!isPointerSeen(picture, click), qPrintable(m_found));
+        QVERIFY2(isColour(image, m_position, click), qPrintable(m_found));
+        QVERIFY2(isColour(image, m_position + kInHighlight, highlight), qPrintable(m_found));
+        QVERIFY2(isColour(image, m_position + kOutside, ground), qPrintable(m_found));
+        QVERIFY2(!isPointerSeen(image, click), qPrintable(m_found));
     }
 
 private:
-    /// A picture from the middle of a recording in which a button, if one is given, was held down throughout.
+    /// A frame from the middle of a recording in which a button, if one is given, was held down throughout.
     QImage recorded(bool effects, bool cursor, const QString& button)
     {
         ProgramUnderTest program;
@@ -102,28 +102,28 @@ private:
         return MediaFile(take.path).frameAt(kTakeMs / 2000.0);
     }
 
-    /// The pointer's arrow lies below and right of the place that it points at.
-    bool isPointerSeen(const QImage& picture, const QColor& below)
+    /// The pointer's arrow is below and right of the position that it points at.
+    bool isPointerSeen(const QImage& image, const QColor& below)
     {
         // Within a click's circle, whose radius is 12 pixels.
         constexpr int kArrowPx = 9;
         for (int step = 2; step <= kArrowPx; ++step) {
-            if (!isColour(picture, m_place + QPoint(step / 2, step), below))
+            if (!isColour(image, m_position + QPoint(step / 2, step), below))
                 return true;
         }
         return false;
     }
 
-    bool isColour(const QImage& picture, const QPoint& place, const QColor& expected)
+    bool isColour(const QImage& image, const QPoint& position, const QColor& expected)
     {
-        const QColor found = meanColour(picture, place, 1);
+        const QColor found = meanColour(image, position, 1);
         m_found = QStringLiteral("%1 instead of %2").arg(found.name(), expected.name());
         return colourDistance(found, expected) <= kColourError;
     }
 
-    const TestPattern m_picture{QSize(640, 360)};
+    const TestPattern m_pattern{QSize(640, 360)};
     Performance m_performance;
-    QPoint m_place;
+    QPoint m_position;
     QString m_found;
 };
 

@@ -19,13 +19,13 @@ private slots:
         constexpr int kTakeMs = 2000;
         constexpr int kListMs = 200;
         const QSize screen = StillImage::displaySize();
-        const QImage grid = gridPicture(screen);
+        const QImage grid = gridImage(screen);
         const StillImage still(grid);
         ProgramUnderTest program;
         regionuser::prepare(program);
         QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
         QVERIFY(goBackFromRecordButton(program, kStepsToRatio));
-        // In the opened list, so that the presets on the way are not chosen.
+        // In the opened list, where the presets on the way are not chosen.
         for (const char* key : {"space", "Down", "Down", "Return"}) {
             ProgramUnderTest::pressKey(QLatin1String(key));
             QTest::qWait(kListMs);

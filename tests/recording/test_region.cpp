@@ -22,36 +22,36 @@ constexpr int kInsideGrey = 150;
 constexpr int kRingPx = 2;
 
 /// White outside the region, grey inside, and along its edges a black ring.
-QImage ringedPicture(const QSize& size, const QRectF& region)
+QImage ringedImage(const QSize& size, const QRectF& region)
 {
-    QImage picture(size, QImage::Format_RGB32);
-    picture.fill(qRgb(kOutsideGrey, kOutsideGrey, kOutsideGrey));
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(qRgb(kOutsideGrey, kOutsideGrey, kOutsideGrey));
     const QRect pixels(region.topLeft().toPoint(), region.bottomRight().toPoint() - QPoint(1, 1));
-    QPainter painter(&picture);
+    QPainter painter(&image);
     painter.fillRect(pixels, Qt::black);
     painter.fillRect(pixels.adjusted(kRingPx, kRingPx, -kRingPx, -kRingPx),
                      QColor(kInsideGrey, kInsideGrey, kInsideGrey));
-    return picture;
+    return image;
 }
 
 /// How many pixels of the line that goes from the edge inwards come before the ring; -1 where there is no ring.
-int pixelsBeforeRing(const QImage& picture, const QPoint& onEdge, const QPoint& inwards)
+int pixelsBeforeRing(const QImage& image, const QPoint& onEdge, const QPoint& inwards)
 {
     constexpr int kLookPx = 6;
     constexpr int kDark = 75;
     for (int step = 0; step < kLookPx; ++step)
-        if (qGray(picture.pixel(onEdge + step * inwards)) < kDark)
+        if (qGray(image.pixel(onEdge + step * inwards)) < kDark)
             return step;
     return -1;
 }
 
-/// The strongest colour of a picture: 0 for all greys.
-int strongestColour(const QImage& picture)
+/// The strongest colour of a frame: 0 for all greys.
+int strongestColour(const QImage& image)
 {
     int strongest = 0;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            const QRgb pixel = picture.pixel(x, y);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QRgb pixel = image.pixel(x, y);
             const auto [low, high] = std::minmax({qRed(pixel), qGreen(pixel), qBlue(pixel)});
             strongest = std::max(strongest, high - low);
         }
@@ -64,13 +64,13 @@ int redness(QRgb pixel)
     return qRed(pixel) - std::max(qGreen(pixel), qBlue(pixel));
 }
 
-/// Which of the regions each picture shows: its number, -1 for none of them.
-QList<int> regionsShown(const QList<QImage>& pictures, const QList<QRect>& regions, const QImage& grid)
+/// Which of the regions each frame shows: its number, -1 for none of them.
+QList<int> regionsShown(const QList<QImage>& frames, const QList<QRect>& regions, const QImage& grid)
 {
     QList<int> shown;
-    for (const QImage& picture : pictures) {
+    for (const QImage& image : frames) {
         const auto found = std::ranges::find_if(
-            regions, [&](const QRect& region) { return differenceFromGrid(picture, region, grid).isEmpty(); });
+            regions, [&](const QRect& region) { return differenceFromGrid(image, region, grid).isEmpty(); });
         shown.append(found == regions.end() ? -1 : static_cast<int>(found - regions.begin()));
     }
     return shown;
@@ -82,20 +82,20 @@ QStringList hurry(const QPoint& from, const QPoint& there, int steps, int times)
     QStringList words;
     for (int step = 0; step <= 2 * steps * times; ++step) {
         const int along = steps - std::abs(step % (2 * steps) - steps);
-        const QPoint place = from + (there - from) * along / steps;
-        words << QStringLiteral("mousemove") << QString::number(place.x()) << QString::number(place.y())
+        const QPoint position = from + (there - from) * along / steps;
+        words << QStringLiteral("mousemove") << QString::number(position.x()) << QString::number(position.y())
               << QStringLiteral("sleep") << QStringLiteral("0.01");
     }
     return words;
 }
 
-/// How far the darkest pixel of a picture is from white.
-int darkness(const QImage& picture)
+/// How far the darkest pixel of a frame is from white.
+int darkness(const QImage& image)
 {
     int darkest = 255;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x)
-            darkest = std::min(darkest, qGray(picture.pixel(x, y)));
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            darkest = std::min(darkest, qGray(image.pixel(x, y)));
     }
     return 255 - darkest;
 }
@@ -119,7 +119,7 @@ private slots:
     void initTestCase()
     {
         QVERIFY(!m_size.isEmpty());
-        m_grid = gridPicture(m_size);
+        m_grid = gridImage(m_size);
     }
 
     void theFileShowsExactlyTheRegion_data()
@@ -135,14 +135,14 @@ private slots:
         QFETCH(const double, scale);
         QFETCH(const QRect, region);
         const StillImage still(m_grid);
-        const QImage picture = recorded(region, scale);
+        const QImage image = recorded(region, scale);
         const QRect part((QPointF(region.topLeft()) * scale).toPoint(), (QSizeF(region.size()) * scale).toSize());
-        const QString difference = differenceFromGrid(picture, part, m_grid);
+        const QString difference = differenceFromGrid(image, part, m_grid);
         QVERIFY2(difference.isEmpty(), qPrintable(difference));
-        QVERIFY2(strongestColour(picture) <= kGreyError, qPrintable(QString::number(strongestColour(picture))));
+        QVERIFY2(strongestColour(image) <= kGreyError, qPrintable(QString::number(strongestColour(image))));
     }
 
-    void theRegionsEdgesAreInThePictureWithinAPixel_data()
+    void theRegionsEdgesAreInTheVideoWithinAPixel_data()
     {
         QTest::addColumn<double>("scale");
         QTest::addColumn<QRect>("region");
@@ -150,22 +150,22 @@ private slots:
         QTest::newRow("scale 1.25") << 1.25 << QRect(101, 83, 207, 155);
     }
 
-    void theRegionsEdgesAreInThePictureWithinAPixel()
+    void theRegionsEdgesAreInTheVideoWithinAPixel()
     {
         QFETCH(const double, scale);
         QFETCH(const QRect, region);
         const StillImage still(
-            ringedPicture(m_size, QRectF(QPointF(region.topLeft()) * scale, QSizeF(region.size()) * scale)));
-        const QImage picture = recorded(region, scale);
-        QVERIFY(!picture.isNull());
-        const QRect all = picture.rect();
+            ringedImage(m_size, QRectF(QPointF(region.topLeft()) * scale, QSizeF(region.size()) * scale)));
+        const QImage image = recorded(region, scale);
+        QVERIFY(!image.isNull());
+        const QRect all = image.rect();
         const QPoint centre = all.center();
         const QList<std::pair<QPoint, QPoint>> edges{{{all.left(), centre.y()}, {1, 0}},
                                                      {{all.right(), centre.y()}, {-1, 0}},
                                                      {{centre.x(), all.top()}, {0, 1}},
                                                      {{centre.x(), all.bottom()}, {0, -1}}};
         for (const auto& [onEdge, inwards] : edges) {
-            const int before = pixelsBeforeRing(picture, onEdge, inwards);
+            const int before = pixelsBeforeRing(image, onEdge, inwards);
             QVERIFY2(before == 0 || before == 1, qPrintable(QStringLiteral("%1 pixels before the edge at (%2, %3)")
                                                                 .arg(before)
                                                                 .arg(onEdge.x())
@@ -173,7 +173,7 @@ private slots:
         }
     }
 
-    void theFrameDraggedByItsBarTakesThePictureAlong()
+    void theFrameDraggedByItsBarTakesTheVideoAlong()
     {
         const StillImage still(m_grid);
         const QRect start(151, 197, 244, 162);
@@ -184,7 +184,7 @@ private slots:
         QTest::qWait(kTakeMs / 2);
         const QPoint grip = regionuser::bareBar(start);
         QVERIFY(pointTo(grip) && xdotool({"mousedown", "1"}));
-        // Held at the stop on the way: the picture is to follow before the button is let go.
+        // Held at the stop on the way: the video is to follow before the button is released.
         for (qsizetype stop = 1; stop < stops.size(); ++stop) {
             QVERIFY(pointTo(grip + stops.at(stop).topLeft() - start.topLeft()));
             QTest::qWait(kTakeMs / 2);
@@ -194,8 +194,8 @@ private slots:
         endTake(program, take);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
-        const QList<QImage> pictures = MediaFile(take.path).frames();
-        const QList<int> shown = regionsShown(pictures, stops, m_grid);
+        const QList<QImage> frames = MediaFile(take.path).frames();
+        const QList<int> shown = regionsShown(frames, stops, m_grid);
         const QByteArray story = asText(shown).toUtf8();
         QCOMPARE(shown.value(0), 0);
         QCOMPARE(shown.value(shown.size() - 1), 2);
@@ -206,16 +206,15 @@ private slots:
             if (shown.at(index) < 0)
                 continue;
             ++atRest;
-            const int colour = strongestColour(pictures.at(index));
-            QVERIFY2(colour <= kGreyError, qPrintable(QStringLiteral("picture %1: %2").arg(index).arg(colour)));
+            const int colour = strongestColour(frames.at(index));
+            QVERIFY2(colour <= kGreyError, qPrintable(QStringLiteral("frame %1: %2").arg(index).arg(colour)));
         }
         for (int stop = 0; stop < stops.size(); ++stop)
             QVERIFY2(shown.count(stop) >= 5, story.constData());
-        qInfo("%d of %d pictures show the region at rest: %s", atRest, static_cast<int>(shown.size()),
-              story.constData());
+        qInfo("%d of %d frames show the region at rest: %s", atRest, static_cast<int>(shown.size()), story.constData());
     }
 
-    void nothingOfTheFrameIsInAnyPictureOfAFastDrag_data()
+    void nothingOfTheFrameIsInAnyVideoFrameOfAFastDrag_data()
     {
         QTest::addColumn<QPoint>("distance");
         QTest::addColumn<int>("steps");
@@ -223,7 +222,7 @@ private slots:
         QTest::newRow("to where the floating toolbar stands") << QPoint(0, -170) << 2;
     }
 
-    void nothingOfTheFrameIsInAnyPictureOfAFastDrag()
+    void nothingOfTheFrameIsInAnyVideoFrameOfAFastDrag()
     {
         QFETCH(const QPoint, distance);
         QFETCH(const int, steps);
@@ -244,17 +243,17 @@ private slots:
         endTake(program, take);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
-        const QList<QImage> pictures = MediaFile(take.path).frames();
-        QVERIFY(pictures.size() > qsizetype{2} * kFramesPerSecond);
+        const QList<QImage> frames = MediaFile(take.path).frames();
+        QVERIFY(frames.size() > qsizetype{2} * kFramesPerSecond);
         QList<int> stained;
-        for (qsizetype index = 0; index < pictures.size(); ++index) {
-            if (darkness(pictures.at(index)) > kGreyError)
+        for (qsizetype index = 0; index < frames.size(); ++index) {
+            if (darkness(frames.at(index)) > kGreyError)
                 stained.append(static_cast<int>(index));
         }
         QVERIFY2(
             stained.isEmpty(),
             qPrintable(
-                QStringLiteral("%1 of %2 pictures: %3").arg(stained.size()).arg(pictures.size()).arg(asText(stained))));
+                QStringLiteral("%1 of %2 frames: %3").arg(stained.size()).arg(frames.size()).arg(asText(stained))));
     }
 
     void strokesDrawnWhileRecordingAreInTheFileAndTheFrameIsNot()
@@ -274,13 +273,13 @@ private slots:
         endTake(program, take);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
 
-        const QList<QImage> pictures = MediaFile(take.path).frames();
-        QVERIFY(pictures.size() > kFramesPerSecond);
-        const QString difference = differenceFromGrid(pictures.constFirst(), region, m_grid);
+        const QList<QImage> frames = MediaFile(take.path).frames();
+        QVERIFY(frames.size() > kFramesPerSecond);
+        const QString difference = differenceFromGrid(frames.constFirst(), region, m_grid);
         QVERIFY2(difference.isEmpty(), qPrintable(difference));
-        QVERIFY(strongestColour(pictures.constFirst()) <= kGreyError);
+        QVERIFY(strongestColour(frames.constFirst()) <= kGreyError);
         // What is not near the stroke stays as grey as before.
-        QImage last = pictures.constLast();
+        QImage last = frames.constLast();
         const QRect around = QRect(from, to).adjusted(-6, -6, 6, 6);
         for (int x = from.x() + 4; x < to.x() - 4; ++x) {
             int strongest = 0;
@@ -298,8 +297,8 @@ private slots:
         const TwoScreens screens(m_size);
         QVERIFY(screens.areMade());
         const QRect region(screens.primary().left() + 61, 97, 244, 162);
-        const QImage picture = recorded(region, 1.0);
-        const QString difference = differenceFromGrid(picture, region, m_grid);
+        const QImage image = recorded(region, 1.0);
+        const QString difference = differenceFromGrid(image, region, m_grid);
         QVERIFY2(difference.isEmpty(), qPrintable(difference));
     }
 
@@ -328,7 +327,7 @@ private:
         return take;
     }
 
-    /// The picture in the middle of a short recording of a region given in logical pixels.
+    /// The frame in the middle of a short recording of a region given in logical pixels.
     QImage recorded(const QRect& region, double scale)
     {
         ProgramUnderTest program;

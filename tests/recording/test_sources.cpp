@@ -90,13 +90,13 @@ private slots:
         const MediaFile file(take.path);
         QVERIFY2(file.isReadable() && file.video(), qPrintable(file.error()));
         QCOMPARE(file.video()->size, screens.primary().size());
-        const QImage picture = file.frameAt(file.durationSeconds() / 2);
+        const QImage image = file.frameAt(file.durationSeconds() / 2);
         int compared = 0;
         const QList<TestPattern::Patch> patches = TestPattern({640, 360}).patches();
         for (const TestPattern::Patch& patch : patches) {
             if (!screens.primary().contains(patch.area))
                 continue;
-            const QColor found = meanColour(picture, patch.area.center() - screens.primary().topLeft(), 4);
+            const QColor found = meanColour(image, patch.area.center() - screens.primary().topLeft(), 4);
             QVERIFY2(colourDistance(found, patch.colour) <= 12,
                      qPrintable(patch.colour.name() + QLatin1String(" came out as ") + found.name()));
             ++compared;

@@ -7,7 +7,7 @@
 #include <QStringList>
 #include <QUrl>
 
-/// Takes the place of whatever the system opens addresses of some schemes with, and notes them, while it lives.
+/// Replaces what the system opens addresses of some schemes with, and notes them, while it lives.
 class OpenedAddresses : public QObject
 {
     Q_OBJECT

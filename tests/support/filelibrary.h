@@ -6,13 +6,13 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// A place for the list of files that no other test and no user shares; it goes with the object. Make it after the
+/// A folder for the list of files that no other test and no user shares; it goes with the object. Make it after the
 /// program's identity has been applied.
 class LibraryRefuge
 {
 public:
     LibraryRefuge();
-    /// The place of another process's refuge, for a process that this one starts.
+    /// The path of another process's refuge, for a process that this one starts.
     explicit LibraryRefuge(const QString& name);
     ~LibraryRefuge();
     LibraryRefuge(const LibraryRefuge&) = delete;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Installs the crash handler as the program does, says where the report will be, and crashes as it is told.
+// Installs the crash handler as the program does, says where the report will be, and crashes as asked.
 //
 // Usage: kestrano_test_crasher WAY [SECONDS THAT A REPORT MAY TAKE]
 // With KESTRANO_TEST_CRASH_FOLDER set the report goes there instead.

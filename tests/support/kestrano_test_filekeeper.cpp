@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Adds, deletes and reverses in the list of files for as long as it is let live, and tells a journal before and after
+// Adds, deletes and reverses in the list of files until it is killed, and notes in a journal before and after
 // each step, in a line that is on its way to the disk when the step begins.
 //
 // Usage: kestrano_test_filekeeper LIBRARY JOURNAL FOLDER SEED
@@ -51,26 +51,26 @@ private:
         if (!file.open(QIODevice::WriteOnly))
             qFatal("%s cannot be made", qPrintable(path));
         file.close();
-        tell("add " + path.toUtf8());
+        note("add " + path.toUtf8());
         m_library.addFile(path, QStringLiteral("video"));
-        tell("done");
+        note("done");
     }
 
     void remove(const QString& path)
     {
-        tell("remove " + path.toUtf8());
+        note("remove " + path.toUtf8());
         m_library.removeFile(path);
-        tell("done");
+        note("done");
     }
 
     void reverse()
     {
-        tell("reverse");
+        note("reverse");
         m_library.reverseFileOrder();
-        tell("done");
+        note("done");
     }
 
-    void tell(const QByteArray& line)
+    void note(const QByteArray& line)
     {
         if (m_journal.write(line + '\n') < 0 || !m_journal.flush())
             qFatal("The journal cannot be written");

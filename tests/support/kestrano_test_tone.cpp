@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Plays the sound of testtone.h on PulseAudio's default sink until it is told to end.
+// Plays the sound of testtone.h on PulseAudio's default sink until it is ended.
 //
 //   kestrano_test_tone
 //
-// The samples go to pacat through a pipe, each at its own moment, so that what is heard says the time; what the sound
-// server holds back on the way (a few tens of milliseconds) comes on top. "READY" on the standard output says that it
+// The samples go to pacat through a pipe, each at its own moment: what is heard says the time; what the sound
+// server buffers on the way (a few tens of milliseconds) comes on top. "READY" on the standard output says that it
 // plays.
 #include "tests/support/testpattern.h"
 #include "tests/support/testtone.h"

@@ -76,7 +76,7 @@ class Faults
 public:
     void look(const QWidget& part)
     {
-        lookAtPlace(part);
+        lookAtGeometry(part);
         if (const auto* const label = qobject_cast<const QLabel*>(&part))
             lookAtLabel(*label);
         else if (const auto* const button = qobject_cast<const QPushButton*>(&part))
@@ -123,7 +123,7 @@ public:
 private:
     void add(const QWidget& part, const QString& fault) { m_found.append(nameOf(part) + u' ' + fault); }
 
-    void lookAtPlace(const QWidget& part)
+    void lookAtGeometry(const QWidget& part)
     {
         if (!part.parentWidget()->rect().contains(part.geometry()))
             add(part, QStringLiteral("reaches beyond ") + nameOf(*part.parentWidget()));
@@ -197,26 +197,26 @@ private:
         option.initFrom(&box);
         const QSize room =
             box.style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, &box).size();
-        for (int place = 0; place < box.count(); ++place)
-            expectRoom(box, box.itemText(place), room);
+        for (int index = 0; index < box.count(); ++index)
+            expectRoom(box, box.itemText(index), room);
     }
 
     void lookAtField(const QLineEdit& field)
     {
-        expectRoom(field, field.placeholderText(), placeIn(field));
+        expectRoom(field, field.placeholderText(), roomIn(field));
         bool isNumber = false;
         (void)field.text().toInt(&isNumber);
         // One that is cut off is another number.
         if (isNumber)
-            expectRoom(field, field.text(), placeIn(field));
+            expectRoom(field, field.text(), roomIn(field));
     }
 
-    static QSize placeIn(const QLineEdit& field)
+    static QSize roomIn(const QLineEdit& field)
     {
         QStyleOptionFrame option;
         option.initFrom(&field);
-        const QRect place = field.style()->subElementRect(QStyle::SE_LineEditContents, &option, &field);
-        return place.size() - QSize(2 * kFieldMarginPx, 0);
+        const QRect contents = field.style()->subElementRect(QStyle::SE_LineEditContents, &option, &field);
+        return contents.size() - QSize(2 * kFieldMarginPx, 0);
     }
 
     void lookAtText(const QPlainTextEdit& text)

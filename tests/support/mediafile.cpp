@@ -138,16 +138,16 @@ double MediaFile::durationSeconds() const
 
 QImage MediaFile::frameAt(double seconds) const
 {
-    return decodedPictures({"-ss", QString::number(seconds, 'f', 3)}, {"-frames:v", "1"}).value(0);
+    return decodedFrames({"-ss", QString::number(seconds, 'f', 3)}, {"-frames:v", "1"}).value(0);
 }
 
 QList<QImage> MediaFile::frames() const
 {
-    return decodedPictures({}, {"-fps_mode", "passthrough"});
+    return decodedFrames({}, {"-fps_mode", "passthrough"});
 }
 
 /// The frames that ffmpeg gives with further arguments before and after the name of the file.
-QList<QImage> MediaFile::decodedPictures(const QStringList& before, const QStringList& after) const
+QList<QImage> MediaFile::decodedFrames(const QStringList& before, const QStringList& after) const
 {
     if (!video())
         return {};
@@ -205,7 +205,7 @@ QList<float> MediaFile::samples(int samplesPerSecond) const
 
 int ffmpegCodecId(const QString& codecName)
 {
-    // The descriptor's first member is the number; asked of the library so that no table of ours can agree with itself.
+    // The descriptor's first member is the number; asked of the library: a table of ours would agree with itself.
     using DescriptorByName = const int* (*)(const char*);
     static const auto descriptorByName = [] {
         for (const int version : {59, 60, 61, 62, 58}) {

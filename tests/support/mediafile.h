@@ -13,7 +13,7 @@
 
 class TestPattern;
 
-/// One stream of a media file, as ffprobe tells it.
+/// One stream of a media file, as ffprobe reports it.
 struct MediaStream
 {
     QString kind;    ///< "video" or "audio".
@@ -60,7 +60,7 @@ public:
 
 private:
     const MediaStream* first(const QString& kind) const;
-    QList<QImage> decodedPictures(const QStringList& before, const QStringList& after) const;
+    QList<QImage> decodedFrames(const QStringList& before, const QStringList& after) const;
     void probe();
     void readStreams(const QByteArray& json);
 

@@ -8,7 +8,7 @@
 #include <memory>
 
 /// A window over the whole screen, below all others, that is filled with rectangles: plain drawing calls of the system,
-/// so that showing a number costs next to nothing. All in physical pixels.
+/// and showing a number costs next to nothing. All in physical pixels.
 class PatternCanvas
 {
 public:

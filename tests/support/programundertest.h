@@ -66,7 +66,7 @@ public:
 
     /// The first message from line @p from on that contains @p text; waits up to @p timeoutMs for it.
     std::optional<Line> waitForMessage(const QString& text, int timeoutMs, qsizetype from = 0);
-    /// The messages so far. The length of the list is a place to wait from.
+    /// The messages so far. The length of the list is a position to wait from.
     const QList<Line>& messages();
     /// All messages as one text, for a test's failure report.
     QString transcript();
@@ -85,7 +85,7 @@ public:
     /// shown, or minimised, as asked.
     std::optional<x11clients::Window> mainWindow(bool minimised, int timeoutMs);
 
-    /// What the program says at the moment when the engine is told to start.
+    /// What the program says at the moment when the engine is asked to start.
     virtual QString startMessage() const { return QStringLiteral("Starting recording..."); }
     /// The folder of the program's own data: its log files lie below it, and its list of files.
     virtual QDir dataFolder() const;

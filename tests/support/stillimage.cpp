@@ -45,10 +45,10 @@ double meanDifference(const QImage& image, const QRect& area, const QImage& grid
     qint64 count = 0;
     for (int y = area.top(); y <= area.bottom(); ++y) {
         for (int x = area.left(); x <= area.right(); ++x) {
-            const QPoint place = origin + QPoint(x, y);
-            if (!grid.rect().contains(place))
+            const QPoint position = origin + QPoint(x, y);
+            if (!grid.rect().contains(position))
                 continue;
-            sum += std::abs(qGray(image.pixel(x, y)) - qGray(grid.pixel(place)));
+            sum += std::abs(qGray(image.pixel(x, y)) - qGray(grid.pixel(position)));
             ++count;
         }
     }
@@ -102,7 +102,7 @@ QSize StillImage::displaySize()
     return screen != nullptr ? QSize(screen->width_in_pixels, screen->height_in_pixels) : QSize();
 }
 
-QImage gridPicture(const QSize& size)
+QImage gridImage(const QSize& size)
 {
     constexpr int kLineEveryPx = 8;
     constexpr int kLine = 210;
@@ -115,7 +115,7 @@ QImage gridPicture(const QSize& size)
             const bool isLine = x % kLineEveryPx == 0 || y % kLineEveryPx == 0;
             const int column = x / kLineEveryPx;
             const int row = y / kLineEveryPx;
-            // Primes, so that no cell is like its neighbours and the order does not repeat soon.
+            // Primes: no cell is like its neighbours, and the order does not repeat soon.
             const int grey = kDarkest + (column * 31 + row * 57 + column * row * 7) % kGreys * kGreyStep;
             const int value = isLine ? kLine : grey;
             image.setPixel(x, y, qRgb(value, value, value));

@@ -28,9 +28,9 @@ private:
     std::unique_ptr<Private> m_private;
 };
 
-/// An image in which each pixel tells its place: lines one pixel wide, and between them cells of many greys. Grey
-/// only, so that none of it is lost where an encoder thins the colours out.
-QImage gridPicture(const QSize& size);
+/// An image in which each pixel shows its position: lines one pixel wide, and between them cells of many greys. Grey
+/// only, of which nothing is lost where an encoder thins the colours out.
+QImage gridImage(const QSize& size);
 
 /// Why a decoded image is not the given part of the grid, pixel by pixel, within what an encoder loses; empty when it
 /// is.

@@ -19,7 +19,7 @@ uint32_t fromGray(uint32_t gray)
 
 } // namespace
 
-// A 40th of the width leaves room for the strip's 26 blocks; even, so that no block shares a chroma sample with its
+// A 40th of the width leaves room for the strip's 26 blocks; even: no block shares a chroma sample with its
 // neighbour.
 TestPattern::TestPattern(const QSize& screenPx) : m_screen(screenPx), m_block(qMax(16, screenPx.width() / 40 & ~1)) {}
 

@@ -2,7 +2,7 @@
 #pragma once
 
 /// The tests of one executable. Each test source registers one class, and main() runs the one that the first argument
-/// names: a process for each class, so that no test sees what another has left in the process.
+/// names: a process for each class: no test sees what another has left in the process.
 namespace testregistry {
 
 /// Makes the application object and runs a test class; the arguments are those of main() without the test's name.

@@ -32,7 +32,7 @@ int stepOfWindow(const QList<float>& samples, qsizetype first, qsizetype count)
 
 double stepFrequencyHz(int step)
 {
-    // 125 Hz apart, so that a window of 40 ms tells them from each other.
+    // 125 Hz apart: a window of 40 ms distinguishes them.
     constexpr double kLowestHz = 1000.0;
     constexpr double kApartHz = 125.0;
     return kLowestHz + kApartHz * step;

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 
-/// A sound that tells the time: 440 Hz throughout, and above it a second tone whose frequency steps through a fixed
+/// A sound that shows the time: 440 Hz throughout, and above it a second tone whose frequency steps through a fixed
 /// scale with CLOCK_MONOTONIC. A stretch of a recording's sound thus says at which moment of the machine it was heard.
 /// `kestrano_test_tone` makes it.
 namespace testtone {
@@ -26,9 +26,9 @@ int stepAt(int64_t monotonicNs);
 double amplitude(const QList<float>& samples, qsizetype first, qsizetype count, double frequencyHz,
                  int samplesPerSecond);
 
-/// The moment at which sample @p first was heard, told from the @p spanMs of sound that follow it; @p nearMonotonicNs
+/// The moment at which sample @p first was heard, by the @p spanMs of sound that follow it; @p nearMonotonicNs
 /// is within one and a half seconds of it. Nothing where there is no such tone. Exact to about 10 ms, plus what the
-/// sound server held back.
+/// sound server delayed.
 std::optional<int64_t> momentOfSample(const QList<float>& samples, qsizetype first, int spanMs,
                                       int64_t nearMonotonicNs);
 

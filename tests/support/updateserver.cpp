@@ -94,7 +94,7 @@ void UpdateServer::answer(QSslSocket& socket)
         return;
     const qsizetype surplus = given.manner == Manner::BreakOff || given.manner == Manner::Trickle ? 1000 : 0;
     socket.write("HTTP/1.1 " + given.status + "\r\nConnection: close\r\n" + given.headers);
-    if (given.tellSize)
+    if (given.announceSize)
         socket.write("Content-Length: " + QByteArray::number(given.body.size() + surplus) + "\r\n");
     socket.write("\r\n");
     sendBody(socket, given);
@@ -114,7 +114,7 @@ void UpdateServer::sendBody(QSslSocket& socket, const Answer& given)
         QTimer::singleShot(kTrickleMs, &socket, &QSslSocket::abort);
         return;
     }
-    // Piece by piece, as the other side takes it: how much it took before it had enough is to be told.
+    // Piece by piece, as the other side takes it: how much it took before it had enough is to be known.
     auto sent = std::make_shared<qint64>(0);
     const auto sendNext = [this, &socket, body = given.body, sent] {
         if (*sent >= body.size()) {

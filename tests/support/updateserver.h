@@ -11,7 +11,7 @@
 class QSslSocket;
 
 /// The maker's download server, on this machine: HTTPS with a certificate of its own that was made for the server's
-/// name while the tests were built. While it lives it is the proxy of this process, so that what is asked of the
+/// name while the tests were built. While it lives it is the proxy of this process: what is asked of the
 /// maker's server comes here, whatever its name.
 class UpdateServer : public QTcpServer
 {
@@ -34,8 +34,8 @@ public:
         /// Further lines, each with its end.
         QByteArray headers;
         Manner manner = Manner::Answer;
-        /// Whether the body's size is told before it.
-        bool tellSize = true;
+        /// Whether the body's size is announced before it.
+        bool announceSize = true;
     };
 
     /// @param trusted whether this process trusts the server's certificate

@@ -5,10 +5,10 @@
 #include <QWidget>
 
 /// What the widget paints by itself, over nothing: no window background below it.
-inline QImage pictureOf(QWidget& widget)
+inline QImage imageOf(QWidget& widget)
 {
-    QImage picture(widget.size(), QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::transparent);
-    widget.render(&picture, QPoint(), QRegion(), QWidget::RenderFlags());
-    return picture;
+    QImage image(widget.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    widget.render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
+    return image;
 }

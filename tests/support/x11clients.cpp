@@ -49,12 +49,12 @@ public:
         xcb_connection_t* const connection = m_connection.get();
         const Owned<xcb_get_geometry_reply_t> size(
             xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
-        const Owned<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
+        const Owned<xcb_translate_coordinates_reply_t> position(xcb_translate_coordinates_reply(
             connection, xcb_translate_coordinates(connection, window, m_root, 0, 0), nullptr));
-        return size && place ? QRect(place->dst_x, place->dst_y, size->width, size->height) : QRect();
+        return size && position ? QRect(position->dst_x, position->dst_y, size->width, size->height) : QRect();
     }
 
-    QImage picture(const QRect& area)
+    QImage grab(const QRect& area)
     {
         const auto cookie =
             xcb_get_image(m_connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, static_cast<int16_t>(area.x()),
@@ -156,9 +156,9 @@ QList<uint32_t> iconOf(uint32_t id)
     return icons.mid(0, 2 + qsizetype{icons.value(0)} * icons.value(1));
 }
 
-QImage picture(const QRect& area)
+QImage grab(const QRect& area)
 {
-    return Display().picture(area);
+    return Display().grab(area);
 }
 
 void minimise(uint32_t id)

@@ -37,7 +37,7 @@ QStringList statesOf(uint32_t id);
 QList<uint32_t> iconOf(uint32_t id);
 
 /// What the display shows in an area of it; a null image where some of the area is not on the display.
-QImage picture(const QRect& area);
+QImage grab(const QRect& area);
 
 /// Asks the window manager to minimise a window.
 void minimise(uint32_t id);

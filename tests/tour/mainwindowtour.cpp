@@ -19,7 +19,7 @@ namespace tour {
 
 namespace {
 
-constexpr QPoint kPlace(60, 50);
+constexpr QPoint kPosition(60, 50);
 
 void showLevels(VolumeControl& meter, float levelDb)
 {
@@ -63,7 +63,7 @@ void fillLibrary(ProducedFiles& produced)
     add("Interview with Zo\u00eb, second take.flac", "audio");
     add("\u9332\u753b 2026-11-18.mp4", "video");
     add("Screenshot_2026-11-19_09-12-44.png", "screenshot");
-    add("How we measure what an encoder holds back, and why the last pictures before a stop are in the file all the "
+    add("How we measure what an encoder buffers, and why the last frames before a stop are in the file all the "
         "same (final cut).mp4",
         "video");
     add("Recording_2026_11_21_12-30-05.mp4", "video");
@@ -76,7 +76,7 @@ void mainWindow(const Look& look)
     // Nothing is to look as if the pointer were over it.
     QCursor::setPos(0, 0);
     SCMainWindow window;
-    window.move(kPlace);
+    window.move(kPosition);
     window.show();
     wait();
     for (const char* name : {"screenSwitch", "speakerSwitch"})
@@ -105,7 +105,7 @@ void files(const Look& look)
     ProducedFiles produced;
     fillLibrary(produced);
     SCMainWindow window;
-    window.move(kPlace);
+    window.move(kPosition);
     window.show();
     child<QPushButton>(window, "filesTab").click();
     auto& view = child<QListView>(window, "fileView");

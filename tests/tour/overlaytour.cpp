@@ -62,8 +62,8 @@ QWidget* windowOf(const char* button)
 void drawOn(QWidget& window)
 {
     QTest::mousePress(&window, Qt::LeftButton, {}, {60, 60});
-    for (const QPoint& place : {QPoint(120, 200), QPoint(200, 80), QPoint(300, 210), QPoint(400, 70)})
-        QTest::mouseMove(&window, place);
+    for (const QPoint& position : {QPoint(120, 200), QPoint(200, 80), QPoint(300, 210), QPoint(400, 70)})
+        QTest::mouseMove(&window, position);
     QTest::mouseRelease(&window, Qt::LeftButton, {}, {400, 70});
 }
 

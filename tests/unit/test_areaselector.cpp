@@ -141,11 +141,11 @@ private slots:
         QVERIFY(selector.hasMouseTracking());
         selector.show();
         moveWithoutButton(selector, QPoint(40, 60));
-        QVERIFY(pictureOf(selector) != veil(selector.size()));
-        QCOMPARE(pictureOf(selector).pixelColor(25, 55).value(), lightened().value());
+        QVERIFY(imageOf(selector) != veil(selector.size()));
+        QCOMPARE(imageOf(selector).pixelColor(25, 55).value(), lightened().value());
         press(selector, Qt::LeftButton, QPoint(100, 100));
         QTest::mouseMove(&selector, QPoint(130, 130));
-        QCOMPARE(pictureOf(selector).pixelColor(25, 55), QColor(0, 0, 0, 100));
+        QCOMPARE(imageOf(selector).pixelColor(25, 55), QColor(0, 0, 0, 100));
         release(selector, Qt::LeftButton, QPoint(130, 130));
         QCOMPARE(selected, (QList<QVariantList>{{QRect(100, 100, 31, 31)}}));
     }
@@ -164,7 +164,7 @@ private slots:
     {
         AreaSelector selector;
         selector.show();
-        QCOMPARE(pictureOf(selector), veil(selector.size()));
+        QCOMPARE(imageOf(selector), veil(selector.size()));
         press(selector, Qt::LeftButton, QPoint(40, 30));
         QTest::mouseMove(&selector, QPoint(239, 129));
 
@@ -179,9 +179,9 @@ private slots:
             painter.drawText(QPoint(139, 79), QStringLiteral("200 x 100"));
         }
 
-        QCOMPARE(pictureOf(selector), expected);
+        QCOMPARE(imageOf(selector), expected);
         release(selector, Qt::LeftButton, QPoint(239, 129));
-        QCOMPARE(pictureOf(selector), veil(selector.size()));
+        QCOMPARE(imageOf(selector), veil(selector.size()));
     }
 
 private:

@@ -154,7 +154,7 @@ private slots:
         QCOMPARE(m_window->size(), QSize(400, 225));
     }
 
-    void cameraThatCannotBeMadeReadyIsLogged_data()
+    void cameraThatCannotBePreparedIsLogged_data()
     {
         QTest::addColumn<QString>("call");
         QTest::addColumn<bool>("withText");
@@ -164,7 +164,7 @@ private slots:
         }
     }
 
-    void cameraThatCannotBeMadeReadyIsLogged()
+    void cameraThatCannotBePreparedIsLogged()
     {
         QFETCH(const QString, call);
         QFETCH(const bool, withText);

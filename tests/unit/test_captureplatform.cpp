@@ -77,9 +77,9 @@ private slots:
         QCOMPARE(platform.microphoneId, "pulse_input_capture");
     }
 
-    void windowsIsGivenMoreTimeForItsFirstPicture()
+    void windowsIsGivenMoreTimeForItsFirstFrame()
     {
-        // On X11 the very next picture is captured as it is drawn.
+        // On X11 the very next frame is captured as it is drawn.
         QCOMPARE(CapturePlatform::x11().framesUntilDrawn, 2);
         QVERIFY(CapturePlatform::windows().framesUntilDrawn > 2);
     }

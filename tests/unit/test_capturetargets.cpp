@@ -22,11 +22,11 @@ private slots:
                                   "LG: 1920x1080 @ 3840,0"};
         QTest::newRow("primary screen is not the first entry and not at the origin")
             << x11 << QRect(1920, 0, 2560, 1440) << x11.at(0);
-        QTest::newRow("order of the list is not the order of the places")
+        QTest::newRow("order of the list is not the order of the positions")
             << x11 << QRect(0, 0, 1920, 1080) << x11.at(1);
         QTest::newRow("two screens of the same size") << x11 << QRect(4480, 360, 1920, 1080) << x11.at(2);
         QTest::newRow("name with a primary mark") << windows << QRect(0, 0, 3840, 2160) << windows.at(0);
-        QTest::newRow("negative place") << windows << QRect(-1920, -120, 1920, 1080) << windows.at(1);
+        QTest::newRow("negative position") << windows << QRect(-1920, -120, 1920, 1080) << windows.at(1);
         QTest::newRow("two screens of the same name") << windows << QRect(3840, 0, 1920, 1080) << windows.at(2);
         QTest::newRow("size rounded by a fractional scale") << windows << QRect(0, 0, 3839, 2159) << windows.at(0);
         QTest::newRow("screen's own name holds a size")
@@ -35,7 +35,7 @@ private slots:
         QTest::newRow("mirrored screens give the first")
             << QStringList{"Screen A (1280x720 @ 0,0)", "Screen B (1280x720 @ 0,0)"} << QRect(0, 0, 1280, 720)
             << "Screen A (1280x720 @ 0,0)";
-        QTest::newRow("exact geometry goes before the same place")
+        QTest::newRow("exact geometry goes before the same position")
             << QStringList{"Screen A (1024x768 @ 0,0)", "Screen B (1280x720 @ 0,0)"} << QRect(0, 0, 1280, 720)
             << "Screen B (1280x720 @ 0,0)";
         QTest::newRow("a single entry without geometry")

@@ -37,7 +37,7 @@ private slots:
         QVERIFY(drain.isOver(8, at(550)));
     }
 
-    void diskThatNeverRestsIsGivenFiveSecondsAndLogged()
+    void diskThatIsNeverIdleIsGivenFiveSecondsAndLogged()
     {
         const MessageCapture log;
         DiskDrain drain;
@@ -48,7 +48,7 @@ private slots:
         QVERIFY(!log.texts(QtWarningMsg).filter(QStringLiteral("The disk is slow")).isEmpty());
     }
 
-    void resetBeginsAnew()
+    void resetBeginsAgain()
     {
         DiskDrain drain;
         QVERIFY(!drain.isOver(7, at(0)));

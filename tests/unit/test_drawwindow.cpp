@@ -109,7 +109,7 @@ QPolygonF line(std::initializer_list<QPointF> points)
 
 bool hasBorder(DrawWindow& window)
 {
-    return pictureOf(window).pixelColor(1, 1) == kBlue;
+    return imageOf(window).pixelColor(1, 1) == kBlue;
 }
 
 using Report = QVariantList;
@@ -262,7 +262,7 @@ private slots:
             QVERIFY(part->isVisible());
     }
 
-    void toolBarStandsOnTopOfTheFrameAndIsAsWide()
+    void toolBarIsOnTopOfTheFrameAndAsWide()
     {
         DrawWindow window;
         window.show();
@@ -691,9 +691,9 @@ private slots:
         QCOMPARE(stopped.size(), 0);
         QCOMPARE(hidden.size(), 1);
         window.show();
-        QCOMPARE(pictureOf(window), frame(kGeometry.size(), 4));
+        QCOMPARE(imageOf(window), frame(kGeometry.size(), 4));
         button("drawToggleButton")->setChecked(true);
-        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
+        QCOMPARE(imageOf(window), drawnFrame(kGeometry.size(), {}));
     }
 
     void hoveredButtonsTurnLight()
@@ -731,11 +731,11 @@ private slots:
     {
         DrawWindow window;
         window.setGeometry(kGeometry);
-        QCOMPARE(pictureOf(window), frame(kGeometry.size(), 4));
+        QCOMPARE(imageOf(window), frame(kGeometry.size(), 4));
         window.resize(333, 221);
-        QCOMPARE(pictureOf(window), frame(QSize(333, 221), 4));
+        QCOMPARE(imageOf(window), frame(QSize(333, 221), 4));
         window.setBorderWidth(8);
-        QCOMPARE(pictureOf(window), frame(QSize(333, 221), 8));
+        QCOMPARE(imageOf(window), frame(QSize(333, 221), 8));
     }
 
     void borderStaysAtTheEdgeOfAResizedWindow()
@@ -751,7 +751,7 @@ private slots:
         const QImage shown = window.windowHandle()->screen()->grabWindow(window.winId()).toImage();
         if (!shown.isNull() && shown.size() == QSize(500, 350))
             QVERIFY(shown.pixelColor(398, 100) != kBlue);
-        QCOMPARE(pictureOf(window), frame(QSize(500, 350), 4));
+        QCOMPARE(imageOf(window), frame(QSize(500, 350), 4));
     }
 
     void drawingModeFillsTheWindowWithWhatOnlyThePointerFeels()
@@ -759,9 +759,9 @@ private slots:
         DrawWindow window;
         window.setGeometry(kGeometry);
         button("drawToggleButton")->setChecked(true);
-        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
+        QCOMPARE(imageOf(window), drawnFrame(kGeometry.size(), {}));
         button("drawToggleButton")->setChecked(false);
-        QCOMPARE(pictureOf(window), frame(kGeometry.size(), 4));
+        QCOMPARE(imageOf(window), frame(kGeometry.size(), 4));
     }
 
     void strokesAreDrawnAndKeptWhileThePenIsOff()
@@ -772,19 +772,19 @@ private slots:
         const QPoint origin = kGeometry.topLeft();
         press(window, origin + QPoint(50, 60));
         moveHeld(window, origin + QPoint(90, 100));
-        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {line({{50, 60}, {90, 100}})}));
+        QCOMPARE(imageOf(window), drawnFrame(kGeometry.size(), {line({{50, 60}, {90, 100}})}));
         moveHeld(window, origin + QPoint(150, 70));
         release(window, origin + QPoint(160, 80));
         drag(window, origin + QPoint(200, 200), {40, -20});
         const QList<QPolygonF> strokes{line({{50, 60}, {90, 100}, {150, 70}, {160, 80}}),
                                        line({{200, 200}, {220, 190}, {240, 180}, {240, 180}})};
-        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), strokes));
+        QCOMPARE(imageOf(window), drawnFrame(kGeometry.size(), strokes));
         button("drawToggleButton")->setChecked(false);
-        QCOMPARE(pictureOf(window), frame(kGeometry.size(), 4));
+        QCOMPARE(imageOf(window), frame(kGeometry.size(), 4));
         button("drawToggleButton")->setChecked(true);
-        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), strokes));
+        QCOMPARE(imageOf(window), drawnFrame(kGeometry.size(), strokes));
         click("clearButton");
-        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
+        QCOMPARE(imageOf(window), drawnFrame(kGeometry.size(), {}));
     }
 
     void drawingNeitherMovesNorReports()
@@ -807,12 +807,12 @@ private slots:
         press(window, kGeometry.center());
         moveHeld(window, kGeometry.center() + QPoint(30, 30));
         button("clearButton")->click();
-        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
+        QCOMPARE(imageOf(window), drawnFrame(kGeometry.size(), {}));
         moveHeld(window, kGeometry.center() + QPoint(60, 10));
         release(window, kGeometry.center() + QPoint(70, 20));
-        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {}));
+        QCOMPARE(imageOf(window), drawnFrame(kGeometry.size(), {}));
         drag(window, kGeometry.topLeft() + QPoint(20, 20), {10, 10});
-        QCOMPARE(pictureOf(window), drawnFrame(kGeometry.size(), {line({{20, 20}, {25, 25}, {30, 30}, {30, 30}})}));
+        QCOMPARE(imageOf(window), drawnFrame(kGeometry.size(), {line({{20, 20}, {25, 25}, {30, 30}, {30, 30}})}));
     }
 
     void pressInsideInFrameModeFindsNoWindow()
@@ -836,7 +836,7 @@ private:
     /// Where a window that is mixed by its alpha takes the pointer.
     static QRegion opaquePixels(QWidget& window)
     {
-        const QImage image = pictureOf(window);
+        const QImage image = imageOf(window);
         QRegion region;
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0, end = 0; x < image.width(); x = end + 1) {

@@ -55,7 +55,7 @@ QString failureOf(const char* call, DWORD error)
 
 } // namespace
 
-/// Calls that Windows refuses: each is told in the system's words, and what follows it is as it should be.
+/// Calls that Windows refuses: each is reported in the system's words, and what follows it is as it should be.
 class TestFailedCalls : public QObject
 {
     Q_OBJECT
@@ -75,7 +75,7 @@ private slots:
         QCOMPARE(m_reports.sentences(), QStringList());
     }
 
-    void windowsHotkeyThatAnotherProgramHoldsIsToldToTheLogOnly()
+    void windowsHotkeyThatAnotherProgramHoldsIsLoggedOnly()
     {
         constexpr int kIdentifier = 7;
         constexpr UINT kVirtualKeyH = 0x48;

@@ -75,9 +75,9 @@ private slots:
         openSettings()->setValue(settingskeys::kScreenshotSaveLocation, m_folder);
         openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("PNG"));
         SCScreenshot screenshot;
-        QPixmap picture(20, 10);
-        picture.fill(Qt::red);
-        QVERIFY(screenshot.saveScreenshot(picture, QString()));
+        QPixmap image(20, 10);
+        image.fill(Qt::red);
+        QVERIFY(screenshot.saveScreenshot(image, QString()));
         QVERIFY(screenshot.lastSavedPath().startsWith(m_folder + u'/'));
         QCOMPARE(QImage(screenshot.lastSavedPath()).size(), QSize(20, 10));
     }

@@ -15,7 +15,7 @@ QJsonObject settingsOf(RecordingFormat format)
     return QJsonDocument::fromJson(obs_data_get_json(settings.get())).object();
 }
 
-QJsonObject withPicture(QJsonObject settings, const char* encoder, int encoderId)
+QJsonObject withVideo(QJsonObject settings, const char* encoder, int encoderId)
 {
     settings["gop_size"] = 300;
     settings["video"] = true;
@@ -27,7 +27,7 @@ QJsonObject withPicture(QJsonObject settings, const char* encoder, int encoderId
     return settings;
 }
 
-QJsonObject withTokenPicture(QJsonObject settings)
+QJsonObject withTokenVideo(QJsonObject settings)
 {
     settings["video_bitrate"] = 1024;
     settings["video_encoder"] = "png";
@@ -37,7 +37,7 @@ QJsonObject withTokenPicture(QJsonObject settings)
     return settings;
 }
 
-QJsonObject withSound(QJsonObject settings, const char* encoder, int encoderId)
+QJsonObject withAudio(QJsonObject settings, const char* encoder, int encoderId)
 {
     settings["audio_bitrate"] = 192;
     settings["audio_encoder"] = encoder;
@@ -55,7 +55,7 @@ QJsonObject container(const char* name, const char* mimeType)
 
 } // namespace
 
-/// The whole object is compared, so that a key too many fails as well as one too few.
+/// The whole object is compared: a key too many fails as well as one too few.
 class TestFfmpegSettings : public QObject
 {
     Q_OBJECT
@@ -64,47 +64,47 @@ private slots:
     void mp4()
     {
         QCOMPARE(settingsOf(RecordingFormat::Mp4),
-                 withSound(withPicture(container("mp4", "video/mp4"), "libx264", 27), "aac", 86018));
+                 withAudio(withVideo(container("mp4", "video/mp4"), "libx264", 27), "aac", 86018));
     }
 
     void avi()
     {
         QCOMPARE(settingsOf(RecordingFormat::Avi),
-                 withSound(withPicture(container("avi", "video/avi"), "mpeg4", 12), "libmp3lame", 86017));
+                 withAudio(withVideo(container("avi", "video/avi"), "mpeg4", 12), "libmp3lame", 86017));
     }
 
     void flv()
     {
         QCOMPARE(settingsOf(RecordingFormat::Flv),
-                 withSound(withPicture(container("flv", "video/flv"), "flv", 21), "libmp3lame", 86017));
+                 withAudio(withVideo(container("flv", "video/flv"), "flv", 21), "libmp3lame", 86017));
     }
 
     void gifCarriesNoAudioKeysButAudioFalseAndAudioEncoderNone()
     {
-        QJsonObject expected = withPicture(container("gif", "video/gif"), "gif", 97);
+        QJsonObject expected = withVideo(container("gif", "video/gif"), "gif", 97);
         expected["audio"] = false;
         expected["audio_encoder"] = "none";
         QCOMPARE(settingsOf(RecordingFormat::Gif), expected);
     }
 
-    void mp3NamesATokenPicture()
+    void mp3NamesATokenVideo()
     {
         QCOMPARE(settingsOf(RecordingFormat::Mp3),
-                 withSound(withTokenPicture(container("mp3", "audio/mpeg")), "libmp3lame", 86017));
+                 withAudio(withTokenVideo(container("mp3", "audio/mpeg")), "libmp3lame", 86017));
     }
 
     void aac()
     {
-        QJsonObject expected = withSound(container("aac", "audio/aac"), "aac", 86018);
+        QJsonObject expected = withAudio(container("aac", "audio/aac"), "aac", 86018);
         expected["video"] = false;
         expected["video_encoder"] = "none";
         QCOMPARE(settingsOf(RecordingFormat::Aac), expected);
     }
 
-    void flacNamesATokenPicture()
+    void flacNamesATokenVideo()
     {
         QCOMPARE(settingsOf(RecordingFormat::Flac),
-                 withSound(withTokenPicture(container("flac", "audio/flac")), "flac", 86028));
+                 withAudio(withTokenVideo(container("flac", "audio/flac")), "flac", 86028));
     }
 
     void oddSizesGrowByOne()

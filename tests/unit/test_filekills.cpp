@@ -114,9 +114,9 @@ private:
         keeper.start(QCoreApplication::applicationDirPath() + QStringLiteral("/kestrano_test_filekeeper"),
                      {m_refuge.name(), journalPath, m_produced.folder(), QString::number(seed)});
         QFile journal(journalPath);
-        QElapsedTimer patience;
-        patience.start();
-        while (journal.size() == 0 && patience.elapsed() < 30000 && keeper.state() != QProcess::NotRunning) {
+        QElapsedTimer waited;
+        waited.start();
+        while (journal.size() == 0 && waited.elapsed() < 30000 && keeper.state() != QProcess::NotRunning) {
             QThread::msleep(1);
             keeper.waitForStarted(0);
         }

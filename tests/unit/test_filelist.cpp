@@ -144,7 +144,7 @@ private slots:
         QCOMPARE(m_view->model()->columnCount(), 1);
     }
 
-    void viewIsReadied()
+    void viewIsPrepared()
     {
         QVERIFY(m_view->hasMouseTracking());
         QCOMPARE(m_view->focusPolicy(), Qt::NoFocus);
@@ -454,8 +454,8 @@ private slots:
     void dragFromATextSelectsAfterAnIconWasPressed_data()
     {
         QTest::addColumn<bool>("isReleaseSeen");
-        QTest::newRow("and let go of") << true;
-        QTest::newRow("and let go of where a box took that") << false;
+        QTest::newRow("and released") << true;
+        QTest::newRow("and released while a box is open") << false;
     }
 
     void dragFromATextSelectsAfterAnIconWasPressed()
@@ -577,7 +577,7 @@ private slots:
         QCOMPARE(m_library->files().last().properties.value("type"), QVariant(kScreenshot));
     }
 
-    void listThatChangesBehindTheBoxIsShownAnew()
+    void listThatChangesBehindTheBoxIsShownAgain()
     {
         const QString path = pathAt(1);
         answerRealBox([this](QMessageBox& box) {
@@ -726,7 +726,7 @@ private slots:
         const QString path = pathAt(0);
         messagebox::Recorder boxes;
         boxes.setAnswer({true, false});
-        // Records of one file, so that there need not be as many files.
+        // Records of one file: there need not be as many files.
         QByteArray text = "[";
         for (int number = 0; number < 10000; ++number)
             text += QByteArray(number == 0 ? "" : ",") + "{\"filepath\":\"" + path.toUtf8() +

@@ -36,7 +36,7 @@ private slots:
         QCOMPARE(stored.physicalSize(screen), QSize(1920, 1080));
     }
 
-    void areaStandsInTheMiddleOfThePrimaryScreen_data()
+    void areaIsInTheMiddleOfThePrimaryScreen_data()
     {
         QTest::addColumn<QRect>("screen");
         QTest::addColumn<double>("ratio");
@@ -53,7 +53,7 @@ private slots:
             << QRect(0, 0, 1280, 720) << 1.0 << QSize(1920, 1080) << QRect(-320, -180, 1920, 1080);
     }
 
-    void areaStandsInTheMiddleOfThePrimaryScreen()
+    void areaIsInTheMiddleOfThePrimaryScreen()
     {
         QFETCH(const QRect, screen);
         QFETCH(const double, ratio);

@@ -23,7 +23,7 @@ private slots:
             QCOMPARE(recordingFileExtension(recordingFormatFromIndex(index)), expected.at(index));
     }
 
-    void soundOnlyFormatsHaveNoPicture()
+    void audioFormatsHaveNoVideo()
     {
         for (int index = 0; index < kRecordingFormatCount; ++index)
             QCOMPARE(hasVideo(recordingFormatFromIndex(index)), index < 4);

@@ -393,7 +393,7 @@ private slots:
         QCOMPARE(elapsed.size(), 0);
     }
 
-    void clockStandsStillOnceAStopWasAsked()
+    void clockStopsWithTheStopRequest()
     {
         m_session->requestStart();
         m_recorder->pollsUntilDrained = kNever;
@@ -596,7 +596,7 @@ private slots:
         QCOMPARE(logged().last(), QStringLiteral("Error: The recording ended by itself: disk full"));
     }
 
-    void recordingThatEndsWhileTheStopIsHeldBackIsNotStoppedAgain()
+    void recordingThatEndsDuringTheDrainIsNotStoppedAgain()
     {
         m_session->requestStart();
         m_recorder->pollsUntilDrained = kNever;
@@ -637,7 +637,7 @@ private slots:
         QCOMPARE(m_calls, Calls());
     }
 
-    void stopIsHeldBackUntilTheEncoderHasGivenItsFrames()
+    void stopWaitsUntilTheEncoderHasReturnedItsFrames()
     {
         m_session->requestStart();
         m_calls.clear();
@@ -749,7 +749,7 @@ private slots:
         QVERIFY(!m_recorder->recording);
     }
 
-    void endOfTheSessionShortensAStopThatIsHeldBack()
+    void endOfTheSessionShortensADrain()
     {
         makeSession({.drainPollMs = 1, .drainTimeoutMs = kNever, .sessionEndDrainTimeoutMs = 60});
         m_session->requestStart();

@@ -247,7 +247,7 @@ private slots:
         QCOMPARE(m_window->geometry(), QRect(60, 50, 400, 225));
         send(QEvent::MouseMove, {250, 150}, Qt::NoButton, Qt::LeftButton);
         QCOMPARE(m_window->geometry(), QRect(60, 50, 400, 225));
-        // The right one, let go, leaves a drag of the left one alone.
+        // The right one, released, leaves a drag of the left one alone.
         send(QEvent::MouseButtonPress, {200, 100}, Qt::LeftButton, Qt::LeftButton);
         send(QEvent::MouseButtonRelease, {200, 100}, Qt::RightButton, Qt::LeftButton);
         send(QEvent::MouseMove, {210, 100}, Qt::NoButton, Qt::LeftButton);
@@ -269,7 +269,7 @@ private slots:
         m_window->show();
         m_window->findChild<QVideoWidget*>()->hide();
         m_window->findChild<QLabel*>()->hide();
-        const QImage image = pictureOf(*m_window);
+        const QImage image = imageOf(*m_window);
         for (const QPoint& inside : {QPoint(200, 100), QPoint(200, 0), QPoint(0, 100)})
             QCOMPARE(image.pixelColor(inside).rgba(), QColor(40, 40, 46, 240).rgba());
         for (const QPoint& corner : {QPoint(0, 0), QPoint(399, 0), QPoint(0, 224), QPoint(399, 224)})
@@ -315,7 +315,7 @@ private:
     {
         const QPoint from = m_window->pos();
         send(QEvent::MouseButtonPress, position, Qt::LeftButton, Qt::LeftButton);
-        // The window goes along, and with it what its places are counted from.
+        // The window goes along, and with it what its positions are counted from.
         send(QEvent::MouseMove, position + delta / 2, Qt::NoButton, Qt::LeftButton);
         send(QEvent::MouseMove, position + delta - (m_window->pos() - from), Qt::NoButton, Qt::LeftButton);
         send(QEvent::MouseButtonRelease, position, Qt::LeftButton, Qt::NoButton);

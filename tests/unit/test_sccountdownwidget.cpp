@@ -117,7 +117,7 @@ private slots:
         QCOMPARE(countdown.findChild<QLabel*>(QStringLiteral("hintLabel"))->text(), QStringLiteral("Anfang/Ende: F9"));
     }
 
-    void circleStandsTenPixelsAboveTheHint()
+    void circleIsTenPixelsAboveTheHint()
     {
         SCCountdownWidget countdown(nullptr);
         countdown.start(1);

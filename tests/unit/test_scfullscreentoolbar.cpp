@@ -77,7 +77,7 @@ void pointAway()
     QCursor::setPos(screenPoint(700, 700));
 }
 
-/// At its place at the top, shown, and the pointer elsewhere.
+/// At its position at the top, shown, and the pointer elsewhere.
 void showAtTop(SCFullscreenToolbar& bar)
 {
     pointAway();
@@ -223,7 +223,7 @@ private slots:
         QTest::newRow("first row of the screen") << 0 << true;
         QTest::newRow("10 pixels below") << 10 << true;
         QTest::newRow("11 pixels below") << 11 << false;
-        QTest::newRow("in the bar's place") << 30 << false;
+        QTest::newRow("in the bar's position") << 30 << false;
     }
 
     void withAutoHideOnThePointerAtTheVeryTopBringsTheBarBack()

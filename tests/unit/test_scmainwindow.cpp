@@ -266,7 +266,7 @@ private slots:
         QTRY_COMPARE(child<QPushButton>(window, "recordButton")->text(), QStringLiteral("Start Recording"));
     }
 
-    void everyControlHasANameAndAPlaceInTheTabOrder()
+    void everyControlHasANameAndAPositionInTheTabOrder()
     {
         SCMainWindow window;
         window.show();
@@ -435,8 +435,8 @@ private slots:
 
     void openFolderMakesTheSaveFolderWhereItIsMissing()
     {
-        const QTemporaryDir place;
-        const QString folder = place.filePath(QStringLiteral("videos"));
+        const QTemporaryDir position;
+        const QString folder = position.filePath(QStringLiteral("videos"));
         openSettings()->setValue(settingskeys::kRecordingSaveLocation, folder);
         SCMainWindow window;
         const OpenedAddresses folders({"file"});

@@ -316,7 +316,7 @@ private slots:
         QPainter painter(&expected);
         paintBorder(painter, kGeometry.size());
         painter.end();
-        QCOMPARE(pictureOf(*m_window), expected);
+        QCOMPARE(imageOf(*m_window), expected);
     }
 
     void penLeavesStrokes()
@@ -327,14 +327,14 @@ private slots:
         press(*m_window, origin + QPoint(50, 60));
         moveHeld(*m_window, origin + QPoint(80, 90));
         const QPolygonF begun({QPointF(50, 60), QPointF(80, 90)});
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {begun}, hole()));
+        QCOMPARE(imageOf(*m_window), drawnFrame(kGeometry.size(), {begun}, hole()));
         moveHeld(*m_window, origin + QPoint(120, 90));
         release(*m_window, origin + QPoint(130, 70));
         const QPolygonF first({QPointF(50, 60), QPointF(80, 90), QPointF(120, 90), QPointF(130, 70)});
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {first}, hole()));
+        QCOMPARE(imageOf(*m_window), drawnFrame(kGeometry.size(), {first}, hole()));
         drag(*m_window, origin + QPoint(200, 200), {40, 0});
         const QPolygonF second({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {first, second}, hole()));
+        QCOMPARE(imageOf(*m_window), drawnFrame(kGeometry.size(), {first, second}, hole()));
         // Nothing of the frame was dragged.
         QCOMPARE(m_window->geometry(), kGeometry);
     }
@@ -345,10 +345,10 @@ private slots:
         click("drawButton");
         press(*m_window, kGeometry.topLeft() + QPoint(50, 60));
         release(*m_window, kGeometry.topLeft() + QPoint(50, 60));
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {}, hole()));
+        QCOMPARE(imageOf(*m_window), drawnFrame(kGeometry.size(), {}, hole()));
         drag(*m_window, kGeometry.topLeft() + QPoint(200, 200), {40, 0});
         const QPolygonF line({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {line}, hole()));
+        QCOMPARE(imageOf(*m_window), drawnFrame(kGeometry.size(), {line}, hole()));
     }
 
     void drawingOutlivesHidingUntilItIsCleared()
@@ -359,9 +359,9 @@ private slots:
         const QPolygonF line({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
         m_window->hide();
         m_window->show();
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {line}, hole()));
+        QCOMPARE(imageOf(*m_window), drawnFrame(kGeometry.size(), {line}, hole()));
         click("clearButton");
-        QCOMPARE(pictureOf(*m_window), drawnFrame(kGeometry.size(), {}, hole()));
+        QCOMPARE(imageOf(*m_window), drawnFrame(kGeometry.size(), {}, hole()));
         QVERIFY(button("drawButton").isChecked());
     }
 
@@ -398,7 +398,7 @@ private slots:
         QImage seen;
         bool barSeen = true;
         m_window->setGrabber([&](QScreen&, const QRect&) {
-            seen = pictureOf(*m_window);
+            seen = imageOf(*m_window);
             barSeen = toolBar().isVisible();
             return m_grabbed;
         });
@@ -414,7 +414,7 @@ private slots:
         drag(*m_window, kGeometry.topLeft() + QPoint(200, 200), {40, 0});
         QImage seen;
         m_window->setGrabber([&](QScreen&, const QRect&) {
-            seen = pictureOf(*m_window);
+            seen = imageOf(*m_window);
             return m_grabbed;
         });
         const QSignalSpy saved(m_window.get(), &SCScreenshotWindow::screenshotSaved);
@@ -437,7 +437,7 @@ private slots:
         QVERIFY(m_window->isVisible());
         QVERIFY(toolBar().isVisible());
         // The border is back.
-        QCOMPARE(pictureOf(*m_window).pixelColor(200, 0), kBlue);
+        QCOMPARE(imageOf(*m_window).pixelColor(200, 0), kBlue);
     }
 
     void emptyGrabLeavesTheFrameOpenAndSilent()
@@ -492,16 +492,16 @@ private slots:
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         click("drawButton");
-        QCOMPARE(pictureOf(*m_window).pixelColor(inside).alpha(), 1);
+        QCOMPARE(imageOf(*m_window).pixelColor(inside).alpha(), 1);
         {
             QDialog dialog;
             dialog.setModal(true);
             dialog.show();
             QVERIFY(QTest::qWaitForWindowExposed(&dialog));
-            QCOMPARE(pictureOf(*m_window).pixelColor(inside).alpha(), 0);
-            QCOMPARE(pictureOf(*m_window).pixelColor(200, 0), kBlue);
+            QCOMPARE(imageOf(*m_window).pixelColor(inside).alpha(), 0);
+            QCOMPARE(imageOf(*m_window).pixelColor(200, 0), kBlue);
         }
-        QCOMPARE(pictureOf(*m_window).pixelColor(inside).alpha(), 1);
+        QCOMPARE(imageOf(*m_window).pixelColor(inside).alpha(), 1);
     }
 
     void escapeAndTheCloseButtonCancel_data()

@@ -166,7 +166,7 @@ private slots:
         QCOMPARE(box("recordingComboBox")->currentText(), QStringLiteral("None"));
     }
 
-    void noneIsShownTranslatedAndStoredAsItStands()
+    void noneIsShownTranslatedAndStoredAsItIs()
     {
         m_settings->setValue(settingskeys::kScreenshotHotkey, "None");
         Shouting translator;

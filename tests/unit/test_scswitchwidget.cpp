@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kAnimationMs = 150;
 
-/// A switch's image: its track's place, radius and colour, and its knob's.
+/// A switch's image: its track's position, radius and colour, and its knob's.
 QImage expectedImage(const QSize& size, const QRect& track, int radius, const QColor& trackColor, const QRect& knob,
                      const QColor& knobColor)
 {
@@ -166,7 +166,7 @@ private slots:
         SCSwitchWidget toggle;
         toggle.resize(size);
         toggle.setPosition(position);
-        QCOMPARE(pictureOf(toggle), expectedImage(size, track, radius, trackColor, knob, knobColor));
+        QCOMPARE(imageOf(toggle), expectedImage(size, track, radius, trackColor, knob, knobColor));
     }
 
     void coloursAreItsProperties()
@@ -175,9 +175,9 @@ private slots:
         toggle.resize(toggle.sizeHint());
         QVERIFY(toggle.setProperty("inactiveColor", QColor(10, 20, 30)));
         QVERIFY(toggle.setProperty("activeColor", QColor(210, 120, 130)));
-        QCOMPARE(pictureOf(toggle).pixelColor(18, 6), QColor(10, 20, 30));
+        QCOMPARE(imageOf(toggle).pixelColor(18, 6), QColor(10, 20, 30));
         QVERIFY(toggle.setProperty("position", 1.0));
-        QCOMPARE(pictureOf(toggle).pixelColor(8, 6), QColor(210, 120, 130));
+        QCOMPARE(imageOf(toggle).pixelColor(8, 6), QColor(210, 120, 130));
         QVERIFY(toggle.setProperty("checked", true));
         QVERIFY(toggle.isChecked());
     }

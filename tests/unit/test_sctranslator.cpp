@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Counts the language changes that the application is told of.
+/// Counts the language changes that the application is notified of.
 class LanguageChanges : public QObject
 {
 public:
@@ -140,7 +140,7 @@ private slots:
     {
         QTest::addColumn<QString>("code");
         QTest::newRow("a document") << "tt_JSON";
-        QTest::newRow("a picture") << "tt_BINARY";
+        QTest::newRow("a image") << "tt_BINARY";
         QTest::newRow("prose") << "tt_PROSE";
     }
 
@@ -165,7 +165,7 @@ private slots:
         QCOMPARE(translated(translator, "Save"), QString("Save"));
     }
 
-    void aKeyWithASlashIsFoundAsItStands()
+    void aKeyWithASlashIsFoundAsItIs()
     {
         SCTranslator translator;
         QVERIFY(translator.loadLanguage("tt_TT"));

@@ -81,7 +81,7 @@ private slots:
         QVERIFY(content().contains("[mouse]\nshowCursor=true\nshowHighlight=true\nswitch=true\n"));
     }
 
-    void aBinaryStoreIsSetAsideAndStartedAnew()
+    void aBinaryStoreIsKeptAndStartedAgain()
     {
         const QByteArray binary("\x7f"
                                 "ELF\0\0garbage",

@@ -201,7 +201,7 @@ private:
     /// The first segment of an empty row is grey.
     static bool isLit(VolumeControl& meter)
     {
-        const QColor first = pictureOf(meter).pixelColor(1, 6);
+        const QColor first = imageOf(meter).pixelColor(1, 6);
         return first.blue() - first.red() > 40;
     }
 

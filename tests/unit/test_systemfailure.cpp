@@ -19,7 +19,7 @@ class TestSystemFailure : public QObject
     Q_OBJECT
 
 private slots:
-    void failureIsToldInTheSystemsOwnWords()
+    void failureIsReportedInTheSystemsOwnWords()
     {
         const ReportedFailures reports;
         platform::reportSystemFailure("OpenThatFile", kNoSuchFile);
@@ -28,7 +28,7 @@ private slots:
         QCOMPARE(reports.sentences(), QStringList{"OpenThatFile failed: " + words + " (error 2)"});
     }
 
-    void sentenceIsHandedOnAsItStands()
+    void sentenceIsHandedOnAsItIs()
     {
         const ReportedFailures reports;
         platform::reportFailure(QStringLiteral("100% of %1 failed"));

@@ -16,9 +16,9 @@ constexpr int64_t kSomeMoment = 123'456 * kNanosecondsPerSecond + 789;
 
 QList<int> blocksOf(uint32_t number)
 {
-    const TestPattern picture(QSize(1280, 720));
+    const TestPattern pattern(QSize(1280, 720));
     QList<int> brightness;
-    for (int index = 0; index < picture.blockCount(); ++index)
+    for (int index = 0; index < pattern.blockCount(); ++index)
         brightness.append(TestPattern::isWhite(index, number) ? 250 : 5);
     return brightness;
 }
@@ -39,19 +39,19 @@ QList<float> toneFrom(int64_t monotonicNs, int milliseconds)
     return samples;
 }
 
-/// The pictures of a recording, as its file has them.
+/// The frames of a recording, as its file has them.
 struct Shown
 {
     QList<std::optional<uint32_t>> numbers;
     QList<double> seconds;
 };
 
-/// A recording that begins at a moment, 30 pictures a second, each with the number of its moment.
-Shown shownFrom(int64_t monotonicNs, int pictures)
+/// A recording that begins at a moment, 30 frames a second, each with the number of its moment.
+Shown shownFrom(int64_t monotonicNs, int frames)
 {
     constexpr int kRate = 30;
     Shown shown;
-    for (int index = 0; index < pictures; ++index) {
+    for (int index = 0; index < frames; ++index) {
         shown.numbers.append(numberAt(monotonicNs + index * kNanosecondsPerSecond / kRate, kRate));
         shown.seconds.append(static_cast<double>(index) / kRate);
     }
@@ -126,7 +126,7 @@ private slots:
         QVERIFY(std::abs(clock->driftSeconds) < 0.04);
     }
 
-    void aPictureThatStandsAtFirstDoesNotBendTheClock()
+    void aFrameThatRepeatsAtFirstDoesNotBendTheClock()
     {
         Shown shown = shownFrom(kSomeMoment, 90);
         for (qsizetype index = 1; index < 15; ++index)
@@ -137,7 +137,7 @@ private slots:
         QVERIFY(std::abs(clock->driftSeconds) < 0.04);
     }
 
-    void aClockThatRunsTenPercentTooFastIsTold()
+    void aClockThatRunsTenPercentTooFastIsFound()
     {
         Shown shown = shownFrom(kSomeMoment, 90);
         for (double& second : shown.seconds)
@@ -158,12 +158,12 @@ private slots:
     void theStripAndThePatchesLieOnTheScreenApartFromEachOther()
     {
         for (const QSize size : {QSize(640, 480), QSize(1280, 720), QSize(1920, 1080)}) {
-            const TestPattern picture(size);
+            const TestPattern pattern(size);
             const QRect screen(QPoint(0, 0), size);
-            QVERIFY(screen.contains(picture.strip()));
-            QVERIFY(!picture.strip().intersects(picture.sweepArea()));
-            for (const TestPattern::Patch& patch : picture.patches())
-                QVERIFY(screen.contains(patch.area) && !patch.area.intersects(picture.strip()));
+            QVERIFY(screen.contains(pattern.strip()));
+            QVERIFY(!pattern.strip().intersects(pattern.sweepArea()));
+            for (const TestPattern::Patch& patch : pattern.patches())
+                QVERIFY(screen.contains(patch.area) && !patch.area.intersects(pattern.strip()));
         }
     }
 
@@ -179,7 +179,7 @@ private slots:
 
     void silenceSaysNoMoment() { QVERIFY(!testtone::momentOfSample(QList<float>(48000, 0.0F), 0, 400, kSomeMoment)); }
 
-    void theAmplitudeOfOneFrequencyIsTold()
+    void theAmplitudeOfOneFrequencyIsMeasured()
     {
         const QList<float> samples = toneFrom(kSomeMoment, 400);
         const double found = testtone::amplitude(samples, 0, samples.size(), 440, testtone::kSamplesPerSecond);

@@ -184,14 +184,14 @@ private slots:
         QVERIFY(!silentCheck());
     }
 
-    void slowServerIsGivenUp_data()
+    void slowServerIsCancelled_data()
     {
         QTest::addColumn<Manner>("manner");
         QTest::newRow("that never answers") << Manner::SayNothing;
         QTest::newRow("that sends a little now and then") << Manner::Trickle;
     }
 
-    void slowServerIsGivenUp()
+    void slowServerIsCancelled()
     {
         QFETCH(const Manner, manner);
         UpdateServer server;
@@ -279,7 +279,7 @@ private slots:
         QCOMPARE(server.targets().size(), 1);
     }
 
-    void redirectionInACircleIsGivenUp()
+    void redirectionInACircleIsCancelled()
     {
         UpdateServer server;
         server.setAnswers({redirection("https://" + QByteArray(webaddresses::kUpdateHost) + "/kestrano/upgrade.json")});

@@ -28,12 +28,12 @@ void setFirstChannel(VolumeControl& meter, float magnitudeDb, float peakDb, floa
     meter.setLevels(levels[0].data(), levels[1].data(), levels[2].data());
 }
 
-/// The picture of a meter of that size with the first lit of the 17 segments of a meter 100 pixels wide.
-QImage expectedPicture(int widthPx, int heightPx, int lit)
+/// The image of a meter of that size with the first lit of the 17 segments of a meter 100 pixels wide.
+QImage expectedImage(int widthPx, int heightPx, int lit)
 {
-    QImage picture(widthPx, heightPx, QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
+    QImage image(widthPx, heightPx, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(40, 40, 46));
@@ -46,7 +46,7 @@ QImage expectedPicture(int widthPx, int heightPx, int lit)
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(QRect(0, 0, widthPx - 1, heightPx - 1), 4, 4, Qt::AbsoluteSize);
     if (widthPx != 100)
-        return picture;
+        return image;
 
     // Percent of lightness of each segment's colour; of darkness for the last four.
     constexpr std::array<int, 17> kPercent{100, 102, 104, 107, 109, 111, 114, 116, 118,
@@ -61,15 +61,15 @@ QImage expectedPicture(int widthPx, int heightPx, int lit)
         else if (segment < static_cast<std::size_t>(lit))
             color = QColor(255, 152, 0).darker(kPercent.at(segment));
         const float segmentWidth = 52.0F / 17.0F;
-        const QRectF place(static_cast<float>(segment) * (segmentWidth + 3), 2.0, segmentWidth, heightPx - 3);
+        const QRectF position(static_cast<float>(segment) * (segmentWidth + 3), 2.0, segmentWidth, heightPx - 3);
         painter.setBrush(QColor(57, 57, 61));
-        painter.drawRoundedRect(place, 1, 1, Qt::AbsoluteSize);
+        painter.drawRoundedRect(position, 1, 1, Qt::AbsoluteSize);
         if (segment < static_cast<std::size_t>(lit)) {
             painter.setBrush(color);
-            painter.drawRoundedRect(place, 1, 1, Qt::AbsoluteSize);
+            painter.drawRoundedRect(position, 1, 1, Qt::AbsoluteSize);
         }
     }
-    return picture;
+    return image;
 }
 
 } // namespace
@@ -93,7 +93,7 @@ private slots:
         meter.resize(width, 12);
         meter.setFillFromMinimum(true);
         setFirstChannel(meter, -3, -3, -3);
-        QCOMPARE(pictureOf(meter), expectedPicture(width, 12, 0));
+        QCOMPARE(imageOf(meter), expectedImage(width, 12, 0));
     }
 
     void levelsLightSegments_data()
@@ -130,7 +130,7 @@ private slots:
         meter.resize(100, 14);
         meter.setFillFromMinimum(fillFromMinimum);
         setFirstChannel(meter, magnitudeDb, -6, -6);
-        QCOMPARE(pictureOf(meter), expectedPicture(100, 14, lit));
+        QCOMPARE(imageOf(meter), expectedImage(100, 14, lit));
     }
 
     void onlyTheFirstChannelsMagnitudeCounts()
@@ -142,7 +142,7 @@ private slots:
         magnitude.fill(-1);
         magnitude[0] = -60;
         meter.setLevels(magnitude.data(), magnitude.data(), magnitude.data());
-        QCOMPARE(pictureOf(meter), expectedPicture(100, 14, 0));
+        QCOMPARE(imageOf(meter), expectedImage(100, 14, 0));
     }
 
     void resetStateLightsNothingAlthoughZeroIsFull()
@@ -150,13 +150,13 @@ private slots:
         VolumeControl meter(nullptr);
         meter.resize(100, 14);
         meter.setFillFromMinimum(true);
-        QCOMPARE(pictureOf(meter), expectedPicture(100, 14, 0));
+        QCOMPARE(imageOf(meter), expectedImage(100, 14, 0));
         setFirstChannel(meter, 0, -6, 0);
-        QCOMPARE(pictureOf(meter), expectedPicture(100, 14, 16));
+        QCOMPARE(imageOf(meter), expectedImage(100, 14, 16));
         setFirstChannel(meter, 0, 0, -6);
-        QCOMPARE(pictureOf(meter), expectedPicture(100, 14, 16));
+        QCOMPARE(imageOf(meter), expectedImage(100, 14, 16));
         meter.resetLevels();
-        QCOMPARE(pictureOf(meter), expectedPicture(100, 14, 0));
+        QCOMPARE(imageOf(meter), expectedImage(100, 14, 0));
     }
 
     void inactiveMeterStaysEmptyWhateverArrives()
@@ -166,9 +166,9 @@ private slots:
         meter.setFillFromMinimum(true);
         meter.setActive(false);
         setFirstChannel(meter, -3, -3, -3);
-        QCOMPARE(pictureOf(meter), expectedPicture(100, 14, 0));
+        QCOMPARE(imageOf(meter), expectedImage(100, 14, 0));
         meter.setActive(true);
-        QVERIFY(pictureOf(meter) != expectedPicture(100, 14, 0));
+        QVERIFY(imageOf(meter) != expectedImage(100, 14, 0));
     }
 
     void channelCountIsAtMostEight()

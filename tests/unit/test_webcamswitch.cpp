@@ -74,7 +74,7 @@ private slots:
         QVERIFY(cameraWindow() == nullptr);
     }
 
-    void pictureIsNotThereBeforeTheSwitchIsOn()
+    void windowDoesNotExistBeforeTheSwitchIsOn()
     {
         make();
         QVERIFY(cameraWindow() == nullptr);
@@ -117,7 +117,7 @@ private slots:
         QVERIFY(m_cameras->isActive);
     }
 
-    void pictureThatIsClosedSwitchesOff()
+    void windowThatIsClosedSwitchesOff()
     {
         make();
         m_control->setChecked(true);

@@ -159,7 +159,7 @@ private slots:
         QTest::mouseMove(&widget, QPoint(1, 1));
     }
 
-    void startsHiddenAndReady()
+    void startsHiddenAndPrepared()
     {
         Desktop desktop;
         const Highlighter highlighter(desktop);
@@ -375,7 +375,7 @@ private slots:
         QVERIFY(!highlighter.isVisible());
     }
 
-    void windowThatDoesNotTellItsRectangleChangesNothing()
+    void windowWithoutARectangleChangesNothing()
     {
         Desktop desktop{{{7, QRect(30, 40, 300, 200)}, {8, QRect(1, 2, 3, 4)}}, {{8, true}}};
         Highlighter highlighter(desktop);
@@ -416,7 +416,7 @@ private slots:
             painter.drawRect(QRect(1, 1, 118, 78));
         }
 
-        QCOMPARE(pictureOf(highlighter), expected);
+        QCOMPARE(imageOf(highlighter), expected);
     }
 
     void aRightClickReportsFirstAndThenShowsTheMenuAtTheClickPoint()
@@ -558,7 +558,7 @@ private:
     {
         QImage nothing(highlighter.size(), QImage::Format_ARGB32_Premultiplied);
         nothing.fill(Qt::transparent);
-        return pictureOf(highlighter) == nothing;
+        return imageOf(highlighter) == nothing;
     }
 
     /// Whether what is queued now opens a menu; it is closed again.

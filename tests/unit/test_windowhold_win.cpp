@@ -41,13 +41,13 @@ private slots:
 
     void windowThatIsMovedInFrontDoesNotTakeTheFocus()
     {
-        WINDOWPOS place{};
-        place.flags = SWP_NOSIZE;
+        WINDOWPOS position{};
+        position.flags = SWP_NOSIZE;
         MSG message{};
         message.message = WM_WINDOWPOSCHANGING;
-        message.lParam = reinterpret_cast<LPARAM>(&place);
+        message.lParam = reinterpret_cast<LPARAM>(&position);
         QCOMPARE(answerTo(message), std::optional<qintptr>(0));
-        QCOMPARE(place.flags, UINT(SWP_NOSIZE | 0x0010));
+        QCOMPARE(position.flags, UINT(SWP_NOSIZE | 0x0010));
     }
 
     void otherMessagesAndOtherEventTypesAreLeftAlone()

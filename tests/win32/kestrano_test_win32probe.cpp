@@ -15,7 +15,7 @@
 //   post WINDOW MESSAGE WPARAM LPARAM   posts a message
 //   command WINDOW COMMAND              gives a system command; whether the window is minimised when it has been obeyed
 //   front WINDOW                        asks it to come to the front, as a taskbar does
-//   place WINDOW                        puts it before the others; it may activate itself
+//   raise WINDOW                        puts it before the others; it may activate itself
 //   crash PROCESS                       makes one of its threads read what is not there
 //   input                               when Windows last heard of a key or the pointer, and where the pointer is
 //   store KEY NAME VALUE                stores a text in the registry of the user
@@ -109,7 +109,7 @@ QJsonObject describe(HWND window)
             {QStringLiteral("process"), static_cast<qint64>(processId)},
             {QStringLiteral("program"), programOf(processId)},
             {QStringLiteral("title"), titleOf(window)},
-            {QStringLiteral("place"), rectangle(rect)},
+            {QStringLiteral("position"), rectangle(rect)},
             {QStringLiteral("visible"), IsWindowVisible(window) != 0},
             {QStringLiteral("minimised"), IsIconic(window) != 0},
             {QStringLiteral("foreground"), GetForegroundWindow() == window},
@@ -161,7 +161,7 @@ Answer bringToFront(const QStringList& arguments)
 }
 
 /// Without SWP_NOACTIVATE: the window becomes the active one unless it refuses.
-Answer placeInFront(const QStringList& arguments)
+Answer raiseWindow(const QStringList& arguments)
 {
     return doneIf(SetWindowPos(toWindow(arguments.at(0)), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE) != 0);
 }
@@ -316,7 +316,7 @@ const std::map<QString, Question>& questions()
     static const std::map<QString, Question> table{
         {QStringLiteral("windows"), {0, sayWindows}}, {QStringLiteral("post"), {4, post}},
         {QStringLiteral("command"), {2, command}},    {QStringLiteral("front"), {1, bringToFront}},
-        {QStringLiteral("place"), {1, placeInFront}}, {QStringLiteral("crash"), {1, crash}},
+        {QStringLiteral("raise"), {1, raiseWindow}},  {QStringLiteral("crash"), {1, crash}},
         {QStringLiteral("input"), {0, sayInput}},     {QStringLiteral("store"), {3, store}},
         {QStringLiteral("forget"), {1, forget}},      {QStringLiteral("stored"), {1, sayStored}}};
     return table;

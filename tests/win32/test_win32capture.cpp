@@ -34,16 +34,16 @@ constexpr QPoint kSaveButton(15, 15);
 constexpr QPoint kPenButton(45, 15);
 constexpr QPoint kClearButton(75, 15);
 
-QColor colourAt(const QImage& image, const QPoint& place)
+QColor colourAt(const QImage& image, const QPoint& position)
 {
-    return meanColour(image, place, 2);
+    return meanColour(image, position, 2);
 }
 
 /// The window of the program that is as large as this, once it is shown.
 std::optional<WindowsWindow> awaitWindow(const QSize& size)
 {
     return win32user::awaitWindow([&size](const WindowsWindow& window) {
-        return window.program == QLatin1String("kestrano.exe") && window.place.size() == size;
+        return window.program == QLatin1String("kestrano.exe") && window.position.size() == size;
     });
 }
 
@@ -125,13 +125,13 @@ void TestWin32Capture::aDraggedRegionIsRecordedAndNothingElse()
     const MediaFile file(WineDesktop::unixPath(take.path));
     QVERIFY2(file.isReadable(), qPrintable(file.error()));
     QCOMPARE(file.video()->size, kTarget.size());
-    const QImage picture = file.frameAt(file.durationSeconds() / 2);
-    const QRect all = picture.rect().adjusted(4, 4, -4, -4);
+    const QImage image = file.frameAt(file.durationSeconds() / 2);
+    const QRect all = image.rect().adjusted(4, 4, -4, -4);
     for (const QPoint& corner : {all.topLeft(), all.topRight(), all.bottomLeft(), all.bottomRight()})
-        QVERIFY2(colourDistance(colourAt(picture, corner), Qt::white) <= kTolerance,
-                 qPrintable(colourAt(picture, corner).name()));
-    QVERIFY2(colourDistance(colourAt(picture, all.center()), QColor(128, 128, 128)) <= kTolerance,
-             qPrintable(colourAt(picture, all.center()).name()));
+        QVERIFY2(colourDistance(colourAt(image, corner), Qt::white) <= kTolerance,
+                 qPrintable(colourAt(image, corner).name()));
+    QVERIFY2(colourDistance(colourAt(image, all.center()), QColor(128, 128, 128)) <= kTolerance,
+             qPrintable(colourAt(image, all.center()).name()));
 }
 
 QDir TestWin32Capture::keepShotsIn(Win32Program& program)
@@ -169,10 +169,10 @@ void TestWin32Capture::theScreenshotHotkeyAndEnterSaveTheWholeScreen()
     QVERIFY(win32user::awaitScreenshotBar());
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
     const QString path = awaitShot(shots);
-    const QImage picture(path);
-    QCOMPARE(picture.size(), QGuiApplication::primaryScreen()->size());
-    QCOMPARE(picture.pixelColor(kTarget.topLeft() + QPoint(10, 10)), QColor(Qt::white));
-    QCOMPARE(picture.pixelColor(kTarget.center()), QColor(128, 128, 128));
+    const QImage image(path);
+    QCOMPARE(image.size(), QGuiApplication::primaryScreen()->size());
+    QCOMPARE(image.pixelColor(kTarget.topLeft() + QPoint(10, 10)), QColor(Qt::white));
+    QCOMPARE(image.pixelColor(kTarget.center()), QColor(128, 128, 128));
 
     QFile library(program.dataFolder().filePath(QStringLiteral("file_data.json")));
     QVERIFY(library.open(QIODevice::ReadOnly));
@@ -206,16 +206,16 @@ void TestWin32Capture::aDraggedRegionIsShotAsItIsOrWithAStroke()
         win32user::press({"Return"});
     }
 
-    const QImage picture(awaitShot(shots));
-    QCOMPARE(picture.size(), kTarget.size());
-    const QColor drawnOn = picture.pixelColor(stroke - kTarget.topLeft());
+    const QImage image(awaitShot(shots));
+    QCOMPARE(image.size(), kTarget.size());
+    const QColor drawnOn = image.pixelColor(stroke - kTarget.topLeft());
     QCOMPARE(drawnOn, draws ? QColor(Qt::red) : QColor(Qt::white));
     // With the pen on, the frame is a window that is nearly see-through, below which Wine shows nothing but black.
     if (draws)
         return;
-    QCOMPARE(picture.pixelColor(0, 0), QColor(Qt::white));
-    QCOMPARE(picture.pixelColor(picture.rect().bottomRight()), QColor(Qt::white));
-    QCOMPARE(picture.pixelColor(picture.rect().center()), QColor(128, 128, 128));
+    QCOMPARE(image.pixelColor(0, 0), QColor(Qt::white));
+    QCOMPARE(image.pixelColor(image.rect().bottomRight()), QColor(Qt::white));
+    QCOMPARE(image.pixelColor(image.rect().center()), QColor(128, 128, 128));
 }
 
 void TestWin32Capture::aPickedWindowIsShotAndNothingElse()
@@ -229,10 +229,10 @@ void TestWin32Capture::aPickedWindowIsShotAndNothingElse()
     QVERIFY(win32user::awaitScreenshotBar());
     ProgramUnderTest::pressKey(QStringLiteral("Return"));
 
-    const QImage picture(awaitShot(shots));
-    QCOMPARE(picture.size(), kButton.size());
-    for (const QPoint& place : {picture.rect().topLeft(), picture.rect().center(), picture.rect().bottomRight()})
-        QCOMPARE(picture.pixelColor(place), QColor(128, 128, 128));
+    const QImage image(awaitShot(shots));
+    QCOMPARE(image.size(), kButton.size());
+    for (const QPoint& position : {image.rect().topLeft(), image.rect().center(), image.rect().bottomRight()})
+        QCOMPARE(image.pixelColor(position), QColor(128, 128, 128));
 }
 
 bool TestWin32Capture::bringTargetToFront()
@@ -251,7 +251,7 @@ std::optional<WindowsWindow> TestWin32Capture::pointAtButton()
         if (!WineDesktop::pointTo(kTarget.topLeft() + QPoint(10, 10)) || !WineDesktop::pointTo(kButton.center()))
             return std::nullopt;
         const auto frame = WineDesktop::visibleWindow(QString(), kTimeoutMs);
-        if (frame && frame->place.size() == kButton.size())
+        if (frame && frame->position.size() == kButton.size())
             return frame;
         QTest::qWait(kPollMs);
     } while (!waited.hasExpired(kTimeoutMs));
@@ -267,7 +267,7 @@ void TestWin32Capture::theHookFramesTheDeepestWindowAndSwallowsNoClick()
     const auto frame = pointAtButton();
     QVERIFY(frame);
     QCOMPARE(WineDesktop::visibleWindow(QString(), kTimeoutMs)->handle, frame->handle);
-    QCOMPARE(frame->place, kButton);
+    QCOMPARE(frame->position, kButton);
     QVERIFY(frame->isTopmost);
 
     m_target.readAll();

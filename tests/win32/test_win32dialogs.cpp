@@ -12,8 +12,8 @@ namespace {
 
 /// Starting and ending one takes longer on a busy machine.
 constexpr int kRecordingTimeoutMs = 60'000;
-/// A place in the main window, left of and below every dialog.
-constexpr QPoint kEmptyPlace(76, 420);
+/// A position in the main window, left of and below every dialog.
+constexpr QPoint kEmptyPosition(76, 420);
 
 using WayToClose = bool (*)(const WindowsWindow&);
 
@@ -25,7 +25,7 @@ bool pressEscape(const WindowsWindow& /*window*/)
 
 bool clickCloseButton(const WindowsWindow& window)
 {
-    return click(window, QPoint(window.place.width() - 24, 20));
+    return click(window, QPoint(window.position.width() - 24, 20));
 }
 
 // From the format of the recordings.
@@ -160,9 +160,9 @@ void TestWin32Dialogs::aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryWay
     const auto title = QStringLiteral("About");
     auto window = choose(entry, title);
     QVERIFY(window);
-    const QPoint off = window->place.center() - m_main.place.center();
+    const QPoint off = window->position.center() - m_main.position.center();
     QVERIFY2(off.manhattanLength() <= 2, qPrintable(QStringLiteral("%1 %2").arg(off.x()).arg(off.y())));
-    QVERIFY(click(m_main, kEmptyPlace) && click(m_main, kSettingsButton));
+    QVERIFY(click(m_main, kEmptyPosition) && click(m_main, kSettingsButton));
     // The recording's hotkey as well: the dialog would be recorded.
     press({"F9"});
     QVERIFY(awaitReady(window->title));

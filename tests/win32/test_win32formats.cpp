@@ -10,8 +10,8 @@
 
 namespace {
 
-/// Wine puts a window's drawing on the screen in pieces, and the recorder sees some pictures in between.
-constexpr formatjudge::Allowance kAllowance{.clockDrift = 0.15, .soundServer = 0.1, .tornPictures = 0.15};
+/// Wine puts a window's drawing on the screen in pieces, and the recorder sees some frames in between.
+constexpr formatjudge::Allowance kAllowance{.clockDrift = 0.15, .soundServer = 0.1, .tornFrames = 0.15};
 
 } // namespace
 

@@ -17,7 +17,7 @@ namespace {
 
 // Places in the main window.
 constexpr QPoint kDeleteSelected(731, 433);
-constexpr QPoint kEmptyPlace(76, 420);
+constexpr QPoint kEmptyPosition(76, 420);
 
 /// Across a row of the list, from the left edge of the main window.
 enum Column
@@ -27,7 +27,7 @@ enum Column
     DeleteIcon = 799
 };
 
-QPoint rowPlace(int row, Column column)
+QPoint rowPosition(int row, Column column)
 {
     constexpr int kFirstRow = 117;
     constexpr int kRowHeight = 32;
@@ -52,7 +52,7 @@ private slots:
     void cleanup() { m_program.reset(); }
 
     void libraryDropsWhatIsGoneAndShowsAFileInItsFolder();
-    void oneFileIsDeletedFromTheListOrFromDiskAsTold();
+    void oneFileIsDeletedFromTheListOrFromDiskAsAsked();
     void selectedFilesAreDeletedFromDiskTogether();
 
 private:
@@ -63,8 +63,8 @@ private:
     void startWithFiles(const QStringList& names, const QStringList& gone = {});
     /// The names in the list as it is stored.
     QStringList listed() const;
-    /// Clicks elsewhere first: a second click at the same place would make it a double one.
-    bool clickMain(const QPoint& place) const { return click(m_main, kEmptyPlace) && click(m_main, place); }
+    /// Clicks elsewhere first: a second click at the same position would make it a double one.
+    bool clickMain(const QPoint& position) const { return click(m_main, kEmptyPosition) && click(m_main, position); }
     /// Answers the box that asks before a deletion. Whether it came and went.
     static bool answerBox(const QStringList& keys);
 
@@ -117,37 +117,37 @@ void TestWin32Library::libraryDropsWhatIsGoneAndShowsAFileInItsFolder()
 {
     startWithFiles({"new.mp4", "gone.mp4", "old.mp4"}, {"gone.mp4"});
     QCOMPARE(listed(), QStringList({"new.mp4", "old.mp4"}));
-    QVERIFY(clickMain(rowPlace(1, FolderIcon)));
+    QVERIFY(clickMain(rowPosition(1, FolderIcon)));
     const auto explorer = awaitWindow([](const WindowsWindow& window) {
         return window.program == QLatin1String("explorer.exe") && window.title == QLatin1String("made");
     });
     QVERIFY(explorer && closeBySystem(*explorer));
     QVERIFY(awaitReady(m_main.title));
     // The second row is the third file's, and its icon opened no box.
-    QVERIFY(clickMain(rowPlace(1, DeleteIcon)));
+    QVERIFY(clickMain(rowPosition(1, DeleteIcon)));
     QVERIFY(answerBox(kDelete));
     QTRY_COMPARE_WITH_TIMEOUT(listed(), QStringList{"new.mp4"}, kTimeoutMs);
 }
 
-void TestWin32Library::oneFileIsDeletedFromTheListOrFromDiskAsTold()
+void TestWin32Library::oneFileIsDeletedFromTheListOrFromDiskAsAsked()
 {
     const QStringList all{"a.mp4", "b.mp4", "c.mp4"};
     startWithFiles(all);
     for (const QStringList& answer : {QStringList{"Escape"}, QStringList{"Return"}, kCheckAndCancel}) {
-        QVERIFY(clickMain(rowPlace(1, DeleteIcon)));
+        QVERIFY(clickMain(rowPosition(1, DeleteIcon)));
         QVERIFY(answerBox(answer));
     }
-    QVERIFY(clickMain(rowPlace(1, DeleteIcon)));
+    QVERIFY(clickMain(rowPosition(1, DeleteIcon)));
     const auto box = awaitReady(QStringLiteral("Delete"));
     QVERIFY(box && closeBySystem(*box) && awaitGone(box->title) && awaitReady(m_main.title));
     QCOMPARE(listed(), all);
     QCOMPARE(made().entryList(QDir::Files), all);
 
-    QVERIFY(clickMain(rowPlace(1, DeleteIcon)));
+    QVERIFY(clickMain(rowPosition(1, DeleteIcon)));
     QVERIFY(answerBox(kDelete));
     QTRY_COMPARE_WITH_TIMEOUT(listed(), QStringList({"a.mp4", "c.mp4"}), kTimeoutMs);
     QCOMPARE(made().entryList(QDir::Files), all);
-    QVERIFY(clickMain(rowPlace(1, DeleteIcon)));
+    QVERIFY(clickMain(rowPosition(1, DeleteIcon)));
     QVERIFY(answerBox(kDeleteFromDisk));
     QTRY_COMPARE_WITH_TIMEOUT(listed(), QStringList({"a.mp4"}), kTimeoutMs);
     QTRY_COMPARE_WITH_TIMEOUT(made().entryList(QDir::Files), QStringList({"a.mp4", "b.mp4"}), kTimeoutMs);
@@ -157,8 +157,8 @@ void TestWin32Library::selectedFilesAreDeletedFromDiskTogether()
 {
     const QStringList all{"a.mp4", "b.mp4", "c.mp4"};
     startWithFiles(all);
-    QVERIFY(clickMain(rowPlace(0, Name)) && xdotool({"keydown", "ctrl"}));
-    const bool selected = click(m_main, rowPlace(2, Name));
+    QVERIFY(clickMain(rowPosition(0, Name)) && xdotool({"keydown", "ctrl"}));
+    const bool selected = click(m_main, rowPosition(2, Name));
     QVERIFY(xdotool({"keyup", "ctrl"}) && selected);
     QVERIFY(clickMain(kDeleteSelected));
     QVERIFY(answerBox(kCheckAndCancel));

@@ -172,7 +172,7 @@ void TestWin32Program::anAccessViolationLeavesACrashReport()
     Win32Program program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     const auto window = Win32Program::mainWindowAsWindowsKnowsIt(false, kWindowTimeoutMs);
-    QVERIFY(window && WineDesktop::tell({QStringLiteral("crash"), QString::number(window->process)}));
+    QVERIFY(window && WineDesktop::request({QStringLiteral("crash"), QString::number(window->process)}));
     const QDir logs(program.dataFolder().filePath(QStringLiteral("logs")));
     QTRY_COMPARE_WITH_TIMEOUT(logs.entryList({"crash_*.dmp"}, QDir::Files).size(), 1, kWindowTimeoutMs);
     QFile report(logs.filePath(logs.entryList({"crash_*.dmp"}, QDir::Files).constFirst()));

@@ -165,11 +165,11 @@ void TestWin32Recording::theHeldWindowTakesNoFocusFromAnother()
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
     const auto held = Win32Program::mainWindowAsWindowsKnowsIt(true, kTimeoutMs);
     QVERIFY(held);
-    const QStringList placeBeforeOthers{QStringLiteral("place"), QString::number(held->handle)};
+    const QStringList raiseHeld{QStringLiteral("raise"), QString::number(held->handle)};
     const int64_t another = bringAnotherToFront();
     QVERIFY(win32user::awaitFront(another));
     // The window has refused, or not, by the time of the answer.
-    QVERIFY(WineDesktop::tell(placeBeforeOthers));
+    QVERIFY(WineDesktop::request(raiseHeld));
     QVERIFY(win32user::isInFront(another));
     endTake(program, take);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
@@ -177,7 +177,7 @@ void TestWin32Recording::theHeldWindowTakesNoFocusFromAnother()
     // Afterwards the same request is obeyed.
     QVERIFY(bringAnotherToFront() == another);
     QVERIFY(win32user::awaitFront(another));
-    QVERIFY(WineDesktop::tell(placeBeforeOthers));
+    QVERIFY(WineDesktop::request(raiseHeld));
     QVERIFY(win32user::awaitFront(held->handle));
     other.kill();
     other.waitForFinished();

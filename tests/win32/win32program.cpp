@@ -20,7 +20,7 @@ const auto kFolders = QStringLiteral("Software\\Microsoft\\Windows\\CurrentVersi
 
 bool store(const QString& key, const QString& name, const QString& value)
 {
-    return WineDesktop::tell({QStringLiteral("store"), key, name, value});
+    return WineDesktop::request({QStringLiteral("store"), key, name, value});
 }
 
 } // namespace
@@ -45,7 +45,7 @@ QDir Win32Program::dataFolder() const
 
 bool Win32Program::writeSettings()
 {
-    bool done = WineDesktop::tell({QStringLiteral("forget"), kKey});
+    bool done = WineDesktop::request({QStringLiteral("forget"), kKey});
     for (const auto& [name, folder] : {std::pair{"AppData", "AppData/Roaming"},
                                        {"Local AppData", "AppData/Local"},
                                        {"My Video", "Films"},
@@ -102,7 +102,7 @@ QList<x11clients::Window> Win32Program::windows()
     const QList<WindowsWindow> all = WineDesktop::windows();
     for (const WindowsWindow& window : all)
         if (window.isVisible && window.program == QLatin1String("kestrano.exe"))
-            windows.append({static_cast<uint32_t>(window.handle), window.title, window.place, window.isMinimised});
+            windows.append({static_cast<uint32_t>(window.handle), window.title, window.position, window.isMinimised});
     return windows;
 }
 
@@ -130,13 +130,13 @@ void Win32Program::askToEnd()
     const QList<WindowsWindow> all = WineDesktop::windows();
     for (const WindowsWindow& window : all)
         if (window.program == QLatin1String("kestrano.exe") && window.title == QLatin1String("Kestrano"))
-            WineDesktop::tell({QStringLiteral("post"), QString::number(window.handle), QString::number(kCloseMessage),
-                               QStringLiteral("0"), QStringLiteral("0")});
+            WineDesktop::request({QStringLiteral("post"), QString::number(window.handle),
+                                  QString::number(kCloseMessage), QStringLiteral("0"), QStringLiteral("0")});
 }
 
 WindowsPerformance::~WindowsPerformance()
 {
-    for (QProcess* process : {&m_picture, &m_tone}) {
+    for (QProcess* process : {&m_patternProcess, &m_tone}) {
         process->terminate();
         if (process->state() != QProcess::NotRunning && !process->waitForFinished())
             process->kill();
@@ -147,7 +147,7 @@ WindowsPerformance::~WindowsPerformance()
 QString WindowsPerformance::begin(int numbersPerSecond)
 {
     QString failure =
-        WineDesktop::launch(m_picture, QStringLiteral("kestrano_test_pattern"),
+        WineDesktop::launch(m_patternProcess, QStringLiteral("kestrano_test_pattern"),
                             {QStringLiteral("--rate"), QString::number(numbersPerSecond), QStringLiteral("--motion"),
                              QStringLiteral("--clock-ahead"), QString::number(WineDesktop::clockAheadNs())});
     if (!failure.isEmpty())

@@ -55,6 +55,6 @@ public:
     ~WindowsPerformance();
 
 private:
-    QProcess m_picture;
+    QProcess m_patternProcess;
     QProcess m_tone;
 };

@@ -33,7 +33,7 @@ std::optional<WindowsWindow> startInFront(Win32Program& program)
 
 bool bringToFront(const WindowsWindow& window)
 {
-    return WineDesktop::tell({QStringLiteral("front"), QString::number(window.handle)});
+    return WineDesktop::request({QStringLiteral("front"), QString::number(window.handle)});
 }
 
 void press(const QStringList& keys)
@@ -41,16 +41,16 @@ void press(const QStringList& keys)
     xdotool(QStringList{QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("40")} + keys);
 }
 
-bool click(const WindowsWindow& window, const QPoint& place)
+bool click(const WindowsWindow& window, const QPoint& position)
 {
-    return WineDesktop::pointTo(window.place.topLeft() + place) && xdotool({"click", "1"});
+    return WineDesktop::pointTo(window.position.topLeft() + position) && xdotool({"click", "1"});
 }
 
 bool drag(const QPoint& from, const QPoint& to)
 {
     bool done = WineDesktop::pointTo(from) && xdotool({"mousedown", "1"});
-    for (const QPoint& place : {(from + to) / 2, to})
-        done = WineDesktop::pointTo(place) && done;
+    for (const QPoint& position : {(from + to) / 2, to})
+        done = WineDesktop::pointTo(position) && done;
     return xdotool({"mouseup", "1"}) && done;
 }
 
@@ -58,8 +58,8 @@ bool closeBySystem(const WindowsWindow& window)
 {
     constexpr int kSystemCommand = 0x0112;
     constexpr int kClose = 0xF060;
-    return WineDesktop::tell({QStringLiteral("post"), QString::number(window.handle), QString::number(kSystemCommand),
-                              QString::number(kClose), QStringLiteral("0")});
+    return WineDesktop::request({QStringLiteral("post"), QString::number(window.handle),
+                                 QString::number(kSystemCommand), QString::number(kClose), QStringLiteral("0")});
 }
 
 std::optional<WindowsWindow> awaitWindow(const std::function<bool(const WindowsWindow&)>& isIt)
@@ -69,7 +69,7 @@ std::optional<WindowsWindow> awaitWindow(const std::function<bool(const WindowsW
     do {
         const QList<WindowsWindow> windows = WineDesktop::windows();
         const auto found = std::find_if(windows.begin(), windows.end(), [&isIt](const WindowsWindow& window) {
-            return window.isVisible && isIt(window) && WineDesktop::isShown(window.place);
+            return window.isVisible && isIt(window) && WineDesktop::isShown(window.position);
         });
         if (found != windows.end())
             return *found;
@@ -84,7 +84,7 @@ std::optional<WindowsWindow> awaitReady(const QString& title, int timeoutMs)
     waited.start();
     do {
         auto window = WineDesktop::visibleWindow(title, timeoutMs);
-        if (window && window->isForeground && WineDesktop::isShown(window->place))
+        if (window && window->isForeground && WineDesktop::isShown(window->position))
             return window;
         QTest::qWait(kPollMs);
     } while (!waited.hasExpired(timeoutMs));
@@ -95,7 +95,7 @@ std::optional<WindowsWindow> awaitScreenshotBar()
 {
     constexpr int kHeight = 30;
     const auto bar = awaitWindow(
-        [](const WindowsWindow& window) { return isOfProgram(window) && window.place.height() == kHeight; });
+        [](const WindowsWindow& window) { return isOfProgram(window) && window.position.height() == kHeight; });
     return bar && awaitReady(QStringLiteral("Screenshot")) ? bar : std::nullopt;
 }
 

@@ -25,9 +25,9 @@ std::optional<WindowsWindow> startInFront(Win32Program& program);
 bool bringToFront(const WindowsWindow& window);
 
 void press(const QStringList& keys);
-/// @param place from the window's top left corner.
-bool click(const WindowsWindow& window, const QPoint& place);
-/// Presses the left button at the first place, goes to the second one, and lets go.
+/// @param position from the window's top left corner.
+bool click(const WindowsWindow& window, const QPoint& position);
+/// Presses the left button at the first position, goes to the second one, and releases it.
 bool drag(const QPoint& from, const QPoint& to);
 
 /// What Alt+F4 and the taskbar do; outside Wine the window manager keeps the key itself.

@@ -55,14 +55,14 @@ WindowsWindow::Layer layerFrom(const QJsonObject& layer)
 WindowsWindow windowFrom(const QJsonObject& object)
 {
     const auto flag = [&object](const char* name) { return object.value(QLatin1String(name)).toBool(); };
-    const QJsonObject place = object.value(QLatin1String("place")).toObject();
-    const auto pixels = [&place](const char* name) { return place.value(QLatin1String(name)).toInt(); };
+    const QJsonObject position = object.value(QLatin1String("position")).toObject();
+    const auto pixels = [&position](const char* name) { return position.value(QLatin1String(name)).toInt(); };
     WindowsWindow window;
     window.handle = object.value(QLatin1String("handle")).toInteger();
     window.process = object.value(QLatin1String("process")).toInteger();
     window.program = object.value(QLatin1String("program")).toString();
     window.title = object.value(QLatin1String("title")).toString();
-    window.place = QRect(pixels("left"), pixels("top"), pixels("width"), pixels("height"));
+    window.position = QRect(pixels("left"), pixels("top"), pixels("width"), pixels("height"));
     window.isVisible = flag("visible");
     window.isMinimised = flag("minimised");
     window.isForeground = flag("foreground");
@@ -98,8 +98,8 @@ bool storeDesktopSettings(const QSize& size)
            regedit.exitCode() == 0;
 }
 
-/// Whether the window or one in it is there to be seen at that place, from the parent's top left corner.
-bool isShownIn(xcb_connection_t* connection, xcb_window_t parent, const QRect& place)
+/// Whether the window or one in it is there to be seen at that position, from the parent's top left corner.
+bool isShownIn(xcb_connection_t* connection, xcb_window_t parent, const QRect& position)
 {
     const Reply<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(connection, xcb_query_tree(connection, parent), nullptr));
@@ -114,8 +114,8 @@ bool isShownIn(xcb_connection_t* connection, xcb_window_t parent, const QRect& p
             xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, child), nullptr));
         if (!is || !attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE)
             continue;
-        if (QRect(is->x, is->y, is->width, is->height) == place ||
-            isShownIn(connection, child, place.translated(-is->x, -is->y)))
+        if (QRect(is->x, is->y, is->width, is->height) == position ||
+            isShownIn(connection, child, position.translated(-is->x, -is->y)))
             return true;
     }
     return false;
@@ -227,26 +227,26 @@ std::optional<WindowsWindow> WineDesktop::visibleWindow(const QString& title, in
     return std::nullopt;
 }
 
-bool WineDesktop::isShown(const QRect& place)
+bool WineDesktop::isShown(const QRect& position)
 {
     const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(xcb_connect(nullptr, nullptr),
                                                                                   &xcb_disconnect);
     if (xcb_connection_has_error(connection.get()) != 0)
         return false;
     const xcb_screen_t* const screen = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data;
-    return isShownIn(connection.get(), screen->root, place);
+    return isShownIn(connection.get(), screen->root, position);
 }
 
-bool WineDesktop::pointTo(const QPoint& place)
+bool WineDesktop::pointTo(const QPoint& position)
 {
     const auto input = [] { return ask({QStringLiteral("input")}).value_or(QJsonValue()).toObject(); };
-    const auto isThere = [&place](const QJsonObject& now) {
-        return QPoint(now.value(QLatin1String("x")).toInt(-1), now.value(QLatin1String("y")).toInt(-1)) == place;
+    const auto isThere = [&position](const QJsonObject& now) {
+        return QPoint(now.value(QLatin1String("x")).toInt(-1), now.value(QLatin1String("y")).toInt(-1)) == position;
     };
     const QJsonObject before = input();
     if (isThere(before))
         return true;
-    if (!::pointTo(place))
+    if (!::pointTo(position))
         return false;
     QElapsedTimer waited;
     waited.start();

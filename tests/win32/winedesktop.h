@@ -29,7 +29,7 @@ struct WindowsWindow
     int64_t process = 0;
     QString program; ///< File name of the program that it belongs to.
     QString title;
-    QRect place; ///< Pixels of the desktop.
+    QRect position; ///< Pixels of the desktop.
     bool isVisible = false;
     bool isMinimised = false;
     bool isForeground = false;
@@ -42,7 +42,7 @@ struct WindowsWindow
 ///
 /// tools/test-windows prepares what it needs and says in the environment where: WINEPREFIX and what goes with it,
 /// KESTRANO_WINDOWS_BUILD (the folder of the Windows build) and KESTRANO_WINDOWS_PROGRAM (the folder of the program,
-/// laid out so that Wine can run it).
+/// laid out for Wine).
 class WineDesktop
 {
 public:
@@ -54,7 +54,7 @@ public:
     /// Makes the desktop. Empty on success, else what went wrong.
     QString begin();
 
-    /// The path as a Windows program has to be told it.
+    /// The path as a Windows program takes it.
     static QString windowsPath(const QString& path);
     /// The path that a Windows program says, as this system knows it.
     static QString unixPath(const QString& windowsPath);
@@ -68,17 +68,17 @@ public:
     /// Asks the probe (kestrano_test_win32probe says what there is to ask). Nothing when the question failed.
     static std::optional<QJsonValue> ask(const QStringList& question);
     /// The same, where the answer has nothing to say.
-    static bool tell(const QStringList& question) { return ask(question).has_value(); }
+    static bool request(const QStringList& question) { return ask(question).has_value(); }
 
     /// All top-level windows, from the front to the back.
     static QList<WindowsWindow> windows();
     /// The visible window of the program with this title, once there is one; an empty title: any.
     static std::optional<WindowsWindow> visibleWindow(const QString& title, int timeoutMs);
-    /// Whether the X display shows a window at that place in its full size. Windows knows of a window before it is
+    /// Whether the X display shows a window at that position in its full size. Windows knows of a window before it is
     /// shown, and until then the pointer goes to what lies below.
-    static bool isShown(const QRect& place);
+    static bool isShown(const QRect& position);
     /// Moves the pointer and waits until Windows has heard of it, which it does later than of a button.
-    static bool pointTo(const QPoint& place);
+    static bool pointTo(const QPoint& position);
 
     /// The values at and below a key of the user's registry, by their names with those of the keys before them
     /// ("general/language"). One that is no text is empty.
