@@ -5,7 +5,7 @@
 #
 # Along the top edge BITS square blocks show the frame's number in binary, white for 1, the lowest bit on the right. A
 # blue bar travels across the middle; the lowest quarter is pure red, green and blue, a third of the width each. Only
-# what changes is drawn, so that the pattern costs its viewer next to nothing.
+# what changes is drawn: the pattern costs its viewer next to nothing.
 lassign $argv width height rate bits
 
 set block [expr {$width / $bits}]
@@ -39,7 +39,7 @@ foreach {name index colour} {red 0 #FF0000 green 1 #00FF00 blue 2 #0000FF} {
     part .$name $left $patchTop [expr {$width * ($index + 1) / 3 - $left}] [expr {$height - $patchTop}] $colour
 }
 
-# Shows frame number `frame` and plans the next one by the clock, so that lateness does not add up.
+# Shows frame number `frame` and plans the next one by the clock: lateness does not add up.
 proc show {frame} {
     global blocks bar bits rate width laneHeight barWidth start
     for {set bit 0} {$bit < $bits} {incr bit} {
