@@ -22,7 +22,7 @@ function(kestrano_add_windows_resources target)
   target_sources(${target} PRIVATE "${script}")
 endfunction()
 
-# The program where the system looks for it; KestranoObsData installs the folder that stands beside it.
+# The program where the system looks for it; KestranoObsData installs the folder beside it.
 function(kestrano_install target)
   install(TARGETS ${target} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
   install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/COPYING" DESTINATION "${CMAKE_INSTALL_DOCDIR}")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Assembles the folder "obs-data" that stands beside the executable: the plug-ins of libobs that the program loads and their
+# Assembles the folder "obs-data" beside the executable: the plug-ins of libobs that the program loads and their
 # data. In the build folder it is made when configuring; install() gives the same layout.
 #
 #   obs-data/obs-plugins/64bit/<module>         the plug-ins

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Makes a Windows installation stand alone: the Qt plug-ins that the program opens while it runs, and every DLL that it,
+# Makes a Windows installation complete: the Qt plug-ins that the program opens while it runs, and every DLL that it,
 # the plug-ins and libobs are linked with. Elsewhere these come with the distribution.
 #
 # The same steps serve a build on Windows and one for Windows. Qt's own deployment tool is not used: it takes all the
