@@ -8,13 +8,17 @@
 
 namespace platform {
 
-/// Memory that processes share by a key, under the name that QSharedMemory makes of it. On Windows the segment's own
-/// lock guards reads and writes. On X11 systems it has none (docs/single-instance.md): the caller holds a
-/// platform::InstanceLock during every call.
+/// Memory that processes share by a key, under the name that QSharedMemory makes of it. On Windows it is a QSharedMemory,
+/// whose lock guards reads and writes. On X11 systems it is a System V segment without a lock (docs/single-instance.md):
+/// the caller holds a platform::InstanceLock during every call.
 class SharedSegment
 {
 public:
-    explicit SharedSegment(QString key);
+    explicit SharedSegment(const QString& key);
+    /// Detaches.
+    ~SharedSegment();
+    SharedSegment(const SharedSegment&) = delete;
+    SharedSegment& operator=(const SharedSegment&) = delete;
 
     /// False where there is none of that key, or the user may not.
     bool attach();
@@ -25,11 +29,11 @@ public:
     /// The last one to detach removes the segment.
     void detach();
 
-    bool isAttached() const { return m_memory->isAttached(); }
+    bool isAttached() const;
 
     /// Of the last attach() or create() that failed.
-    QSharedMemory::SharedMemoryError error() const { return m_error; }
-    QString errorString() const { return m_errorString; }
+    QSharedMemory::SharedMemoryError error() const;
+    QString errorString() const;
 
     /// False where the attached segment has fewer bytes.
     bool read(void* destination, qsizetype size);
@@ -37,15 +41,8 @@ public:
     void write(const void* source, qsizetype size);
 
 private:
-    static std::unique_ptr<QSharedMemory> makeMemory(const QString& key);
-
-    bool noteResult(bool succeeded);
-    void forget();
-
-    QString m_key;
-    std::unique_ptr<QSharedMemory> m_memory;
-    QSharedMemory::SharedMemoryError m_error = QSharedMemory::NoError;
-    QString m_errorString;
+    struct Private;
+    std::unique_ptr<Private> m_private;
 };
 
 } // namespace platform

@@ -33,24 +33,69 @@ private:
 
 } // namespace
 
-std::unique_ptr<QSharedMemory> SharedSegment::makeMemory(const QString& key)
+struct SharedSegment::Private
 {
-    return std::make_unique<QSharedMemory>(key);
+    QSharedMemory memory;
+};
+
+SharedSegment::SharedSegment(const QString& key) : m_private(std::make_unique<Private>())
+{
+    m_private->memory.setKey(key);
+}
+
+SharedSegment::~SharedSegment() = default;
+
+bool SharedSegment::attach()
+{
+    return m_private->memory.attach();
+}
+
+bool SharedSegment::create(qsizetype size)
+{
+    QSharedMemory& memory = m_private->memory;
+    if (memory.create(size))
+        return true;
+    // Qt keeps the handle of a segment that exists already, and with it the segment.
+    const QString key = memory.key();
+    memory.setKey(QString());
+    memory.setKey(key);
+    return false;
+}
+
+void SharedSegment::detach()
+{
+    m_private->memory.detach();
+}
+
+bool SharedSegment::isAttached() const
+{
+    return m_private->memory.isAttached();
+}
+
+QSharedMemory::SharedMemoryError SharedSegment::error() const
+{
+    return m_private->memory.error();
+}
+
+QString SharedSegment::errorString() const
+{
+    return m_private->memory.errorString();
 }
 
 bool SharedSegment::read(void* destination, qsizetype size)
 {
-    if (m_memory->size() < size)
+    QSharedMemory& memory = m_private->memory;
+    if (memory.size() < size)
         return false;
-    const SegmentLocker locker(*m_memory);
-    std::memcpy(destination, m_memory->constData(), static_cast<std::size_t>(size));
+    const SegmentLocker locker(memory);
+    std::memcpy(destination, memory.constData(), static_cast<std::size_t>(size));
     return true;
 }
 
 void SharedSegment::write(const void* source, qsizetype size)
 {
-    const SegmentLocker locker(*m_memory);
-    std::memcpy(m_memory->data(), source, static_cast<std::size_t>(size));
+    const SegmentLocker locker(m_private->memory);
+    std::memcpy(m_private->memory.data(), source, static_cast<std::size_t>(size));
 }
 
 } // namespace platform

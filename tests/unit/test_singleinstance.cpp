@@ -8,7 +8,6 @@
 #include "tests/support/testregistry.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QProcess>
 #include <QSharedMemory>
 #include <QTest>
@@ -268,17 +267,6 @@ private slots:
         std::array<char, 8> bytes{};
         QVERIFY(segment.read(bytes.data(), bytes.size()));
         QVERIFY(!segment.read(bytes.data(), small.size() + 1));
-    }
-
-    void noLockIsMadeThatOutlivesItsHolder()
-    {
-        SingleInstance first(m_key);
-        QCOMPARE(first.claim(), Role::First);
-        SingleInstance second(m_key);
-        QCOMPARE(second.claim(), Role::Second);
-        first.publish(1, QCoreApplication::applicationPid());
-        // Qt's semaphores are files there.
-        QCOMPARE(QDir::temp().entryList({"qipc_systemsem_*"}, QDir::Files), QStringList());
     }
 
     void aSegmentThatTurnsOutToExistCanBeAttached()
