@@ -195,7 +195,7 @@ void ScreenshotSession::frameArea(const QRect& area)
 void ScreenshotSession::showFrame(const QRect& area, bool fullScreen)
 {
     begin();
-    frame().setGeometry(area);
+    frame().positionAt(area);
     frame().setFullScreen(fullScreen);
     frame().show();
     m_activationDelay->start();

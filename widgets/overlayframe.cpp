@@ -5,6 +5,7 @@
 #include "widgets/icons.h"
 #include "widgets/windowmask.h"
 
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QPainter>
@@ -45,6 +46,14 @@ OverlayFrame::OverlayFrame(const QSize& minimumSize, const PenStrokes& strokes, 
 }
 
 OverlayFrame::~OverlayFrame() = default;
+
+void OverlayFrame::positionAt(const QRect& geometry)
+{
+    // Qt 6.8 shows a window on another screen than it was made for in the size that it was made with.
+    if (!isVisible())
+        setScreen(QGuiApplication::screenAt(geometry.center()));
+    setGeometry(geometry);
+}
 
 QHBoxLayout& OverlayFrame::toolBarLayout() const
 {

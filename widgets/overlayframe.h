@@ -26,6 +26,9 @@ class OverlayFrame : public QWidget
 public:
     ~OverlayFrame() override;
 
+    /// Sets the geometry, on whichever screen that is.
+    void positionAt(const QRect& geometry);
+
 public slots:
     void hide();
     void show();

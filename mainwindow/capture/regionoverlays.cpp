@@ -95,7 +95,7 @@ void RegionOverlays::moveFrame(const QRect& area)
 {
     DrawWindow& window = drawWindow();
     const int border = window.borderWidth();
-    window.setGeometry(area.adjusted(-border, -border, border, border));
+    window.positionAt(area.adjusted(-border, -border, border, border));
 }
 
 int RegionOverlays::borderWidth()
