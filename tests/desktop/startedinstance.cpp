@@ -31,6 +31,8 @@ Profile::Profile() : environment(QProcessEnvironment::systemEnvironment())
     }
     for (const char* const variable : {"LANG", "LANGUAGE", "LC_ALL", "LC_MESSAGES"})
         environment.remove(QLatin1String(variable));
+    // Of newer versions Qt remarks on standard error that it needs UTF-8, where a user has nothing else.
+    environment.insert(QStringLiteral("LC_CTYPE"), QStringLiteral("C.UTF-8"));
 }
 
 QStringList Profile::logFiles() const
