@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 #include <QProcess>
 #include <QScreen>
+#include <QStyleHints>
 #include <QTest>
 #include <QWidget>
 
@@ -125,6 +126,8 @@ void waitUntilStill()
 {
     constexpr int kLooks = 4;
     constexpr int kPeriodMs = 20;
+    // A caret that blinks is still for half a second only, less than five looks take on a busy machine.
+    QGuiApplication::styleHints()->setCursorFlashTime(0);
     QImage last = screenshot();
     int same = 0;
     const bool isStill = QTest::qWaitFor([&last, &same] {
