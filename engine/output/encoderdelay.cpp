@@ -29,7 +29,7 @@ int encoderDelay(RecordingFormat format, int heightPx)
     constexpr int kPlainEncoderFrames = 2;
     if (!hasVideo(format))
         return 0;
-    if (format != RecordingFormat::Mp4)
+    if (traitsOf(format).video.encoderId != codecid::kH264)
         return kPlainEncoderFrames;
     return computedEncoderDelay(heightPx, QThread::idealThreadCount()) + kEncoderDelayMargin;
 }

@@ -14,15 +14,12 @@ struct FfmpegRequest
     int widthPx = 0;
     int heightPx = 0;
     int fps = 0;
-    /// The output gets it times 1024.
+    /// The output gets it times 1024, in kbit/s.
     int bitRate = 0;
 };
 
 /// An odd positive size grows by one.
 int evenSize(int sizePx);
-
-/// For example "MP4".
-QString recordingFormatName(RecordingFormat format);
 
 QString recordingUrl(const QString& storePath, RecordingFormat format);
 
@@ -33,6 +30,5 @@ ObsDataHandle buildFfmpegSettings(RecordingFormat format, const FfmpegRequest& r
 /// 29 assumes limited range.
 video_scale_info engineVideoConversion();
 
-/// For true colours in a recording: MP4 stores range and matrix, players of AVI and FLV assume limited range, and the
-/// output makes GIF's colours as from limited BT.601.
+/// For true colours in a recording of this format.
 video_scale_info videoConversionFor(RecordingFormat format);

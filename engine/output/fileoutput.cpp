@@ -27,7 +27,7 @@ constexpr std::chrono::milliseconds kEndSignalLimit{50};
 /// to fill, one that the encoder buffers.
 constexpr std::int64_t kAudioDelayNs = 192'000'000;
 
-/// The debug message of setUp() knows three names only.
+/// The debug message of setUp() has three names only; its text is given.
 const char* diagnosticFormatName(int format)
 {
     switch (format) {
@@ -92,7 +92,7 @@ void FileOutput::setUp(const QString& storePath, int srcWidth, int srcHeight, in
     const FfmpegRequest request{storePath, evenSize(srcWidth), evenSize(srcHeight), fps, bitRate};
     m_encoderDelayFrames = encoderDelay(m_format, request.heightPx);
     const ObsDataHandle settings = buildFfmpegSettings(m_format, request);
-    qDebug().noquote() << QStringLiteral("Output file path (%1):").arg(recordingFormatName(m_format))
+    qDebug().noquote() << QStringLiteral("Output file path (%1):").arg(recordingFileExtension(m_format).toUpper())
                        << recordingUrl(storePath, m_format);
     qDebug() << "Setting mixer and media...";
     obs_output_set_mixer(m_output.get(), kRecordedMixer);

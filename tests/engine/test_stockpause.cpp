@@ -94,7 +94,7 @@ private slots:
         // Video and audio, video alone, audio with a token video, audio alone.
         for (const RecordingFormat format :
              {RecordingFormat::Mp4, RecordingFormat::Gif, RecordingFormat::Mp3, RecordingFormat::Aac})
-            QTest::newRow(qPrintable(recordingFormatName(format))) << static_cast<int>(format);
+            QTest::newRow(qPrintable(recordingFileExtension(format).toUpper())) << static_cast<int>(format);
     }
 
     void twoPausesAreNotInTheFile()

@@ -126,7 +126,7 @@ private slots:
     {
         QTest::addColumn<int>("format");
         for (int format = 0; format < kRecordingFormatCount; ++format)
-            QTest::newRow(qPrintable(recordingFormatName(recordingFormatFromIndex(format)))) << format;
+            QTest::newRow(qPrintable(recordingFileExtension(recordingFormatFromIndex(format)).toUpper())) << format;
     }
 
     void everythingReachesToTheRequestedEnd()
