@@ -46,7 +46,7 @@ public slots:
     void frameScreen();
     void selectRegion();
     void selectWindow();
-    /// Does not ask whether a screenshot may be taken, nor end what is under way.
+    /// For the recording page's tile: does not ask whether a screenshot may be taken, nor end what is under way.
     void pickWindow();
 
 signals:

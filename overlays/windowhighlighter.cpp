@@ -184,14 +184,15 @@ void WindowHighlighter::openMenu(const QPoint& position)
     const QPointer<WindowHighlighter> self(this);
     QMenu menu;
     applyStyleSheet(menu, QStringLiteral(":/res/style/context-menu.qss"));
-    const QAction* const information = menu.addAction(tr("Capture Window"));
-    const QAction* const nothing = menu.addAction(tr("Close Highlighter"));
+    // Neither does what its text says.
+    const QAction* const informing = menu.addAction(tr("Capture Window"));
+    const QAction* const logging = menu.addAction(tr("Close Highlighter"));
     const QAction* const chosen = menu.exec(logicalRectOnItsScreen(QRect(position, QSize(1, 1))).topLeft());
     if (self == nullptr || chosen == nullptr)
         return;
-    if (chosen == information)
+    if (chosen == informing)
         showWindowInformation();
-    else if (chosen == nothing && m_hoveredWindow != 0)
+    else if (chosen == logging && m_hoveredWindow != 0)
         SCLogger::debug(QStringLiteral("Capture window functionality not implemented yet"));
 }
 

@@ -10,6 +10,7 @@ namespace Ui {
 class SCMainWindow;
 }
 
+/// The tiles of the recording page. Window takes a screenshot of a window; recordings have the whole screen then.
 enum class CaptureMode : int
 {
     FullScreen = 0,
