@@ -19,7 +19,7 @@ const char* wordsFor(int code)
     case OBS_OUTPUT_ERROR:
         return "the file could not be written";
     case OBS_OUTPUT_DISCONNECTED:
-        return "the place where the file is written went away";
+        return "the folder of the file went away";
     case OBS_OUTPUT_UNSUPPORTED:
         return "the format is not supported on this computer";
     case OBS_OUTPUT_NO_SPACE:

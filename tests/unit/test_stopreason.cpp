@@ -19,7 +19,7 @@ private slots:
         QTest::newRow("not opened") << -2 << "the file could not be opened for writing, or its encoder not be started";
         QTest::newRow("refused") << -3 << "the file was refused as not valid";
         QTest::newRow("not written") << -4 << "the file could not be written";
-        QTest::newRow("went away") << -5 << "the position where the file is written went away";
+        QTest::newRow("went away") << -5 << "the folder of the file went away";
         QTest::newRow("unsupported") << -6 << "the format is not supported on this computer";
         QTest::newRow("disk full") << -7 << "the disk is full";
         QTest::newRow("not encoded") << -8 << "the video or the audio could not be encoded";
