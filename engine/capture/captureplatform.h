@@ -44,7 +44,7 @@ struct NeededType
     const char* consequence = nullptr;
 };
 
-/// What capturing differs in from system to system. A value, so that the rules of each system are tested on every one.
+/// What capturing differs in from system to system. A value: the rules of each system are tested on every one.
 /// All texts are string literals.
 struct CapturePlatform
 {
@@ -72,7 +72,7 @@ struct CapturePlatform
     static CapturePlatform current();
 };
 
-/// Tells libobs what it must know before it is started: on X11 the kind of display connection, on Windows nothing.
+/// Gives libobs what it must know before it is started: on X11 the kind of display connection, on Windows nothing.
 void prepareLibobsStart();
 
 /// Lets exit() end the process well while the engine runs, which Qt calls when the display is lost. Call once, after

@@ -216,7 +216,7 @@ void registerType()
     obs_source_info info{};
     info.id = kFilterId;
     info.type = OBS_SOURCE_TYPE_FILTER;
-    // Aware of sRGB, so that the frame below is drawn just as it is without the filter.
+    // Aware of sRGB: the frame below is drawn just as it is without the filter.
     info.output_flags = OBS_SOURCE_VIDEO | OBS_SOURCE_SRGB;
     info.get_name = [](void*) { return kFilterName; };
     info.create = [](obs_data_t* settings, obs_source_t* filter) -> void* {

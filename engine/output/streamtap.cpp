@@ -28,7 +28,7 @@ void StreamTap::connect(std::size_t mixerIndex)
     m_audioNs = 0;
     m_videoGate.setBypassed(false);
     m_audioGate.setBypassed(false);
-    // As the engine makes its video, so that nothing is converted.
+    // As the engine makes its video: nothing is converted.
     const video_scale_info conversion = engineVideoConversion();
     obs_add_raw_video_callback(&conversion, &StreamTap::onFrame, this);
     obs_add_raw_audio_callback(m_mixerIndex, nullptr, &StreamTap::onAudio, this);

@@ -12,8 +12,8 @@
 struct audio_data;
 struct video_data;
 
-/// Listens on the video and audio streams one place ahead of a running output: follows by their time stamps how much
-/// has reached it, and blocks them.
+/// Raw callbacks on both streams ahead of a running output: follow by time stamps how much has reached it, and block
+/// the streams.
 ///
 /// Connect before the output starts. While it is connected the engine counts as active and its video cannot be reset.
 /// connect() and disconnect() belong to one thread; the rest may be called from any.
@@ -44,7 +44,7 @@ public:
     /// mark is on its way, 0 without a mark.
     std::int64_t audioSinceMarkNs() const;
 
-    /// When a pause, or its end, that libobs is told of at the given moment takes effect: one or two frames later, for
+    /// When a pause or its end, requested of libobs at the given moment, takes effect: one or two frames later, for
     /// audio as well.
     std::uint64_t pauseEffectNs(std::uint64_t nowNs) const;
     PauseSync& pauseSync() { return m_sync; }
@@ -53,11 +53,11 @@ public:
     /// into the file while the other one is on its way.
     void blockVideo();
     void blockAudio();
-    /// Whether both streams wait, so that the output is in no callback of theirs.
+    /// Whether both streams wait: the output is in no callback of theirs.
     bool isBlocked();
 
-    /// Blocks both streams while it lives, so that the output is in no callback of theirs: the stock output frees its
-    /// encoders inside its stop without waiting for a stream that may be encoding with them.
+    /// Blocks both streams while it lives: the stock output frees its encoders inside its stop without waiting for a
+    /// callback that may be encoding with them.
     ///
     /// Waits up to a second for each; one that does not move by then is in no callback either, as far as can be known.
     class Quiesce
