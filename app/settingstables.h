@@ -5,18 +5,18 @@
 
 #include <QString>
 
-/// Positions in lists and the texts stored for them. A stored value may have been edited: callers catch
-/// std::out_of_range.
+/// Indices in lists and the texts stored for them, which stay for ever. A stored value may have been edited: callers
+/// catch std::out_of_range.
 namespace settingstables {
 
 using PositionToText = FixedTable<int, QString>;
 using TextToPosition = FixedTable<QString, int>;
 
-/// Upper case; the position is the RecordingFormat.
+/// Also shown, untranslated; the index is the RecordingFormat.
 extern const PositionToText kRecordingFormats;
 extern const TextToPosition kRecordingFormatPositions;
 
-/// Upper case.
+/// Also shown, untranslated.
 extern const PositionToText kScreenshotFormats;
 extern const TextToPosition kScreenshotFormatPositions;
 
@@ -24,7 +24,7 @@ extern const TextToPosition kScreenshotFormatPositions;
 extern const PositionToText kLanguageCodes;
 extern const TextToPosition kLanguagePositions;
 
-/// Names of the languages, in themselves; positions as kLanguageCodes.
+/// Names of the languages, in themselves; indices as kLanguageCodes.
 extern const PositionToText kLanguageMenuNames;
 extern const TextToPosition kLanguageMenuPositions;
 
