@@ -5,8 +5,8 @@
 
 #include <array>
 
-/// AAC encoders of six tracks, a stream and an archive, which the FFmpeg output, having its own, does not use.
-/// User-interface thread.
+/// AAC encoders of six tracks, a stream and an archive, for outputs that take encoded packets. The FFmpeg output,
+/// having encoders of its own, does not use them. User-interface thread.
 class AudioEncoders
 {
 public:

@@ -26,10 +26,10 @@ int computedEncoderDelay(int heightPx, int processors)
 int encoderDelay(RecordingFormat format, int heightPx)
 {
     // FFmpeg's own encoders return each frame at once; two more if one of them ever reorders.
-    constexpr int kPlainEncoderFrames = 2;
+    constexpr int kFfmpegEncoderFrames = 2;
     if (!hasVideo(format))
         return 0;
     if (traitsOf(format).video.encoderId != codecid::kH264)
-        return kPlainEncoderFrames;
+        return kFfmpegEncoderFrames;
     return computedEncoderDelay(heightPx, QThread::idealThreadCount()) + kEncoderDelayMargin;
 }
