@@ -8,9 +8,9 @@
 
 namespace platform {
 
-/// Memory that processes share by a key, under the name that QSharedMemory makes of it. On Windows it is a QSharedMemory,
-/// whose lock guards reads and writes. On X11 systems it is a System V segment without a lock (docs/single-instance.md):
-/// the caller holds a platform::InstanceLock during every call.
+/// Memory that processes share by a key, under the name that QSharedMemory makes of it. On Windows it is a
+/// QSharedMemory, whose lock guards reads and writes. On X11 systems it is a System V segment without a lock
+/// (docs/single-instance.md): the caller holds a platform::InstanceLock during every call.
 class SharedSegment
 {
 public:
