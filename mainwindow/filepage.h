@@ -20,7 +20,6 @@ class FilePage : public QWidget
     Q_OBJECT
 
 public:
-    /// @param settings the folders that its button opens
     FilePage(const QSettings& settings, const Activity& activity);
     ~FilePage() override;
 

@@ -20,7 +20,6 @@ public:
     struct Failure
     {
         QString key;
-        /// For the log.
         QString reason;
     };
 
@@ -36,7 +35,6 @@ public:
 signals:
     void recordingPressed();
     void screenshotPressed();
-    /// By the settings or the keyboard layout.
     void recordingKeyChanged();
 
 private:

@@ -29,7 +29,6 @@ public:
     /// Loads a chosen language; may be null.
     void setTranslator(std::shared_ptr<SCTranslator> translator) { m_translator = std::move(translator); }
 
-    /// At the button's bottom-left corner. Returns at once.
     void popUp(const QWidget& button);
 
     /// An unknown stored format shows a box instead.
@@ -44,7 +43,6 @@ signals:
     void settingsSaved();
     /// Stored already, before the settings are saved.
     void folderChosen();
-    /// Stored, loaded and installed.
     void languageChosen();
 
 private:

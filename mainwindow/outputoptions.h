@@ -29,7 +29,6 @@ public:
         QLatin1String formatKey;
         QLatin1String folderKey;
         const settingstables::PositionToText& formats;
-        /// Untranslated.
         const char* folderTitle = nullptr;
     };
     static Parts recordings(Ui::SCMainWindow& ui);

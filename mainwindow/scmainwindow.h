@@ -43,7 +43,6 @@ public:
                  const Durations& durations = {});
     ~SCMainWindow() override;
 
-    /// Reloaded when the user chooses another language.
     void setTranslator(std::shared_ptr<SCTranslator> translator);
 
     /// Starts the engine, once, after the window is painted. On failure the window stays usable.

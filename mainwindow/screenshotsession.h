@@ -29,7 +29,6 @@ public:
     /// Cancels every selection except a screenshot's region.
     void cancelSelections();
 
-    /// Hides everything of a screenshot.
     void cancel();
 
     bool isActive() const;
@@ -50,7 +49,6 @@ public slots:
     void pickWindow();
 
 signals:
-    /// The main window was minimised for the screenshot.
     void restoreRequested();
     void saved(const QString& path);
 

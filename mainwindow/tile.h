@@ -30,7 +30,6 @@ public:
     QSize minimumSizeHint() const override;
 
 signals:
-    /// By the left mouse button, space bar or enter key.
     void activated();
 
 protected:

@@ -16,7 +16,7 @@ class SCMainWindow;
 }
 
 /// Turns tiles, ratio presets and the region's frame into the capture area, and the area into size, target and crop of
-/// the engine. User-interface thread.
+/// the engine. Logical pixels of the desktop. User-interface thread.
 class CaptureController : public QObject
 {
     Q_OBJECT
@@ -30,7 +30,6 @@ public:
 
     const CaptureSelection& selection() const { return m_selection; }
 
-    /// Logical pixels of the desktop.
     QRect area() const;
 
     void chooseFullScreen();

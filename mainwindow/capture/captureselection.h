@@ -58,7 +58,6 @@ private:
     {
         bool isScreenOn = true;
         int format = 0;
-        /// The one that beginRegion() has left.
         int formatMeanwhile = 0;
         CaptureMode mode = CaptureMode::FullScreen;
     };

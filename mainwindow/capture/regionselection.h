@@ -28,7 +28,6 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
-    /// The selector is still visible.
     void selected(QRect area);
     void cancelled();
 

@@ -10,7 +10,6 @@ struct RecordingChoices
     QString fileName;
     QString folder;
     int formatIndex = 0;
-    /// Logical pixels.
     QSize areaSize;
     int widthPx = 0;
     int heightPx = 0;

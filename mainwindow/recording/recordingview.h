@@ -45,7 +45,6 @@ public:
     /// Starts or stops, as the record button does.
     void toggle();
 
-    /// Ignored while the program closes.
     void restoreWindow() override;
     void hideOverlays() override;
     void showButton();

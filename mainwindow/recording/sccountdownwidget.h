@@ -42,7 +42,6 @@ public slots:
 signals:
     void countdownFinished();
 
-    /// By the task switcher or the end of the session.
     void closed();
 
 protected:

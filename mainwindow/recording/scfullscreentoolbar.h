@@ -65,7 +65,6 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    /// What setVisible() last asked for.
     enum class Wish
     {
         None,
@@ -106,7 +105,6 @@ private:
     bool m_topEdgeOnly = false;
     QRect m_recordedArea;
     bool m_concealed = false;
-    /// Unpainted parts are transparent.
     bool m_hasOpenCorners = true;
     Wish m_wish = Wish::None;
 };
