@@ -7,7 +7,6 @@ class QString;
 
 namespace platform {
 
-/// For a file manager on the message bus.
 inline constexpr std::chrono::milliseconds kFileManagerAnswerLimit{10'000};
 
 /// Opens the system's file manager on a file's folder with the file (absolute path) selected: "explorer", or

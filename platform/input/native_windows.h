@@ -26,7 +26,7 @@ public:
 
     bool exists(NativeWindow window) const;
 
-    /// With the window's own border; none when it is gone.
+    /// With its border; none when the window is gone.
     std::optional<QRect> rectOf(NativeWindow window) const;
 
 private:

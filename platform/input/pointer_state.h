@@ -10,9 +10,8 @@ namespace platform {
 
 struct PointerState
 {
-    /// Physical pixels of the whole desktop.
     QPoint positionPx;
-    /// As the user has arranged them: the left one selects, also for a left-handed user.
+    /// The left button selects, also for a left-handed user.
     bool leftDown = false;
     bool rightDown = false;
 };

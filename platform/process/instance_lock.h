@@ -22,7 +22,7 @@ public:
     InstanceLock(const InstanceLock&) = delete;
     InstanceLock& operator=(const InstanceLock&) = delete;
 
-    /// Never waits. Acquired again by the object that holds the lock.
+    /// Never waits.
     State tryLock();
 
     /// The lock file stays: if it were removed, two instances could lock two files of that name.

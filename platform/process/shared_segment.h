@@ -37,7 +37,6 @@ public:
 
     /// False where the attached segment has fewer bytes.
     bool read(void* destination, qsizetype size);
-    /// create() made the segment at least as large.
     void write(const void* source, qsizetype size);
 
 private:

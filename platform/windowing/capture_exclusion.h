@@ -34,10 +34,8 @@ public:
 
     virtual ~DisplayAffinity() = default;
 
-    /// False when the system refuses.
     virtual bool set(quint32 affinity) = 0;
 
-    /// None when the system does not say.
     virtual std::optional<quint32> get() const = 0;
 };
 

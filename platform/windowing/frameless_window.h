@@ -32,7 +32,6 @@ public:
     /// The widget of the title bar for a button of the system's frame.
     void setSystemButton(SystemButton role, QWidget* button);
 
-    /// Lets a widget of the title bar take the pointer itself.
     void setHitTestVisible(QWidget* widget);
 
 private:

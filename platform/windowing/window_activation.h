@@ -14,7 +14,6 @@ bool isMinimized(quint64 handle);
 
 bool restoreWindow(quint64 handle);
 
-/// Not topmost.
 bool raiseWindow(quint64 handle);
 
 /// False on Windows for all but the foreground process; then demandAttention() is next.
