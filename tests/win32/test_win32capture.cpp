@@ -26,7 +26,7 @@ const QRect kTarget(200, 100, 320, 200);
 const QRect kButton(kTarget.left() + kTarget.width() / 4, kTarget.top() + kTarget.height() / 4, kTarget.width() / 2,
                     kTarget.height() / 2);
 
-// Places in the main window, on its screenshot page.
+// Positions in the main window, on its screenshot page.
 constexpr QPoint kRegionTile(340, 156);
 constexpr QPoint kWindowTile(453, 156);
 // On the tool bar of a screenshot's frame.

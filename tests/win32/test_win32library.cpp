@@ -15,7 +15,7 @@ using namespace win32user;
 
 namespace {
 
-// Places in the main window.
+// Positions in the main window.
 constexpr QPoint kDeleteSelected(731, 433);
 constexpr QPoint kEmptyPosition(76, 420);
 

@@ -11,7 +11,7 @@ namespace win32user {
 
 inline constexpr int kTimeoutMs = 20'000;
 
-// Places in the main window.
+// Positions in the main window.
 inline constexpr QPoint kScreenshotTab(76, 116);
 inline constexpr QPoint kFilesTab(76, 160);
 inline constexpr QPoint kSettingsButton(700, 20);
