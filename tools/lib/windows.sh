@@ -139,7 +139,7 @@ keep_user_folders() {
 }
 
 # use_opengl <folder of a program>: Wine has no Direct3D 11 that libobs could use. The OpenGL module has the same interface
-# and takes its place, in copies of the program that exist for Wine only.
+# and replaces it in builds laid out for Wine only.
 use_opengl() {
     rm -f "$1/libobs-d3d11.dll"
     cp "$kit/obs/bin/libobs-opengl.dll" "$1/libobs-d3d11.dll"
