@@ -10,8 +10,8 @@
 namespace platform {
 
 /// One key, with modifiers, wherever the keyboard focus is: by QHotkey where the build found it, else by passive grabs
-/// on X11 and RegisterHotKey on Windows. Locks make no difference; a key that is held down counts once. User-interface
-/// thread.
+/// on X11 and RegisterHotKey on Windows. Caps, Num and Scroll Lock make no difference; a key that is held down counts
+/// once. User-interface thread.
 class GlobalHotkey : public QObject
 {
     Q_OBJECT

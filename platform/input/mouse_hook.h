@@ -31,8 +31,8 @@ public:
 
     void remove();
 
-    /// Whether events are wanted at present; false at first. X11 sends them only then; on Windows the hook, which the
-    /// system may have dropped, is installed again.
+    /// Whether events are wanted at present; false at first. X11 sends them only then; on Windows they come all the
+    /// same, and the hook, which the system may have dropped, is installed again.
     void setWanted(bool wanted);
 
 private:

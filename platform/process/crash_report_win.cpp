@@ -70,10 +70,10 @@ struct ReportWriter
 {
     HANDLE thread = nullptr;
     HANDLE wanted = nullptr;
+    // Set by the thread that crashes, read by the writer after the event.
     EXCEPTION_POINTERS* exception = nullptr;
     DWORD crashedThreadId = 0;
 };
-/// Set by the thread that crashes, read by the writer after the event.
 ReportWriter g_writer;
 
 DWORD WINAPI writeReportWhenWanted(void* /*parameter*/)

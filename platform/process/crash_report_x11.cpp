@@ -40,7 +40,8 @@ std::array<char, kAlternateStackSize> g_alternateStack;
 int64_t g_utcOffset = 0;
 int64_t g_offsetChange = INT64_MAX; ///< from this moment on (seconds since 1970, UTC) g_nextUtcOffset holds
 int64_t g_nextUtcOffset = 0;
-// What several threads may touch: handlers run on the thread that crashes.
+// Handlers run on the thread that crashes. What stands above is constant after install, except the time in g_path,
+// which the reporting thread alone writes.
 std::atomic<unsigned> g_timeoutSeconds = 0;
 
 std::atomic<pid_t> g_reportingThread = 0;

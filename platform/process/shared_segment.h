@@ -10,7 +10,8 @@ namespace platform {
 
 /// Memory that processes share by a key, under the name that QSharedMemory makes of it. On Windows it is a
 /// QSharedMemory, whose lock guards reads and writes. On X11 systems it is a System V segment without a lock
-/// (docs/single-instance.md): the caller holds a platform::InstanceLock during every call.
+/// (docs/single-instance.md): the caller holds a platform::InstanceLock while it attaches, makes, reads, writes or
+/// detaches, as far as it can be had.
 class SharedSegment
 {
 public:
@@ -20,7 +21,7 @@ public:
     SharedSegment(const SharedSegment&) = delete;
     SharedSegment& operator=(const SharedSegment&) = delete;
 
-    /// False where there is none of that key, or the user may not.
+    /// False where there is none of that key, the user may not, or it is attached.
     bool attach();
 
     /// Makes and attaches it; false where it exists already or cannot be made.
@@ -31,7 +32,7 @@ public:
 
     bool isAttached() const;
 
-    /// Of the last attach() or create() that failed.
+    /// Of an attach() or create() that has just failed.
     QSharedMemory::SharedMemoryError error() const;
     QString errorString() const;
 

@@ -36,6 +36,14 @@ private:
 struct SharedSegment::Private
 {
     QSharedMemory memory;
+
+    /// Closes the handle, which Qt keeps of a segment that exists already or cannot be locked, and with it the segment.
+    void forget()
+    {
+        const QString key = memory.key();
+        memory.setKey(QString());
+        memory.setKey(key);
+    }
 };
 
 SharedSegment::SharedSegment(const QString& key) : m_private(std::make_unique<Private>())
@@ -52,19 +60,18 @@ bool SharedSegment::attach()
 
 bool SharedSegment::create(qsizetype size)
 {
-    QSharedMemory& memory = m_private->memory;
-    if (memory.create(size))
+    if (m_private->memory.create(size))
         return true;
-    // Qt keeps the handle of a segment that exists already, and with it the segment.
-    const QString key = memory.key();
-    memory.setKey(QString());
-    memory.setKey(key);
+    m_private->forget();
     return false;
 }
 
 void SharedSegment::detach()
 {
-    m_private->memory.detach();
+    if (!isAttached() || m_private->memory.detach())
+        return;
+    reportFailure(errorString());
+    m_private->forget();
 }
 
 bool SharedSegment::isAttached() const

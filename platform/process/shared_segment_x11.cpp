@@ -102,11 +102,13 @@ SharedSegment::~SharedSegment()
 
 bool SharedSegment::attach()
 {
-    return m_private->find(0, 0) && m_private->map();
+    return !isAttached() && m_private->find(0, 0) && m_private->map();
 }
 
 bool SharedSegment::create(qsizetype size)
 {
+    if (isAttached())
+        return false;
     const QByteArray& path = m_private->keyFile;
     const int file = open(path.constData(), O_RDONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
     if (file < 0 && errno != EEXIST)

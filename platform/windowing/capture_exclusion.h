@@ -11,8 +11,8 @@ class QWidget;
 
 namespace platform {
 
-/// Keeps a top-level window, which gets its native handle, out of every screen capture while the user sees it, or lets
-/// it be captured again. User-interface thread.
+/// Keeps a top-level window, which gets its native handle and must keep it, out of every screen capture while the user
+/// sees it, or lets it be captured again. User-interface thread.
 /// @return whether the system could. X11 cannot, nor can Windows before 10 2004: the caller minimises or hides the
 ///         window, or keeps it outside the recorded area.
 bool setExcludedFromCapture(QWidget& window, bool excluded);

@@ -4,8 +4,8 @@
 #include <QtGlobal>
 
 /// Hands the focus to another instance's window, by Qt's native window id. Any other number makes a function return
-/// false. On X11 the window manager acts later: the result says whether it accepted the request. Needs no application
-/// object.
+/// false. On X11 the window manager acts later: the result says whether the X server took the request. Needs no
+/// application object.
 namespace platform {
 
 bool isWindow(quint64 handle);
