@@ -104,9 +104,10 @@ public:
     /// @return 0 when the output started, which may still end by itself with status 2; -1, after status 2, when not
     int startRecording() override { return m_fileOutput.start(); }
 
-    /// Stops the output, at once when forced. Returns 0 with the file closed, unless the output ended by itself. One
-    /// that is still opening its file is cancelled, and stopReason() says so. Drops what encoder and disk have not
-    /// taken: first requestRecordingEnd() and isRecordingEndReached() to keep the end (docs/stopping.md).
+    /// Stops the output, at once when forced. Returns 0; the file is closed then, unless the output ended by itself and
+    /// is still closing it. One that is still opening its file is cancelled, and stopReason() says so. Drops what
+    /// encoder and disk have not taken: first requestRecordingEnd() and isRecordingEndReached() to keep the end
+    /// (docs/stopping.md).
     int stopRecording(bool force) override { return m_fileOutput.stop(force); }
 
     /// Any thread.
@@ -125,8 +126,9 @@ public:
     /// which its encoder needs to return what it buffers.
     void requestRecordingEnd() override { m_fileOutput.requestEnd(); }
 
-    /// Whether all up to the requested end is encoded and written, or nothing records. Ask every few milliseconds, then
-    /// call stopRecording(): video and audio are blocked from the end on. A stalled engine never gets there.
+    /// Whether all up to the requested end is encoded and written, or nothing records; false while the file is being
+    /// opened. Ask every few milliseconds, then call stopRecording(): a stream that has reached the end is blocked. A
+    /// stalled engine never gets there.
     bool isRecordingEndReached() override { return m_fileOutput.isEndReached(); }
 
     /// Of the last setupFFmpeg().

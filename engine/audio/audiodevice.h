@@ -88,8 +88,9 @@ private:
     ObsFaderHandle m_fader;
     ObsVolmeterHandle m_meter;
     bool m_listening = false;
-    /// Written by libobs' audio thread between listen() and stopListening(), read by the user-interface thread; no
-    /// lock: a reader may see a mix of two updates.
+    /// Written by the thread that delivers the source's audio, between listen() and stopListening(), and zeroed by
+    /// switchOff() once the source is detached; read by the user-interface thread. No lock: a reader may see a mix of
+    /// two updates.
     AudioLevels m_levels;
     ListEntries m_devices;
 };

@@ -382,7 +382,7 @@ bool FileOutput::isEndReached()
     const bool video =
         m_tap.framesSinceMark() > m_encoderDelayFrames && recordedFrames() > static_cast<quint64>(m_encoderDelayFrames);
     const bool audio = m_tap.audioSinceMarkNs() > kAudioDelayNs;
-    const bool isEncoded = (video || !hasVideo(m_format)) && (audio || m_format == RecordingFormat::Gif);
+    const bool isEncoded = (video || !hasVideo(m_format)) && (audio || !traitsOf(m_format).audio.encoderId);
     if (video || isEncoded)
         m_tap.blockVideo();
     if (audio || isEncoded)

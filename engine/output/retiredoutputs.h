@@ -34,7 +34,7 @@ public:
 
     void releaseDue();
 
-    /// Whether an output opens its file or is being ended: libobs' video must not be reset.
+    /// Whether an output opens its file, runs or is being ended: libobs' video must not be reset.
     bool isAnyBusy() const;
 
     /// Waits for ends that libobs has begun. @return isAnyBusy() afterwards
