@@ -13,7 +13,7 @@
 /// one brings that window to the front and ends (docs/single-instance.md). Main thread.
 /// The segment holds, in native byte order, the native window handle (8 bytes, unsigned; 0 for none) and the process id
 /// (8 bytes, signed). On X11 systems a lock proves that the first instance lives, and a second one, the gate, is held
-/// during every access to the segment.
+/// during accesses to the segment; an instance that is stopped in it is passed by.
 class SingleInstance
 {
 public:
