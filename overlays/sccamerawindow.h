@@ -21,7 +21,7 @@ struct CameraTimings
     int deviceCheckMs = 2000;
     /// Of a timer that had to be created again.
     int lateDeviceCheckMs = 5000;
-    /// To a forced repaint of the video.
+    // From the end of the diagnostics, the show event and the camera's start to a forced repaint of the video.
     int refreshAfterShowMs = 200;
     int refreshAfterShowEventMs = 100;
     int refreshAfterStartMs = 200;
