@@ -26,7 +26,7 @@ class OverlayFrame : public QWidget
 public:
     ~OverlayFrame() override;
 
-    /// Sets the geometry, on whichever screen that is.
+    /// Instead of setGeometry() before the frame is shown, on whichever screen that is.
     void positionAt(const QRect& geometry);
 
 public slots:
