@@ -15,8 +15,9 @@ class SCScreenshot;
 class SCScreenshotWindow;
 class WindowHighlighter;
 
-/// A screenshot from its selection to the saved file. Selectors and frame appear one at a time; the main window and the
-/// region frame are hidden meanwhile. Logical pixels of the desktop. User-interface thread.
+/// A screenshot from its selection to the saved file. Selectors and frame appear one at a time. While a region is
+/// selected or the frame is shown, the main window is minimised and the region frame hidden. Logical pixels of the
+/// desktop. User-interface thread.
 class ScreenshotSession : public QObject
 {
     Q_OBJECT
@@ -39,7 +40,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 public slots:
-    /// Logged and ignored while no screenshot may be taken.
+    // Except pickWindow() logged and ignored while no screenshot may be taken.
 
     /// Shows the frame over the whole primary screen.
     void frameScreen();

@@ -36,7 +36,7 @@ public:
     void hideFrame();
     bool isFrameShown() const;
 
-    /// Hides the frame until restoreFrame() or hideFrame().
+    /// Hides a frame that is shown until restoreFrame(), which a hideFrame() in between cancels.
     void suspendFrame();
     void restoreFrame();
 
