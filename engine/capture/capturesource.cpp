@@ -11,6 +11,7 @@
 namespace {
 
 constexpr char kCropFilterId[] = "crop_filter";
+constexpr char kReleasedName[] = "Released capture";
 
 constexpr char kFixedCircleColor[] = "0.0, 1.0, 0.5, 0.3";
 constexpr char kLeftClickColor[] = "0.0, 0.0, 1.0, 0.7";
@@ -51,6 +52,10 @@ void addToScene(void* source, obs_scene_t* scene)
 bool CaptureSource::create(bool window, obs_scene_t* scene)
 {
     const CaptureSourceKind& made = kind(window);
+    // libobs destroys a source some time after its release, and from version 30 on gives a new one of the same name
+    // another name until then.
+    if (m_source)
+        obs_source_set_name(m_source.get(), kReleasedName);
     m_source.reset();
     m_source = onlyIfReal(ObsSourceHandle(obs_source_create(made.sourceId, made.sourceName, nullptr, nullptr)));
     if (!m_source)

@@ -447,6 +447,15 @@ private slots:
         QCOMPARE(filtersOfTheCapture(), (QStringList{"kestrano_pointer_effects", "crop_filter"}));
     }
 
+    void secondSourceHasTheNameOfTheFirstThatIsStillHeld()
+    {
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        const ObsSourceHandle first(obs_get_source_by_name("Computer_Monitor_Capture"));
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        const ObsSourceHandle second(obs_get_source_by_name("Computer_Monitor_Capture"));
+        QVERIFY(second && second != first);
+    }
+
     void cursorSwitch()
     {
         QCOMPARE(m_wrapper->setupScene(1), 0);
