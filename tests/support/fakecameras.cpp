@@ -4,6 +4,8 @@
 #include <QImage>
 #include <QMutexLocker>
 #include <QPainter>
+#include <QPointer>
+#include <QTimer>
 #include <QVideoFrame>
 #include <QVideoSink>
 #include <QVideoWidget>
@@ -33,11 +35,15 @@ QImage imageFor(const QSize& size, const QColor& colour)
     return image;
 }
 
+/// Delivers one frame again and again: a video widget that was resized may show the next frame only.
 class FakeCamera : public Camera
 {
 public:
     FakeCamera(FakeCameras& cameras, const CameraDevice& device) : m_cameras(cameras), m_device(device)
     {
+        constexpr int kFrameIntervalMs = 100;
+        m_frameTimer.setInterval(kFrameIntervalMs);
+        QObject::connect(&m_frameTimer, &QTimer::timeout, [this] { deliverFrame(); });
         ++m_cameras.openCameras;
         m_cameras.isActive = false;
     }
@@ -91,8 +97,11 @@ public:
         if (!m_active || m_output == nullptr)
             return;
         const QSize size = format() ? format()->resolution : QSize();
-        if (!size.isEmpty())
-            m_output->videoSink()->setVideoFrame(frameOf(imageFor(size, m_cameras.colour)));
+        if (size.isEmpty())
+            return;
+        m_frame = frameOf(imageFor(size, m_cameras.colour));
+        deliverFrame();
+        m_frameTimer.start();
     }
 
     void deactivate() override
@@ -102,8 +111,16 @@ public:
     }
 
 private:
+    void deliverFrame()
+    {
+        if (m_output != nullptr)
+            m_output->videoSink()->setVideoFrame(m_frame);
+    }
+
     void setActive(bool active)
     {
+        if (!active)
+            m_frameTimer.stop();
         m_active = active;
         m_cameras.isActive = active;
     }
@@ -112,7 +129,9 @@ private:
     CameraDevice m_device;
     std::optional<CameraFormat> m_format;
     bool m_inSession = false;
-    QVideoWidget* m_output = nullptr;
+    QPointer<QVideoWidget> m_output;
+    QVideoFrame m_frame;
+    QTimer m_frameTimer;
     bool m_active = false;
 };
 
