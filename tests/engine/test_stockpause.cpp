@@ -22,7 +22,8 @@ constexpr double kNsPerSecond = 1e9;
 /// A second of a stretch is looked at, and a gap of a third of a second parts two of them.
 constexpr int kTakeMs = 1200;
 constexpr int kPauseMs = 600;
-/// What a busy machine may add to a file before the first take and after the last. A pause in the file would add more.
+/// The edges of two pauses add 0.2 s, frames that follow the requested end until the encoder has returned it up to
+/// 0.2 s. A pause in the file would add more.
 constexpr double kLeewaySeconds = 0.5;
 
 /// One stretch of a recording that no pause interrupts.
