@@ -250,7 +250,7 @@ std::optional<WindowsWindow> TestWin32Capture::pointAtButton()
         // The program may not have been looking yet.
         if (!WineDesktop::pointTo(kTarget.topLeft() + QPoint(10, 10)) || !WineDesktop::pointTo(kButton.center()))
             return std::nullopt;
-        const auto frame = WineDesktop::visibleWindow(QString(), kTimeoutMs);
+        auto frame = WineDesktop::visibleWindow(QString(), kTimeoutMs);
         if (frame && frame->position.size() == kButton.size())
             return frame;
         QTest::qWait(kPollMs);
