@@ -60,6 +60,8 @@ bool SharedSegment::attach()
 
 bool SharedSegment::create(qsizetype size)
 {
+    if (isAttached())
+        return false;
     if (m_private->memory.create(size))
         return true;
     m_private->forget();

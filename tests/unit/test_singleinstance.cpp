@@ -258,6 +258,17 @@ private slots:
         }
     }
 
+    void anAttachedSegmentIsKeptByFurtherCalls()
+    {
+        platform::SharedSegment segment(m_key);
+        QVERIFY2(segment.create(16), qPrintable(segment.errorString()));
+        QVERIFY(!segment.attach());
+        QVERIFY(!segment.create(16));
+        QVERIFY(segment.isAttached());
+        platform::SharedSegment other(m_key);
+        QVERIFY2(other.attach(), qPrintable(other.errorString()));
+    }
+
     void aSmallerSegmentIsNotRead()
     {
         QSharedMemory small(m_key);
