@@ -6,6 +6,7 @@
 #include "overlays/windowhighlighter.h"
 #include "screenshot/scscreenshotwindow.h"
 #include "tests/support/countdowntest.h"
+#include "tests/support/shownframe.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
@@ -165,7 +166,7 @@ private slots:
         const messagebox::Recorder boxes;
         const QSignalSpy produced(m_window.get(), &SCMainWindow::fileProduced);
         clickTile("screenshotFullScreenTile");
-        capture();
+        saveShownFrame();
         QCOMPARE(produced.size(), 1);
         const QString path = produced.at(0).at(0).toString();
         QCOMPARE(produced.at(0).at(1).toString(), QStringLiteral("screenshot"));
@@ -241,18 +242,6 @@ private:
         for (const QWidget* const window : QApplication::topLevelWidgets())
             count += qobject_cast<const AreaSelector*>(window) != nullptr && window->isVisible() ? 1 : 0;
         return count;
-    }
-
-    /// The frame that is shown takes its shot; off screen there is nothing to be grabbed but this.
-    static void capture()
-    {
-        auto* const frame = shownWindow<SCScreenshotWindow>();
-        frame->setGrabber([](QScreen&, const QRect&) {
-            QPixmap image(20, 10);
-            image.fill(Qt::green);
-            return image;
-        });
-        frame->saveScreenshot();
     }
 
     std::unique_ptr<SCMainWindow> m_window;

@@ -9,6 +9,7 @@
 #include "overlays/windowhighlighter.h"
 #include "screenshot/scscreenshotwindow.h"
 #include "tests/support/messagecapture.h"
+#include "tests/support/shownframe.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/windowtest.h"
 #include "widgets/messagebox.h"
@@ -135,7 +136,7 @@ private slots:
         const messagebox::Recorder boxes;
         openSettings()->setValue(settingskeys::kScreenshotFormat, QStringLiteral("nonsense"));
         m_session->frameScreen();
-        capture();
+        saveShownFrame();
         QCOMPARE(boxes.calls().size(), 1U);
         QCOMPARE(boxes.calls().front().kind, messagebox::Kind::Warning);
         QCOMPARE(boxes.calls().front().title, QStringLiteral("Screenshot Error"));
@@ -145,18 +146,6 @@ private slots:
     }
 
 private:
-    /// Off screen there is nothing to be grabbed but this.
-    static void capture()
-    {
-        auto* const frame = shownWindow<SCScreenshotWindow>();
-        frame->setGrabber([](QScreen&, const QRect&) {
-            QPixmap image(20, 10);
-            image.fill(Qt::green);
-            return image;
-        });
-        frame->saveScreenshot();
-    }
-
     RecordingState m_recording = RecordingState::Idle;
     bool m_isDialogOpen = false;
     Activity m_activity{{[this] { return m_recording; },
