@@ -103,8 +103,10 @@ private slots:
         video.height = static_cast<uint32_t>(size.height());
         const std::optional<int> measured =
             measuredEncoderDelay({QString(), size.width(), size.height(), kFps, kBitRate}, video);
-        if (!measured)
-            QSKIP("This libobs hands an output no video but its own");
+        const uint32_t version = obs_get_version();
+        if (version == MAKE_SEMANTIC_VERSION(31, 1, 0) || version == MAKE_SEMANTIC_VERSION(31, 1, 1))
+            QSKIP("libobs 31.1.0 and 31.1.1 hand an output no video but their own");
+        QVERIFY(measured);
         const int computed = computedEncoderDelay(size.height(), QThread::idealThreadCount());
         QVERIFY2(computed <= *measured && *measured <= computed + kEncoderDelayMargin,
                  qPrintable(QStringLiteral("measured %1, computed %2").arg(*measured).arg(computed)));
