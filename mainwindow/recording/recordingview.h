@@ -26,7 +26,7 @@ class SCMainWindow;
 
 /// The stage of a recording session: the main window, which is minimised meanwhile, record button, countdown, floating
 /// bar and region frame. User-interface thread.
-class RecordingView : public QObject, private RecordingStage
+class RecordingView : public QObject, public RecordingStage
 {
     Q_OBJECT
 
