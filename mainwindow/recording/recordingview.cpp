@@ -12,16 +12,18 @@
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/recording/scfullscreentoolbar.h"
 #include "mainwindow/recording/toolbarplacement.h"
-#include "platform/windowing/capture_exclusion.h"
 #include "platform/windowing/window_hold.h"
 #include "ui_scmainwindow.h"
 #include "widgets/icons.h"
+
+#include <utility>
 
 #include <array>
 
 RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
                              const OutputOptions& output, RecorderPort& recorder, const QSettings& settings,
-                             const Activity& activity, const Durations& durations)
+                             const Activity& activity, const Durations& durations,
+                             std::function<bool(QWidget&, bool)> setExcluded)
     : m_window(window)
     , m_ui(ui)
     , m_capture(capture)
@@ -31,6 +33,7 @@ RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureContr
     , m_settings(settings)
     , m_activity(activity)
     , m_durations(durations)
+    , m_setExcluded(std::move(setExcluded))
     , m_session(recorder, *this, nullptr, durations)
 {
     connect(&m_session, &RecordingSession::statusChanged, this, &RecordingView::showStatus);
@@ -221,6 +224,6 @@ void RecordingView::setExcludedFromCapture(bool excluded)
 {
     // Where the system cannot, the window is minimised and the bar is outside the area. The system may exclude the
     // one and not the other.
-    platform::setExcludedFromCapture(m_window, excluded);
-    m_isBarExcluded = platform::setExcludedFromCapture(toolbar(), excluded);
+    m_setExcluded(m_window, excluded);
+    m_isBarExcluded = m_setExcluded(toolbar(), excluded);
 }

@@ -5,10 +5,12 @@
 #include "mainwindow/durations.h"
 #include "mainwindow/recording/recordingsession.h"
 #include "mainwindow/recording/recordingstage.h"
+#include "platform/windowing/capture_exclusion.h"
 
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <memory>
 
 class Activity;
@@ -31,9 +33,11 @@ class RecordingView : public QObject, public RecordingStage
     Q_OBJECT
 
 public:
+    /// @param setExcluded for tests
     RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
                   const OutputOptions& output, RecorderPort& recorder, const QSettings& settings,
-                  const Activity& activity, const Durations& durations);
+                  const Activity& activity, const Durations& durations,
+                  std::function<bool(QWidget&, bool)> setExcluded = &platform::setExcludedFromCapture);
     ~RecordingView() override;
 
     RecordingSession& session() { return m_session; }
@@ -74,6 +78,7 @@ private:
     const QSettings& m_settings;
     const Activity& m_activity;
     Durations m_durations;
+    std::function<bool(QWidget&, bool)> m_setExcluded;
     RecordingSession m_session;
     QPointer<SCCountdownWidget> m_countdown;
     std::unique_ptr<SCFullscreenToolbar> m_toolbar;
