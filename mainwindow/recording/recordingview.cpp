@@ -225,5 +225,5 @@ void RecordingView::setExcludedFromCapture(bool excluded)
     // Where the system cannot, the window is minimised and the bar is outside the area. The system may exclude the
     // one and not the other.
     m_setExcluded(m_window, excluded);
-    m_isBarExcluded = m_setExcluded(toolbar(), excluded);
+    m_isBarExcluded = m_setExcluded(toolbar(), excluded) && excluded;
 }
