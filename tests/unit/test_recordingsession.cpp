@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/sclogger.h"
-#include "engine/ports.h"
 #include "mainwindow/recording/recordingsession.h"
 #include "mainwindow/recording/recordingstage.h"
+#include "tests/support/fakerecorder.h"
 #include "tests/support/testrun.h"
 
 #include <QDir>
@@ -29,80 +29,6 @@ constexpr Durations kHasty{.clockTickMs = kNever,
                            .drainTimeoutMs = 60,
                            .sessionEndDrainTimeoutMs = 60,
                            .confirmTimeoutMs = 60};
-
-/// An engine that does nothing but note what it is asked, and behave as it is set to.
-class FakeRecorder : public RecorderPort
-{
-public:
-    explicit FakeRecorder(Calls& calls) : m_calls(calls) {}
-
-    bool isReady() const override { return ready; }
-    bool isRecording() const override { return recording; }
-    void setCaptureCursor(bool show) override { note("cursor %1", show); }
-    void setCursorEffects(bool show) override { note("effects %1", show); }
-
-    void setupFFmpeg(const QString& storePath, int widthPx, int heightPx, int fps, int bitRate, int format) override
-    {
-        path = storePath;
-        m_calls << QStringLiteral("setup %1x%2 %3 %4 %5").arg(widthPx).arg(heightPx).arg(fps).arg(bitRate).arg(format);
-    }
-
-    int startRecording() override
-    {
-        m_calls << QStringLiteral("start");
-        onStatus(0);
-        if (!startWorks) {
-            onStatus(2);
-            return -1;
-        }
-        recording = true;
-        return 0;
-    }
-
-    int stopRecording(bool force) override
-    {
-        note("stop %1", force);
-        recording = false;
-        return 0;
-    }
-
-    bool pauseRecording(bool pause) override
-    {
-        note("pause %1", pause);
-        if (pauseWorks)
-            paused = pause;
-        return pauseWorks;
-    }
-    bool isRecordingPaused() const override { return paused; }
-    bool canPauseRecording() const override { return pauseWorks; }
-
-    void requestRecordingEnd() override { m_calls << QStringLiteral("end here"); }
-    bool isRecordingEndReached() override { return pollsUntilDrained-- <= 0; }
-    QString stopReasonText() const override { return error; }
-
-    /// The output ends for a reason of its own.
-    void endByItself(const QString& reason)
-    {
-        error = reason;
-        recording = false;
-        onStatus(2);
-    }
-
-    std::function<void(int)> onStatus;
-    bool ready = true;
-    bool recording = false;
-    bool startWorks = true;
-    bool pauseWorks = true;
-    bool paused = false;
-    int pollsUntilDrained = 0;
-    QString path;
-    QString error;
-
-private:
-    void note(const char* text, bool value) { m_calls << QString::fromLatin1(text).arg(int(value)); }
-
-    Calls& m_calls;
-};
 
 class FakeStage : public RecordingStage
 {
