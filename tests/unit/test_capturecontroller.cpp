@@ -1,59 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/sclogger.h"
-#include "app/settings.h"
-#include "engine/obswrapper.h"
-#include "mainwindow/activity.h"
-#include "mainwindow/capture/capturecontroller.h"
-#include "mainwindow/capture/captureselection.h"
-#include "mainwindow/capture/regionoverlays.h"
-#include "mainwindow/outputoptions.h"
-#include "mainwindow/screenshotsession.h"
 #include "overlays/areaselector.h"
 #include "overlays/drawwindow.h"
+#include "tests/support/captureform.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/regiontiles.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/windowtest.h"
-#include "ui_scmainwindow.h"
 
 #include <QApplication>
 #include <QScreen>
-#include <QSettings>
 #include <QTest>
-
-namespace {
-
-/// The main window's form with what captures, and an engine that has not started.
-class CaptureForm : public QMainWindow
-{
-public:
-    CaptureForm()
-    {
-        m_ui.setupUi(this);
-        m_output = std::make_unique<OutputOptions>(OutputOptions::recordings(m_ui), *m_settings, m_activity);
-        m_region = new RegionOverlays(this);
-        m_screenshots = new ScreenshotSession(this, *m_region, m_activity, 0);
-        m_selection = std::make_unique<CaptureSelection>(m_ui, *m_output, *m_settings);
-        m_capture =
-            std::make_unique<CaptureController>(m_ui, *m_selection, *m_region, *m_screenshots, m_engine, m_activity);
-        m_output->showStored();
-        show();
-    }
-
-private:
-    Activity m_activity{{[] { return RecordingState::Idle; }, [] { return false; }, [] { return false; },
-                         [] { return false; }, [] { return false; }, [] { return false; }, [] { return true; }}};
-    Ui::SCMainWindow m_ui{};
-    ObsWrapper m_engine;
-    std::unique_ptr<QSettings> m_settings = openSettings();
-    std::unique_ptr<OutputOptions> m_output;
-    std::unique_ptr<CaptureSelection> m_selection;
-    std::unique_ptr<CaptureController> m_capture;
-    RegionOverlays* m_region;
-    ScreenshotSession* m_screenshots;
-};
-
-} // namespace
 
 /// What is captured, as tiles, boxes and the region's frame choose it.
 class TestCaptureController : public QObject
