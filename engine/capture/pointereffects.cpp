@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/pointereffects.h"
 
-#include "platform/input/pointer_state.h"
+#include "engine/capture/pointercircles.h"
+#include "engine/core/obshandles.h"
 
-#include <QString>
-#include <QStringList>
-
-#include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <mutex>
 #include <numbers>
+#include <vector>
 
 namespace {
 
@@ -22,8 +22,6 @@ constexpr char kPixelRatio[] = "pixel_ratio";
 
 /// Corners of what passes for a circle. libobs takes 512 points at a time, and a corner needs nine.
 constexpr int kCorners = 48;
-/// The width over which the edge fades out, in physical pixels.
-constexpr float kSoftEdgePx = 1.0F;
 
 struct Monitor
 {
@@ -31,31 +29,25 @@ struct Monitor
     float pixelRatio = 1.0F;
 };
 
-std::optional<EffectColor> colorIn(obs_data_t* settings, const char* switchKey, const char* colorKey)
-{
-    return obs_data_get_bool(settings, switchKey) ? parseEffectColor(obs_data_get_string(settings, colorKey))
-                                                  : std::nullopt;
-}
-
 /// As libobs packs the colour of a point: red in the lowest byte.
-std::uint32_t packed(const EffectColor& color)
+std::uint32_t packed(const std::array<std::uint8_t, 4>& rgba)
 {
     std::uint32_t result = 0;
-    for (std::size_t i = 0; i < color.size(); ++i)
-        result |= static_cast<std::uint32_t>(std::lround(color.at(i) * 255.0F)) << (8 * i);
+    for (std::size_t i = 0; i < rgba.size(); ++i)
+        result |= std::uint32_t{rgba.at(i)} << (8 * i);
     return result;
 }
 
-class Circle
+class CircleMesh
 {
 public:
-    Circle(float x, float y, float radius, const EffectColor& color)
-        : m_x(x)
-        , m_y(y)
-        , m_inner(radius - kSoftEdgePx / 2)
-        , m_outer(radius + kSoftEdgePx / 2)
-        , m_color(packed(color))
-        , m_faded(packed({color[0], color[1], color[2], 0.0F}))
+    explicit CircleMesh(const PointerCircle& circle)
+        : m_x(static_cast<float>(circle.centrePx.x()))
+        , m_y(static_cast<float>(circle.centrePx.y()))
+        , m_inner(circle.innerPx())
+        , m_outer(circle.outerPx())
+        , m_color(packed(circle.rgba))
+        , m_faded(packed({circle.rgba[0], circle.rgba[1], circle.rgba[2], 0}))
     {}
 
     /// Inside a pass of an effect that takes the points' colours.
@@ -113,7 +105,7 @@ private:
     static void onCaptureUpdated(void* effects, calldata_t* data);
     void readChoice(obs_source_t* capture);
     void drawCircles() const;
-    void drawCircle(float radius, const std::optional<EffectColor>& color) const;
+    std::vector<PointerCircle> circles() const;
 
     obs_source_t* m_filter;
     platform::PointerProbe m_probe;
@@ -185,25 +177,18 @@ void Effects::drawCircles() const
     vec4_set(&unchanged, 1.0F, 1.0F, 1.0F, 1.0F);
     gs_effect_set_vec4(gs_effect_get_param_by_name(effect, "color"), &unchanged);
     while (gs_effect_loop(effect, "SolidColored")) {
-        drawCircle(pointereffects::kHighlightRadius, m_choice.highlight);
-        if (m_pointer->leftDown)
-            drawCircle(pointereffects::kClickRadius, m_choice.leftClick);
-        if (m_pointer->rightDown)
-            drawCircle(pointereffects::kClickRadius, m_choice.rightClick);
+        for (const PointerCircle& circle : circles())
+            CircleMesh(circle).draw();
     }
     gs_blend_state_pop();
     gs_enable_framebuffer_srgb(srgb);
 }
 
-void Effects::drawCircle(float radius, const std::optional<EffectColor>& color) const
+std::vector<PointerCircle> Effects::circles() const
 {
-    if (!color)
-        return;
-    const QPoint position = m_pointer->positionPx - *m_monitor.originPx;
-    // Around the middle of the pixel that the pointer points at.
-    Circle(static_cast<float>(position.x()) + 0.5F, static_cast<float>(position.y()) + 0.5F,
-           radius * m_monitor.pixelRatio, *color)
-        .draw();
+    platform::PointerState inFrame = *m_pointer;
+    inFrame.positionPx -= *m_monitor.originPx;
+    return m_choice.circlesAround(inFrame, m_monitor.pixelRatio);
 }
 
 Effects& effectsOf(void* data)
@@ -232,29 +217,6 @@ void registerType()
 }
 
 } // namespace
-
-std::optional<EffectColor> parseEffectColor(const char* text)
-{
-    const QStringList fractions = QString::fromUtf8(text).split(QLatin1Char(','));
-    EffectColor color{};
-    if (fractions.size() != static_cast<qsizetype>(color.size()))
-        return {};
-    for (std::size_t i = 0; i < color.size(); ++i) {
-        bool isNumber = false;
-        const float fraction = fractions.at(static_cast<qsizetype>(i)).trimmed().toFloat(&isNumber);
-        if (!isNumber || !std::isfinite(fraction))
-            return {};
-        color.at(i) = std::clamp(fraction, 0.0F, 1.0F);
-    }
-    return color;
-}
-
-PointerEffectChoice PointerEffectChoice::from(obs_data_t* settings)
-{
-    return {colorIn(settings, "show_fixed_circle", "fixed_circle_color"),
-            colorIn(settings, "show_left_click", "left_click_color"),
-            colorIn(settings, "show_right_click", "right_click_color")};
-}
 
 bool pointereffects::addTo(obs_source_t* capture)
 {

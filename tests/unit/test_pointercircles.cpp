@@ -1,13 +1,30 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "engine/capture/pointereffects.h"
+#include "engine/capture/pointercircles.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>
 
-#include <obs.h>
+namespace {
 
-/// What the capture source's settings say of the circles around the pointer.
-class TestPointerEffects : public QObject
+const PointerEffectChoice kAll{EffectColor{0.0F, 1.0F, 0.5F, 0.3F}, EffectColor{0.0F, 0.0F, 1.0F, 0.7F},
+                               EffectColor{1.0F, 0.0F, 0.0F, 0.7F}};
+using Bytes = std::array<std::uint8_t, 4>;
+constexpr Bytes kHighlight{0, 255, 128, 77};
+constexpr Bytes kLeftClick{0, 0, 255, 179};
+constexpr Bytes kRightClick{255, 0, 0, 179};
+
+std::vector<Bytes> coloursOf(const std::vector<PointerCircle>& circles)
+{
+    std::vector<Bytes> colours;
+    for (const PointerCircle& circle : circles)
+        colours.push_back(circle.rgba);
+    return colours;
+}
+
+} // namespace
+
+/// What the capture source's settings say of the circles around the pointer, and where they are.
+class TestPointerCircles : public QObject
 {
     Q_OBJECT
 
@@ -82,7 +99,36 @@ private slots:
         QVERIFY(!choice.highlight);
         QVERIFY(choice.leftClick.has_value());
     }
+
+    void highlightIsBelowTheClicks()
+    {
+        using Colours = std::vector<Bytes>;
+        QVERIFY(coloursOf(kAll.circlesAround({{}, false, false}, 1.0F)) == Colours{kHighlight});
+        QVERIFY(coloursOf(kAll.circlesAround({{}, true, false}, 1.0F)) == (Colours{kHighlight, kLeftClick}));
+        QVERIFY(coloursOf(kAll.circlesAround({{}, false, true}, 1.0F)) == (Colours{kHighlight, kRightClick}));
+        QVERIFY(coloursOf(kAll.circlesAround({{}, true, true}, 1.0F)) ==
+                (Colours{kHighlight, kLeftClick, kRightClick}));
+    }
+
+    void circlesThatAreNotChosenAreLeftOut()
+    {
+        PointerEffectChoice choice = kAll;
+        choice.highlight.reset();
+        QVERIFY(choice.circlesAround({{}, false, false}, 1.0F).empty());
+        QVERIFY(coloursOf(choice.circlesAround({{}, true, false}, 1.0F)) == std::vector<Bytes>{kLeftClick});
+        QVERIFY(PointerEffectChoice().circlesAround({{}, true, true}, 1.0F).empty());
+    }
+
+    void circlesLieAroundTheMiddleOfThePixel()
+    {
+        const std::vector<PointerCircle> circles = kAll.circlesAround({{100, -7}, true, false}, 1.5F);
+        QCOMPARE(circles.size(), std::size_t{2});
+        QCOMPARE(circles.at(0).radiusPx, 30.0F);
+        QCOMPARE(circles.at(1).radiusPx, 18.0F);
+        for (const PointerCircle& circle : circles)
+            QCOMPARE(circle.centrePx, QPointF(100.5, -6.5));
+    }
 };
 
-REGISTER_TEST(testrun::core<TestPointerEffects>);
-#include "test_pointereffects.moc"
+REGISTER_TEST(testrun::core<TestPointerCircles>);
+#include "test_pointercircles.moc"
