@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
 #include "engine/capture/capturetargets.h"
-#include "engine/capture/pointereffects.h"
+#include "engine/capture/pointercircles.h"
+#include "engine/capture/x11/pointermarks.h"
 #include "engine/core/obshandles.h"
 #include "tests/engine/stockengine.h"
 #include "tests/support/mediafile.h"
@@ -268,6 +269,25 @@ private slots:
         QVERIFY(isColour(image, position + kInClick, Qt::black));
     }
 
+    void circlesOfFramesFromTheServerLookTheSame()
+    {
+        const QPoint position(201, 150);
+        movePointer(position);
+        const HeldButton left(1);
+        // Grey on grey: the video has every pixel's luma.
+        set("fixed_circle_color", "1.0, 1.0, 1.0, 0.6");
+        set("left_click_color", "0.0, 0.0, 0.0, 0.7");
+        const QImage filtered = take();
+        QImage drawn(filtered.size(), QImage::Format_RGB32);
+        drawn.fill(kGround);
+        const ObsDataHandle settings(obs_source_get_settings(captureSource().get()));
+        drawPointerCircles({drawn.bits(), static_cast<int>(drawn.bytesPerLine()), drawn.width(), drawn.height()},
+                           PointerEffectChoice::from(settings.get()).circlesAround({position, true, false}, 1.0F));
+        for (int y = position.y() - 25; y <= position.y() + 25; ++y)
+            for (int x = position.x() - 25; x <= position.x() + 25; ++x)
+                QVERIFY(isColour(filtered, {x, y}, drawn.pixelColor(x, y), 0));
+    }
+
     void circleWithABrokenColourIsNotDrawn()
     {
         const QPoint position(200, 150);
@@ -296,9 +316,10 @@ private slots:
 private:
     QImage take() { return FrameTap::take(m_stock.size()); }
 
-    static bool isColour(const QImage& image, const QPoint& position, const QColor& expected)
+    /// @param around how many pixels on each side count as well
+    static bool isColour(const QImage& image, const QPoint& position, const QColor& expected, int around = 1)
     {
-        const QColor found = meanColour(image, position, 1);
+        const QColor found = meanColour(image, position, around);
         const bool same = colourDistance(found, expected) <= kColourError;
         if (!same)
             qWarning() << "at" << position << "there is" << found.name() << "and not" << expected.name();
