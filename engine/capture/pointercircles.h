@@ -29,9 +29,9 @@ struct PointerCircle
 
     /// In physical pixels of the frame; a pixel's middle lies half a pixel from its corner.
     QPointF centrePx;
-    float radiusPx;
+    float radiusPx = 0.0F;
     /// Red, green, blue and alpha, alpha not multiplied in.
-    std::array<std::uint8_t, 4> rgba;
+    std::array<std::uint8_t, 4> rgba{};
 };
 
 /// The circles around the pointer; one without a colour is not drawn.

@@ -131,8 +131,7 @@ private slots:
     void rowsOfAPartAreFound()
     {
         QImage image = ground();
-        const int stride = static_cast<int>(image.bytesPerLine());
-        const MutablePixelView part{image.bits() + 5 * stride + 4 * 7, stride, 10, 10};
+        const MutablePixelView part{image.scanLine(5) + 28, static_cast<int>(image.bytesPerLine()), 10, 10};
         QCOMPARE(blendCursor(part, cursorOf({4, 4}, qRgb(9, 9, 9)), {8, 8}), QRect(8, 8, 2, 2));
         QImage expected = ground();
         for (const QPoint place : {QPoint(15, 13), QPoint(16, 13), QPoint(15, 14), QPoint(16, 14)})

@@ -18,6 +18,10 @@ namespace {
 constexpr std::uint8_t kUntouched = 0xA5;
 constexpr int kRows = 6;
 
+/// What the weights of one pixel, and of four, add up to.
+constexpr std::int64_t kOne = 32768;
+constexpr std::int64_t kFour = 4 * kOne;
+
 /// Blue, green, red.
 using Pixel = std::array<std::uint8_t, 3>;
 
@@ -84,7 +88,8 @@ public:
 
     std::uint8_t& at(std::size_t plane, int x, int y)
     {
-        return m_planes.at(plane).at(static_cast<std::size_t>(y * m_strides.at(plane) + x));
+        return m_planes.at(plane).at(static_cast<std::size_t>(y) * static_cast<std::size_t>(m_strides.at(plane)) +
+                                     static_cast<std::size_t>(x));
     }
 
     bool operator==(const Frame&) const = default;
@@ -118,17 +123,17 @@ void convertSlowly(const Image& image, Frame& frame, const QRect& rect)
 {
     for (int y = rect.top(); y <= rect.bottom(); ++y)
         for (int x = rect.left(); x <= rect.right(); ++x)
-            frame.at(0, x, y) = rounded(weighted(image.at(x, y), {2366, 23436, 6966}), 32768);
+            frame.at(0, x, y) = rounded(weighted(image.at(x, y), {2366, 23436, 6966}), kOne);
     for (int y = rect.top(); y <= rect.bottom(); y += 2)
         for (int x = rect.left(); x <= rect.right(); x += 2) {
-            std::int64_t cb = 128 * 4 * 32768;
+            std::int64_t cb = 128 * kFour;
             std::int64_t cr = cb;
             for (const Pixel& pixel : fourAt(image, x, y)) {
                 cb += weighted(pixel, {16384, -12630, -3754});
                 cr += weighted(pixel, {-1502, -14882, 16384});
             }
-            frame.at(1, x / 2, y / 2) = rounded(cb, 4 * 32768);
-            frame.at(2, x / 2, y / 2) = rounded(cr, 4 * 32768);
+            frame.at(1, x / 2, y / 2) = rounded(cb, kFour);
+            frame.at(2, x / 2, y / 2) = rounded(cr, kFour);
         }
 }
 

@@ -20,10 +20,12 @@ QRect boundsOf(const PointerCircle& circle)
     return {first, last};
 }
 
-std::uint8_t mixed(std::uint8_t below, std::uint8_t over, float alpha)
+/// What the weight of a colour is a fraction of.
+constexpr int kWhole = 1 << 16;
+
+std::uint8_t mixed(int below, int over, int weight)
 {
-    const float mix = static_cast<float>(below) + alpha * static_cast<float>(over - below);
-    return static_cast<std::uint8_t>(mix + 0.5F);
+    return static_cast<std::uint8_t>((below * (kWhole - weight) + over * weight + kWhole / 2) / kWhole);
 }
 
 class CircleBrush
@@ -37,19 +39,19 @@ public:
         const float down = static_cast<float>(y) + 0.5F - static_cast<float>(m_circle.centrePx.y());
         for (int x = left; x <= right; ++x) {
             const float across = static_cast<float>(x) + 0.5F - static_cast<float>(m_circle.centrePx.x());
-            const float alpha = alphaAt(std::sqrt(across * across + down * down));
+            const int weight = weightAt(std::sqrt(across * across + down * down));
             std::uint8_t* const pixel = row + 4 * static_cast<std::ptrdiff_t>(x);
-            pixel[0] = mixed(pixel[0], m_circle.rgba[2], alpha);
-            pixel[1] = mixed(pixel[1], m_circle.rgba[1], alpha);
-            pixel[2] = mixed(pixel[2], m_circle.rgba[0], alpha);
+            pixel[0] = mixed(pixel[0], m_circle.rgba[2], weight);
+            pixel[1] = mixed(pixel[1], m_circle.rgba[1], weight);
+            pixel[2] = mixed(pixel[2], m_circle.rgba[0], weight);
         }
     }
 
 private:
-    float alphaAt(float distancePx) const
+    int weightAt(float distancePx) const
     {
-        const float coverage = (m_circle.outerPx() - distancePx) / PointerCircle::kSoftEdgePx;
-        return static_cast<float>(m_circle.rgba[3]) / 255.0F * std::clamp(coverage, 0.0F, 1.0F);
+        const float coverage = std::clamp((m_circle.outerPx() - distancePx) / PointerCircle::kSoftEdgePx, 0.0F, 1.0F);
+        return static_cast<int>(coverage * static_cast<float>(m_circle.rgba[3]) / 255.0F * kWhole);
     }
 
     const PointerCircle& m_circle;

@@ -3,6 +3,8 @@
 
 #include "engine/capture/x11/conversionkind.h"
 
+#include <cstddef>
+
 /// The conversion of a row pair, once for all sizes of registers. Each source that includes this is compiled for
 /// another kind of processor, so everything is local to the source.
 ///
@@ -53,8 +55,8 @@ class RowPairConverter
 public:
     int convert(const RowPair& rows, int widthPx) const
     {
-        constexpr int kStep = 4 * Vector::kPixels;
-        int x = 0;
+        constexpr std::ptrdiff_t kStep = 4 * Vector::kPixels;
+        std::ptrdiff_t x = 0;
         for (; x + kStep <= widthPx; x += kStep) {
             const auto left = convertQuad(rows.upper + 4 * x, rows.lower + 4 * x);
             const auto right = convertQuad(rows.upper + 4 * (x + kStep / 2), rows.lower + 4 * (x + kStep / 2));
@@ -64,7 +66,7 @@ public:
                 rows.cb + x / 2, rows.cr + x / 2,
                 Vector::pack8(Vector::pack16(left.cb32, right.cb32), Vector::pack16(left.cr32, right.cr32)));
         }
-        return x;
+        return static_cast<int>(x);
     }
 
 private:

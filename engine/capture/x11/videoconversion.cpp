@@ -37,7 +37,7 @@ std::uint8_t chromaOf(const Sums& sums, const bt709::Weights& weights)
 
 void convertLumaPlainly(const std::uint8_t* __restrict pixels, std::uint8_t* __restrict luma, int widthPx)
 {
-    for (int x = 0; x < widthPx; ++x) {
+    for (std::ptrdiff_t x = 0; x < widthPx; ++x) {
         const Sums pixel{pixels[4 * x], pixels[4 * x + 1], pixels[4 * x + 2]};
         luma[x] = static_cast<std::uint8_t>((pixel.weighted(bt709::kLuma) + bt709::kLumaOffset) >> bt709::kLumaShift);
     }
@@ -46,7 +46,7 @@ void convertLumaPlainly(const std::uint8_t* __restrict pixels, std::uint8_t* __r
 void convertChromaPlainly(const std::uint8_t* __restrict upper, const std::uint8_t* __restrict lower,
                           std::uint8_t* __restrict chroma, int widthPx, const bt709::Weights& weights)
 {
-    for (int x = 0; x < widthPx / 2; ++x)
+    for (std::ptrdiff_t x = 0; x < widthPx / 2; ++x)
         chroma[x] = chromaOf(sumOfFour(upper + 8 * x, lower + 8 * x), weights);
 }
 
@@ -59,7 +59,7 @@ int convertPlainly(const RowPair& rows, int widthPx)
     return widthPx;
 }
 
-RowPair withoutLeft(const RowPair& rows, int px)
+RowPair withoutLeft(const RowPair& rows, std::ptrdiff_t px)
 {
     return {rows.upper + 4 * px, rows.lower + 4 * px, rows.upperLuma + px,
             rows.lowerLuma + px, rows.cb + px / 2,    rows.cr + px / 2};
