@@ -44,9 +44,9 @@ double middleMsOf(int repeat, const std::function<void()>& work)
     return values.at(static_cast<std::size_t>(repeat / 2));
 }
 
-std::size_t bytesOf(int strideBytes, int heightPx)
+std::size_t areaOf(int width, int height)
 {
-    return static_cast<std::size_t>(strideBytes) * static_cast<std::size_t>(heightPx);
+    return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
 }
 
 /// A screen of random pixels, and a frame for it.
@@ -55,9 +55,9 @@ class Screen
 public:
     explicit Screen(const QSize& size)
         : m_size(size)
-        , m_pixels(bytesOf(4 * size.width(), size.height()))
-        , m_luma(bytesOf(size.width(), size.height()))
-        , m_cb(bytesOf(size.width() / 2, size.height() / 2))
+        , m_pixels(areaOf(4 * size.width(), size.height()))
+        , m_luma(areaOf(size.width(), size.height()))
+        , m_cb(areaOf(size.width() / 2, size.height() / 2))
         , m_cr(m_cb)
     {
         std::mt19937 random;
@@ -124,8 +124,7 @@ void measureCursors(Figures& figures)
 {
     Screen screen(kSizes.at(1));
     for (const int side : {24, 64, 256}) {
-        const auto pixels = static_cast<std::size_t>(side * side);
-        const CursorImage cursor{side, side, {}, std::vector<std::uint32_t>(pixels, 0x80402010)};
+        const CursorImage cursor{side, side, {}, std::vector<std::uint32_t>(areaOf(side, side), 0x80402010)};
         figures.measure(QStringLiteral("pointer of %1x%1").arg(side), [&] {
             blendCursor(screen.pixels(), cursor, {300, 200});
         });
