@@ -4,6 +4,10 @@
 
 #include <QTest>
 
+#include <algorithm>
+#include <array>
+#include <vector>
+
 namespace {
 
 const PointerEffectChoice kAll{EffectColor{0.0F, 1.0F, 0.5F, 0.3F}, EffectColor{0.0F, 0.0F, 1.0F, 0.7F},
@@ -15,9 +19,9 @@ constexpr Bytes kRightClick{255, 0, 0, 179};
 
 std::vector<Bytes> coloursOf(const std::vector<PointerCircle>& circles)
 {
-    std::vector<Bytes> colours;
-    for (const PointerCircle& circle : circles)
-        colours.push_back(circle.rgba);
+    std::vector<Bytes> colours(circles.size());
+    std::transform(circles.begin(), circles.end(), colours.begin(),
+                   [](const PointerCircle& circle) { return circle.rgba; });
     return colours;
 }
 

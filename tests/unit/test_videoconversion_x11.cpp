@@ -2,9 +2,11 @@
 #include "engine/capture/x11/videoconversion.h"
 #include "tests/support/testrun.h"
 
+#include <QColor>
 #include <QRect>
 #include <QTest>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
