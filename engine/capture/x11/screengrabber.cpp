@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/capture/x11/screengrabber.h"
+
+#include <algorithm>
+#include <cstring>
+
+using platform::xcb::Owned;
+
+namespace {
+
+constexpr std::size_t kBytesPerPixel = 4;
+constexpr std::uint32_t kAllPlanes = ~std::uint32_t{0};
+
+std::size_t rowBytes(const QRect& area)
+{
+    return kBytesPerPixel * static_cast<std::size_t>(area.width());
+}
+
+std::size_t bytesOf(const QRect& area)
+{
+    return rowBytes(area) * static_cast<std::size_t>(area.height());
+}
+
+} // namespace
+
+void ScreenGrabber::setArea(const QRect& area)
+{
+    m_area = area;
+    if (m_memory && m_memory->bytes() < bytesOf(area))
+        m_memory.reset();
+    if (!m_memory)
+        m_memory = SharedMemory::make(m_connection, bytesOf(area));
+    clip();
+}
+
+void ScreenGrabber::clip()
+{
+    m_visible = m_area & m_connection.desktop();
+    if (!isGrabbedInPlace())
+        m_copy.resize(bytesOf(m_area));
+    if (m_visible != m_area)
+        std::memset(imageRow(0), 0, bytesOf(m_area));
+}
+
+bool ScreenGrabber::grab(const QRegion& changed)
+{
+    QRegion wanted = changed & m_visible;
+    if (m_visible != (m_area & m_connection.desktop())) {
+        clip();
+        wanted = m_visible;
+    }
+    const std::vector<Band> bands = bandsOf(wanted);
+    const bool isComplete =
+        m_memory ? grabShared(bands)
+                 : std::all_of(bands.begin(), bands.end(), [this](const Band& band) { return grabPlain(band); });
+    // Most likely the desktop has become smaller.
+    if (!isComplete)
+        m_connection.updateDesktop();
+    return isComplete;
+}
+
+/// Whole rows, because only those lie in the image as the server writes them. Few requests cost less than a few rows.
+std::vector<ScreenGrabber::Band> ScreenGrabber::bandsOf(const QRegion& changed) const
+{
+    constexpr int kMaxGap = 16;
+    std::vector<Band> bands;
+    for (const QRect& rectangle : changed) {
+        const int top = rectangle.top() - m_visible.top();
+        const int end = top + rectangle.height();
+        if (!bands.empty() && top <= bands.back().end + kMaxGap)
+            bands.back().end = std::max(bands.back().end, end);
+        else
+            bands.push_back({top, end});
+    }
+    return bands;
+}
+
+bool ScreenGrabber::grabShared(const std::vector<Band>& bands)
+{
+    const int firstRow = isGrabbedInPlace() ? m_visible.top() - m_area.top() : 0;
+    std::vector<xcb_shm_get_image_cookie_t> cookies;
+    for (const Band& band : bands) {
+        const std::size_t offset = static_cast<std::size_t>(firstRow + band.top) * rowBytes(m_visible);
+        cookies.push_back(xcb_shm_get_image(
+            m_connection.get(), m_connection.root(), static_cast<std::int16_t>(m_visible.x()),
+            static_cast<std::int16_t>(m_visible.y() + band.top), static_cast<std::uint16_t>(m_visible.width()),
+            static_cast<std::uint16_t>(band.end - band.top), kAllPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP, m_memory->id(),
+            static_cast<std::uint32_t>(offset)));
+    }
+    bool isComplete = true;
+    for (std::size_t i = 0; i < bands.size(); ++i) {
+        const Owned<xcb_shm_get_image_reply_t> reply(
+            xcb_shm_get_image_reply(m_connection.get(), cookies.at(i), nullptr));
+        isComplete = isComplete && reply;
+        if (reply && !isGrabbedInPlace())
+            copyToImage(bands.at(i),
+                        m_memory->data() + static_cast<std::size_t>(bands.at(i).top) * rowBytes(m_visible));
+    }
+    return isComplete;
+}
+
+bool ScreenGrabber::grabPlain(const Band& band)
+{
+    const auto cookie = xcb_get_image(
+        m_connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_connection.root(), static_cast<std::int16_t>(m_visible.x()),
+        static_cast<std::int16_t>(m_visible.y() + band.top), static_cast<std::uint16_t>(m_visible.width()),
+        static_cast<std::uint16_t>(band.end - band.top), kAllPlanes);
+    const Owned<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection.get(), cookie, nullptr));
+    const std::size_t expected = rowBytes(m_visible) * static_cast<std::size_t>(band.end - band.top);
+    if (!reply || static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) < expected)
+        return false;
+    copyToImage(band, xcb_get_image_data(reply.get()));
+    return true;
+}
+
+void ScreenGrabber::copyToImage(const Band& band, const std::uint8_t* rows)
+{
+    const QPoint origin = m_visible.topLeft() - m_area.topLeft();
+    for (int row = band.top; row < band.end; ++row, rows += rowBytes(m_visible))
+        std::memcpy(imageRow(origin.y() + row) + kBytesPerPixel * static_cast<std::size_t>(origin.x()), rows,
+                    rowBytes(m_visible));
+}
+
+std::uint8_t* ScreenGrabber::imageRow(int row)
+{
+    return (isGrabbedInPlace() ? m_memory->data() : m_copy.data()) + static_cast<std::size_t>(row) * rowBytes(m_area);
+}
+
+PixelView ScreenGrabber::image() const
+{
+    return {isGrabbedInPlace() ? m_memory->data() : m_copy.data(), static_cast<int>(rowBytes(m_area)), m_area.width(),
+            m_area.height()};
+}

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/capture/x11/pixelviews.h"
+#include "engine/capture/x11/sharedmemory.h"
+
+#include <QRect>
+#include <QRegion>
+
+#include <memory>
+#include <vector>
+
+/// The image of a rectangle of the desktop, grabbed from the X server. What lies outside the desktop is black; the
+/// pointer is not in it.
+class ScreenGrabber
+{
+public:
+    /// @param connection must outlive this object
+    explicit ScreenGrabber(X11Connection& connection) : m_connection(connection) {}
+
+    /// Takes another rectangle, in pixels of the desktop. The image is undefined until all of it was grabbed.
+    void setArea(const QRect& area);
+    const QRect& area() const { return m_area; }
+
+    /// Grabs what has changed, in pixels of the desktop; with changes in two places of a row, what lies between them as
+    /// well.
+    ///
+    /// @return false where the server does not give all of it: grab it again
+    bool grab(const QRegion& changed);
+
+    PixelView image() const;
+
+private:
+    /// Rows of the visible part, from its top.
+    struct Band
+    {
+        int top = 0;
+        int end = 0;
+    };
+
+    void clip();
+    std::vector<Band> bandsOf(const QRegion& changed) const;
+    bool grabShared(const std::vector<Band>& bands);
+    bool grabPlain(const Band& band);
+    void copyToImage(const Band& band, const std::uint8_t* rows);
+    bool isGrabbedInPlace() const { return m_memory && m_visible.width() == m_area.width(); }
+    std::uint8_t* imageRow(int row);
+
+    X11Connection& m_connection;
+    QRect m_area;
+    /// What of the area lies on the desktop; the server writes its rows without gaps.
+    QRect m_visible;
+    /// Null where the server shares none.
+    std::unique_ptr<SharedMemory> m_memory;
+    /// Holds the image unless the server writes it in place.
+    std::vector<std::uint8_t> m_copy;
+};

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/xcb_handles.h"
+
+#include <QRect>
+#include <QString>
+
+#include <cstdint>
+
+/// An event's type, without the mark of events that another client has sent.
+inline int eventType(const xcb_generic_event_t& event)
+{
+    constexpr int kSentByClient = 0x80;
+    return event.response_type & ~kSentByClient;
+}
+
+/// A connection of the capture's own to an X server, with the extensions that it uses. Every request is checked by its
+/// own reply: no error reaches the handlers that other libraries have installed.
+///
+/// One thread at a time.
+class X11Connection
+{
+public:
+    /// @param display as in the variable DISPLAY; null means that variable
+    explicit X11Connection(const char* display = nullptr);
+
+    /// Why nothing can be grabbed; empty where frames can be. Nothing else may be called where it is not.
+    const QString& obstacle() const { return m_obstacle; }
+
+    xcb_connection_t* get() const { return m_connection.get(); }
+    xcb_window_t root() const { return m_screen->root; }
+    /// The desktop in physical pixels, as large as the last events or updateDesktop() say.
+    QRect desktop() const { return m_desktop; }
+    /// Asks the server for the size of the desktop.
+    void updateDesktop();
+
+    /// Whether the server shares memory with its clients, and whether it takes file descriptors for that.
+    bool hasSharedMemory() const { return m_hasSharedMemory; }
+    bool takesDescriptors() const { return m_takesDescriptors; }
+    bool hasXFixes() const { return m_hasXFixes; }
+    bool hasDamage() const { return m_hasDamage; }
+
+    /// Whether a request succeeded; waits for the server.
+    bool check(xcb_void_cookie_t cookie) const;
+
+    /// The next event that has arrived, or null.
+    platform::xcb::Owned<xcb_generic_event_t> nextEvent();
+
+private:
+    QString findObstacle() const;
+    void queryExtensions();
+    bool isPresent(xcb_extension_t& extension) const;
+
+    platform::xcb::Connection m_connection;
+    const xcb_screen_t* m_screen = nullptr;
+    QString m_obstacle;
+    QRect m_desktop;
+    bool m_hasSharedMemory = false;
+    bool m_takesDescriptors = false;
+    bool m_hasXFixes = false;
+    bool m_hasDamage = false;
+};

@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/capture/x11/screengrabber.h"
+#include "tests/engine/xserver.h"
+#include "tests/support/testrun.h"
+
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QTest>
+
+#include <sys/shm.h>
+
+namespace {
+
+constexpr std::uint32_t kRed = 0xC81428;
+constexpr std::uint32_t kGreen = 0x14C850;
+constexpr std::uint32_t kBlue = 0x1428C8;
+constexpr std::uint32_t kBlack = 0;
+
+const auto kScreen = QStringLiteral("-screen");
+const auto kSize = QStringLiteral("320x240x24");
+const auto kWithout = QStringLiteral("-extension");
+
+std::uint32_t pixel(const ScreenGrabber& grabber, int x, int y)
+{
+    const PixelView view = grabber.image();
+    const QImage image(view.data, view.widthPx, view.heightPx, view.strideBytes, QImage::Format_RGB32);
+    return image.pixel(x, y) & 0xFFFFFF;
+}
+
+/// The System V segments that this name space has.
+int systemVSegments()
+{
+    QFile list(QStringLiteral("/proc/sysvipc/shm"));
+    return list.open(QIODevice::ReadOnly) ? static_cast<int>(list.readAll().count('\n')) - 1 : -1;
+}
+
+} // namespace
+
+class TestScreenGrabber : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void imageIsTheAreaPixelByPixel_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::newRow("shared memory") << QStringList{kScreen, QStringLiteral("0"), kSize};
+        QTest::newRow("no MIT-SHM") << QStringList{kScreen, QStringLiteral("0"), kSize, kWithout,
+                                                   QStringLiteral("MIT-SHM")};
+        QTest::newRow("no extension") << QStringList{kScreen,
+                                                     QStringLiteral("0"),
+                                                     kSize,
+                                                     kWithout,
+                                                     QStringLiteral("MIT-SHM"),
+                                                     kWithout,
+                                                     QStringLiteral("XFIXES"),
+                                                     kWithout,
+                                                     QStringLiteral("DAMAGE")};
+    }
+
+    void imageIsTheAreaPixelByPixel()
+    {
+        QFETCH(const QStringList, options);
+        XServer server;
+        QVERIFY(server.start(options));
+        PaintedWindow window(QRect(20, 10, 101, 51), kRed, server.display().constData());
+        window.paint(QRect(0, 0, 1, 51), kGreen);
+        window.paint(QRect(100, 50, 1, 1), kBlue);
+
+        X11Connection connection(server.display().constData());
+        QCOMPARE(connection.obstacle(), QString());
+        QCOMPARE(connection.desktop(), QRect(0, 0, 320, 240));
+        QCOMPARE(connection.hasSharedMemory(), options.size() == 3);
+        ScreenGrabber grabber(connection);
+        grabber.setArea(QRect(19, 9, 103, 53));
+        QVERIFY(grabber.grab(connection.desktop()));
+        QCOMPARE(pixel(grabber, 0, 0), kBlack);
+        QCOMPARE(pixel(grabber, 1, 1), kGreen);
+        QCOMPARE(pixel(grabber, 1, 51), kGreen);
+        QCOMPARE(pixel(grabber, 2, 1), kRed);
+        QCOMPARE(pixel(grabber, 101, 1), kRed);
+        QCOMPARE(pixel(grabber, 101, 51), kBlue);
+        QCOMPARE(pixel(grabber, 102, 52), kBlack);
+    }
+
+    void onlyTheChangedRowsAreGrabbed()
+    {
+        PaintedWindow window(QRect(0, 0, 200, 200), kRed);
+        X11Connection connection;
+        ScreenGrabber grabber(connection);
+        grabber.setArea(QRect(0, 0, 200, 200));
+        QVERIFY(grabber.grab(connection.desktop()));
+        window.paint(QRect(0, 0, 200, 200), kGreen);
+        QVERIFY(grabber.grab(QRegion(50, 10, 5, 5) + QRegion(0, 150, 1, 50)));
+        QCOMPARE(pixel(grabber, 50, 9), kRed);
+        QCOMPARE(pixel(grabber, 50, 10), kGreen);
+        QCOMPARE(pixel(grabber, 50, 14), kGreen);
+        QCOMPARE(pixel(grabber, 50, 15), kRed);
+        QCOMPARE(pixel(grabber, 0, 149), kRed);
+        QCOMPARE(pixel(grabber, 0, 150), kGreen);
+        QCOMPARE(pixel(grabber, 0, 199), kGreen);
+        QVERIFY(grabber.grab(QRegion()));
+        QCOMPARE(pixel(grabber, 50, 15), kRed);
+    }
+
+    void areaThatMovesShowsTheOtherPlace()
+    {
+        PaintedWindow window(QRect(0, 0, 400, 300), kRed);
+        window.paint(QRect(203, 101, 50, 50), kGreen);
+        X11Connection connection;
+        ScreenGrabber grabber(connection);
+        grabber.setArea(QRect(0, 0, 50, 50));
+        QVERIFY(grabber.grab(connection.desktop()));
+        QCOMPARE(pixel(grabber, 0, 0), kRed);
+        grabber.setArea(QRect(203, 101, 50, 50));
+        QVERIFY(grabber.grab(connection.desktop()));
+        QCOMPARE(pixel(grabber, 0, 0), kGreen);
+        QCOMPARE(pixel(grabber, 49, 49), kGreen);
+    }
+
+    void whatLiesOutsideTheDesktopIsBlack_data()
+    {
+        QTest::addColumn<QRect>("area");
+        QTest::newRow("left and above") << QRect(-31, -21, 100, 100);
+        QTest::newRow("above") << QRect(40, -21, 100, 100);
+        QTest::newRow("right and below") << QRect(251, 171, 100, 100);
+        QTest::newRow("below") << QRect(40, 171, 100, 100);
+        QTest::newRow("on all sides") << QRect(-10, -10, 340, 260);
+        QTest::newRow("away from it") << QRect(400, 300, 20, 20);
+    }
+
+    void whatLiesOutsideTheDesktopIsBlack()
+    {
+        QFETCH(const QRect, area);
+        XServer server;
+        QVERIFY(server.start({kScreen, QStringLiteral("0"), kSize}));
+        const QRect desktop(0, 0, 320, 240);
+        const PaintedWindow window(desktop, kRed, server.display().constData());
+        X11Connection connection(server.display().constData());
+        ScreenGrabber grabber(connection);
+        // What another area has left behind.
+        grabber.setArea(QRect(QPoint(0, 0), area.size().boundedTo(desktop.size())));
+        QVERIFY(grabber.grab(desktop));
+        grabber.setArea(area);
+        QVERIFY(grabber.grab(desktop));
+        for (int y = 0; y < area.height(); ++y) {
+            for (int x = 0; x < area.width(); ++x)
+                QCOMPARE(pixel(grabber, x, y), desktop.contains(area.topLeft() + QPoint(x, y)) ? kRed : kBlack);
+        }
+    }
+
+    void everyKindOfMemoryIsWrittenByTheServerAndLeavesNothing()
+    {
+        const X11Connection connection;
+        const int before = systemVSegments();
+        QVERIFY(before >= 0);
+        QVERIFY(connection.takesDescriptors());
+        for (auto* const make : {&SharedMemory::makeFromDescriptor, &SharedMemory::makeSystemV}) {
+            const PaintedWindow window(QRect(0, 0, 10, 10), kGreen);
+            const std::unique_ptr<SharedMemory> memory = make(connection, 400);
+            QVERIFY(memory);
+            const platform::xcb::Owned<xcb_shm_get_image_reply_t> reply(
+                xcb_shm_get_image_reply(connection.get(),
+                                        xcb_shm_get_image(connection.get(), connection.root(), 0, 0, 10, 10, ~0U,
+                                                          XCB_IMAGE_FORMAT_Z_PIXMAP, memory->id(), 0),
+                                        nullptr));
+            QVERIFY(reply);
+            QCOMPARE(QImage(memory->data(), 10, 10, QImage::Format_RGB32).pixel(9, 9) & 0xFFFFFF, kGreen);
+            if (make == &SharedMemory::makeFromDescriptor)
+                QCOMPARE(systemVSegments(), before);
+        }
+        QCOMPARE(systemVSegments(), before);
+    }
+
+    /// As long as it is attached, the system lists it as removed, for its owner alone.
+    void systemVSegmentIsForItsOwnerAlone()
+    {
+        const X11Connection connection;
+        const std::unique_ptr<SharedMemory> memory = SharedMemory::makeSystemV(connection, 4096);
+        QVERIFY(memory);
+        QFile list(QStringLiteral("/proc/sysvipc/shm"));
+        QVERIFY(list.open(QIODevice::ReadOnly));
+        const QByteArray own = QByteArray::number(QCoreApplication::applicationPid());
+        QList<QByteArray> found;
+        for (const QByteArray& line : list.readAll().split('\n')) {
+            const QList<QByteArray> fields = line.simplified().split(' ');
+            // Key, number, permissions, size, maker.
+            if (fields.value(4) == own)
+                found << fields.value(2);
+        }
+        constexpr int kOctal = 8;
+        QCOMPARE(found.size(), 1);
+        // 01000 marks what goes with its last user.
+        QCOMPARE(found.first().toInt(nullptr, kOctal), 01600);
+    }
+
+    void displayThatCannotBeGrabbedSaysWhy_data()
+    {
+        QTest::addColumn<QString>("size");
+        QTest::addColumn<QByteArray>("host");
+        QTest::addColumn<QString>("obstacle");
+        QTest::newRow("16 bits") << QStringLiteral("320x240x16") << QByteArray()
+                                 << QStringLiteral("the screen has a colour depth of 16 bits, not 24 or 32");
+        QTest::newRow("30 bits") << QStringLiteral("320x240x30") << QByteArray()
+                                 << QStringLiteral("the screen has a colour depth of 30 bits, not 24 or 32");
+        QTest::newRow("over the network")
+            << kSize << QByteArray("127.0.0.1") << QStringLiteral("the X server is on another computer");
+    }
+
+    void displayThatCannotBeGrabbedSaysWhy()
+    {
+        QFETCH(const QString, size);
+        QFETCH(const QByteArray, host);
+        QFETCH(const QString, obstacle);
+        XServer server;
+        QVERIFY(server.start({kScreen, QStringLiteral("0"), size, QStringLiteral("-listen"), QStringLiteral("tcp")}));
+        const X11Connection connection((host + server.display()).constData());
+        QCOMPARE(connection.obstacle(), obstacle);
+    }
+
+    void missingDisplaySaysSo()
+    {
+        QCOMPARE(X11Connection("nowhere:77").obstacle(), QStringLiteral("there is no X server"));
+    }
+
+    void serverThatEndsIsAFailureAndNoCrash()
+    {
+        auto server = std::make_unique<XServer>();
+        QVERIFY(server->start({kScreen, QStringLiteral("0"), kSize}));
+        X11Connection connection(server->display().constData());
+        ScreenGrabber grabber(connection);
+        grabber.setArea(QRect(0, 0, 100, 100));
+        QVERIFY(grabber.grab(connection.desktop()));
+        server.reset();
+        QVERIFY(!grabber.grab(connection.desktop()));
+        QVERIFY(!grabber.grab(connection.desktop()));
+    }
+};
+
+REGISTER_TEST(testrun::core<TestScreenGrabber>);
+
+#include "test_screengrabber.moc"

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/engine/xserver.h"
+
+#include <array>
+
+using platform::xcb::Owned;
+
+namespace {
+
+constexpr int kStartTimeoutMs = 20'000;
+
+} // namespace
+
+XServer::~XServer()
+{
+    m_process.terminate();
+    m_process.waitForFinished();
+}
+
+bool XServer::start(const QStringList& options)
+{
+    m_process.setStandardErrorFile(QProcess::nullDevice());
+    m_process.start(QStringLiteral("Xvfb"),
+                    QStringList{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-noreset")} +
+                        options);
+    if (!m_process.waitForReadyRead(kStartTimeoutMs))
+        return false;
+    m_display = ':' + m_process.readLine().trimmed();
+    return true;
+}
+
+PaintedWindow::PaintedWindow(const QRect& geometry, std::uint32_t color, const char* display)
+{
+    int number = 0;
+    m_connection.reset(xcb_connect(display, &number));
+    const xcb_screen_t& screen = platform::xcb::screenNumbered(connection(), number);
+    m_window = xcb_generate_id(connection());
+    m_context = xcb_generate_id(connection());
+    const std::array<std::uint32_t, 2> values{color, 1};
+    xcb_create_window(connection(), XCB_COPY_FROM_PARENT, m_window, screen.root,
+                      static_cast<std::int16_t>(geometry.x()), static_cast<std::int16_t>(geometry.y()),
+                      static_cast<std::uint16_t>(geometry.width()), static_cast<std::uint16_t>(geometry.height()), 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, screen.root_visual, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT,
+                      values.data());
+    xcb_create_gc(connection(), m_context, m_window, 0, nullptr);
+    xcb_map_window(connection(), m_window);
+    sync();
+}
+
+void PaintedWindow::paint(const QRect& area, std::uint32_t color)
+{
+    xcb_change_gc(connection(), m_context, XCB_GC_FOREGROUND, &color);
+    const xcb_rectangle_t rectangle{static_cast<std::int16_t>(area.x()), static_cast<std::int16_t>(area.y()),
+                                    static_cast<std::uint16_t>(area.width()),
+                                    static_cast<std::uint16_t>(area.height())};
+    xcb_poly_fill_rectangle(connection(), m_window, m_context, 1, &rectangle);
+    sync();
+}
+
+void PaintedWindow::moveTo(const QPoint& position)
+{
+    const std::array<std::uint32_t, 2> values{static_cast<std::uint32_t>(position.x()),
+                                              static_cast<std::uint32_t>(position.y())};
+    xcb_configure_window(connection(), m_window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values.data());
+    sync();
+}
+
+void PaintedWindow::hide()
+{
+    xcb_unmap_window(connection(), m_window);
+    sync();
+}
+
+void PaintedWindow::sync()
+{
+    // A reply says that the requests before it were carried out.
+    const Owned<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection(), xcb_get_input_focus(connection()), nullptr));
+}

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/xcb_handles.h"
+
+#include <QByteArray>
+#include <QProcess>
+#include <QRect>
+#include <QStringList>
+
+#include <cstdint>
+
+/// An X server that a test starts with options of its own, beside the desktop that the test runs on.
+class XServer
+{
+public:
+    ~XServer();
+
+    /// @param options beyond those for its number
+    /// @return false when it does not start
+    bool start(const QStringList& options);
+    /// As in the variable DISPLAY.
+    const QByteArray& display() const { return m_display; }
+
+private:
+    QProcess m_process;
+    QByteArray m_display;
+};
+
+/// A window of plain colours that lies over the others, without a frame. Each call returns when the server has done it.
+class PaintedWindow
+{
+public:
+    /// @param display null means the desktop that the test runs on
+    explicit PaintedWindow(const QRect& geometry, std::uint32_t color, const char* display = nullptr);
+
+    /// @param area in pixels of the window
+    void paint(const QRect& area, std::uint32_t color);
+    void moveTo(const QPoint& position);
+    void hide();
+
+    xcb_connection_t* connection() const { return m_connection.get(); }
+    xcb_window_t id() const { return m_window; }
+    void sync();
+
+private:
+    platform::xcb::Connection m_connection;
+    xcb_window_t m_window = XCB_WINDOW_NONE;
+    xcb_gcontext_t m_context = XCB_NONE;
+};
