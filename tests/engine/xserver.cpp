@@ -71,6 +71,30 @@ void PaintedWindow::hide()
     sync();
 }
 
+void PaintedWindow::setBlockPointer(int sizePx, const QPoint& hotSpot, std::uint16_t red)
+{
+    const auto block = xcb_generate_id(connection());
+    const auto context = xcb_generate_id(connection());
+    const auto cursor = xcb_generate_id(connection());
+    const auto size = static_cast<std::uint16_t>(sizePx);
+    const std::uint32_t one = 1;
+    xcb_create_pixmap(connection(), 1, block, m_window, size, size);
+    xcb_create_gc(connection(), context, block, XCB_GC_FOREGROUND, &one);
+    const xcb_rectangle_t whole{0, 0, size, size};
+    xcb_poly_fill_rectangle(connection(), block, context, 1, &whole);
+    xcb_create_cursor(connection(), cursor, block, block, red, 0, 0, 0, 0, 0, static_cast<std::uint16_t>(hotSpot.x()),
+                      static_cast<std::uint16_t>(hotSpot.y()));
+    xcb_change_window_attributes(connection(), m_window, XCB_CW_CURSOR, &cursor);
+    sync();
+}
+
+void PaintedWindow::movePointer(const QPoint& position)
+{
+    xcb_warp_pointer(connection(), XCB_NONE, m_window, 0, 0, 0, 0, static_cast<std::int16_t>(position.x()),
+                     static_cast<std::int16_t>(position.y()));
+    sync();
+}
+
 void PaintedWindow::sync()
 {
     // A reply says that the requests before it were carried out.

@@ -39,11 +39,15 @@ public:
     void moveTo(const QPoint& position);
     void hide();
 
-    xcb_connection_t* connection() const { return m_connection.get(); }
-    xcb_window_t id() const { return m_window; }
-    void sync();
+    /// Gives the window a pointer that is one block of red, from 0 to 65535.
+    void setBlockPointer(int sizePx, const QPoint& hotSpot, std::uint16_t red);
+    /// @param position in pixels of the window
+    void movePointer(const QPoint& position);
 
 private:
+    xcb_connection_t* connection() const { return m_connection.get(); }
+    void sync();
+
     platform::xcb::Connection m_connection;
     xcb_window_t m_window = XCB_WINDOW_NONE;
     xcb_gcontext_t m_context = XCB_NONE;
