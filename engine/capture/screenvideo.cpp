@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/capture/screenvideo.h"
+
+#include "app/sclogger.h"
+#include "engine/capture/framepace.h"
+
+#include <media-io/video-frame.h>
+#include <obs.h>
+#include <util/platform.h>
+#include <util/threading.h>
+#include <utility>
+
+#include <algorithm>
+
+namespace {
+
+constexpr char kName[] = "Kestrano screen";
+/// Frames that may wait for the encoder.
+constexpr size_t kBufferedFrames = 6;
+/// Between two looks at whether somebody listens.
+constexpr std::uint64_t kIdleNs = 2'000'000;
+
+void logLaggedFrames(const FramePace& pace)
+{
+    if (pace.repeatedFrames() == 0)
+        return;
+    const double percent = 100.0 * static_cast<double>(pace.repeatedFrames()) / static_cast<double>(pace.frames());
+    SCLogger::info(QStringLiteral("%1: Number of lagged frames due to rendering lag/stalls: %2 (%3%)")
+                       .arg(QLatin1String(kName))
+                       .arg(pace.repeatedFrames())
+                       .arg(percent, 0, 'f', 1));
+}
+
+} // namespace
+
+void ScreenVideo::Close::operator()(video_output* video) const
+{
+    video_output_close(video);
+}
+
+std::unique_ptr<ScreenVideo> ScreenVideo::open(std::unique_ptr<FrameSource> source, const QSize& size, int fps)
+{
+    video_output_info info{};
+    info.name = kName;
+    info.format = VIDEO_FORMAT_I420;
+    info.fps_num = static_cast<uint32_t>(fps);
+    info.fps_den = 1;
+    info.width = static_cast<uint32_t>(size.width());
+    info.height = static_cast<uint32_t>(size.height());
+    info.cache_size = kBufferedFrames;
+    info.colorspace = VIDEO_CS_709;
+    info.range = VIDEO_RANGE_FULL;
+    video_t* video = nullptr;
+    if (video_output_open(&video, &info) != VIDEO_OUTPUT_SUCCESS)
+        return nullptr;
+    return std::unique_ptr<ScreenVideo>(new ScreenVideo(std::move(source), Video(video)));
+}
+
+ScreenVideo::ScreenVideo(std::unique_ptr<FrameSource> source, Video video)
+    : m_source(std::move(source)), m_video(std::move(video)), m_thread(&ScreenVideo::run, this)
+{}
+
+ScreenVideo::~ScreenVideo()
+{
+    m_isStopping = true;
+    m_thread.join();
+}
+
+void ScreenVideo::setOrigin(const QPoint& origin)
+{
+    const std::lock_guard lock(m_mutex);
+    m_request.origin = origin;
+}
+
+void ScreenVideo::setPointer(const FramePointer& pointer)
+{
+    const std::lock_guard lock(m_mutex);
+    m_request.pointer = pointer;
+}
+
+bool ScreenVideo::isWatched() const
+{
+    return !m_isStopping && video_output_active(m_video.get());
+}
+
+void ScreenVideo::run()
+{
+    os_set_thread_name("screen video");
+    while (!m_isStopping) {
+        if (isWatched())
+            makeFrames();
+        else
+            os_sleepto_ns(os_gettime_ns() + kIdleNs);
+    }
+}
+
+void ScreenVideo::makeFrames()
+{
+    FramePace pace(video_output_get_frame_time(m_video.get()), os_gettime_ns());
+    while (isWatched()) {
+        os_sleepto_ns(pace.dueNs());
+        const FramePace::Frame due = pace.take(os_gettime_ns());
+        m_laggedFrames += static_cast<std::uint64_t>(due.count) - 1;
+        makeFrame(due.count, due.timestampNs);
+    }
+    logLaggedFrames(pace);
+}
+
+void ScreenVideo::makeFrame(int count, std::uint64_t timestampNs)
+{
+    takeRequest();
+    m_source->update(os_gettime_ns());
+    video_frame frame{};
+    // Where every buffer waits for the encoder, libobs repeats the last one and counts it as skipped.
+    if (!video_output_lock_frame(m_video.get(), &frame, count, timestampNs))
+        return;
+    I420View view{};
+    for (int plane = 0; plane < 3; ++plane) {
+        view.planes[plane] = frame.data[plane];
+        view.stridesBytes[plane] = static_cast<int>(frame.linesize[plane]);
+    }
+    m_source->write(view);
+    video_output_unlock_frame(m_video.get());
+}
+
+void ScreenVideo::takeRequest()
+{
+    Request request;
+    {
+        const std::lock_guard lock(m_mutex);
+        request = std::exchange(m_request, {});
+    }
+    if (request.origin)
+        m_source->setOrigin(*request.origin);
+    if (request.pointer)
+        m_source->setPointer(*request.pointer);
+}
