@@ -11,10 +11,10 @@ constexpr std::uint32_t kRed = 0xC81428;
 
 void update(X11Connection& connection, CursorTracker& tracker)
 {
-    connection.updateDesktop();
+    tracker.updatePointer();
     while (const auto event = connection.nextEvent())
         tracker.handle(*event);
-    tracker.update();
+    tracker.updateImage();
 }
 
 } // namespace
@@ -37,7 +37,33 @@ private slots:
         QCOMPARE(tracker.pointer()->positionPx, QPoint(100, 120));
     }
 
-    void imageIsFetchedWhenItIsAnotherOne()
+    void imageIsThatOfThePointer_data()
+    {
+        QTest::addColumn<int>("sizePx");
+        QTest::addColumn<QPoint>("hotSpot");
+        QTest::newRow("small") << 12 << QPoint(3, 4);
+        QTest::newRow("large") << 64 << QPoint(32, 32);
+        QTest::newRow("very large") << 256 << QPoint(255, 0);
+    }
+
+    void imageIsThatOfThePointer()
+    {
+        QFETCH(const int, sizePx);
+        QFETCH(const QPoint, hotSpot);
+        PaintedWindow window(QRect(30, 40, 100, 100), kRed);
+        window.setBlockPointer(sizePx, hotSpot, 0x8080);
+        window.movePointer(QPoint(50, 50));
+        X11Connection connection;
+        CursorTracker tracker(connection);
+        update(connection, tracker);
+        QCOMPARE(tracker.image().widthPx, sizePx);
+        QCOMPARE(tracker.image().heightPx, sizePx);
+        QCOMPARE(tracker.image().hotSpot, hotSpot);
+        const auto pixels = static_cast<std::size_t>(sizePx) * static_cast<std::size_t>(sizePx);
+        QCOMPARE(tracker.image().argbPremultiplied, std::vector<std::uint32_t>(pixels, 0xFF800000));
+    }
+
+    void imagesAreCountedWhereTheyDiffer()
     {
         PaintedWindow window(QRect(30, 40, 100, 100), kRed);
         window.setBlockPointer(12, QPoint(3, 4), 0xFFFF);
@@ -46,18 +72,41 @@ private slots:
         CursorTracker tracker(connection);
         update(connection, tracker);
         const int first = tracker.imageNumber();
-        QCOMPARE(tracker.image().widthPx, 12);
-        QCOMPARE(tracker.image().heightPx, 12);
-        QCOMPARE(tracker.image().hotSpot, QPoint(3, 4));
-        QCOMPARE(tracker.image().argbPremultiplied, std::vector<std::uint32_t>(144, 0xFFFF0000));
         window.movePointer(QPoint(60, 60));
         update(connection, tracker);
         QCOMPARE(tracker.imageNumber(), first);
+        window.setBlockPointer(12, QPoint(3, 5), 0xFFFF);
+        update(connection, tracker);
+        QCOMPARE(tracker.imageNumber(), first + 1);
+        window.setBlockPointer(12, QPoint(3, 5), 0x8080);
+        update(connection, tracker);
+        QCOMPARE(tracker.imageNumber(), first + 2);
+    }
 
-        window.setBlockPointer(64, QPoint(32, 32), 0x8080);
-        QTRY_VERIFY((update(connection, tracker), tracker.imageNumber() > first));
-        QCOMPARE(tracker.image().widthPx, 64);
-        QCOMPARE(tracker.image().argbPremultiplied, std::vector<std::uint32_t>(64 * 64, 0xFF800000));
+    void imageStaysUntilAnAnimatedPointerHasOne()
+    {
+        PaintedWindow window(QRect(30, 40, 100, 100), kRed);
+        window.setBlockPointer(12, QPoint(3, 4), 0x4040);
+        window.movePointer(QPoint(50, 50));
+        X11Connection connection;
+        CursorTracker tracker(connection);
+        update(connection, tracker);
+        window.setAnimatedPointer(16, {0x8080, 0xC0C0}, 60'000);
+        update(connection, tracker);
+        QCOMPARE(tracker.image().argbPremultiplied, std::vector<std::uint32_t>(144, 0xFF400000));
+    }
+
+    void imagesOfAnAnimatedPointerComeOneAfterTheOther()
+    {
+        PaintedWindow window(QRect(30, 40, 100, 100), kRed);
+        window.setAnimatedPointer(16, {0x4040, 0x8080, 0xC0C0}, 200);
+        window.movePointer(QPoint(50, 50));
+        X11Connection connection;
+        CursorTracker tracker(connection);
+        for (const std::uint32_t color : {0xFF400000U, 0xFF800000U, 0xFFC00000U, 0xFF400000U}) {
+            const std::vector<std::uint32_t> image(256, color);
+            QTRY_VERIFY((update(connection, tracker), tracker.image().argbPremultiplied == image));
+        }
     }
 
     void withoutXFixesThePointerHasAPositionAndNoImage()

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/x11/screengrabber.h"
 #include "tests/engine/xserver.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/systemvsegments.h"
 #include "tests/support/testrun.h"
 
-#include <QFile>
 #include <QImage>
-#include <QProcess>
 #include <QTest>
 
-#include <sys/shm.h>
+#include <array>
+#include <cstring>
 
 namespace {
 
@@ -28,11 +29,9 @@ std::uint32_t pixel(const ScreenGrabber& grabber, int x, int y)
     return image.pixel(x, y) & 0xFFFFFF;
 }
 
-/// The System V segments that this name space has.
-int systemVSegments()
+QList<int> ownSegments()
 {
-    QFile list(QStringLiteral("/proc/sysvipc/shm"));
-    return list.open(QIODevice::ReadOnly) ? static_cast<int>(list.readAll().count('\n')) - 1 : -1;
+    return systemvsegments::madeBy(QCoreApplication::applicationPid());
 }
 
 } // namespace
@@ -104,7 +103,7 @@ private slots:
         QCOMPARE(pixel(grabber, 50, 15), kRed);
     }
 
-    void areaThatMovesShowsTheOtherPlace()
+    void areaThatMovesShowsTheOtherPosition()
     {
         PaintedWindow window(QRect(0, 0, 400, 300), kRed);
         window.paint(QRect(203, 101, 50, 50), kGreen);
@@ -153,8 +152,7 @@ private slots:
     void everyKindOfMemoryIsWrittenByTheServerAndLeavesNothing()
     {
         const X11Connection connection;
-        const int before = systemVSegments();
-        QVERIFY(before >= 0);
+        QCOMPARE(ownSegments(), QList<int>());
         QVERIFY(connection.takesDescriptors());
         for (auto* const make : {&SharedMemory::makeFromDescriptor, &SharedMemory::makeSystemV}) {
             const PaintedWindow window(QRect(0, 0, 10, 10), kGreen);
@@ -168,9 +166,39 @@ private slots:
             QVERIFY(reply);
             QCOMPARE(QImage(memory->data(), 10, 10, QImage::Format_RGB32).pixel(9, 9) & 0xFFFFFF, kGreen);
             if (make == &SharedMemory::makeFromDescriptor)
-                QCOMPARE(systemVSegments(), before);
+                QCOMPARE(ownSegments(), QList<int>());
         }
-        QCOMPARE(systemVSegments(), before);
+        QCOMPARE(ownSegments(), QList<int>());
+    }
+
+    void memoryThatTheServerCannotWriteIntoIsDroppedForGood()
+    {
+        XServer server;
+        QVERIFY(server.start({kScreen, QStringLiteral("0"), kSize}));
+        PaintedWindow window(QRect(0, 0, 320, 240), kRed, server.display().constData());
+        X11Connection connection(server.display().constData());
+        ScreenGrabber grabber(connection);
+        grabber.setArea(QRect(0, 0, 100, 100));
+        // The connection numbers what it makes.
+        const xcb_shm_seg_t memory = xcb_generate_id(connection.get()) - 1;
+        QVERIFY(grabber.grab(connection.desktop()));
+        QVERIFY(connection.check(xcb_shm_detach_checked(connection.get(), memory)));
+        window.paint(QRect(0, 0, 320, 240), kGreen);
+        const MessageCapture log;
+        // Less than the whole, which has to come all the same.
+        const QRegion changed(0, 0, 1, 1);
+        QVERIFY(!grabber.grab(changed));
+        QVERIFY(!grabber.grab(changed));
+        QVERIFY(grabber.grab(changed));
+        QCOMPARE(pixel(grabber, 0, 0), kGreen);
+        QCOMPARE(pixel(grabber, 99, 99), kGreen);
+        const auto reason = QStringLiteral("The X server cannot write into shared memory; it sends the pixels instead");
+        QCOMPARE(log.texts(QtWarningMsg).filter(QStringLiteral("[WARNING] ") + reason).size(), 1);
+        const std::uint32_t number = xcb_generate_id(connection.get());
+        grabber.setArea(QRect(10, 10, 200, 200));
+        QCOMPARE(xcb_generate_id(connection.get()), number + 1);
+        QVERIFY(grabber.grab(connection.desktop()));
+        QCOMPARE(pixel(grabber, 199, 199), kGreen);
     }
 
     /// As long as it is attached, the system lists it as removed, for its owner alone.
@@ -179,20 +207,8 @@ private slots:
         const X11Connection connection;
         const std::unique_ptr<SharedMemory> memory = SharedMemory::makeSystemV(connection, 4096);
         QVERIFY(memory);
-        QFile list(QStringLiteral("/proc/sysvipc/shm"));
-        QVERIFY(list.open(QIODevice::ReadOnly));
-        const QByteArray own = QByteArray::number(QCoreApplication::applicationPid());
-        QList<QByteArray> found;
-        for (const QByteArray& line : list.readAll().split('\n')) {
-            const QList<QByteArray> fields = line.simplified().split(' ');
-            // Key, number, permissions, size, maker.
-            if (fields.value(4) == own)
-                found << fields.value(2);
-        }
-        constexpr int kOctal = 8;
-        QCOMPARE(found.size(), 1);
         // 01000 marks what goes with its last user.
-        QCOMPARE(found.first().toInt(nullptr, kOctal), 01600);
+        QCOMPARE(ownSegments(), QList<int>{01600});
     }
 
     void displayThatCannotBeGrabbedSaysWhy_data()
@@ -219,9 +235,28 @@ private slots:
         QCOMPARE(connection.obstacle(), obstacle);
     }
 
-    void missingDisplaySaysSo()
+    void missingDisplaySaysSo() { QCOMPARE(X11Connection(":999").obstacle(), QStringLiteral("there is no X server")); }
+
+    void sizeOfTheDesktopThatAnotherClientClaimsIsIgnored()
     {
-        QCOMPARE(X11Connection("nowhere:77").obstacle(), QStringLiteral("there is no X server"));
+        XServer server;
+        QVERIFY(server.start({kScreen, QStringLiteral("0"), kSize}));
+        X11Connection connection(server.display().constData());
+        const X11Connection other(server.display().constData());
+        xcb_configure_notify_event_t claim{};
+        claim.response_type = XCB_CONFIGURE_NOTIFY;
+        claim.event = claim.window = connection.root();
+        claim.width = claim.height = 10;
+        constexpr std::size_t kEventBytes = 32;
+        std::array<char, kEventBytes> event{};
+        std::memcpy(event.data(), &claim, sizeof claim);
+        QVERIFY(other.check(
+            xcb_send_event_checked(other.get(), 0, other.root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY, event.data())));
+        // Its answer comes after the event.
+        QVERIFY(connection.check(xcb_no_operation_checked(connection.get())));
+        while (connection.nextEvent()) {
+        }
+        QCOMPARE(connection.desktop(), QRect(0, 0, 320, 240));
     }
 
     void serverThatEndsIsAFailureAndNoCrash()

@@ -2,13 +2,21 @@
 #include "engine/capture/x11/videoconversion.h"
 #include "engine/capture/x11/x11frames.h"
 #include "tests/engine/xserver.h"
+#include "tests/support/messagecapture.h"
+#include "tests/support/slowconversion.h"
 #include "tests/support/testrun.h"
 
+#include <QImage>
+#include <QProcess>
+#include <QProcessEnvironment>
 #include <QTest>
 
-#include <util/platform.h>
+#include <utility>
 
 #include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
 
 namespace {
 
@@ -16,6 +24,14 @@ constexpr std::uint32_t kRed = 0xC81428;
 constexpr std::uint32_t kGreen = 0x14C850;
 constexpr std::uint32_t kBlue = 0x1428C8;
 const QRect kDesktop(0, 0, 320, 240);
+constexpr std::uint32_t kHighlight = 0xFFFFFF;
+constexpr std::uint32_t kLeftClick = 0x0000FF;
+constexpr std::uint32_t kRightClick = 0x000000;
+/// The circles without the pointer itself.
+const FramePointer kOpaqueCircles{.isShown = false,
+                                  .effects = {.highlight = EffectColor{1, 1, 1, 1},
+                                              .leftClick = EffectColor{0, 0, 1, 1},
+                                              .rightClick = EffectColor{0, 0, 0, 1}}};
 const FramePointer kNoPointer{.isShown = false, .effects = {}};
 
 /// A frame in memory of its own.
@@ -37,7 +53,11 @@ public:
     }
 
     const std::vector<std::uint8_t>& bytes() const { return m_bytes; }
-    int lumaAt(int x, int y) const { return m_bytes.at(static_cast<std::size_t>(y * m_size.width() + x)); }
+    int lumaAt(int x, int y) const
+    {
+        return m_bytes.at(static_cast<std::size_t>(y) * static_cast<std::size_t>(m_size.width()) +
+                          static_cast<std::size_t>(x));
+    }
 
 private:
     QSize m_size;
@@ -51,6 +71,79 @@ int lumaOf(std::uint32_t color)
     convertToI420({reinterpret_cast<const std::uint8_t*>(pixels.data()), 8, 2, 2}, frame.view(), QRect(0, 0, 2, 2));
     return frame.lumaAt(0, 0);
 }
+
+slowconversion::Pixel pixelAt(const QImage& image, int x, int y)
+{
+    const QRgb color = image.pixel(x, y);
+    return {static_cast<std::uint8_t>(qBlue(color)), static_cast<std::uint8_t>(qGreen(color)),
+            static_cast<std::uint8_t>(qRed(color))};
+}
+
+/// The bytes that a frame of this image has.
+std::vector<std::uint8_t> slowFrame(const QImage& image)
+{
+    std::vector<std::uint8_t> luma;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            luma.push_back(slowconversion::luma(pixelAt(image, x, y)));
+    std::vector<std::uint8_t> cb;
+    std::vector<std::uint8_t> cr;
+    for (int y = 0; y < image.height(); y += 2)
+        for (int x = 0; x < image.width(); x += 2) {
+            const std::array<slowconversion::Pixel, 4> four{pixelAt(image, x, y), pixelAt(image, x + 1, y),
+                                                            pixelAt(image, x, y + 1), pixelAt(image, x + 1, y + 1)};
+            cb.push_back(slowconversion::cb(four));
+            cr.push_back(slowconversion::cr(four));
+        }
+    std::vector<std::uint8_t> frame = luma;
+    frame.insert(frame.end(), cb.begin(), cb.end());
+    frame.insert(frame.end(), cr.begin(), cr.end());
+    return frame;
+}
+
+/// A window over the whole desktop, and an image of what it shows.
+class PaintedDesktop
+{
+public:
+    explicit PaintedDesktop(const char* display)
+        : m_window(kDesktop, kRed, display), m_image(kDesktop.size(), QImage::Format_RGB32)
+    {
+        m_image.fill(kRed);
+    }
+
+    PaintedWindow& window() { return m_window; }
+
+    void paint(const QRect& area, std::uint32_t color)
+    {
+        m_window.paint(area, color);
+        paintImage(area, color);
+    }
+    void paintImage(const QRect& area, std::uint32_t color)
+    {
+        const QRect inside = area & m_image.rect();
+        for (int y = inside.top(); y <= inside.bottom(); ++y)
+            for (int x = inside.left(); x <= inside.right(); ++x)
+                m_image.setPixel(x, y, color);
+    }
+
+    /// Lines of one pixel in three colours, beside and across each other; all of the desktop.
+    void paintLines()
+    {
+        paint(kDesktop, kRed);
+        for (int x = 0; x < kDesktop.width(); x += 3)
+            paint(QRect(x, 0, 1, kDesktop.height() / 2), x % 2 == 0 ? kGreen : kBlue);
+        for (int y = 0; y < kDesktop.height(); y += 2)
+            paint(QRect(0, y, kDesktop.width() / 2, 1), y % 3 == 0 ? kGreen : kBlue);
+    }
+
+    const QImage& image() const { return m_image; }
+    /// What a frame of this area has to be; black outside the desktop.
+    std::vector<std::uint8_t> frameOf(const QRect& area) const { return slowFrame(m_image.copy(area)); }
+
+private:
+    PaintedWindow m_window;
+    QImage m_image;
+};
 
 } // namespace
 
@@ -71,6 +164,7 @@ private slots:
         const QRect area(20, 10, 102, 52);
         PaintedWindow window(area, kRed, display());
         const auto frames = open(area);
+        QVERIFY(frames);
         frames->setPointer(kNoPointer);
         FrameBuffer frame(area.size());
         show(*frames, frame);
@@ -101,6 +195,7 @@ private slots:
         PaintedWindow window(kDesktop, kRed, display());
         const QRect area(15, 25, 200, 150);
         const auto frames = open(area);
+        QVERIFY(frames);
         std::vector<FrameBuffer> buffers(3, FrameBuffer(area.size()));
         const std::array<std::uint32_t, 3> colors{kRed, kGreen, kBlue};
         for (std::size_t i = 0; i < 60; ++i) {
@@ -109,25 +204,158 @@ private slots:
             window.movePointer(QPoint((at * 29) % 320, (at * 17) % 240));
             FrameBuffer& buffer = buffers.at(i % 3);
             show(*frames, buffer);
+            const auto newFrames = open(area);
+            QVERIFY(newFrames);
             FrameBuffer fresh(area.size());
-            show(*open(area), fresh);
+            show(*newFrames, fresh);
             QVERIFY2(buffer.bytes() == fresh.bytes(), qPrintable(QString::number(i)));
         }
     }
 
-    void areaThatMovesShowsTheOtherPlaceAtOnce()
+    void linesOfOnePixelAreExact_data()
     {
-        PaintedWindow window(kDesktop, kRed, display());
-        window.paint(QRect(101, 51, 40, 40), kBlue);
-        const auto frames = open(QRect(0, 0, 40, 40));
+        QTest::addColumn<QRect>("area");
+        QTest::newRow("even position") << QRect(20, 10, 202, 152);
+        QTest::newRow("odd column") << QRect(21, 10, 202, 152);
+        QTest::newRow("odd row") << QRect(20, 11, 202, 152);
+        QTest::newRow("odd position") << QRect(33, 35, 58, 154);
+        QTest::newRow("beyond the near edges") << QRect(-7, -5, 102, 52);
+        QTest::newRow("beyond the far edges") << QRect(253, 201, 102, 52);
+        QTest::newRow("whole desktop") << kDesktop;
+    }
+
+    void linesOfOnePixelAreExact()
+    {
+        QFETCH(const QRect, area);
+        PaintedDesktop desktop(display());
+        desktop.paintLines();
+        const auto frames = open(area);
+        QVERIFY(frames);
         frames->setPointer(kNoPointer);
-        FrameBuffer frame(QSize(40, 40));
+        FrameBuffer frame(area.size());
         show(*frames, frame);
-        QCOMPARE(frame.lumaAt(0, 0), lumaOf(kRed));
-        frames->setOrigin(QPoint(101, 51));
+        QVERIFY(frame.bytes() == desktop.frameOf(area));
+        desktop.paint(QRect(57, 0, 1, 240), kBlue);
+        desktop.paint(QRect(0, 41, 320, 1), kGreen);
+        desktop.paint(QRect(300, 215, 1, 1), kBlue);
         show(*frames, frame);
-        QCOMPARE(frame.lumaAt(0, 0), lumaOf(kBlue));
-        QCOMPARE(frame.lumaAt(39, 39), lumaOf(kBlue));
+        QVERIFY(frame.bytes() == desktop.frameOf(area));
+    }
+
+    void areaThatMovesIsExactAtOnce()
+    {
+        PaintedDesktop desktop(display());
+        desktop.paintLines();
+        QRect area(10, 20, 102, 52);
+        const auto frames = open(area);
+        QVERIFY(frames);
+        frames->setPointer(kNoPointer);
+        std::vector<FrameBuffer> buffers(2, FrameBuffer(area.size()));
+        int number = 0;
+        for (const QPoint& origin : {QPoint(11, 20), QPoint(11, 21), QPoint(101, 51), QPoint(-9, 53), QPoint(271, 211),
+                                     QPoint(400, 300), QPoint(0, 0), QPoint(1, 1)}) {
+            area.moveTopLeft(origin);
+            frames->setOrigin(origin);
+            desktop.paint(QRect(origin + QPoint(5, 5), QSize(3, 3)), kBlue);
+            FrameBuffer& buffer = buffers.at(static_cast<std::size_t>(++number % 2));
+            show(*frames, buffer);
+            QVERIFY2(buffer.bytes() == desktop.frameOf(area), qPrintable(QString::number(number)));
+        }
+    }
+
+    void desktopThatShrinksIsBlackOutsideUntilItGrowsAgain()
+    {
+        PaintedDesktop desktop(display());
+        desktop.paintLines();
+        const QRect area(21, 11, 282, 222);
+        const auto frames = open(area);
+        QVERIFY(frames);
+        frames->setPointer(kNoPointer);
+        FrameBuffer frame(area.size());
+        show(*frames, frame);
+        const MessageCapture log;
+        QVERIFY(run("xrandr", {"--output", "screen", "--off", "--fb", "200x151"}));
+        // The server has cleared the window.
+        desktop.paintLines();
+        show(*frames, frame);
+        QVERIFY(!log.texts(QtInfoMsg).filter(changedTo(QStringLiteral("200x151"))).isEmpty());
+        const QImage rest = desktop.image().copy(0, 0, 200, 151).copy(kDesktop);
+        QVERIFY(frame.bytes() == slowFrame(rest.copy(area)));
+        desktop.paint(QRect(100, 100, 99, 51), kGreen);
+        show(*frames, frame);
+        QCOMPARE(frame.lumaAt(100 - 21, 100 - 11), lumaOf(kGreen));
+        QVERIFY(run("xrandr", {"--fb", "320x240"}));
+        desktop.paintLines();
+        show(*frames, frame);
+        QVERIFY(!log.texts(QtInfoMsg).filter(changedTo(QStringLiteral("320x240"))).isEmpty());
+        QVERIFY(frame.bytes() == desktop.frameOf(area));
+    }
+
+    void screenThatIsUnpluggedIsLoggedAndTheFramesGoOn()
+    {
+        PaintedDesktop desktop(display());
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        frames->setPointer(kNoPointer);
+        FrameBuffer frame(kDesktop.size());
+        show(*frames, frame);
+        const MessageCapture log;
+        show(*frames, frame);
+        const auto line = changedTo(QStringLiteral("320x240"));
+        QCOMPARE(log.texts(QtInfoMsg).filter(line).size(), 0);
+        QVERIFY(run("xrandr", {"--output", "screen", "--off", "--fb", "320x240"}));
+        desktop.paintLines();
+        show(*frames, frame);
+        QCOMPARE(log.texts(QtInfoMsg).filter(line).size(), 1);
+        QVERIFY(frame.bytes() == desktop.frameOf(kDesktop));
+        show(*frames, frame);
+        QCOMPARE(log.texts(QtInfoMsg).filter(line).size(), 1);
+    }
+
+    void connectionThatIsLostIsOpenedAgain()
+    {
+        PaintedDesktop desktop(display());
+        desktop.window().setBlockPointer(8, QPoint(0, 0), 0);
+        desktop.window().movePointer(QPoint(100, 100));
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        FrameBuffer frame(kDesktop.size());
+        show(*frames, frame);
+        desktop.window().disconnectOthers();
+        desktop.paintLines();
+        desktop.paintImage(QRect(100, 100, 8, 8), 0);
+        const MessageCapture log;
+        show(*frames, frame);
+        QVERIFY(frame.bytes() == desktop.frameOf(kDesktop));
+        desktop.paint(QRect(0, 0, 50, 50), kBlue);
+        show(*frames, frame);
+        QVERIFY(frame.bytes() == desktop.frameOf(kDesktop));
+        const auto reason =
+            QStringLiteral("[WARNING] The X server had closed the connection of the recording; it is open again");
+        QCOMPARE(log.texts(QtWarningMsg).filter(reason).size(), 1);
+    }
+
+    void imageStandsStillWhereTheServerHasEnded()
+    {
+        // Servers that choose a number take the lowest one: no other server takes this one over.
+        m_server = std::make_unique<XServer>();
+        QVERIFY(start({QStringLiteral(":%1").arg(10'000 + QCoreApplication::applicationPid() % 40'000)}));
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        FrameBuffer frame(kDesktop.size());
+        show(*frames, frame);
+        const FrameBuffer before = frame;
+        FrameBuffer other(kDesktop.size());
+        m_server.reset();
+        const MessageCapture log;
+        const auto reason = QStringLiteral("[WARNING] The recorded image stands still: there is no X server");
+        for (const auto& [ms, lines] : {std::pair(0, 0), {999, 0}, {1'000, 1}, {2'000, 1}, {60'000, 1}}) {
+            showAt(*frames, frame, ms);
+            QVERIFY(frame.bytes() == before.bytes());
+            frames->write(other.view());
+            QVERIFY(other.bytes() == before.bytes());
+            QCOMPARE(log.texts(QtWarningMsg).filter(reason).size(), lines);
+        }
     }
 
     void pointerIsDrawnWhereItPointsAndLeavesNothingBehind()
@@ -137,6 +365,7 @@ private slots:
         window.movePointer(QPoint(100, 100));
         const QRect area(50, 50, 200, 150);
         const auto frames = open(area);
+        QVERIFY(frames);
         FrameBuffer frame(area.size());
         show(*frames, frame);
         const int black = lumaOf(0);
@@ -160,6 +389,7 @@ private slots:
         window.setBlockPointer(8, QPoint(0, 0), 0);
         window.movePointer(QPoint(100, 100));
         const auto frames = open(kDesktop);
+        QVERIFY(frames);
         FrameBuffer frame(kDesktop.size());
         show(*frames, frame);
         window.paint(QRect(90, 90, 40, 40), kGreen);
@@ -176,6 +406,7 @@ private slots:
         window.setBlockPointer(9, QPoint(4, 4), 0);
         const QRect area(100, 100, 50, 50);
         const auto frames = open(area);
+        QVERIFY(frames);
         FrameBuffer frame(area.size());
         window.movePointer(QPoint(100, 100));
         show(*frames, frame);
@@ -188,10 +419,145 @@ private slots:
         QCOMPARE(frame.lumaAt(49, 49), lumaOf(0));
     }
 
+    void veryLargePointerIsWhole()
+    {
+        PaintedDesktop desktop(display());
+        desktop.paintLines();
+        desktop.window().setBlockPointer(256, QPoint(101, 200), 0);
+        desktop.window().movePointer(QPoint(150, 210));
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        FrameBuffer frame(kDesktop.size());
+        show(*frames, frame);
+        desktop.paintImage(QRect(49, 10, 256, 256), 0);
+        QVERIFY(frame.bytes() == desktop.frameOf(kDesktop));
+    }
+
+    void animatedPointerShowsAllOfItsImages()
+    {
+        PaintedDesktop desktop(display());
+        desktop.window().setAnimatedPointer(16, {0x0000, 0x8080, 0xFFFF}, 200);
+        desktop.window().movePointer(QPoint(101, 55));
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        FrameBuffer frame(kDesktop.size());
+        for (const std::uint32_t color : {0x000000U, 0x800000U, 0xFF0000U, 0x000000U}) {
+            desktop.paintImage(QRect(101, 55, 16, 16), color);
+            const std::vector<std::uint8_t> expected = desktop.frameOf(kDesktop);
+            QTRY_VERIFY((show(*frames, frame), frame.bytes() == expected));
+        }
+    }
+
+    void highlightIsDrawnAroundThePointerAndLeavesNothingBehind()
+    {
+        PaintedWindow window(kDesktop, kRed, display());
+        window.movePointer(QPoint(100, 100));
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        frames->setPointer(kOpaqueCircles);
+        FrameBuffer frame(kDesktop.size());
+        show(*frames, frame);
+        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kHighlight));
+        QCOMPARE(frame.lumaAt(100 - 18, 100), lumaOf(kHighlight));
+        QCOMPARE(frame.lumaAt(100, 100 + 18), lumaOf(kHighlight));
+        QCOMPARE(frame.lumaAt(100 + 23, 100), lumaOf(kRed));
+        window.movePointer(QPoint(200, 150));
+        show(*frames, frame);
+        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kRed));
+        QCOMPARE(frame.lumaAt(200, 150), lumaOf(kHighlight));
+        frames->setPointer(kNoPointer);
+        show(*frames, frame);
+        QCOMPARE(frame.lumaAt(200, 150), lumaOf(kRed));
+    }
+
+    void highlightHasTheSizeOfTheScreensPixels()
+    {
+        PaintedWindow window(kDesktop, kRed, display());
+        window.movePointer(QPoint(100, 100));
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        FramePointer pointer = kOpaqueCircles;
+        pointer.pixelRatio = 1.5F;
+        frames->setPointer(pointer);
+        FrameBuffer frame(kDesktop.size());
+        show(*frames, frame);
+        QCOMPARE(frame.lumaAt(100 - 28, 100), lumaOf(kHighlight));
+        QCOMPARE(frame.lumaAt(100 - 33, 100), lumaOf(kRed));
+    }
+
+    void clickIsMarkedWhileTheButtonIsDown_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<std::uint32_t>("color");
+        QTest::newRow("left") << QStringLiteral("1") << kLeftClick;
+        QTest::newRow("middle") << QStringLiteral("2") << kHighlight;
+        QTest::newRow("right") << QStringLiteral("3") << kRightClick;
+    }
+
+    void clickIsMarkedWhileTheButtonIsDown()
+    {
+        QFETCH(const QString, button);
+        QFETCH(const std::uint32_t, color);
+        PaintedWindow window(kDesktop, kRed, display());
+        window.movePointer(QPoint(100, 100));
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        frames->setPointer(kOpaqueCircles);
+        FrameBuffer frame(kDesktop.size());
+        showAt(*frames, frame, 0);
+        QVERIFY(xdotool({QStringLiteral("mousedown"), button}));
+        showAt(*frames, frame, 1'000);
+        QCOMPARE(frame.lumaAt(100, 100), lumaOf(color));
+        QCOMPARE(frame.lumaAt(100 + 16, 100), lumaOf(kHighlight));
+        showAt(*frames, frame, 5'000);
+        QCOMPARE(frame.lumaAt(100, 100), lumaOf(color));
+        QVERIFY(xdotool({QStringLiteral("mouseup"), button}));
+        showAt(*frames, frame, 6'000);
+        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kHighlight));
+    }
+
+    void clickBetweenTwoFramesIsMarkedLongEnoughToBeSeen()
+    {
+        PaintedWindow window(kDesktop, kRed, display());
+        window.movePointer(QPoint(100, 100));
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        frames->setPointer(kOpaqueCircles);
+        FrameBuffer frame(kDesktop.size());
+        showAt(*frames, frame, 0);
+        QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("1")}));
+        for (const int ms : {33, 66, 199}) {
+            showAt(*frames, frame, ms);
+            QCOMPARE(frame.lumaAt(100, 100), lumaOf(kLeftClick));
+        }
+        showAt(*frames, frame, 300);
+        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kHighlight));
+    }
+
+    void clicksAreThoseOfTheUsersArrangement()
+    {
+        PaintedWindow window(kDesktop, kRed, display());
+        window.movePointer(QPoint(100, 100));
+        window.arrangeButtons({3, 2, 1});
+        const auto frames = open(kDesktop);
+        QVERIFY(frames);
+        frames->setPointer(kOpaqueCircles);
+        FrameBuffer frame(kDesktop.size());
+        showAt(*frames, frame, 0);
+        QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("1")}));
+        showAt(*frames, frame, 33);
+        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kRightClick));
+        showAt(*frames, frame, 300);
+        window.arrangeButtons({1, 2, 3});
+        QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("1")}));
+        showAt(*frames, frame, 333);
+        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kLeftClick));
+    }
+
     void displayWithoutFramesSaysWhy()
     {
         QString obstacle;
-        QVERIFY(!X11Frames::open(kDesktop, obstacle, "nowhere:77"));
+        QVERIFY(!X11Frames::open(kDesktop, obstacle, ":999"));
         QCOMPARE(obstacle, QStringLiteral("there is no X server"));
     }
 
@@ -210,9 +576,30 @@ private:
         return X11Frames::open(area, obstacle, display());
     }
 
-    static void show(FrameSource& frames, FrameBuffer& buffer)
+    bool xdotool(const QStringList& arguments) const { return run("xdotool", arguments); }
+
+    bool run(const char* program, const QStringList& arguments) const
     {
-        frames.update(os_gettime_ns());
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(m_server->display()));
+        process.setProcessEnvironment(environment);
+        process.start(QString::fromLatin1(program), arguments);
+        return process.waitForFinished() && process.exitCode() == 0;
+    }
+
+    static QString changedTo(const QString& size)
+    {
+        return QStringLiteral("The screens have changed: the desktop is %1 now; the recording goes on").arg(size);
+    }
+
+    static void show(FrameSource& frames, FrameBuffer& buffer) { showAt(frames, buffer, 0); }
+
+    /// @param ms since some moment
+    static void showAt(FrameSource& frames, FrameBuffer& buffer, int ms)
+    {
+        constexpr std::uint64_t kBeginNs = 1'000'000'000'000;
+        frames.update(kBeginNs + std::uint64_t{1'000'000} * static_cast<std::uint64_t>(ms));
         frames.write(buffer.view());
     }
 

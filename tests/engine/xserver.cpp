@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/engine/xserver.h"
 
-#include <array>
+#include <xcb/render.h>
+
+#include <algorithm>
 
 using platform::xcb::Owned;
 
@@ -73,6 +75,22 @@ void PaintedWindow::hide()
 
 void PaintedWindow::setBlockPointer(int sizePx, const QPoint& hotSpot, std::uint16_t red)
 {
+    setPointer(createBlock(sizePx, hotSpot, red));
+}
+
+void PaintedWindow::setAnimatedPointer(int sizePx, const std::vector<std::uint16_t>& reds, int intervalMs)
+{
+    std::vector<xcb_render_animcursorelt_t> images;
+    images.reserve(reds.size());
+    for (const std::uint16_t red : reds)
+        images.push_back({createBlock(sizePx, QPoint(0, 0), red), static_cast<std::uint32_t>(intervalMs)});
+    const auto cursor = xcb_generate_id(connection());
+    xcb_render_create_anim_cursor(connection(), cursor, static_cast<std::uint32_t>(images.size()), images.data());
+    setPointer(cursor);
+}
+
+xcb_cursor_t PaintedWindow::createBlock(int sizePx, const QPoint& hotSpot, std::uint16_t red)
+{
     const auto block = xcb_generate_id(connection());
     const auto context = xcb_generate_id(connection());
     const auto cursor = xcb_generate_id(connection());
@@ -84,6 +102,11 @@ void PaintedWindow::setBlockPointer(int sizePx, const QPoint& hotSpot, std::uint
     xcb_poly_fill_rectangle(connection(), block, context, 1, &whole);
     xcb_create_cursor(connection(), cursor, block, block, red, 0, 0, 0, 0, 0, static_cast<std::uint16_t>(hotSpot.x()),
                       static_cast<std::uint16_t>(hotSpot.y()));
+    return cursor;
+}
+
+void PaintedWindow::setPointer(xcb_cursor_t cursor)
+{
     xcb_change_window_attributes(connection(), m_window, XCB_CW_CURSOR, &cursor);
     sync();
 }
@@ -92,6 +115,31 @@ void PaintedWindow::movePointer(const QPoint& position)
 {
     xcb_warp_pointer(connection(), XCB_NONE, m_window, 0, 0, 0, 0, static_cast<std::int16_t>(position.x()),
                      static_cast<std::int16_t>(position.y()));
+    sync();
+}
+
+void PaintedWindow::arrangeButtons(const std::array<std::uint8_t, 3>& buttons)
+{
+    const Owned<xcb_get_pointer_mapping_reply_t> present(
+        xcb_get_pointer_mapping_reply(connection(), xcb_get_pointer_mapping(connection()), nullptr));
+    if (!present)
+        return;
+    std::uint8_t* const map = xcb_get_pointer_mapping_map(present.get());
+    std::copy(buttons.begin(), buttons.end(), map);
+    const auto cookie = xcb_set_pointer_mapping(connection(), present->map_len, map);
+    const Owned<xcb_set_pointer_mapping_reply_t> reply(xcb_set_pointer_mapping_reply(connection(), cookie, nullptr));
+}
+
+void PaintedWindow::disconnectOthers()
+{
+    // What a client makes has the client's number above the bits of this mask.
+    const xcb_setup_t& setup = *xcb_get_setup(connection());
+    const std::uint32_t step = setup.resource_id_mask + 1;
+    constexpr std::uint32_t kMaxClients = 64;
+    for (std::uint32_t client = 1; client < kMaxClients; ++client) {
+        if (client * step != setup.resource_id_base)
+            xcb_kill_client(connection(), client * step);
+    }
     sync();
 }
 

@@ -8,7 +8,9 @@
 #include <QRect>
 #include <QStringList>
 
+#include <array>
 #include <cstdint>
+#include <vector>
 
 /// An X server that a test starts with options of its own, beside the desktop that the test runs on.
 class XServer
@@ -41,11 +43,19 @@ public:
 
     /// Gives the window a pointer that is one block of red, from 0 to 65535.
     void setBlockPointer(int sizePx, const QPoint& hotSpot, std::uint16_t red);
+    /// Gives the window a pointer that is such a block of one red after the other, for that long each, over and over.
+    void setAnimatedPointer(int sizePx, const std::vector<std::uint16_t>& reds, int intervalMs);
     /// @param position in pixels of the window
     void movePointer(const QPoint& position);
+    /// Arranges the first buttons of the server's pointer, as a left-handed user does.
+    void arrangeButtons(const std::array<std::uint8_t, 3>& buttons);
+    /// Lets the server close all other connections, as xkill does.
+    void disconnectOthers();
 
 private:
     xcb_connection_t* connection() const { return m_connection.get(); }
+    xcb_cursor_t createBlock(int sizePx, const QPoint& hotSpot, std::uint16_t red);
+    void setPointer(xcb_cursor_t cursor);
     void sync();
 
     platform::xcb::Connection m_connection;

@@ -134,8 +134,8 @@ private slots:
         const MutablePixelView part{image.scanLine(5) + 28, static_cast<int>(image.bytesPerLine()), 10, 10};
         QCOMPARE(blendCursor(part, cursorOf({4, 4}, qRgb(9, 9, 9)), {8, 8}), QRect(8, 8, 2, 2));
         QImage expected = ground();
-        for (const QPoint place : {QPoint(15, 13), QPoint(16, 13), QPoint(15, 14), QPoint(16, 14)})
-            expected.setPixel(place, qRgb(9, 9, 9));
+        for (const QPoint position : {QPoint(15, 13), QPoint(16, 13), QPoint(15, 14), QPoint(16, 14)})
+            expected.setPixel(position, qRgb(9, 9, 9));
         QCOMPARE(image, expected);
     }
 

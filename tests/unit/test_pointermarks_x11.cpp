@@ -19,7 +19,7 @@ constexpr QRgb kRightClick = qRgb(200, 44, 32);
 
 const PointerEffectChoice kAll{EffectColor{0.0F, 1.0F, 0.5F, 0.3F}, EffectColor{0.0F, 0.0F, 1.0F, 0.7F},
                                EffectColor{1.0F, 0.0F, 0.0F, 0.7F}};
-const QPoint kPlace(60, 50);
+const QPoint kPosition(60, 50);
 
 QImage ground()
 {
@@ -39,13 +39,13 @@ QRect draw(QImage& image, const platform::PointerState& pointer, float pixelRati
     return draw(image, kAll.circlesAround(pointer, pixelRatio));
 }
 
-bool isColour(const QImage& image, const QPoint& place, QRgb expected)
+bool isColour(const QImage& image, const QPoint& position, QRgb expected)
 {
-    const QRgb found = image.pixel(place);
+    const QRgb found = image.pixel(position);
     const bool same = std::abs(qRed(found) - qRed(expected)) <= 1 && std::abs(qGreen(found) - qGreen(expected)) <= 1 &&
                       std::abs(qBlue(found) - qBlue(expected)) <= 1;
     if (!same)
-        qWarning() << "at" << place << "there is" << QColor(found).name() << "and not" << QColor(expected).name();
+        qWarning() << "at" << position << "there is" << QColor(found).name() << "and not" << QColor(expected).name();
     return same;
 }
 
@@ -83,28 +83,28 @@ private slots:
         QFETCH(const bool, right);
         QFETCH(const QRgb, inClick);
         QImage image = ground();
-        draw(image, {kPlace, left, right});
+        draw(image, {kPosition, left, right});
         for (const QPoint direction : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)}) {
-            QVERIFY(isColour(image, kPlace, inClick));
-            QVERIFY(isColour(image, kPlace + 11 * direction, inClick));
-            QVERIFY(isColour(image, kPlace + 13 * direction, kHighlight));
-            QVERIFY(isColour(image, kPlace + 19 * direction, kHighlight));
-            QVERIFY(isColour(image, kPlace + 21 * direction, kGround));
+            QVERIFY(isColour(image, kPosition, inClick));
+            QVERIFY(isColour(image, kPosition + 11 * direction, inClick));
+            QVERIFY(isColour(image, kPosition + 13 * direction, kHighlight));
+            QVERIFY(isColour(image, kPosition + 19 * direction, kHighlight));
+            QVERIFY(isColour(image, kPosition + 21 * direction, kGround));
         }
-        QVERIFY(isColour(image, kPlace + QPoint(13, 13), kHighlight));
-        QVERIFY(isColour(image, kPlace + QPoint(15, 15), kGround));
+        QVERIFY(isColour(image, kPosition + QPoint(13, 13), kHighlight));
+        QVERIFY(isColour(image, kPosition + QPoint(15, 15), kGround));
     }
 
     void rightClickIsDrawnOverTheLeftOne()
     {
         QImage image = ground();
-        draw(image, {kPlace, true, true});
+        draw(image, {kPosition, true, true});
         const auto over = [](int below, int colour) {
             return static_cast<int>(std::lround(below + 0.702 * (colour - below)));
         };
         const QRgb expected =
             qRgb(over(qRed(kLeftClick), 255), over(qGreen(kLeftClick), 0), over(qBlue(kLeftClick), 0));
-        QVERIFY(isColour(image, kPlace, expected));
+        QVERIFY(isColour(image, kPosition, expected));
     }
 
     void edgeIsHalfwayAtTheRadius()
@@ -142,18 +142,18 @@ private slots:
     void sizeFollowsThePixelRatio()
     {
         QImage image = ground();
-        draw(image, {kPlace, true, false}, 1.5F);
-        QVERIFY(isColour(image, kPlace + QPoint(17, 0), kLeftClick));
-        QVERIFY(isColour(image, kPlace + QPoint(19, 0), kHighlight));
-        QVERIFY(isColour(image, kPlace + QPoint(29, 0), kHighlight));
-        QVERIFY(isColour(image, kPlace + QPoint(31, 0), kGround));
+        draw(image, {kPosition, true, false}, 1.5F);
+        QVERIFY(isColour(image, kPosition + QPoint(17, 0), kLeftClick));
+        QVERIFY(isColour(image, kPosition + QPoint(19, 0), kHighlight));
+        QVERIFY(isColour(image, kPosition + QPoint(29, 0), kHighlight));
+        QVERIFY(isColour(image, kPosition + QPoint(31, 0), kGround));
     }
 
     void onlyWhatIsInsideIsDrawn_data()
     {
         QTest::addColumn<QPoint>("position");
         QTest::addColumn<bool>("anything");
-        QTest::newRow("inside") << kPlace << true;
+        QTest::newRow("inside") << kPosition << true;
         QTest::newRow("corner") << QPoint(0, 0) << true;
         QTest::newRow("far corner") << QPoint(119, 99) << true;
         QTest::newRow("beside") << QPoint(-10, 50) << true;

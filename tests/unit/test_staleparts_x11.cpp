@@ -72,9 +72,18 @@ private slots:
     {
         StaleParts stale(QRect(0, 0, 1000, 1000));
         stale.take(&m_buffers[0]);
+        QRegion many;
         for (int i = 0; i < 100; ++i)
-            stale.add(QRect(4 * i, 4 * i, 2, 2));
+            many += QRect(4 * i, 4 * i, 2, 2);
+        stale.add(many);
         QCOMPARE(stale.take(&m_buffers[0]), QRegion(0, 0, 398, 398));
+        for (const QRect& part : many) {
+            stale.add(part);
+            stale.take(&m_buffers[1]);
+        }
+        const QRegion together = stale.take(&m_buffers[0]);
+        QVERIFY(together.rectCount() <= 64);
+        QCOMPARE(together.united(many), together);
     }
 
 private:

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/x11/videoconversion.h"
+#include "tests/support/slowconversion.h"
 #include "tests/support/testrun.h"
 
 #include <QColor>
 #include <QRect>
 #include <QTest>
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -16,16 +16,11 @@
 
 namespace {
 
+using slowconversion::Pixel;
+
 /// What a plane holds where nothing has been written.
 constexpr std::uint8_t kUntouched = 0xA5;
 constexpr int kRows = 6;
-
-/// What the weights of one pixel, and of four, add up to.
-constexpr std::int64_t kOne = 32768;
-constexpr std::int64_t kFour = 4 * kOne;
-
-/// Blue, green, red.
-using Pixel = std::array<std::uint8_t, 3>;
 
 /// Random pixels, or one colour, with rows that are not next to each other.
 class Image
@@ -107,35 +102,15 @@ std::array<Pixel, 4> fourAt(const Image& image, int x, int y)
     return {image.at(x, y), image.at(x + 1, y), image.at(x, y + 1), image.at(x + 1, y + 1)};
 }
 
-std::int64_t weighted(const Pixel& pixel, const std::array<std::int64_t, 3>& weights)
-{
-    return weights[0] * pixel[0] + weights[1] * pixel[1] + weights[2] * pixel[2];
-}
-
-/// Rounded to the nearest, and kept in a byte.
-std::uint8_t rounded(std::int64_t value, std::int64_t unit)
-{
-    const auto whole = static_cast<std::int64_t>(
-        std::floor(static_cast<double>(2 * value + unit) / (2.0 * static_cast<double>(unit))));
-    return static_cast<std::uint8_t>(std::clamp<std::int64_t>(whole, 0, 255));
-}
-
-/// In whole numbers, one sample after the other.
 void convertSlowly(const Image& image, Frame& frame, const QRect& rect)
 {
     for (int y = rect.top(); y <= rect.bottom(); ++y)
         for (int x = rect.left(); x <= rect.right(); ++x)
-            frame.at(0, x, y) = rounded(weighted(image.at(x, y), {2366, 23436, 6966}), kOne);
+            frame.at(0, x, y) = slowconversion::luma(image.at(x, y));
     for (int y = rect.top(); y <= rect.bottom(); y += 2)
         for (int x = rect.left(); x <= rect.right(); x += 2) {
-            std::int64_t cb = 128 * kFour;
-            std::int64_t cr = cb;
-            for (const Pixel& pixel : fourAt(image, x, y)) {
-                cb += weighted(pixel, {16384, -12630, -3754});
-                cr += weighted(pixel, {-1502, -14882, 16384});
-            }
-            frame.at(1, x / 2, y / 2) = rounded(cb, kFour);
-            frame.at(2, x / 2, y / 2) = rounded(cr, kFour);
+            frame.at(1, x / 2, y / 2) = slowconversion::cb(fourAt(image, x, y));
+            frame.at(2, x / 2, y / 2) = slowconversion::cr(fourAt(image, x, y));
         }
 }
 

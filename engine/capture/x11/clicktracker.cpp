@@ -3,8 +3,6 @@
 
 #include <xcb/xinput.h>
 
-#include <cstddef>
-
 using platform::xcb::Owned;
 
 namespace {
@@ -28,7 +26,8 @@ int rawEventsOpcode(xcb_connection_t* connection)
 struct ButtonEventMask
 {
     xcb_input_event_mask_t head{XCB_INPUT_DEVICE_ALL_MASTER, 1};
-    std::uint32_t bits = XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
+    std::uint32_t bits = XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE |
+                         XCB_INPUT_XI_EVENT_MASK_DEVICE_CHANGED;
 };
 
 } // namespace
@@ -43,28 +42,42 @@ ClickTracker::ClickTracker(const X11Connection& connection)
 
 void ClickTracker::handle(const xcb_generic_event_t& event, std::int64_t nowNs)
 {
-    if (m_opcode == 0 || eventType(event) != XCB_GE_GENERIC)
+    if (event.response_type == XCB_MAPPING_NOTIFY)
+        m_arrangement.clear();
+    if (m_opcode == 0 || event.response_type != XCB_GE_GENERIC)
         return;
     const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
-    const bool isPress = generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS;
-    if (generic.extension != m_opcode || (!isPress && generic.event_type != XCB_INPUT_RAW_BUTTON_RELEASE))
+    if (generic.extension != m_opcode)
         return;
-    const auto& button = reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event);
-    const int logical = logicalButton(static_cast<int>(button.detail));
-    if (logical == kLeftButton)
+    // Each mouse has an arrangement of its own.
+    if (generic.event_type == XCB_INPUT_DEVICE_CHANGED)
+        m_arrangement.clear();
+    else if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS || generic.event_type == XCB_INPUT_RAW_BUTTON_RELEASE)
+        handleButton(generic, generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS, nowNs);
+}
+
+void ClickTracker::handleButton(const xcb_ge_generic_event_t& event, bool isPress, std::int64_t nowNs)
+{
+    const int button = logicalButton(reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event).detail);
+    if (button == kLeftButton)
         note(m_left, isPress, nowNs);
-    else if (logical == kRightButton)
+    else if (button == kRightButton)
         note(m_right, isPress, nowNs);
 }
 
 /// Raw events have the number of the device.
-int ClickTracker::logicalButton(int physicalButton) const
+int ClickTracker::logicalButton(std::uint32_t physicalButton)
 {
-    const Owned<xcb_get_pointer_mapping_reply_t> mapping(
-        xcb_get_pointer_mapping_reply(m_connection.get(), xcb_get_pointer_mapping(m_connection.get()), nullptr));
-    const bool isMapped =
-        mapping && physicalButton >= 1 && physicalButton <= xcb_get_pointer_mapping_map_length(mapping.get());
-    return isMapped ? xcb_get_pointer_mapping_map(mapping.get())[physicalButton - 1] : physicalButton;
+    if (m_arrangement.empty()) {
+        const Owned<xcb_get_pointer_mapping_reply_t> reply(
+            xcb_get_pointer_mapping_reply(m_connection.get(), xcb_get_pointer_mapping(m_connection.get()), nullptr));
+        if (reply)
+            m_arrangement.assign(xcb_get_pointer_mapping_map(reply.get()),
+                                 xcb_get_pointer_mapping_map(reply.get()) +
+                                     xcb_get_pointer_mapping_map_length(reply.get()));
+    }
+    const bool isArranged = physicalButton >= 1 && physicalButton <= m_arrangement.size();
+    return static_cast<int>(isArranged ? m_arrangement.at(physicalButton - 1) : physicalButton);
 }
 
 platform::PointerState ClickTracker::marked(const platform::PointerState& pointer, std::int64_t nowNs)

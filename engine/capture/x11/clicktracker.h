@@ -5,6 +5,9 @@
 #include "engine/capture/x11/x11connection.h"
 #include "platform/input/pointer_state.h"
 
+#include <cstdint>
+#include <vector>
+
 /// Says which clicks are marked in a frame, those between two frames as well where the server reports them.
 class ClickTracker
 {
@@ -22,11 +25,14 @@ public:
 
 private:
     static void note(ClickMark& mark, bool isDown, std::int64_t nowNs);
-    int logicalButton(int physicalButton) const;
+    void handleButton(const xcb_ge_generic_event_t& event, bool isPress, std::int64_t nowNs);
+    int logicalButton(std::uint32_t physicalButton);
 
     const X11Connection& m_connection;
     /// Of XInput; 0 where the server has none.
     int m_opcode = 0;
+    /// The logical button of each physical one, from 1 on; empty until it is asked for.
+    std::vector<std::uint8_t> m_arrangement;
     ClickMark m_left;
     ClickMark m_right;
 };

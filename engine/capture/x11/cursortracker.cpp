@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/x11/cursortracker.h"
 
+#include <utility>
 #include <xcb/xfixes.h>
 
 using platform::xcb::Owned;
@@ -16,16 +17,16 @@ CursorTracker::CursorTracker(const X11Connection& connection)
 
 void CursorTracker::handle(const xcb_generic_event_t& event)
 {
-    if (m_notifyEvent != 0 && eventType(event) == m_notifyEvent)
-        m_isImageOld = true;
+    if (m_notifyEvent == 0 || event.response_type != m_notifyEvent)
+        return;
+    m_isImageOld = true;
+    m_serial = reinterpret_cast<const xcb_xfixes_cursor_notify_event_t&>(event).cursor_serial;
 }
 
-void CursorTracker::update()
+void CursorTracker::updatePointer()
 {
-    const auto cookie = xcb_query_pointer(m_connection.get(), m_connection.root());
-    if (m_isImageOld)
-        fetchImage();
-    const Owned<xcb_query_pointer_reply_t> reply(xcb_query_pointer_reply(m_connection.get(), cookie, nullptr));
+    const Owned<xcb_query_pointer_reply_t> reply(xcb_query_pointer_reply(
+        m_connection.get(), xcb_query_pointer(m_connection.get(), m_connection.root()), nullptr));
     m_pointer.reset();
     // The server counts the buttons after the user's arrangement of them.
     if (reply && reply->same_screen != 0)
@@ -33,12 +34,17 @@ void CursorTracker::update()
                      (reply->mask & XCB_BUTTON_MASK_3) != 0};
 }
 
-void CursorTracker::fetchImage()
+void CursorTracker::updateImage()
 {
-    m_isImageOld = false;
+    if (!std::exchange(m_isImageOld, false))
+        return;
     const Owned<xcb_xfixes_get_cursor_image_reply_t> reply(xcb_xfixes_get_cursor_image_reply(
         m_connection.get(), xcb_xfixes_get_cursor_image(m_connection.get()), nullptr));
     if (!reply)
+        return;
+    // Until the first image of an animated pointer is over the server has an empty pixel for it. The image before
+    // stays.
+    if (m_serial && reply->cursor_serial != *m_serial && reply->width == 1 && reply->height == 1)
         return;
     const std::uint32_t* const pixels = xcb_xfixes_get_cursor_image_cursor_image(reply.get());
     m_image.widthPx = reply->width;

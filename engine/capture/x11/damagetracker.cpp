@@ -37,7 +37,7 @@ DamageTracker::DamageTracker(const X11Connection& connection) : m_connection(con
 
 void DamageTracker::handle(const xcb_generic_event_t& event)
 {
-    if (m_damage != XCB_NONE && eventType(event) == m_notifyEvent)
+    if (m_damage != XCB_NONE && event.response_type == m_notifyEvent)
         m_isReported = true;
 }
 

@@ -17,8 +17,8 @@ public:
     /// Takes note of an event of the connection.
     void handle(const xcb_generic_event_t& event);
 
-    /// What has changed since the last call, in pixels of the desktop; the first time, and each time where the server
-    /// does not tell, the whole desktop.
+    /// What has changed since the last call, in pixels of the desktop. The first time it is the whole desktop, as it is
+    /// each time where the server reports no damage.
     QRegion take();
 
 private:

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "engine/capture/x11/pixelviews.h"
+#include "engine/capture/pixelviews.h"
 
 #include <QRect>
 

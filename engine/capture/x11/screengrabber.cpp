@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/x11/screengrabber.h"
 
+#include "app/sclogger.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -9,6 +11,8 @@ using platform::xcb::Owned;
 namespace {
 
 constexpr std::size_t kBytesPerPixel = 4;
+/// One after the other, while the desktop keeps its size.
+constexpr int kMaxMemoryFailures = 3;
 constexpr std::uint32_t kAllPlanes = ~std::uint32_t{0};
 
 std::size_t rowBytes(const QRect& area)
@@ -26,11 +30,19 @@ std::size_t bytesOf(const QRect& area)
 void ScreenGrabber::setArea(const QRect& area)
 {
     m_area = area;
-    if (m_memory && m_memory->bytes() < bytesOf(area))
-        m_memory.reset();
-    if (!m_memory)
-        m_memory = SharedMemory::make(m_connection, bytesOf(area));
+    makeMemory();
     clip();
+}
+
+void ScreenGrabber::makeMemory()
+{
+    if (m_memory && m_memory->bytes() < bytesOf(m_area))
+        m_memory.reset();
+    if (m_memory || !m_canShare)
+        return;
+    m_memory = SharedMemory::make(m_connection, bytesOf(m_area));
+    // Not tried again each time that the region moves.
+    m_canShare = m_memory != nullptr;
 }
 
 void ScreenGrabber::clip()
@@ -49,14 +61,39 @@ bool ScreenGrabber::grab(const QRegion& changed)
         clip();
         wanted = m_visible;
     }
-    const std::vector<Band> bands = bandsOf(wanted);
-    const bool isComplete =
-        m_memory ? grabShared(bands)
-                 : std::all_of(bands.begin(), bands.end(), [this](const Band& band) { return grabPlain(band); });
-    // Most likely the desktop has become smaller.
-    if (!isComplete)
-        m_connection.updateDesktop();
+    if (grabBands(bandsOf(wanted)))
+        return true;
+    noteFailure();
+    return m_memoryFailures >= kMaxMemoryFailures && grabWithoutMemory();
+}
+
+bool ScreenGrabber::grabBands(const std::vector<Band>& bands)
+{
+    if (!m_memory)
+        return std::all_of(bands.begin(), bands.end(), [this](const Band& band) { return grabPlain(band); });
+    const bool isComplete = grabShared(bands);
+    if (isComplete)
+        m_memoryFailures = 0;
     return isComplete;
+}
+
+void ScreenGrabber::noteFailure()
+{
+    // Most likely the desktop has become smaller.
+    const QRect before = m_connection.desktop();
+    m_connection.updateDesktop();
+    if (m_memory && !m_connection.isLost() && m_connection.desktop() == before)
+        ++m_memoryFailures;
+}
+
+bool ScreenGrabber::grabWithoutMemory()
+{
+    SCLogger::warning(QStringLiteral("The X server cannot write into shared memory; it sends the pixels instead"));
+    m_memory.reset();
+    m_canShare = false;
+    m_memoryFailures = 0;
+    clip();
+    return grabBands(bandsOf(m_visible));
 }
 
 /// Whole rows, because only those lie in the image as the server writes them. Few requests cost less than a few rows.

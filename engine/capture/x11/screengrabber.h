@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "engine/capture/x11/pixelviews.h"
+#include "engine/capture/pixelviews.h"
 #include "engine/capture/x11/sharedmemory.h"
 
 #include <QRect>
@@ -22,9 +22,9 @@ public:
     void setArea(const QRect& area);
     const QRect& area() const { return m_area; }
 
-    /// Grabs what has changed, in pixels of the desktop; with changes in two places of a row, what lies between them as
-    /// well.
+    /// Grabs whole rows of the rectangle: those with changes, and few between them.
     ///
+    /// @param changed in pixels of the desktop
     /// @return false where the server does not give all of it: grab it again
     bool grab(const QRegion& changed);
 
@@ -39,7 +39,11 @@ private:
     };
 
     void clip();
+    void makeMemory();
+    void noteFailure();
+    bool grabWithoutMemory();
     std::vector<Band> bandsOf(const QRegion& changed) const;
+    bool grabBands(const std::vector<Band>& bands);
     bool grabShared(const std::vector<Band>& bands);
     bool grabPlain(const Band& band);
     void copyToImage(const Band& band, const std::uint8_t* rows);
@@ -52,6 +56,10 @@ private:
     QRect m_visible;
     /// Null where the server shares none.
     std::unique_ptr<SharedMemory> m_memory;
+    /// False once the server could not share memory, or could not write into it.
+    bool m_canShare = true;
+    /// Since the server has written into it last.
+    int m_memoryFailures = 0;
     /// Holds the image unless the server writes it in place.
     std::vector<std::uint8_t> m_copy;
 };

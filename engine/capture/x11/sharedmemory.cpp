@@ -40,6 +40,14 @@ void* mapDescriptor(int descriptor, std::size_t bytes)
     return data == MAP_FAILED ? failed("mmap") : data;
 }
 
+/// Attaches the segment; null, and reported, where that fails.
+void* mapSystemV(int segment)
+{
+    void* const data = shmat(segment, nullptr, 0);
+    // What shmat() returns when it fails.
+    return reinterpret_cast<std::intptr_t>(data) == -1 ? failed("shmat") : data;
+}
+
 } // namespace
 
 SharedMemory::SharedMemory(const X11Connection& connection, void* data, std::size_t bytes, Unmap unmap)
@@ -93,17 +101,14 @@ std::unique_ptr<SharedMemory> SharedMemory::makeSystemV(const X11Connection& con
         failed("shmget");
         return nullptr;
     }
-    void* const data = shmat(segment, nullptr, 0);
-    // What shmat() returns when it fails.
-    if (reinterpret_cast<std::intptr_t>(data) == -1) {
-        failed("shmat");
-        shmctl(segment, IPC_RMID, nullptr);
+    void* const data = mapSystemV(segment);
+    // It lives on while somebody has attached it. Linux lets the server attach it all the same, and a process that is
+    // killed leaves nothing.
+    shmctl(segment, IPC_RMID, nullptr);
+    if (!data)
         return nullptr;
-    }
     std::unique_ptr<SharedMemory> memory(new SharedMemory(connection, data, bytes, &unmapSystemV));
     memory->m_isAttached = connection.check(
         xcb_shm_attach_checked(connection.get(), memory->m_id, static_cast<std::uint32_t>(segment), /*read_only*/ 0));
-    // It lives on for those who have attached it.
-    shmctl(segment, IPC_RMID, nullptr);
     return memory->m_isAttached ? std::move(memory) : nullptr;
 }

@@ -20,7 +20,7 @@ public:
     static std::unique_ptr<SharedMemory> make(const X11Connection& connection, std::size_t bytes);
     /// Handed to the server as a file descriptor.
     static std::unique_ptr<SharedMemory> makeFromDescriptor(const X11Connection& connection, std::size_t bytes);
-    /// A System V segment that only this user can attach, and that is removed as soon as the server has.
+    /// A System V segment that only this user can attach, and that is removed with its last user.
     static std::unique_ptr<SharedMemory> makeSystemV(const X11Connection& connection, std::size_t bytes);
 
     ~SharedMemory();

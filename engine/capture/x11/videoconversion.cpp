@@ -87,11 +87,12 @@ QRect evenRect(const PixelView& image, const QRect& rect)
 
 const std::vector<VideoConversionKind>& videoConversionKinds()
 {
-    static const std::vector<VideoConversionKind> kinds = [] {
+    // Never destroyed: frames may be converted while exit() runs.
+    static const auto& kinds = *new const std::vector<VideoConversionKind>([] {
         std::vector<VideoConversionKind> found = vectorConversionKinds();
         found.push_back({"plain", convertPlainly});
         return found;
-    }();
+    }());
     return kinds;
 }
 

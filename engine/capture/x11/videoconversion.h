@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "engine/capture/pixelviews.h"
 #include "engine/capture/x11/conversionkind.h"
-#include "engine/capture/x11/pixelviews.h"
 
 #include <vector>
 

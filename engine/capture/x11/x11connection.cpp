@@ -22,6 +22,12 @@ bool isLocalSocket(xcb_connection_t* connection)
     return getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length) == 0 && address.ss_family == AF_UNIX;
 }
 
+bool isSentByClient(const xcb_generic_event_t& event)
+{
+    constexpr int kSentMark = 0x80;
+    return (event.response_type & kSentMark) != 0;
+}
+
 int bitsPerPixel(const xcb_setup_t* setup, int depth)
 {
     for (auto format = xcb_setup_pixmap_formats_iterator(setup); format.rem > 0; xcb_format_next(&format)) {
@@ -48,7 +54,7 @@ X11Connection::X11Connection(const char* display)
 {
     int screen = 0;
     m_connection.reset(xcb_connect(display, &screen));
-    if (xcb_connection_has_error(m_connection.get()) != 0) {
+    if (isLost()) {
         m_obstacle = QStringLiteral("there is no X server");
         return;
     }
@@ -114,16 +120,21 @@ void X11Connection::updateDesktop()
 bool X11Connection::check(xcb_void_cookie_t cookie) const
 {
     const Owned<xcb_generic_error_t> error(xcb_request_check(get(), cookie));
-    return !error && xcb_connection_has_error(get()) == 0;
+    return !error && !isLost();
 }
 
 Owned<xcb_generic_event_t> X11Connection::nextEvent()
 {
-    Owned<xcb_generic_event_t> event(xcb_poll_for_event(get()));
-    if (event && eventType(*event) == XCB_CONFIGURE_NOTIFY) {
+    Owned<xcb_generic_event_t> event;
+    do
+        event.reset(xcb_poll_for_event(get()));
+    while (event && isSentByClient(*event));
+    if (event && event->response_type == XCB_CONFIGURE_NOTIFY) {
         const auto* const configured = reinterpret_cast<const xcb_configure_notify_event_t*>(event.get());
-        if (configured->window == root())
+        if (configured->window == root()) {
             m_desktop = QRect(0, 0, configured->width, configured->height);
+            ++m_desktopNumber;
+        }
     }
     return event;
 }

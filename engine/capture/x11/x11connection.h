@@ -6,15 +6,6 @@
 #include <QRect>
 #include <QString>
 
-#include <cstdint>
-
-/// An event's type, without the mark of events that another client has sent.
-inline int eventType(const xcb_generic_event_t& event)
-{
-    constexpr int kSentByClient = 0x80;
-    return event.response_type & ~kSentByClient;
-}
-
 /// A connection of the capture's own to an X server, with the extensions that it uses. Every request is checked by its
 /// own reply: no error reaches the handlers that other libraries have installed.
 ///
@@ -32,6 +23,9 @@ public:
     xcb_window_t root() const { return m_screen->root; }
     /// The desktop in physical pixels, as large as the last events or updateDesktop() say.
     QRect desktop() const { return m_desktop; }
+    /// Counts the events of another desktop: it has another size, or its screens were plugged, unplugged, moved or
+    /// turned.
+    int desktopNumber() const { return m_desktopNumber; }
     /// Asks the server for the size of the desktop.
     void updateDesktop();
 
@@ -41,10 +35,13 @@ public:
     bool hasXFixes() const { return m_hasXFixes; }
     bool hasDamage() const { return m_hasDamage; }
 
+    /// Whether the server has ended or has closed the connection, as far as is known by now. It stays so.
+    bool isLost() const { return xcb_connection_has_error(get()) != 0; }
+
     /// Whether a request succeeded; waits for the server.
     bool check(xcb_void_cookie_t cookie) const;
 
-    /// The next event that has arrived, or null.
+    /// The next event of the server that has arrived, or null. Those that other clients have sent are left out.
     platform::xcb::Owned<xcb_generic_event_t> nextEvent();
 
 private:
@@ -56,6 +53,7 @@ private:
     const xcb_screen_t* m_screen = nullptr;
     QString m_obstacle;
     QRect m_desktop;
+    int m_desktopNumber = 0;
     bool m_hasSharedMemory = false;
     bool m_takesDescriptors = false;
     bool m_hasXFixes = false;

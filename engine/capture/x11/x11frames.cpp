@@ -12,10 +12,12 @@
 namespace {
 
 constexpr int kBytesPerPixel = 4;
+constexpr std::uint64_t kReopenIntervalNs = 1'000'000'000;
 
 const std::uint8_t* pixelAt(const PixelView& image, const QPoint& position)
 {
-    return image.data + static_cast<std::ptrdiff_t>(position.y()) * image.strideBytes + kBytesPerPixel * position.x();
+    return image.data + static_cast<std::ptrdiff_t>(position.y()) * image.strideBytes +
+           static_cast<std::ptrdiff_t>(position.x()) * kBytesPerPixel;
 }
 
 /// The frame from an even position on.
@@ -31,34 +33,41 @@ I420View from(const I420View& frame, const QPoint& position)
 
 } // namespace
 
-std::unique_ptr<FrameSource> X11Frames::open(const QRect& area, QString& obstacle, const char* display)
+X11Frames::Session::Session(std::unique_ptr<X11Connection> opened, const QRect& area)
+    : connection(std::move(opened))
+    , damage(*connection)
+    , grabber(*connection)
+    , cursor(*connection)
+    , clicks(*connection)
+    , desktopNumber(connection->desktopNumber())
 {
-    auto connection = std::make_unique<X11Connection>(display);
-    obstacle = connection->obstacle();
-    if (!obstacle.isEmpty())
-        return nullptr;
-    return std::unique_ptr<FrameSource>(new X11Frames(std::move(connection), area));
+    grabber.setArea(area);
 }
 
-X11Frames::X11Frames(std::unique_ptr<X11Connection> connection, const QRect& area)
-    : m_connection(std::move(connection))
-    , m_damage(*m_connection)
-    , m_grabber(*m_connection)
-    , m_cursor(*m_connection)
-    , m_clicks(*m_connection)
-    , m_stale(QRect(QPoint(0, 0), area.size()))
-    , m_desktop(m_connection->desktop())
+std::unique_ptr<X11Frames::Session> X11Frames::Session::open(const QByteArray& display, const QRect& area,
+                                                             QString& obstacle)
 {
-    m_grabber.setArea(area);
-    m_missed = area;
+    auto connection = std::make_unique<X11Connection>(display.isEmpty() ? nullptr : display.constData());
+    obstacle = connection->obstacle();
+    return obstacle.isEmpty() ? std::make_unique<Session>(std::move(connection), area) : nullptr;
 }
+
+std::unique_ptr<FrameSource> X11Frames::open(const QRect& area, QString& obstacle, const char* display)
+{
+    std::unique_ptr<Session> session = Session::open(display, area, obstacle);
+    return session ? std::unique_ptr<FrameSource>(new X11Frames(std::move(session), display)) : nullptr;
+}
+
+X11Frames::X11Frames(std::unique_ptr<Session> session, const QByteArray& display)
+    : m_display(display), m_session(std::move(session)), m_stale(QRect(QPoint(0, 0), area().size())), m_missed(area())
+{}
 
 void X11Frames::setOrigin(const QPoint& origin)
 {
-    if (origin == m_grabber.area().topLeft())
+    if (origin == area().topLeft())
         return;
-    m_grabber.setArea(QRect(origin, m_grabber.area().size()));
-    m_missed = m_grabber.area();
+    m_session->grabber.setArea(QRect(origin, area().size()));
+    m_missed = area();
 }
 
 void X11Frames::setPointer(const FramePointer& pointer)
@@ -70,36 +79,63 @@ void X11Frames::setPointer(const FramePointer& pointer)
 
 void X11Frames::update(std::uint64_t nowNs)
 {
+    // First: the reply comes after the events of what is on the screen by now.
+    m_session->cursor.updatePointer();
+    if (m_session->connection->isLost() && !reopen(nowNs))
+        return;
     readEvents(nowNs);
     const QRegion changed = takeChanges();
-    m_missed = m_grabber.grab(changed) ? QRegion() : changed;
-    m_stale.add(changed.translated(-m_grabber.area().topLeft()));
+    m_missed = m_session->grabber.grab(changed) ? QRegion() : changed;
+    m_stale.add(changed.translated(-area().topLeft()));
+    m_session->cursor.updateImage();
     followPointer(nowNs);
+}
+
+/// The first attempt that fails is not logged: where the X server itself has ended Qt ends the process, and exit
+/// handlers run meanwhile.
+bool X11Frames::reopen(std::uint64_t nowNs)
+{
+    if (nowNs < m_reopenNs)
+        return false;
+    m_reopenNs = nowNs + kReopenIntervalNs;
+    QString obstacle;
+    std::unique_ptr<Session> session = Session::open(m_display, area(), obstacle);
+    if (!session) {
+        if (++m_failedAttempts == 2)
+            SCLogger::warning(QStringLiteral("The recorded image stands still: %1").arg(obstacle));
+        return false;
+    }
+    SCLogger::warning(QStringLiteral("The X server had closed the connection of the recording; it is open again"));
+    m_failedAttempts = 0;
+    m_session = std::move(session);
+    m_missed = area();
+    m_session->cursor.updatePointer();
+    return true;
 }
 
 void X11Frames::readEvents(std::uint64_t nowNs)
 {
-    while (const auto event = m_connection->nextEvent()) {
-        m_damage.handle(*event);
-        m_cursor.handle(*event);
-        m_clicks.handle(*event, static_cast<std::int64_t>(nowNs));
+    while (const auto event = m_session->connection->nextEvent()) {
+        m_session->damage.handle(*event);
+        m_session->cursor.handle(*event);
+        m_session->clicks.handle(*event, static_cast<std::int64_t>(nowNs));
     }
 }
 
 QRegion X11Frames::takeChanges()
 {
-    const QRegion changed = m_damage.take() + m_missed;
-    if (std::exchange(m_desktop, m_connection->desktop()) == m_connection->desktop())
-        return changed & m_grabber.area();
-    SCLogger::info(QStringLiteral("The desktop has become %1x%2; the recording goes on")
-                       .arg(m_desktop.width())
-                       .arg(m_desktop.height()));
-    return m_grabber.area();
+    const QRegion changed = m_session->damage.take() + m_missed;
+    const X11Connection& connection = *m_session->connection;
+    if (std::exchange(m_session->desktopNumber, connection.desktopNumber()) == connection.desktopNumber())
+        return changed & area();
+    SCLogger::info(QStringLiteral("The screens have changed: the desktop is %1x%2 now; the recording goes on")
+                       .arg(connection.desktop().width())
+                       .arg(connection.desktop().height()));
+    return area();
 }
 
 void X11Frames::followPointer(std::uint64_t nowNs)
 {
-    m_cursor.update();
     const DrawnPointer pointer = pointerToDraw(nowNs);
     if (pointer == m_drawnPointer)
         return;
@@ -109,21 +145,22 @@ void X11Frames::followPointer(std::uint64_t nowNs)
 
 X11Frames::DrawnPointer X11Frames::pointerToDraw(std::uint64_t nowNs)
 {
-    if (!m_cursor.pointer())
+    const CursorTracker& cursor = m_session->cursor;
+    if (!cursor.pointer())
         return {};
-    platform::PointerState pointer = m_clicks.marked(*m_cursor.pointer(), static_cast<std::int64_t>(nowNs));
-    pointer.positionPx -= m_grabber.area().topLeft();
+    platform::PointerState pointer = m_session->clicks.marked(*cursor.pointer(), static_cast<std::int64_t>(nowNs));
+    pointer.positionPx -= area().topLeft();
     const QRect part = m_stale.evenPart(partOf(pointer));
     if (part.isEmpty())
         return {};
-    return {part, pointer.positionPx, pointer.leftDown, pointer.rightDown, m_cursor.imageNumber()};
+    return {part, pointer.positionPx, pointer.leftDown, pointer.rightDown, cursor.imageNumber()};
 }
 
 /// What the pointer and its circles cover, in pixels of the frame.
 QRect X11Frames::partOf(const platform::PointerState& pointer) const
 {
     QRect part;
-    const CursorImage& image = m_cursor.image();
+    const CursorImage& image = m_session->cursor.image();
     if (m_pointer.isShown)
         part = QRect(pointer.positionPx - image.hotSpot, QSize(image.widthPx, image.heightPx));
     for (const PointerCircle& circle : m_pointer.effects.circlesAround(pointer, m_pointer.pixelRatio)) {
@@ -137,7 +174,7 @@ void X11Frames::write(const I420View& frame)
 {
     const QRegion stale = m_stale.take(frame.planes[0]);
     for (const QRect& part : stale)
-        convertToI420(m_grabber.image(), frame, part);
+        convertToI420(m_session->grabber.image(), frame, part);
     if (stale.intersects(m_drawnPointer.part))
         writePointer(frame);
 }
@@ -150,12 +187,13 @@ void X11Frames::writePointer(const I420View& frame)
     m_patch.resize(static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(part.height()));
     for (int row = 0; row < part.height(); ++row)
         std::memcpy(m_patch.data() + static_cast<std::ptrdiff_t>(row) * rowBytes,
-                    pixelAt(m_grabber.image(), part.topLeft() + QPoint(0, row)), static_cast<std::size_t>(rowBytes));
+                    pixelAt(m_session->grabber.image(), part.topLeft() + QPoint(0, row)),
+                    static_cast<std::size_t>(rowBytes));
     const MutablePixelView patch{m_patch.data(), rowBytes, part.width(), part.height()};
     const platform::PointerState pointer{m_drawnPointer.position - part.topLeft(), m_drawnPointer.leftIsMarked,
                                          m_drawnPointer.rightIsMarked};
     if (m_pointer.isShown)
-        blendCursor(patch, m_cursor.image(), pointer.positionPx);
+        blendCursor(patch, m_session->cursor.image(), pointer.positionPx);
     drawPointerCircles(patch, m_pointer.effects.circlesAround(pointer, m_pointer.pixelRatio));
     convertToI420({m_patch.data(), rowBytes, part.width(), part.height()}, from(frame, part.topLeft()),
                   QRect(QPoint(0, 0), part.size()));

@@ -8,9 +8,13 @@
 #include "engine/capture/x11/screengrabber.h"
 #include "engine/capture/x11/staleparts.h"
 
+#include <QByteArray>
+
+#include <memory>
 #include <vector>
 
-/// Frames of a rectangle of an X11 desktop. Only what has changed is grabbed and converted.
+/// Frames of a rectangle of an X11 desktop. Only what has changed is grabbed and converted. When the X server closes
+/// the connection, the image stands still until another one is open; the log says so.
 class X11Frames : public FrameSource
 {
 public:
@@ -39,7 +43,25 @@ private:
         bool operator==(const DrawnPointer&) const = default;
     };
 
-    X11Frames(std::unique_ptr<X11Connection> connection, const QRect& area);
+    /// What belongs to one connection to the X server.
+    struct Session
+    {
+        Session(std::unique_ptr<X11Connection> opened, const QRect& area);
+        /// @return null where there is an obstacle
+        static std::unique_ptr<Session> open(const QByteArray& display, const QRect& area, QString& obstacle);
+
+        const std::unique_ptr<X11Connection> connection;
+        DamageTracker damage;
+        ScreenGrabber grabber;
+        CursorTracker cursor;
+        ClickTracker clicks;
+        /// Of the desktop that was grabbed last.
+        int desktopNumber;
+    };
+
+    X11Frames(std::unique_ptr<Session> session, const QByteArray& display);
+    const QRect& area() const { return m_session->grabber.area(); }
+    bool reopen(std::uint64_t nowNs);
     void readEvents(std::uint64_t nowNs);
     QRegion takeChanges();
     void followPointer(std::uint64_t nowNs);
@@ -47,16 +69,15 @@ private:
     QRect partOf(const platform::PointerState& pointer) const;
     void writePointer(const I420View& frame);
 
-    const std::unique_ptr<X11Connection> m_connection;
-    DamageTracker m_damage;
-    ScreenGrabber m_grabber;
-    CursorTracker m_cursor;
-    ClickTracker m_clicks;
+    const QByteArray m_display;
+    std::unique_ptr<Session> m_session;
+    /// A lost connection is not opened again before that moment.
+    std::uint64_t m_reopenNs = 0;
+    /// Since it was lost.
+    int m_failedAttempts = 0;
     StaleParts m_stale;
     FramePointer m_pointer;
     DrawnPointer m_drawnPointer;
-    /// The size of the desktop that was grabbed last.
-    QRect m_desktop;
     /// What could not be grabbed, in pixels of the desktop.
     QRegion m_missed;
     /// Holds the part of the screen that the pointer is drawn over.
