@@ -2,6 +2,8 @@
 #include "engine/obswrapper.h"
 
 #include "app/sclogger.h"
+#include "engine/capture/capturetargets.h"
+#include "engine/capture/screenvideo.h"
 #include "engine/core/enginecore.h"
 
 #include <QDebug>
@@ -37,6 +39,8 @@ bool ObsWrapper::initialize(int width, int height, int fps)
         return false;
     }
     m_audio.create();
+    m_direct.probe();
+    m_capture.setClosable(m_direct.works());
     m_ready = true;
     return true;
 }
@@ -67,27 +71,75 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
     const int result = enginecore::resetVideo(m_platform, QSize(srcWidth, srcHeight), output, fps);
     if (result == OBS_VIDEO_SUCCESS) {
         m_fileOutput.videoWasReset();
+        m_capture.videoWasReset();
         m_scene.stretchOver(output);
     }
     return result;
 }
 
+QSize ObsWrapper::videoSteps() const
+{
+    // libobs rounds its own video down to multiples of 4 and 2.
+    return m_direct.works() ? QSize(2, 2) : QSize(4, 2);
+}
+
 int ObsWrapper::setupScene(int captureType)
 {
+    m_isSceneWanted = true;
+    m_direct.setTarget(QRect(), QMargins());
     return m_scene.setUp(captureType != kCaptureMonitor);
 }
 
 bool ObsWrapper::setCaptureTarget(const char* target, int captureType, bool, int left, int right, int top, int bottom)
 {
-    return m_capture.setTarget(captureType != kCaptureMonitor, QString::fromUtf8(target), {left, top, right, bottom});
+    const bool window = captureType != kCaptureMonitor;
+    const QString name = QString::fromUtf8(target);
+    const QMargins crop(left, top, right, bottom);
+    if (!m_capture.setTarget(window, name, crop))
+        return false;
+    // Where a window lies on the desktop is not known here.
+    const QRect screen = window ? QRect() : captureTargetGeometry(name);
+    // A recording keeps what captures it.
+    if (isRecording() && screen.isEmpty() == m_direct.isUsed())
+        return true;
+    m_direct.setTarget(screen, crop);
+    renderSceneAsNeeded();
+    return true;
 }
 
 void ObsWrapper::setSceneRendered(bool rendered)
 {
-    if (!rendered && isRecording() && isSceneRendered())
+    if (!rendered && isRecording() && isSceneRendered()) {
         SCLogger::warning(QStringLiteral("The scene stays: a recording runs"));
-    else
-        m_scene.setRendered(rendered);
+        return;
+    }
+    m_isSceneWanted = rendered;
+    renderSceneAsNeeded();
+}
+
+void ObsWrapper::renderSceneAsNeeded()
+{
+    m_scene.setRendered(m_isSceneWanted && !m_direct.isUsed());
+}
+
+void ObsWrapper::setCaptureCursor(bool show)
+{
+    m_capture.setCursor(show);
+    m_direct.setPointer(m_capture.pointer());
+}
+
+void ObsWrapper::setCursorEffects(bool show)
+{
+    m_capture.setCursorEffects(show);
+    m_direct.setPointer(m_capture.pointer());
+}
+
+std::shared_ptr<ScreenVideo> ObsWrapper::openVideo(const QSize& size, int fps, bool showsScreen)
+{
+    m_direct.setPointer(m_capture.pointer());
+    std::shared_ptr<ScreenVideo> video = m_direct.open(size, fps, showsScreen);
+    renderSceneAsNeeded();
+    return video;
 }
 
 QString ObsWrapper::stopReasonText() const

@@ -5,6 +5,7 @@
 #include "engine/capture/captureplatform.h"
 #include "engine/capture/capturescene.h"
 #include "engine/capture/capturesource.h"
+#include "engine/capture/directcapture.h"
 #include "engine/core/enginetimings.h"
 #include "engine/core/obshandles.h"
 #include "engine/core/outputchannels.h"
@@ -13,6 +14,7 @@
 #include "engine/ports.h"
 
 #include <QObject>
+#include <QSize>
 #include <QStringList>
 
 /// The facade of libobs: starts the engine, holds scene and sources, reports audio levels, records to files. Create it
@@ -43,6 +45,9 @@ public:
     ///         its file
     int resetVideo(int srcWidth, int srcHeight, int outputWidth, int outputHeight, int fps);
 
+    /// The width and the height of a video are multiples of these. Needs a started engine.
+    QSize videoSteps() const;
+
     /// Builds transition, scene and capture source and clears channels 1 and 2; setMicDevice() and
     /// setDesktopAudioDevice() put the audio back on.
     /// @return 0; -1 no fade transition; -2 no scene; -3 no capture source
@@ -55,17 +60,18 @@ public:
 
     /// Renders the scene, as from setupScene() on and needed by setupFFmpeg(), at the cost of most of a processor
     /// without a graphics card. Switching it on waits until the scene shows the present screen (EngineTimings);
-    /// switching it off is refused during a recording, whose video would go black.
+    /// switching it off is refused during a recording, whose video would go black. Never switched on where the desktop
+    /// is captured without the scene.
     void setSceneRendered(bool rendered);
     bool isSceneRendered() const { return m_scene.isRendered(); }
 
     /// Windows or monitors, into captureTargetNames() and captureTargetValues().
     void refreshCaptureTargets(bool window) { m_capture.refreshTargets(window); }
 
-    void setCaptureCursor(bool show) override { m_capture.setCursor(show); }
+    void setCaptureCursor(bool show) override;
 
     /// Highlights the pointer of a captured monitor and marks its clicks, in the recording only.
-    void setCursorEffects(bool show) override { m_capture.setCursorEffects(show); }
+    void setCursorEffects(bool show) override;
 
     /// Puts a device on its channel, or takes it off: its levels then become zero, signalled once. Ignored when the
     /// system has no list of such devices. A vanished microphone is silent until it is back.
@@ -158,16 +164,21 @@ signals:
 
 private:
     bool startEngine(int width, int height, int fps);
+    void renderSceneAsNeeded();
+    std::shared_ptr<ScreenVideo> openVideo(const QSize& size, int fps, bool showsScreen);
 
     const CapturePlatform m_platform;
     const EngineTimings m_timings;
-    bool m_ready = false; ///< initialize() has succeeded
+    bool m_ready = false;         ///< initialize() has succeeded
+    bool m_isSceneWanted = false; ///< to be rendered unless something takes its place
 
     /// Released in reverse; the destructor releases meters and encoders first.
     OutputChannels m_channels;
     AudioDevices m_audio{m_platform, m_channels, m_timings};
     CaptureSource m_capture{m_platform};
-    FileOutput m_fileOutput{m_timings};
+    DirectCapture m_direct{m_platform};
+    FileOutput m_fileOutput{
+        m_timings, [this](const QSize& size, int fps, bool showsScreen) { return openVideo(size, fps, showsScreen); }};
     CaptureScene m_scene{m_capture, m_channels, m_platform, m_timings};
     ObsDisplayHandle m_display;
 };

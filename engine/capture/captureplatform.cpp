@@ -58,7 +58,8 @@ CapturePlatform CapturePlatform::x11()
     platform.monitor = {.sourceId = "xshm_input",
                         .sourceName = "Computer_Monitor_Capture",
                         .targets = {"screen", ListKind::Integer},
-                        .secondChoice = {}};
+                        .secondChoice = {},
+                        .noTarget = -1};
     platform.window = {.sourceId = "xcomposite_input",
                        .sourceName = "Window_Capture",
                        .targets = {"capture_window", ListKind::Text},

@@ -3,7 +3,13 @@
 
 #include "engine/core/propertylist.h"
 
+#include <memory>
+#include <optional>
 #include <vector>
+
+class FrameSource;
+class QRect;
+class QString;
 
 /// How the plug-ins of libobs are brought in.
 enum class ModuleLoading
@@ -26,6 +32,8 @@ struct CaptureSourceKind
     /// Integer setting that chooses the capture method, with its value; null when there is none.
     const char* methodKey = nullptr;
     int method = 0;
+    /// The target with which the source captures nothing, opens no display and shares no memory, where there is one.
+    std::optional<int> noTarget = std::nullopt;
 };
 
 /// A type that has to be registered after the modules were loaded.
@@ -65,6 +73,9 @@ struct CapturePlatform
     /// Modules without which the program cannot do its job. One that did not load counts as failed.
     std::vector<const char*> neededModules;
     std::vector<NeededType> neededTypes;
+    /// Makes the frames of an area of the desktop, of an even size in physical pixels, without the engine's scene;
+    /// null, with the obstacle in words, where that does not work. Null on systems where only the scene captures.
+    std::unique_ptr<FrameSource> (*openFrames)(const QRect& area, QString& obstacle) = nullptr;
 
     static CapturePlatform windows();
     static CapturePlatform x11();
@@ -79,5 +90,6 @@ void prepareLibobsStart();
 /// the engine's video was set up.
 ///
 /// On X11 the drawing libraries take their display down in exit handlers while the engine's graphics thread goes on
-/// drawing, so it is blocked before. On Windows the system ends the other threads first.
+/// drawing, so it is blocked before, with the threads of ScreenVideo. On Windows the system ends the other threads
+/// first.
 void prepareProcessEnd();

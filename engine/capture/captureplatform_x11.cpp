@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/captureplatform.h"
+#include "engine/capture/screenvideo.h"
+#include "engine/capture/x11/x11frames.h"
 
 #include <obs-nix-platform.h>
 #include <obs.h>
@@ -8,7 +10,9 @@
 
 CapturePlatform CapturePlatform::current()
 {
-    return x11();
+    CapturePlatform platform = x11();
+    platform.openFrames = [](const QRect& area, QString& obstacle) { return X11Frames::open(area, obstacle); };
+    return platform;
 }
 
 void prepareLibobsStart()
@@ -22,5 +26,8 @@ void prepareProcessEnd()
 {
     // Handlers run in the reverse order: this one before those of the drawing libraries, which were loaded by now. The
     // graphics context is entered and never left, so the graphics thread waits for it until the process is gone.
-    std::atexit([] { obs_enter_graphics(); });
+    std::atexit([] {
+        ScreenVideo::stopForGood();
+        obs_enter_graphics();
+    });
 }

@@ -32,7 +32,8 @@ int CaptureScene::setUp(bool window)
         return -1;
     if (!createScene())
         return -2;
-    obs_set_output_source(kVideoChannel, m_transition.get());
+    if (m_capture.isOpen())
+        obs_set_output_source(kVideoChannel, m_transition.get());
     obs_transition_set(m_transition.get(), obs_scene_get_source(m_scene.get()));
     return m_capture.create(window, m_scene.get()) ? 0 : -3;
 }
@@ -61,6 +62,7 @@ bool CaptureScene::createScene()
 
 void CaptureScene::setRendered(bool rendered)
 {
+    m_capture.setOpen(rendered);
     if (!m_transition || rendered == isRendered())
         return;
     obs_set_output_source(kVideoChannel, rendered ? m_transition.get() : nullptr);

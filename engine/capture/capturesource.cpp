@@ -2,6 +2,7 @@
 #include "engine/capture/capturesource.h"
 
 #include "engine/capture/capturetargets.h"
+#include "engine/capture/exactpixels.h"
 #include "engine/capture/pointereffects.h"
 
 #include <QGuiApplication>
@@ -42,6 +43,12 @@ ObsSourceHandle findCropFilter(obs_source_t* capture)
     return filter;
 }
 
+double pixelRatio()
+{
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    return screen ? screen->devicePixelRatio() : 1.0;
+}
+
 void addToScene(void* source, obs_scene_t* scene)
 {
     obs_scene_add(scene, static_cast<obs_source_t*>(source));
@@ -57,7 +64,14 @@ bool CaptureSource::create(bool window, obs_scene_t* scene)
     if (m_source)
         obs_source_set_name(m_source.get(), kReleasedName);
     m_source.reset();
-    m_source = onlyIfReal(ObsSourceHandle(obs_source_create(made.sourceId, made.sourceName, nullptr, nullptr)));
+    m_crop.reset();
+    m_chosenList = {};
+    m_chosenValue.clear();
+    m_kind = &made;
+    const ObsDataHandle settings(obs_data_create());
+    if (isClosed())
+        obs_data_set_int(settings.get(), made.targets.key, *made.noTarget);
+    m_source = onlyIfReal(ObsSourceHandle(obs_source_create(made.sourceId, made.sourceName, settings.get(), nullptr)));
     if (!m_source)
         return false;
     obs_scene_atomic_update(scene, addToScene, m_source.get());
@@ -80,6 +94,23 @@ void CaptureSource::refreshTargets(bool window)
     const ListEntries entries = readList(properties.get(), m_targets);
     m_targetNames = entries.names;
     m_targetValues = entries.values;
+    // libobs 31 and newer list it.
+    const qsizetype none = listed.noTarget ? m_targetValues.indexOf(QString::number(*listed.noTarget)) : -1;
+    if (none >= 0) {
+        m_targetNames.removeAt(none);
+        m_targetValues.removeAt(none);
+    }
+}
+
+void CaptureSource::setOpen(bool open)
+{
+    if (!m_isClosable || open == m_isOpen)
+        return;
+    m_isOpen = open;
+    if (!m_source)
+        return;
+    writeTarget();
+    obs_source_update(m_source.get(), nullptr);
 }
 
 bool CaptureSource::setTarget(bool window, const QString& name, const QMargins& crop)
@@ -89,8 +120,25 @@ bool CaptureSource::setTarget(bool window, const QString& name, const QMargins& 
         return false;
     selectTarget(window, index);
     placePointerEffects(window, name);
-    setCrop(crop);
+    m_crop = crop;
+    m_screenSize = window ? QSize() : captureTargetGeometry(name).size();
+    setCrop(exactCrop());
     return true;
+}
+
+void CaptureSource::videoWasReset()
+{
+    if (m_source && m_crop)
+        setCrop(exactCrop());
+}
+
+QMargins CaptureSource::exactCrop() const
+{
+    obs_video_info video{};
+    if (m_screenSize.isEmpty() || !obs_get_video_info(&video))
+        return *m_crop;
+    const QSize size(static_cast<int>(video.output_width), static_cast<int>(video.output_height));
+    return exactpixels::cropTo(size, *m_crop, m_screenSize);
 }
 
 void CaptureSource::selectTarget(bool window, qsizetype index)
@@ -98,23 +146,43 @@ void CaptureSource::selectTarget(bool window, qsizetype index)
     const CaptureSourceKind& chosen = kind(window);
     // The list in hand may be of the other kind; its second choice then says nothing about this one.
     const bool second = chosen.secondChoice.key && qstrcmp(chosen.secondChoice.key, m_targets.key) == 0;
-    const PropertyList& list = second ? chosen.secondChoice : chosen.targets;
-    const QString& value = (chosen.selectedByName ? m_targetNames : m_targetValues).at(index);
+    m_chosenList = second ? chosen.secondChoice : chosen.targets;
+    m_chosenValue = (chosen.selectedByName ? m_targetNames : m_targetValues).at(index);
+    writeTarget();
     const ObsDataHandle settings(obs_source_get_settings(m_source.get()));
-    if (list.kind == ListKind::Integer)
-        obs_data_set_int(settings.get(), list.key, value.toLongLong());
-    else
-        obs_data_set_string(settings.get(), list.key, value.toUtf8().constData());
     if (chosen.methodKey)
         obs_data_set_int(settings.get(), chosen.methodKey, chosen.method);
+}
+
+void CaptureSource::writeTarget()
+{
+    const ObsDataHandle settings(obs_source_get_settings(m_source.get()));
+    if (isClosed())
+        obs_data_set_int(settings.get(), m_kind->targets.key, *m_kind->noTarget);
+    else if (!m_chosenList.key)
+        obs_data_unset_user_value(settings.get(), m_kind->targets.key);
+    else if (m_chosenList.kind == ListKind::Integer)
+        obs_data_set_int(settings.get(), m_chosenList.key, m_chosenValue.toLongLong());
+    else
+        obs_data_set_string(settings.get(), m_chosenList.key, m_chosenValue.toUtf8().constData());
+}
+
+/// A source that is closed takes its settings over when it is opened. Before libobs 31 xshm_input reports an error each
+/// time that it finds no target.
+void CaptureSource::update(obs_data_t* settings)
+{
+    const ObsDataHandle present(obs_source_get_settings(m_source.get()));
+    if (isClosed())
+        obs_data_apply(present.get(), settings);
+    else
+        obs_source_update(m_source.get(), settings);
 }
 
 void CaptureSource::placePointerEffects(bool window, const QString& target)
 {
     // Where a window lies on the desktop is not known here.
     const auto origin = window ? std::nullopt : std::optional(captureTargetGeometry(target).topLeft());
-    const QScreen* const screen = QGuiApplication::primaryScreen();
-    pointereffects::setMonitor(m_source.get(), origin, screen ? screen->devicePixelRatio() : 1.0);
+    pointereffects::setMonitor(m_source.get(), origin, pixelRatio());
 }
 
 void CaptureSource::setCrop(const QMargins& crop)
@@ -140,7 +208,7 @@ void CaptureSource::setCursor(bool show)
         return;
     const ObsDataHandle settings(obs_data_create());
     obs_data_set_bool(settings.get(), m_platform.cursorKey, show);
-    obs_source_update(m_source.get(), settings.get());
+    update(settings.get());
 }
 
 void CaptureSource::setCursorEffects(bool show)
@@ -154,5 +222,14 @@ void CaptureSource::setCursorEffects(bool show)
     obs_data_set_string(settings.get(), "left_click_color", kLeftClickColor);
     obs_data_set_bool(settings.get(), "show_right_click", show);
     obs_data_set_string(settings.get(), "right_click_color", kRightClickColor);
-    obs_source_update(m_source.get(), settings.get());
+    update(settings.get());
+}
+
+FramePointer CaptureSource::pointer() const
+{
+    if (!m_source)
+        return {};
+    const ObsDataHandle settings(obs_source_get_settings(m_source.get()));
+    return {obs_data_get_bool(settings.get(), m_platform.cursorKey), PointerEffectChoice::from(settings.get()),
+            static_cast<float>(pixelRatio())};
 }

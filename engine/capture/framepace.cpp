@@ -4,10 +4,8 @@
 FramePace::Frame FramePace::take(std::uint64_t nowNs)
 {
     const std::uint64_t lateNs = nowNs > m_dueNs ? nowNs - m_dueNs : 0;
-    const std::uint64_t count = 1 + lateNs / m_intervalNs;
-    const Frame frame{m_dueNs, static_cast<int>(count)};
-    m_dueNs += count * m_intervalNs;
-    m_frames += count;
-    m_repeatedFrames += count - 1;
+    const std::uint64_t missed = lateNs / m_intervalNs;
+    const Frame frame{m_dueNs + missed * m_intervalNs, static_cast<int>(missed)};
+    m_dueNs = frame.timestampNs + m_intervalNs;
     return frame;
 }

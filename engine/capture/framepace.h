@@ -3,17 +3,16 @@
 
 #include <cstdint>
 
-/// Says when the frames of a video are due, and how often a late one has to be repeated. Moments are nanoseconds on
-/// libobs' clock. Belongs to one thread.
+/// When the frames of a video are due. Moments are nanoseconds on libobs' clock. One thread at a time.
 class FramePace
 {
 public:
     struct Frame
     {
-        /// The moment that it was due at.
+        /// The latest moment that has come.
         std::uint64_t timestampNs = 0;
-        /// The frame intervals that it stands for: 1, or more when it comes late.
-        int count = 1;
+        /// Moments before it that have passed without a frame.
+        int missed = 0;
     };
 
     /// @param beginNs when the first frame is due
@@ -25,13 +24,7 @@ public:
     /// Takes the frame that is due, with those that should have been taken since.
     Frame take(std::uint64_t nowNs);
 
-    std::uint64_t frames() const { return m_frames; }
-    /// How many of them repeat one that came late.
-    std::uint64_t repeatedFrames() const { return m_repeatedFrames; }
-
 private:
     const std::uint64_t m_intervalNs;
     std::uint64_t m_dueNs;
-    std::uint64_t m_frames = 0;
-    std::uint64_t m_repeatedFrames = 0;
 };

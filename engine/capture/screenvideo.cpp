@@ -2,36 +2,36 @@
 #include "engine/capture/screenvideo.h"
 
 #include "app/sclogger.h"
-#include "engine/capture/framepace.h"
 
 #include <media-io/video-frame.h>
 #include <obs.h>
 #include <util/platform.h>
-#include <util/threading.h>
 #include <utility>
 
-#include <algorithm>
+// Of util/threading.h, which MinGW cannot compile.
+extern "C" void os_set_thread_name(const char* name);
 
 namespace {
 
 constexpr char kName[] = "Kestrano screen";
 /// Frames that may wait for the encoder.
 constexpr size_t kBufferedFrames = 6;
-/// Between two looks at whether somebody listens.
-constexpr std::uint64_t kIdleNs = 2'000'000;
+/// Between two looks at whether anything is connected.
+constexpr std::uint64_t kIdleNs = 10'000'000;
 
-void logLaggedFrames(const FramePace& pace)
+/// Locked while a frame is made. It has no destructor, and exit() may find its thread anywhere.
+std::mutex& frameMutex()
 {
-    if (pace.repeatedFrames() == 0)
-        return;
-    const double percent = 100.0 * static_cast<double>(pace.repeatedFrames()) / static_cast<double>(pace.frames());
-    SCLogger::info(QStringLiteral("%1: Number of lagged frames due to rendering lag/stalls: %2 (%3%)")
-                       .arg(QLatin1String(kName))
-                       .arg(pace.repeatedFrames())
-                       .arg(percent, 0, 'f', 1));
+    static std::mutex mutex;
+    return mutex;
 }
 
 } // namespace
+
+void ScreenVideo::stopForGood()
+{
+    frameMutex().lock();
+}
 
 void ScreenVideo::Close::operator()(video_output* video) const
 {
@@ -64,6 +64,18 @@ ScreenVideo::~ScreenVideo()
 {
     m_isStopping = true;
     m_thread.join();
+    logLaggedFrames();
+}
+
+void ScreenVideo::logLaggedFrames() const
+{
+    if (m_laggedFrames == 0)
+        return;
+    const double percent = 100.0 * static_cast<double>(m_laggedFrames) / static_cast<double>(m_frames);
+    SCLogger::info(QStringLiteral("%1: Number of lagged frames due to rendering lag/stalls: %2 (%3%)")
+                       .arg(QLatin1String(kName))
+                       .arg(laggedFrames())
+                       .arg(percent, 0, 'f', 1));
 }
 
 void ScreenVideo::setOrigin(const QPoint& origin)
@@ -78,16 +90,16 @@ void ScreenVideo::setPointer(const FramePointer& pointer)
     m_request.pointer = pointer;
 }
 
-bool ScreenVideo::isWatched() const
+bool ScreenVideo::isConnected() const
 {
-    return !m_isStopping && video_output_active(m_video.get());
+    return !m_isStopping && !m_isFinished && video_output_active(m_video.get());
 }
 
 void ScreenVideo::run()
 {
     os_set_thread_name("screen video");
     while (!m_isStopping) {
-        if (isWatched())
+        if (isConnected())
             makeFrames();
         else
             os_sleepto_ns(os_gettime_ns() + kIdleNs);
@@ -97,19 +109,31 @@ void ScreenVideo::run()
 void ScreenVideo::makeFrames()
 {
     FramePace pace(video_output_get_frame_time(m_video.get()), os_gettime_ns());
-    while (isWatched()) {
+    // Nothing can be repeated before the first frame.
+    makeFrame(pace.take(pace.dueNs()));
+    while (isConnected()) {
         os_sleepto_ns(pace.dueNs());
-        const FramePace::Frame due = pace.take(os_gettime_ns());
-        m_laggedFrames += static_cast<std::uint64_t>(due.count) - 1;
-        makeFrame(due.count, due.timestampNs);
+        makeFrame(pace.take(os_gettime_ns()));
     }
-    logLaggedFrames(pace);
 }
 
-void ScreenVideo::makeFrame(int count, std::uint64_t timestampNs)
+void ScreenVideo::makeFrame(const FramePace::Frame& due)
 {
+    const std::lock_guard lock(frameMutex());
+    const auto missed = static_cast<std::uint64_t>(due.missed);
+    m_frames += missed + 1;
+    m_laggedFrames += missed;
+    // First, with what the source still has: what is on the screen now is later than those moments.
+    if (due.missed > 0)
+        write(due.missed, due.timestampNs - missed * video_output_get_frame_time(m_video.get()));
     takeRequest();
     m_source->update(os_gettime_ns());
+    write(1, due.timestampNs);
+}
+
+/// @param count of frame intervals that it is shown for
+void ScreenVideo::write(int count, std::uint64_t timestampNs)
+{
     video_frame frame{};
     // Where every buffer waits for the encoder, libobs repeats the last one and counts it as skipped.
     if (!video_output_lock_frame(m_video.get(), &frame, count, timestampNs))

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "engine/capture/framepace.h"
 #include "engine/capture/framesource.h"
 
 #include <QSize>
@@ -15,20 +16,21 @@
 struct video_output;
 
 /// A video output beside libobs' own, with frames that the program makes on a thread of its own: I420, Rec. 709, full
-/// range. Frames are made while somebody listens to the output (video_output_connect(), or an output that it was handed
-/// to), and what listens has to be disconnected before this object goes.
-///
-/// User-interface thread, unless said otherwise.
+/// range. Frames are made while a callback or a running output is connected to it; all have to be disconnected before
+/// it goes. User-interface thread, unless said otherwise.
 class ScreenVideo
 {
 public:
     /// @param size of the frames in physical pixels; even
     /// @return null when libobs cannot make it
     static std::unique_ptr<ScreenVideo> open(std::unique_ptr<FrameSource> source, const QSize& size, int fps);
-    /// Waits for the frame that is being made.
+    /// Waits for the frame that is being made. The log says how many were repeated, as libobs' log does of its video.
     ~ScreenVideo();
     ScreenVideo(const ScreenVideo&) = delete;
     ScreenVideo& operator=(const ScreenVideo&) = delete;
+
+    /// For exit(), which runs while the threads do: returns when none makes a frame, and none ever does again.
+    static void stopForGood();
 
     video_output* video() const { return m_video.get(); }
 
@@ -36,7 +38,11 @@ public:
     void setOrigin(const QPoint& origin);
     void setPointer(const FramePointer& pointer);
 
-    /// Frames that repeat one that was made too late. Any thread.
+    /// Makes no frame any more: libobs counts those that nobody takes as skipped.
+    void finish() { m_isFinished = true; }
+    bool isFinished() const { return m_isFinished; }
+
+    /// Frames that repeat an earlier one in place of one that was not made in time. Any thread.
     std::uint64_t laggedFrames() const { return m_laggedFrames; }
 
 private:
@@ -46,7 +52,7 @@ private:
     };
     using Video = std::unique_ptr<video_output, Close>;
 
-    /// What the frames shall be from the next one on.
+    /// For the next frame.
     struct Request
     {
         std::optional<QPoint> origin;
@@ -56,9 +62,11 @@ private:
     ScreenVideo(std::unique_ptr<FrameSource> source, Video video);
     void run();
     void makeFrames();
-    void makeFrame(int count, std::uint64_t timestampNs);
+    void makeFrame(const FramePace::Frame& due);
+    void write(int count, std::uint64_t timestampNs);
     void takeRequest();
-    bool isWatched() const;
+    void logLaggedFrames() const;
+    bool isConnected() const;
 
     /// Used by the thread alone.
     const std::unique_ptr<FrameSource> m_source;
@@ -67,6 +75,8 @@ private:
     /// Guarded by m_mutex.
     Request m_request;
     std::atomic<bool> m_isStopping{false};
+    std::atomic<bool> m_isFinished{false};
+    std::atomic<std::uint64_t> m_frames{0};
     std::atomic<std::uint64_t> m_laggedFrames{0};
     std::thread m_thread;
 };

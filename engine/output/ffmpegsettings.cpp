@@ -66,23 +66,23 @@ ObsDataHandle buildFfmpegSettings(RecordingFormat format, const FfmpegRequest& r
     return settings;
 }
 
-video_scale_info engineVideoConversion()
+video_scale_info conversionOf(const video_output* video)
 {
     video_scale_info conversion{};
-    obs_video_info engine{};
-    if (!obs_get_video_info(&engine))
+    const video_output_info* const info = video_output_get_info(video);
+    if (!info)
         return conversion;
-    conversion.format = engine.output_format;
-    conversion.width = engine.output_width;
-    conversion.height = engine.output_height;
-    conversion.range = engine.range;
-    conversion.colorspace = engine.colorspace;
+    conversion.format = info->format;
+    conversion.width = info->width;
+    conversion.height = info->height;
+    conversion.range = info->range;
+    conversion.colorspace = info->colorspace;
     return conversion;
 }
 
-video_scale_info videoConversionFor(RecordingFormat format)
+video_scale_info videoConversionFor(RecordingFormat format, const video_output* video)
 {
-    video_scale_info conversion = engineVideoConversion();
+    video_scale_info conversion = conversionOf(video);
     const VideoColours colours = traitsOf(format).colours;
     if (colours != VideoColours::OfEngine)
         conversion.range = VIDEO_RANGE_PARTIAL;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/output/fileoutput.h"
 
+#include "engine/capture/screenvideo.h"
 #include "engine/core/enginecore.h"
 #include "engine/core/waituntil.h"
 #include "engine/output/encoderdelay.h"
@@ -51,7 +52,9 @@ StopReason reasonFrom(calldata_t* stopSignal)
 
 } // namespace
 
-FileOutput::FileOutput(const EngineTimings& timings) : m_timings(timings) {}
+FileOutput::FileOutput(const EngineTimings& timings, OpenVideo openVideo)
+    : m_timings(timings), m_openVideo(std::move(openVideo))
+{}
 
 FileOutput::~FileOutput() = default;
 
@@ -61,7 +64,7 @@ bool FileOutput::create()
     qDebug() << "Creating ffmpeg_output...";
     if (m_output && m_recording)
         end(false);
-    retire(std::move(m_output));
+    retire(std::move(m_output), m_video);
     m_retired.releaseDue();
     if (enginecore::hasVideo())
         m_output.reset(obs_output_create("ffmpeg_output", "adv_ffmpeg_output", nullptr, nullptr));
@@ -96,23 +99,32 @@ void FileOutput::setUp(const QString& storePath, int srcWidth, int srcHeight, in
                        << recordingUrl(storePath, m_format);
     qDebug() << "Setting mixer and media...";
     obs_output_set_mixer(m_output.get(), kRecordedMixer);
+    openVideo(QSize(srcWidth, srcHeight), fps);
     attachEngine();
     obs_output_update(m_output.get(), settings.get());
     qDebug() << "FFmpeg setup completed";
     connectTap();
 }
 
+void FileOutput::openVideo(const QSize& size, int fps)
+{
+    m_tap.disconnect();
+    m_video.reset();
+    m_video = m_openVideo(size, fps, hasVideo(m_format));
+}
+
 void FileOutput::attachEngine()
 {
-    obs_output_set_media(m_output.get(), obs_get_video(), obs_get_audio());
-    const video_scale_info conversion = videoConversionFor(m_format);
+    video_t* const video = m_video ? m_video->video() : obs_get_video();
+    obs_output_set_media(m_output.get(), video, obs_get_audio());
+    const video_scale_info conversion = videoConversionFor(m_format, video);
     obs_output_set_video_conversion(m_output.get(), &conversion);
 }
 
 /// An idle engine needs some tenths of a second for its first frame. Here they are no part of the recording.
 void FileOutput::connectTap()
 {
-    m_tap.connect(kRecordedMixer);
+    m_tap.connect(kRecordedMixer, m_video ? m_video->video() : nullptr);
     m_tap.waitForFrame(m_timings.firstFrameLimit);
 }
 
@@ -122,7 +134,8 @@ bool FileOutput::prepareVideoReset()
         return false;
     // A recording that ended by itself may have left the tap behind; libobs counts it as activity.
     disconnectIdleTap();
-    return true;
+    // libobs itself refuses while its own video is recorded.
+    return !m_video || !isRecording();
 }
 
 void FileOutput::videoWasReset()
@@ -235,7 +248,7 @@ void FileOutput::noteStop(calldata_t* stopSignal)
     // The output frees its encoders as soon as this returns. The streams pass it nothing any more, but may still be
     // inside.
     const StreamTap::Quiesce quiesce(m_tap);
-    // While the tap is connected the engine counts as active, and reads every frame back for nobody.
+    // While the tap is connected to the engine's video that counts as active, and every frame is read back for nobody.
     QMetaObject::invokeMethod(this, &FileOutput::disconnectIdleTap, Qt::QueuedConnection);
 }
 
@@ -266,6 +279,9 @@ int FileOutput::stop(bool force)
         end(force);
     m_retired.releaseDue();
     m_tap.disconnect();
+    // Whoever has heard of the end may have prepared the next recording.
+    if (!m_output)
+        m_video.reset();
     m_recording = false;
     m_paused = false;
     return 0;
@@ -275,7 +291,8 @@ void FileOutput::end(bool force)
 {
     // libobs marks an output inactive shortly before it signals its end.
     const bool starting = !waitUntil([this] { return !isStarting(); }, kEndSignalLimit);
-    // Whoever hears of the end inside this call and prepares the next recording must not take this output away.
+    // Whoever hears of the end inside this call and prepares the next recording must not take these away.
+    std::shared_ptr<ScreenVideo> video = m_video;
     ObsOutputHandle output = std::move(m_output);
     if (starting) {
         cancelStart(std::move(output));
@@ -283,13 +300,13 @@ void FileOutput::end(bool force)
     }
     stopNow(output.get(), force);
     m_recordedFrames = static_cast<quint64>(obs_output_get_total_frames(output.get()));
-    retire(std::move(output));
+    retire(std::move(output), std::move(video));
 }
 
 /// libobs ignores a stop that comes while the output opens its file, and cannot cope with its release then.
 void FileOutput::cancelStart(ObsOutputHandle output)
 {
-    m_retired.addStarting(std::move(output), m_endedByItselfNs);
+    m_retired.addStarting(std::move(output), m_video, m_endedByItselfNs);
     m_recordedFrames = 0;
     if (m_endOwed)
         setStopReason({OBS_OUTPUT_CONNECT_FAILED, QStringLiteral("it took too long")});
@@ -312,13 +329,13 @@ void FileOutput::stopNow(obs_output_t* output, bool force)
         obs_output_stop(output);
 }
 
-void FileOutput::retire(ObsOutputHandle output)
+void FileOutput::retire(ObsOutputHandle output, std::shared_ptr<ScreenVideo> video)
 {
     const std::uint64_t endedNs = m_endedByItselfNs.exchange(0);
     if (output && endedNs != 0)
-        m_retired.addEnded(std::move(output), endedNs);
+        m_retired.addEnded(std::move(output), std::move(video), endedNs);
     else if (output)
-        m_retired.add(std::move(output));
+        m_retired.add(std::move(output), std::move(video));
 }
 
 bool FileOutput::isStarting() const
@@ -334,7 +351,7 @@ void FileOutput::shutDown()
     m_tap.disconnect();
     // The handler empties its own connection, which must not go while one is inside.
     m_stopHandlers.waitUntilEmpty();
-    retire(std::move(m_output));
+    retire(std::move(m_output), m_video);
 }
 
 void FileOutput::releaseEncoders()
@@ -387,8 +404,11 @@ bool FileOutput::isEndReached()
         m_tap.blockVideo();
     if (audio || isEncoded)
         m_tap.blockAudio();
-    return isEncoded && m_tap.isBlocked() &&
-           m_diskDrain.isOver(obs_output_get_total_bytes(m_output.get()), os_gettime_ns());
+    if (!isEncoded || !(m_tap.isBlocked() || (m_video && m_video->isFinished())))
+        return false;
+    if (m_video)
+        m_video->finish();
+    return m_diskDrain.isOver(obs_output_get_total_bytes(m_output.get()), os_gettime_ns());
 }
 
 quint64 FileOutput::recordedFrames() const

@@ -14,10 +14,21 @@
 
 #include <QMutex>
 #include <QObject>
+#include <QSize>
 
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <functional>
+#include <memory>
+
+class ScreenVideo;
+
+/// Opens the video of a recording that is not the engine's; null where the recording shall have the engine's.
+///
+/// @param size in physical pixels, as it was asked for; an odd width or height is recorded with one more
+/// @param showsScreen else there is audio alone
+using OpenVideo = std::function<std::shared_ptr<ScreenVideo>(const QSize& size, int fps, bool showsScreen)>;
 
 /// The file output of one recording after the other: set-up, start, pause, drain and stop.
 ///
@@ -28,7 +39,7 @@ class FileOutput : public QObject
 
 public:
     /// @param timings must outlive this object
-    explicit FileOutput(const EngineTimings& timings);
+    FileOutput(const EngineTimings& timings, OpenVideo openVideo);
     ~FileOutput() override;
 
     /// The functions of ObsWrapper: createOutputMode(), setupFFmpeg(), startRecording(), stopRecording(),
@@ -67,6 +78,7 @@ signals:
     void statusChanged(int status);
 
 private:
+    void openVideo(const QSize& size, int fps);
     void attachEngine();
     void connectTap();
     int failToStart();
@@ -75,7 +87,7 @@ private:
     void end(bool force);
     void stopNow(obs_output_t* output, bool force);
     void cancelStart(ObsOutputHandle output);
-    void retire(ObsOutputHandle output);
+    void retire(ObsOutputHandle output, std::shared_ptr<ScreenVideo> video);
     bool isStarting() const;
     bool hasEndedByItself() const { return m_endedByItselfNs != 0; }
     static void onStopped(void* self, calldata_t* stopSignal);
@@ -86,9 +98,12 @@ private:
     void setStopReason(const StopReason& reason);
 
     const EngineTimings& m_timings;
+    const OpenVideo m_openVideo;
     RecordingFormat m_format = RecordingFormat::Mp4;
     int m_encoderDelayFrames = 0;
     quint64 m_recordedFrames = 0;
+    /// Null while recordings have the engine's. Outlives the tap and the outputs that are connected to it.
+    std::shared_ptr<ScreenVideo> m_video;
     StreamTap m_tap{m_timings.resumeLimit};
     OutputPause m_pause{m_tap, m_timings};
     DiskDrain m_diskDrain;

@@ -2,7 +2,7 @@
 #include "engine/output/streamtap.h"
 
 #include "engine/core/waituntil.h"
-#include "engine/output/ffmpegsettings.h"
+#include "engine/output/rawvideo.h"
 
 #include <obs.h>
 
@@ -13,11 +13,12 @@ StreamTap::~StreamTap()
     disconnect();
 }
 
-void StreamTap::connect(std::size_t mixerIndex)
+void StreamTap::connect(std::size_t mixerIndex, video_output* video)
 {
     disconnect();
     unblock();
     m_mixerIndex = mixerIndex;
+    m_video = video;
     m_markNs = kNoMark;
     m_framesSinceMark = 0;
     m_frame = nullptr;
@@ -28,9 +29,7 @@ void StreamTap::connect(std::size_t mixerIndex)
     m_audioNs = 0;
     m_videoGate.setBypassed(false);
     m_audioGate.setBypassed(false);
-    // As the engine makes its video: nothing is converted.
-    const video_scale_info conversion = engineVideoConversion();
-    obs_add_raw_video_callback(&conversion, &StreamTap::onFrame, this);
+    connectRawVideo(m_video, &StreamTap::onFrame, this);
     obs_add_raw_audio_callback(m_mixerIndex, nullptr, &StreamTap::onAudio, this);
     m_connected = true;
 }
@@ -39,12 +38,12 @@ void StreamTap::disconnect()
 {
     if (!m_connected)
         return;
-    // libobs keeps its list of listeners locked while a stream waits.
+    // libobs keeps its list of callbacks locked while a stream waits.
     m_sync.cancel();
     m_videoGate.setBypassed(true);
     m_audioGate.setBypassed(true);
     obs_remove_raw_audio_callback(m_mixerIndex, &StreamTap::onAudio, this);
-    obs_remove_raw_video_callback(&StreamTap::onFrame, this);
+    disconnectRawVideo(m_video, &StreamTap::onFrame, this);
     m_connected = false;
     unblock();
 }
@@ -131,22 +130,25 @@ void StreamTap::unblock()
         m_audioGate.open();
 }
 
-StreamTap::Quiesce::Quiesce(StreamTap& tap) : m_tap(tap)
+StreamTap::Quiesce::Quiesce(StreamTap& tap, bool video) : m_tap(tap), m_blocksVideo(video)
 {
     m_tap.m_sync.cancel();
     // Both at once: the two waits then overlap.
-    m_tap.m_videoGate.close();
+    if (m_blocksVideo)
+        m_tap.m_videoGate.close();
     m_tap.m_audioGate.close();
     if (!m_tap.m_connected)
         return;
     constexpr std::chrono::seconds kLimit{1};
-    m_tap.m_videoGate.waitUntilBlocked(kLimit);
+    if (m_blocksVideo)
+        m_tap.m_videoGate.waitUntilBlocked(kLimit);
     m_tap.m_audioGate.waitUntilBlocked(kLimit);
 }
 
 StreamTap::Quiesce::~Quiesce()
 {
     m_tap.unblock();
-    m_tap.m_videoGate.open();
+    if (m_blocksVideo)
+        m_tap.m_videoGate.open();
     m_tap.m_audioGate.open();
 }

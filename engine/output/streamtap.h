@@ -11,11 +11,12 @@
 
 struct audio_data;
 struct video_data;
+struct video_output;
 
 /// Raw callbacks on both streams ahead of a running output: follow by time stamps how much has reached it, and block
 /// the streams.
 ///
-/// Connect before the output starts. While it is connected the engine counts as active and its video cannot be reset.
+/// Connect before the output starts. While it is connected to the engine's video that cannot be reset.
 /// connect() and disconnect() belong to one thread; the rest may be called from any.
 class StreamTap
 {
@@ -26,11 +27,15 @@ public:
     StreamTap(const StreamTap&) = delete;
     StreamTap& operator=(const StreamTap&) = delete;
 
-    /// Connects, again when connected already, to the engine's video and the audio of a mixer. Needs a running engine.
-    void connect(std::size_t mixerIndex);
+    /// Connects, again when connected already, to a video and the audio of a mixer. Needs a running engine.
+    ///
+    /// @param video must outlive the connection; null means the engine's
+    void connect(std::size_t mixerIndex, video_output* video);
     /// No callback runs any more when it returns.
     void disconnect();
     bool isConnected() const { return m_connected; }
+    /// @param video null means the engine's
+    bool isConnectedTo(const video_output* video) const { return m_connected && m_video == video; }
 
     /// Waits until a frame has come since connect().
     bool waitForFrame(std::chrono::milliseconds limit) const;
@@ -63,13 +68,15 @@ public:
     class Quiesce
     {
     public:
-        explicit Quiesce(StreamTap& tap);
+        /// @param video false leaves the video alone, which is not the one of the output that is stopped
+        explicit Quiesce(StreamTap& tap, bool video = true);
         ~Quiesce();
         Quiesce(const Quiesce&) = delete;
         Quiesce& operator=(const Quiesce&) = delete;
 
     private:
         StreamTap& m_tap;
+        const bool m_blocksVideo;
     };
 
 private:
@@ -86,6 +93,8 @@ private:
     std::atomic<bool> m_audioIsBlocked{false};
     std::atomic<bool> m_connected{false};
     std::size_t m_mixerIndex = 0;
+    /// Null for the engine's.
+    std::atomic<video_output*> m_video{nullptr};
     /// Where libobs keeps the latest frame, and when that was taken. Video thread only.
     const std::uint8_t* m_frame = nullptr;
     std::uint64_t m_frameNs = 0;

@@ -274,7 +274,9 @@ private slots:
 
     void anOrderlyEndLeavesNoSharedMemoryBehind()
     {
-        const Profile profile;
+        Profile profile;
+        // Without it no segment has an image of the screen.
+        profile.environment.insert(QStringLiteral("KESTRANO_CAPTURE"), QStringLiteral("scene"));
         StartedInstance instance(profile);
         QVERIFY2(instance.waitForMessage("OBS initialized successfully"), qPrintable(instance.transcript()));
         const qint64 processId = instance.processId();

@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/engine/enginerecordingtest.h"
 
+#include "engine/output/rawvideo.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
 
 #include <QTest>
 
-PassingFrames::PassingFrames()
+PassingFrames::PassingFrames(video_t* video) : m_video(video)
 {
-    obs_add_raw_video_callback(nullptr, &PassingFrames::onFrame, &m_passed);
+    connectRawVideo(m_video, &PassingFrames::onFrame, &m_passed);
 }
 
 PassingFrames::~PassingFrames()
 {
-    obs_remove_raw_video_callback(&PassingFrames::onFrame, &m_passed);
+    disconnectRawVideo(m_video, &PassingFrames::onFrame, &m_passed);
 }
 
 bool PassingFrames::waitFor(int count) const

@@ -10,22 +10,24 @@
 #include <atomic>
 #include <memory>
 
-/// Follows the engine's video output, beside the outputs: a frame that has passed here has been handed to them, but
-/// for the latest one.
+/// Follows a video, beside the outputs: a frame that has passed here has been handed to them, but for the latest one.
 class PassingFrames
 {
 public:
-    PassingFrames();
+    /// @param video null means the engine's
+    explicit PassingFrames(video_t* video = nullptr);
     ~PassingFrames();
     PassingFrames(const PassingFrames&) = delete;
     PassingFrames& operator=(const PassingFrames&) = delete;
 
     /// Waits until so many more have passed; false when they do not come.
     bool waitFor(int count) const;
+    int count() const { return m_passed; }
 
 private:
     static void onFrame(void* passed, video_data* frame);
 
+    video_t* const m_video;
     std::atomic<int> m_passed{0};
 };
 

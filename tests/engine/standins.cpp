@@ -228,6 +228,8 @@ void stopOutput(void* data, uint64_t ts)
 {
     // libobs passes no time only when it forces the stop.
     note(ts == 0 ? QStringLiteral("force stop output") : QStringLiteral("stop output"));
+    if (standins::behaviour().duringStop)
+        standins::behaviour().duringStop();
     obs_output_end_data_capture(static_cast<obs_output_t*>(data));
 }
 

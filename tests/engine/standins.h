@@ -40,6 +40,8 @@ struct Behaviour
     const char* outputError = nullptr;
     /// Called inside the output's start.
     std::function<void(obs_output_t*)> duringStart;
+    /// Called inside the output's stop, if set.
+    std::function<void()> duringStop;
     /// How long the output takes to encode a frame.
     int encodeMs = 0;
     /// Bytes that the output says it has written.

@@ -63,9 +63,14 @@ QString StockEngine::start(const EngineTimings& timings)
 bool StockEngine::setMargins(int left, int right, int top, int bottom)
 {
     m_size = m_screen.marginsRemoved({left, top, right, bottom}).size();
-    const QString target = captureTargetForScreen(m_engine->captureTargetNames(), m_screen);
     return m_engine->resetVideo(m_size.width(), m_size.height(), m_size.width(), m_size.height(), kFps) == 0 &&
-           m_engine->setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor,
+           setTarget(left, right, top, bottom);
+}
+
+bool StockEngine::setTarget(int left, int right, int top, int bottom)
+{
+    const QString target = captureTargetForScreen(m_engine->captureTargetNames(), m_screen);
+    return m_engine->setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor,
                                       m_size != m_screen.size(), left, right, top, bottom);
 }
 

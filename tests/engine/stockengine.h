@@ -32,6 +32,8 @@ public:
     QString start(const EngineTimings& timings = EngineTimings());
     /// What is cut off the frame from now on; the frame has the size of what is left.
     bool setMargins(int left, int right, int top, int bottom);
+    /// What is cut off while a recording runs: the size of what is left stays.
+    bool setTarget(int left, int right, int top, int bottom);
     /// Releases the engine.
     void release() { m_engine.reset(); }
 

@@ -248,7 +248,7 @@ private slots:
         QFETCH(const bool, olderColours);
         // Where it is the engine's own format, libobs converts nothing.
         const video_output_info* line = video_output_get_info(obs_get_video());
-        const video_scale_info form = videoConversionFor(format);
+        const video_scale_info form = videoConversionFor(format, obs_get_video());
         QCOMPARE(form.format, line->format);
         QCOMPARE(form.width, line->width);
         QCOMPARE(form.height, line->height);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
+#include "engine/capture/framesource.h"
 #include "engine/core/obshandles.h"
 #include "engine/obswrapper.h"
 #include "tests/engine/channels.h"
@@ -11,6 +12,9 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QRect>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
@@ -556,7 +560,137 @@ private slots:
         QVERIFY(!log.texts().contains("obs not initialized!"));
     }
 
+    void framesOfTheProgramsOwnTakeThePlaceOfTheScene()
+    {
+        QVERIFY(start([](const QRect& area, QString&) -> std::unique_ptr<FrameSource> {
+            lastArea() = area;
+            return std::make_unique<NoFrames>();
+        }));
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(!m_wrapper->isSceneRendered());
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 321, 241, 30, 4, 1);
+        video_t* const video = obs_output_video(standins::currentOutput());
+        QVERIFY(video != obs_get_video());
+        QCOMPARE(lastArea(), QRect(10, 20, 322, 242));
+        QCOMPARE(video_output_get_width(video), 322U);
+        QCOMPARE(video_output_get_height(video), 242U);
+        QCOMPARE(standins::lastOutputSettings().value("scale_width"), QJsonValue(322));
+        QVERIFY(!m_wrapper->isSceneRendered());
+        m_wrapper->stopRecording(true);
+    }
+
+    void areaGrowsToTheNearSideAtTheScreensFarEdge()
+    {
+        QVERIFY(start([](const QRect& area, QString&) -> std::unique_ptr<FrameSource> {
+            lastArea() = area;
+            return std::make_unique<NoFrames>();
+        }));
+        QVERIFY(m_wrapper->setCaptureTarget(kLeftMonitor, 1, true, 959, 0, 20, 479));
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 321, 221, 30, 4, 1);
+        QCOMPARE(lastArea(), QRect(958, 20, 322, 222));
+        m_wrapper->stopRecording(true);
+        // A size that is even already.
+        QVERIFY(m_wrapper->setCaptureTarget(kLeftMonitor, 1, true, 1, 0, 20, 0));
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 1280, 700, 30, 4, 1);
+        QCOMPARE(lastArea(), QRect(0, 20, 1280, 700));
+        m_wrapper->stopRecording(true);
+    }
+
+    void sceneIsUsedWhereThereAreNoFramesOfTheProgramsOwn()
+    {
+        const MessageCapture log;
+        QVERIFY(start([](const QRect&, QString& obstacle) -> std::unique_ptr<FrameSource> {
+            obstacle = QStringLiteral("the reason");
+            return nullptr;
+        }));
+        const auto line = QStringLiteral("The screen is captured through the engine's scene: the reason");
+        QCOMPARE(log.texts(QtInfoMsg).filter(line).size(), 1);
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(m_wrapper->isSceneRendered());
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, 1);
+        QCOMPARE(obs_output_video(standins::currentOutput()), obs_get_video());
+        QVERIFY(m_wrapper->isSceneRendered());
+        m_wrapper->stopRecording(true);
+    }
+
+    void sceneTakesOverWhereFramesFailForARecording()
+    {
+        QVERIFY(start([](const QRect& area, QString& obstacle) -> std::unique_ptr<FrameSource> {
+            obstacle = area.width() > 2 ? QStringLiteral("too large") : QString();
+            return obstacle.isEmpty() ? std::make_unique<NoFrames>() : nullptr;
+        }));
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(!m_wrapper->isSceneRendered());
+        const MessageCapture log;
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, 1);
+        QCOMPARE(log.texts(QtInfoMsg).filter(QStringLiteral("engine's scene: too large")).size(), 1);
+        QVERIFY(m_wrapper->isSceneRendered());
+        QCOMPARE(obs_output_video(standins::currentOutput()), obs_get_video());
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        m_wrapper->setSceneRendered(false);
+        QVERIFY(m_wrapper->isSceneRendered());
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(m_wrapper->isSceneRendered());
+        m_wrapper->stopRecording(true);
+        m_wrapper->setSceneRendered(false);
+        QVERIFY(!m_wrapper->isSceneRendered());
+    }
+
+    void sceneIsRenderedAsSoonAsTheTargetHasNoPositionOnTheDesktop()
+    {
+        QVERIFY(
+            start([](const QRect&, QString&) -> std::unique_ptr<FrameSource> { return std::make_unique<NoFrames>(); }));
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(!m_wrapper->isSceneRendered());
+        behaviour().monitors = {{"Somewhere", "somewhere"}};
+        m_wrapper->refreshCaptureTargets(false);
+        QVERIFY(m_wrapper->setCaptureTarget("Somewhere", 1, false, 0, 0, 0, 0));
+        QVERIFY(m_wrapper->isSceneRendered());
+    }
+
+    void windowIsCapturedByTheScene()
+    {
+        QVERIFY(
+            start([](const QRect&, QString&) -> std::unique_ptr<FrameSource> { return std::make_unique<NoFrames>(); }));
+        QCOMPARE(m_wrapper->setupScene(2), 0);
+        m_wrapper->refreshCaptureTargets(true);
+        QVERIFY(m_wrapper->setCaptureTarget("[editor.exe]: notes", 2, false, 0, 0, 0, 0));
+        m_wrapper->setSceneRendered(true);
+        QVERIFY(m_wrapper->isSceneRendered());
+    }
+
 private:
+    static constexpr char kLeftMonitor[] = "Left: 1280x720 @ 0,0";
+
+    /// Writes nothing.
+    class NoFrames : public FrameSource
+    {
+    public:
+        void setOrigin(const QPoint&) override {}
+        void setPointer(const FramePointer&) override {}
+        void update(std::uint64_t) override {}
+        void write(const I420View&) override {}
+    };
+
+    /// What frames were opened for last.
+    static QRect& lastArea()
+    {
+        static QRect area;
+        return area;
+    }
+
+    /// Starts an engine that captures the left monitor from (10, 20) on, with frames of these.
+    bool start(decltype(CapturePlatform::openFrames) openFrames)
+    {
+        CapturePlatform platform = standins::platform();
+        platform.openFrames = openFrames;
+        m_wrapper = std::make_unique<ObsWrapper>(platform);
+        if (!m_wrapper->initialize(1280, 720, 30) || m_wrapper->setupScene(1) != 0)
+            return false;
+        m_wrapper->refreshCaptureTargets(false);
+        return m_wrapper->setCaptureTarget(kLeftMonitor, 1, true, 10, 0, 20, 0);
+    }
+
     /// The types of the capture source's filters, in the order in which they are applied.
     static QStringList filtersOfTheCapture()
     {

@@ -138,7 +138,9 @@ private slots:
             "obs_set_output_source 1 Default Desktop Audio"};
         QStringList calls = texts(outcome, "calls");
         calls.removeIf([](const QString& call) {
-            return call.startsWith("obs_init_module") || call.startsWith("obs_audio_encoder_create");
+            // The last two try a video of the program's own.
+            return call.startsWith("obs_init_module") || call.startsWith("obs_audio_encoder_create") ||
+                   call.contains("kestrano_video_probe") || call == "obs_output_start";
         });
         QCOMPARE(calls.join('\n'), expected.join('\n'));
         QVERIFY(texts(outcome, "info").contains("All OBS modules loaded successfully"));

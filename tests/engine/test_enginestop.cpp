@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
+#include "engine/capture/blackframes.h"
+#include "engine/capture/screenvideo.h"
 #include "engine/core/obshandles.h"
 #include "engine/obswrapper.h"
 #include "engine/output/recordingformat.h"
@@ -614,9 +616,9 @@ private slots:
         ObsOutputHandle started = startedOutput();
         obs_output_t* output = started.get();
         QVERIFY(obs_output_active(output));
-        retired.addEnded(std::move(started), os_gettime_ns() - kLongAgoNs);
+        retired.addEnded(std::move(started), nullptr, os_gettime_ns() - kLongAgoNs);
         // One that has ended is released by the same look.
-        retired.addEnded(idleOutput(), os_gettime_ns() - kLongAgoNs);
+        retired.addEnded(idleOutput(), nullptr, os_gettime_ns() - kLongAgoNs);
         QTRY_COMPARE(standins::countOf("destroy output"), 1);
         obs_output_stop(output);
         QTRY_COMPARE(standins::countOf("destroy output"), 2);
@@ -636,7 +638,7 @@ private slots:
         });
         {
             RetiredOutputs retired(tap);
-            retired.addEnded(std::move(started), os_gettime_ns() - kLongAgoNs);
+            retired.addEnded(std::move(started), nullptr, os_gettime_ns() - kLongAgoNs);
         }
         ending.join();
         QCOMPARE(standins::countOf("destroy output"), 1);
@@ -663,7 +665,7 @@ private slots:
             DeferredRelease times = quickTimings().release;
             times.busyLimit = std::chrono::hours(1);
             RetiredOutputs retired(tap, times);
-            retired.addStarting(std::move(started), endedNs);
+            retired.addStarting(std::move(started), nullptr, endedNs);
             QCOMPARE(retired.isAnyBusy(), isFollowed);
             if (isFollowed)
                 std::thread([output] { signalStop(output, OBS_OUTPUT_CONNECT_FAILED); }).join();
@@ -671,6 +673,45 @@ private slots:
         }
         QVERIFY(!standins::events().contains("stop output"));
         QCOMPARE(standins::countOf("destroy output"), 1);
+    }
+
+    void retiredOutputIsStoppedWhileItsOwnVideoIsBlocked_data()
+    {
+        QTest::addColumn<bool>("isTapConnected");
+        QTest::newRow("nothing else is recorded") << false;
+        QTest::newRow("the engine's video is recorded") << true;
+    }
+
+    void retiredOutputIsStoppedWhileItsOwnVideoIsBlocked()
+    {
+        QFETCH(const bool, isTapConnected);
+        const QSize size(2, 2);
+        const std::shared_ptr<ScreenVideo> video = ScreenVideo::open(std::make_unique<BlackFrames>(size), size, 100);
+        const PassingFrames frames(video->video());
+        QVERIFY(frames.waitFor(1));
+        int framesDuringStop = -1;
+        behaviour().duringStart = keepOpening;
+        behaviour().duringStop = [&] {
+            const int before = frames.count();
+            QThread::msleep(60);
+            framesDuringStop = frames.count() - before;
+        };
+        StreamTap tap(EngineTimings().resumeLimit);
+        if (isTapConnected)
+            tap.connect(1, nullptr);
+        DeferredRelease times = quickTimings().release;
+        times.delay = std::chrono::milliseconds(1);
+        RetiredOutputs retired(tap, times);
+        ObsOutputHandle started = startedOutput(video->video());
+        obs_output_t* const output = started.get();
+        const std::atomic<std::uint64_t> endedNs{0};
+        retired.addStarting(std::move(started), video, endedNs);
+        QVERIFY(!retired.waitWhileEnding());
+        QVERIFY(obs_output_begin_data_capture(output, 0));
+        QTRY_COMPARE(standins::countOf("destroy output"), 1);
+        QCOMPARE(framesDuringStop, 0);
+        QCOMPARE(tap.isConnected(), isTapConnected);
+        QVERIFY(frames.waitFor(1));
     }
 
     void outputThatNeverOpensItsFileIsLeftBehind()
@@ -685,8 +726,8 @@ private slots:
             DeferredRelease times = quickTimings().release;
             times.busyLimit = std::chrono::milliseconds(50);
             RetiredOutputs retired(tap, times);
-            retired.addStarting(std::move(started), endedNs);
-            retired.addEnded(idleOutput(), os_gettime_ns() - kLongAgoNs);
+            retired.addStarting(std::move(started), nullptr, endedNs);
+            retired.addEnded(idleOutput(), nullptr, os_gettime_ns() - kLongAgoNs);
             QTRY_COMPARE(standins::countOf("destroy output"), 1);
             QVERIFY(retired.isAnyBusy());
         }
@@ -765,10 +806,10 @@ private:
     }
 
     /// An output of the tests' own.
-    static ObsOutputHandle startedOutput()
+    static ObsOutputHandle startedOutput(video_t* video = obs_get_video())
     {
         ObsOutputHandle output = idleOutput();
-        obs_output_set_media(output.get(), obs_get_video(), obs_get_audio());
+        obs_output_set_media(output.get(), video, obs_get_audio());
         if (!obs_output_start(output.get()))
             output.reset();
         return output;

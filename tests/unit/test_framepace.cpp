@@ -24,31 +24,29 @@ private slots:
             // A little late is in time: the next one is due when it always was.
             const FramePace::Frame frame = pace.take(pace.dueNs() + 20 * i);
             QCOMPARE(frame.timestampNs, kBegin + i * kInterval);
-            QCOMPARE(frame.count, 1);
+            QCOMPARE(frame.missed, 0);
         }
-        QCOMPARE(pace.frames(), 5U);
-        QCOMPARE(pace.repeatedFrames(), 0U);
     }
 
-    void lateFrameStandsForTheIntervalsThatHavePassed()
+    void lateFrameHasTheLatestMomentThatHasCome()
     {
         FramePace pace(kInterval, kBegin);
         pace.take(kBegin);
         const FramePace::Frame late = pace.take(kBegin + 399);
-        QCOMPARE(late.timestampNs, kBegin + 100);
-        QCOMPARE(late.count, 3);
+        QCOMPARE(late.timestampNs, kBegin + 300);
+        QCOMPARE(late.missed, 2);
         QCOMPARE(pace.dueNs(), kBegin + 400);
         const FramePace::Frame next = pace.take(kBegin + 400);
         QCOMPARE(next.timestampNs, kBegin + 400);
-        QCOMPARE(next.count, 1);
-        QCOMPARE(pace.frames(), 5U);
-        QCOMPARE(pace.repeatedFrames(), 2U);
+        QCOMPARE(next.missed, 0);
     }
 
-    void frameBeforeItsTimeIsOne()
+    void frameBeforeItsTimeHasMissedNothing()
     {
         FramePace pace(kInterval, kBegin);
-        QCOMPARE(pace.take(kBegin - 50).count, 1);
+        const FramePace::Frame early = pace.take(kBegin - 50);
+        QCOMPARE(early.timestampNs, kBegin);
+        QCOMPARE(early.missed, 0);
         QCOMPARE(pace.dueNs(), kBegin + 100);
     }
 };

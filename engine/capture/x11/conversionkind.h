@@ -44,7 +44,7 @@ inline constexpr Weights kLuma{2366, 23436, 6966};
 inline constexpr Weights kCb{16384, -12630, -3754};
 inline constexpr Weights kCr{-1502, -14882, 16384};
 
-/// Luma is of one pixel; chroma of the sum of four, so that their mean is never rounded.
+/// Luma is of one pixel; chroma of the sum of four, whose mean is never rounded.
 inline constexpr int kLumaShift = 15;
 inline constexpr int kChromaShift = kLumaShift + 2;
 inline constexpr std::int32_t kLumaOffset = 1 << (kLumaShift - 1);

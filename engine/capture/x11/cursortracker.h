@@ -27,7 +27,7 @@ public:
     const std::optional<platform::PointerState>& pointer() const { return m_pointer; }
     /// Without pixels where the server does not show it.
     const CursorImage& image() const { return m_image; }
-    /// Counts the images, so that another one is noticed.
+    /// Counts the images.
     int imageNumber() const { return m_imageNumber; }
 
 private:
