@@ -27,6 +27,24 @@ int farMargin(int farEdge, int screenEdge, double screenPx, double devicePixelRa
     return farEdge <= screenEdge ? std::max(margin, 0) : margin;
 }
 
+struct Span
+{
+    int begin;
+    int length;
+};
+
+/// @param step in physical pixels
+Span grownTo(int step, const Span& span, const Span& screen, double devicePixelRatio)
+{
+    const bool isWhole = devicePixelRatio == std::floor(devicePixelRatio);
+    int length = span.length;
+    while (isWhole && toPhysicalPx(length, devicePixelRatio) % step != 0)
+        ++length;
+    if (length > screen.length)
+        return span;
+    return {std::min(span.begin, screen.begin + screen.length - length), length};
+}
+
 } // namespace
 
 int toPhysicalPx(int logicalPx, double devicePixelRatio)
@@ -65,11 +83,19 @@ CaptureScreen withPixels(const CaptureScreen& screen, const QSize& pixels)
     return exact;
 }
 
-void CaptureArea::setRegion(const QRect& region, const CaptureScreen& screen)
+void CaptureArea::setRegion(const QRect& region, const CaptureScreen& screen, const QSize& steps)
 {
-    setRect(region & screen.geometry);
-    if (m_rect != screen.geometry)
-        m_rect.setLeft(std::max(m_rect.left(), 1));
+    const QRect& whole = screen.geometry;
+    setRect(region & whole);
+    if (m_rect == whole)
+        return;
+    const int first = std::max(whole.left(), 1);
+    m_rect.setLeft(std::max(m_rect.left(), first));
+    const double ratio = screen.devicePixelRatio;
+    const Span columns =
+        grownTo(steps.width(), {m_rect.x(), m_rect.width()}, {first, whole.right() + 1 - first}, ratio);
+    const Span rows = grownTo(steps.height(), {m_rect.y(), m_rect.height()}, {whole.y(), whole.height()}, ratio);
+    m_rect = QRect(columns.begin, rows.begin, columns.length, rows.length);
 }
 
 void CaptureArea::moveTo(const QPoint& topLeft)
@@ -85,6 +111,8 @@ QRect CaptureArea::rectOn(const CaptureScreen& screen) const
 QSize CaptureArea::physicalSize(const CaptureScreen& screen) const
 {
     const QSize size = rectOn(screen).size();
+    if (!screen.pixels.isEmpty() && rectOn(screen) == screen.geometry)
+        return screen.pixels;
     return {toPhysicalPx(size.width(), screen.devicePixelRatio), toPhysicalPx(size.height(), screen.devicePixelRatio)};
 }
 

@@ -48,8 +48,11 @@ public:
     void setRect(const QRect& rect) { m_rect = rect; }
 
     /// Sets the part of a framed region that is on the screen. One that begins in the desktop's first column loses that
-    /// column, or it would count as unset, unless it is the whole screen.
-    void setRegion(const QRect& region, const CaptureScreen& screen);
+    /// column, or it would count as unset, unless it is the whole screen. Where a logical pixel is one or more whole
+    /// physical ones it grows until width and height are multiples of the steps: at the screen's far edge to the near
+    /// side.
+    /// @param steps in physical pixels
+    void setRegion(const QRect& region, const CaptureScreen& screen, const QSize& steps);
 
     /// Follows the frame during a recording: also beyond the screen's edges, but not into the desktop's first column.
     void moveTo(const QPoint& topLeft);

@@ -3,6 +3,7 @@
 
 #include "app/sclogger.h"
 #include "engine/capture/capturetargets.h"
+#include "engine/capture/exactpixels.h"
 #include "engine/obswrapper.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/capture/capturearea.h"
@@ -106,7 +107,7 @@ void CaptureController::showSize(const QSize& size)
 
 bool CaptureController::showsSize(const CaptureScreen& screen) const
 {
-    const QSize size = m_area.physicalSize(screen);
+    const QSize size = videoSize();
     const int roundingPx = static_cast<int>(std::ceil(screen.devicePixelRatio));
     return std::abs(m_ui.widthEdit->text().toInt() - size.width()) <= roundingPx &&
            std::abs(m_ui.heightEdit->text().toInt() - size.height()) <= roundingPx;
@@ -119,23 +120,44 @@ void CaptureController::applyCaptureArea()
     debug("Screen geometry: x=%1, y=%2, width=%3, height=%4", {whole.x(), whole.y(), whole.width(), whole.height()});
     const QRect area = m_area.rectOn(screen);
     debug("position %1 %2 %3 %4", {area.x(), area.y(), area.x() + area.width(), area.y() + area.height()});
-    showSize(m_area.physicalSize(screen));
+    showSize(videoSize());
     if (m_engineRuns)
         setCaptureTarget();
 }
 
+QString CaptureController::target() const
+{
+    return captureTargetForScreen(m_engine.captureTargetNames(), primaryScreen().physicalGeometry());
+}
+
+/// The engine knows the screen's pixels, which Qt rounds.
+CaptureScreen CaptureController::screenWithPixels() const
+{
+    return withPixels(primaryScreen(), captureTargetGeometry(target()).size());
+}
+
+QSize CaptureController::videoSize() const
+{
+    const CaptureScreen screen = screenWithPixels();
+    const QSize size = m_area.physicalSize(screen);
+    const QSize pixels = screen.pixels.isEmpty() ? screen.physicalSize() : screen.pixels;
+    return exactpixels::videoSize(size, videoSteps(), pixels);
+}
+
+QSize CaptureController::videoSteps() const
+{
+    return m_engineRuns ? m_engine.videoSteps() : QSize(1, 1);
+}
+
 void CaptureController::setCaptureTarget()
 {
-    const QStringList& names = m_engine.captureTargetNames();
-    const CaptureScreen screen = primaryScreen();
-    const QString target = captureTargetForScreen(names, screen.physicalGeometry());
-    // The engine knows the screen's pixels, which Qt rounds.
-    const CaptureMargins margins = m_area.margins(withPixels(screen, captureTargetGeometry(target).size()));
-    m_targetFound = m_engine.setCaptureTarget(target.toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped,
-                                              margins.left, margins.right, margins.top, margins.bottom);
+    const CaptureMargins margins = m_area.margins(screenWithPixels());
+    m_targetFound =
+        m_engine.setCaptureTarget(target().toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped,
+                                  margins.left, margins.right, margins.top, margins.bottom);
     if (!m_targetFound)
         SCLogger::warning(QStringLiteral("The primary screen is none of the engine's screens: \"%1\"")
-                              .arg(names.join(QLatin1String("\", \""))));
+                              .arg(m_engine.captureTargetNames().join(QLatin1String("\", \""))));
 }
 
 /// The size or position of the whole screen may have changed since the last recording.
@@ -154,7 +176,7 @@ bool CaptureController::resetRecordingArea()
     }
     const QSize logical = m_area.rectOn(screen).size();
     debug("Recording area set to: %1x%2", {logical.width(), logical.height()});
-    const QSize size = m_area.physicalSize(screen);
+    const QSize size = videoSize();
     if (m_engine.resetVideo(size.width(), size.height(), size.width(), size.height(),
                             RecordingSession::kFramesPerSecond) != 0) {
         SCLogger::warning(QStringLiteral("Failed to reset video"));
@@ -193,7 +215,7 @@ void CaptureController::settleArea()
             QStringLiteral("The chosen region is not on the primary screen any more; all of it is recorded"));
         captureWholeScreen();
     } else if (!screen.geometry.contains(m_area.rect())) {
-        m_area.setRegion(m_area.rect(), screen);
+        m_area.setRegion(m_area.rect(), screen, videoSteps());
         m_region.moveFrame(m_area.rect());
         applyCaptureArea();
     } else if (!showsSize(screen)) {
@@ -258,7 +280,9 @@ void CaptureController::choosePreset(const QString& name)
     if (!size)
         return;
     const CaptureScreen screen = primaryScreen();
-    m_area.setRegion(m_region.frame(ratiopresets::areaOn(screen, *size, m_region.borderWidth())), screen);
+    const QRect framed = m_region.frame(ratiopresets::areaOn(screen, *size, m_region.borderWidth()));
+    m_area.setRegion(framed, screen, videoSteps());
+    frameGrownArea(framed);
     // The preset's own numbers, from which the stored area may differ by a rounding.
     showSize(*size);
 }
@@ -273,7 +297,9 @@ void CaptureController::switchScreen(bool on)
 void CaptureController::onRegionSelected(const QRect& area)
 {
     // The pointer may have been released over another screen.
-    m_area.setRegion(frameOnScreen(area & primaryScreen().geometry), primaryScreen());
+    const QRect framed = frameOnScreen(area & primaryScreen().geometry);
+    m_area.setRegion(framed, primaryScreen(), videoSteps());
+    frameGrownArea(framed);
     applyCaptureArea();
     m_ui.ratioBox->setCurrentIndex(0);
 }
@@ -292,17 +318,27 @@ QRect CaptureController::frameOnScreen(const QRect& area)
     return kept;
 }
 
+/// Moves the frame's border out of an area that has grown into it.
+void CaptureController::frameGrownArea(const QRect& framed)
+{
+    if (!framed.contains(m_area.rect()))
+        m_region.moveFrame(framed | m_area.rect());
+}
+
 void CaptureController::storeRegion(const QRect& framed, bool isMoving)
 {
     const CaptureScreen screen = primaryScreen();
     const QRect visible = framed & screen.geometry;
     if (visible.width() >= kSmallestRegion.width() && visible.height() >= kSmallestRegion.height()) {
-        m_area.setRegion(framed, screen);
+        m_area.setRegion(framed, screen, videoSteps());
+        if (!isMoving)
+            frameGrownArea(framed);
     } else if (!isMoving) {
         // Released where it cannot be recorded.
         const QRect kept = keptOn(screen.geometry, framed);
         m_region.moveFrame(kept);
-        m_area.setRegion(kept, screen);
+        m_area.setRegion(kept, screen, videoSteps());
+        frameGrownArea(kept);
     }
 }
 

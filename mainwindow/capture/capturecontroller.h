@@ -63,10 +63,15 @@ private:
     bool followsScreen() const;
     bool showsSize(const CaptureScreen& screen) const;
     void showSize(const QSize& size);
+    QString target() const;
+    CaptureScreen screenWithPixels() const;
+    QSize videoSize() const;
+    QSize videoSteps() const;
     void setCaptureTarget();
     void captureWholeScreen();
     void applyWholeScreen();
     QRect frameOnScreen(const QRect& area);
+    void frameGrownArea(const QRect& framed);
     void storeRegion(const QRect& framed, bool isMoving);
     void onRegionSelected(const QRect& area);
     void onFrameChanged(bool isMoving, const QPoint& firstPixel, const QPoint& lastPixel);

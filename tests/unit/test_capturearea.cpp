@@ -6,6 +6,8 @@
 
 namespace {
 
+const QSize kAnySize(1, 1);
+
 constexpr int kSamples = 200;
 
 /// A repeatable spread of rectangles that lie within a screen of the given size.
@@ -51,7 +53,7 @@ private slots:
     {
         const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
         CaptureArea area;
-        area.setRegion({0, 20, 300, 200}, screen);
+        area.setRegion({0, 20, 300, 200}, screen, kAnySize);
         QVERIFY(!area.isUnset());
         QCOMPARE(area.rect().left(), 1);
         QCOMPARE(area.rect().right(), 299);
@@ -62,15 +64,15 @@ private slots:
     {
         const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
         CaptureArea area;
-        area.setRegion({-50, 20, 300, 200}, screen);
+        area.setRegion({-50, 20, 300, 200}, screen, kAnySize);
         QCOMPARE(area.rect(), QRect(1, 20, 249, 200));
-        area.setRegion({1180, 620, 300, 200}, screen);
+        area.setRegion({1180, 620, 300, 200}, screen, kAnySize);
         QCOMPARE(area.rect(), QRect(1180, 620, 100, 100));
-        area.setRegion({336, -180, 608, 1080}, screen);
+        area.setRegion({336, -180, 608, 1080}, screen, kAnySize);
         QCOMPARE(area.rect(), QRect(336, 0, 608, 720));
         QCOMPARE(area.margins(screen), (CaptureMargins{336, 0, 336, 0, true}));
         const CaptureScreen right{{1280, 100, 1280, 720}, 1.0};
-        area.setRegion({1000, 0, 600, 400}, right);
+        area.setRegion({1000, 0, 600, 400}, right, kAnySize);
         QCOMPARE(area.rect(), QRect(1280, 100, 320, 300));
     }
 
@@ -78,7 +80,7 @@ private slots:
     {
         const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
         CaptureArea area;
-        area.setRegion({100, 80, 320, 240}, screen);
+        area.setRegion({100, 80, 320, 240}, screen, kAnySize);
         area.moveTo({1200, -40});
         QCOMPARE(area.rect(), QRect(1200, -40, 320, 240));
         area.moveTo({-30, 10});
@@ -91,9 +93,37 @@ private slots:
         CaptureArea area;
         for (int sample = 0; sample < kSamples; ++sample) {
             const QRect region = sampleRect(sample, screen.geometry.size());
-            area.setRegion(region, screen);
+            area.setRegion(region, screen, kAnySize);
             QCOMPARE(area.rect(), region);
         }
+    }
+
+    void regionGrowsToStepsOfTheVideo_data()
+    {
+        QTest::addColumn<double>("ratio");
+        QTest::addColumn<QSize>("steps");
+        QTest::addColumn<QRect>("region");
+        QTest::addColumn<QRect>("stored");
+        const QSize even(2, 2);
+        const QSize fours(4, 2);
+        QTest::newRow("odd") << 1.0 << even << QRect(10, 20, 361, 201) << QRect(10, 20, 362, 202);
+        QTest::newRow("to fours") << 1.0 << fours << QRect(10, 20, 361, 201) << QRect(10, 20, 364, 202);
+        QTest::newRow("at the far edges") << 1.0 << fours << QRect(919, 519, 361, 201) << QRect(916, 518, 364, 202);
+        QTest::newRow("as wide as the screen") << 1.0 << even << QRect(1, 0, 1279, 720) << QRect(1, 0, 1279, 720);
+        QTest::newRow("fraction of a pixel") << 1.25 << even << QRect(10, 20, 289, 200) << QRect(10, 20, 289, 200);
+        QTest::newRow("two pixels") << 2.0 << even << QRect(10, 20, 361, 201) << QRect(10, 20, 361, 201);
+        QTest::newRow("two pixels to fours") << 2.0 << fours << QRect(10, 20, 361, 201) << QRect(10, 20, 362, 201);
+    }
+
+    void regionGrowsToStepsOfTheVideo()
+    {
+        QFETCH(const double, ratio);
+        QFETCH(const QSize, steps);
+        QFETCH(const QRect, region);
+        QFETCH(const QRect, stored);
+        CaptureArea area;
+        area.setRegion(region, {{0, 0, 1280, 720}, ratio}, steps);
+        QCOMPARE(area.rect(), stored);
     }
 
     void regionThatHoldsTheWholeScreenIsTheWholeScreen()
@@ -101,13 +131,13 @@ private slots:
         const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
         CaptureArea area;
         for (const QRect& region : {screen.geometry, QRect(-320, -180, 1920, 1080)}) {
-            area.setRegion(region, screen);
+            area.setRegion(region, screen, kAnySize);
             QVERIFY(area.isUnset());
             QCOMPARE(area.margins(screen), CaptureMargins());
             QCOMPARE(area.physicalSize(screen), QSize(1280, 720));
         }
         const CaptureScreen right{{640, 0, 640, 720}, 1.0};
-        area.setRegion(right.geometry, right);
+        area.setRegion(right.geometry, right, kAnySize);
         QVERIFY(!area.isUnset());
         QCOMPARE(area.margins(right), CaptureMargins());
     }
@@ -116,7 +146,7 @@ private slots:
     {
         const CaptureScreen screen{{0, 0, 1280, 720}, 1.0};
         CaptureArea area;
-        area.setRegion(QRect(QPoint(100, 50), QPoint(399, 249)), screen);
+        area.setRegion(QRect(QPoint(100, 50), QPoint(399, 249)), screen, kAnySize);
         QCOMPARE(area.rect().size(), QSize(300, 200));
         QCOMPARE(area.rect().bottomRight(), QPoint(399, 249));
         QCOMPARE(area.margins(screen), (CaptureMargins{100, 50, 880, 470, true}));

@@ -32,7 +32,7 @@ private slots:
         const QRect area = ratiopresets::areaOn(screen, {1920, 1080}, 4);
         QCOMPARE(area.size(), QSize(1280, 720));
         CaptureArea stored;
-        stored.setRegion(area, screen);
+        stored.setRegion(area, screen, QSize(4, 2));
         QCOMPARE(stored.physicalSize(screen), QSize(1920, 1080));
     }
 
