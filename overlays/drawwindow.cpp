@@ -16,6 +16,7 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <cmath>
 
 using framegeometry::HitArea;
 
@@ -232,9 +233,24 @@ void DrawWindow::paintMixed(QPainter& painter) const
         strokes().paint(painter);
 }
 
+/// In logical pixels. Where those are no whole physical ones, the edges of the window and of the recorded area are
+/// rounded, and a physical pixel is left free between the border and the area.
+qreal DrawWindow::paintedBorderWidth() const
+{
+    const qreal ratio = devicePixelRatio();
+    return ratio == std::floor(ratio) ? m_borderWidth : (std::floor(m_borderWidth * ratio) - 1) / ratio;
+}
+
+int DrawWindow::shapedBorderDepthPx() const
+{
+    return isCompositing() ? m_borderWidth : static_cast<int>(paintedBorderWidth());
+}
+
 void DrawWindow::paintBorder(QPainter& painter) const
 {
-    const int half = m_borderWidth / 2;
-    painter.setPen(QPen(kBorderColor, m_borderWidth, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
-    painter.drawRect(rect().adjusted(half, half, -half, -half));
+    const qreal width = paintedBorderWidth();
+    const int wholeHalf = m_borderWidth / 2;
+    const qreal half = width == m_borderWidth ? wholeHalf : width / 2;
+    painter.setPen(QPen(kBorderColor, width, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+    painter.drawRect(QRectF(rect()).adjusted(half, half, -half, -half));
 }

@@ -64,6 +64,7 @@ protected:
     void endDrag(framegeometry::HitArea area, const QPoint& position) override;
     bool isBorderVisible() const override { return !m_concealed; }
     int borderDepthPx() const override { return m_borderWidth; }
+    int shapedBorderDepthPx() const override;
     void paintMixed(QPainter& painter) const override;
 
 private:
@@ -76,6 +77,7 @@ private:
     const QScreen* screenOfDrag() const;
     void reportGeometry(bool isMoving);
 
+    qreal paintedBorderWidth() const;
     void paintBorder(QPainter& painter) const;
 
     QPushButton* m_drawToggleButton = nullptr;

@@ -289,8 +289,9 @@ QRect OverlayFrame::inside() const
 QRegion OverlayFrame::paintedRegion() const
 {
     QRegion painted;
+    const int depth = shapedBorderDepthPx();
     if (isBorderVisible())
-        painted = QRegion(rect()) - inside();
+        painted = QRegion(rect()) - rect().adjusted(depth, depth, -depth, -depth);
     if (m_drawMode)
         painted += m_strokes.region();
     return painted.isEmpty() ? maskOfNothing() : painted;

@@ -62,6 +62,8 @@ protected:
     virtual bool isBorderVisible() const = 0;
     /// How far the border reaches into the window.
     virtual int borderDepthPx() const = 0;
+    /// How far the window's shape reaches there.
+    virtual int shapedBorderDepthPx() const { return borderDepthPx(); }
     /// Where the system mixes translucent windows.
     virtual void paintMixed(QPainter& painter) const = 0;
 
