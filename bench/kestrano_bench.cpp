@@ -77,7 +77,7 @@ QString cell(const Measurement& measurement, const Column& column)
 
 void printRow(const QStringList& cells)
 {
-    QString row = cells.at(0).leftJustified(12) + cells.at(1).rightJustified(7);
+    QString row = cells.at(0).leftJustified(16) + cells.at(1).rightJustified(7);
     for (qsizetype index = 2; index < cells.size(); ++index)
         row += cells.at(index).rightJustified(11);
     std::printf("%s\n", qPrintable(row));
@@ -127,7 +127,7 @@ bool measureRate(const Job& job, int repeat, QJsonArray& results)
         return false;
     }
     bool good = true;
-    for (const Measure measure : {&measureProgram, &measureBareLibobs, &measureX11Grab}) {
+    for (const Measure measure : {&measureProgram, &measureProgramWithScene, &measureBareLibobs, &measureX11Grab}) {
         std::vector<Measurement> measurements;
         measurements.reserve(static_cast<std::size_t>(repeat));
         for (int run = 0; run < repeat; ++run)

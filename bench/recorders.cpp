@@ -188,6 +188,16 @@ Measurement measureProgram(const Job& job)
     return measurement;
 }
 
+Measurement measureProgramWithScene(const Job& job)
+{
+    constexpr char kChoice[] = "KESTRANO_CAPTURE";
+    qputenv(kChoice, "scene");
+    Measurement measurement = measureProgram(job);
+    qunsetenv(kChoice);
+    measurement.recorder += QStringLiteral(" scene");
+    return measurement;
+}
+
 Measurement measureBareLibobs(const Job& job)
 {
     // The stock output frees its encoders while the video stream may be inside them; without the program's care for

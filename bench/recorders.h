@@ -41,6 +41,8 @@ struct Job
 
 /// The program, through its hotkey.
 Measurement measureProgram(const Job& job);
+/// The same, with frames through libobs' scene.
+Measurement measureProgramWithScene(const Job& job);
 /// libobs with the same scene and nothing around it.
 Measurement measureBareLibobs(const Job& job);
 /// FFmpeg's own capture of the X screen, with the same encoders.
