@@ -4,14 +4,13 @@
 //
 //   file_library_bench [--records N] [--repeat N] [--json FILE]
 #include "app/appidentity.h"
+#include "bench/figures.h"
 #include "files/scfilemanager.h"
 #include "tests/support/filelibrary.h"
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -21,32 +20,11 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <memory>
-#include <vector>
 
 namespace {
 
 constexpr double kGoalMs = 50;
-
-double millisecondsOf(const std::function<void()>& work)
-{
-    QElapsedTimer timer;
-    timer.start();
-    work();
-    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
-}
-
-/// The middle of several measurements.
-double middleOf(int repeat, const std::function<double()>& measure)
-{
-    std::vector<double> values;
-    values.reserve(static_cast<std::size_t>(repeat));
-    for (int run = 0; run < repeat; ++run)
-        values.push_back(measure());
-    std::nth_element(values.begin(), values.begin() + repeat / 2, values.end());
-    return values.at(static_cast<std::size_t>(repeat / 2));
-}
 
 void writeList(ProducedFiles& produced, int records)
 {
@@ -85,12 +63,6 @@ double addMs(SCFileManager& library, const QString& path)
     return millisecondsOf([&] { library.addFile(path, QStringLiteral("video")); });
 }
 
-bool writeJson(const QString& path, const QJsonObject& object)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(object).toJson()) > 0;
-}
-
 } // namespace
 
 int main(int argc, char* argv[])
@@ -111,15 +83,15 @@ int main(int argc, char* argv[])
 
     ProducedFiles produced;
     writeList(produced, count);
-    const double load = middleOf(times, &loadMs);
+    const double load = middleOfRuns(times, &loadMs);
     SCFileManager library;
     QListView view;
     view.setUniformItemSizes(true);
     view.resize(636, 280);
     view.show();
-    const double filter = middleOf(times, [&] { return filterMs(library, view); });
+    const double filter = middleOfRuns(times, [&] { return filterMs(library, view); });
     const QString added = produced.add(QStringLiteral("added.mp4"));
-    const double add = middleOf(times, [&] { return addMs(library, added); });
+    const double add = middleOfRuns(times, [&] { return addMs(library, added); });
 
     std::printf("\nlist of %d files (goal: each below %.0f ms)\n", count, kGoalMs);
     std::printf("%-12s%8.1f ms\n%-12s%8.1f ms\n%-12s%8.1f ms\n", "load", load, "filter", filter, "one more", add);

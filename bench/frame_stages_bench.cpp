@@ -4,6 +4,7 @@
 // Needs no display.
 //
 //   frame_stages_bench [--repeat N] [--json FILE]
+#include "bench/figures.h"
 #include "engine/capture/pointercircles.h"
 #include "engine/capture/x11/cursorblend.h"
 #include "engine/capture/x11/pointermarks.h"
@@ -11,9 +12,6 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QRect>
 
@@ -29,20 +27,6 @@ namespace {
 
 const std::array<QSize, 4> kSizes{QSize(1280, 720), QSize(1920, 1080), QSize(2560, 1440), QSize(3840, 2160)};
 const QRect kRegion(400, 300, 640, 360);
-
-/// The middle of several measurements.
-double middleMsOf(int repeat, const std::function<void()>& work)
-{
-    std::vector<double> values;
-    for (int run = 0; run < repeat; ++run) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        values.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
-    }
-    std::nth_element(values.begin(), values.begin() + repeat / 2, values.end());
-    return values.at(static_cast<std::size_t>(repeat / 2));
-}
 
 std::size_t areaOf(int width, int height)
 {
@@ -90,16 +74,12 @@ public:
 
     void measure(const QString& name, const std::function<void()>& work)
     {
-        const double ms = middleMsOf(m_repeat, work);
+        const double ms = middleOfRuns(m_repeat, [&work] { return millisecondsOf(work); });
         m_figures.insert(name, ms);
         std::printf("%-36s%8.3f ms\n", qPrintable(name), ms);
     }
 
-    bool write(const QString& path) const
-    {
-        QFile file(path);
-        return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(m_figures).toJson()) > 0;
-    }
+    const QJsonObject& all() const { return m_figures; }
 
 private:
     int m_repeat;
@@ -159,7 +139,7 @@ int main(int argc, char* argv[])
     measureConversion(figures);
     measureCursors(figures);
     measureCircles(figures);
-    if (parser.isSet(json) && !figures.write(parser.value(json))) {
+    if (parser.isSet(json) && !writeJson(parser.value(json), figures.all())) {
         std::fprintf(stderr, "frame_stages_bench: cannot write %s\n", qPrintable(parser.value(json)));
         return EXIT_FAILURE;
     }

@@ -3,21 +3,19 @@
 // and prints a table. tools/bench runs it on private desktops of several sizes.
 //
 //   kestrano_bench [--seconds N] [--repeat N] [--idle-seconds N] [--json FILE]
+#include "bench/figures.h"
 #include "bench/recorders.h"
 #include "tests/recording/recordinghelpers.h"
 
 #include <QCommandLineParser>
-#include <QFile>
 #include <QGuiApplication>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QScreen>
 #include <QTemporaryDir>
-#include <QTextStream>
 
 #include <algorithm>
-#include <cmath>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -44,15 +42,8 @@ constexpr std::array<Column, 8> kColumns{{{"held %", "heldPercent", &Measurement
                                           {"window ms", "windowMs", &Measurement::windowMs, 0},
                                           {"engine ms", "engineMs", &Measurement::engineMs, 0}}};
 
-double median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 /// The middle of several measurements, each value by itself; those that failed do not count.
-Measurement middleOf(const std::vector<Measurement>& measurements)
+Measurement middleMeasurement(const std::vector<Measurement>& measurements)
 {
     std::vector<Measurement> good;
     std::copy_if(measurements.begin(), measurements.end(), std::back_inserter(good),
@@ -64,7 +55,7 @@ Measurement middleOf(const std::vector<Measurement>& measurements)
         for (const Measurement& measurement : good)
             values.push_back(measurement.*column.member);
         if (!values.empty())
-            middle.*column.member = median(values);
+            middle.*column.member = middleOf(values);
     }
     return middle;
 }
@@ -132,7 +123,7 @@ bool measureRate(const Job& job, int repeat, QJsonArray& results)
         measurements.reserve(static_cast<std::size_t>(repeat));
         for (int run = 0; run < repeat; ++run)
             measurements.push_back(measure(job));
-        const Measurement middle = middleOf(measurements);
+        const Measurement middle = middleMeasurement(measurements);
         print(middle);
         results.append(toJson(middle));
         good = good && middle.failure.isEmpty();
@@ -145,8 +136,8 @@ bool measureIdle(int seconds, QJsonArray& results)
 {
     std::printf("\nidle for %d s\n", seconds);
     bool good = true;
-    for (const auto measure : {&measureIdleProgram, &measureIdleLibobs}) {
-        const IdleMeasurement measurement = measure(seconds);
+    for (const auto measureProcess : {&measureIdleProgram, &measureIdleLibobs}) {
+        const IdleMeasurement measurement = measureProcess(seconds);
         QJsonObject object{{"process", measurement.process}};
         if (measurement.failure.isEmpty()) {
             std::printf("%s%6.1f %% of one core\n", qPrintable(measurement.process.leftJustified(12)),
@@ -161,12 +152,6 @@ bool measureIdle(int seconds, QJsonArray& results)
         results.append(object);
     }
     return good;
-}
-
-bool writeJson(const QString& path, const QJsonObject& object)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(object).toJson()) > 0;
 }
 
 } // namespace
