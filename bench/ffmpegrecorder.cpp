@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "bench/recorders.h"
+#include "bench/recordertools.h"
+#include "tests/support/testpattern.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTest>
+
+namespace {
+
+double lastProgressValue(const QByteArray& progress, const QByteArray& key)
+{
+    const qsizetype at = progress.lastIndexOf(key + '=');
+    return at < 0 ? 0 : progress.mid(at + key.size() + 1).split('\n').constFirst().toDouble();
+}
+
+QStringList arguments(const Job& job, const QString& path)
+{
+    const QString size = QStringLiteral("%1x%2").arg(job.screen.width()).arg(job.screen.height());
+    const QStringList video{
+        "-thread_queue_size",           "512", "-f", "x11grab", "-framerate", "30", "-video_size", size, "-i",
+        qEnvironmentVariable("DISPLAY")};
+    const QStringList audio{"-thread_queue_size", "512", "-f", "pulse", "-i", "@DEFAULT_MONITOR@"};
+    return QStringList{"-y", "-v", "error", "-progress", "pipe:1"} + video + audio +
+           QStringList{"-map", "0:v", "-map", "1:a"} + videoEncoderArguments() +
+           QStringList{"-pix_fmt", "yuv420p", "-r", "30", "-c:a", "aac", "-b:a", "192k", path};
+}
+
+} // namespace
+
+Measurement measureX11Grab(const Job& job)
+{
+    Measurement measurement = emptyMeasurement(QStringLiteral("x11grab"), job);
+    const QString path = job.folder + QLatin1String("/x11grab.mp4");
+    QProcess process;
+    process.start(QStringLiteral("ffmpeg"), arguments(job, path));
+    process.waitForReadyRead(kToolTimeoutMs);
+    QTest::qWait(kSettleMs);
+    const CpuMeter meter(process.processId());
+    QTest::qWait(job.seconds * 1000 - kSettleMs);
+    meter.writeTo(measurement);
+    const int64_t requested = monotonicNow();
+    process.write("q");
+    process.waitForFinished(kToolTimeoutMs);
+    measurement.stopMs = static_cast<double>(monotonicNow() - requested) / kNsPerMs;
+    const QByteArray progress = process.readAllStandardOutput();
+    if (process.exitCode() != 0) {
+        measurement.failure = QString::fromLocal8Bit(process.readAllStandardError());
+        return measurement;
+    }
+    const double frames = lastProgressValue(progress, "frame");
+    measurement.laggedPercent = percent(lastProgressValue(progress, "dup_frames"), frames);
+    measurement.skippedPercent = percent(lastProgressValue(progress, "drop_frames"), frames);
+    judgeFile(measurement, path);
+    return measurement;
+}
+
+double encoderFramesPerSecond()
+{
+    constexpr int kFrames = 300;
+    QProcess process;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    process.start(QStringLiteral("ffmpeg"),
+                  QStringList{"-v", "error", "-nostdin", "-f", "lavfi", "-i", "testsrc2=s=1280x720:r=30", "-frames:v",
+                              QString::number(kFrames)} +
+                      videoEncoderArguments() + QStringList{"-f", "null", "-"});
+    process.waitForFinished(kToolTimeoutMs);
+    return kFrames * 1000.0 / static_cast<double>(elapsed.elapsed());
+}

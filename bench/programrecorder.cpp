@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "bench/processusage.h"
+#include "bench/recorders.h"
+#include "bench/recordertools.h"
+#include "tests/recording/recordinghelpers.h"
+#include "tests/support/programundertest.h"
+#include "tests/support/testpattern.h"
+
+#include <QRegularExpression>
+#include <QTest>
+
+namespace {
+
+/// Which frames the program takes.
+constexpr char kCaptureVariable[] = "KESTRANO_CAPTURE";
+
+/// The program, which can be ended before its log is read.
+class MeasuredProgram : public ProgramUnderTest
+{
+public:
+    using ProgramUnderTest::end;
+};
+
+double msSinceStart(const ProgramUnderTest& program, int64_t ns)
+{
+    return static_cast<double>(ns - program.startedAtNs()) / kNsPerMs;
+}
+
+/// Starts the program and a recording; the take has the reason where that fails.
+Take begin(ProgramUnderTest& program, Measurement& measurement)
+{
+    Take take;
+    const auto window = program.start() ? program.mainWindow(false, kToolTimeoutMs) : std::nullopt;
+    measurement.windowMs = msSinceStart(program, monotonicNow());
+    const auto ready = program.waitForMessage(QStringLiteral("OBS initialized successfully"), kToolTimeoutMs);
+    if (!window || !ready) {
+        take.failure = QStringLiteral("the program does not start:\n") + program.transcript();
+        return take;
+    }
+    measurement.engineMs = msSinceStart(program, ready->monotonicNs);
+    return beginTake(program, QStringLiteral("mp4"));
+}
+
+/// libobs and the program log lagged and skipped frames when a video output is closed, and only when there were some.
+double percentFrom(const QString& text, const QString& pattern)
+{
+    const QRegularExpressionMatch match = QRegularExpression(pattern).match(text);
+    return match.hasMatch() ? match.captured(1).toDouble() : 0;
+}
+
+void readLog(Measurement& measurement, const QString& transcript)
+{
+    // What comes after the recording's own end: the program tries its encoder out before, and libobs logs that as
+    // well.
+    const QString text = transcript.section(QStringLiteral("'adv_ffmpeg_output': stopping"), -1);
+    measurement.laggedPercent = percentFrom(text, QStringLiteral("rendering lag/stalls: \\d+ \\(([0-9.]+)%\\)"));
+    measurement.skippedPercent = percentFrom(text, QStringLiteral("encoding lag: \\d+/\\d+ \\(([0-9.]+)%\\)"));
+}
+
+void record(ProgramUnderTest& program, Take& take, Measurement& measurement, int seconds)
+{
+    QTest::qWait(kSettleMs);
+    const CpuMeter meter(program.processId());
+    QTest::qWait(seconds * 1000 - kSettleMs);
+    meter.writeTo(measurement);
+    endTake(program, take);
+    measurement.peakMiB = usageOf(program.processId()).peakMiB;
+    measurement.stopMs = static_cast<double>(take.closedNs - take.stopRequestedNs) / kNsPerMs;
+}
+
+} // namespace
+
+Measurement measureProgram(const Job& job)
+{
+    Measurement measurement = emptyMeasurement(QStringLiteral("kestrano"), job);
+    MeasuredProgram program;
+    Take take = begin(program, measurement);
+    if (take.failure.isEmpty())
+        record(program, take, measurement, job.seconds);
+    measurement.failure = take.failure;
+    if (!measurement.failure.isEmpty())
+        return measurement;
+    // A video output of the program's own may be closed as late as that.
+    program.end();
+    readLog(measurement, program.transcript());
+    judgeFile(measurement, take.path);
+    return measurement;
+}
+
+Measurement measureProgramWithScene(const Job& job)
+{
+    qputenv(kCaptureVariable, "scene");
+    Measurement measurement = measureProgram(job);
+    qunsetenv(kCaptureVariable);
+    measurement.recorder += QStringLiteral(" scene");
+    return measurement;
+}
+
+IdleMeasurement measureIdleProgram(int seconds)
+{
+    IdleMeasurement measurement{QStringLiteral("kestrano"), {}, 0};
+    ProgramUnderTest program;
+    if (!program.startAndWaitUntilReady() || !program.mainWindow(false, kToolTimeoutMs)) {
+        measurement.failure = program.transcript();
+        return measurement;
+    }
+    QTest::qWait(kIdleSettleMs);
+    const CpuMeter meter(program.processId());
+    QTest::qWait(seconds * 1000);
+    measurement.corePercent = meter.secondsPerSecond() * 100;
+    if (!program.isRunning())
+        measurement.failure = program.transcript();
+    return measurement;
+}

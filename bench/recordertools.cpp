@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "bench/recordertools.h"
+
+#include "bench/processusage.h"
+#include "tests/support/mediafile.h"
+#include "tests/support/testpattern.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+
+CpuMeter::CpuMeter(qint64 processId)
+    : m_processId(processId), m_before(usageOf(processId).cpuSeconds), m_beganNs(monotonicNow())
+{}
+
+void CpuMeter::writeTo(Measurement& measurement) const
+{
+    measurement.cpuSeconds = secondsPerSecond();
+    measurement.peakMiB = usageOf(m_processId).peakMiB;
+}
+
+double CpuMeter::secondsPerSecond() const
+{
+    const double wallSeconds = static_cast<double>(monotonicNow() - m_beganNs) / 1e9;
+    return (usageOf(m_processId).cpuSeconds - m_before) / wallSeconds;
+}
+
+Measurement emptyMeasurement(const QString& recorder, const Job& job)
+{
+    Measurement measurement;
+    measurement.recorder = recorder;
+    measurement.rate = job.rate;
+    return measurement;
+}
+
+void judgeFile(Measurement& measurement, const QString& path)
+{
+    const MediaFile file(path);
+    if (!file.isReadable() || !file.video()) {
+        measurement.failure = path + QLatin1String(": ") + file.error();
+        return;
+    }
+    measurement.heldPercent = countNumbers(file.numbers(TestPattern(file.video()->size))).share() * 100;
+}
+
+double percent(double part, double whole)
+{
+    return whole > 0 ? part * 100 / whole : 0;
+}
+
+QString executable(const QString& name)
+{
+    return QDir(QCoreApplication::applicationDirPath()).filePath(name);
+}
+
+std::optional<QByteArray> waitForText(QProcess& process, QByteArray& output, const QByteArray& text, int timeoutMs)
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (!waited.hasExpired(timeoutMs)) {
+        process.waitForReadyRead(10);
+        output += process.readAllStandardOutput();
+        const qsizetype at = output.indexOf(text);
+        const qsizetype end = at < 0 ? -1 : output.indexOf('\n', at);
+        if (end >= 0)
+            return output.mid(at + text.size(), end - at - text.size());
+        if (process.state() == QProcess::NotRunning && process.bytesAvailable() == 0)
+            break;
+    }
+    return std::nullopt;
+}
+
+QStringList videoEncoderArguments()
+{
+    const QString bitrate = QString::number(kVideoBitrateKbit) + QLatin1Char('k');
+    return {"-c:v", "libx264", "-preset", "veryfast", "-b:v", bitrate, "-g", "300"};
+}
