@@ -68,11 +68,9 @@ void record(ProgramUnderTest& program, Take& take, Measurement& measurement, int
     measurement.stopMs = static_cast<double>(take.closedNs - take.stopRequestedNs) / kNsPerMs;
 }
 
-} // namespace
-
-Measurement measureProgram(const Job& job)
+Measurement recordWithProgram(const QString& name, const Job& job)
 {
-    Measurement measurement = emptyMeasurement(QStringLiteral("kestrano"), job);
+    Measurement measurement = emptyMeasurement(name, job);
     MeasuredProgram program;
     Take take = begin(program, measurement);
     if (take.failure.isEmpty())
@@ -87,17 +85,23 @@ Measurement measureProgram(const Job& job)
     return measurement;
 }
 
+} // namespace
+
+Measurement measureProgram(const Job& job)
+{
+    qunsetenv(kCaptureVariable);
+    return recordWithProgram(QStringLiteral("kestrano"), job);
+}
+
 Measurement measureProgramWithScene(const Job& job)
 {
     qputenv(kCaptureVariable, "scene");
-    Measurement measurement = measureProgram(job);
-    qunsetenv(kCaptureVariable);
-    measurement.recorder += QStringLiteral(" scene");
-    return measurement;
+    return recordWithProgram(QStringLiteral("kestrano scene"), job);
 }
 
 IdleMeasurement measureIdleProgram(int seconds)
 {
+    qunsetenv(kCaptureVariable);
     IdleMeasurement measurement{QStringLiteral("kestrano"), {}, 0};
     ProgramUnderTest program;
     if (!program.startAndWaitUntilReady() || !program.mainWindow(false, kToolTimeoutMs)) {
