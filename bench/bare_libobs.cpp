@@ -3,12 +3,13 @@
 // uses, and nothing of Kestrano around them. tools/bench runs it beside the program, to separate what the program
 // itself costs from what libobs costs.
 //
-//   bare_libobs --output PATH_WITHOUT_EXTENSION [--format mp4|avi|flv|gif] [--seconds N]
+//   bare_libobs --output PATH_WITHOUT_EXTENSION [--format mp4|avi|flv|gif] [--seconds N] [--area X,Y,WIDTH,HEIGHT]
 //   bare_libobs --idle [--seconds N]
 //
 // Prints one line for each event, with CLOCK_MONOTONIC in nanoseconds: READY, STARTED, STOP_REQUESTED, STOPPED, and
 // then FRAMES total lagged skipped, counted from the start of the recording. Idle it records nothing and shows nothing:
 // READY, and the end.
+#include "bench/areatext.h"
 #include "tests/support/testpattern.h"
 
 #include <QCommandLineParser>
@@ -95,11 +96,30 @@ bool startCore(const QSize& size)
     return true;
 }
 
-/// What is recorded: the monitor with a crop filter of no margins, in a scene behind a fade, and the desktop's sound.
+/// The screen in physical pixels.
+QRect screenRect()
+{
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    return {QPoint(0, 0), screen->size() * screen->devicePixelRatio()};
+}
+
+/// The margins of an area of the screen, as the crop filter takes them.
+OBSDataAutoRelease cropSettings(const QRect& area)
+{
+    OBSDataAutoRelease settings = obs_data_create();
+    obs_data_set_bool(settings, "relative", true);
+    obs_data_set_int(settings, "left", area.left());
+    obs_data_set_int(settings, "top", area.top());
+    obs_data_set_int(settings, "right", screenRect().right() - area.right());
+    obs_data_set_int(settings, "bottom", screenRect().bottom() - area.bottom());
+    return settings;
+}
+
+/// What is recorded: the monitor with a crop filter, in a scene behind a fade, and the desktop's sound.
 class Scene
 {
 public:
-    Scene();
+    explicit Scene(const QRect& area);
 
     bool isComplete() const { return m_monitor && m_crop && m_transition && m_sound; }
 
@@ -111,14 +131,13 @@ private:
     OBSSceneAutoRelease m_scene;
 };
 
-Scene::Scene()
+Scene::Scene(const QRect& area)
 {
     const OBSDataAutoRelease monitor = obs_data_create();
     obs_data_set_int(monitor, "screen", 0);
     obs_data_set_bool(monitor, "show_cursor", true);
     m_monitor = obs_source_create("xshm_input", "monitor", monitor, nullptr);
-    const OBSDataAutoRelease crop = obs_data_create();
-    obs_data_set_bool(crop, "relative", true);
+    const OBSDataAutoRelease crop = cropSettings(area);
     m_crop = obs_source_create("crop_filter", "crop", crop, nullptr);
     m_transition = obs_source_create_private("fade_transition", "fade", nullptr);
     const OBSDataAutoRelease sound = obs_data_create();
@@ -220,8 +239,7 @@ private:
 
 int idle(int milliseconds)
 {
-    const QScreen* const screen = QGuiApplication::primaryScreen();
-    if (!startCore(screen->size() * screen->devicePixelRatio())) {
+    if (!startCore(screenRect().size())) {
         std::fputs("bare_libobs: the libobs core did not start\n", stderr);
         return EXIT_FAILURE;
     }
@@ -230,20 +248,18 @@ int idle(int milliseconds)
     return QCoreApplication::exec();
 }
 
-int record(const Format& format, const QString& path, int milliseconds)
+int record(const Format& format, const QString& path, const QRect& area, int milliseconds)
 {
-    const QScreen* const screen = QGuiApplication::primaryScreen();
-    const QSize size = screen->size() * screen->devicePixelRatio();
-    if (!startCore(size)) {
+    if (!startCore(area.size())) {
         std::fputs("bare_libobs: the libobs core did not start\n", stderr);
         return EXIT_FAILURE;
     }
-    const Scene scene;
+    const Scene scene(area);
     if (!scene.isComplete()) {
         std::fputs("bare_libobs: a source, a filter or a transition is missing\n", stderr);
         return EXIT_FAILURE;
     }
-    Recording recording(format, path, size);
+    Recording recording(format, path, area.size());
     report("READY");
     // The scene has its first frames before the recording starts, as it has in the program after its countdown.
     constexpr int kSettleMs = 1000;
@@ -269,9 +285,11 @@ int main(int argc, char* argv[])
                                     QStringLiteral("format"), QStringLiteral("mp4"));
     const QCommandLineOption seconds(QStringLiteral("seconds"), QStringLiteral("Length of the recording."),
                                      QStringLiteral("seconds"), QStringLiteral("10"));
+    const QCommandLineOption area(QStringLiteral("area"), QStringLiteral("What of the screen is recorded."),
+                                  QStringLiteral("x,y,width,height"), textFromArea(screenRect()));
     const QCommandLineOption nothing(QStringLiteral("idle"), QStringLiteral("Records nothing."));
     parser.addHelpOption();
-    parser.addOptions({output, format, seconds, nothing});
+    parser.addOptions({output, format, seconds, area, nothing});
     parser.process(application);
     const int milliseconds = static_cast<int>(parser.value(seconds).toDouble() * 1000);
     const auto found = std::find_if(kFormats.begin(), kFormats.end(), [&](const Format& candidate) {
@@ -281,7 +299,9 @@ int main(int argc, char* argv[])
         std::fputs("bare_libobs: --output and a known --format are wanted\n", stderr);
         return EXIT_FAILURE;
     }
-    const int result = parser.isSet(nothing) ? idle(milliseconds) : record(*found, parser.value(output), milliseconds);
+    const int result = parser.isSet(nothing)
+                           ? idle(milliseconds)
+                           : record(*found, parser.value(output), areaFromText(parser.value(area)), milliseconds);
     // libobs stays up to the end of the process, as it does in the program; only what has been said must be out.
     std::fflush(stdout);
     std::_Exit(result);

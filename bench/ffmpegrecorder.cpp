@@ -17,10 +17,19 @@ double lastProgressValue(const QByteArray& progress, const QByteArray& key)
 
 QStringList arguments(const Job& job, const QString& path)
 {
-    const QString size = QStringLiteral("%1x%2").arg(job.screen.width()).arg(job.screen.height());
-    const QStringList video{
-        "-thread_queue_size",           "512", "-f", "x11grab", "-framerate", "30", "-video_size", size, "-i",
-        qEnvironmentVariable("DISPLAY")};
+    const QRect area = job.area();
+    const QString size = QStringLiteral("%1x%2").arg(area.width()).arg(area.height());
+    const QString position = QStringLiteral("+%1,%2").arg(area.x()).arg(area.y());
+    const QStringList video{"-thread_queue_size",
+                            "512",
+                            "-f",
+                            "x11grab",
+                            "-framerate",
+                            "30",
+                            "-video_size",
+                            size,
+                            "-i",
+                            qEnvironmentVariable("DISPLAY") + position};
     const QStringList audio{"-thread_queue_size", "512", "-f", "pulse", "-i", "@DEFAULT_MONITOR@"};
     return QStringList{"-y", "-v", "error", "-progress", "pipe:1"} + video + audio +
            QStringList{"-map", "0:v", "-map", "1:a"} + videoEncoderArguments() +
@@ -31,7 +40,7 @@ QStringList arguments(const Job& job, const QString& path)
 
 Measurement measureX11Grab(const Job& job)
 {
-    Measurement measurement = emptyMeasurement(QStringLiteral("x11grab"), job);
+    Measurement measurement;
     const QString path = job.folder + QLatin1String("/x11grab.mp4");
     QProcess process;
     process.start(QStringLiteral("ffmpeg"), arguments(job, path));
@@ -52,7 +61,7 @@ Measurement measureX11Grab(const Job& job)
     const double frames = lastProgressValue(progress, "frame");
     measurement.laggedPercent = percent(lastProgressValue(progress, "dup_frames"), frames);
     measurement.skippedPercent = percent(lastProgressValue(progress, "drop_frames"), frames);
-    judgeFile(measurement, path);
+    judgeFile(measurement, job, path);
     return measurement;
 }
 

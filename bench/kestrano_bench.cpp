@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Measures the program, a bare libobs and FFmpeg's own screen capture on the display it runs on, one after the other,
-// and prints a table. tools/bench runs it on private desktops of several sizes.
+// Measures the program and other recorders on the display it runs on, one after the other, each with several workloads,
+// and prints a table. tools/bench runs it on private desktops of several sizes and says what the columns mean.
 //
-//   kestrano_bench [--seconds N] [--repeat N] [--idle-seconds N] [--json FILE]
+//   kestrano_bench [--workload NAME]... [--recorder NAME]... [--seconds N] [--repeat N] [--idle-seconds N]
+//                  [--json FILE]
 #include "bench/figures.h"
 #include "bench/recorders.h"
-#include "tests/recording/recordinghelpers.h"
+#include "bench/table.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
@@ -22,25 +23,68 @@
 
 namespace {
 
-using Measure = Measurement (*)(const Job&);
-using Member = double Measurement::*;
+constexpr std::array<Column<Measurement>, 8> kColumns{{{"held %", "heldPercent", &Measurement::heldPercent, 1},
+                                                       {"lagged %", "laggedPercent", &Measurement::laggedPercent, 1},
+                                                       {"skipped %", "skippedPercent", &Measurement::skippedPercent, 1},
+                                                       {"CPU s/s", "cpuSeconds", &Measurement::cpuSeconds, 2},
+                                                       {"peak MiB", "peakMiB", &Measurement::peakMiB, 0},
+                                                       {"stop ms", "stopMs", &Measurement::stopMs, 0},
+                                                       {"window ms", "windowMs", &Measurement::windowMs, 0},
+                                                       {"engine ms", "engineMs", &Measurement::engineMs, 0}}};
 
-struct Column
+/// What the command line asks for.
+struct Request
 {
-    const char* title;
-    const char* key;
-    Member member;
-    int digits;
+    std::vector<Workload> workloads;
+    std::vector<Recorder> recorders;
+    int seconds = 10;
+    int repeat = 1;
+    int idleSeconds = 20;
+    QString json;
+    /// What it asks for that there is not; empty when all is well.
+    QString unknown;
 };
 
-constexpr std::array<Column, 8> kColumns{{{"held %", "heldPercent", &Measurement::heldPercent, 1},
-                                          {"lagged %", "laggedPercent", &Measurement::laggedPercent, 1},
-                                          {"skipped %", "skippedPercent", &Measurement::skippedPercent, 1},
-                                          {"CPU s/s", "cpuSeconds", &Measurement::cpuSeconds, 2},
-                                          {"peak MiB", "peakMiB", &Measurement::peakMiB, 0},
-                                          {"stop ms", "stopMs", &Measurement::stopMs, 0},
-                                          {"window ms", "windowMs", &Measurement::windowMs, 0},
-                                          {"engine ms", "engineMs", &Measurement::engineMs, 0}}};
+/// Those with these names; all of them where there are no names.
+template <typename T, std::size_t count>
+std::vector<T> chosen(const std::array<T, count>& all, const QStringList& names, QString& unknown)
+{
+    if (names.isEmpty())
+        return {all.begin(), all.end()};
+    std::vector<T> found;
+    for (const QString& name : names) {
+        const auto entry =
+            std::find_if(all.begin(), all.end(), [&name](const T& one) { return name == QLatin1String(one.name); });
+        if (entry == all.end())
+            unknown = name;
+        else
+            found.push_back(*entry);
+    }
+    return found;
+}
+
+Request readRequest(const QCoreApplication& application)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption workload("workload", "What is recorded; may be given several times.", "name");
+    const QCommandLineOption recorder("recorder", "What records it; may be given several times.", "name");
+    const QCommandLineOption seconds("seconds", "Length of each recording.", "seconds", "10");
+    const QCommandLineOption repeat("repeat", "Recordings of each kind; the middle value counts.", "times", "1");
+    const QCommandLineOption idleSeconds("idle-seconds", "How long the idle program is looked at; 0 for not at all.",
+                                         "seconds", "20");
+    const QCommandLineOption json("json", "Writes the figures to this file as well.", "file");
+    parser.addHelpOption();
+    parser.addOptions({workload, recorder, seconds, repeat, idleSeconds, json});
+    parser.process(application);
+    Request request;
+    request.workloads = chosen(kWorkloads, parser.values(workload), request.unknown);
+    request.recorders = chosen(kRecorders, parser.values(recorder), request.unknown);
+    request.seconds = std::max(2, parser.value(seconds).toInt());
+    request.repeat = std::max(1, parser.value(repeat).toInt());
+    request.idleSeconds = parser.value(idleSeconds).toInt();
+    request.json = parser.value(json);
+    return request;
+}
 
 /// The middle of several measurements, each value by itself; those that failed do not count.
 Measurement middleMeasurement(const std::vector<Measurement>& measurements)
@@ -48,152 +92,137 @@ Measurement middleMeasurement(const std::vector<Measurement>& measurements)
     std::vector<Measurement> good;
     std::copy_if(measurements.begin(), measurements.end(), std::back_inserter(good),
                  [](const Measurement& measurement) { return measurement.failure.isEmpty(); });
-    Measurement middle = good.empty() ? measurements.front() : good.front();
-    for (const Column& column : kColumns) {
-        std::vector<double> values;
-        values.reserve(good.size());
-        for (const Measurement& measurement : good)
-            values.push_back(measurement.*column.member);
-        if (!values.empty())
-            middle.*column.member = middleOf(values);
+    if (good.empty())
+        return measurements.front();
+    Measurement middle = good.front();
+    for (const Column<Measurement>& column : kColumns) {
+        std::vector<double> values(good.size());
+        std::transform(good.begin(), good.end(), values.begin(),
+                       [&column](const Measurement& measurement) { return measurement.*column.member; });
+        middle.*column.member = middleOf(values);
     }
     return middle;
 }
 
-QString cell(const Measurement& measurement, const Column& column)
+void printFailure(const QString& name, const QString& failure)
 {
-    const double value = measurement.*column.member;
-    return value < 0 ? QStringLiteral("-") : QString::number(value, 'f', column.digits);
-}
-
-void printRow(const QStringList& cells)
-{
-    QString row = cells.at(0).leftJustified(16) + cells.at(1).rightJustified(7);
-    for (qsizetype index = 2; index < cells.size(); ++index)
-        row += cells.at(index).rightJustified(11);
-    std::printf("%s\n", qPrintable(row));
-}
-
-void printHeading(const Job& job, double framesPerSecond)
-{
-    std::printf("\n%dx%d, 30 frames a second, %d s each; the machine encodes %.0f frames a second of 1280x720\n",
-                job.screen.width(), job.screen.height(), job.seconds, framesPerSecond);
-    QStringList titles{QStringLiteral("recorder"), QStringLiteral("numbers")};
-    for (const Column& column : kColumns)
-        titles.append(QLatin1String(column.title));
-    printRow(titles);
-}
-
-void print(const Measurement& measurement)
-{
-    if (!measurement.failure.isEmpty()) {
-        std::printf("%s: %s\n", qPrintable(measurement.recorder), qPrintable(measurement.failure));
-        return;
-    }
-    QStringList cells{measurement.recorder, QString::number(measurement.rate) + QLatin1String("/s")};
-    for (const Column& column : kColumns)
-        cells.append(cell(measurement, column));
-    printRow(cells);
+    std::printf("%s: %s\n", qPrintable(name), qPrintable(failure));
     std::fflush(stdout);
 }
 
-QJsonObject toJson(const Measurement& measurement)
+/// Measures on one display. What failed is printed, and is in the report.
+class Bench
 {
-    QJsonObject object{{"recorder", measurement.recorder}, {"numbersPerSecond", measurement.rate}};
-    if (!measurement.failure.isEmpty())
-        object.insert("failure", measurement.failure);
-    for (const Column& column : kColumns)
-        if (measurement.*column.member >= 0)
-            object.insert(QLatin1String(column.key), measurement.*column.member);
-    return object;
+public:
+    Bench(const Request& request, const QSize& screen) : m_request(request), m_screen(screen) {}
+
+    /// False when something could not be measured.
+    bool run();
+    QJsonObject report() const;
+
+private:
+    void measureIdle();
+    void measure(const Workload& workload);
+    void measure(const Recorder& recorder, const Job& job);
+
+    const Request& m_request;
+    const QSize m_screen;
+    const QTemporaryDir m_folder;
+    bool m_isGood = true;
+    double m_encoderFramesPerSecond = 0;
+    QJsonArray m_idle;
+    QJsonArray m_measurements;
+};
+
+bool Bench::run()
+{
+    if (m_request.idleSeconds > 0)
+        measureIdle();
+    m_encoderFramesPerSecond = encoderFramesPerSecond();
+    std::printf("\n%dx%d, 30 frames a second, %d s each; the machine encodes %.0f frames a second of 1280x720\n",
+                m_screen.width(), m_screen.height(), m_request.seconds, m_encoderFramesPerSecond);
+    printRow("workload", "recorder", titles(kColumns));
+    for (const Workload& workload : m_request.workloads)
+        measure(workload);
+    return m_isGood;
 }
 
-/// Runs all recorders at one rate of numbers; false when one of them failed throughout.
-bool measureRate(const Job& job, int repeat, QJsonArray& results)
+/// What the program and a bare libobs cost while they record nothing.
+void Bench::measureIdle()
 {
-    Performance performance;
-    const QString failure = performance.begin(job.rate);
-    if (!failure.isEmpty()) {
-        std::fprintf(stderr, "kestrano_bench: %s\n", qPrintable(failure));
-        return false;
-    }
-    bool good = true;
-    for (const Measure measure : {&measureProgram, &measureProgramWithScene, &measureBareLibobs, &measureX11Grab}) {
-        std::vector<Measurement> measurements;
-        measurements.reserve(static_cast<std::size_t>(repeat));
-        for (int run = 0; run < repeat; ++run)
-            measurements.push_back(measure(job));
-        const Measurement middle = middleMeasurement(measurements);
-        print(middle);
-        results.append(toJson(middle));
-        good = good && middle.failure.isEmpty();
-    }
-    return good;
-}
-
-/// What the program and a bare libobs cost while they record nothing; false when one of them failed.
-bool measureIdle(int seconds, QJsonArray& results)
-{
-    std::printf("\nidle for %d s\n", seconds);
-    bool good = true;
+    std::printf("\nidle for %d s\n", m_request.idleSeconds);
     for (const auto measureProcess : {&measureIdleProgram, &measureIdleLibobs}) {
-        const IdleMeasurement measurement = measureProcess(seconds);
+        const IdleMeasurement measurement = measureProcess(m_request.idleSeconds);
         QJsonObject object{{"process", measurement.process}};
         if (measurement.failure.isEmpty()) {
             std::printf("%s%6.1f %% of one core\n", qPrintable(measurement.process.leftJustified(12)),
                         measurement.corePercent);
             object.insert("corePercent", measurement.corePercent);
         } else {
-            std::printf("%s: %s\n", qPrintable(measurement.process), qPrintable(measurement.failure));
+            printFailure(measurement.process, measurement.failure);
             object.insert("failure", measurement.failure);
-            good = false;
+            m_isGood = false;
         }
-        std::fflush(stdout);
-        results.append(object);
+        m_idle.append(object);
     }
-    return good;
+}
+
+void Bench::measure(const Workload& workload)
+{
+    const Job job{workload, m_screen, m_request.seconds, m_folder.path()};
+    Show show;
+    const QString failure = show.begin(workload, m_screen);
+    if (!failure.isEmpty()) {
+        printFailure(QLatin1String(workload.name), failure);
+        m_isGood = false;
+        return;
+    }
+    for (const Recorder& recorder : m_request.recorders)
+        measure(recorder, job);
+}
+
+void Bench::measure(const Recorder& recorder, const Job& job)
+{
+    std::vector<Measurement> measurements(static_cast<std::size_t>(m_request.repeat));
+    std::generate(measurements.begin(), measurements.end(), [&] { return recorder.measure(job); });
+    const Measurement middle = middleMeasurement(measurements);
+    QJsonObject object{{"workload", job.workload.name}, {"recorder", recorder.name}};
+    if (middle.failure.isEmpty()) {
+        printRow(job.workload.name, recorder.name, cells(middle, kColumns));
+        insertFigures(object, middle, kColumns);
+    } else {
+        printFailure(QLatin1String(recorder.name), middle.failure);
+        object.insert("failure", middle.failure);
+        m_isGood = false;
+    }
+    m_measurements.append(object);
+}
+
+QJsonObject Bench::report() const
+{
+    return {{"width", m_screen.width()},
+            {"height", m_screen.height()},
+            {"seconds", m_request.seconds},
+            {"machineFramesPerSecond", m_encoderFramesPerSecond},
+            {"idle", m_idle},
+            {"measurements", m_measurements}};
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    QGuiApplication application(argc, argv);
-    QCommandLineParser parser;
-    const QCommandLineOption seconds("seconds", "Length of each recording.", "seconds", "10");
-    const QCommandLineOption repeat("repeat", "Recordings of each kind; the middle value counts.", "times", "1");
-    const QCommandLineOption idleSeconds("idle-seconds", "How long the idle program is looked at; 0 for not at all.",
-                                         "seconds", "20");
-    const QCommandLineOption json("json", "Writes the figures to this file as well.", "file");
-    parser.addHelpOption();
-    parser.addOptions({seconds, repeat, idleSeconds, json});
-    parser.process(application);
-
-    const QTemporaryDir folder;
-    Job job;
-    job.seconds = std::max(2, parser.value(seconds).toInt());
-    job.screen = QGuiApplication::primaryScreen()->size();
-    job.folder = folder.path();
-    bool good = true;
-    QJsonArray idle;
-    if (const int idleFor = parser.value(idleSeconds).toInt(); idleFor > 0)
-        good = measureIdle(idleFor, idle);
-    const double framesPerSecond = encoderFramesPerSecond();
-    printHeading(job, framesPerSecond);
-    QJsonArray results;
-    for (const int rate : {30, 15}) {
-        job.rate = rate;
-        good = measureRate(job, std::max(1, parser.value(repeat).toInt()), results) && good;
+    const QGuiApplication application(argc, argv);
+    const Request request = readRequest(application);
+    if (!request.unknown.isEmpty()) {
+        std::fprintf(stderr, "kestrano_bench: there is no %s\n", qPrintable(request.unknown));
+        return EXIT_FAILURE;
     }
-    const QJsonObject report{{"width", job.screen.width()},
-                             {"height", job.screen.height()},
-                             {"seconds", job.seconds},
-                             {"machineFramesPerSecond", framesPerSecond},
-                             {"idle", idle},
-                             {"measurements", results}};
-    if (parser.isSet(json) && !writeJson(parser.value(json), report)) {
-        std::fprintf(stderr, "kestrano_bench: cannot write %s\n", qPrintable(parser.value(json)));
-        good = false;
+    Bench bench(request, QGuiApplication::primaryScreen()->size());
+    bool isGood = bench.run();
+    if (!request.json.isEmpty() && !writeJson(request.json, bench.report())) {
+        std::fprintf(stderr, "kestrano_bench: cannot write %s\n", qPrintable(request.json));
+        isGood = false;
     }
-    return good ? EXIT_SUCCESS : EXIT_FAILURE;
+    return isGood ? EXIT_SUCCESS : EXIT_FAILURE;
 }

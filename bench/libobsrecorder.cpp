@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "bench/areatext.h"
 #include "bench/recorders.h"
 #include "bench/recordertools.h"
 
@@ -26,12 +27,12 @@ void readFrames(Measurement& measurement, const QByteArray& output)
 
 Measurement runBareLibobs(const Job& job)
 {
-    Measurement measurement = emptyMeasurement(QStringLiteral("bare libobs"), job);
+    Measurement measurement;
     const QString path = job.folder + QLatin1String("/bare");
     QProcess process;
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(executable(QStringLiteral("bare_libobs")),
-                  {QStringLiteral("--output"), path, QStringLiteral("--seconds"), QString::number(job.seconds)});
+                  {"--output", path, "--seconds", QString::number(job.seconds), "--area", textFromArea(job.area())});
     QByteArray output;
     if (!waitForEvent(process, output, "STARTED", kToolTimeoutMs)) {
         measurement.failure = QStringLiteral("bare_libobs did not start recording");
@@ -50,7 +51,7 @@ Measurement runBareLibobs(const Job& job)
     }
     measurement.stopMs = static_cast<double>(*stopped - *requested) / kNsPerMs;
     readFrames(measurement, output);
-    judgeFile(measurement, path + QLatin1String(".mp4"));
+    judgeFile(measurement, job, path + QLatin1String(".mp4"));
     return measurement;
 }
 
@@ -69,12 +70,11 @@ Measurement measureBareLibobs(const Job& job)
 
 IdleMeasurement measureIdleLibobs(int seconds)
 {
-    IdleMeasurement measurement{QStringLiteral("bare libobs"), {}, 0};
+    IdleMeasurement measurement{QStringLiteral("bare-libobs"), {}, 0};
     QProcess process;
     process.setStandardErrorFile(QProcess::nullDevice());
     const int lifeSeconds = seconds + kIdleSettleMs / 1000 + 1;
-    process.start(executable(QStringLiteral("bare_libobs")),
-                  {QStringLiteral("--idle"), QStringLiteral("--seconds"), QString::number(lifeSeconds)});
+    process.start(executable(QStringLiteral("bare_libobs")), {"--idle", "--seconds", QString::number(lifeSeconds)});
     QByteArray output;
     if (!waitForEvent(process, output, "READY", kToolTimeoutMs)) {
         measurement.failure = QStringLiteral("bare_libobs did not get ready");

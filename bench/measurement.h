@@ -1,30 +1,29 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "bench/workload.h"
+
 #include <QSize>
 #include <QString>
 
-/// One recording of the test pattern, measured.
+/// One recording of a workload, measured. Figures are negative where there is no such thing.
 struct Measurement
 {
-    QString recorder;
-    /// Numbers a second that the test pattern showed.
-    int rate = 0;
     /// Why there is nothing to read below; empty when there is.
     QString failure;
-    /// Share of the numbers shown from the file's first to its last that the file holds.
-    double heldPercent = 0;
+    /// Share of the numbers shown from the file's first to its last that the file holds; of an unchanged screen, of the
+    /// frames that its length has room for.
+    double heldPercent = -1;
     /// Frames that were late: rendered too late, respectively repeated.
-    double laggedPercent = 0;
+    double laggedPercent = -1;
     /// Frames that the encoder had no time for.
-    double skippedPercent = 0;
+    double skippedPercent = -1;
     /// Processor time of the recorder for one second of recording, once it runs.
-    double cpuSeconds = 0;
-    double peakMiB = 0;
+    double cpuSeconds = -1;
+    double peakMiB = -1;
     /// From the stop request to the closed file.
-    double stopMs = 0;
-    /// From the start of the process to the window on the screen, respectively to the engine ready; negative where
-    /// there is no such thing.
+    double stopMs = -1;
+    /// From the start of the process to the window on the screen, respectively to the engine ready.
     double windowMs = -1;
     double engineMs = -1;
 };
@@ -32,11 +31,14 @@ struct Measurement
 /// What is measured.
 struct Job
 {
-    int rate = 30;
-    int seconds = 10;
+    Workload workload;
     QSize screen;
+    int seconds = 10;
     /// Where the files go.
     QString folder;
+
+    /// What is recorded, in pixels of the screen.
+    QRect area() const { return workload.area(screen); }
 };
 
 /// What a process costs that records nothing.

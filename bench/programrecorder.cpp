@@ -3,6 +3,7 @@
 #include "bench/recorders.h"
 #include "bench/recordertools.h"
 #include "tests/recording/recordinghelpers.h"
+#include "tests/recording/regionuser.h"
 #include "tests/support/programundertest.h"
 #include "tests/support/testpattern.h"
 
@@ -26,8 +27,13 @@ double msSinceStart(const ProgramUnderTest& program, int64_t ns)
     return static_cast<double>(ns - program.startedAtNs()) / kNsPerMs;
 }
 
-/// Starts the program and a recording; the take has the reason where that fails.
-Take begin(ProgramUnderTest& program, Measurement& measurement)
+bool chooseArea(ProgramUnderTest& program, const Job& job)
+{
+    return job.workload.part.isEmpty() || regionuser::chooseRegion(program, job.area()) == job.area();
+}
+
+/// Starts the program and a recording of the area; the take has the reason where that fails.
+Take begin(ProgramUnderTest& program, const Job& job, Measurement& measurement)
 {
     Take take;
     const auto window = program.start() ? program.mainWindow(false, kToolTimeoutMs) : std::nullopt;
@@ -38,6 +44,10 @@ Take begin(ProgramUnderTest& program, Measurement& measurement)
         return take;
     }
     measurement.engineMs = msSinceStart(program, ready->monotonicNs);
+    if (!chooseArea(program, job)) {
+        take.failure = QStringLiteral("the program does not take the region:\n") + program.transcript();
+        return take;
+    }
     return beginTake(program, QStringLiteral("mp4"));
 }
 
@@ -57,7 +67,7 @@ void readLog(Measurement& measurement, const QString& transcript)
     measurement.skippedPercent = percentFrom(text, QStringLiteral("encoding lag: \\d+/\\d+ \\(([0-9.]+)%\\)"));
 }
 
-void record(ProgramUnderTest& program, Take& take, Measurement& measurement, int seconds)
+void measureTake(ProgramUnderTest& program, Take& take, Measurement& measurement, int seconds)
 {
     QTest::qWait(kSettleMs);
     const CpuMeter meter(program.processId());
@@ -68,20 +78,20 @@ void record(ProgramUnderTest& program, Take& take, Measurement& measurement, int
     measurement.stopMs = static_cast<double>(take.closedNs - take.stopRequestedNs) / kNsPerMs;
 }
 
-Measurement recordWithProgram(const QString& name, const Job& job)
+Measurement recordWithProgram(const Job& job)
 {
-    Measurement measurement = emptyMeasurement(name, job);
+    Measurement measurement;
     MeasuredProgram program;
-    Take take = begin(program, measurement);
+    Take take = begin(program, job, measurement);
     if (take.failure.isEmpty())
-        record(program, take, measurement, job.seconds);
+        measureTake(program, take, measurement, job.seconds);
     measurement.failure = take.failure;
     if (!measurement.failure.isEmpty())
         return measurement;
     // A video output of the program's own may be closed as late as that.
     program.end();
     readLog(measurement, program.transcript());
-    judgeFile(measurement, take.path);
+    judgeFile(measurement, job, take.path);
     return measurement;
 }
 
@@ -90,13 +100,13 @@ Measurement recordWithProgram(const QString& name, const Job& job)
 Measurement measureProgram(const Job& job)
 {
     qunsetenv(kCaptureVariable);
-    return recordWithProgram(QStringLiteral("kestrano"), job);
+    return recordWithProgram(job);
 }
 
 Measurement measureProgramWithScene(const Job& job)
 {
     qputenv(kCaptureVariable, "scene");
-    return recordWithProgram(QStringLiteral("kestrano scene"), job);
+    return recordWithProgram(job);
 }
 
 IdleMeasurement measureIdleProgram(int seconds)

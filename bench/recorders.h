@@ -3,7 +3,9 @@
 
 #include "bench/measurement.h"
 
-// Each of these is in a source of its own: programrecorder.cpp, libobsrecorder.cpp, ffmpegrecorder.cpp.
+#include <array>
+
+// Each recorder is in a source of its own: programrecorder.cpp, libobsrecorder.cpp, ffmpegrecorder.cpp.
 
 /// The program, through its hotkey.
 Measurement measureProgram(const Job& job);
@@ -22,3 +24,14 @@ IdleMeasurement measureIdleLibobs(int seconds);
 /// Frames a second at which FFmpeg encodes a synthetic video of 1280x720 with the encoder's settings: how fast the
 /// machine is at this moment.
 double encoderFramesPerSecond();
+
+struct Recorder
+{
+    const char* name;
+    Measurement (*measure)(const Job& job);
+};
+
+inline constexpr std::array<Recorder, 4> kRecorders{{{"kestrano", &measureProgram},
+                                                     {"kestrano-scene", &measureProgramWithScene},
+                                                     {"bare-libobs", &measureBareLibobs},
+                                                     {"x11grab", &measureX11Grab}}};

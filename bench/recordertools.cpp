@@ -10,6 +10,8 @@
 #include <QElapsedTimer>
 #include <QProcess>
 
+#include <cmath>
+
 CpuMeter::CpuMeter(qint64 processId)
     : m_processId(processId), m_before(usageOf(processId).cpuSeconds), m_beganNs(monotonicNow())
 {}
@@ -26,22 +28,21 @@ double CpuMeter::secondsPerSecond() const
     return (usageOf(m_processId).cpuSeconds - m_before) / wallSeconds;
 }
 
-Measurement emptyMeasurement(const QString& recorder, const Job& job)
-{
-    Measurement measurement;
-    measurement.recorder = recorder;
-    measurement.rate = job.rate;
-    return measurement;
-}
-
-void judgeFile(Measurement& measurement, const QString& path)
+void judgeFile(Measurement& measurement, const Job& job, const QString& path)
 {
     const MediaFile file(path);
     if (!file.isReadable() || !file.video()) {
         measurement.failure = path + QLatin1String(": ") + file.error();
         return;
     }
-    measurement.heldPercent = countNumbers(file.numbers(TestPattern(file.video()->size))).share() * 100;
+    measurement.heldPercent = job.workload.numbersPerSecond > 0
+                                  ? countNumbers(file.numbers(TestPattern(file.video()->size))).share() * 100
+                                  : framesPercent(*file.video());
+}
+
+double framesPercent(const MediaStream& video)
+{
+    return percent(static_cast<double>(video.frameSeconds.size()), std::round(video.durationSeconds * kRecordedFps));
 }
 
 double percent(double part, double whole)

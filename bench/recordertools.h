@@ -10,6 +10,7 @@
 #include <optional>
 
 class QProcess;
+struct MediaStream;
 
 // What the recorders are measured with.
 
@@ -19,6 +20,8 @@ inline constexpr int kSettleMs = 1000;
 /// The program tries its encoder out in the first seconds, once.
 inline constexpr int kIdleSettleMs = 5000;
 inline constexpr double kNsPerMs = 1e6;
+/// Of every recorder.
+inline constexpr int kRecordedFps = 30;
 inline constexpr int kVideoBitrateKbit = 4096;
 
 /// Processor time of a process from this object's construction on.
@@ -37,10 +40,11 @@ private:
     std::int64_t m_beganNs;
 };
 
-Measurement emptyMeasurement(const QString& recorder, const Job& job);
+/// Fills in what the file of the recording holds.
+void judgeFile(Measurement& measurement, const Job& job, const QString& path);
 
-/// Fills in what the file holds.
-void judgeFile(Measurement& measurement, const QString& path);
+/// Frames that a video holds, in per cent of those that its length has room for.
+double framesPercent(const MediaStream& video);
 
 double percent(double part, double whole);
 
