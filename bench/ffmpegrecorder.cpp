@@ -19,21 +19,15 @@ QStringList arguments(const Job& job, const QString& path)
 {
     const QRect area = job.area();
     const QString size = QStringLiteral("%1x%2").arg(area.width()).arg(area.height());
-    const QString position = QStringLiteral("+%1,%2").arg(area.x()).arg(area.y());
-    const QStringList video{"-thread_queue_size",
-                            "512",
-                            "-f",
-                            "x11grab",
-                            "-framerate",
-                            "30",
-                            "-video_size",
-                            size,
-                            "-i",
-                            qEnvironmentVariable("DISPLAY") + position};
-    const QStringList audio{"-thread_queue_size", "512", "-f", "pulse", "-i", "@DEFAULT_MONITOR@"};
-    return QStringList{"-y", "-v", "error", "-progress", "pipe:1"} + video + audio +
-           QStringList{"-map", "0:v", "-map", "1:a"} + videoEncoderArguments() +
-           QStringList{"-pix_fmt", "yuv420p", "-r", "30", "-c:a", "aac", "-b:a", "192k", path};
+    const QString display = QStringLiteral("%1+%2,%3").arg(qEnvironmentVariable("DISPLAY")).arg(area.x()).arg(area.y());
+    const QString audioBitrate = QString::number(kAudioBitrateKbit) + QLatin1Char('k');
+    const QStringList queue{"-thread_queue_size", "512"};
+    const QStringList video{"-f", "x11grab", "-framerate", "30", "-video_size", size, "-i", display};
+    const QStringList audio{"-f", "pulse", "-i", "@DEFAULT_MONITOR@"};
+    const QStringList streams{"-map", "0:v", "-map", "1:a"};
+    return QStringList{"-y", "-v", "error", "-progress", "pipe:1"} + queue + video + queue + audio + streams +
+           videoEncoderArguments() +
+           QStringList{"-pix_fmt", "yuv420p", "-r", "30", "-c:a", "aac", "-b:a", audioBitrate, path};
 }
 
 } // namespace

@@ -13,6 +13,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QScreen>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -63,6 +64,17 @@ std::vector<T> chosen(const std::array<T, count>& all, const QStringList& names,
     return found;
 }
 
+/// Says which recorders are not installed, and leaves them out.
+void keepInstalled(std::vector<Recorder>& recorders)
+{
+    std::erase_if(recorders, [](const Recorder& recorder) {
+        const bool isMissing = recorder.tool && QStandardPaths::findExecutable(QLatin1String(recorder.tool)).isEmpty();
+        if (isMissing)
+            std::printf("%s is not installed and has no row\n", recorder.name);
+        return isMissing;
+    });
+}
+
 Request readRequest(const QCoreApplication& application)
 {
     QCommandLineParser parser;
@@ -79,6 +91,7 @@ Request readRequest(const QCoreApplication& application)
     Request request;
     request.workloads = chosen(kWorkloads, parser.values(workload), request.unknown);
     request.recorders = chosen(kRecorders, parser.values(recorder), request.unknown);
+    keepInstalled(request.recorders);
     request.seconds = std::max(2, parser.value(seconds).toInt());
     request.repeat = std::max(1, parser.value(repeat).toInt());
     request.idleSeconds = parser.value(idleSeconds).toInt();

@@ -5,7 +5,8 @@
 
 #include <array>
 
-// Each recorder is in a source of its own: programrecorder.cpp, libobsrecorder.cpp, ffmpegrecorder.cpp.
+// Each recorder is in a source of its own: programrecorder.cpp, libobsrecorder.cpp, ffmpegrecorder.cpp,
+// simplescreenrecorder.cpp.
 
 /// The program, through its hotkey.
 Measurement measureProgram(const Job& job);
@@ -15,6 +16,8 @@ Measurement measureProgramWithScene(const Job& job);
 Measurement measureBareLibobs(const Job& job);
 /// FFmpeg's own capture of the X screen, with the same encoders.
 Measurement measureX11Grab(const Job& job);
+/// SimpleScreenRecorder with the same encoders, started and stopped through its command line and standard input.
+Measurement measureSimpleScreenRecorder(const Job& job);
 
 /// The program with its window on the screen, its engine started and nothing recorded yet.
 IdleMeasurement measureIdleProgram(int seconds);
@@ -29,9 +32,13 @@ struct Recorder
 {
     const char* name;
     Measurement (*measure)(const Job& job);
+    /// A program of others that it needs; null where it needs none.
+    const char* tool;
 };
 
-inline constexpr std::array<Recorder, 4> kRecorders{{{"kestrano", &measureProgram},
-                                                     {"kestrano-scene", &measureProgramWithScene},
-                                                     {"bare-libobs", &measureBareLibobs},
-                                                     {"x11grab", &measureX11Grab}}};
+inline constexpr std::array<Recorder, 5> kRecorders{
+    {{"kestrano", &measureProgram, nullptr},
+     {"kestrano-scene", &measureProgramWithScene, nullptr},
+     {"bare-libobs", &measureBareLibobs, nullptr},
+     {"x11grab", &measureX11Grab, "ffmpeg"},
+     {"simplescreenrecorder", &measureSimpleScreenRecorder, "simplescreenrecorder"}}};

@@ -10,7 +10,18 @@
 #include <QElapsedTimer>
 #include <QProcess>
 
+#include <algorithm>
 #include <cmath>
+
+namespace {
+
+/// Frames that a video holds, in per cent of those that its length has room for.
+double framesPercent(const MediaStream& video)
+{
+    return percent(static_cast<double>(video.frameSeconds.size()), std::round(video.durationSeconds * kRecordedFps));
+}
+
+} // namespace
 
 CpuMeter::CpuMeter(qint64 processId)
     : m_processId(processId), m_before(usageOf(processId).cpuSeconds), m_beganNs(monotonicNow())
@@ -35,14 +46,12 @@ void judgeFile(Measurement& measurement, const Job& job, const QString& path)
         measurement.failure = path + QLatin1String(": ") + file.error();
         return;
     }
+    const double frames = framesPercent(*file.video());
     measurement.heldPercent = job.workload.numbersPerSecond > 0
-                                  ? countNumbers(file.numbers(TestPattern(file.video()->size))).share() * 100
-                                  : framesPercent(*file.video());
-}
-
-double framesPercent(const MediaStream& video)
-{
-    return percent(static_cast<double>(video.frameSeconds.size()), std::round(video.durationSeconds * kRecordedFps));
+                                  ? 100 * countNumbers(file.numbers(TestPattern(file.video()->size))).share()
+                                  : frames;
+    if (measurement.laggedPercent < 0)
+        measurement.laggedPercent = std::max(0.0, 100 - frames);
 }
 
 double percent(double part, double whole)

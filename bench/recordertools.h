@@ -10,7 +10,6 @@
 #include <optional>
 
 class QProcess;
-struct MediaStream;
 
 // What the recorders are measured with.
 
@@ -23,6 +22,7 @@ inline constexpr double kNsPerMs = 1e6;
 /// Of every recorder.
 inline constexpr int kRecordedFps = 30;
 inline constexpr int kVideoBitrateKbit = 4096;
+inline constexpr int kAudioBitrateKbit = 192;
 
 /// Processor time of a process from this object's construction on.
 class CpuMeter
@@ -40,11 +40,9 @@ private:
     std::int64_t m_beganNs;
 };
 
-/// Fills in what the file of the recording holds.
+/// Fills in what the file of the recording holds. Where the recorder has not said how many frames were late, those are
+/// taken for late that the file lacks.
 void judgeFile(Measurement& measurement, const Job& job, const QString& path);
-
-/// Frames that a video holds, in per cent of those that its length has room for.
-double framesPercent(const MediaStream& video);
 
 double percent(double part, double whole);
 

@@ -22,6 +22,9 @@ esac
 packages_desktop=(dbus-daemon xvfb openbox xcompmgr picom pulseaudio pulseaudio-utils ffmpeg xdotool wmctrl x11-utils x11-xkb-utils
     x11-xserver-utils tk procps fonts-noto-cjk)
 
+# Is measured beside the program.
+packages_bench=(simplescreenrecorder)
+
 # Makes building faster; nothing depends on it.
 packages_faster=(ccache mold)
 
