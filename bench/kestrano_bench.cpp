@@ -24,14 +24,16 @@
 
 namespace {
 
-constexpr std::array<Column<Measurement>, 8> kColumns{{{"held %", "heldPercent", &Measurement::heldPercent, 1},
-                                                       {"lagged %", "laggedPercent", &Measurement::laggedPercent, 1},
-                                                       {"skipped %", "skippedPercent", &Measurement::skippedPercent, 1},
-                                                       {"CPU s/s", "cpuSeconds", &Measurement::cpuSeconds, 2},
-                                                       {"peak MiB", "peakMiB", &Measurement::peakMiB, 0},
-                                                       {"stop ms", "stopMs", &Measurement::stopMs, 0},
-                                                       {"window ms", "windowMs", &Measurement::windowMs, 0},
-                                                       {"engine ms", "engineMs", &Measurement::engineMs, 0}}};
+constexpr std::array<Column<Measurement>, 9> kColumns{
+    {{"held %", "heldPercent", &Measurement::heldPercent, 1},
+     {"lagged %", "laggedPercent", &Measurement::laggedPercent, 1},
+     {"skipped %", "skippedPercent", &Measurement::skippedPercent, 1},
+     {"CPU s/s", "cpuSeconds", &Measurement::cpuSeconds, 2},
+     {"frames %", "frameThreadPercent", &Measurement::frameThreadPercent, 1},
+     {"peak MiB", "peakMiB", &Measurement::peakMiB, 0},
+     {"stop ms", "stopMs", &Measurement::stopMs, 0},
+     {"window ms", "windowMs", &Measurement::windowMs, 0},
+     {"engine ms", "engineMs", &Measurement::engineMs, 0}}};
 
 /// What the command line asks for.
 struct Request

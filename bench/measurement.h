@@ -20,6 +20,8 @@ struct Measurement
     double skippedPercent = -1;
     /// Processor time of the recorder for one second of recording, once it runs.
     double cpuSeconds = -1;
+    /// The same of the thread that makes the frames, in per cent of a core.
+    double frameThreadPercent = -1;
     double peakMiB = -1;
     /// From the stop request to the closed file.
     double stopMs = -1;

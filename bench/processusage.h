@@ -3,6 +3,8 @@
 
 #include <QtGlobal>
 
+class QByteArray;
+
 /// What a process has used so far, read off /proc. All threads count.
 struct ProcessUsage
 {
@@ -13,3 +15,6 @@ struct ProcessUsage
 
 /// Zeros when there is no such process.
 ProcessUsage usageOf(qint64 processId);
+
+/// Processor seconds of the threads with this name; negative when there is none.
+double cpuSecondsOfThreads(qint64 processId, const QByteArray& name);

@@ -14,6 +14,8 @@ namespace {
 
 /// Which frames the program takes.
 constexpr char kCaptureVariable[] = "KESTRANO_CAPTURE";
+/// Makes them where they do not come through libobs' scene.
+constexpr char kFrameThread[] = "screen video";
 
 /// The program, which can be ended before its log is read.
 class MeasuredProgram : public ProgramUnderTest
@@ -70,7 +72,7 @@ void readLog(Measurement& measurement, const QString& transcript)
 void measureTake(ProgramUnderTest& program, Take& take, Measurement& measurement, int seconds)
 {
     QTest::qWait(kSettleMs);
-    const CpuMeter meter(program.processId());
+    const CpuMeter meter(program.processId(), kFrameThread);
     QTest::qWait(seconds * 1000 - kSettleMs);
     meter.writeTo(measurement);
     endTake(program, take);

@@ -23,20 +23,31 @@ double framesPercent(const MediaStream& video)
 
 } // namespace
 
-CpuMeter::CpuMeter(qint64 processId)
-    : m_processId(processId), m_before(usageOf(processId).cpuSeconds), m_beganNs(monotonicNow())
+CpuMeter::CpuMeter(qint64 processId, const QByteArray& thread)
+    : m_processId(processId)
+    , m_thread(thread)
+    , m_before(usageOf(processId).cpuSeconds)
+    , m_threadBefore(cpuSecondsOfThreads(processId, thread))
+    , m_beganNs(monotonicNow())
 {}
 
 void CpuMeter::writeTo(Measurement& measurement) const
 {
     measurement.cpuSeconds = secondsPerSecond();
     measurement.peakMiB = usageOf(m_processId).peakMiB;
+    if (m_threadBefore >= 0)
+        measurement.frameThreadPercent =
+            percent(cpuSecondsOfThreads(m_processId, m_thread) - m_threadBefore, wallSeconds());
 }
 
 double CpuMeter::secondsPerSecond() const
 {
-    const double wallSeconds = static_cast<double>(monotonicNow() - m_beganNs) / 1e9;
-    return (usageOf(m_processId).cpuSeconds - m_before) / wallSeconds;
+    return (usageOf(m_processId).cpuSeconds - m_before) / wallSeconds();
+}
+
+double CpuMeter::wallSeconds() const
+{
+    return static_cast<double>(monotonicNow() - m_beganNs) / 1e9;
 }
 
 void judgeFile(Measurement& measurement, const Job& job, const QString& path)

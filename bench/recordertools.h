@@ -28,15 +28,20 @@ inline constexpr int kAudioBitrateKbit = 192;
 class CpuMeter
 {
 public:
-    explicit CpuMeter(qint64 processId);
+    /// @param thread name of the thread that makes frames, where there is one
+    explicit CpuMeter(qint64 processId, const QByteArray& thread = {});
 
     /// Fills in processor time and memory.
     void writeTo(Measurement& measurement) const;
     double secondsPerSecond() const;
 
 private:
+    double wallSeconds() const;
+
     qint64 m_processId;
+    QByteArray m_thread;
     double m_before;
+    double m_threadBefore;
     std::int64_t m_beganNs;
 };
 
