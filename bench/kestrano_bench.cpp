@@ -5,6 +5,7 @@
 //   kestrano_bench [--workload NAME]... [--recorder NAME]... [--seconds N] [--repeat N] [--idle-seconds N]
 //                  [--json FILE]
 #include "bench/figures.h"
+#include "bench/framestages.h"
 #include "bench/recorders.h"
 #include "bench/table.h"
 
@@ -34,6 +35,15 @@ constexpr std::array<Column<Measurement>, 9> kColumns{
      {"stop ms", "stopMs", &Measurement::stopMs, 0},
      {"window ms", "windowMs", &Measurement::windowMs, 0},
      {"engine ms", "engineMs", &Measurement::engineMs, 0}}};
+
+constexpr std::array<Column<IdleMeasurement>, 1> kIdleColumns{
+    {{"% of core", "corePercent", &IdleMeasurement::corePercent, 1}}};
+
+constexpr std::array<Column<FrameStages>, 5> kStageColumns{{{"grab", "grabMs", &FrameStages::grabMs, 3},
+                                                            {"convert", "convertMs", &FrameStages::convertMs, 3},
+                                                            {"blend", "blendMs", &FrameStages::blendMs, 3},
+                                                            {"hand over", "handOverMs", &FrameStages::handOverMs, 3},
+                                                            {"encode", "encodeMs", &FrameStages::encodeMs, 3}}};
 
 /// What the command line asks for.
 struct Request
@@ -83,7 +93,8 @@ Request readRequest(const QCoreApplication& application)
     const QCommandLineOption workload("workload", "What is recorded; may be given several times.", "name");
     const QCommandLineOption recorder("recorder", "What records it; may be given several times.", "name");
     const QCommandLineOption seconds("seconds", "Length of each recording.", "seconds", "10");
-    const QCommandLineOption repeat("repeat", "Recordings of each kind; the middle value counts.", "times", "1");
+    const QCommandLineOption repeat("repeat", "Recordings of each kind; the middle value counts. 0: stages alone.",
+                                    "times", "1");
     const QCommandLineOption idleSeconds("idle-seconds", "How long the idle program is looked at; 0 for not at all.",
                                          "seconds", "20");
     const QCommandLineOption json("json", "Writes the figures to this file as well.", "file");
@@ -95,7 +106,7 @@ Request readRequest(const QCoreApplication& application)
     request.recorders = chosen(kRecorders, parser.values(recorder), request.unknown);
     keepInstalled(request.recorders);
     request.seconds = std::max(2, parser.value(seconds).toInt());
-    request.repeat = std::max(1, parser.value(repeat).toInt());
+    request.repeat = std::max(0, parser.value(repeat).toInt());
     request.idleSeconds = parser.value(idleSeconds).toInt();
     request.json = parser.value(json);
     return request;
@@ -136,9 +147,15 @@ public:
     QJsonObject report() const;
 
 private:
-    void measureIdle();
+    void measureIdle(const char* name, IdleMeasurement (*measurement)(int seconds));
     void measure(const Workload& workload);
     void measure(const Recorder& recorder, const Job& job);
+    void measureStages(const Workload& workload);
+    bool begin(Show& show, const Workload& workload);
+    Job jobFor(const Workload& workload) const;
+
+    template <typename T, std::size_t count>
+    void add(QJsonArray& results, QJsonObject object, const T& result, const std::array<Column<T>, count>& columns);
 
     const Request& m_request;
     const QSize m_screen;
@@ -147,70 +164,93 @@ private:
     double m_encoderFramesPerSecond = 0;
     QJsonArray m_idle;
     QJsonArray m_measurements;
+    QJsonArray m_stages;
 };
 
 bool Bench::run()
 {
-    if (m_request.idleSeconds > 0)
-        measureIdle();
+    if (m_request.idleSeconds > 0) {
+        printRow("workload", "recorder", titles(kIdleColumns));
+        measureIdle("kestrano", &measureIdleProgram);
+        measureIdle("bare-libobs", &measureIdleLibobs);
+    }
     m_encoderFramesPerSecond = encoderFramesPerSecond();
     std::printf("\n%dx%d, 30 frames a second, %d s each; the machine encodes %.0f frames a second of 1280x720\n",
                 m_screen.width(), m_screen.height(), m_request.seconds, m_encoderFramesPerSecond);
-    printRow("workload", "recorder", titles(kColumns));
+    if (m_request.repeat > 0) {
+        printRow("workload", "recorder", titles(kColumns));
+        for (const Workload& workload : m_request.workloads)
+            measure(workload);
+    }
+    std::printf("\nstages of a frame, in ms\n");
+    printRow("workload", {}, titles(kStageColumns));
     for (const Workload& workload : m_request.workloads)
-        measure(workload);
+        measureStages(workload);
     return m_isGood;
 }
 
-/// What the program and a bare libobs cost while they record nothing.
-void Bench::measureIdle()
+/// Puts the workload on the screen.
+bool Bench::begin(Show& show, const Workload& workload)
 {
-    std::printf("\nidle for %d s\n", m_request.idleSeconds);
-    for (const auto measureProcess : {&measureIdleProgram, &measureIdleLibobs}) {
-        const IdleMeasurement measurement = measureProcess(m_request.idleSeconds);
-        QJsonObject object{{"process", measurement.process}};
-        if (measurement.failure.isEmpty()) {
-            std::printf("%s%6.1f %% of one core\n", qPrintable(measurement.process.leftJustified(12)),
-                        measurement.corePercent);
-            object.insert("corePercent", measurement.corePercent);
-        } else {
-            printFailure(measurement.process, measurement.failure);
-            object.insert("failure", measurement.failure);
-            m_isGood = false;
-        }
-        m_idle.append(object);
+    const QString failure = show.begin(workload, m_screen);
+    if (failure.isEmpty())
+        return true;
+    printFailure(QLatin1String(workload.name), failure);
+    m_isGood = false;
+    return false;
+}
+
+Job Bench::jobFor(const Workload& workload) const
+{
+    return {workload, m_screen, m_request.seconds, m_folder.path()};
+}
+
+/// Prints a result and adds it to those of its kind.
+///
+/// @param object which result it is
+template <typename T, std::size_t count>
+void Bench::add(QJsonArray& results, QJsonObject object, const T& result, const std::array<Column<T>, count>& columns)
+{
+    const QString workload = object.value("workload").toString();
+    const QString recorder = object.value("recorder").toString();
+    if (result.failure.isEmpty()) {
+        printRow(workload, recorder, cells(result, columns));
+        insertFigures(object, result, columns);
+    } else {
+        printFailure(workload + QLatin1Char(' ') + recorder, result.failure);
+        object.insert("failure", result.failure);
+        m_isGood = false;
     }
+    results.append(object);
+}
+
+void Bench::measureIdle(const char* name, IdleMeasurement (*measurement)(int seconds))
+{
+    add(m_idle, {{"workload", "idle"}, {"recorder", name}}, measurement(m_request.idleSeconds), kIdleColumns);
 }
 
 void Bench::measure(const Workload& workload)
 {
-    const Job job{workload, m_screen, m_request.seconds, m_folder.path()};
     Show show;
-    const QString failure = show.begin(workload, m_screen);
-    if (!failure.isEmpty()) {
-        printFailure(QLatin1String(workload.name), failure);
-        m_isGood = false;
+    if (!begin(show, workload))
         return;
-    }
     for (const Recorder& recorder : m_request.recorders)
-        measure(recorder, job);
+        measure(recorder, jobFor(workload));
 }
 
 void Bench::measure(const Recorder& recorder, const Job& job)
 {
     std::vector<Measurement> measurements(static_cast<std::size_t>(m_request.repeat));
     std::generate(measurements.begin(), measurements.end(), [&] { return recorder.measure(job); });
-    const Measurement middle = middleMeasurement(measurements);
-    QJsonObject object{{"workload", job.workload.name}, {"recorder", recorder.name}};
-    if (middle.failure.isEmpty()) {
-        printRow(job.workload.name, recorder.name, cells(middle, kColumns));
-        insertFigures(object, middle, kColumns);
-    } else {
-        printFailure(QLatin1String(recorder.name), middle.failure);
-        object.insert("failure", middle.failure);
-        m_isGood = false;
-    }
-    m_measurements.append(object);
+    add(m_measurements, {{"workload", job.workload.name}, {"recorder", recorder.name}}, middleMeasurement(measurements),
+        kColumns);
+}
+
+void Bench::measureStages(const Workload& workload)
+{
+    Show show;
+    if (begin(show, workload))
+        add(m_stages, {{"workload", workload.name}}, measureFrameStages(jobFor(workload)), kStageColumns);
 }
 
 QJsonObject Bench::report() const
@@ -220,7 +260,8 @@ QJsonObject Bench::report() const
             {"seconds", m_request.seconds},
             {"machineFramesPerSecond", m_encoderFramesPerSecond},
             {"idle", m_idle},
-            {"measurements", m_measurements}};
+            {"measurements", m_measurements},
+            {"stages", m_stages}};
 }
 
 } // namespace

@@ -70,7 +70,7 @@ Measurement measureBareLibobs(const Job& job)
 
 IdleMeasurement measureIdleLibobs(int seconds)
 {
-    IdleMeasurement measurement{QStringLiteral("bare-libobs"), {}, 0};
+    IdleMeasurement measurement;
     QProcess process;
     process.setStandardErrorFile(QProcess::nullDevice());
     const int lifeSeconds = seconds + kIdleSettleMs / 1000 + 1;

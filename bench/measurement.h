@@ -46,9 +46,8 @@ struct Job
 /// What a process costs that records nothing.
 struct IdleMeasurement
 {
-    QString process;
     /// Why there is nothing to read below; empty when there is.
     QString failure;
     /// Processor time, of one core, in per cent of the time that passed.
-    double corePercent = 0;
+    double corePercent = -1;
 };

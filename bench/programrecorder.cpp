@@ -114,7 +114,7 @@ Measurement measureProgramWithScene(const Job& job)
 IdleMeasurement measureIdleProgram(int seconds)
 {
     qunsetenv(kCaptureVariable);
-    IdleMeasurement measurement{QStringLiteral("kestrano"), {}, 0};
+    IdleMeasurement measurement;
     ProgramUnderTest program;
     if (!program.startAndWaitUntilReady() || !program.mainWindow(false, kToolTimeoutMs)) {
         measurement.failure = program.transcript();
