@@ -65,7 +65,11 @@ void readLog(Measurement& measurement, const QString& transcript)
     // What comes after the recording's own end: the program tries its encoder out before, and libobs logs that as
     // well.
     const QString text = transcript.section(QStringLiteral("'adv_ffmpeg_output': stopping"), -1);
-    measurement.laggedPercent = percentFrom(text, QStringLiteral("rendering lag/stalls: \\d+ \\(([0-9.]+)%\\)"));
+    // Of frames that the program makes itself libobs knows nothing: what it says then is about its own video.
+    const bool makesFrames = measurement.frameThreadPercent >= 0;
+    const QString video = makesFrames ? QStringLiteral("Kestrano screen") : QStringLiteral("'adv_ffmpeg_output'");
+    measurement.laggedPercent =
+        percentFrom(text, video + QStringLiteral(": Number of lagged frames .*: \\d+ \\(([0-9.]+)%\\)"));
     measurement.skippedPercent = percentFrom(text, QStringLiteral("encoding lag: \\d+/\\d+ \\(([0-9.]+)%\\)"));
 }
 
