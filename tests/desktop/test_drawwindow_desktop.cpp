@@ -301,9 +301,11 @@ private slots:
         const QRect moved = kGeometry.translated(80, 40);
         QTRY_COMPARE(m_window->geometry(), moved);
         QTRY_COMPARE(wrongInTheLook(moved), QString());
-        QVERIFY(changed.size() >= 4);
+        QTRY_VERIFY(changed.size() >= 4);
         QCOMPARE(changed.constFirst().at(0).toBool(), true);
-        QCOMPARE(changed.constLast(), (QVariantList{false, insideOf(moved).topLeft(), insideOf(moved).bottomRight()}));
+        // The button's release may come later than the last move.
+        QTRY_COMPARE(changed.constLast(),
+                     (QVariantList{false, insideOf(moved).topLeft(), insideOf(moved).bottomRight()}));
     }
 
     void handleResizesIt()
@@ -313,7 +315,8 @@ private slots:
         const QRect resized = kGeometry.adjusted(40, 24, 0, 0);
         QTRY_COMPARE(m_window->geometry(), resized);
         QTRY_COMPARE(wrongInTheLook(resized), QString());
-        QCOMPARE(changed, QList<QVariantList>({{false, insideOf(resized).topLeft(), insideOf(resized).bottomRight()}}));
+        QTRY_COMPARE(changed,
+                     QList<QVariantList>({{false, insideOf(resized).topLeft(), insideOf(resized).bottomRight()}}));
     }
 
     void pointerReachesWhatIsBelowTheInsideInFrameMode()
