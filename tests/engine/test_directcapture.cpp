@@ -178,7 +178,7 @@ private slots:
         const QString file = path("pause");
         QCOMPARE(m_stock.begin(file, kMp4), QString());
         QVERIFY(m_stock.engine().pauseRecording(true));
-        const quint64 frames = waitUntilFramesStandStill();
+        const quint64 frames = waitUntilNoFrameComes();
         {
             const PaintedWindow meanwhile(QRect(0, 0, 64, 64), kGreen);
             QTest::qWait(200);
@@ -329,7 +329,7 @@ private:
     }
 
     /// A pause takes effect after one or two frames.
-    quint64 waitUntilFramesStandStill()
+    quint64 waitUntilNoFrameComes()
     {
         quint64 frames = 0;
         while (frames != m_stock.engine().recordedFrames()) {

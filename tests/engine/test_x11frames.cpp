@@ -335,7 +335,7 @@ private slots:
         QCOMPARE(log.texts(QtWarningMsg).filter(reason).size(), 1);
     }
 
-    void imageStandsStillWhereTheServerHasEnded()
+    void videoIsFrozenWhereTheServerHasEnded()
     {
         // Servers that choose a number take the lowest one: no other server takes this one over.
         m_server = std::make_unique<XServer>();
@@ -348,7 +348,7 @@ private slots:
         FrameBuffer other(kDesktop.size());
         m_server.reset();
         const MessageCapture log;
-        const auto reason = QStringLiteral("[WARNING] The recorded video stands still: there is no X server");
+        const auto reason = QStringLiteral("[WARNING] The recorded video is frozen: there is no X server");
         for (const auto& [ms, lines] : {std::pair(0, 0), {999, 0}, {1'000, 1}, {2'000, 1}, {60'000, 1}}) {
             showAt(*frames, frame, ms);
             QVERIFY(frame.bytes() == before.bytes());

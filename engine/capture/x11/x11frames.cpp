@@ -102,7 +102,7 @@ bool X11Frames::reopen(std::uint64_t nowNs)
     std::unique_ptr<Session> session = Session::open(m_display, area(), obstacle);
     if (!session) {
         if (++m_failedAttempts == 2)
-            SCLogger::warning(QStringLiteral("The recorded video stands still: %1").arg(obstacle));
+            SCLogger::warning(QStringLiteral("The recorded video is frozen: %1").arg(obstacle));
         return false;
     }
     SCLogger::warning(QStringLiteral("The X server had closed the connection of the recording; it is open again"));

@@ -14,7 +14,7 @@
 #include <vector>
 
 /// Frames of a rectangle of an X11 desktop. Only what has changed is grabbed and converted. When the X server closes
-/// the connection, the video stands still until another one is open; the log says so.
+/// the connection, the video is frozen until another one is open; the log says so.
 class X11Frames : public FrameSource
 {
 public:
