@@ -149,7 +149,7 @@ private:
     std::unique_ptr<QSettings> m_settings = openSettings();
     Activity m_activity{{[] { return RecordingState::Idle; }, {}, {}, {}, {}, {}, {}}};
     std::unique_ptr<QMainWindow> m_form;
-    Ui::SCMainWindow m_ui;
+    Ui::SCMainWindow m_ui{};
     std::unique_ptr<OutputOptions> m_output;
     std::unique_ptr<CaptureSelection> m_selection;
 };
