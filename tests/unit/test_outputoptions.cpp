@@ -116,7 +116,7 @@ private:
     RecordingState m_recording = RecordingState::Idle;
     Activity m_activity{{[this] { return m_recording; }, {}, {}, {}, {}, {}, {}}};
     std::unique_ptr<QMainWindow> m_form;
-    Ui::SCMainWindow m_ui;
+    Ui::SCMainWindow m_ui{};
 };
 
 REGISTER_TEST(windowtest::run<TestOutputOptions>);
