@@ -15,7 +15,7 @@ constexpr int kForEverybody = 0777;
 
 QList<int> ownSegments()
 {
-    return systemvsegments::madeBy(QCoreApplication::applicationPid());
+    return systemvsegments::leftBehindBy(QCoreApplication::applicationPid());
 }
 
 /// Sources take their settings over with the engine's next frame.

@@ -6,19 +6,6 @@
 
 #include <QTest>
 
-namespace {
-
-/// The permissions of those that a process has made and that do not go with it, as libraries' own may.
-QList<int> segmentsThatStay(qint64 processId)
-{
-    constexpr int kGoesWithTheLast = 01000;
-    QList<int> permissions = systemvsegments::madeBy(processId);
-    permissions.removeIf([](int permission) { return (permission & kGoesWithTheLast) != 0; });
-    return permissions;
-}
-
-} // namespace
-
 /// Which memory the running program shares, and what a program that is killed leaves behind.
 class TestSegments : public QObject
 {
@@ -30,12 +17,12 @@ private slots:
         ProgramUnderTest program;
         QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
         const qint64 id = program.processId();
-        QCOMPARE(segmentsThatStay(id), QList<int>());
+        QCOMPARE(systemvsegments::leftBehindBy(id), QList<int>());
         const Take take = beginTake(program, QStringLiteral("mp4"));
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
-        QCOMPARE(segmentsThatStay(id), QList<int>());
+        QCOMPARE(systemvsegments::leftBehindBy(id), QList<int>());
         program.kill();
-        QCOMPARE(segmentsThatStay(id), QList<int>());
+        QCOMPARE(systemvsegments::leftBehindBy(id), QList<int>());
     }
 };
 

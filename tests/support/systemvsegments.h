@@ -27,4 +27,13 @@ inline QList<int> madeBy(qint64 processId)
     return permissions;
 }
 
+/// Those that do not go with the process: libraries' own may.
+inline QList<int> leftBehindBy(qint64 processId)
+{
+    constexpr int kGoesWithTheLast = 01000;
+    QList<int> permissions = madeBy(processId);
+    permissions.removeIf([](int permission) { return permission != -1 && (permission & kGoesWithTheLast) != 0; });
+    return permissions;
+}
+
 } // namespace systemvsegments
