@@ -33,15 +33,30 @@ double cpuSecondsIn(const QString& folder)
     return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
+/// The number behind a name at the start of a line; 0 where there is none.
+double number(const QByteArray& status, const QByteArray& name)
+{
+    const QList<QByteArray> lines = status.split('\n');
+    for (const QByteArray& line : lines)
+        if (line.startsWith(name))
+            return line.mid(name.size()).trimmed().split(' ').constFirst().toDouble();
+    return 0;
+}
+
 } // namespace
 
 ProcessUsage usageOf(qint64 processId)
 {
-    ProcessUsage usage{cpuSecondsIn(procFolder(processId)), 0};
-    const QList<QByteArray> lines = read(procFolder(processId) + QLatin1String("/status")).split('\n');
-    for (const QByteArray& line : lines)
-        if (line.startsWith("VmHWM:"))
-            usage.peakMiB = line.mid(6).trimmed().split(' ').constFirst().toDouble() / 1024;
+    constexpr double kKiBPerMiB = 1024;
+    const QString folder = procFolder(processId);
+    const QByteArray status = read(folder + QLatin1String("/status"));
+    ProcessUsage usage;
+    usage.cpuSeconds = cpuSecondsIn(folder);
+    usage.memoryMiB = number(status, "VmRSS:") / kKiBPerMiB;
+    usage.peakMiB = number(status, "VmHWM:") / kKiBPerMiB;
+    usage.threads = static_cast<int>(number(status, "Threads:"));
+    usage.descriptors = static_cast<int>(
+        QDir(folder + QLatin1String("/fd")).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size());
     return usage;
 }
 

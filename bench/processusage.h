@@ -9,8 +9,12 @@ class QByteArray;
 struct ProcessUsage
 {
     double cpuSeconds = 0;
-    /// The most memory it had in use at one moment, in MiB.
+    /// The memory that it has in use, in MiB, and the most that it had at one moment.
+    double memoryMiB = 0;
     double peakMiB = 0;
+    int threads = 0;
+    /// Open files, sockets and the like.
+    int descriptors = 0;
 };
 
 /// Zeros when there is no such process.
