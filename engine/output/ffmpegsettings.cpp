@@ -48,6 +48,16 @@ int evenSize(int sizePx)
     return sizePx > 0 && sizePx % 2 != 0 ? sizePx + 1 : sizePx;
 }
 
+QByteArray muxerOptions(RecordingFormat format, bool isHybridMp4)
+{
+    QByteArray options = "flush_packets=1";
+    if (format == RecordingFormat::Mp4) {
+        options += " frag_duration=1000000 movflags=";
+        options += isHybridMp4 ? "+hybrid_fragmented" : "+frag_keyframe+empty_moov+default_base_moof";
+    }
+    return options;
+}
+
 QString recordingUrl(const QString& storePath, RecordingFormat format)
 {
     return storePath + QLatin1Char('.') + recordingFileExtension(format);
@@ -60,7 +70,7 @@ ObsDataHandle buildFfmpegSettings(RecordingFormat format, const FfmpegRequest& r
     obs_data_set_string(settings.get(), "url", recordingUrl(request.storePath, format).toUtf8().constData());
     obs_data_set_string(settings.get(), "format_name", traits.muxer);
     obs_data_set_string(settings.get(), "format_mime_type", traits.mimeType);
-    obs_data_set_string(settings.get(), "muxer_settings", nullptr);
+    obs_data_set_string(settings.get(), "muxer_settings", muxerOptions(format, request.isHybridMp4).constData());
     setVideo(settings.get(), traits, request);
     setAudio(settings.get(), traits);
     return settings;

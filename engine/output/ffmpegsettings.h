@@ -4,6 +4,7 @@
 #include "engine/core/obshandles.h"
 #include "engine/output/recordingformat.h"
 
+#include <QByteArray>
 #include <QString>
 
 struct FfmpegRequest
@@ -16,10 +17,16 @@ struct FfmpegRequest
     int fps = 0;
     /// The output gets it times 1024, in kbit/s.
     int bitRate = 0;
+    /// See writesHybridMp4().
+    bool isHybridMp4 = false;
 };
 
 /// An odd positive size grows by one.
 int evenSize(int sizePx);
+
+/// With these the file plays however its recording ends, up to what was recorded about two seconds before: each packet
+/// is written at once, and an MP4 in fragments of a second.
+QByteArray muxerOptions(RecordingFormat format, bool isHybridMp4);
 
 QString recordingUrl(const QString& storePath, RecordingFormat format);
 

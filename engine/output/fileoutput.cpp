@@ -6,6 +6,7 @@
 #include "engine/core/waituntil.h"
 #include "engine/output/encoderdelay.h"
 #include "engine/output/ffmpegsettings.h"
+#include "engine/output/hybridmp4.h"
 #include "engine/ports.h"
 
 #include <QDebug>
@@ -92,7 +93,7 @@ void FileOutput::setUp(const QString& storePath, int srcWidth, int srcHeight, in
                                  << "] srcHeight:[" << srcHeight << "] fps:[" << fps << "] bitRate:[" << bitRate
                                  << "] format:[" << diagnosticFormatName(format) << "]";
     m_format = recordingFormatFromIndex(format);
-    const FfmpegRequest request{storePath, evenSize(srcWidth), evenSize(srcHeight), fps, bitRate};
+    const FfmpegRequest request{storePath, evenSize(srcWidth), evenSize(srcHeight), fps, bitRate, writesHybridMp4()};
     m_encoderDelayFrames = encoderDelay(m_format, request.heightPx);
     const ObsDataHandle settings = buildFfmpegSettings(m_format, request);
     qDebug().noquote() << QStringLiteral("Output file path (%1):").arg(recordingFileExtension(m_format).toUpper())

@@ -2,6 +2,7 @@
 #include "app/appidentity.h"
 #include "engine/obswrapper.h"
 #include "engine/output/ffmpegsettings.h"
+#include "engine/output/hybridmp4.h"
 #include "tests/engine/enginerecordingtest.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
@@ -422,10 +423,11 @@ private slots:
 private:
     static QJsonObject container(const char* extension, const char* mimeType)
     {
+        const RecordingFormat format = extension == QByteArray("mp4") ? RecordingFormat::Mp4 : RecordingFormat::Avi;
         return {{"url", QLatin1String("/r.") + QLatin1String(extension)},
                 {"format_name", extension},
                 {"format_mime_type", mimeType},
-                {"muxer_settings", ""}};
+                {"muxer_settings", QLatin1String(muxerOptions(format, writesHybridMp4()))}};
     }
 
     static QJsonObject video(QJsonObject settings, const char* encoder, int encoderId)

@@ -50,7 +50,7 @@ QJsonObject container(const char* name, const char* mimeType)
     return {{"url", QLatin1String("/videos/holiday.") + QLatin1String(name)},
             {"format_name", name},
             {"format_mime_type", mimeType},
-            {"muxer_settings", ""}};
+            {"muxer_settings", "flush_packets=1"}};
 }
 
 } // namespace
@@ -63,8 +63,17 @@ class TestFfmpegSettings : public QObject
 private slots:
     void mp4()
     {
-        QCOMPARE(settingsOf(RecordingFormat::Mp4),
-                 withAudio(withVideo(container("mp4", "video/mp4"), "libx264", 27), "aac", 86018));
+        QJsonObject expected = withAudio(withVideo(container("mp4", "video/mp4"), "libx264", 27), "aac", 86018);
+        expected["muxer_settings"] = "flush_packets=1 frag_duration=1000000 "
+                                     "movflags=+frag_keyframe+empty_moov+default_base_moof";
+        QCOMPARE(settingsOf(RecordingFormat::Mp4), expected);
+    }
+
+    void mp4IsMadePlainByTheMuxerWhereThatCan()
+    {
+        QCOMPARE(muxerOptions(RecordingFormat::Mp4, true),
+                 QByteArray("flush_packets=1 frag_duration=1000000 movflags=+hybrid_fragmented"));
+        QCOMPARE(muxerOptions(RecordingFormat::Flac, true), QByteArray("flush_packets=1"));
     }
 
     void avi()
