@@ -30,6 +30,7 @@ const auto kPathKey = QStringLiteral("filepath");
 const auto kPropertiesKey = QStringLiteral("properties");
 const auto kType = QStringLiteral("type");
 const auto kDateAdded = QStringLiteral("dateAdded");
+const auto kUnfinished = QStringLiteral("unfinished");
 
 /// More than a million records. Reading more would keep the program from starting.
 constexpr qint64 kMaxBytes = qint64{256} * 1024 * 1024;
@@ -104,9 +105,29 @@ qsizetype FileStore::count(const QString& type) const
     return std::count_if(m_records.begin(), m_records.end(), isOfType(type));
 }
 
-void FileStore::add(const QString& path, const QString& type)
+void FileStore::add(const QString& path, const QString& type, bool isUnfinished)
 {
-    m_records.prepend({path, {{kType, type}, {kDateAdded, QDateTime::currentDateTime().toString(Qt::ISODate)}}});
+    FileRecord record{path, {{kType, type}, {kDateAdded, QDateTime::currentDateTime().toString(Qt::ISODate)}}};
+    if (isUnfinished)
+        record.properties.insert(kUnfinished, true);
+    m_records.prepend(record);
+}
+
+QStringList FileStore::unfinished() const
+{
+    QStringList paths;
+    for (const FileRecord& record : m_records)
+        if (record.properties.value(kUnfinished).toBool())
+            paths.append(record.filepath);
+    return paths;
+}
+
+bool FileStore::setFinished(const QString& path)
+{
+    bool isFound = false;
+    for (FileRecord& record : m_records)
+        isFound |= record.filepath == path && record.properties.remove(kUnfinished) > 0;
+    return isFound;
 }
 
 bool FileStore::remove(const QStringList& paths)

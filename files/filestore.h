@@ -12,7 +12,8 @@ struct FileRecord
 {
     /// Absolute; identifies the record, compared exactly.
     QString filepath;
-    /// "type" is "video", "audio" or "screenshot", "dateAdded" the local time as Qt::ISODate. Others are kept.
+    /// "type" is "video", "audio" or "screenshot", "dateAdded" the local time as Qt::ISODate; "unfinished" is true
+    /// while a recording is not finished. Others are kept.
     QVariantMap properties;
 
     bool operator==(const FileRecord&) const = default;
@@ -30,7 +31,11 @@ public:
     QList<FileRecord> ofType(const QString& type) const;
     qsizetype count(const QString& type) const;
 
-    void add(const QString& path, const QString& type);
+    void add(const QString& path, const QString& type, bool isUnfinished = false);
+
+    QStringList unfinished() const;
+    /// Every record of the path. False when there was none.
+    bool setFinished(const QString& path);
 
     /// The first of its path for each entry. False when there was none.
     bool remove(const QStringList& paths);

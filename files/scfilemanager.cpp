@@ -3,6 +3,7 @@
 
 #include "app/sclogger.h"
 #include "files/fileitemdelegate.h"
+#include "files/recordingfinisher.h"
 #include "platform/files/file_manager.h"
 #include "widgets/desktopservices.h"
 #include "widgets/messagebox.h"
@@ -64,9 +65,16 @@ bool isOnIcon(const QAbstractItemView& view, const QPoint& position)
 } // namespace
 
 SCFileManager::SCFileManager(QObject* parent)
-    : QObject(parent), m_model(new QStandardItemModel(this)), m_delegate(new FileItemDelegate(this))
+    : QObject(parent)
+    , m_model(new QStandardItemModel(this))
+    , m_delegate(new FileItemDelegate(this))
+    , m_finisher(new RecordingFinisher(this))
 {
+    connect(m_finisher, &RecordingFinisher::finished, this, &SCFileManager::onFinished);
     load();
+    const QStringList paths = m_store.unfinished();
+    for (const QString& path : paths)
+        m_finisher->add(path);
 }
 
 SCFileManager::~SCFileManager()
@@ -91,8 +99,21 @@ bool SCFileManager::save()
 
 void SCFileManager::addFile(const QString& path, const QString& type)
 {
-    m_store.add(path, type);
+    m_store.add(path, type, path == m_fileInUse);
     save();
+}
+
+void SCFileManager::setFileInUse(const QString& path)
+{
+    const QString previous = std::exchange(m_fileInUse, path);
+    if (m_store.unfinished().contains(previous))
+        m_finisher->add(previous);
+}
+
+void SCFileManager::onFinished(const QString& path)
+{
+    if (m_store.setFinished(path))
+        save();
 }
 
 bool SCFileManager::removeFile(const QString& path)
@@ -264,7 +285,9 @@ void SCFileManager::deleteSelectedFiles(QAbstractItemView* view)
 void SCFileManager::removeRecords(const QStringList& paths, bool fromDisk)
 {
     // A file that cannot be deleted from disk leaves the list all the same.
-    for (const QString& path : fromDisk ? paths : QStringList())
+    for (const QString& path : fromDisk ? paths : QStringList()) {
+        m_finisher->cancel(path);
         QFile::remove(path);
+    }
     m_store.remove(paths);
 }

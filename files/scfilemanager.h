@@ -13,6 +13,7 @@ class QAbstractItemView;
 class QMouseEvent;
 class QPoint;
 class QStandardItemModel;
+class RecordingFinisher;
 
 /// Shows a FileStore, newest first unless reversed, and handles the user's actions on it. Saves every change.
 /// User-interface thread.
@@ -35,7 +36,8 @@ public:
     QList<FileRecord> filesByType(const QString& type) const { return m_store.ofType(type); }
     qsizetype count(const QString& type) const { return m_store.count(type); }
 
-    /// The view shows it after the next setupView().
+    /// The view shows it after the next setupView(). The file in use is finished when it is in use no more, or at the
+    /// next start.
     void addFile(const QString& path, const QString& type);
 
     /// The record, not the file. False when there is none.
@@ -54,7 +56,7 @@ public:
     void deleteSelectedFiles(QAbstractItemView* view);
 
     /// The file that is being recorded, which cannot be deleted.
-    void setFileInUse(const QString& path) { m_fileInUse = path; }
+    void setFileInUse(const QString& path);
 
     bool load() { return m_store.load(); }
 
@@ -68,6 +70,7 @@ signals:
     void error(const QString& message);
 
 private:
+    void onFinished(const QString& path);
     void rebuildView();
     bool onPointer(QAbstractItemView& view, const QMouseEvent& event);
     void onIconPressed(QAbstractItemView& view, const QPoint& position);
@@ -80,6 +83,7 @@ private:
     QStandardItemModel* m_model;
     FileItemDelegate* m_delegate;
     QPointer<QAbstractItemView> m_view;
+    RecordingFinisher* m_finisher;
     QString m_fileInUse;
     bool m_saveFails = false;
     bool m_iconPressed = false;

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "files/mp4file.h"
+#include "platform/files/disk_sync.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QStorageInfo>
+
+#include <cstdio>
+#include <memory>
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+namespace {
+
+/// For the index, which is not in the source.
+constexpr qint64 kSpareBytes = qint64{16} * 1024 * 1024;
+
+struct CloseInput
+{
+    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+};
+struct CloseOutput
+{
+    void operator()(AVFormatContext* context) const
+    {
+        avio_closep(&context->pb);
+        avformat_free_context(context);
+    }
+};
+struct FreePacket
+{
+    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+};
+using Input = std::unique_ptr<AVFormatContext, CloseInput>;
+using Output = std::unique_ptr<AVFormatContext, CloseOutput>;
+using Packet = std::unique_ptr<AVPacket, FreePacket>;
+
+QString textOf(int code)
+{
+    std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
+    av_strerror(code, text.data(), text.size());
+    return QString::fromUtf8(text.data());
+}
+
+int isInterrupted(void* isCancelled)
+{
+    return *static_cast<const std::atomic<bool>*>(isCancelled) ? 1 : 0;
+}
+
+/// One file that becomes another.
+class Remux
+{
+public:
+    Remux(const QString& source, const QString& target, const std::atomic<bool>& isCancelled);
+
+    /// A code of libavformat, negative where it failed.
+    int run();
+
+private:
+    int openSource();
+    int openTarget();
+    int copyPackets();
+    int writePacket(AVPacket& packet);
+
+    const QByteArray m_source;
+    const QByteArray m_target;
+    AVIOInterruptCB m_interrupt;
+    Input m_input;
+    Output m_output;
+};
+
+Remux::Remux(const QString& source, const QString& target, const std::atomic<bool>& isCancelled)
+    : m_source(QFile::encodeName(source))
+    , m_target(QFile::encodeName(target))
+    , m_interrupt{&isInterrupted, const_cast<std::atomic<bool>*>(&isCancelled)}
+{}
+
+int Remux::openSource()
+{
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context)
+        return AVERROR(ENOMEM);
+    context->interrupt_callback = m_interrupt;
+    // Frees the context where it fails.
+    const int opened = avformat_open_input(&context, m_source.constData(), nullptr, nullptr);
+    if (opened < 0)
+        return opened;
+    m_input.reset(context);
+    return avformat_find_stream_info(context, nullptr);
+}
+
+int Remux::openTarget()
+{
+    AVFormatContext* context = nullptr;
+    if (const int made = avformat_alloc_output_context2(&context, nullptr, "mp4", m_target.constData()); made < 0)
+        return made;
+    m_output.reset(context);
+    context->interrupt_callback = m_interrupt;
+    av_dict_copy(&context->metadata, m_input->metadata, 0);
+    for (unsigned i = 0; i < m_input->nb_streams; ++i) {
+        const AVStream& from = *m_input->streams[i];
+        AVStream* const to = avformat_new_stream(context, nullptr);
+        if (!to)
+            return AVERROR(ENOMEM);
+        if (const int copied = avcodec_parameters_copy(to->codecpar, from.codecpar); copied < 0)
+            return copied;
+        to->codecpar->codec_tag = 0;
+        to->time_base = from.time_base;
+        to->avg_frame_rate = from.avg_frame_rate;
+    }
+    const int opened = avio_open2(&context->pb, m_target.constData(), AVIO_FLAG_WRITE, &m_interrupt, nullptr);
+    if (opened < 0)
+        return opened;
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "movflags", "+faststart", 0);
+    const int written = avformat_write_header(context, &options);
+    av_dict_free(&options);
+    return written;
+}
+
+int Remux::writePacket(AVPacket& packet)
+{
+    const int stream = packet.stream_index;
+    av_packet_rescale_ts(&packet, m_input->streams[stream]->time_base, m_output->streams[stream]->time_base);
+    packet.pos = -1;
+    return av_interleaved_write_frame(m_output.get(), &packet);
+}
+
+/// Up to the end, or to where a killed program has left off.
+int Remux::copyPackets()
+{
+    const Packet packet(av_packet_alloc());
+    while (av_read_frame(m_input.get(), packet.get()) >= 0) {
+        const bool isWhole = (packet->flags & AV_PKT_FLAG_CORRUPT) == 0;
+        const int written = isWhole ? writePacket(*packet) : 0;
+        av_packet_unref(packet.get());
+        if (written < 0)
+            return written;
+    }
+    return isInterrupted(m_interrupt.opaque) ? AVERROR_EXIT : 0;
+}
+
+int Remux::run()
+{
+    for (const auto step : {&Remux::openSource, &Remux::openTarget, &Remux::copyPackets})
+        if (const int result = (this->*step)(); result < 0)
+            return result;
+    const int ended = av_write_trailer(m_output.get());
+    const int closed = avio_closep(&m_output->pb);
+    return ended < 0 ? ended : closed;
+}
+
+bool isOnDisk(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadWrite) && platform::syncToDisk(file.handle());
+}
+
+PlainMp4 replace(const QString& path, const QString& made, QString& error)
+{
+    if (!isOnDisk(made))
+        error = QStringLiteral("the disk refuses it");
+    else if (std::rename(QFile::encodeName(made).constData(), QFile::encodeName(path).constData()) != 0)
+        error = qt_error_string(errno);
+    else
+        return PlainMp4::Made;
+    return PlainMp4::Failed;
+}
+
+} // namespace
+
+PlainMp4 makePlainMp4(const QString& path, const std::atomic<bool>& isCancelled, QString& error)
+{
+    const QString target = unfinishedMp4Path(path);
+    // What a killed program left takes the space that is wanted.
+    QFile::remove(target);
+    if (QStorageInfo(QFileInfo(path).path()).bytesAvailable() < QFileInfo(path).size() + kSpareBytes)
+        return PlainMp4::NoSpace;
+    const int code = Remux(path, target, isCancelled).run();
+    PlainMp4 result = PlainMp4::Failed;
+    if (code < 0)
+        error = textOf(code);
+    else if (!isCancelled)
+        result = replace(path, target, error);
+    if (isCancelled && result != PlainMp4::Made)
+        result = PlainMp4::Cancelled;
+    if (result != PlainMp4::Made)
+        QFile::remove(target);
+    return result;
+}

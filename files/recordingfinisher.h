@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QHash>
+#include <QObject>
+#include <QString>
+#include <QThreadPool>
+
+#include <memory>
+
+/// Finishes the files of recordings that are over, one after the other on a thread of its own: a fragmented MP4 becomes
+/// a plain one, a FLAC file says how long it is. They can be played meanwhile. What is interrupted leaves the file as
+/// it was. User-interface thread.
+class RecordingFinisher : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit RecordingFinisher(QObject* parent = nullptr);
+    /// Interrupts what is not finished.
+    ~RecordingFinisher() override;
+
+    /// Ignored while the file is waiting for its turn or being finished.
+    void add(const QString& path);
+
+    /// Interrupts it. When this returns the file is used no more, and nothing is left beside it.
+    void cancel(const QString& path);
+
+signals:
+    /// There is nothing left to do with the file, also where it could not be finished.
+    void finished(const QString& path);
+
+private:
+    struct Job;
+
+    static void run(Job& job);
+    void onDone(const QString& path, const std::shared_ptr<Job>& job);
+
+    QHash<QString, std::shared_ptr<Job>> m_jobs;
+    /// Of one thread. Goes first.
+    QThreadPool m_thread;
+};

@@ -1,0 +1,261 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "files/flacfile.h"
+#include "files/mp4file.h"
+#include "files/recordingfinisher.h"
+#include "tests/support/mediafile.h"
+#include "tests/support/testrun.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace {
+
+const QStringList kFragments{"-movflags", "+frag_keyframe+empty_moov+default_base_moof", "-frag_duration", "1000000"};
+
+QByteArray ffmpeg(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral("ffmpeg"), QStringList{"-v", "error", "-nostdin", "-y"} + arguments);
+    process.waitForFinished(60'000);
+    return process.readAllStandardOutput();
+}
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void write(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+/// What is encoded: stream, size and hash of each packet, sorted. Files differ in how they interleave streams and round
+/// times.
+QList<QByteArrayList> packets(const QString& path)
+{
+    QList<QByteArrayList> packets;
+    const QByteArrayList lines = ffmpeg({"-i", path, "-map", "0", "-c", "copy", "-f", "framehash", "-"}).split('\n');
+    for (const QByteArray& line : lines) {
+        const QByteArrayList fields = line.simplified().replace(' ', "").split(',');
+        if (fields.size() == 6)
+            packets.append({fields.at(0), fields.at(4), fields.at(5)});
+    }
+    std::sort(packets.begin(), packets.end());
+    return packets;
+}
+
+bool isNear(double one, double other)
+{
+    return std::abs(one - other) < 0.002;
+}
+
+} // namespace
+
+/// What becomes of the files of recordings that are over. They are made by FFmpeg.
+class TestRecordingFinisher : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_finisher = std::make_unique<RecordingFinisher>();
+    }
+
+    void cleanup() { m_finisher.reset(); }
+
+    void fragmentedFileBecomesAPlainOneWithTheSameStreams()
+    {
+        const QString path = video(kFragments);
+        const QList<QByteArrayList> before = packets(path);
+        const MediaFile fragmented(path);
+        QVERIFY(before.size() > 120);
+        QVERIFY(isFragmentedMp4(path));
+        QVERIFY(finish(path));
+        QVERIFY(!isFragmentedMp4(path));
+        QCOMPARE(packets(path), before);
+        const MediaFile plain(path);
+        QVERIFY2(plain.isReadable(), qPrintable(plain.error()));
+        QVERIFY(isNear(plain.video()->startSeconds, fragmented.video()->startSeconds));
+        QVERIFY(isNear(plain.audio()->startSeconds, fragmented.audio()->startSeconds));
+        QVERIFY(isNear(plain.video()->durationSeconds, fragmented.video()->durationSeconds));
+        const QByteArray bytes = contents(path);
+        QVERIFY2(bytes.indexOf("moov") < bytes.indexOf("mdat"), "the index is not in front");
+        QCOMPARE(fileNames(), QStringList{"video.mp4"});
+    }
+
+    void fileThatEndsInTheMiddleOfAFragmentIsTakenUpToIt()
+    {
+        const QString path = video(kFragments);
+        const QByteArray bytes = contents(path);
+        write(path, bytes.first(bytes.size() * 7 / 10));
+        QVERIFY(finish(path));
+        QVERIFY(!isFragmentedMp4(path));
+        const MediaFile file(path);
+        QVERIFY2(file.isReadable(), qPrintable(file.error()));
+        QVERIFY2(file.video()->durationSeconds >= 2, qPrintable(QString::number(file.video()->durationSeconds)));
+        QVERIFY(file.audio()->durationSeconds >= 2);
+    }
+
+    void plainFileStaysAsItIs()
+    {
+        const QString path = video({});
+        const QByteArray before = contents(path);
+        QVERIFY(finish(path));
+        QCOMPARE(contents(path), before);
+    }
+
+    void fileWithoutARecordingStaysAsItIs_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("empty") << "a.mp4" << QByteArray();
+        QTest::newRow("no MP4") << "a.mp4" << QByteArray("moof moof moof moof moof");
+        QTest::newRow("head alone") << "a.mp4"
+                                    << QByteArray("\0\0\0\x08"
+                                                  "ftyp"
+                                                  "\0\0\0\x08"
+                                                  "moof",
+                                                  16);
+        QTest::newRow("size of nothing") << "a.mp4"
+                                         << QByteArray("\0\0\0\x08"
+                                                       "ftyp"
+                                                       "\0\0\0\x01"
+                                                       "moov",
+                                                       16);
+        QTest::newRow("size below the head") << "a.mp4"
+                                             << QByteArray("\0\0\0\x08"
+                                                           "ftyp"
+                                                           "\0\0\0\x02"
+                                                           "moov",
+                                                           16);
+        QTest::newRow("empty FLAC") << "a.flac" << QByteArray();
+        QTest::newRow("FLAC without sound") << "a.flac" << QByteArray("fLaC") + QByteArray(38, '\0');
+        QTest::newRow("another format") << "a.avi" << QByteArray("RIFF");
+    }
+    void fileWithoutARecordingStaysAsItIs()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const QByteArray, bytes);
+        const QString path = m_folder->filePath(name);
+        write(path, bytes);
+        QVERIFY(finish(path));
+        QCOMPARE(contents(path), bytes);
+        QCOMPARE(fileNames(), QStringList{name});
+    }
+
+    void cancelledFileStaysAsItIsAndNothingIsBesideIt()
+    {
+        const QString path = video(kFragments);
+        const QByteArray before = contents(path);
+        const QSignalSpy finished(m_finisher.get(), &RecordingFinisher::finished);
+        m_finisher->add(path);
+        m_finisher->cancel(path);
+        QVERIFY(contents(path) == before || !isFragmentedMp4(path));
+        QCOMPARE(fileNames(), QStringList{"video.mp4"});
+        QVERIFY(finish(path));
+        QVERIFY(!isFragmentedMp4(path));
+    }
+
+    void cancelTakesAwayWhatAKilledProgramHasLeft()
+    {
+        const QString path = m_folder->filePath("video.mp4");
+        write(unfinishedMp4Path(path), "half");
+        m_finisher->cancel(path);
+        QCOMPARE(fileNames(), QStringList());
+    }
+
+    void finisherThatGoesLeavesAFileThatPlays()
+    {
+        const QString path = video(kFragments);
+        const QList<QByteArrayList> before = packets(path);
+        m_finisher->add(path);
+        m_finisher.reset();
+        QCOMPARE(packets(path), before);
+        QCOMPARE(fileNames(), QStringList{"video.mp4"});
+    }
+
+    void flacSaysHowLongItIs()
+    {
+        const QString path = flac();
+        const QByteArray complete = contents(path);
+        write(path, withoutLength(complete));
+        QVERIFY(finish(path));
+        QCOMPARE(contents(path), complete);
+    }
+
+    void flacThatWasCutOffSaysWhatItHolds()
+    {
+        const QString path = flac();
+        const QByteArray complete = withoutLength(contents(path));
+        write(path, complete.first(complete.size() * 2 / 3));
+        QString error;
+        QVERIFY2(writeFlacLength(path, error), qPrintable(error));
+        const auto samples = ffmpeg({"-i", path, "-f", "s16le", "-"}).size() / 4;
+        const quint64 stated = lengthOf(contents(path));
+        // The last frame is not complete.
+        QVERIFY2(stated >= static_cast<quint64>(samples) && stated <= static_cast<quint64>(samples) + 4608,
+                 qPrintable(QStringLiteral("%1 stated, %2 there").arg(stated).arg(samples)));
+    }
+
+private:
+    QString video(const QStringList& options)
+    {
+        const QString path = m_folder->filePath(QStringLiteral("video.mp4"));
+        ffmpeg(QStringList{"-f", "lavfi", "-i", "testsrc=size=160x120:rate=30", "-f", "lavfi", "-i", "sine", "-t", "4",
+                           "-c:v", "libx264", "-c:a", "aac"} +
+               options + QStringList{path});
+        return path;
+    }
+
+    QString flac()
+    {
+        const QString path = m_folder->filePath(QStringLiteral("sound.flac"));
+        ffmpeg({"-f", "lavfi", "-i", "anoisesrc=sample_rate=48000", "-t", "20", "-ac", "2", "-c:a", "flac", path});
+        return path;
+    }
+
+    static quint64 lengthOf(const QByteArray& flac)
+    {
+        quint64 length = static_cast<quint8>(flac.at(21)) & 0x0FU;
+        for (int i = 22; i < 26; ++i)
+            length = length << 8 | static_cast<quint8>(flac.at(i));
+        return length;
+    }
+
+    /// As a recording leaves it.
+    static QByteArray withoutLength(QByteArray flac)
+    {
+        flac[21] = static_cast<char>(flac.at(21) & '\xF0');
+        return flac.replace(22, 4, QByteArray(4, '\0'));
+    }
+
+    bool finish(const QString& path)
+    {
+        QSignalSpy finished(m_finisher.get(), &RecordingFinisher::finished);
+        m_finisher->add(path);
+        return finished.wait(30'000) && finished.first().first().toString() == path;
+    }
+
+    QStringList fileNames() const { return QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<RecordingFinisher> m_finisher;
+};
+
+REGISTER_TEST(testrun::core<TestRecordingFinisher>);
+
+#include "test_recordingfinisher_x11.moc"
