@@ -2,10 +2,10 @@
 #include "app/crashhandler.h"
 
 #include "app/appidentity.h"
+#include "platform/files/private_files.h"
 #include "platform/process/crash_report.h"
 
 #include <QByteArray>
-#include <QDir>
 #include <QString>
 
 const QString& crashFolder()
@@ -16,7 +16,7 @@ const QString& crashFolder()
 
 void installCrashHandler()
 {
-    QDir().mkpath(crashFolder());
+    platform::makePrivateFolder(crashFolder());
     const QByteArray program = QByteArray(appidentity::kApplicationName) + ' ' + appidentity::kVersion;
     platform::installCrashReporter(crashFolder(), program);
 }

@@ -2,6 +2,7 @@
 #include "app/sclogger.h"
 
 #include "app/appidentity.h"
+#include "platform/files/private_files.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -52,7 +53,12 @@ bool SCLogger::initialize(const QString& path)
         return true;
 
     m_filePath = path.isEmpty() ? defaultPath() : path;
-    QDir().mkpath(QFileInfo(m_filePath).absolutePath());
+    const QString folder = QFileInfo(m_filePath).absolutePath();
+    // A folder of somebody's choice is not touched.
+    if (folder == appidentity::logFolder())
+        platform::makePrivateFolder(folder);
+    else
+        QDir().mkpath(folder);
     if (!openForAppending())
         return false;
 
@@ -67,7 +73,7 @@ bool SCLogger::initialize(const QString& path)
 bool SCLogger::openForAppending()
 {
     m_file->setFileName(m_filePath);
-    if (!m_file->open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text)) {
+    if (!m_file->open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text, platform::kPrivateFile)) {
         qCritical() << "Failed to open log file:" << m_filePath;
         return false;
     }

@@ -5,10 +5,12 @@
 #include "app/sclogger.h"
 #include "app/settingsfile.h"
 #include "app/settingstables.h"
+#include "platform/files/private_files.h"
 #include "platform/process/settings_format.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 namespace {
@@ -39,6 +41,17 @@ bool canBeRead(const QString& path)
     return !QFile::exists(path) || QFile(path).open(QIODevice::ReadOnly);
 }
 
+/// The registry is private. A store that is not there yet gets the permissions of the empty one.
+void makePrivate(const QSettings& settings)
+{
+    if (settings.format() == QSettings::NativeFormat)
+        return;
+    platform::makePrivateFolder(QFileInfo(settings.fileName()).path());
+    QFile store(settings.fileName());
+    if (!store.exists())
+        store.open(QIODevice::WriteOnly | QIODevice::NewOnly, platform::kPrivateFile);
+}
+
 void reportTrouble(const QSettings& settings)
 {
     static bool reported = false;
@@ -57,6 +70,7 @@ std::unique_ptr<QSettings> openSettings()
         std::make_unique<QSettings>(storeFormat(), QSettings::UserScope, QLatin1String(appidentity::kOrganizationName),
                                     QLatin1String(appidentity::kApplicationName));
     settings->setFallbacksEnabled(false);
+    makePrivate(*settings);
     if (settings->status() == QSettings::FormatError)
         keepCopy(settings->fileName());
     reportTrouble(*settings);

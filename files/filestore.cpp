@@ -4,6 +4,7 @@
 #include "app/appidentity.h"
 #include "app/sclogger.h"
 #include "platform/files/disk_sync.h"
+#include "platform/files/private_files.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -201,13 +202,14 @@ bool FileStore::save()
 bool FileStore::write(const QJsonArray& elements)
 {
     const QByteArray text = QJsonDocument(elements).toJson(QJsonDocument::Indented);
-    QDir().mkpath(appidentity::dataFolder());
+    platform::makePrivateFolder(appidentity::dataFolder());
     QSaveFile file(path());
     m_errorText.clear();
     if (!file.open(QIODevice::WriteOnly)) {
         m_errorText = file.errorString();
         return false;
     }
+    file.setPermissions(platform::kPrivateFile);
     // commit() alone reports neither a failing flush nor a failing disk.
     const bool written = file.write(text) == text.size() && file.flush() && platform::syncToDisk(file.handle());
     if (!written) {

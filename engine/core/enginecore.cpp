@@ -3,11 +3,11 @@
 
 #include "app/sclogger.h"
 #include "engine/capture/captureplatform.h"
+#include "platform/files/private_files.h"
 #include "platform/process/gl_function.h"
 
 #include <QCoreApplication>
 #include <QDebug>
-#include <QDir>
 #include <QStandardPaths>
 #include <QStringList>
 
@@ -36,7 +36,7 @@ bool resetAudio()
 QString configPath()
 {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
-    QDir().mkpath(folder);
+    platform::makePrivateFolder(folder);
     return folder + QLatin1String(kConfigFolder);
 }
 
