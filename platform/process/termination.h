@@ -7,9 +7,9 @@
 
 namespace platform {
 
-/// Reports that the system or the terminal asks the program to end: SIGTERM, SIGINT and SIGHUP, of which the same one
-/// again ends it at once, or the events of a Windows console, where closing, log-off and shutdown wait a few seconds.
-/// Main thread, one at a time; needs the application object.
+/// Reports that the system or the terminal asks the program to end: SIGTERM, SIGINT, SIGHUP and SIGQUIT, of which the
+/// same one again ends it at once, or the events of a Windows console, where closing, log-off and shutdown wait a few
+/// seconds. Main thread, one at a time; needs the application object.
 class TerminationWatcher : public QObject
 {
     Q_OBJECT

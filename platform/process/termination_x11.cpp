@@ -14,7 +14,7 @@ namespace platform {
 
 namespace {
 
-constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP};
+constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP, SIGQUIT};
 
 /// Set on the main thread, read by the signal handler on any; -1 while nobody listens.
 std::atomic<int> g_writeEnd = -1;
