@@ -13,6 +13,7 @@
 #include <QScreen>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <optional>
 
@@ -26,10 +27,9 @@ constexpr double kMaxLossSeconds = 2.0;
 std::optional<int64_t> lastShown(const MediaFile& file, const QSize& screen, int64_t nearNs)
 {
     const auto numbers = file.numbers(TestPattern(screen));
-    for (auto number = numbers.rbegin(); number != numbers.rend(); ++number)
-        if (*number)
-            return momentOfNumber(**number, kFramesPerSecond, nearNs);
-    return std::nullopt;
+    const auto last =
+        std::find_if(numbers.rbegin(), numbers.rend(), [](const auto& number) { return number.has_value(); });
+    return last != numbers.rend() ? std::optional(momentOfNumber(**last, kFramesPerSecond, nearNs)) : std::nullopt;
 }
 
 /// When the last of the test tone was heard.

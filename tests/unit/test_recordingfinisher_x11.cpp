@@ -214,7 +214,7 @@ private slots:
 private:
     QString video(const QStringList& options)
     {
-        const QString path = m_folder->filePath(QStringLiteral("video.mp4"));
+        QString path = m_folder->filePath(QStringLiteral("video.mp4"));
         ffmpeg(QStringList{"-f", "lavfi", "-i", "testsrc=size=160x120:rate=30", "-f", "lavfi", "-i", "sine", "-t", "4",
                            "-c:v", "libx264", "-c:a", "aac"} +
                options + QStringList{path});
@@ -223,7 +223,7 @@ private:
 
     QString flac()
     {
-        const QString path = m_folder->filePath(QStringLiteral("sound.flac"));
+        QString path = m_folder->filePath(QStringLiteral("sound.flac"));
         ffmpeg({"-f", "lavfi", "-i", "anoisesrc=sample_rate=48000", "-t", "20", "-ac", "2", "-c:a", "flac", path});
         return path;
     }
