@@ -3,12 +3,20 @@
 
 #include "app/sclogger.h"
 #include "engine/capture/capturetargets.h"
+#include "engine/capture/exactpixels.h"
 #include "engine/capture/screenvideo.h"
 #include "engine/core/enginecore.h"
 
 #include <QDebug>
 
 #include <utility>
+
+namespace {
+
+/// libobs rounds its own video down to multiples of them.
+constexpr QSize kEngineVideoSteps(4, 2);
+
+} // namespace
 
 ObsWrapper::ObsWrapper(CapturePlatform platform, const EngineTimings& timings)
     : m_platform(std::move(platform)), m_timings(timings)
@@ -67,26 +75,30 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
         qDebug() << "obs not initialized!";
     if (!m_fileOutput.prepareVideoReset())
         return OBS_VIDEO_CURRENTLY_ACTIVE;
-    const QSize output(outputWidth, outputHeight);
-    const int result = enginecore::resetVideo(m_platform, QSize(srcWidth, srcHeight), output, fps);
-    if (result == OBS_VIDEO_SUCCESS) {
-        m_fileOutput.videoWasReset();
-        m_capture.videoWasReset();
-        m_scene.stretchOver(output);
-    }
+    const EngineVideo::Settings asked{QSize(srcWidth, srcHeight), QSize(outputWidth, outputHeight), fps};
+    const int result = m_engineVideo.reset(asked, m_direct.isUsed());
+    if (result == OBS_VIDEO_SUCCESS)
+        videoWasReset();
     return result;
+}
+
+void ObsWrapper::videoWasReset()
+{
+    m_fileOutput.videoWasReset();
+    m_capture.videoWasReset();
+    m_scene.stretchOver(m_engineVideo.outputSize());
 }
 
 QSize ObsWrapper::videoSteps() const
 {
-    // libobs rounds its own video down to multiples of 4 and 2.
-    return m_direct.works() ? QSize(2, 2) : QSize(4, 2);
+    return m_direct.works() ? QSize(2, 2) : kEngineVideoSteps;
 }
 
 int ObsWrapper::setupScene(int captureType)
 {
     m_isSceneWanted = true;
     m_direct.setTarget(QRect(), QMargins());
+    fitVideo();
     return m_scene.setUp(captureType != kCaptureMonitor);
 }
 
@@ -103,6 +115,7 @@ bool ObsWrapper::setCaptureTarget(const char* target, int captureType, bool, int
     if (isRecording() && screen.isEmpty() == m_direct.isUsed())
         return true;
     m_direct.setTarget(screen, crop);
+    fitVideo();
     renderSceneAsNeeded();
     return true;
 }
@@ -115,6 +128,15 @@ void ObsWrapper::setSceneRendered(bool rendered)
     }
     m_isSceneWanted = rendered;
     renderSceneAsNeeded();
+}
+
+/// Only a scene that is recorded needs libobs' own video at its size.
+void ObsWrapper::fitVideo()
+{
+    const bool isDirect = m_direct.isUsed();
+    if (isDirect != m_engineVideo.isReduced() && m_fileOutput.prepareVideoReset() &&
+        m_engineVideo.setReduced(isDirect) == OBS_VIDEO_SUCCESS)
+        videoWasReset();
 }
 
 void ObsWrapper::renderSceneAsNeeded()
@@ -134,12 +156,24 @@ void ObsWrapper::setCursorEffects(bool show)
     m_direct.setPointer(m_capture.pointer());
 }
 
-std::shared_ptr<ScreenVideo> ObsWrapper::openVideo(const QSize& size, int fps, bool showsScreen)
+std::shared_ptr<ScreenVideo> ObsWrapper::openVideo(QSize& size, int fps, bool showsScreen)
 {
     m_direct.setPointer(m_capture.pointer());
     std::shared_ptr<ScreenVideo> video = m_direct.open(size, fps, showsScreen);
+    if (m_direct.hasFailed())
+        fitVideoToScene(size, fps);
+    else
+        fitVideo();
     renderSceneAsNeeded();
     return video;
+}
+
+/// In the place of a video of any even size.
+void ObsWrapper::fitVideoToScene(QSize& size, int fps)
+{
+    size = exactpixels::grownSize(size, kEngineVideoSteps, m_direct.screenSize());
+    if (m_fileOutput.prepareVideoReset() && m_engineVideo.reset({size, size, fps}, false) == OBS_VIDEO_SUCCESS)
+        videoWasReset();
 }
 
 QString ObsWrapper::stopReasonText() const

@@ -7,6 +7,7 @@
 #include "engine/capture/capturesource.h"
 #include "engine/capture/directcapture.h"
 #include "engine/core/enginetimings.h"
+#include "engine/core/enginevideo.h"
 #include "engine/core/obshandles.h"
 #include "engine/core/outputchannels.h"
 #include "engine/output/fileoutput.h"
@@ -40,7 +41,8 @@ public:
     bool initialize(int width, int height, int fps);
     bool isReady() const override { return m_ready; }
 
-    /// The captured frame is stretched over the whole output.
+    /// The captured frame is stretched over the whole output. Where the desktop is captured without the scene, nobody
+    /// sees libobs' own video, and that is made as small as can be.
     /// @return 0, or libobs' negative code and nothing changed: a recording runs, or the last one's output is busy with
     ///         its file
     int resetVideo(int srcWidth, int srcHeight, int outputWidth, int outputHeight, int fps);
@@ -164,8 +166,11 @@ signals:
 
 private:
     bool startEngine(int width, int height, int fps);
+    void videoWasReset();
+    void fitVideo();
     void renderSceneAsNeeded();
-    std::shared_ptr<ScreenVideo> openVideo(const QSize& size, int fps, bool showsScreen);
+    std::shared_ptr<ScreenVideo> openVideo(QSize& size, int fps, bool showsScreen);
+    void fitVideoToScene(QSize& size, int fps);
 
     const CapturePlatform m_platform;
     const EngineTimings m_timings;
@@ -177,8 +182,9 @@ private:
     AudioDevices m_audio{m_platform, m_channels, m_timings};
     CaptureSource m_capture{m_platform};
     DirectCapture m_direct{m_platform};
+    EngineVideo m_engineVideo{m_platform};
     FileOutput m_fileOutput{
-        m_timings, [this](const QSize& size, int fps, bool showsScreen) { return openVideo(size, fps, showsScreen); }};
+        m_timings, [this](QSize& size, int fps, bool showsScreen) { return openVideo(size, fps, showsScreen); }};
     CaptureScene m_scene{m_capture, m_channels, m_platform, m_timings};
     ObsDisplayHandle m_display;
 };

@@ -37,6 +37,12 @@ public:
     /// captured, and the last open() has not failed.
     bool isUsed() const { return m_works && !m_screen.isEmpty() && !m_hasFailed; }
 
+    /// Whether the last open() has failed.
+    bool hasFailed() const { return m_hasFailed; }
+
+    /// Of the captured screen; empty where the scene captures.
+    QSize screenSize() const { return m_screen.size(); }
+
     /// Captures a screen without these margins, in physical pixels of the desktop; the open video follows. The size of
     /// a video stays: it begins at the left and top margins, or nearer where it would reach over the screen's far
     /// edges.

@@ -15,6 +15,12 @@ int toSteps(int length, int step, int screenLength)
     return growsByOne ? length + 1 : length / step * step;
 }
 
+int grownToSteps(int length, int step, int screenLength)
+{
+    const int grown = (length + step - 1) / step * step;
+    return grown <= screenLength ? grown : length / step * step;
+}
+
 /// Margins of one direction.
 struct Margins
 {
@@ -39,6 +45,12 @@ QSize exactpixels::videoSize(const QSize& region, const QSize& steps, const QSiz
 {
     return {toSteps(region.width(), steps.width(), screen.width()),
             toSteps(region.height(), steps.height(), screen.height())};
+}
+
+QSize exactpixels::grownSize(const QSize& region, const QSize& steps, const QSize& screen)
+{
+    return {grownToSteps(region.width(), steps.width(), screen.width()),
+            grownToSteps(region.height(), steps.height(), screen.height())};
 }
 
 QMargins exactpixels::cropTo(const QSize& video, const QMargins& crop, const QSize& screen)

@@ -93,21 +93,23 @@ void FileOutput::setUp(const QString& storePath, int srcWidth, int srcHeight, in
                                  << "] srcHeight:[" << srcHeight << "] fps:[" << fps << "] bitRate:[" << bitRate
                                  << "] format:[" << diagnosticFormatName(format) << "]";
     m_format = recordingFormatFromIndex(format);
-    const FfmpegRequest request{storePath, evenSize(srcWidth), evenSize(srcHeight), fps, bitRate, writesHybridMp4()};
+    QSize size(srcWidth, srcHeight);
+    openVideo(size, fps);
+    const FfmpegRequest request{storePath, evenSize(size.width()), evenSize(size.height()), fps,
+                                bitRate,   writesHybridMp4()};
     m_encoderDelayFrames = encoderDelay(m_format, request.heightPx);
     const ObsDataHandle settings = buildFfmpegSettings(m_format, request);
     qDebug().noquote() << QStringLiteral("Output file path (%1):").arg(recordingFileExtension(m_format).toUpper())
                        << recordingUrl(storePath, m_format);
     qDebug() << "Setting mixer and media...";
     obs_output_set_mixer(m_output.get(), kRecordedMixer);
-    openVideo(QSize(srcWidth, srcHeight), fps);
     attachEngine();
     obs_output_update(m_output.get(), settings.get());
     qDebug() << "FFmpeg setup completed";
     connectTap();
 }
 
-void FileOutput::openVideo(const QSize& size, int fps)
+void FileOutput::openVideo(QSize& size, int fps)
 {
     m_tap.disconnect();
     m_video.reset();

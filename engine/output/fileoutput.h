@@ -26,9 +26,10 @@ class ScreenVideo;
 
 /// Opens the video of a recording that is not the engine's; null where the recording shall have the engine's.
 ///
-/// @param size in physical pixels, as it was asked for; an odd width or height is recorded with one more
+/// @param size in physical pixels, as it was asked for; an odd width or height is recorded with one more. Changed where
+///        the engine's video has to have another size
 /// @param showsScreen else there is audio alone
-using OpenVideo = std::function<std::shared_ptr<ScreenVideo>(const QSize& size, int fps, bool showsScreen)>;
+using OpenVideo = std::function<std::shared_ptr<ScreenVideo>(QSize& size, int fps, bool showsScreen)>;
 
 /// The file output of one recording after the other: set-up, start, pause, drain and stop.
 ///
@@ -78,7 +79,7 @@ signals:
     void statusChanged(int status);
 
 private:
-    void openVideo(const QSize& size, int fps);
+    void openVideo(QSize& size, int fps);
     void attachEngine();
     void connectTap();
     int failToStart();

@@ -43,11 +43,11 @@ QString StockEngine::playTone()
     return perform(m_tone, "kestrano_test_tone", {});
 }
 
-QString StockEngine::start(const EngineTimings& timings)
+QString StockEngine::start(const EngineTimings& timings, const CapturePlatform& platform)
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
     m_screen = QRect(screen->geometry().topLeft(), screen->size() * screen->devicePixelRatio());
-    m_engine = std::make_unique<ObsWrapper>(CapturePlatform::current(), timings);
+    m_engine = std::make_unique<ObsWrapper>(platform, timings);
     if (!m_engine->initialize(m_screen.width(), m_screen.height(), kFps))
         return QStringLiteral("the engine does not start");
     if (m_engine->setupScene(ObsWrapper::kCaptureMonitor) != 0)

@@ -29,7 +29,8 @@ public:
 
     /// Starts the engine, builds the scene and points it at the whole primary screen, its audio on. Empty on success,
     /// else what went wrong.
-    QString start(const EngineTimings& timings = EngineTimings());
+    QString start(const EngineTimings& timings = EngineTimings(),
+                  const CapturePlatform& platform = CapturePlatform::current());
     /// What is cut off the frame from now on; the frame has the size of what is left.
     bool setMargins(int left, int right, int top, int bottom);
     /// What is cut off while a recording runs: the size of what is left stays.

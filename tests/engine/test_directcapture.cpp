@@ -272,6 +272,33 @@ private slots:
         QVERIFY(media.audio());
     }
 
+    /// With its own engine, as the next one.
+    void sceneThatTakesOverAtTheStartRecordsPixelByPixel()
+    {
+        m_stock.release();
+        CapturePlatform platform = CapturePlatform::current();
+        platform.openFrames = [](const QRect& area, QString& obstacle) -> std::unique_ptr<FrameSource> {
+            obstacle = QStringLiteral("too large");
+            return area.width() > 2 ? nullptr : std::make_unique<BlackFrames>(area.size());
+        };
+        StockEngine stock;
+        QCOMPARE(stock.start(EngineTimings(), platform), QString());
+        stock.engine().setCaptureCursor(false);
+        QVERIFY(stock.setMargins(100, kScreen.width() - 462, 50, kScreen.height() - 350));
+        stock.engine().setSceneRendered(true);
+        QVERIFY(!stock.engine().isSceneRendered());
+        const QString file = path("takes over");
+        QCOMPARE(stock.begin(file, kMp4), QString());
+        QVERIFY(isOfTheEngine(recordedVideo()));
+        QVERIFY(stock.engine().isSceneRendered());
+        const quint64 sharp = stock.engine().recordedFrames() + kFramesUntilSharp;
+        QTRY_VERIFY_WITH_TIMEOUT(stock.engine().recordedFrames() >= sharp, 20'000);
+        QCOMPARE(stock.end(), QString());
+        const QImage last = lastFrame(file);
+        QCOMPARE(last.size(), QSize(364, 300));
+        QCOMPARE(wrongPixels(last, QPoint(100, 50), kEncoderError), 0);
+    }
+
     /// Last: it switches to the scene.
     void sceneTakesOverWhereItIsAskedFor()
     {

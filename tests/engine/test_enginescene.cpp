@@ -636,6 +636,60 @@ private slots:
         QVERIFY(!m_wrapper->isSceneRendered());
     }
 
+    void sceneThatTakesOverHasPixelsOfItsOwnForThoseOfTheScreen()
+    {
+        QVERIFY(start([](const QRect& area, QString&) -> std::unique_ptr<FrameSource> {
+            return area.width() > 2 ? nullptr : std::make_unique<NoFrames>();
+        }));
+        QCOMPARE(m_wrapper->resetVideo(362, 240, 362, 240, 30), 0);
+        QVERIFY(m_wrapper->setCaptureTarget(kLeftMonitor, 1, true, 10, 908, 20, 460));
+        m_wrapper->setSceneRendered(true);
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 362, 240, 30, 4, 1);
+        QCOMPARE(engineVideo(), (QList<QSize>{QSize(364, 240), QSize(364, 240)}));
+        QCOMPARE(captureLayout().width, 364.0F);
+        QCOMPARE(standins::lastSettings("crop_filter").value("left"), QJsonValue(10));
+        QCOMPARE(standins::lastSettings("crop_filter").value("right"), QJsonValue(906));
+        QCOMPARE(standins::lastOutputSettings().value("scale_width"), QJsonValue(364));
+        QCOMPARE(obs_output_video(standins::currentOutput()), obs_get_video());
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        m_wrapper->stopRecording(true);
+    }
+
+    void videoThatNobodySeesIsAsSmallAsCanBe()
+    {
+        const QList<QSize> least{QSize(4, 2), QSize(4, 2)};
+        QVERIFY(
+            start([](const QRect&, QString&) -> std::unique_ptr<FrameSource> { return std::make_unique<NoFrames>(); }));
+        QCOMPARE(engineVideo(), least);
+        obsspy::clear();
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 320, 240, 30), 0);
+        QCOMPARE(obsspy::calls().filter("obs_reset_video").size(), 1);
+        QCOMPARE(engineVideo(), least);
+        // What is asked for is answered and laid out as ever.
+        QCOMPARE(captureLayout().width, 320.0F);
+        QCOMPARE(m_wrapper->resetVideo(0, 0, 0, 0, 30), OBS_VIDEO_INVALID_PARAM);
+        // A pause is computed with its frame interval.
+        QCOMPARE(video_output_get_frame_time(obs_get_video()), 33'333'333U);
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 640, 480, 30, 4, 1);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QCOMPARE(engineVideo(), least);
+        m_wrapper->stopRecording(true);
+        behaviour().monitors = {{"Somewhere", "somewhere"}};
+        m_wrapper->refreshCaptureTargets(false);
+        QVERIFY(m_wrapper->setCaptureTarget("Somewhere", 1, false, 0, 0, 0, 0));
+        QCOMPARE(engineVideo(), (QList<QSize>{QSize(640, 480), QSize(320, 240)}));
+    }
+
+    void sceneThatIsSetUpAgainHasItsVideo()
+    {
+        QVERIFY(
+            start([](const QRect&, QString&) -> std::unique_ptr<FrameSource> { return std::make_unique<NoFrames>(); }));
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        QCOMPARE(engineVideo(), (QList<QSize>{QSize(640, 480), QSize(640, 480)}));
+    }
+
     void sceneIsRenderedAsSoonAsTheTargetHasNoPositionOnTheDesktop()
     {
         QVERIFY(
@@ -671,6 +725,15 @@ private:
         void update(std::uint64_t) override {}
         void write(const I420View&) override {}
     };
+
+    /// Base and output size of libobs' own.
+    static QList<QSize> engineVideo()
+    {
+        obs_video_info video{};
+        obs_get_video_info(&video);
+        return {QSize(static_cast<int>(video.base_width), static_cast<int>(video.base_height)),
+                QSize(static_cast<int>(video.output_width), static_cast<int>(video.output_height))};
+    }
 
     /// What frames were opened for last.
     static QRect& lastArea()

@@ -38,6 +38,24 @@ private slots:
         QCOMPARE(exactpixels::videoSize(region, kSteps, screen), video);
     }
 
+    void sizeGrowsToWholeSteps_data()
+    {
+        QTest::addColumn<QSize>("region");
+        QTest::addColumn<QSize>("grown");
+        QTest::newRow("fits") << QSize(360, 300) << QSize(360, 300);
+        QTest::newRow("three columns") << QSize(361, 301) << QSize(364, 302);
+        QTest::newRow("two columns") << QSize(362, 299) << QSize(364, 300);
+        QTest::newRow("no more screen") << QSize(1365, 767) << QSize(1364, 768);
+        QTest::newRow("whole screen") << kScreen << QSize(1364, 768);
+    }
+
+    void sizeGrowsToWholeSteps()
+    {
+        QFETCH(const QSize, region);
+        QFETCH(const QSize, grown);
+        QCOMPARE(exactpixels::grownSize(region, kSteps, kScreen), grown);
+    }
+
     void cropLeavesTheVideosSize_data()
     {
         QTest::addColumn<QSize>("video");
