@@ -6,7 +6,7 @@
 #include "engine/capture/captureplatform.h"
 #include "engine/capture/exactpixels.h"
 #include "engine/capture/screenvideo.h"
-#include "engine/output/videoprobe.h"
+#include "engine/capture/videoprobe.h"
 
 #include <obs.h>
 #include <utility>

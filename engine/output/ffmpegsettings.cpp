@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/output/ffmpegsettings.h"
 
+#include "engine/core/rawvideo.h"
+
 namespace {
 
 constexpr int kAudioBitRateKbit = 192;
@@ -74,20 +76,6 @@ ObsDataHandle buildFfmpegSettings(RecordingFormat format, const FfmpegRequest& r
     setVideo(settings.get(), traits, request);
     setAudio(settings.get(), traits);
     return settings;
-}
-
-video_scale_info conversionOf(const video_output* video)
-{
-    video_scale_info conversion{};
-    const video_output_info* const info = video_output_get_info(video);
-    if (!info)
-        return conversion;
-    conversion.format = info->format;
-    conversion.width = info->width;
-    conversion.height = info->height;
-    conversion.range = info->range;
-    conversion.colorspace = info->colorspace;
-    return conversion;
 }
 
 video_scale_info videoConversionFor(RecordingFormat format, const video_output* video)

@@ -33,9 +33,5 @@ QString recordingUrl(const QString& storePath, RecordingFormat format);
 /// Of the output "ffmpeg_output". Keys without use for the format are not set.
 ObsDataHandle buildFfmpegSettings(RecordingFormat format, const FfmpegRequest& request);
 
-/// The format of a video's own frames. Raw callbacks ask for exactly this, or libobs converts each frame: asked for
-/// nothing, libobs 29 assumes limited range.
-video_scale_info conversionOf(const video_output* video);
-
 /// For true colours in a recording of this format.
 video_scale_info videoConversionFor(RecordingFormat format, const video_output* video);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/output/streamtap.h"
 
+#include "engine/core/rawvideo.h"
 #include "engine/core/waituntil.h"
-#include "engine/output/rawvideo.h"
 
 #include <obs.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/output/videoblock.h"
 
-#include "engine/output/rawvideo.h"
+#include "engine/core/rawvideo.h"
 
 VideoBlock::VideoBlock(video_output* video) : m_video(video)
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/engine/enginerecordingtest.h"
 
-#include "engine/output/rawvideo.h"
+#include "engine/core/rawvideo.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/screenvideo.h"
-#include "engine/output/rawvideo.h"
+#include "engine/core/rawvideo.h"
 #include "tests/support/testrun.h"
 
 #include <QTest>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "engine/output/videoprobe.h"
+#include "engine/capture/videoprobe.h"
 
 #include "engine/core/obshandles.h"
+#include "engine/core/rawvideo.h"
 #include "engine/core/waituntil.h"
-#include "engine/output/ffmpegsettings.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,9 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "engine/output/rawvideo.h"
-
-#include "engine/output/ffmpegsettings.h"
+#include "engine/core/rawvideo.h"
 
 #include <obs.h>
+
+video_scale_info conversionOf(const video_output* video)
+{
+    video_scale_info conversion{};
+    const video_output_info* const info = video_output_get_info(video);
+    if (!info)
+        return conversion;
+    conversion.format = info->format;
+    conversion.width = info->width;
+    conversion.height = info->height;
+    conversion.range = info->range;
+    conversion.colorspace = info->colorspace;
+    return conversion;
+}
 
 void connectRawVideo(video_output* video, RawVideoCallback callback, void* param)
 {
