@@ -8,6 +8,10 @@
 #include <util/platform.h>
 #include <utility>
 
+#include <chrono>
+#include <future>
+#include <vector>
+
 // Of util/threading.h, which MinGW cannot compile.
 extern "C" void os_set_thread_name(const char* name);
 
@@ -19,18 +23,29 @@ constexpr size_t kBufferedFrames = 6;
 /// Between two looks at whether anything is connected.
 constexpr std::uint64_t kIdleNs = 10'000'000;
 
-/// Locked while a frame is made. It has no destructor, and exit() may find its thread anywhere.
-std::mutex& frameMutex()
+/// For the destruction, in which a frame interval is the rule.
+constexpr std::chrono::milliseconds kDestructionLimit{250};
+
+/// The videos that there are. Never destroyed: exit() may find their threads anywhere.
+struct Videos
 {
-    static std::mutex mutex;
-    return mutex;
+    std::mutex mutex;
+    std::vector<ScreenVideo*> all;
+};
+
+Videos& videos()
+{
+    static auto& videos = *new Videos;
+    return videos;
 }
 
 } // namespace
 
 void ScreenVideo::stopForGood()
 {
-    frameMutex().lock();
+    videos().mutex.lock();
+    for (ScreenVideo* const video : videos().all)
+        video->m_frameMutex.lock();
 }
 
 void ScreenVideo::Close::operator()(video_output* video) const
@@ -38,7 +53,7 @@ void ScreenVideo::Close::operator()(video_output* video) const
     video_output_close(video);
 }
 
-std::unique_ptr<ScreenVideo> ScreenVideo::open(std::unique_ptr<FrameSource> source, const QSize& size, int fps)
+std::shared_ptr<ScreenVideo> ScreenVideo::open(std::unique_ptr<FrameSource> source, const QSize& size, int fps)
 {
     video_output_info info{};
     info.name = kName;
@@ -53,18 +68,31 @@ std::unique_ptr<ScreenVideo> ScreenVideo::open(std::unique_ptr<FrameSource> sour
     video_t* video = nullptr;
     if (video_output_open(&video, &info) != VIDEO_OUTPUT_SUCCESS)
         return nullptr;
-    return std::unique_ptr<ScreenVideo>(new ScreenVideo(std::move(source), Video(video)));
+    return {new ScreenVideo(std::move(source), Video(video)), &ScreenVideo::destroy};
 }
 
 ScreenVideo::ScreenVideo(std::unique_ptr<FrameSource> source, Video video)
     : m_source(std::move(source)), m_video(std::move(video)), m_thread(&ScreenVideo::run, this)
-{}
+{
+    const std::lock_guard lock(videos().mutex);
+    videos().all.push_back(this);
+}
 
 ScreenVideo::~ScreenVideo()
 {
     m_isStopping = true;
     m_thread.join();
     logLaggedFrames();
+    const std::lock_guard lock(videos().mutex);
+    std::erase(videos().all, this);
+}
+
+void ScreenVideo::destroy(ScreenVideo* video)
+{
+    std::packaged_task<void()> destruction([video] { delete video; });
+    const std::future<void> end = destruction.get_future();
+    std::thread(std::move(destruction)).detach();
+    end.wait_for(kDestructionLimit);
 }
 
 void ScreenVideo::logLaggedFrames() const
@@ -119,7 +147,7 @@ void ScreenVideo::makeFrames()
 
 void ScreenVideo::makeFrame(const FramePace::Frame& due)
 {
-    const std::lock_guard lock(frameMutex());
+    const std::lock_guard lock(m_frameMutex);
     const auto missed = static_cast<std::uint64_t>(due.missed);
     m_frames += missed + 1;
     m_laggedFrames += missed;

@@ -21,11 +21,11 @@ struct video_output;
 class ScreenVideo
 {
 public:
+    /// Its destruction waits for the frame that is being made, but not long: while a client grabs the X server it goes
+    /// on without the caller. The log says how many frames were repeated, as libobs' log does of its video.
     /// @param size of the frames in physical pixels; even
     /// @return null when libobs cannot make it
-    static std::unique_ptr<ScreenVideo> open(std::unique_ptr<FrameSource> source, const QSize& size, int fps);
-    /// Waits for the frame that is being made. The log says how many were repeated, as libobs' log does of its video.
-    ~ScreenVideo();
+    static std::shared_ptr<ScreenVideo> open(std::unique_ptr<FrameSource> source, const QSize& size, int fps);
     ScreenVideo(const ScreenVideo&) = delete;
     ScreenVideo& operator=(const ScreenVideo&) = delete;
 
@@ -60,6 +60,8 @@ private:
     };
 
     ScreenVideo(std::unique_ptr<FrameSource> source, Video video);
+    ~ScreenVideo();
+    static void destroy(ScreenVideo* video);
     void run();
     void makeFrames();
     void makeFrame(const FramePace::Frame& due);
@@ -71,6 +73,8 @@ private:
     /// Used by the thread alone.
     const std::unique_ptr<FrameSource> m_source;
     const Video m_video;
+    /// Locked while a frame is made.
+    std::mutex m_frameMutex;
     std::mutex m_mutex;
     /// Guarded by m_mutex.
     Request m_request;

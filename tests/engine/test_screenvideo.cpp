@@ -28,6 +28,9 @@ struct Script
     std::atomic<int> originX{0};
     std::atomic<bool> showsPointer{true};
     std::atomic<bool> isGone{false};
+    /// Whether updates wait, and one does.
+    std::atomic<bool> hangs{false};
+    std::atomic<bool> isHanging{false};
     /// Milliseconds that the next update takes.
     std::atomic<int> nextUpdateMs{0};
     /// The number of the update that took so long.
@@ -46,6 +49,10 @@ public:
     void update(std::uint64_t) override
     {
         ++m_script.updates;
+        while (m_script.hangs) {
+            m_script.isHanging = true;
+            os_sleep_ms(1);
+        }
         const int sleepMs = m_script.nextUpdateMs.exchange(0);
         if (sleepMs == 0)
             return;
@@ -124,7 +131,7 @@ private slots:
     void cleanup()
     {
         m_video.reset();
-        QVERIFY(m_script->isGone);
+        QTRY_VERIFY_WITH_TIMEOUT(m_script->isGone, kTimeoutMs);
     }
 
     void formatIsThatOfTheEngine()
@@ -214,18 +221,37 @@ private slots:
     {
         for (int round = 0; round < 30; ++round) {
             Script script;
-            const auto video = ScreenVideo::open(std::make_unique<NumberedFrames>(script), kSize, 1000);
-            if (round % 3 == 0)
-                continue;
-            Listener listener(video->video());
-            if (round % 3 == 1)
-                QVERIFY(listener.waitFor(static_cast<std::size_t>(round)));
+            {
+                const auto video = ScreenVideo::open(std::make_unique<NumberedFrames>(script), kSize, 1000);
+                if (round % 3 != 0) {
+                    Listener listener(video->video());
+                    QVERIFY(round % 3 == 2 || listener.waitFor(static_cast<std::size_t>(round)));
+                }
+            }
+            QTRY_VERIFY_WITH_TIMEOUT(script.isGone, kTimeoutMs);
         }
+    }
+
+    void sourceThatHangsHoldsNobodyUp()
+    {
+        Script script;
+        auto hanging = ScreenVideo::open(std::make_unique<NumberedFrames>(script), kSize, kFps);
+        script.hangs = true;
+        {
+            const Listener first(hanging->video());
+            QTRY_VERIFY_WITH_TIMEOUT(script.isHanging, kTimeoutMs);
+            Listener second(m_video->video());
+            QVERIFY(second.waitFor(5));
+        }
+        hanging.reset();
+        QVERIFY(!script.isGone);
+        script.hangs = false;
+        QTRY_VERIFY_WITH_TIMEOUT(script.isGone, kTimeoutMs);
     }
 
 private:
     std::unique_ptr<Script> m_script;
-    std::unique_ptr<ScreenVideo> m_video;
+    std::shared_ptr<ScreenVideo> m_video;
 };
 
 REGISTER_TEST(testrun::core<TestScreenVideo>);
