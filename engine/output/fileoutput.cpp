@@ -214,12 +214,12 @@ int FileOutput::failToStart()
     m_tap.disconnect();
     const char* text = m_output ? obs_output_get_last_error(m_output.get()) : nullptr;
     qDebug() << "Failed to start recording. Error:" << (text ? text : "No error message");
-    if (m_endOwed.exchange(false)) {
-        // An output that ended while it was being started has said more precisely why.
-        if (stopReason().code == OBS_OUTPUT_SUCCESS)
-            setStopReason({OBS_OUTPUT_ERROR, QString::fromUtf8(text)});
+    // An output that ended while it was being started has said more precisely why.
+    if (m_endOwed && stopReason().code == OBS_OUTPUT_SUCCESS)
+        setStopReason({OBS_OUTPUT_ERROR, QString::fromUtf8(text)});
+    retireWithVideo();
+    if (m_endOwed.exchange(false))
         emit statusChanged(recordstatus::kEnded);
-    }
     return -1;
 }
 
@@ -251,8 +251,30 @@ void FileOutput::noteStop(calldata_t* stopSignal)
     // The output frees its encoders as soon as this returns. The streams pass it nothing any more, but may still be
     // inside.
     const StreamTap::Quiesce quiesce(m_tap);
-    // While the tap is connected to the engine's video that counts as active, and every frame is read back for nobody.
-    QMetaObject::invokeMethod(this, &FileOutput::disconnectIdleTap, Qt::QueuedConnection);
+}
+
+/// While the tap is connected to the engine's video that counts as active, and every frame is read back for nobody.
+void FileOutput::queueRelease()
+{
+    if (hasEndedByItself())
+        QMetaObject::invokeMethod(this, &FileOutput::releaseEnded, Qt::QueuedConnection);
+}
+
+void FileOutput::releaseEnded()
+{
+    disconnectIdleTap();
+    // Whoever has heard of the end may have prepared the next recording.
+    if (!isRecording() && hasEndedByItself())
+        retireWithVideo();
+}
+
+/// A video of the program's own holds memory, and a connection to the X server, whose events nobody reads any more.
+void FileOutput::retireWithVideo()
+{
+    if (!m_output || !m_video)
+        return;
+    m_recordedFrames = recordedFrames();
+    retire(std::move(m_output), std::exchange(m_video, nullptr));
 }
 
 void FileOutput::disconnectIdleTap()
@@ -265,6 +287,8 @@ void FileOutput::reportEnd()
 {
     if (!m_endOwed.exchange(false))
         return;
+    // Before anybody hears of the end.
+    queueRelease();
     const bool onOwnThread = QThread::currentThread() == thread();
     if (onOwnThread)
         m_reportingOnOwnThread = true;

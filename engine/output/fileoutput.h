@@ -95,6 +95,9 @@ private:
     static void onStoppedEarly(void* self, calldata_t* stopSignal);
     void noteStop(calldata_t* stopSignal);
     void disconnectIdleTap();
+    void queueRelease();
+    void releaseEnded();
+    void retireWithVideo();
     void reportEnd();
     void setStopReason(const StopReason& reason);
 

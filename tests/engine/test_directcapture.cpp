@@ -12,12 +12,15 @@
 #include "tests/support/messagecapture.h"
 #include "tests/support/testrun.h"
 
+#include <QDir>
+#include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 
 namespace {
@@ -87,6 +90,16 @@ bool isOfTheEngine(video_t* video)
     return video == obs_get_video();
 }
 
+qsizetype threadsNamed(const QByteArray& name)
+{
+    const QDir threads(QStringLiteral("/proc/self/task"));
+    const QStringList numbers = threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return std::count_if(numbers.begin(), numbers.end(), [&](const QString& number) {
+        QFile file(threads.filePath(number + QLatin1String("/comm")));
+        return file.open(QIODevice::ReadOnly) && file.readAll().trimmed() == name;
+    });
+}
+
 video_t* recordedVideo()
 {
     const ObsOutputHandle output(obs_get_output_by_name("adv_ffmpeg_output"));
@@ -108,7 +121,9 @@ private slots:
             m_screen->paint(QRect(x, 0, 1, kColumnsEnd), kWhite);
         for (int y = kColumnsEnd; y < kScreen.height(); y += 2)
             m_screen->paint(QRect(0, y, kScreen.width(), 1), kWhite);
-        QCOMPARE(m_stock.start(), QString());
+        EngineTimings timings;
+        timings.release.delay = std::chrono::milliseconds(500);
+        QCOMPARE(m_stock.start(timings), QString());
         m_stock.engine().setCaptureCursor(false);
     }
 
@@ -221,6 +236,8 @@ private slots:
         QCOMPARE(m_stock.engine().startRecording(), 0);
         QTRY_VERIFY_WITH_TIMEOUT(!m_stock.engine().isRecording(), 20'000);
         QTRY_VERIFY(!video_output_active(recordedVideo()));
+        // Its connection to the X server goes with it.
+        QTRY_COMPARE_WITH_TIMEOUT(threadsNamed("screen video"), 0, 20'000);
         QCOMPARE(m_stock.engine().stopRecording(false), 0);
         QCOMPARE(m_stock.begin(path("after"), kMp4), QString());
         QCOMPARE(m_stock.end(), QString());

@@ -19,6 +19,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <atomic>
 #include <chrono>
 #include <limits>
 #include <memory>
@@ -690,6 +691,37 @@ private slots:
         QCOMPARE(engineVideo(), (QList<QSize>{QSize(640, 480), QSize(640, 480)}));
     }
 
+    void startThatFailsReleasesItsFrames()
+    {
+        behaviour().outputStarts = false;
+        QVERIFY(
+            start([](const QRect&, QString&) -> std::unique_ptr<FrameSource> { return std::make_unique<NoFrames>(); }));
+        QTRY_COMPARE(NoFrames::count, 0);
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, 1);
+        QCOMPARE(NoFrames::count, 1);
+        QCOMPARE(m_wrapper->startRecording(), -1);
+        QTRY_COMPARE(NoFrames::count, 0);
+    }
+
+    void nextRecordingMayBePreparedWhenAFailedStartIsSignalled()
+    {
+        behaviour().outputStarts = false;
+        QVERIFY(
+            start([](const QRect&, QString&) -> std::unique_ptr<FrameSource> { return std::make_unique<NoFrames>(); }));
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 320, 240, 30, 4, 1);
+        const auto prepared = connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, this, [&](int status) {
+            if (status == recordstatus::kEnded) {
+                behaviour().outputStarts = true;
+                m_wrapper->setupFFmpeg(QStringLiteral("/next"), 320, 240, 30, 4, 1);
+            }
+        });
+        QCOMPARE(m_wrapper->startRecording(), -1);
+        disconnect(prepared);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        m_wrapper->stopRecording(true);
+    }
+
     void sceneIsRenderedAsSoonAsTheTargetHasNoPositionOnTheDesktop()
     {
         QVERIFY(
@@ -720,6 +752,11 @@ private:
     class NoFrames : public FrameSource
     {
     public:
+        NoFrames() { ++count; }
+        ~NoFrames() override { --count; }
+
+        static inline std::atomic<int> count{0};
+
         void setOrigin(const QPoint&) override {}
         void setPointer(const FramePointer&) override {}
         void update(std::uint64_t) override {}
