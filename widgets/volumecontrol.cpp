@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/volumecontrol.h"
 
+#include <QEvent>
+#include <QImage>
 #include <QMutexLocker>
 #include <QPaintEngine>
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -30,6 +33,17 @@ int saturated(float value)
     if (value < -2147483648.0F)
         return std::numeric_limits<int>::min();
     return static_cast<int>(value);
+}
+
+bool isOpaque(const QImage& image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (qAlpha(image.pixel(x, y)) != 255)
+                return false;
+        }
+    }
+    return true;
 }
 
 /// The colour of a lit segment at a position in the row, from 0 to 1.
@@ -90,13 +104,30 @@ void VolumeControl::setAudioChannelCount(int count)
     m_audioChannelCount = count;
 }
 
+bool VolumeControl::event(QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::Move:
+    case QEvent::Resize:
+    case QEvent::ParentChange:
+    case QEvent::StyleChange:
+    case QEvent::PaletteChange:
+    case QEvent::EnabledChange:
+        m_emptyRow = QPixmap();
+        break;
+    default:
+        break;
+    }
+    return QWidget::event(event);
+}
+
 void VolumeControl::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     // What is painted on may not be the widget's own screen.
     const qreal ratio = painter.paintEngine()->paintDevice()->devicePixelRatioF();
-    if (m_emptyRow.size() != size() * ratio || m_emptyRow.devicePixelRatio() != ratio)
-        m_emptyRow = paintedEmptyRow(ratio);
+    if (m_emptyRow.isNull() || m_emptyRow.devicePixelRatio() != ratio)
+        makeEmptyRow(ratio);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.drawPixmap(0, 0, m_emptyRow);
     if (width() <= kNarrowestRowPx)
@@ -107,11 +138,27 @@ void VolumeControl::paintEvent(QPaintEvent* /*event*/)
         paintSegment(painter, segment, litColor(static_cast<float>(segment) / static_cast<float>(count)));
 }
 
-QPixmap VolumeControl::paintedEmptyRow(qreal devicePixelRatio) const
+/// What the parent itself paints below the meter.
+QImage VolumeControl::background(qreal devicePixelRatio) const
 {
-    QPixmap row(size() * devicePixelRatio);
-    row.setDevicePixelRatio(devicePixelRatio);
-    row.fill(Qt::transparent);
+    QImage image(size() * devicePixelRatio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(devicePixelRatio);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    if (parentWidget() != nullptr)
+        parentWidget()->render(&painter, QPoint(), QRegion(geometry()), QWidget::RenderFlags());
+    return image;
+}
+
+/// A meter that covers all of its rectangle is repainted without what lies below, which costs many times as much.
+void VolumeControl::makeEmptyRow(qreal devicePixelRatio)
+{
+    QImage row = background(devicePixelRatio);
+    // Between whole pixels the edges are blended with what was there.
+    const bool covers = isOpaque(row) && devicePixelRatio == std::floor(devicePixelRatio);
+    setAttribute(Qt::WA_OpaquePaintEvent, covers);
+    if (!covers)
+        row.fill(Qt::transparent);
     QPainter painter(&row);
     painter.setRenderHint(QPainter::Antialiasing);
     paintFrame(painter);
@@ -119,7 +166,8 @@ QPixmap VolumeControl::paintedEmptyRow(qreal devicePixelRatio) const
         for (int segment = 0; segment < segmentCount(); ++segment)
             paintSegment(painter, segment, QColor(57, 57, 61));
     }
-    return row;
+    painter.end();
+    m_emptyRow = QPixmap::fromImage(row);
 }
 
 void VolumeControl::paintFrame(QPainter& painter) const

@@ -43,15 +43,17 @@ public:
     int audioChannelCount() const { return m_audioChannelCount; }
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     using Levels = std::array<float, kMaxChannels>;
 
+    QImage background(qreal devicePixelRatio) const;
+    void makeEmptyRow(qreal devicePixelRatio);
     void paintFrame(QPainter& painter) const;
     int segmentCount() const;
     void paintSegment(QPainter& painter, int index, const QColor& color) const;
-    QPixmap paintedEmptyRow(qreal devicePixelRatio) const;
     int barLengthPx(double magnitudeDb) const;
     int litSegmentCount(int segmentCount) const;
 
@@ -70,6 +72,7 @@ private:
     [[maybe_unused]] double m_integrationSeconds = 0.3;
     double m_minimumLevelDb = -90.0;
     QTimer m_repaintTimer;
-    /// The frame with its empty segments.
+    /// The frame with its empty segments; on the parent's background where that covers everything below. Null where it
+    /// has to be made again.
     QPixmap m_emptyRow;
 };

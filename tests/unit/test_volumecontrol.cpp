@@ -5,6 +5,7 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QPalette>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -203,6 +204,49 @@ private slots:
         meter.resetLevels();
         QCoreApplication::sendPostedEvents();
         QVERIFY(counter.updates > 0);
+    }
+
+    void whatLiesBelowIsNotRepaintedWithTheMeter()
+    {
+        QWidget window;
+        window.resize(120, 40);
+        window.setAutoFillBackground(true);
+        window.setPalette(QPalette(Qt::darkGreen, Qt::darkGreen));
+        PaintCounter ofWindow;
+        window.installEventFilter(&ofWindow);
+        VolumeControl meter(&window);
+        PaintCounter ofMeter;
+        meter.installEventFilter(&ofMeter);
+        meter.setGeometry(10, 10, 100, 14);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QTRY_VERIFY(ofMeter.paints >= 2);
+        ofMeter.paints = 0;
+        ofWindow.paints = 0;
+        QTRY_VERIFY(ofMeter.paints >= 3);
+        QCOMPARE(ofWindow.paints, 0);
+        // The corners show it all the same, also when it changes.
+        for (const Qt::GlobalColor colour : {Qt::darkGreen, Qt::darkBlue}) {
+            window.setPalette(QPalette(colour, colour));
+            QTRY_COMPARE(window.grab().toImage().pixelColor(10, 10), QColor(colour));
+        }
+    }
+
+    void translucentParentIsPaintedOnce()
+    {
+        QWidget window;
+        window.resize(120, 40);
+        window.setAutoFillBackground(true);
+        window.setPalette(QPalette(Qt::white, Qt::white));
+        QWidget between(&window);
+        between.setGeometry(0, 0, 120, 40);
+        between.setAutoFillBackground(true);
+        const QColor translucent(0, 0, 0, 100);
+        between.setPalette(QPalette(translucent, translucent));
+        VolumeControl meter(&between);
+        meter.setGeometry(10, 10, 100, 14);
+        const QImage shown = window.grab().toImage();
+        QCOMPARE(shown.pixelColor(10, 10), shown.pixelColor(5, 5));
     }
 
 private:
