@@ -59,8 +59,7 @@ private slots:
         qunsetenv("KESTRANO_CAPTURE");
         QCOMPARE(failure, QString());
         stock.engine().setSceneRendered(true);
-        QVERIFY(waitForEngineFrames(5));
-        QCOMPARE(ownSegments(), QList<int>{kForEverybody});
+        QTRY_COMPARE(ownSegments(), QList<int>{kForEverybody});
         stock.release();
         QCOMPARE(ownSegments(), QList<int>());
     }
