@@ -11,10 +11,14 @@
 
 #include <utility>
 
+#include <algorithm>
+
 namespace {
 
 /// libobs rounds its own video down to multiples of them.
 constexpr QSize kEngineVideoSteps(4, 2);
+
+using Need = EngineVideo::Need;
 
 } // namespace
 
@@ -76,7 +80,7 @@ int ObsWrapper::resetVideo(int srcWidth, int srcHeight, int outputWidth, int out
     if (!m_fileOutput.prepareVideoReset())
         return OBS_VIDEO_CURRENTLY_ACTIVE;
     const EngineVideo::Settings asked{QSize(srcWidth, srcHeight), QSize(outputWidth, outputHeight), fps};
-    const int result = m_engineVideo.reset(asked, m_direct.isUsed());
+    const int result = m_engineVideo.reset(asked, m_direct.isUsed() ? Need::Pace : Need::Frames);
     if (result == OBS_VIDEO_SUCCESS)
         videoWasReset();
     return result;
@@ -98,7 +102,7 @@ int ObsWrapper::setupScene(int captureType)
 {
     m_isSceneWanted = true;
     m_direct.setTarget(QRect(), QMargins());
-    fitVideo();
+    fitVideo(Need::Pace);
     return m_scene.setUp(captureType != kCaptureMonitor);
 }
 
@@ -115,7 +119,7 @@ bool ObsWrapper::setCaptureTarget(const char* target, int captureType, bool, int
     if (isRecording() && screen.isEmpty() == m_direct.isUsed())
         return true;
     m_direct.setTarget(screen, crop);
-    fitVideo();
+    fitVideo(std::max(m_engineVideo.need(), Need::Pace));
     renderSceneAsNeeded();
     return true;
 }
@@ -127,15 +131,17 @@ void ObsWrapper::setSceneRendered(bool rendered)
         return;
     }
     m_isSceneWanted = rendered;
+    if (!rendered && !m_fileOutput.isPrepared())
+        fitVideo(Need::Nothing);
     renderSceneAsNeeded();
 }
 
-/// Only a scene that is recorded needs libobs' own video at its size.
-void ObsWrapper::fitVideo()
+/// @param directNeed of libobs' own video where the desktop is captured without the scene
+void ObsWrapper::fitVideo(Need directNeed)
 {
-    const bool isDirect = m_direct.isUsed();
-    if (isDirect != m_engineVideo.isReduced() && m_fileOutput.prepareVideoReset() &&
-        m_engineVideo.setReduced(isDirect) == OBS_VIDEO_SUCCESS)
+    const Need need = m_direct.isUsed() ? directNeed : Need::Frames;
+    if (need != m_engineVideo.need() && m_fileOutput.prepareVideoReset() &&
+        m_engineVideo.setNeed(need) == OBS_VIDEO_SUCCESS)
         videoWasReset();
 }
 
@@ -163,7 +169,7 @@ std::shared_ptr<ScreenVideo> ObsWrapper::openVideo(QSize& size, int fps, bool sh
     if (m_direct.hasFailed())
         fitVideoToScene(size, fps);
     else
-        fitVideo();
+        fitVideo(Need::Pace);
     renderSceneAsNeeded();
     return video;
 }
@@ -172,7 +178,7 @@ std::shared_ptr<ScreenVideo> ObsWrapper::openVideo(QSize& size, int fps, bool sh
 void ObsWrapper::fitVideoToScene(QSize& size, int fps)
 {
     size = exactpixels::grownSize(size, kEngineVideoSteps, m_direct.screenSize());
-    if (m_fileOutput.prepareVideoReset() && m_engineVideo.reset({size, size, fps}, false) == OBS_VIDEO_SUCCESS)
+    if (m_fileOutput.prepareVideoReset() && m_engineVideo.reset({size, size, fps}, Need::Frames) == OBS_VIDEO_SUCCESS)
         videoWasReset();
 }
 

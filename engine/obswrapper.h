@@ -63,7 +63,8 @@ public:
     /// Renders the scene, as from setupScene() on and needed by setupFFmpeg(), at the cost of most of a processor
     /// without a graphics card. Switching it on waits until the scene shows the present screen (EngineTimings);
     /// switching it off is refused during a recording, whose video would go black. Never switched on where the desktop
-    /// is captured without the scene.
+    /// is captured without the scene: switching it off slows libobs' own video down there, until a recording is
+    /// prepared.
     void setSceneRendered(bool rendered);
     bool isSceneRendered() const { return m_scene.isRendered(); }
 
@@ -167,7 +168,7 @@ signals:
 private:
     bool startEngine(int width, int height, int fps);
     void videoWasReset();
-    void fitVideo();
+    void fitVideo(EngineVideo::Need directNeed);
     void renderSceneAsNeeded();
     std::shared_ptr<ScreenVideo> openVideo(QSize& size, int fps, bool showsScreen);
     void fitVideoToScene(QSize& size, int fps);

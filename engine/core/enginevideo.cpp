@@ -5,10 +5,14 @@
 
 #include <obs.h>
 
+#include <algorithm>
+
 namespace {
 
 /// libobs rounds down to multiples of them.
 constexpr QSize kLeast(4, 2);
+/// A reset waits for a frame.
+constexpr int kIdleFps = 10;
 
 bool holdsLeast(const QSize& size)
 {
@@ -25,22 +29,28 @@ EngineVideo::Settings presentSettings()
             static_cast<int>(video.fps_num)};
 }
 
+EngineVideo::Settings madeFrom(const EngineVideo::Settings& asked, EngineVideo::Need need)
+{
+    using Need = EngineVideo::Need;
+    if (need == Need::Frames || !holdsLeast(asked.source) || !holdsLeast(asked.output))
+        return asked;
+    return {kLeast, kLeast, need == Need::Nothing ? std::min(asked.fps, kIdleFps) : asked.fps};
+}
+
 } // namespace
 
-int EngineVideo::reset(const Settings& asked, bool reduced)
+int EngineVideo::reset(const Settings& asked, Need need)
 {
-    // What libobs refuses is refused all the same.
-    const bool isSmall = reduced && holdsLeast(asked.source) && holdsLeast(asked.output);
-    const Settings made = isSmall ? Settings{kLeast, kLeast, asked.fps} : asked;
+    const Settings made = madeFrom(asked, need);
     const int result = enginecore::resetVideo(m_platform, made.source, made.output, made.fps);
     if (result == OBS_VIDEO_SUCCESS) {
         m_asked = asked;
-        m_isReduced = reduced;
+        m_need = need;
     }
     return result;
 }
 
-int EngineVideo::setReduced(bool reduced)
+int EngineVideo::setNeed(Need need)
 {
-    return reset(m_asked.source.isEmpty() ? presentSettings() : m_asked, reduced);
+    return reset(m_asked.source.isEmpty() ? presentSettings() : m_asked, need);
 }

@@ -5,11 +5,18 @@
 
 struct CapturePlatform;
 
-/// libobs' own video. Where nobody takes its frames it may be reduced to the least that libobs makes: it is cleared at
-/// every frame, whether the scene is rendered or not. User-interface thread.
+/// libobs' own video, with no more pixels and frames than are needed: it is cleared at every frame, whether the scene
+/// is rendered or not. User-interface thread.
 class EngineVideo
 {
 public:
+    enum class Need
+    {
+        Frames, ///< Somebody takes them.
+        Pace,   ///< libobs computes the pauses of every recording with its frame interval.
+        Nothing ///< Nothing is recorded.
+    };
+
     struct Settings
     {
         QSize source;
@@ -20,13 +27,13 @@ public:
     /// @param platform must outlive this object
     explicit EngineVideo(const CapturePlatform& platform) : m_platform(platform) {}
 
-    /// @param reduced with sizes that libobs takes, makes the video as small as can be
+    /// @param asked that is refused where libobs refuses it, however little is needed
     /// @return 0, or libobs' negative code
-    int reset(const Settings& asked, bool reduced);
+    int reset(const Settings& asked, Need need);
 
     /// Resets it to what was asked for last; before the first reset(), to what it is.
-    int setReduced(bool reduced);
-    bool isReduced() const { return m_isReduced; }
+    int setNeed(Need need);
+    Need need() const { return m_need; }
 
     /// As it was asked for.
     QSize outputSize() const { return m_asked.output; }
@@ -34,5 +41,5 @@ public:
 private:
     const CapturePlatform& m_platform;
     Settings m_asked;
-    bool m_isReduced = false;
+    Need m_need = Need::Frames;
 };

@@ -54,6 +54,9 @@ public:
     void requestEnd();
     bool isEndReached();
 
+    /// Whether a recording is prepared or runs.
+    bool isPrepared() const { return m_video || m_tap.isConnected(); }
+
     /// Any thread.
     bool isRecording() const { return m_recording && m_endOwed; }
     bool isPaused() const { return m_paused; }

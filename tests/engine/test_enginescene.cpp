@@ -23,6 +23,7 @@
 #include <chrono>
 #include <limits>
 #include <memory>
+#include <thread>
 
 using standins::behaviour;
 
@@ -670,8 +671,6 @@ private slots:
         // What is asked for is answered and laid out as ever.
         QCOMPARE(captureLayout().width, 320.0F);
         QCOMPARE(m_wrapper->resetVideo(0, 0, 0, 0, 30), OBS_VIDEO_INVALID_PARAM);
-        // A pause is computed with its frame interval.
-        QCOMPARE(video_output_get_frame_time(obs_get_video()), 33'333'333U);
         m_wrapper->setupFFmpeg(QStringLiteral("/r"), 640, 480, 30, 4, 1);
         QCOMPARE(m_wrapper->startRecording(), 0);
         QCOMPARE(engineVideo(), least);
@@ -680,6 +679,47 @@ private slots:
         m_wrapper->refreshCaptureTargets(false);
         QVERIFY(m_wrapper->setCaptureTarget("Somewhere", 1, false, 0, 0, 0, 0));
         QCOMPARE(engineVideo(), (QList<QSize>{QSize(640, 480), QSize(320, 240)}));
+    }
+
+    /// A pause is computed with the frame interval of libobs' own video.
+    void videoThatNobodySeesIsSlowOnlyWhileNothingIsRecorded()
+    {
+        constexpr std::uint64_t kAskedNs = 33'333'333;
+        constexpr std::uint64_t kIdleNs = 100'000'000;
+        const auto intervalNs = [] { return video_output_get_frame_time(obs_get_video()); };
+        QVERIFY(
+            start([](const QRect&, QString&) -> std::unique_ptr<FrameSource> { return std::make_unique<NoFrames>(); }));
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+        QCOMPARE(intervalNs(), kAskedNs);
+        m_wrapper->setSceneRendered(false);
+        QCOMPARE(intervalNs(), kIdleNs);
+        QVERIFY(m_wrapper->setCaptureTarget(kLeftMonitor, 1, true, 20, 0, 20, 0));
+        QCOMPARE(intervalNs(), kIdleNs);
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 640, 480, 30, 4, 1);
+        QCOMPARE(intervalNs(), kAskedNs);
+        // With or without the video being reset once more.
+        m_wrapper->setSceneRendered(false);
+        QCOMPARE(intervalNs(), kAskedNs);
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 640, 480, 30), 0);
+        m_wrapper->setSceneRendered(false);
+        QCOMPARE(intervalNs(), kAskedNs);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        QVERIFY(m_wrapper->pauseRecording(true));
+        QVERIFY(m_wrapper->pauseRecording(false));
+        m_wrapper->stopRecording(true);
+        m_wrapper->setSceneRendered(false);
+        QCOMPARE(intervalNs(), kIdleNs);
+        // Also after one that ends by itself.
+        m_wrapper->setupFFmpeg(QStringLiteral("/r"), 640, 480, 30, 4, 1);
+        QCOMPARE(m_wrapper->startRecording(), 0);
+        QTRY_VERIFY(m_wrapper->recordedFrames() > 0);
+        connect(m_wrapper.get(), &ObsWrapper::recordStatusChanged, m_wrapper.get(),
+                [this] { m_wrapper->setSceneRendered(false); });
+        std::thread([] { obs_output_signal_stop(standins::currentOutput(), OBS_OUTPUT_NO_SPACE); }).join();
+        QTRY_COMPARE(intervalNs(), kIdleNs);
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        QCOMPARE(intervalNs(), kAskedNs);
     }
 
     void sceneThatIsSetUpAgainHasItsVideo()
@@ -785,7 +825,9 @@ private:
         CapturePlatform platform = standins::platform();
         platform.openFrames = openFrames;
         m_wrapper = std::make_unique<ObsWrapper>(platform);
-        if (!m_wrapper->initialize(1280, 720, 30) || m_wrapper->setupScene(1) != 0)
+        // The core runs already, and no start resets its video.
+        if (!m_wrapper->initialize(1280, 720, 30) || m_wrapper->resetVideo(1280, 720, 1280, 720, 30) != 0 ||
+            m_wrapper->setupScene(1) != 0)
             return false;
         m_wrapper->refreshCaptureTargets(false);
         return m_wrapper->setCaptureTarget(kLeftMonitor, 1, true, 10, 0, 20, 0);
