@@ -145,6 +145,39 @@ private:
     QImage m_image;
 };
 
+/// @param ms since some moment
+void showAt(FrameSource& frames, FrameBuffer& buffer, int ms)
+{
+    constexpr std::uint64_t kBeginNs = 1'000'000'000'000;
+    frames.update(kBeginNs + std::uint64_t{1'000'000} * static_cast<std::uint64_t>(ms));
+    frames.write(buffer.view());
+}
+
+void show(FrameSource& frames, FrameBuffer& buffer)
+{
+    showAt(frames, buffer, 0);
+}
+
+/// A red desktop with the pointer at (100, 100), and frames of it; none where they cannot be had.
+struct PointedDesktop
+{
+    PointedDesktop(const char* display, const FramePointer& pointer)
+        : window(kDesktop, kRed, display), frame(kDesktop.size())
+    {
+        window.movePointer(QPoint(100, 100));
+        QString obstacle;
+        frames = X11Frames::open(kDesktop, obstacle, display);
+        if (frames)
+            frames->setPointer(pointer);
+    }
+
+    void show(int ms = 0) { showAt(*frames, frame, ms); }
+
+    PaintedWindow window;
+    std::unique_ptr<FrameSource> frames;
+    FrameBuffer frame;
+};
+
 } // namespace
 
 /// On servers of its own, so that nobody else draws.
@@ -385,19 +418,16 @@ private slots:
 
     void screenThatChangesBelowThePointerIsSeenAroundIt()
     {
-        PaintedWindow window(kDesktop, kRed, display());
-        window.setBlockPointer(8, QPoint(0, 0), 0);
-        window.movePointer(QPoint(100, 100));
-        const auto frames = open(kDesktop);
-        QVERIFY(frames);
-        FrameBuffer frame(kDesktop.size());
-        show(*frames, frame);
-        window.paint(QRect(90, 90, 40, 40), kGreen);
-        show(*frames, frame);
-        QCOMPARE(frame.lumaAt(99, 99), lumaOf(kGreen));
-        QCOMPARE(frame.lumaAt(100, 100), lumaOf(0));
-        QCOMPARE(frame.lumaAt(107, 107), lumaOf(0));
-        QCOMPARE(frame.lumaAt(108, 108), lumaOf(kGreen));
+        PointedDesktop desktop(display(), FramePointer());
+        QVERIFY(desktop.frames);
+        desktop.window.setBlockPointer(8, QPoint(0, 0), 0);
+        desktop.show();
+        desktop.window.paint(QRect(90, 90, 40, 40), kGreen);
+        desktop.show();
+        QCOMPARE(desktop.frame.lumaAt(99, 99), lumaOf(kGreen));
+        QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(0));
+        QCOMPARE(desktop.frame.lumaAt(107, 107), lumaOf(0));
+        QCOMPARE(desktop.frame.lumaAt(108, 108), lumaOf(kGreen));
     }
 
     void pointerAtTheEdgeIsCutOff()
@@ -450,39 +480,31 @@ private slots:
 
     void highlightIsDrawnAroundThePointerAndLeavesNothingBehind()
     {
-        PaintedWindow window(kDesktop, kRed, display());
-        window.movePointer(QPoint(100, 100));
-        const auto frames = open(kDesktop);
-        QVERIFY(frames);
-        frames->setPointer(kOpaqueCircles);
-        FrameBuffer frame(kDesktop.size());
-        show(*frames, frame);
-        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kHighlight));
-        QCOMPARE(frame.lumaAt(100 - 18, 100), lumaOf(kHighlight));
-        QCOMPARE(frame.lumaAt(100, 100 + 18), lumaOf(kHighlight));
-        QCOMPARE(frame.lumaAt(100 + 23, 100), lumaOf(kRed));
-        window.movePointer(QPoint(200, 150));
-        show(*frames, frame);
-        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kRed));
-        QCOMPARE(frame.lumaAt(200, 150), lumaOf(kHighlight));
-        frames->setPointer(kNoPointer);
-        show(*frames, frame);
-        QCOMPARE(frame.lumaAt(200, 150), lumaOf(kRed));
+        PointedDesktop desktop(display(), kOpaqueCircles);
+        QVERIFY(desktop.frames);
+        desktop.show();
+        QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(kHighlight));
+        QCOMPARE(desktop.frame.lumaAt(100 - 18, 100), lumaOf(kHighlight));
+        QCOMPARE(desktop.frame.lumaAt(100, 100 + 18), lumaOf(kHighlight));
+        QCOMPARE(desktop.frame.lumaAt(100 + 23, 100), lumaOf(kRed));
+        desktop.window.movePointer(QPoint(200, 150));
+        desktop.show();
+        QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(kRed));
+        QCOMPARE(desktop.frame.lumaAt(200, 150), lumaOf(kHighlight));
+        desktop.frames->setPointer(kNoPointer);
+        desktop.show();
+        QCOMPARE(desktop.frame.lumaAt(200, 150), lumaOf(kRed));
     }
 
     void highlightHasTheSizeOfTheScreensPixels()
     {
-        PaintedWindow window(kDesktop, kRed, display());
-        window.movePointer(QPoint(100, 100));
-        const auto frames = open(kDesktop);
-        QVERIFY(frames);
         FramePointer pointer = kOpaqueCircles;
         pointer.pixelRatio = 1.5F;
-        frames->setPointer(pointer);
-        FrameBuffer frame(kDesktop.size());
-        show(*frames, frame);
-        QCOMPARE(frame.lumaAt(100 - 28, 100), lumaOf(kHighlight));
-        QCOMPARE(frame.lumaAt(100 - 33, 100), lumaOf(kRed));
+        PointedDesktop desktop(display(), pointer);
+        QVERIFY(desktop.frames);
+        desktop.show();
+        QCOMPARE(desktop.frame.lumaAt(100 - 28, 100), lumaOf(kHighlight));
+        QCOMPARE(desktop.frame.lumaAt(100 - 33, 100), lumaOf(kRed));
     }
 
     void clickIsMarkedWhileTheButtonIsDown_data()
@@ -498,60 +520,48 @@ private slots:
     {
         QFETCH(const QString, button);
         QFETCH(const std::uint32_t, color);
-        PaintedWindow window(kDesktop, kRed, display());
-        window.movePointer(QPoint(100, 100));
-        const auto frames = open(kDesktop);
-        QVERIFY(frames);
-        frames->setPointer(kOpaqueCircles);
-        FrameBuffer frame(kDesktop.size());
-        showAt(*frames, frame, 0);
+        PointedDesktop desktop(display(), kOpaqueCircles);
+        QVERIFY(desktop.frames);
+        desktop.show();
         QVERIFY(xdotool({QStringLiteral("mousedown"), button}));
-        showAt(*frames, frame, 1'000);
-        QCOMPARE(frame.lumaAt(100, 100), lumaOf(color));
-        QCOMPARE(frame.lumaAt(100 + 16, 100), lumaOf(kHighlight));
-        showAt(*frames, frame, 5'000);
-        QCOMPARE(frame.lumaAt(100, 100), lumaOf(color));
+        desktop.show(1'000);
+        QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(color));
+        QCOMPARE(desktop.frame.lumaAt(100 + 16, 100), lumaOf(kHighlight));
+        desktop.show(5'000);
+        QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(color));
         QVERIFY(xdotool({QStringLiteral("mouseup"), button}));
-        showAt(*frames, frame, 6'000);
-        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kHighlight));
+        desktop.show(6'000);
+        QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(kHighlight));
     }
 
     void clickBetweenTwoFramesIsMarkedLongEnoughToBeSeen()
     {
-        PaintedWindow window(kDesktop, kRed, display());
-        window.movePointer(QPoint(100, 100));
-        const auto frames = open(kDesktop);
-        QVERIFY(frames);
-        frames->setPointer(kOpaqueCircles);
-        FrameBuffer frame(kDesktop.size());
-        showAt(*frames, frame, 0);
+        PointedDesktop desktop(display(), kOpaqueCircles);
+        QVERIFY(desktop.frames);
+        desktop.show();
         QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("1")}));
         for (const int ms : {33, 66, 199}) {
-            showAt(*frames, frame, ms);
-            QCOMPARE(frame.lumaAt(100, 100), lumaOf(kLeftClick));
+            desktop.show(ms);
+            QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(kLeftClick));
         }
-        showAt(*frames, frame, 300);
-        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kHighlight));
+        desktop.show(300);
+        QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(kHighlight));
     }
 
     void clicksAreThoseOfTheUsersArrangement()
     {
-        PaintedWindow window(kDesktop, kRed, display());
-        window.movePointer(QPoint(100, 100));
-        window.arrangeButtons({3, 2, 1});
-        const auto frames = open(kDesktop);
-        QVERIFY(frames);
-        frames->setPointer(kOpaqueCircles);
-        FrameBuffer frame(kDesktop.size());
-        showAt(*frames, frame, 0);
+        PaintedWindow(kDesktop, kRed, display()).arrangeButtons({3, 2, 1});
+        PointedDesktop desktop(display(), kOpaqueCircles);
+        QVERIFY(desktop.frames);
+        desktop.show();
         QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("1")}));
-        showAt(*frames, frame, 33);
-        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kRightClick));
-        showAt(*frames, frame, 300);
-        window.arrangeButtons({1, 2, 3});
+        desktop.show(33);
+        QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(kRightClick));
+        desktop.show(300);
+        desktop.window.arrangeButtons({1, 2, 3});
         QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("1")}));
-        showAt(*frames, frame, 333);
-        QCOMPARE(frame.lumaAt(100, 100), lumaOf(kLeftClick));
+        desktop.show(333);
+        QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(kLeftClick));
     }
 
     void displayWithoutFramesSaysWhy()
@@ -591,16 +601,6 @@ private:
     static QString changedTo(const QString& size)
     {
         return QStringLiteral("The screens have changed: the desktop is %1 now; the recording goes on").arg(size);
-    }
-
-    static void show(FrameSource& frames, FrameBuffer& buffer) { showAt(frames, buffer, 0); }
-
-    /// @param ms since some moment
-    static void showAt(FrameSource& frames, FrameBuffer& buffer, int ms)
-    {
-        constexpr std::uint64_t kBeginNs = 1'000'000'000'000;
-        frames.update(kBeginNs + std::uint64_t{1'000'000} * static_cast<std::uint64_t>(ms));
-        frames.write(buffer.view());
     }
 
     std::unique_ptr<XServer> m_server;
