@@ -76,6 +76,9 @@ Take record(ProgramUnderTest& program, const QString& extension, int millisecond
 inline constexpr int kStepsToName = 4;
 inline constexpr int kStepsToRatio = 13;
 inline constexpr int kStepsToRegion = 15;
+/// From where the keyboard is after the recording of a region: the tile has passed it on, because a recording disables
+/// it.
+inline constexpr int kStepsToRegionAgain = 7;
 
 /// Activates the main window and goes back in the order of its controls. False when there is no such window.
 bool goBackFromRecordButton(ProgramUnderTest& program, int steps);

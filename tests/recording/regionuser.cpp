@@ -1,34 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/recording/regionuser.h"
 
-#include "tests/recording/recordinghelpers.h"
+#include "tests/support/mediafile.h"
 #include "tests/support/programundertest.h"
+#include "tests/support/x11clients.h"
 
-#include <QElapsedTimer>
+#include <QColor>
+#include <QImage>
 #include <QRegularExpression>
 #include <QTest>
-
-#include <algorithm>
 
 namespace {
 
 constexpr int kAnswerTimeoutMs = 15'000;
 
-/// The veil that a region is dragged on: a window of the program that has just come to lie above the others.
-bool waitForVeil(const ProgramUnderTest& program, uint32_t topmostBefore)
+/// Of the display around a position. The veil that a region is dragged on takes two fifths of it.
+int brightnessAt(const QPoint& position)
 {
-    QElapsedTimer waited;
-    waited.start();
-    do {
-        const QList<x11clients::Window> windows = x11clients::windowsOf(program.processId());
-        if (!windows.isEmpty() && windows.constLast().id != topmostBefore) {
-            // Shown to the window manager is not yet ready for the pointer.
-            QTest::qWait(300);
-            return true;
-        }
-        QTest::qWait(20);
-    } while (!waited.hasExpired(kAnswerTimeoutMs));
-    return false;
+    constexpr QSize kAround(8, 8);
+    return meanColour(x11clients::grab(QRect(position, kAround)), QPoint(4, 4), 4).value();
 }
 
 /// The area of the program's last word on it.
@@ -52,19 +42,21 @@ void regionuser::prepare(ProgramUnderTest& program, double scale)
     program.startThrough({QStringLiteral("env"), QStringLiteral("QT_SCALE_FACTOR=%1").arg(scale)});
 }
 
-std::optional<QRect> regionuser::chooseRegion(ProgramUnderTest& program, const QRect& logicalArea, double scale)
+std::optional<QRect> regionuser::chooseRegion(ProgramUnderTest& program, const QRect& logicalArea, double scale,
+                                              int steps)
 {
     const auto physical = [scale](const QPoint& logical) { return (QPointF(logical) * scale).toPoint(); };
-    if (!goBackFromRecordButton(program, kStepsToRegion))
+    if (!goBackFromRecordButton(program, steps))
         return std::nullopt;
+    const QPoint start = physical(logicalArea.topLeft());
     const qsizetype from = program.messages().size();
-    const QList<x11clients::Window> windows = x11clients::windowsOf(program.processId());
+    const int clear = brightnessAt(start);
     ProgramUnderTest::pressKey(QStringLiteral("space"));
     if (!program.waitForMessage(QStringLiteral("Select region clicked"), kAnswerTimeoutMs, from) ||
-        !waitForVeil(program, windows.isEmpty() ? 0 : windows.constLast().id))
+        !QTest::qWaitFor([&] { return brightnessAt(start) < clear * 3 / 4; }, kAnswerTimeoutMs))
         return std::nullopt;
     const qsizetype beforeDrag = program.messages().size();
-    if (!drag(physical(logicalArea.topLeft()), physical(logicalArea.bottomRight())))
+    if (!drag(start, physical(logicalArea.bottomRight())))
         return std::nullopt;
     return saidArea(program, beforeDrag);
 }

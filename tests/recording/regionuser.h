@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "tests/recording/recordinghelpers.h"
+
 #include <QRect>
-#include <QString>
 
 #include <optional>
-
-class ProgramUnderTest;
 
 /// A user who records regions with the running program. Rectangles are in physical pixels of the display, unless a name
 /// says otherwise.
@@ -21,9 +20,12 @@ void prepare(ProgramUnderTest& program, double scale = 1.0);
 
 /// Chooses the region tile and drags the area, whose corners are whole logical pixels. What the program then says it
 /// records, in logical pixels; nothing when it says nothing.
-std::optional<QRect> chooseRegion(ProgramUnderTest& program, const QRect& logicalArea, double scale = 1.0);
+///
+/// @param steps to the tile from the control that has the keyboard
+std::optional<QRect> chooseRegion(ProgramUnderTest& program, const QRect& logicalArea, double scale = 1.0,
+                                  int steps = kStepsToRegion);
 
-/// A position on the bar above the frame of a region at scale 1 that is not one of its buttons.
+/// A position on the bar above the frame of a region that is not one of its buttons; both in logical pixels.
 QPoint bareBar(const QRect& region);
 
 /// The pen button on that bar.
