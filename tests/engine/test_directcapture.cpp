@@ -22,6 +22,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <functional>
 
 namespace {
 
@@ -31,6 +32,8 @@ constexpr std::uint32_t kGreen = 0x14C850;
 constexpr QRect kScreen(0, 0, 640, 480);
 /// Above are columns, white where even, below rows.
 constexpr int kColumnsEnd = 240;
+/// What is recorded where the pointer is looked at.
+constexpr QRect kWithPointer(101, 53, 232, 202);
 /// MP4 keeps the range of the video.
 const auto kMp4 = static_cast<int>(RecordingFormat::Mp4);
 /// What of 256 steps the encoder may take from black and from white.
@@ -42,13 +45,14 @@ bool isWhiteAt(const QPoint& onScreen)
 }
 
 /// Counts the pixels that are not black or white as the screen is.
-int wrongPixels(const QImage& frame, const QPoint& origin, int allowed)
+int wrongPixels(const QImage& frame, const QPoint& origin, int allowed,
+                const std::function<bool(const QPoint&)>& isWhite = isWhiteAt)
 {
     int wrong = 0;
     for (int y = 0; y < frame.height(); ++y) {
         for (int x = 0; x < frame.width(); ++x) {
             const int gray = qGray(frame.pixel(x, y));
-            const int expected = isWhiteAt(origin + QPoint(x, y)) ? 255 : 0;
+            const int expected = isWhite(origin + QPoint(x, y)) ? 255 : 0;
             wrong += std::abs(gray - expected) > allowed ? 1 : 0;
         }
     }
@@ -186,6 +190,42 @@ private slots:
         QVERIFY(waitForFrames(kFramesUntilSharp));
         QCOMPARE(m_stock.end(), QString());
         QCOMPARE(wrongPixels(lastFrame(file), QPoint(76, 133), kEncoderError), 0);
+    }
+
+    void largePointerIsInTheFile_data()
+    {
+        QTest::addColumn<int>("sizePx");
+        QTest::newRow("64") << 64;
+        QTest::newRow("128") << 128;
+    }
+
+    void largePointerIsInTheFile()
+    {
+        QFETCH(const int, sizePx);
+        PaintedWindow white(kScreen, kWhite);
+        const QPoint hotSpot(sizePx / 2, sizePx / 4);
+        white.setBlockPointer(sizePx, hotSpot, 0);
+        white.movePointer(QPoint(201, 121));
+        const QImage last = lastFrame(recordedWithPointer(QTest::currentDataTag()));
+        const QRect block(QPoint(201, 121) - hotSpot, QSize(sizePx, sizePx));
+        QCOMPARE(last.size(), kWithPointer.size());
+        QCOMPARE(wrongPixels(last, kWithPointer.topLeft(), kEncoderError,
+                             [&block](const QPoint& position) { return !block.contains(position); }),
+                 0);
+    }
+
+    void allImagesOfAnAnimatedPointerAreInTheFile()
+    {
+        PaintedWindow white(kScreen, kWhite);
+        white.setAnimatedPointer(32, {0x0000, 0x8080, 0xFFFF}, 100);
+        white.movePointer(QPoint(201, 121));
+        const QString file = recordedWithPointer("animated");
+        QList<QColor> missing{QColor(0, 0, 0), QColor(128, 0, 0), QColor(255, 0, 0)};
+        for (const QImage& frame : MediaFile(recordingUrl(file, RecordingFormat::Mp4)).frames()) {
+            const QColor seen = meanColour(frame, QPoint(217, 137) - kWithPointer.topLeft(), 4);
+            missing.removeIf([&seen](const QColor& image) { return colourDistance(image, seen) < 32; });
+        }
+        QCOMPARE(missing, QList<QColor>());
     }
 
     void pauseLeavesOutWhatWasOnTheScreenMeanwhile()
@@ -356,6 +396,17 @@ private:
     {
         const QList<QImage> frames = MediaFile(recordingUrl(storePath, RecordingFormat::Mp4)).frames();
         return frames.isEmpty() ? QImage() : frames.last();
+    }
+
+    /// The stored path of a recording of kWithPointer that shows the pointer.
+    QString recordedWithPointer(const char* name)
+    {
+        QString file = path(name);
+        m_stock.engine().setCaptureCursor(true);
+        const bool recorded = setRegion(kWithPointer) && m_stock.begin(file, kMp4).isEmpty() &&
+                              waitForFrames(kFramesUntilSharp) && m_stock.end().isEmpty();
+        m_stock.engine().setCaptureCursor(false);
+        return recorded ? file : QString();
     }
 
     QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
