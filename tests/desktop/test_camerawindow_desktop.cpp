@@ -52,9 +52,8 @@ private slots:
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         m_window->setGeometry(kGeometry);
-        // All that showing it has called for.
-        QTest::qWait(500);
-        QTRY_COMPARE(m_window->geometry(), kGeometry);
+        desktopuser::waitUntilStill();
+        QCOMPARE(m_window->geometry(), kGeometry);
     }
 
     void cleanup()
