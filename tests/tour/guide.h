@@ -3,31 +3,34 @@
 
 #include "tests/tour/tour.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 /// What the parts of the tour share.
 namespace tour {
 
-/// Until a window manager has a window in its place.
-constexpr int kUntilShownMs = 150;
-
-inline void wait()
+/// Until the window is on the screen and what it holds is laid out.
+inline void waitFor(QWidget& window)
 {
-    QTest::qWait(kUntilShownMs);
+    (void)QTest::qWaitForWindowExposed(&window);
+    QCoreApplication::processEvents();
 }
 
 /// Looks at one window alone.
 inline void stop(const Look& look, const QByteArray& name, QWidget& window)
 {
-    wait();
+    waitFor(window);
     look({name, window.frameGeometry(), {&window}});
 }
+
+/// Calls once as soon as the window that is asked for is on the screen.
+void whenShown(QWidget* (*window)(), std::function<void(QWidget&)> call);
 
 /// Looks at the box that show() opens and waits for, then closes it.
 void stopAtBox(const Look& look, const QByteArray& name, const std::function<void()>& show);
 
-/// Looks at the box that is open, then closes it.
-void lookAtBox(const Look& look, const QByteArray& name);
+/// Looks at a box, then closes it.
+void lookAtBox(const Look& look, const QByteArray& name, QWidget& box);
 
 /// Looks at the list that drops out of a box of the window.
 void stopAtList(const Look& look, const QByteArray& name, QWidget& window, const char* box);

@@ -46,7 +46,7 @@ void menu(const Look& look, const QByteArray& name, const SCMainWindow& window, 
     QAction* const submenu = menu->actions().at(entry);
     menu->setActiveAction(submenu);
     QTest::keyClick(menu, Qt::Key_Right);
-    wait();
+    waitFor(*submenu->menu());
     look({name, menu->geometry() | submenu->menu()->geometry() | window.geometry(), {menu, submenu->menu()}});
     menu->close();
 }
@@ -78,7 +78,7 @@ void mainWindow(const Look& look)
     SCMainWindow window;
     window.move(kPosition);
     window.show();
-    wait();
+    waitFor(window);
     for (const char* name : {"screenSwitch", "speakerSwitch"})
         child<SCSwitchWidget>(window, name).setChecked(true);
     showLevels(child<VolumeControl>(window, "speakerMeter"), -12.0F);
@@ -108,9 +108,9 @@ void files(const Look& look)
     window.move(kPosition);
     window.show();
     child<QPushButton>(window, "filesTab").click();
+    waitFor(window);
     auto& view = child<QListView>(window, "fileView");
     const QRect second = view.visualRect(view.model()->index(1, 0));
-    wait();
     QCursor::setPos(view.viewport()->mapToGlobal(second.center()));
     stop(look, "files", window);
     stopAtBox(look, "delete-file", [&] {

@@ -15,7 +15,6 @@
 #include <QCursor>
 #include <QMenu>
 #include <QPushButton>
-#include <QTimer>
 
 #include <memory>
 
@@ -71,10 +70,10 @@ void selector(const Look& look)
 {
     AreaSelector selector;
     selector.show();
-    wait();
+    waitFor(selector);
     QTest::mousePress(&selector, Qt::LeftButton, {}, {120, 90});
     QTest::mouseMove(&selector, {480, 320});
-    wait();
+    waitFor(selector);
     look({"selector", QRect(60, 40, 520, 340), {&selector}});
     QTest::mouseRelease(&selector, Qt::LeftButton, {}, {480, 320});
 }
@@ -84,7 +83,7 @@ void frame(const Look& look)
     DrawWindow frame;
     frame.setGeometry(100, 100, 480, 280);
     frame.show();
-    wait();
+    waitFor(frame);
     const QRect area = frame.geometry().adjusted(0, -40, 0, 0);
     QWidget* const bar = windowOf("drawToggleButton");
     look({"frame", area, {&frame, bar}});
@@ -92,7 +91,7 @@ void frame(const Look& look)
     drawOn(frame);
     frame.setRecording(true);
     frame.setTimeText(QStringLiteral("00:01:23"));
-    wait();
+    waitFor(frame);
     look({"frame-drawn-on", area, {&frame, bar}});
     frame.hide();
 }
@@ -118,31 +117,31 @@ void pickedWindow(const Look& look)
     QWidget window;
     window.setGeometry(120, 100, 400, 240);
     window.show();
-    wait();
+    waitFor(window);
     const double ratio = window.devicePixelRatioF();
     const QRect physical(window.geometry().topLeft() * ratio, window.size() * ratio);
     platform::MouseHook::Handler mouse;
     WindowHighlighter highlighter(std::make_unique<OneWindowDesktop>(physical, mouse));
     highlighter.show();
     mouse(platform::MouseHook::Event::Move, physical.center());
-    wait();
+    waitFor(highlighter);
     look({"highlighter", window.frameGeometry(), {&highlighter}});
     // As its owner does.
     QObject::connect(&highlighter, &WindowHighlighter::windowClicked, &highlighter, &QWidget::hide);
     bool isOver = false;
-    QTimer::singleShot(2 * kUntilShownMs, &highlighter, [&] {
-        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        look({"highlighter-menu", window.frameGeometry() | menu->geometry(), {menu}});
-        QTimer::singleShot(2 * kUntilShownMs, &highlighter, [&] {
-            lookAtBox(look, "highlighter-box");
+    whenShown(&QApplication::activePopupWidget, [&](QWidget& menu) {
+        look({"highlighter-menu", window.frameGeometry() | menu.geometry(), {&menu}});
+        whenShown(&QApplication::activeModalWidget, [&](QWidget& box) {
+            lookAtBox(look, "highlighter-box", box);
             isOver = true;
         });
-        menu->setActiveAction(menu->actions().constFirst());
-        QTest::keyClick(menu, Qt::Key_Return);
+        static_cast<QMenu&>(menu).setActiveAction(menu.actions().constFirst());
+        QTest::keyClick(&menu, Qt::Key_Return);
     });
     mouse(platform::MouseHook::Event::RightPress, physical.center());
     constexpr int kLongestMs = 60000;
-    (void)QTest::qWaitFor([&isOver] { return isOver; }, kLongestMs);
+    if (!QTest::qWaitFor([&isOver] { return isOver; }, kLongestMs))
+        qFatal("A right click shows no menu or its first entry no box");
 }
 
 void webcam(const Look& look)
@@ -182,13 +181,13 @@ void screenshotFrame(const Look& look)
     SCScreenshotWindow frame(&screenshot);
     frame.setGeometry(100, 100, 480, 280);
     frame.show();
-    wait();
+    waitFor(frame);
     QWidget* const bar = windowOf("saveButton");
     const QRect area = frame.geometry() | bar->geometry();
     look({"screenshot-frame", area, {&frame, bar}});
     frame.drawOnScreenshot();
     drawOn(frame);
-    wait();
+    waitFor(frame);
     look({"screenshot-frame-drawn-on", area, {&frame, bar}});
     frame.hide();
 }
