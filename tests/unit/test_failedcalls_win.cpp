@@ -24,8 +24,14 @@ QString words(DWORD error)
     return qt_error_string(static_cast<int>(error)).trimmed();
 }
 
-/// More than a message takes from the system to its window.
-constexpr int kPointerMs = 300;
+/// Mouse events that a hook of the test's own has seen.
+int seenMouseEvents = 0;
+
+LRESULT CALLBACK countMouseEvent(int code, WPARAM message, LPARAM details)
+{
+    ++seenMouseEvents;
+    return CallNextHookEx(nullptr, code, message, details);
+}
 
 bool movePointer()
 {
@@ -119,8 +125,11 @@ private slots:
         QTRY_VERIFY(moves > 0);
         QVERIFY(takeOffEveryHook());
         moves = 0;
+        // The last hook is asked first, and asks those before it.
+        const HHOOK last = SetWindowsHookExW(WH_MOUSE_LL, &countMouseEvent, GetModuleHandleW(nullptr), 0);
         QVERIFY(movePointer());
-        QTest::qWait(kPointerMs);
+        QTRY_VERIFY(seenMouseEvents > 0);
+        QVERIFY(UnhookWindowsHookEx(last) != 0);
         QCOMPARE(moves, 0);
         hook.setWanted(true);
         QVERIFY(movePointer());
