@@ -233,12 +233,12 @@ void DrawWindow::paintMixed(QPainter& painter) const
         strokes().paint(painter);
 }
 
-/// In logical pixels. Where those are no whole physical ones, the edges of the window and of the recorded area are
-/// rounded, and a physical pixel is left free between the border and the area.
+/// In logical pixels. Where those are no whole physical ones, two of these are left free between the border and the
+/// area: one because the edges of both are rounded, one because the recorded area grows to an even size.
 qreal DrawWindow::paintedBorderWidth() const
 {
     const qreal ratio = devicePixelRatio();
-    return ratio == std::floor(ratio) ? m_borderWidth : (std::floor(m_borderWidth * ratio) - 1) / ratio;
+    return ratio == std::floor(ratio) ? m_borderWidth : (std::floor(m_borderWidth * ratio) - 2) / ratio;
 }
 
 int DrawWindow::shapedBorderDepthPx() const

@@ -147,15 +147,24 @@ QPoint centreOf(const char* button)
     return found->mapToGlobal(found->rect().center());
 }
 
+/// How far the border reaches at least, physical: less far where logical pixels are no whole ones, and a window that is
+/// cut is cut at whole logical ones.
+int borderPx()
+{
+    const int whole = static_cast<int>(kBorderPx * scale());
+    if (scale() == std::floor(scale()))
+        return whole;
+    const int left = whole - 2;
+    return platform::isCompositing() ? left : static_cast<int>(std::floor(left / scale()) * scale());
+}
+
 /// The frame, the four strips of its border and nothing else, is where it belongs and as it should look.
 QString wrongInTheLook(const QRect& frame)
 {
     const QImage image = screenshot();
     const QRect outer = physical(frame);
     const QRect inner = physical(insideOf(frame));
-    // Where pixels are no whole ones it does not reach as far.
-    const bool hasWholePixels = scale() == std::floor(scale());
-    const int border = static_cast<int>(kBorderPx * scale()) - (hasWholePixels ? 0 : 2);
+    const int border = borderPx();
     const QRect above(outer.left(), outer.top(), outer.width(), border);
     const QRect below = above.translated(0, outer.height() - border);
     const QRect left(outer.left(), outer.top(), border, outer.height());
@@ -311,7 +320,7 @@ private slots:
     void handleResizesIt()
     {
         const QSignalSpy changed(m_window.get(), &DrawWindow::windowGeometryChanged);
-        dragBy(kGeometry.topLeft() + QPoint(2, 2), {40, 24});
+        dragBy(kGeometry.topLeft() + QPoint(1, 1), {40, 24});
         const QRect resized = kGeometry.adjusted(40, 24, 0, 0);
         QTRY_COMPARE(m_window->geometry(), resized);
         QTRY_COMPARE(wrongInTheLook(resized), QString());
