@@ -23,13 +23,16 @@ constexpr int kTakeMs = 1500;
 constexpr int kShortTakeMs = 250;
 
 /// What of the display is recorded of a region in logical pixels: cut to whole pixels, then made a multiple of what the
-/// video needs by more of the screen.
-QRect recordedPart(const QRect& region, double scale)
+/// video needs by more of the display, which at its far edges is what comes before the region.
+QRect recordedPart(const QRect& region, double scale, const QSize& display)
 {
     const auto cut = [scale](int logical) { return static_cast<int>(logical * scale); };
     const auto grown = [](int length, int step) { return (length + step - 1) / step * step; };
     const int columns = qgetenv("KESTRANO_CAPTURE") == "scene" ? 4 : 2;
-    return {cut(region.x()), cut(region.y()), grown(cut(region.width()), columns), grown(cut(region.height()), 2)};
+    QRect part(cut(region.x()), cut(region.y()), grown(cut(region.width()), columns), grown(cut(region.height()), 2));
+    part.moveRight(std::min(part.right(), display.width() - 1));
+    part.moveBottom(std::min(part.bottom(), display.height() - 1));
+    return part;
 }
 
 /// Lines of one pixel, white and black in turn: columns in the upper half of the part, rows in the lower one. Grey
@@ -154,10 +157,13 @@ private slots:
         ProgramUnderTest program;
         regionuser::prepare(program, scale);
         QVERIFY(program.startAndWaitUntilReady());
+        QRect inTheFarCorner(0, 0, 362, 145);
+        const QSize logical = (QSizeF(m_size) / scale).toSize();
+        inTheFarCorner.moveBottomRight(QPoint(logical.width() - 1, logical.height() - 1));
         int steps = kStepsToRegion;
         for (const QRect& region :
-             {QRect(17, 53, 361, 143), QRect(18, 55, 362, 145), QRect(15, 51, 363, 147), QRect(13, 57, 401, 149)}) {
-            const QRect part = recordedPart(region, scale);
+             {QRect(17, 53, 361, 143), inTheFarCorner, QRect(15, 51, 363, 147), QRect(13, 57, 401, 149)}) {
+            const QRect part = recordedPart(region, scale, m_size);
             const QImage stripes = stripedImage(m_size, part);
             const StillImage still(stripes);
             QVERIFY(regionuser::chooseRegion(program, region, scale, std::exchange(steps, kStepsToRegionAgain)));
@@ -199,7 +205,7 @@ private slots:
 
         QList<QRect> stops;
         for (const QPoint& way : ways)
-            stops.append(recordedPart(start.translated(way), kScale));
+            stops.append(recordedPart(start.translated(way), kScale, m_size));
         expectStops(MediaFile(take.path).frames(), stops);
     }
 
