@@ -181,7 +181,11 @@ void DrawWindow::moveWithToolBar(const QPoint& topLeft)
 void DrawWindow::reportGeometry(bool isMoving)
 {
     const QRect area = inside().translated(pos());
+    const bool hasRatio = size() == m_ratioSize;
     emit windowGeometryChanged(isMoving, area.topLeft(), area.bottomRight());
+    // The receiver may have corrected the size.
+    if (hasRatio)
+        m_ratioSize = size();
 }
 
 const QScreen* DrawWindow::screenOfDrag() const
@@ -197,10 +201,25 @@ HitArea DrawWindow::handleAt(const QPoint& position) const
 
 void DrawWindow::mousePressEvent(QMouseEvent* event)
 {
-    if (event->button() == Qt::RightButton)
+    if (event->button() == Qt::RightButton) {
         close();
-    else
-        OverlayFrame::mousePressEvent(event);
+        return;
+    }
+    if (size() != m_ratioSize)
+        takeRatio();
+    OverlayFrame::mousePressEvent(event);
+}
+
+void DrawWindow::takeRatio()
+{
+    m_ratio = static_cast<double>(width()) / height();
+    m_ratioSize = size();
+}
+
+void DrawWindow::setLockRatio(bool lock)
+{
+    m_lockRatio = lock;
+    takeRatio();
 }
 
 void DrawWindow::drag(HitArea area, const QRect& start, const QPoint& delta)
@@ -211,8 +230,15 @@ void DrawWindow::drag(HitArea area, const QRect& start, const QPoint& delta)
     if (area == HitArea::Move)
         move(framegeometry::moved(start, delta, screen->availableGeometry(), toolBar().height()));
     else
-        setGeometry(framegeometry::resized(area, start, delta, minimumSize(), m_lockRatio));
+        resizeTo(framegeometry::resized(area, start, delta, minimumSize(), m_lockRatio ? m_ratio : 0.0));
     positionToolBar();
+}
+
+void DrawWindow::resizeTo(const QRect& geometry)
+{
+    setGeometry(geometry);
+    if (m_lockRatio)
+        m_ratioSize = size();
 }
 
 void DrawWindow::endDrag(HitArea area, const QPoint& position)

@@ -18,7 +18,8 @@ public:
     explicit DrawWindow(QWidget* parent = nullptr);
     ~DrawWindow() override;
 
-    /// Whether resizing keeps the aspect ratio.
+    /// Whether resizing keeps the aspect ratio, that of the window when it was locked or given its size: rounding, and
+    /// who corrects a reported area, do not change it.
     bool lockRatio() const { return m_lockRatio; }
 
     /// The border is inside the window.
@@ -35,7 +36,7 @@ public:
     void setTimeText(const QString& text);
 
 public slots:
-    void setLockRatio(bool lock) { m_lockRatio = lock; }
+    void setLockRatio(bool lock);
 
 signals:
     /// A drag of the tool bar moves the area inside the border (isMoving), or a drag has ended: QRect(topLeft,
@@ -72,6 +73,8 @@ private:
     void onStartButton();
     void onCloseButton();
 
+    void takeRatio();
+    void resizeTo(const QRect& geometry);
     void moveWithToolBar(const QPoint& topLeft);
     void setConcealed(bool concealed);
     const QScreen* screenOfDrag() const;
@@ -85,6 +88,9 @@ private:
     QPushButton* m_closeButton = nullptr;
     QPushButton* m_startButton = nullptr;
     bool m_lockRatio = false;
+    /// Width by height. Holds while the window has the size that the last drag left.
+    double m_ratio = 0.0;
+    QSize m_ratioSize;
     QLabel* m_timerLabel = nullptr;
     int m_borderWidth = 4;
     bool m_recording = false;

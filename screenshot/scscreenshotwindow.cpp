@@ -174,7 +174,7 @@ void SCScreenshotWindow::mousePressEvent(QMouseEvent* event)
 
 void SCScreenshotWindow::drag(HitArea area, const QRect& start, const QPoint& delta)
 {
-    setGeometry(framegeometry::resized(area, start, delta, minimumSize(), false));
+    setGeometry(framegeometry::resized(area, start, delta, minimumSize(), 0.0));
     positionToolBar();
 }
 

@@ -157,14 +157,14 @@ Qt::CursorShape cursorOf(HitArea area)
     return Qt::ArrowCursor;
 }
 
-QRect resized(HitArea area, const QRect& start, const QPoint& delta, const QSize& minimum, bool lockRatio)
+QRect resized(HitArea area, const QRect& start, const QPoint& delta, const QSize& minimum, double ratio)
 {
     if (!isResize(area))
         return start;
     Edges edges = edgesOf(start);
     drag(area, edges, delta);
-    if (lockRatio)
-        applyRatio(area, edges, start, static_cast<double>(start.width()) / start.height());
+    if (ratio > 0.0)
+        applyRatio(area, edges, start, ratio);
     applyMinimum(area, edges, minimum);
     return edges.rect();
 }

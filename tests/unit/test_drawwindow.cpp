@@ -16,6 +16,8 @@
 #include <QTest>
 #include <QTranslator>
 
+#include <cmath>
+
 using pointerevents::drag;
 using pointerevents::enter;
 using pointerevents::leave;
@@ -362,6 +364,27 @@ private slots:
         window.setLockRatio(false);
         drag(window, {window.geometry().right(), kGeometry.center().y()}, {20, 0});
         QCOMPARE(window.geometry(), kGeometry.adjusted(0, -30, 100, 30));
+    }
+
+    void lockedRatioIsTheOneThatWasLockedHoweverTheAreaIsRounded()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.setLockRatio(true);
+        const double ratio = double(kGeometry.width()) / kGeometry.height();
+        // As the owner does, whose areas have even sizes.
+        connect(&window, &DrawWindow::windowGeometryChanged, &window, [&window](bool isMoving) {
+            if (!isMoving)
+                window.resize((window.width() + 3) / 4 * 4, (window.height() + 1) / 2 * 2);
+        });
+        for (int times = 0; times < 20; ++times)
+            drag(window, window.geometry().bottomRight(), {times % 2 == 0 ? 13 : -14, 0});
+        QVERIFY2(std::abs(window.width() - window.height() * ratio) <= 4.5,
+                 qPrintable(QStringLiteral("%1 x %2").arg(window.width()).arg(window.height())));
+        // Another size has another ratio.
+        window.setGeometry(QRect(kGeometry.topLeft(), QSize(400, 400)));
+        drag(window, window.geometry().bottomRight(), {40, 0});
+        QCOMPARE(window.size(), QSize(440, 440));
     }
 
     void draggedFrameStaysInTheAvailableAreaButForTheToolBarsHeightBelow()

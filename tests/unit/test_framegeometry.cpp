@@ -135,7 +135,8 @@ private slots:
         QFETCH(const QPoint, delta);
         QFETCH(const bool, lockRatio);
         QFETCH(const QRect, expected);
-        QCOMPARE(framegeometry::resized(area, kStart, delta, kMinimum, lockRatio), expected);
+        constexpr double kRatio = 4.0 / 3.0;
+        QCOMPARE(framegeometry::resized(area, kStart, delta, kMinimum, lockRatio ? kRatio : 0.0), expected);
         QCOMPARE(framegeometry::isResize(area), area >= HitArea::TopLeft && area <= HitArea::Bottom);
     }
 
