@@ -21,8 +21,6 @@
 
 #include <utility>
 
-#include <cmath>
-#include <cstdlib>
 #include <initializer_list>
 
 namespace {
@@ -105,12 +103,9 @@ void CaptureController::showSize(const QSize& size)
     m_ui.heightEdit->setText(QString::number(size.height()));
 }
 
-bool CaptureController::showsSize(const CaptureScreen& screen) const
+bool CaptureController::showsSize() const
 {
-    const QSize size = videoSize();
-    const int roundingPx = static_cast<int>(std::ceil(screen.devicePixelRatio));
-    return std::abs(m_ui.widthEdit->text().toInt() - size.width()) <= roundingPx &&
-           std::abs(m_ui.heightEdit->text().toInt() - size.height()) <= roundingPx;
+    return QSize(m_ui.widthEdit->text().toInt(), m_ui.heightEdit->text().toInt()) == videoSize();
 }
 
 void CaptureController::applyCaptureArea()
@@ -202,7 +197,7 @@ bool CaptureController::prepare()
 }
 
 /// The primary screen may have become another one, or smaller, since the area was chosen, and a preset may be larger
-/// than the screen: the fields do not show the size of the video then.
+/// than the screen, or no whole number of logical pixels: the fields do not show the size of the video then.
 void CaptureController::settleArea()
 {
     m_screenshots.cancel();
@@ -218,7 +213,7 @@ void CaptureController::settleArea()
         m_area.setRegion(m_area.rect(), screen, videoSteps());
         m_region.moveFrame(m_area.rect());
         applyCaptureArea();
-    } else if (!showsSize(screen)) {
+    } else if (!showsSize()) {
         applyCaptureArea();
     }
 }

@@ -32,6 +32,9 @@ public:
 
     QRect area() const;
 
+    /// Of the video that records the area, in physical pixels.
+    QSize videoSize() const;
+
     void chooseFullScreen();
 
     /// Before a countdown: cancels selections and fits the area to the present primary screen.
@@ -61,11 +64,10 @@ private:
     void applyCaptureArea();
     bool resetRecordingArea();
     bool followsScreen() const;
-    bool showsSize(const CaptureScreen& screen) const;
+    bool showsSize() const;
     void showSize(const QSize& size);
     QString target() const;
     CaptureScreen screenWithPixels() const;
-    QSize videoSize() const;
     QSize videoSteps() const;
     void setCaptureTarget();
     void captureWholeScreen();

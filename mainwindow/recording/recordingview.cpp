@@ -212,8 +212,8 @@ RecordingChoices RecordingView::choices() const
     choices.folder = m_output.folder();
     choices.formatIndex = m_output.format();
     choices.areaSize = m_capture.area().size();
-    choices.widthPx = m_ui.widthEdit->text().toInt();
-    choices.heightPx = m_ui.heightEdit->text().toInt();
+    choices.widthPx = m_capture.videoSize().width();
+    choices.heightPx = m_capture.videoSize().height();
     choices.showCursor = m_settings.value(settingskeys::kMouseShowCursor).toBool();
     choices.pointerEffects = m_settings.value(settingskeys::kMouseSwitch).toBool();
     choices.now = QDateTime::currentDateTime();

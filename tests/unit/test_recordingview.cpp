@@ -295,8 +295,7 @@ private slots:
 
     void choicesAreWhatIsShownAndStored()
     {
-        for (const auto& [name, text] : {std::pair{"fileNameEdit", "demo"}, std::pair{"saveLocationEdit", "/videos"},
-                                         std::pair{"widthEdit", "640"}, std::pair{"heightEdit", "360"}})
+        for (const auto& [name, text] : {std::pair{"fileNameEdit", "demo"}, std::pair{"saveLocationEdit", "/videos"}})
             m_form->findChild<QLineEdit*>(QLatin1String(name))->setText(QLatin1String(text));
         m_form->findChild<QComboBox*>(QStringLiteral("formatBox"))->setCurrentIndex(2);
         const QDateTime before = QDateTime::currentDateTime();
@@ -305,7 +304,7 @@ private slots:
         QCOMPARE(choices.folder, QStringLiteral("/videos"));
         QCOMPARE(choices.formatIndex, 2);
         QCOMPARE(choices.areaSize, QSize(320, 240));
-        QCOMPARE(QSize(choices.widthPx, choices.heightPx), QSize(640, 360));
+        QCOMPARE(QSize(choices.widthPx, choices.heightPx), QSize(320, 240));
         QVERIFY(choices.now >= before);
         for (const bool pointer : {false, true}) {
             openSettings()->setValue(settingskeys::kMouseShowCursor, pointer);
