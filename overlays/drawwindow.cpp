@@ -2,6 +2,7 @@
 #include "overlays/drawwindow.h"
 
 #include "platform/windowing/overlay_window.h"
+#include "widgets/desktopscreens.h"
 #include "widgets/icons.h"
 #include "widgets/stylesheet.h"
 #include "widgets/tooltip.h"
@@ -13,7 +14,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
-#include <QScreen>
 
 #include <algorithm>
 #include <cmath>
@@ -169,8 +169,8 @@ void DrawWindow::dragByToolBar(const QPoint& topLeft)
 
 void DrawWindow::moveWithToolBar(const QPoint& topLeft)
 {
-    if (const QScreen* const screen = screenOfDrag()) {
-        const QRect available = screen->availableGeometry();
+    const QRect available = desktopscreens::availableForDrag(*this);
+    if (!available.isEmpty()) {
         const int rightmost = available.left() + available.width() - width();
         move(std::max(available.left(), std::min(rightmost, topLeft.x())), topLeft.y());
         positionToolBar();
@@ -186,12 +186,6 @@ void DrawWindow::reportGeometry(bool isMoving)
     // The receiver may have corrected the size.
     if (hasRatio)
         m_ratioSize = size();
-}
-
-const QScreen* DrawWindow::screenOfDrag() const
-{
-    const QScreen* const own = screen();
-    return own != nullptr ? own : QGuiApplication::primaryScreen();
 }
 
 HitArea DrawWindow::handleAt(const QPoint& position) const
@@ -224,11 +218,11 @@ void DrawWindow::setLockRatio(bool lock)
 
 void DrawWindow::drag(HitArea area, const QRect& start, const QPoint& delta)
 {
-    const QScreen* const screen = screenOfDrag();
-    if (screen == nullptr)
+    const QRect available = desktopscreens::availableForDrag(*this);
+    if (available.isEmpty())
         return;
     if (area == HitArea::Move)
-        move(framegeometry::moved(start, delta, screen->availableGeometry(), toolBar().height()));
+        move(framegeometry::moved(start, delta, available, toolBar().height()));
     else
         resizeTo(framegeometry::resized(area, start, delta, minimumSize(), m_lockRatio ? m_ratio : 0.0));
     positionToolBar();

@@ -77,7 +77,6 @@ private:
     void resizeTo(const QRect& geometry);
     void moveWithToolBar(const QPoint& topLeft);
     void setConcealed(bool concealed);
-    const QScreen* screenOfDrag() const;
     void reportGeometry(bool isMoving);
 
     qreal paintedBorderWidth() const;
