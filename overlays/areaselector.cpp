@@ -51,7 +51,7 @@ void AreaSelector::mousePressEvent(QMouseEvent* event)
     m_selecting = true;
     m_startPoint = m_currentPoint = event->position().toPoint();
     setCursor(Qt::CrossCursor);
-    update();
+    showSelection();
 }
 
 void AreaSelector::mouseMoveEvent(QMouseEvent* event)
@@ -59,7 +59,7 @@ void AreaSelector::mouseMoveEvent(QMouseEvent* event)
     if (!m_selecting)
         return;
     m_currentPoint = event->position().toPoint();
-    update();
+    showSelection();
 }
 
 void AreaSelector::mouseReleaseEvent(QMouseEvent* event)
@@ -71,8 +71,25 @@ void AreaSelector::mouseReleaseEvent(QMouseEvent* event)
     qDebug() << "Selected Area - X:" << m_selectedRect.x() << "Y:" << m_selectedRect.y()
              << "Width:" << m_selectedRect.width() << "Height:" << m_selectedRect.height();
     QGuiApplication::restoreOverrideCursor();
-    update();
+    showSelection();
     emit areaSelected(m_selectedRect);
+}
+
+void AreaSelector::showSelection()
+{
+    update();
+    for (AreaSelector* const neighbour : m_neighbours) {
+        const QPoint offset = geometry().topLeft() - neighbour->geometry().topLeft();
+        neighbour->showNeighboursSelection(m_selecting ? dragged().translated(offset) : QRect());
+    }
+}
+
+void AreaSelector::showNeighboursSelection(const QRect& selection)
+{
+    // A drag that Escape broke off goes on until the next one begins.
+    m_selecting = m_selecting && selection.isNull();
+    m_neighboursSelection = selection;
+    update();
 }
 
 void AreaSelector::keyPressEvent(QKeyEvent* event)
@@ -88,6 +105,7 @@ void AreaSelector::keyPressEvent(QKeyEvent* event)
 void AreaSelector::showEvent(QShowEvent* event)
 {
     QScreen* const shownOn = screen();
+    m_neighboursSelection = {};
     m_backdrop = shownOn == nullptr || platform::isCompositing() ? QPixmap() : grabBelow(*shownOn, *this);
     QWidget::showEvent(event);
 }
@@ -99,12 +117,13 @@ void AreaSelector::paintEvent(QPaintEvent* /*event*/)
         painter.drawPixmap(0, 0, m_backdrop);
     painter.fillRect(rect(), kVeil);
     if (m_selecting)
-        paintSelection(painter);
+        paintSelection(painter, dragged());
+    else if (!m_neighboursSelection.isNull())
+        paintSelection(painter, m_neighboursSelection);
 }
 
-void AreaSelector::paintSelection(QPainter& painter) const
+void AreaSelector::paintSelection(QPainter& painter, const QRect& selection)
 {
-    const QRect selection = dragged();
     painter.fillRect(selection, kSelection);
     painter.setPen(QPen(Qt::white, kOutlinePx, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     painter.drawRect(selection);

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QList>
 #include <QPixmap>
 #include <QPoint>
 #include <QRect>
 #include <QWidget>
 
-/// Lets the user drag out a rectangle of the primary screen. The caller sets the override cursor and activates the
-/// selector; a selection, or Escape, which only hides it, restores the cursor. The receiver of areaSelected() hides and
-/// deletes it.
+/// Lets the user drag out a rectangle of a screen, at first of the primary one. The caller sets the override cursor and
+/// activates the selector; a selection, or Escape, which only hides it, restores the cursor. The receiver of
+/// areaSelected() hides and deletes it.
 class AreaSelector : public QWidget
 {
     Q_OBJECT
@@ -17,8 +18,12 @@ public:
     explicit AreaSelector(QWidget* parent = nullptr);
     ~AreaSelector() override;
 
+    /// Selectors on other screens, to which a drag goes on: they show their part of it.
+    void setNeighbours(const QList<AreaSelector*>& neighbours) { m_neighbours = neighbours; }
+
 signals:
-    /// Includes the pixels of press and release; logical pixels from the primary screen's top-left corner.
+    /// Includes the pixels of press and release; logical pixels from the selector's top-left corner, also beyond its
+    /// edges.
     void areaSelected(QRect area);
 
 protected:
@@ -30,13 +35,18 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    void paintSelection(QPainter& painter) const;
+    void showSelection();
+    void showNeighboursSelection(const QRect& selection);
+    static void paintSelection(QPainter& painter, const QRect& selection);
     QRect dragged() const;
 
     QPoint m_startPoint;
     QPoint m_currentPoint;
     QRect m_selectedRect;
     bool m_selecting = false;
+    QList<AreaSelector*> m_neighbours;
+    /// What is being dragged on a neighbour, in own coordinates, else null.
+    QRect m_neighboursSelection;
     /// Shown below without a compositor, else null.
     QPixmap m_backdrop;
 };

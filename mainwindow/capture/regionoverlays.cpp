@@ -8,7 +8,8 @@
 
 #include <utility>
 
-RegionOverlays::RegionOverlays(QObject* parent) : QObject(parent), m_selection(new RegionSelection(this))
+RegionOverlays::RegionOverlays(QObject* parent)
+    : QObject(parent), m_selection(new RegionSelection(this, RegionSelection::Reach::AllScreens))
 {
     connect(m_selection, &RegionSelection::selected, this, &RegionOverlays::onSelected);
     connect(m_selection, &RegionSelection::cancelled, this, &RegionOverlays::onCancelled);

@@ -3,13 +3,18 @@
 
 #include "app/sclogger.h"
 #include "overlays/areaselector.h"
+#include "widgets/desktopscreens.h"
 
 #include <QCursor>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
 
-RegionSelection::RegionSelection(QObject* parent) : QObject(parent)
+#include <utility>
+
+#include <algorithm>
+
+RegionSelection::RegionSelection(QObject* parent, Reach reach) : QObject(parent), m_reach(reach)
 {
     makeSelector();
 }
@@ -23,25 +28,61 @@ RegionSelection::~RegionSelection()
 
 void RegionSelection::makeSelector()
 {
-    m_selector = std::make_unique<AreaSelector>();
-    m_selector->installEventFilter(this);
-    connect(m_selector.get(), &AreaSelector::areaSelected, this, &RegionSelection::onAreaSelected);
+    auto selector = std::make_unique<AreaSelector>();
+    selector->installEventFilter(this);
+    connect(selector.get(), &AreaSelector::areaSelected, this,
+            [this, made = selector.get()](const QRect& area) { onAreaSelected(*made, area); });
+    m_selectors.push_back(std::move(selector));
 }
 
 void RegionSelection::begin()
 {
     if (m_selecting)
         return;
-    if (m_selector == nullptr)
-        makeSelector();
     m_selecting = true;
     QGuiApplication::setOverrideCursor(Qt::CrossCursor);
-    // The screen may have changed since the selector was made.
-    if (const QScreen* const screen = QGuiApplication::primaryScreen())
-        m_selector->setGeometry(screen->geometry());
-    m_selector->show();
-    m_selector->raise();
-    m_selector->activateWindow();
+    coverScreens();
+    for (const auto& selector : m_selectors) {
+        selector->show();
+        selector->raise();
+    }
+    m_selectors.front()->activateWindow();
+}
+
+/// Without those that mirror another one.
+QList<QScreen*> RegionSelection::screens() const
+{
+    QList<QScreen*> different;
+    for (QScreen* const screen : desktopscreens::all()) {
+        const bool isMirror = std::ranges::any_of(
+            different, [screen](const QScreen* other) { return other->geometry().contains(screen->geometry()); });
+        if (!isMirror && (different.isEmpty() || m_reach == Reach::AllScreens))
+            different.append(screen);
+    }
+    return different;
+}
+
+/// The screens may have changed since the selectors were made.
+void RegionSelection::coverScreens()
+{
+    const QList<QScreen*> covered = screens();
+    const auto count = std::max<std::size_t>(1, static_cast<std::size_t>(covered.size()));
+    while (m_selectors.size() < count)
+        makeSelector();
+    m_selectors.resize(count);
+    for (qsizetype index = 0; index < covered.size(); ++index) {
+        AreaSelector& selector = *m_selectors[static_cast<std::size_t>(index)];
+        selector.setScreen(covered.at(index));
+        selector.setGeometry(covered.at(index)->geometry());
+    }
+    for (const auto& selector : m_selectors) {
+        QList<AreaSelector*> neighbours;
+        for (const auto& other : m_selectors) {
+            if (other != selector && desktopscreens::areContiguous())
+                neighbours.append(other.get());
+        }
+        selector->setNeighbours(neighbours);
+    }
 }
 
 void RegionSelection::cancel()
@@ -49,10 +90,16 @@ void RegionSelection::cancel()
     if (!m_selecting)
         return;
     QGuiApplication::restoreOverrideCursor();
-    m_selector->hide();
+    hideSelectors();
 }
 
-void RegionSelection::onAreaSelected(const QRect& area)
+void RegionSelection::hideSelectors()
+{
+    for (const auto& selector : m_selectors)
+        selector->hide();
+}
+
+void RegionSelection::onAreaSelected(const AreaSelector& selector, const QRect& area)
 {
     // Released after the selection was cancelled.
     if (!m_selecting)
@@ -63,21 +110,32 @@ void RegionSelection::onAreaSelected(const QRect& area)
                         .arg(area.width())
                         .arg(area.height()));
     m_selecting = false;
-    emit selected(area.translated(m_selector->geometry().topLeft()));
+    const QRect onDesktop = area.translated(selector.geometry().topLeft());
+    emit selected(desktopscreens::areContiguous() ? onDesktop : onDesktop & selector.geometry());
     // The selector has restored its own cursor.
     const QCursor* const cursor = QGuiApplication::overrideCursor();
     if (cursor != nullptr && cursor->shape() == Qt::CrossCursor)
         QGuiApplication::restoreOverrideCursor();
-    m_selector->hide();
-    m_selector->disconnect(this);
-    // It is still delivering the event that brought the selection.
-    m_selector.release()->deleteLater();
+    releaseSelectors();
+}
+
+void RegionSelection::releaseSelectors()
+{
+    hideSelectors();
+    for (auto& selector : m_selectors) {
+        selector->disconnect(this);
+        selector->setNeighbours({});
+        // One of them is still delivering the event that brought the selection.
+        selector.release()->deleteLater();
+    }
+    m_selectors.clear();
 }
 
 bool RegionSelection::eventFilter(QObject* /*watched*/, QEvent* event)
 {
     if (event->type() == QEvent::Hide && m_selecting && !event->spontaneous()) {
         m_selecting = false;
+        hideSelectors();
         emit cancelled();
     }
     // Closed by the window manager, it leaves as with Escape.

@@ -1,21 +1,32 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QRect>
 
 #include <memory>
+#include <vector>
 
 class AreaSelector;
+class QScreen;
 
-/// A selector over the primary screen, made for each selection, with the cross as the application's cursor. Logical
-/// pixels of the desktop. User-interface thread.
+/// Selectors over the screens, made for each selection, with the cross as the application's cursor. Logical pixels of
+/// the desktop. User-interface thread.
 class RegionSelection : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit RegionSelection(QObject* parent);
+    enum class Reach
+    {
+        PrimaryScreen,
+        /// A drag goes on from one screen to the next where they are contiguous (desktopscreens), else it ends at the
+        /// edge of its screen.
+        AllScreens
+    };
+
+    explicit RegionSelection(QObject* parent, Reach reach = Reach::PrimaryScreen);
     ~RegionSelection() override;
 
     /// selected() or cancelled() follows. Ignored during a selection.
@@ -33,8 +44,14 @@ signals:
 
 private:
     void makeSelector();
-    void onAreaSelected(const QRect& area);
+    QList<QScreen*> screens() const;
+    void coverScreens();
+    void hideSelectors();
+    void releaseSelectors();
+    void onAreaSelected(const AreaSelector& selector, const QRect& area);
 
-    std::unique_ptr<AreaSelector> m_selector;
+    const Reach m_reach;
+    /// That of the primary screen first.
+    std::vector<std::unique_ptr<AreaSelector>> m_selectors;
     bool m_selecting = false;
 };

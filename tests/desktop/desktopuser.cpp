@@ -22,6 +22,7 @@ namespace {
 /// What a window manager and Qt need to take notice of one thing before the next.
 constexpr int kPauseMs = 30;
 constexpr int kDragSteps = 4;
+const auto kAddMonitor = QStringLiteral("--setmonitor");
 
 /// From the top left corner of the primary screen, in physical pixels.
 QPoint inImage(const QPoint& position)
@@ -42,6 +43,13 @@ QSize displaySize()
     tool.waitForFinished();
     const QList<QByteArray> numbers = tool.readAll().simplified().split(' ');
     return {numbers.value(0).toInt(), numbers.value(1).toInt()};
+}
+
+/// The size before the display was split: the tool looks at one screen.
+const QSize& wholeSize()
+{
+    static const QSize size = displaySize();
+    return size;
 }
 
 /// A monitor's area as the tool takes it; any size in millimetres will do.
@@ -119,7 +127,12 @@ QPoint centreOf(const QWidget& widget)
 
 QImage screenshot()
 {
-    return QGuiApplication::primaryScreen()->grabWindow().toImage();
+    return screenshot(*QGuiApplication::primaryScreen());
+}
+
+QImage screenshot(QScreen& screen)
+{
+    return screen.grabWindow().toImage();
 }
 
 void waitUntilStill()
@@ -162,12 +175,23 @@ bool splitDisplayWhereAsked()
 {
     if (!qEnvironmentVariableIsSet("KESTRANO_TEST_TWO_SCREENS"))
         return true;
-    const QSize size = displaySize();
+    const QSize& size = wholeSize();
     const int left = size.width() / 4;
-    const QString add = QStringLiteral("--setmonitor");
-    return xrandr({add, QStringLiteral("*Right"), area(left, size.width() - left, size.height()),
+    return xrandr({kAddMonitor, QStringLiteral("*Right"), area(left, size.width() - left, size.height()),
                    QStringLiteral("screen")}) &&
-           xrandr({add, QStringLiteral("Left"), area(0, left, size.height()), QStringLiteral("none")});
+           plugSecondScreen();
+}
+
+bool plugSecondScreen()
+{
+    const QSize& size = wholeSize();
+    return xrandr(
+        {kAddMonitor, QStringLiteral("Left"), area(0, size.width() / 4, size.height()), QStringLiteral("none")});
+}
+
+bool unplugSecondScreen()
+{
+    return xrandr({QStringLiteral("--delmonitor"), QStringLiteral("Left")});
 }
 
 } // namespace desktopuser

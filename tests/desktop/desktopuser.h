@@ -10,6 +10,7 @@
 #include <QString>
 #include <QUrl>
 
+class QScreen;
 class QWidget;
 
 /// A user before the primary screen, who points, presses and looks. Points are logical pixels of the desktop, whatever
@@ -41,6 +42,7 @@ QPoint centreOf(const QWidget& widget);
 
 /// What the primary screen shows, in physical pixels.
 QImage screenshot();
+QImage screenshot(QScreen& screen);
 
 /// Waits until the primary screen shows the same for some looks in a row: what has been begun there is over. Where a
 /// test knows what is to be seen it waits for that instead.
@@ -51,6 +53,10 @@ QRgb colourAt(const QPoint& position);
 
 /// The lightest grey of the icon in the middle of the widget.
 int brightestOf(const QWidget& widget);
+
+/// Takes the left one of the two screens away, and gives it back; false when it could not be done.
+bool unplugSecondScreen();
+bool plugSecondScreen();
 
 /// Splits the display in two screens, of which the right one is the primary, where KESTRANO_TEST_TWO_SCREENS is set.
 /// Before the application is made; false when it could not be done.

@@ -41,6 +41,8 @@ protected:
     /// The border is seen, and through the frame what lies below; empty when it is so.
     static QString wrongInTheFrame(const QRect& area);
 
+    /// A region can be dragged out, and the keyboard cancels it.
+    static bool isVeilActive();
     /// Drags the region out, from its top left to its bottom right.
     void dragRegion() const;
     /// Chooses an entry of the ratio box.

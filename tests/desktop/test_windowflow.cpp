@@ -147,26 +147,25 @@ private slots:
             press(QStringLiteral("Escape"));
     }
 
-    void veilDarkensThePrimaryScreenAndNoOther()
+    void veilDarkensEveryScreen()
     {
         click(*child<Tile>("regionTile"));
         QTRY_VERIFY(isLike(colourAt(onScreen({3, 3})), veiled(kBackdrop)));
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
         QVERIFY(isLike(colourAt(screen.bottomRight() - QPoint(3, 3)), veiled(kBackdrop)));
-        QCOMPARE(shownWindow<AreaSelector>()->geometry(), screen);
-        for (const QScreen* const other : QGuiApplication::screens()) {
-            if (other != QGuiApplication::primaryScreen())
-                QCOMPARE(const_cast<QScreen*>(other)->grabWindow().toImage().pixel(20, 20) | 0xff000000, kBackdrop);
-        }
+        for (QScreen* const other : QGuiApplication::screens())
+            QTRY_VERIFY(isLike(desktopuser::screenshot(*other).pixel(3, 20), veiled(kBackdrop)));
         press(QStringLiteral("Escape"));
         QTRY_COMPARE(colourAt(onScreen({3, 3})), kBackdrop);
+        for (QScreen* const other : QGuiApplication::screens())
+            QTRY_VERIFY(isLike(desktopuser::screenshot(*other).pixel(3, 20), kBackdrop));
     }
 
     void draggedRegionGetsItsFrame()
     {
         const MessageCapture messages;
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(shownWindow<AreaSelector>() != nullptr && shownWindow<AreaSelector>()->isActiveWindow());
+        QTRY_VERIFY(isVeilActive());
         drag(onScreen(kRegion.bottomRight()), onScreen(kRegion.topLeft()));
         QTRY_VERIFY(frame() != nullptr);
         QCOMPARE(frame()->geometry(), framed(region()));
@@ -184,7 +183,7 @@ private slots:
     void escapeGivesASelectionUp()
     {
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(veilHasTheKeyboard());
+        QTRY_VERIFY(isVeilActive());
         press(QStringLiteral("Escape"));
         QTRY_VERIFY(shownWindow<AreaSelector>() == nullptr);
         QCOMPARE(selectedTiles(), QStringList{"fullScreenTile"});
@@ -214,7 +213,7 @@ private slots:
     {
         dragRegion();
         click(*child<Tile>("regionTile"));
-        QTRY_VERIFY(veilHasTheKeyboard());
+        QTRY_VERIFY(isVeilActive());
         press(QStringLiteral("Escape"));
         QTRY_VERIFY(shownWindow<AreaSelector>() == nullptr);
         QTRY_COMPARE(wrongInTheFrame(region()), QString());
@@ -292,12 +291,6 @@ private slots:
     }
 
 private:
-    static bool veilHasTheKeyboard()
-    {
-        const auto* const veil = shownWindow<AreaSelector>();
-        return veil != nullptr && veil->isActiveWindow();
-    }
-
     void expectTilePixels(const QString& selected) const
     {
         for (const char* name : {"fullScreenTile", "regionTile", "windowTile"}) {
