@@ -50,6 +50,10 @@ public:
     /// The width and the height of a video are multiples of these. Needs a started engine.
     QSize videoSteps() const;
 
+    /// Whether a recording can show several screens, by margins of setCaptureTarget() that are negative. Else it shows
+    /// the target alone.
+    bool canSpanScreens() const { return m_direct.works(); }
+
     /// Builds transition, scene and capture source and clears channels 1 and 2; setMicDevice() and
     /// setDesktopAudioDevice() put the audio back on.
     /// @return 0; -1 no fade transition; -2 no scene; -3 no capture source
