@@ -67,10 +67,15 @@ QSize CaptureScreen::physicalSize() const
     return {toPhysicalPx(geometry.width(), devicePixelRatio), toPhysicalPx(geometry.height(), devicePixelRatio)};
 }
 
+CaptureScreen captureScreen(const QScreen& screen)
+{
+    return {screen.geometry(), screen.devicePixelRatio()};
+}
+
 CaptureScreen primaryScreen()
 {
     const QScreen* const screen = QGuiApplication::primaryScreen();
-    return screen != nullptr ? CaptureScreen{screen->geometry(), screen->devicePixelRatio()} : CaptureScreen{};
+    return screen != nullptr ? captureScreen(*screen) : CaptureScreen{};
 }
 
 CaptureScreen withPixels(const CaptureScreen& screen, const QSize& pixels)
@@ -83,13 +88,20 @@ CaptureScreen withPixels(const CaptureScreen& screen, const QSize& pixels)
     return exact;
 }
 
+void CaptureArea::setRect(const QRect& rect)
+{
+    m_rect = rect;
+    m_firstColumn = kFirstColumn;
+}
+
 void CaptureArea::setRegion(const QRect& region, const CaptureScreen& screen, const QSize& steps)
 {
     const QRect& whole = screen.geometry;
     setRect(region & whole);
     if (m_rect == whole)
         return;
-    const int first = std::max(whole.left(), 1);
+    const int first = whole.left() < 0 ? whole.left() : std::max(whole.left(), kFirstColumn);
+    m_firstColumn = std::min(first, kFirstColumn);
     m_rect.setLeft(std::max(m_rect.left(), first));
     const double ratio = screen.devicePixelRatio;
     const Span columns =
@@ -100,7 +112,7 @@ void CaptureArea::setRegion(const QRect& region, const CaptureScreen& screen, co
 
 void CaptureArea::moveTo(const QPoint& topLeft)
 {
-    setRect(QRect({std::max(topLeft.x(), 1), topLeft.y()}, m_rect.size()));
+    m_rect.moveTo(std::max(topLeft.x(), m_firstColumn), topLeft.y());
 }
 
 QRect CaptureArea::rectOn(const CaptureScreen& screen) const

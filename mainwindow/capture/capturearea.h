@@ -4,6 +4,8 @@
 #include <QRect>
 #include <QSize>
 
+class QScreen;
+
 struct CaptureScreen
 {
     /// Logical pixels. The origin is not (0, 0) where another screen lies to the left or above.
@@ -19,13 +21,15 @@ struct CaptureScreen
     QRect physicalGeometry() const { return {geometry.topLeft(), physicalSize()}; }
 };
 
+CaptureScreen captureScreen(const QScreen& screen);
+
 /// Empty in a session without a screen.
 CaptureScreen primaryScreen();
 
 /// Sets the true size, unless it differs by more than rounding.
 CaptureScreen withPixels(const CaptureScreen& screen, const QSize& pixels);
 
-/// What is cropped from the primary screen, in physical pixels.
+/// What is cropped from a screen, in physical pixels; negative where an area reaches over its edges.
 struct CaptureMargins
 {
     int left = 0;
@@ -42,15 +46,20 @@ struct CaptureMargins
 class CaptureArea
 {
 public:
-    /// A left edge below 1 counts as unset, which means the whole primary screen.
-    bool isUnset() const { return m_rect.left() < 1; }
+    /// The first that an area can have.
+    static constexpr int kFirstColumn = 1;
 
-    void setRect(const QRect& rect) { m_rect = rect; }
+    /// A left edge below 1 counts as unset, which means a whole screen. Only a region begins left of the primary
+    /// screen.
+    bool isUnset() const { return m_rect.left() < m_firstColumn; }
 
-    /// Sets the part of a framed region that is on the screen. One that begins in the desktop's first column loses that
-    /// column, or it would count as unset, unless it is the whole screen. Where a logical pixel is one or more whole
-    /// physical ones it grows until width and height are multiples of the steps: at the screen's far edge to the near
-    /// side.
+    void setRect(const QRect& rect);
+
+    /// Sets the part of a framed region that is on the screen. One that begins in the primary screen's first column
+    /// loses that column, or it would count as unset, unless it is the whole screen. Where a logical pixel is one or
+    /// more whole physical ones it grows until width and height are multiples of the steps: at the screen's far edge to
+    /// the near side.
+    /// @param screen may be several, see CaptureDesktop::around()
     /// @param steps in physical pixels
     void setRegion(const QRect& region, const CaptureScreen& screen, const QSize& steps);
 
@@ -69,6 +78,7 @@ public:
 
 private:
     QRect m_rect{-1, -1, 0, 0};
+    int m_firstColumn = kFirstColumn;
 };
 
 /// Halves are truncated.

@@ -7,6 +7,7 @@
 #include "engine/obswrapper.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/capture/capturearea.h"
+#include "mainwindow/capture/capturedesktop.h"
 #include "mainwindow/capture/captureselection.h"
 #include "mainwindow/capture/ratiopresets.h"
 #include "mainwindow/capture/regionoverlays.h"
@@ -28,6 +29,11 @@ namespace {
 /// The smallest region that the engine can record, which rounds sizes down; with a column more, since a region never
 /// has the desktop's first. Logical pixels.
 constexpr QSize kSmallestRegion(5, 2);
+
+bool isRecordable(const QRect& area)
+{
+    return area.width() >= kSmallestRegion.width() && area.height() >= kSmallestRegion.height();
+}
 
 void debug(const char* text, std::initializer_list<int> numbers)
 {
@@ -94,7 +100,17 @@ bool CaptureController::startEngine()
 
 QRect CaptureController::area() const
 {
-    return m_area.rectOn(primaryScreen());
+    return m_area.rectOn(screen());
+}
+
+CaptureDesktop CaptureController::desktop() const
+{
+    return CaptureDesktop::present(m_engineRuns && m_engine.canSpanScreens());
+}
+
+CaptureScreen CaptureController::screen() const
+{
+    return m_selection.mode() == CaptureMode::Region ? desktop().screenOf(m_area.rect()) : primaryScreen();
 }
 
 void CaptureController::showSize(const QSize& size)
@@ -110,7 +126,7 @@ bool CaptureController::showsSize() const
 
 void CaptureController::applyCaptureArea()
 {
-    const CaptureScreen screen = primaryScreen();
+    const CaptureScreen screen = this->screen();
     const QRect& whole = screen.geometry;
     debug("Screen geometry: x=%1, y=%2, width=%3, height=%4", {whole.x(), whole.y(), whole.width(), whole.height()});
     const QRect area = m_area.rectOn(screen);
@@ -122,13 +138,13 @@ void CaptureController::applyCaptureArea()
 
 QString CaptureController::target() const
 {
-    return captureTargetForScreen(m_engine.captureTargetNames(), primaryScreen().physicalGeometry());
+    return captureTargetForScreen(m_engine.captureTargetNames(), screen().physicalGeometry());
 }
 
 /// The engine knows the screen's pixels, which Qt rounds.
 CaptureScreen CaptureController::screenWithPixels() const
 {
-    return withPixels(primaryScreen(), captureTargetGeometry(target()).size());
+    return withPixels(screen(), captureTargetGeometry(target()).size());
 }
 
 QSize CaptureController::videoSize() const
@@ -151,20 +167,20 @@ void CaptureController::setCaptureTarget()
         m_engine.setCaptureTarget(target().toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped,
                                   margins.left, margins.right, margins.top, margins.bottom);
     if (!m_targetFound)
-        SCLogger::warning(QStringLiteral("The primary screen is none of the engine's screens: \"%1\"")
+        SCLogger::warning(QStringLiteral("The screen is none of the engine's: \"%1\"")
                               .arg(m_engine.captureTargetNames().join(QLatin1String("\", \""))));
 }
 
 /// The size or position of the whole screen may have changed since the last recording.
 bool CaptureController::followsScreen() const
 {
-    const bool hasChanged = m_selection.mode() != CaptureMode::Region && m_area.rect() != primaryScreen().geometry;
+    const bool hasChanged = m_selection.mode() != CaptureMode::Region && m_area.rect() != screen().geometry;
     return m_area.isUnset() || hasChanged;
 }
 
 bool CaptureController::resetRecordingArea()
 {
-    const CaptureScreen screen = primaryScreen();
+    const CaptureScreen screen = this->screen();
     if (followsScreen()) {
         m_area.setRect(screen.geometry);
         applyCaptureArea();
@@ -196,22 +212,20 @@ bool CaptureController::prepare()
     return m_targetFound || !video;
 }
 
-/// The primary screen may have become another one, or smaller, since the area was chosen, and a preset may be larger
-/// than the screen, or no whole number of logical pixels: the fields do not show the size of the video then.
+/// Screens may have gone or become smaller since the area was chosen, and a preset may be larger than the screen, or no
+/// whole number of logical pixels: the fields do not show the size of the video then.
 void CaptureController::settleArea()
 {
     m_screenshots.cancel();
     m_screenshots.cancelSelections();
     if (m_selection.mode() != CaptureMode::Region || m_area.isUnset())
         return;
-    const CaptureScreen screen = primaryScreen();
-    if (!screen.geometry.intersects(m_area.rect())) {
-        SCLogger::warning(
-            QStringLiteral("The chosen region is not on the primary screen any more; all of it is recorded"));
+    const QRect visible = desktop().visiblePart(m_area.rect());
+    if (visible.isEmpty()) {
+        SCLogger::warning(QStringLiteral("The chosen region is on no screen any more; a whole screen is recorded"));
         captureWholeScreen();
-    } else if (!screen.geometry.contains(m_area.rect())) {
-        m_area.setRegion(m_area.rect(), screen, videoSteps());
-        m_region.moveFrame(m_area.rect());
+    } else if (visible != m_area.rect()) {
+        frameVisiblePart(m_area.rect());
         applyCaptureArea();
     } else if (!showsSize()) {
         applyCaptureArea();
@@ -234,7 +248,7 @@ void CaptureController::captureWholeScreen()
 
 void CaptureController::applyWholeScreen()
 {
-    m_area.setRect(primaryScreen().geometry);
+    m_area.setRect(screen().geometry);
     applyCaptureArea();
     m_region.hideFrame();
     m_ui.ratioBox->setCurrentIndex(0);
@@ -274,10 +288,10 @@ void CaptureController::choosePreset(const QString& name)
     const auto size = ratiopresets::physicalSize(name);
     if (!size)
         return;
-    const CaptureScreen screen = primaryScreen();
-    const QRect framed = m_region.frame(ratiopresets::areaOn(screen, *size, m_region.borderWidth()));
-    m_area.setRegion(framed, screen, videoSteps());
+    const QRect framed = m_region.moveFrame(ratiopresets::areaOn(primaryScreen(), *size, m_region.borderWidth()));
+    storeVisiblePart(framed);
     frameGrownArea(framed);
+    m_region.raiseFrame();
     // The preset's own numbers, from which the stored area may differ by a rounding.
     showSize(*size);
 }
@@ -291,26 +305,37 @@ void CaptureController::switchScreen(bool on)
 
 void CaptureController::onRegionSelected(const QRect& area)
 {
-    // The pointer may have been released over another screen.
-    const QRect framed = frameOnScreen(area & primaryScreen().geometry);
-    m_area.setRegion(framed, primaryScreen(), videoSteps());
-    frameGrownArea(framed);
+    frameVisiblePart(area);
+    m_region.raiseFrame();
     applyCaptureArea();
     m_ui.ratioBox->setCurrentIndex(0);
 }
 
-/// Shows the frame around the area. A frame that grows to its smallest size is kept on the screen.
-///
-/// @return what is inside the frame
-QRect CaptureController::frameOnScreen(const QRect& area)
+/// Moves the frame around what can be recorded of the area, and stores that. A frame that grows to its smallest size is
+/// kept on the screen.
+void CaptureController::frameVisiblePart(const QRect& area)
 {
-    const QRect framed = m_region.frame(area);
-    const QRect screen = primaryScreen().geometry;
-    if (framed.size() == area.size() || screen.contains(framed))
-        return framed;
-    const QRect kept = keptOn(screen, framed);
-    m_region.moveFrame(kept);
-    return kept;
+    const QRect visible = desktop().visiblePart(area);
+    QRect framed = m_region.moveFrame(visible);
+    if (framed.size() != visible.size())
+        framed = m_region.moveFrame(keptOnScreen(framed));
+    storeVisiblePart(framed);
+    frameGrownArea(framed);
+}
+
+QRect CaptureController::keptOnScreen(const QRect& area) const
+{
+    return keptOn(desktop().around(area).geometry, area);
+}
+
+bool CaptureController::storeVisiblePart(const QRect& framed)
+{
+    const CaptureDesktop desktop = this->desktop();
+    const QRect visible = desktop.visiblePart(framed);
+    if (!isRecordable(visible))
+        return false;
+    m_area.setRegion(visible, desktop.around(framed), videoSteps());
+    return true;
 }
 
 /// Moves the frame's border out of an area that has grown into it.
@@ -322,18 +347,18 @@ void CaptureController::frameGrownArea(const QRect& framed)
 
 void CaptureController::storeRegion(const QRect& framed, bool isMoving)
 {
-    const CaptureScreen screen = primaryScreen();
-    const QRect visible = framed & screen.geometry;
-    if (visible.width() >= kSmallestRegion.width() && visible.height() >= kSmallestRegion.height()) {
-        m_area.setRegion(framed, screen, videoSteps());
-        if (!isMoving)
-            frameGrownArea(framed);
-    } else if (!isMoving) {
+    const bool isStored = storeVisiblePart(framed);
+    if (isMoving)
+        return;
+    if (!isStored) {
         // Released where it cannot be recorded.
-        const QRect kept = keptOn(screen.geometry, framed);
-        m_region.moveFrame(kept);
-        m_area.setRegion(kept, screen, videoSteps());
+        const QRect kept = m_region.moveFrame(keptOnScreen(framed));
+        storeVisiblePart(kept);
         frameGrownArea(kept);
+    } else if (desktop().isCutAt(framed)) {
+        frameVisiblePart(framed);
+    } else {
+        frameGrownArea(framed);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <QObject>
 
 class Activity;
+class CaptureDesktop;
 class CaptureSelection;
 class ObsWrapper;
 class RegionOverlays;
@@ -37,7 +38,7 @@ public:
 
     void chooseFullScreen();
 
-    /// Before a countdown: cancels selections and fits the area to the present primary screen.
+    /// Before a countdown: cancels selections and fits the area to the present screens.
     void settleArea();
 
     /// Sets size, target and crop of the engine; false on failure.
@@ -63,6 +64,9 @@ private:
     void switchScreen(bool on);
     void applyCaptureArea();
     bool resetRecordingArea();
+    CaptureDesktop desktop() const;
+    /// The one that is captured: of a region that which holds most of it.
+    CaptureScreen screen() const;
     bool followsScreen() const;
     bool showsSize() const;
     void showSize(const QSize& size);
@@ -72,7 +76,10 @@ private:
     void setCaptureTarget();
     void captureWholeScreen();
     void applyWholeScreen();
-    QRect frameOnScreen(const QRect& area);
+    void frameVisiblePart(const QRect& area);
+    QRect keptOnScreen(const QRect& area) const;
+    /// Of what is inside the frame, as far as it can be recorded; false where that is too little.
+    bool storeVisiblePart(const QRect& framed);
     void frameGrownArea(const QRect& framed);
     void storeRegion(const QRect& framed, bool isMoving);
     void onRegionSelected(const QRect& area);
@@ -88,7 +95,7 @@ private:
     const Activity& m_activity;
     CaptureArea m_area;
     bool m_engineRuns = false;
-    /// Whether the engine lists the primary screen.
+    /// Whether the engine lists the captured screen.
     bool m_targetFound = false;
     bool m_isFrameClosed = false;
 };

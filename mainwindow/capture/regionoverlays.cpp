@@ -81,22 +81,20 @@ DrawWindow& RegionOverlays::drawWindow()
     return *m_frame;
 }
 
-QRect RegionOverlays::frame(const QRect& area)
-{
-    moveFrame(area);
-    DrawWindow& window = drawWindow();
-    window.show();
-    window.raise();
-    window.activateWindow();
-    const int border = window.borderWidth();
-    return window.geometry().adjusted(border, border, -border, -border);
-}
-
-void RegionOverlays::moveFrame(const QRect& area)
+QRect RegionOverlays::moveFrame(const QRect& area)
 {
     DrawWindow& window = drawWindow();
     const int border = window.borderWidth();
     window.positionAt(area.adjusted(-border, -border, border, border));
+    return window.geometry().adjusted(border, border, -border, -border);
+}
+
+void RegionOverlays::raiseFrame()
+{
+    DrawWindow& window = drawWindow();
+    window.show();
+    window.raise();
+    window.activateWindow();
 }
 
 int RegionOverlays::borderWidth()

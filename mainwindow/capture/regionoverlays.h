@@ -24,11 +24,12 @@ public:
     void cancelSelection();
     bool isSelecting() const;
 
-    /// Shows the frame around the area, in front.
+    /// Around the area, also while the frame is not shown.
     /// @return what is inside: the area, or more where the frame cannot be as small
-    QRect frame(const QRect& area);
+    QRect moveFrame(const QRect& area);
 
-    void moveFrame(const QRect& area);
+    /// Shows the frame, in front, and activates it.
+    void raiseFrame();
 
     int borderWidth();
 
