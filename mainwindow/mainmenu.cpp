@@ -11,6 +11,7 @@
 #include "dialogs/scsettingswindow.h"
 #include "dialogs/scupgradewindow.h"
 #include "mainwindow/activity.h"
+#include "mainwindow/menustyle.h"
 #include "mainwindow/updatenotice.h"
 #include "widgets/desktopservices.h"
 #include "widgets/messagebox.h"
@@ -25,13 +26,6 @@
 
 namespace {
 
-constexpr char kStyleSheet[] =
-    "QMenu { background-color: #252526; border: 1px solid #1E1E1E; padding: 5px 0px; font-size: 7.5pt; font-family: "
-    "Microsoft YaHei UI; }                         QMenu::item { color: #99A1B0; padding: 8px 20px; padding-right: "
-    "24px; }                         QMenu::item:selected { background-color: #37373D; color: #FFFFFF; }               "
-    "          QMenu::indicator { width: 12px; height: 12px; left: 4px; }                         "
-    "QMenu::indicator:non-exclusive:checked { image: url(:/res/forms/images/check.svg); }";
-
 /// The menu's texts are the main window's.
 QString text(const char* source)
 {
@@ -41,7 +35,7 @@ QString text(const char* source)
 QMenu* addSubmenu(QMenu& menu, const char* title)
 {
     QMenu* const submenu = menu.addMenu(text(title));
-    submenu->setStyleSheet(QLatin1String(kStyleSheet));
+    submenu->setStyleSheet(QLatin1String(kMenuStyleSheet));
     return submenu;
 }
 
@@ -73,7 +67,7 @@ QMenu* MainMenu::build()
 {
     auto* const menu = new QMenu;
     menu->setObjectName(QStringLiteral("mainMenu"));
-    menu->setStyleSheet(QLatin1String(kStyleSheet));
+    menu->setStyleSheet(QLatin1String(kMenuStyleSheet));
     menu->addAction(text("Settings"), this, &MainMenu::openSettings)->setEnabled(m_activity.isIdle());
     addLanguages(*menu);
     menu->addSeparator();

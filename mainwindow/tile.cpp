@@ -18,21 +18,25 @@ constexpr QSize kSmallestSize(104, 80);
 
 } // namespace
 
-Tile::Tile(QWidget* parent) : QFrame(parent), m_icon(new QLabel(this)), m_label(new QLabel(this))
+Tile::Tile(QWidget* parent)
+    : QFrame(parent), m_icon(new QLabel(this)), m_label(new QLabel(this)), m_note(new QLabel(this))
 {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
     registerAccessibleToggle("Tile", QAccessible::RadioButton, "selected");
     m_icon->setObjectName(QStringLiteral("tileIcon"));
     m_label->setObjectName(QStringLiteral("tileLabel"));
-    m_icon->setAlignment(Qt::AlignCenter);
-    m_label->setAlignment(Qt::AlignCenter);
+    m_note->setObjectName(QStringLiteral("tileNote"));
+    m_note->hide();
+    for (QLabel* const part : {m_icon, m_label, m_note})
+        part->setAlignment(Qt::AlignCenter);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(8, 8, 8, 8);
     layout->setSpacing(4);
     layout->addStretch();
     layout->addWidget(m_icon);
     layout->addWidget(m_label);
+    layout->addWidget(m_note);
     layout->addStretch();
 }
 
@@ -42,7 +46,7 @@ void Tile::setSelected(bool selected)
         return;
     m_selected = selected;
     showIcon();
-    for (QWidget* const part : std::initializer_list<QWidget*>{this, m_icon, m_label})
+    for (QWidget* const part : std::initializer_list<QWidget*>{this, m_icon, m_label, m_note})
         restyle(*part);
     update();
     announceToggled(*this);
@@ -57,6 +61,17 @@ void Tile::setText(const QString& text)
 {
     m_label->setText(text);
     setAccessibleName(text);
+}
+
+QString Tile::note() const
+{
+    return m_note->text();
+}
+
+void Tile::setNote(const QString& note)
+{
+    m_note->setText(note);
+    m_note->setVisible(!note.isEmpty());
 }
 
 void Tile::setIconName(const QString& name)

@@ -5,7 +5,7 @@
 
 class QLabel;
 
-/// A clickable field with an icon above its name.
+/// A clickable field with an icon above its name, and a note below.
 class Tile : public QFrame
 {
     Q_OBJECT
@@ -23,6 +23,10 @@ public:
 
     QString text() const;
     void setText(const QString& text);
+
+    /// In small letters; empty at first.
+    QString note() const;
+    void setNote(const QString& note);
 
     QString iconName() const { return m_iconName; }
     void setIconName(const QString& name);
@@ -42,6 +46,7 @@ private:
 
     QLabel* m_icon;
     QLabel* m_label;
+    QLabel* m_note;
     QString m_iconName;
     bool m_selected = false;
 };

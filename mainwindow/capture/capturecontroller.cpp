@@ -59,13 +59,16 @@ CaptureController::CaptureController(Ui::SCMainWindow& ui, CaptureSelection& sel
     , m_screenshots(screenshots)
     , m_engine(engine)
     , m_activity(activity)
+    , m_screens(*m_ui.fullScreenTile)
 {
     m_ui.ratioBox->addItems(ratiopresets::names());
     prepareComboBox(*m_ui.ratioBox);
     // Not when the program sets the box back to its first entry.
     connect(m_ui.ratioBox, &QComboBox::textActivated, this, &CaptureController::choosePreset);
     connect(m_ui.screenSwitch, &SCSwitchWidget::checkedChanged, this, &CaptureController::switchScreen);
-    connect(m_ui.fullScreenTile, &Tile::activated, this, &CaptureController::chooseFullScreen);
+    connect(m_ui.fullScreenTile, &Tile::activated, this, &CaptureController::onFullScreenTile);
+    connect(&m_screens, &ScreenChoice::chosen, this, &CaptureController::onScreenChosen);
+    connect(&m_screens, &ScreenChoice::screensChanged, this, &CaptureController::onScreensChanged);
     connect(m_ui.regionTile, &Tile::activated, this, &CaptureController::chooseRegion);
     connect(m_ui.windowTile, &Tile::activated, this, &CaptureController::chooseWindow);
     connect(m_ui.lockButton, &QPushButton::toggled, this, &CaptureController::onLockToggled);
@@ -110,7 +113,7 @@ CaptureDesktop CaptureController::desktop() const
 
 CaptureScreen CaptureController::screen() const
 {
-    return m_selection.mode() == CaptureMode::Region ? desktop().screenOf(m_area.rect()) : primaryScreen();
+    return m_selection.mode() == CaptureMode::Region ? desktop().screenOf(m_area.rect()) : m_screens.screen();
 }
 
 void CaptureController::showSize(const QSize& size)
@@ -174,17 +177,19 @@ void CaptureController::setCaptureTarget()
 /// The size or position of the whole screen may have changed since the last recording.
 bool CaptureController::followsScreen() const
 {
-    const bool hasChanged = m_selection.mode() != CaptureMode::Region && m_area.rect() != screen().geometry;
-    return m_area.isUnset() || hasChanged;
+    return m_area.isUnset() || hasOtherScreen();
+}
+
+bool CaptureController::hasOtherScreen() const
+{
+    return m_selection.mode() != CaptureMode::Region && m_area.rect() != screen().geometry;
 }
 
 bool CaptureController::resetRecordingArea()
 {
     const CaptureScreen screen = this->screen();
-    if (followsScreen()) {
-        m_area.setRect(screen.geometry);
-        applyCaptureArea();
-    }
+    if (followsScreen())
+        followScreen();
     const QSize logical = m_area.rectOn(screen).size();
     debug("Recording area set to: %1x%2", {logical.width(), logical.height()});
     const QSize size = videoSize();
@@ -237,6 +242,8 @@ void CaptureController::onRecordingOver()
     m_engine.setSceneRendered(false);
     if (std::exchange(m_isFrameClosed, false))
         captureWholeScreen();
+    else if (hasOtherScreen())
+        followScreen();
 }
 
 void CaptureController::captureWholeScreen()
@@ -248,10 +255,36 @@ void CaptureController::captureWholeScreen()
 
 void CaptureController::applyWholeScreen()
 {
-    m_area.setRect(screen().geometry);
-    applyCaptureArea();
+    followScreen();
     m_region.hideFrame();
     m_ui.ratioBox->setCurrentIndex(0);
+}
+
+void CaptureController::followScreen()
+{
+    m_area.setRect(screen().geometry);
+    applyCaptureArea();
+}
+
+void CaptureController::onScreenChosen()
+{
+    // A recording may have begun below the menu.
+    if (m_activity.isIdle())
+        captureWholeScreen();
+}
+
+void CaptureController::onScreensChanged()
+{
+    if (m_engineRuns)
+        m_engine.refreshCaptureTargets(false);
+    if (m_activity.isIdle() && m_selection.mode() != CaptureMode::Region)
+        followScreen();
+}
+
+void CaptureController::onFullScreenTile()
+{
+    chooseFullScreen();
+    m_screens.offer();
 }
 
 void CaptureController::chooseFullScreen()

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mainwindow/capture/capturearea.h"
+#include "mainwindow/capture/screenchoice.h"
 
 #include <QObject>
 
@@ -36,6 +37,7 @@ public:
     /// Of the video that records the area, in physical pixels.
     QSize videoSize() const;
 
+    /// The chosen screen.
     void chooseFullScreen();
 
     /// Before a countdown: cancels selections and fits the area to the present screens.
@@ -68,6 +70,8 @@ private:
     /// The one that is captured: of a region that which holds most of it.
     CaptureScreen screen() const;
     bool followsScreen() const;
+    /// Than the one that is captured whole.
+    bool hasOtherScreen() const;
     bool showsSize() const;
     void showSize(const QSize& size);
     QString target() const;
@@ -76,6 +80,10 @@ private:
     void setCaptureTarget();
     void captureWholeScreen();
     void applyWholeScreen();
+    void followScreen();
+    void onFullScreenTile();
+    void onScreenChosen();
+    void onScreensChanged();
     void frameVisiblePart(const QRect& area);
     QRect keptOnScreen(const QRect& area) const;
     /// Of what is inside the frame, as far as it can be recorded; false where that is too little.
@@ -93,6 +101,7 @@ private:
     ScreenshotSession& m_screenshots;
     ObsWrapper& m_engine;
     const Activity& m_activity;
+    ScreenChoice m_screens;
     CaptureArea m_area;
     bool m_engineRuns = false;
     /// Whether the engine lists the captured screen.

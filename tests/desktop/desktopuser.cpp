@@ -72,8 +72,11 @@ QPoint onScreen(const QPoint& position)
 
 void pointTo(const QPoint& position)
 {
+    const QScreen* const there = QGuiApplication::screenAt(position);
+    const QScreen& screen = there != nullptr ? *there : *QGuiApplication::primaryScreen();
     // A screen's corner has the same position in logical and in physical pixels.
-    userinput::pointTo(QGuiApplication::primaryScreen()->geometry().topLeft() + inImage(position));
+    const QPoint corner = screen.geometry().topLeft();
+    userinput::pointTo(corner + (QPointF(position - corner) * screen.devicePixelRatio()).toPoint());
 }
 
 void click(const QPoint& position, const char* button)

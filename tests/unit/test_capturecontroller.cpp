@@ -34,6 +34,15 @@ private slots:
         QCOMPARE(messages.texts(QtInfoMsg), QStringList{"[INFO] Select screen clicked"});
     }
 
+    void singleScreenIsNotOffered()
+    {
+        const CaptureForm window;
+        auto* const tile = child<Tile>(window, "fullScreenTile");
+        QTest::mouseClick(tile, Qt::LeftButton);
+        QVERIFY(QApplication::activePopupWidget() == nullptr);
+        QCOMPARE(tile->note() + tile->toolTip(), QString());
+    }
+
     void onlyALeftReleaseOnTheTileCounts()
     {
         const CaptureForm window;

@@ -20,6 +20,24 @@ private slots:
         QCOMPARE(tile.accessibleName(), QStringLiteral("Full Screen"));
     }
 
+    void noteIsShownBelowTheText()
+    {
+        Tile tile;
+        tile.setText(QStringLiteral("Full Screen"));
+        tile.show();
+        const QSize without = tile.minimumSizeHint();
+        auto* const note = tile.findChild<QLabel*>(QStringLiteral("tileNote"));
+        QVERIFY(!note->isVisible());
+        tile.setNote(QStringLiteral("A screen of a long name"));
+        QVERIFY(note->isVisible());
+        QCOMPARE(tile.note(), QStringLiteral("A screen of a long name"));
+        QVERIFY(tile.minimumSizeHint().width() > without.width());
+        QCOMPARE(tile.accessibleName(), QStringLiteral("Full Screen"));
+        tile.setNote({});
+        QVERIFY(!note->isVisible());
+        QCOMPARE(tile.minimumSizeHint(), without);
+    }
+
     void keyboardActivatesIt()
     {
         Tile tile;
