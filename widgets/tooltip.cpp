@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/tooltip.h"
 
+#include "platform/windowing/frame_exclusion.h"
+
 #include <QApplication>
+#include <QEvent>
 #include <QScreen>
 #include <QToolTip>
 #include <QWidget>
@@ -16,6 +19,22 @@ QWidget* visibleToolTip()
         return window->windowType() == Qt::ToolTip && window->isVisible();
     });
     return found == windows.end() ? nullptr : *found;
+}
+
+ToolTipExclusion::ToolTipExclusion(QObject* parent) : QObject(parent)
+{
+    qApp->installEventFilter(this);
+}
+
+/// The event comes before the window has a handle.
+bool ToolTipExclusion::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() != QEvent::Polish || !watched->isWidgetType())
+        return false;
+    auto& widget = static_cast<QWidget&>(*watched);
+    if (widget.isWindow() && widget.windowType() == Qt::ToolTip)
+        platform::setExcludedFromFrames(widget, true);
+    return false;
 }
 
 namespace bartip {

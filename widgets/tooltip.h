@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QObject>
 #include <QPoint>
 #include <QRect>
 #include <QSize>
@@ -11,6 +12,19 @@ class QWidget;
 
 /// Null without one.
 QWidget* visibleToolTip();
+
+/// Excludes the program's tool tips from frames (platform/windowing/frame_exclusion.h) before they are on the screen.
+/// User-interface thread.
+class ToolTipExclusion : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Those that are shown from now on, as long as the parent lives.
+    explicit ToolTipExclusion(QObject* parent);
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+};
 
 /// Tool tips of bars that float over a recorded desktop. Logical pixels of the desktop.
 namespace bartip {

@@ -2,8 +2,11 @@
 #include "platform/windowing/excluded_windows.h"
 #include "platform/windowing/frame_exclusion.h"
 #include "tests/support/testrun.h"
+#include "widgets/tooltip.h"
 
+#include <QLabel>
 #include <QTest>
+#include <QToolTip>
 #include <QWidget>
 
 #include <atomic>
@@ -96,6 +99,23 @@ private slots:
         QCOMPARE(entries(), Entries{entryOf(window, 6)});
         platform::setExcludedFromFrames(window, true);
         QCOMPARE(entries(), Entries{entryOf(window)});
+    }
+
+    /// A tool tip is another window each time.
+    void toolTipIsEnteredBeforeItIsShown()
+    {
+        QObject owner;
+        new ToolTipExclusion(&owner);
+        QLabel label(QStringLiteral("label"));
+        label.show();
+        QCOMPARE(entries(), Entries());
+        QToolTip::showText(QPoint(10, 10), QStringLiteral("tip"), &label);
+        const QWidget* const tip = visibleToolTip();
+        QVERIFY(tip != nullptr);
+        QCOMPARE(entries(), Entries{entryOf(*tip)});
+        QVERIFY(tip->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+        QToolTip::hideText();
+        QTRY_COMPARE(entries(), Entries());
     }
 
     void entriesAreReadByOneThreadWhileAnotherOneWritesThem()
