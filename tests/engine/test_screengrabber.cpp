@@ -118,6 +118,55 @@ private slots:
         QCOMPARE(pixel(grabber, 49, 49), kGreen);
     }
 
+    void whatWasThereBeforeAGrabCanBeTakenBack_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QRect>("area");
+        const QStringList shared{kScreen, QStringLiteral("0"), kSize};
+        QTest::newRow("shared memory") << shared << QRect(10, 20, 100, 50);
+        QTest::newRow("shared memory, beyond the desktop") << shared << QRect(-10, 20, 100, 50);
+        QTest::newRow("no MIT-SHM") << shared + QStringList{kWithout, QStringLiteral("MIT-SHM")}
+                                    << QRect(10, 20, 100, 50);
+    }
+
+    void whatWasThereBeforeAGrabCanBeTakenBack()
+    {
+        QFETCH(const QStringList, options);
+        QFETCH(const QRect, area);
+        XServer server;
+        QVERIFY(server.start(options));
+        PaintedWindow window(QRect(0, 0, 320, 240), kRed, server.display().constData());
+        X11Connection connection(server.display().constData());
+        ScreenGrabber grabber(connection);
+        grabber.setArea(area);
+        const auto at = [&](int x, int y) { return pixel(grabber, x - area.x(), y - area.y()); };
+        QVERIFY(grabber.grab(connection.desktop(), ScreenGrabber::Former::IsKept));
+        window.paint(QRect(0, 0, 320, 240), kGreen);
+        QVERIFY(grabber.grab(connection.desktop(), ScreenGrabber::Former::IsKept));
+        grabber.takeBack(QRect(30, 40, 20, 10));
+        QCOMPARE(at(29, 40), kGreen);
+        QCOMPARE(at(30, 40), kRed);
+        QCOMPARE(at(49, 49), kRed);
+        QCOMPARE(at(50, 49), kGreen);
+        // Each image has all of it, whatever of the rows between was grabbed.
+        window.paint(QRect(0, 60, 320, 1), kBlue);
+        QVERIFY(grabber.grab(QRect(0, 60, 320, 1), ScreenGrabber::Former::IsKept));
+        QCOMPARE(at(60, 60), kBlue);
+        QCOMPARE(at(60, 59), kGreen);
+        QCOMPARE(at(60, 21), kGreen);
+        grabber.takeBack(QRect(60, 60, 2, 1));
+        QCOMPARE(at(60, 60), kGreen);
+        QCOMPARE(at(62, 60), kBlue);
+        grabber.takeBack(QRect(62, 60, 1, 1));
+        QVERIFY(grabber.grab(QRegion(), ScreenGrabber::Former::IsKept));
+        grabber.takeBack(QRect(63, 60, 1, 1));
+        QCOMPARE(at(62, 60), kGreen);
+        QCOMPARE(at(63, 60), kBlue);
+        grabber.blacken(QRect(70, 60, 2, 400));
+        QCOMPARE(at(69, 60), kBlue);
+        QCOMPARE(at(71, 69), kBlack);
+    }
+
     void whatLiesOutsideTheDesktopIsBlack_data()
     {
         QTest::addColumn<QRect>("area");

@@ -1,23 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/x11/damagetracker.h"
 
-#include <QList>
-
-#include <span>
+#include "engine/capture/x11/x11regions.h"
 
 using platform::xcb::Owned;
-
-namespace {
-
-/// With more rectangles than this the box around them is cheaper.
-constexpr int kMaxRectangles = 64;
-
-QRect toRect(const xcb_rectangle_t& rectangle)
-{
-    return {rectangle.x, rectangle.y, rectangle.width, rectangle.height};
-}
-
-} // namespace
 
 DamageTracker::DamageTracker(const X11Connection& connection) : m_connection(connection)
 {
@@ -60,14 +46,7 @@ QRegion DamageTracker::subtractDamage() const
     if (!reply)
         return m_connection.desktop();
     const int count = xcb_xfixes_fetch_region_rectangles_length(reply.get());
-    if (count > kMaxRectangles)
-        return toRect(reply->extents);
-    // The server keeps them in the order that QRegion wants.
-    QList<QRect> rectangles;
-    for (const xcb_rectangle_t& rectangle :
-         std::span(xcb_xfixes_fetch_region_rectangles(reply.get()), static_cast<std::size_t>(count)))
-        rectangles.append(toRect(rectangle));
-    QRegion region;
-    region.setRects(rectangles.constData(), static_cast<int>(rectangles.size()));
-    return region;
+    if (count > x11regions::kMaxRectangles)
+        return x11regions::toRect(reply->extents);
+    return x11regions::toRegion({xcb_xfixes_fetch_region_rectangles(reply.get()), static_cast<std::size_t>(count)});
 }

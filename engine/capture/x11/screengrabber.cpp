@@ -2,6 +2,7 @@
 #include "engine/capture/x11/screengrabber.h"
 
 #include "app/sclogger.h"
+#include "engine/capture/x11/x11regions.h"
 
 #include <algorithm>
 #include <cstring>
@@ -36,11 +37,12 @@ void ScreenGrabber::setArea(const QRect& area)
 
 void ScreenGrabber::makeMemory()
 {
-    if (m_memory && m_memory->bytes() < bytesOf(m_area))
+    const std::size_t needed = m_copies.size() * bytesOf(m_area);
+    if (m_memory && m_memory->bytes() < needed)
         m_memory.reset();
     if (m_memory || !m_canShare)
         return;
-    m_memory = SharedMemory::make(m_connection, bytesOf(m_area));
+    m_memory = SharedMemory::make(m_connection, needed);
     // Not tried again each time that the region moves.
     m_canShare = m_memory != nullptr;
 }
@@ -48,19 +50,38 @@ void ScreenGrabber::makeMemory()
 void ScreenGrabber::clip()
 {
     m_visible = m_area & m_connection.desktop();
-    if (!isGrabbedInPlace())
-        m_copy.resize(bytesOf(m_area));
-    if (m_visible != m_area)
-        std::memset(imageRow(0), 0, bytesOf(m_area));
+    m_lacking = m_area;
+    m_isFormerKept = false;
+    for (const int number : {0, 1}) {
+        if (!isGrabbedInPlace())
+            m_copies.at(static_cast<std::size_t>(number)).resize(bytesOf(m_area));
+        if (m_visible != m_area)
+            std::memset(imageData(number), 0, bytesOf(m_area));
+    }
 }
 
-bool ScreenGrabber::grab(const QRegion& changed)
+bool ScreenGrabber::grab(const QRegion& changed, Former former)
 {
     QRegion wanted = changed & m_visible;
     if (m_visible != (m_area & m_connection.desktop())) {
         clip();
         wanted = m_visible;
     }
+    m_isFormerKept = former == Former::IsKept && !wanted.isEmpty();
+    if (m_isFormerKept)
+        m_image = 1 - m_image;
+    const bool isComplete = grabWanted(m_isFormerKept ? wanted + (m_lacking & m_visible) : wanted);
+    if (m_isFormerKept && !isComplete)
+        m_image = 1 - m_image;
+    m_isFormerKept = m_isFormerKept && isComplete;
+    m_lacking = m_isFormerKept ? wanted : m_lacking + wanted;
+    if (m_lacking.rectCount() > x11regions::kMaxRectangles)
+        m_lacking = m_lacking.boundingRect();
+    return isComplete;
+}
+
+bool ScreenGrabber::grabWanted(const QRegion& wanted)
+{
     if (grabBands(bandsOf(wanted)))
         return true;
     noteFailure();
@@ -114,7 +135,7 @@ std::vector<ScreenGrabber::Band> ScreenGrabber::bandsOf(const QRegion& changed) 
 
 bool ScreenGrabber::grabShared(const std::vector<Band>& bands)
 {
-    const int firstRow = isGrabbedInPlace() ? m_visible.top() - m_area.top() : 0;
+    const int firstRow = isGrabbedInPlace() ? m_visible.top() - m_area.top() + m_image * m_area.height() : 0;
     std::vector<xcb_shm_get_image_cookie_t> cookies;
     for (const Band& band : bands) {
         const std::size_t offset = static_cast<std::size_t>(firstRow + band.top) * rowBytes(m_visible);
@@ -158,13 +179,51 @@ void ScreenGrabber::copyToImage(const Band& band, const std::uint8_t* rows)
                     rowBytes(m_visible));
 }
 
+std::uint8_t* ScreenGrabber::imageData(int number)
+{
+    return isGrabbedInPlace() ? m_memory->data() + static_cast<std::size_t>(number) * bytesOf(m_area)
+                              : m_copies.at(static_cast<std::size_t>(number)).data();
+}
+
 std::uint8_t* ScreenGrabber::imageRow(int row)
 {
-    return (isGrabbedInPlace() ? m_memory->data() : m_copy.data()) + static_cast<std::size_t>(row) * rowBytes(m_area);
+    return imageData(m_image) + static_cast<std::size_t>(row) * rowBytes(m_area);
+}
+
+std::size_t ScreenGrabber::offsetOf(const QRect& part, int y) const
+{
+    return static_cast<std::size_t>(y - m_area.top()) * rowBytes(m_area) +
+           kBytesPerPixel * static_cast<std::size_t>(part.left() - m_area.left());
+}
+
+void ScreenGrabber::takeBack(const QRegion& part)
+{
+    if (!m_isFormerKept)
+        return;
+    for (const QRect& rectangle : part& m_area) {
+        for (int y = rectangle.top(); y <= rectangle.bottom(); ++y)
+            std::memcpy(imageData(m_image) + offsetOf(rectangle, y), imageData(1 - m_image) + offsetOf(rectangle, y),
+                        rowBytes(rectangle));
+    }
+}
+
+void ScreenGrabber::blacken(const QRegion& part)
+{
+    for (const QRect& rectangle : part& m_area) {
+        for (int y = rectangle.top(); y <= rectangle.bottom(); ++y)
+            std::memset(imageData(m_image) + offsetOf(rectangle, y), 0, rowBytes(rectangle));
+    }
+}
+
+MutablePixelView ScreenGrabber::pixels()
+{
+    return {imageData(m_image), static_cast<int>(rowBytes(m_area)), m_area.width(), m_area.height()};
 }
 
 PixelView ScreenGrabber::image() const
 {
-    return {isGrabbedInPlace() ? m_memory->data() : m_copy.data(), static_cast<int>(rowBytes(m_area)), m_area.width(),
-            m_area.height()};
+    const std::uint8_t* const data = isGrabbedInPlace()
+                                         ? m_memory->data() + static_cast<std::size_t>(m_image) * bytesOf(m_area)
+                                         : m_copies.at(static_cast<std::size_t>(m_image)).data();
+    return {data, static_cast<int>(rowBytes(m_area)), m_area.width(), m_area.height()};
 }

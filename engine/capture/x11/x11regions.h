@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QRegion>
+
+#include <xcb/xproto.h>
+
+#include <span>
+
+/// What the X server says in rectangles, as Qt has it. Any thread.
+namespace x11regions {
+
+/// With more rectangles than this the box around them is cheaper.
+inline constexpr int kMaxRectangles = 64;
+
+inline QRect toRect(const xcb_rectangle_t& rectangle)
+{
+    return {rectangle.x, rectangle.y, rectangle.width, rectangle.height};
+}
+
+/// @param rectangles ordered as QRegion wants them: the server keeps regions so
+QRegion toRegion(std::span<const xcb_rectangle_t> rectangles);
+
+xcb_rectangle_t fromRect(const QRect& rectangle);
+
+} // namespace x11regions
