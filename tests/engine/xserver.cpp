@@ -2,6 +2,7 @@
 #include "tests/engine/xserver.h"
 
 #include <xcb/render.h>
+#include <xcb/shape.h>
 
 #include <algorithm>
 
@@ -70,6 +71,30 @@ void PaintedWindow::moveTo(const QPoint& position)
 void PaintedWindow::hide()
 {
     xcb_unmap_window(connection(), m_window);
+    sync();
+}
+
+void PaintedWindow::show()
+{
+    xcb_map_window(connection(), m_window);
+    sync();
+}
+
+void PaintedWindow::raise()
+{
+    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+    xcb_configure_window(connection(), m_window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    sync();
+}
+
+void PaintedWindow::setShape(const QRegion& region)
+{
+    std::vector<xcb_rectangle_t> rectangles;
+    for (const QRect& part : region)
+        rectangles.push_back({static_cast<std::int16_t>(part.x()), static_cast<std::int16_t>(part.y()),
+                              static_cast<std::uint16_t>(part.width()), static_cast<std::uint16_t>(part.height())});
+    xcb_shape_rectangles(connection(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, m_window, 0,
+                         0, static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
     sync();
 }
 

@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QProcess>
 #include <QRect>
+#include <QRegion>
 #include <QStringList>
 
 #include <array>
@@ -40,6 +41,11 @@ public:
     void paint(const QRect& area, std::uint32_t color);
     void moveTo(const QPoint& position);
     void hide();
+    void show();
+    void raise();
+    /// Cuts the window to a region of it.
+    void setShape(const QRegion& region);
+    xcb_window_t id() const { return m_window; }
 
     /// Gives the window a pointer that is one block of red, from 0 to 65535.
     void setBlockPointer(int sizePx, const QPoint& hotSpot, std::uint16_t red);

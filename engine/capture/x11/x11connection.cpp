@@ -3,7 +3,10 @@
 
 #include "engine/capture/x11/screenvisual.h"
 
+#include <xcb/composite.h>
 #include <xcb/damage.h>
+#include <xcb/render.h>
+#include <xcb/shape.h>
 #include <xcb/shm.h>
 #include <xcb/xfixes.h>
 
@@ -52,13 +55,12 @@ const xcb_visualtype_t* findVisual(const xcb_screen_t* screen, xcb_visualid_t id
 
 X11Connection::X11Connection(const char* display)
 {
-    int screen = 0;
-    m_connection.reset(xcb_connect(display, &screen));
+    m_connection.reset(xcb_connect(display, &m_screenNumber));
     if (isLost()) {
         m_obstacle = QStringLiteral("there is no X server");
         return;
     }
-    m_screen = &platform::xcb::screenNumbered(m_connection.get(), screen);
+    m_screen = &platform::xcb::screenNumbered(m_connection.get(), m_screenNumber);
     m_obstacle = findObstacle();
     if (!m_obstacle.isEmpty())
         return;
@@ -107,6 +109,22 @@ void X11Connection::queryExtensions()
             get(), xcb_damage_query_version(get(), XCB_DAMAGE_MAJOR_VERSION, XCB_DAMAGE_MINOR_VERSION), nullptr));
         m_hasDamage = damage != nullptr;
     }
+    m_hasShape = isPresent(xcb_shape_id);
+    // Windows are drawn within their shapes, which are regions of XFixes.
+    if (m_hasXFixes && isPresent(xcb_composite_id) && isPresent(xcb_render_id))
+        queryComposite();
+}
+
+void X11Connection::queryComposite()
+{
+    const auto compositeCookie =
+        xcb_composite_query_version(get(), XCB_COMPOSITE_MAJOR_VERSION, XCB_COMPOSITE_MINOR_VERSION);
+    const auto renderCookie = xcb_render_query_version(get(), XCB_RENDER_MAJOR_VERSION, XCB_RENDER_MINOR_VERSION);
+    const Owned<xcb_composite_query_version_reply_t> composite(
+        xcb_composite_query_version_reply(get(), compositeCookie, nullptr));
+    const Owned<xcb_render_query_version_reply_t> render(xcb_render_query_version_reply(get(), renderCookie, nullptr));
+    // The first that gives the images of windows.
+    m_hasComposite = render && composite && (composite->major_version > 0 || composite->minor_version >= 2);
 }
 
 void X11Connection::updateDesktop()

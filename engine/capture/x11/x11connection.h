@@ -20,6 +20,9 @@ public:
     const QString& obstacle() const { return m_obstacle; }
 
     xcb_connection_t* get() const { return m_connection.get(); }
+    /// From 0 on.
+    int screenNumber() const { return m_screenNumber; }
+    xcb_visualid_t rootVisual() const { return m_screen->root_visual; }
     xcb_window_t root() const { return m_screen->root; }
     /// The desktop in physical pixels, as large as the last events or updateDesktop() say.
     QRect desktop() const { return m_desktop; }
@@ -34,6 +37,9 @@ public:
     bool takesDescriptors() const { return m_takesDescriptors; }
     bool hasXFixes() const { return m_hasXFixes; }
     bool hasDamage() const { return m_hasDamage; }
+    bool hasShape() const { return m_hasShape; }
+    /// Whether the server keeps images of windows and draws them over each other.
+    bool hasComposite() const { return m_hasComposite; }
 
     /// Whether the server has ended or has closed the connection, as far as is known by now. It stays so.
     bool isLost() const { return xcb_connection_has_error(get()) != 0; }
@@ -47,9 +53,11 @@ public:
 private:
     QString findObstacle() const;
     void queryExtensions();
+    void queryComposite();
     bool isPresent(xcb_extension_t& extension) const;
 
     platform::xcb::Connection m_connection;
+    int m_screenNumber = 0;
     const xcb_screen_t* m_screen = nullptr;
     QString m_obstacle;
     QRect m_desktop;
@@ -58,4 +66,6 @@ private:
     bool m_takesDescriptors = false;
     bool m_hasXFixes = false;
     bool m_hasDamage = false;
+    bool m_hasShape = false;
+    bool m_hasComposite = false;
 };

@@ -36,13 +36,11 @@ I420View from(const I420View& frame, const QPoint& position)
 X11Frames::Session::Session(std::unique_ptr<X11Connection> opened, const QRect& area)
     : connection(std::move(opened))
     , damage(*connection)
-    , grabber(*connection)
+    , desktop(*connection, area)
     , cursor(*connection)
     , clicks(*connection)
     , desktopNumber(connection->desktopNumber())
-{
-    grabber.setArea(area);
-}
+{}
 
 std::unique_ptr<X11Frames::Session> X11Frames::Session::open(const QByteArray& display, const QRect& area,
                                                              QString& obstacle)
@@ -59,15 +57,13 @@ std::unique_ptr<FrameSource> X11Frames::open(const QRect& area, QString& obstacl
 }
 
 X11Frames::X11Frames(std::unique_ptr<Session> session, const QByteArray& display)
-    : m_display(display), m_session(std::move(session)), m_stale(QRect(QPoint(0, 0), area().size())), m_missed(area())
+    : m_display(display), m_session(std::move(session)), m_stale(QRect(QPoint(0, 0), area().size()))
 {}
 
 void X11Frames::setOrigin(const QPoint& origin)
 {
-    if (origin == area().topLeft())
-        return;
-    m_session->grabber.setArea(QRect(origin, area().size()));
-    m_missed = area();
+    if (origin != area().topLeft())
+        m_session->desktop.setArea(QRect(origin, area().size()));
 }
 
 void X11Frames::setPointer(const FramePointer& pointer)
@@ -84,8 +80,7 @@ void X11Frames::update(std::uint64_t nowNs)
     if (m_session->connection->isLost() && !reopen(nowNs))
         return;
     readEvents(nowNs);
-    const QRegion changed = takeChanges();
-    m_missed = m_session->grabber.grab(changed) ? QRegion() : changed;
+    const QRegion changed = m_session->desktop.update(takeChanges(), nowNs);
     m_stale.add(changed.translated(-area().topLeft()));
     m_session->cursor.updateImage();
     followPointer(nowNs);
@@ -108,7 +103,6 @@ bool X11Frames::reopen(std::uint64_t nowNs)
     SCLogger::warning(QStringLiteral("The X server had closed the connection of the recording; it is open again"));
     m_failedAttempts = 0;
     m_session = std::move(session);
-    m_missed = area();
     m_session->cursor.updatePointer();
     return true;
 }
@@ -124,14 +118,15 @@ void X11Frames::readEvents(std::uint64_t nowNs)
 
 QRegion X11Frames::takeChanges()
 {
-    const QRegion changed = m_session->damage.take() + m_missed;
+    QRegion changed = m_session->damage.take();
     const X11Connection& connection = *m_session->connection;
     if (std::exchange(m_session->desktopNumber, connection.desktopNumber()) == connection.desktopNumber())
-        return changed & area();
+        return changed;
+    m_session->desktop.forget();
     SCLogger::info(QStringLiteral("The screens have changed: the desktop is %1x%2 now; the recording goes on")
                        .arg(connection.desktop().width())
                        .arg(connection.desktop().height()));
-    return area();
+    return changed;
 }
 
 void X11Frames::followPointer(std::uint64_t nowNs)
@@ -174,7 +169,7 @@ void X11Frames::write(const I420View& frame)
 {
     const QRegion stale = m_stale.take(frame.planes[0]);
     for (const QRect& part : stale)
-        convertToI420(m_session->grabber.image(), frame, part);
+        convertToI420(m_session->desktop.image(), frame, part);
     if (stale.intersects(m_drawnPointer.part))
         writePointer(frame);
 }
@@ -187,7 +182,7 @@ void X11Frames::writePointer(const I420View& frame)
     m_patch.resize(static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(part.height()));
     for (int row = 0; row < part.height(); ++row)
         std::memcpy(m_patch.data() + static_cast<std::ptrdiff_t>(row) * rowBytes,
-                    pixelAt(m_session->grabber.image(), part.topLeft() + QPoint(0, row)),
+                    pixelAt(m_session->desktop.image(), part.topLeft() + QPoint(0, row)),
                     static_cast<std::size_t>(rowBytes));
     const MutablePixelView patch{m_patch.data(), rowBytes, part.width(), part.height()};
     const platform::PointerState pointer{m_drawnPointer.position - part.topLeft(), m_drawnPointer.leftIsMarked,

@@ -5,7 +5,7 @@
 #include "engine/capture/x11/clicktracker.h"
 #include "engine/capture/x11/cursortracker.h"
 #include "engine/capture/x11/damagetracker.h"
-#include "engine/capture/x11/screengrabber.h"
+#include "engine/capture/x11/desktopimage.h"
 #include "engine/capture/x11/staleparts.h"
 
 #include <QByteArray>
@@ -13,7 +13,8 @@
 #include <memory>
 #include <vector>
 
-/// Frames of a rectangle of an X11 desktop. Only what has changed is grabbed and converted. When the X server closes
+/// Frames of a rectangle of an X11 desktop, without the program's own windows that are excluded
+/// (platform/windowing/frame_exclusion.h). Only what has changed is grabbed and converted. When the X server closes
 /// the connection, the video is frozen until another one is open; the log says so.
 class X11Frames : public FrameSource
 {
@@ -52,7 +53,7 @@ private:
 
         const std::unique_ptr<X11Connection> connection;
         DamageTracker damage;
-        ScreenGrabber grabber;
+        DesktopImage desktop;
         CursorTracker cursor;
         ClickTracker clicks;
         /// Of the desktop that was grabbed last.
@@ -60,7 +61,7 @@ private:
     };
 
     X11Frames(std::unique_ptr<Session> session, const QByteArray& display);
-    const QRect& area() const { return m_session->grabber.area(); }
+    const QRect& area() const { return m_session->desktop.area(); }
     bool reopen(std::uint64_t nowNs);
     void readEvents(std::uint64_t nowNs);
     QRegion takeChanges();
@@ -78,8 +79,6 @@ private:
     StaleParts m_stale;
     FramePointer m_pointer;
     DrawnPointer m_drawnPointer;
-    /// What could not be grabbed, in pixels of the desktop.
-    QRegion m_missed;
     /// Holds the part of the screen that the pointer is drawn over.
     std::vector<std::uint8_t> m_patch;
 };

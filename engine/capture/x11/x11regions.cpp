@@ -18,3 +18,9 @@ xcb_rectangle_t x11regions::fromRect(const QRect& rectangle)
     return {static_cast<std::int16_t>(rectangle.x()), static_cast<std::int16_t>(rectangle.y()),
             static_cast<std::uint16_t>(rectangle.width()), static_cast<std::uint16_t>(rectangle.height())};
 }
+
+QRect x11regions::withBorder(const xcb_get_geometry_reply_t& geometry)
+{
+    const int bothSides = 2 * geometry.border_width;
+    return {geometry.x, geometry.y, geometry.width + bothSides, geometry.height + bothSides};
+}

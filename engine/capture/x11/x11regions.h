@@ -23,4 +23,7 @@ QRegion toRegion(std::span<const xcb_rectangle_t> rectangles);
 
 xcb_rectangle_t fromRect(const QRect& rectangle);
 
+/// A window with its border: the server's position is that of the border's corner, its size the one inside.
+QRect withBorder(const xcb_get_geometry_reply_t& geometry);
+
 } // namespace x11regions
