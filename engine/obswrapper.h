@@ -144,6 +144,9 @@ public:
     /// stalled engine never gets there.
     bool isRecordingEndReached() override { return m_fileOutput.isEndReached(); }
 
+    /// Where the desktop is captured without the scene.
+    bool leavesOutOwnWindows() const override { return m_direct.isUsed(); }
+
     /// Of the last setupFFmpeg().
     int encoderDelayFrames() const { return m_fileOutput.encoderDelayFrames(); }
 

@@ -45,6 +45,10 @@ public:
     virtual void requestRecordingEnd() = 0;
     virtual bool isRecordingEndReached() = 0;
 
+    /// Whether the present or the next recording is without the windows that platform::setExcludedFromFrames() has
+    /// entered.
+    virtual bool leavesOutOwnWindows() const = 0;
+
     /// Why the last recording failed, in plain words, or empty.
     virtual QString stopReasonText() const = 0;
 };

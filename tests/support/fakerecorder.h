@@ -55,6 +55,7 @@ public:
 
     void requestRecordingEnd() override { m_calls << QStringLiteral("end here"); }
     bool isRecordingEndReached() override { return pollsUntilDrained-- <= 0; }
+    bool leavesOutOwnWindows() const override { return leavesOut; }
     QString stopReasonText() const override { return error; }
 
     /// The output ends for a reason of its own.
@@ -71,6 +72,7 @@ public:
     bool startWorks = true;
     bool pauseWorks = true;
     bool paused = false;
+    bool leavesOut = false;
     int pollsUntilDrained = 0;
     QString path;
     QString error;
