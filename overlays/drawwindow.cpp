@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "overlays/drawwindow.h"
 
+#include "platform/windowing/frame_exclusion.h"
 #include "platform/windowing/overlay_window.h"
 #include "widgets/desktopscreens.h"
 #include "widgets/icons.h"
@@ -41,6 +42,7 @@ DrawWindow::DrawWindow(QWidget* parent)
                     QStringLiteral(":/res/style/draw-window.qss"), QStringLiteral("draw window stylesheet"));
     platform::prepareAsOverlay(*this);
     platform::prepareAsOverlay(toolBar());
+    platform::setExcludedFromFrames(toolBar(), true);
     connect(&m_hideWhileDragging, &HideWhileDragging::concealed, this, [this] { setConcealed(true); });
     connect(&m_hideWhileDragging, &HideWhileDragging::moved, this, &DrawWindow::moveWithToolBar);
     connect(&m_hideWhileDragging, &HideWhileDragging::ended, this, [this] { reportGeometry(false); });
@@ -118,6 +120,13 @@ void DrawWindow::setConcealed(bool concealed)
 void DrawWindow::setTimeText(const QString& text)
 {
     m_timerLabel->setText(text);
+}
+
+/// The strokes are inside it, and are recorded.
+void DrawWindow::showEvent(QShowEvent* event)
+{
+    platform::excludeBorderFromFrames(*this, static_cast<int>(std::lround(paintedBorderWidth() * devicePixelRatio())));
+    OverlayFrame::showEvent(event);
 }
 
 void DrawWindow::hideEvent(QHideEvent* event)

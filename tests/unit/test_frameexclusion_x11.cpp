@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "overlays/drawwindow.h"
 #include "platform/windowing/excluded_windows.h"
 #include "platform/windowing/frame_exclusion.h"
 #include "tests/support/testrun.h"
 #include "widgets/tooltip.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QTest>
 #include <QToolTip>
 #include <QWidget>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <thread>
@@ -36,6 +39,13 @@ Entries entries()
 ExcludedWindow entryOf(const QWidget& window, int borderPx = 0)
 {
     return {static_cast<std::uint32_t>(window.internalWinId()), borderPx};
+}
+
+const QWidget* topLevelNamed(const QString& name)
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto found = std::ranges::find(windows, name, &QWidget::objectName);
+    return found != windows.end() ? *found : nullptr;
 }
 
 } // namespace
@@ -116,6 +126,16 @@ private slots:
         QVERIFY(tip->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
         QToolTip::hideText();
         QTRY_COMPARE(entries(), Entries());
+    }
+
+    void regionFrameIsEnteredWithItsBorderAndItsToolBarAsAWhole()
+    {
+        DrawWindow frame;
+        frame.show();
+        const QWidget* const toolBar = topLevelNamed(QStringLiteral("buttonBackground"));
+        QVERIFY(toolBar != nullptr);
+        const Entries expected{entryOf(frame, frame.borderWidth()), entryOf(*toolBar)};
+        QVERIFY(std::ranges::is_permutation(entries(), expected));
     }
 
     void entriesAreReadByOneThreadWhileAnotherOneWritesThem()
