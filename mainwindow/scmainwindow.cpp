@@ -25,6 +25,7 @@
 #include "widgets/focusring.h"
 #include "widgets/messagebox.h"
 #include "widgets/stylesheet.h"
+#include "widgets/tooltip.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -49,6 +50,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<C
     SCLogger::instance()->initialize();
     applyStyleSheet(*this, QStringLiteral(":/res/style/main-window.qss"));
     new FormIcons(this);
+    new ToolTipExclusion(this);
     applyDefaultSettings(*m_settings);
     makeCapture(durations);
     makeRecording(durations);

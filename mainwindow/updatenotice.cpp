@@ -6,6 +6,7 @@
 #include "dialogs/updatecheck.h"
 #include "mainwindow/activity.h"
 #include "platform/windowing/capture_exclusion.h"
+#include "platform/windowing/frame_exclusion.h"
 
 #include <QTimer>
 
@@ -33,6 +34,7 @@ void UpdateNotice::onNewerVersionFound(const QJsonObject& document)
     m_updateWindow = new SCUpgradeWindow(&m_window, document);
     // Before it is shown: it would be in a recording for a moment.
     m_excluded = platform::setExcludedFromCapture(*m_updateWindow, true);
+    platform::setExcludedFromFrames(*m_updateWindow, true);
     showWhenFree();
 }
 

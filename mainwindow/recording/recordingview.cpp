@@ -12,6 +12,7 @@
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/recording/scfullscreentoolbar.h"
 #include "mainwindow/recording/toolbarplacement.h"
+#include "platform/windowing/frame_exclusion.h"
 #include "platform/windowing/window_hold.h"
 #include "ui_scmainwindow.h"
 #include "widgets/icons.h"
@@ -104,6 +105,7 @@ SCFullscreenToolbar& RecordingView::toolbar()
 {
     if (m_toolbar == nullptr) {
         m_toolbar = std::make_unique<SCFullscreenToolbar>(nullptr, m_durations);
+        platform::setExcludedFromFrames(*m_toolbar, true);
         connect(m_toolbar.get(), &SCFullscreenToolbar::recordingToggled, this,
                 [this](bool record) { record ? toggle() : m_session.requestEnd(); });
         connect(m_toolbar.get(), &SCFullscreenToolbar::pauseToggled, &m_session, &RecordingSession::setPaused);
@@ -123,17 +125,18 @@ void RecordingView::showOverlays()
     bar.show();
 }
 
-/// Outside the recorded area, as far as there is such a position.
+/// Where it would be in the video, outside the recorded area as far as there is such a position.
 void RecordingView::positionBar()
 {
     if (m_toolbar == nullptr)
         return;
     const QRect recorded = m_capture.selection().recordsVideo() ? m_capture.area() : QRect();
+    const bool isLeftOut = m_recorder.leavesOutOwnWindows();
     const ToolbarPlacement placement =
-        placeToolbar(primaryScreen().geometry, m_toolbar->size(), recorded, m_isBarExcluded);
+        placeToolbar(primaryScreen().geometry, m_toolbar->size(), recorded, m_isBarExcluded || isLeftOut);
     m_toolbar->move(placement.topLeft);
     m_toolbar->setTopEdgeOnly(placement.topEdgeOnly);
-    m_toolbar->setRecordedArea(recorded);
+    m_toolbar->setRecordedArea(isLeftOut ? QRect() : recorded);
 }
 
 void RecordingView::hideOverlays()
@@ -222,8 +225,9 @@ RecordingChoices RecordingView::choices() const
 
 void RecordingView::setExcludedFromCapture(bool excluded)
 {
-    // Where the system cannot, the window is minimised and the bar is outside the area. The system may exclude the
-    // one and not the other.
+    // Where nobody can, the window is minimised and the bar is outside the area. The system may exclude the one and
+    // not the other.
     m_setExcluded(m_window, excluded);
+    platform::setExcludedFromFrames(m_window, excluded);
     m_isBarExcluded = m_setExcluded(toolbar(), excluded) && excluded;
 }

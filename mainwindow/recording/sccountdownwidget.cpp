@@ -2,6 +2,7 @@
 #include "mainwindow/recording/sccountdownwidget.h"
 
 #include "app/settings.h"
+#include "platform/windowing/frame_exclusion.h"
 #include "platform/windowing/overlay_window.h"
 
 #include <QEventLoop>
@@ -82,6 +83,7 @@ void SCCountdownWidget::start(int count)
     m_count = count;
     updateCountdown();
     platform::prepareAsOverlay(*this);
+    platform::setExcludedFromFrames(*this, true);
     show();
     m_timer->start();
 }

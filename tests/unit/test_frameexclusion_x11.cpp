@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "mainwindow/recording/sccountdownwidget.h"
 #include "overlays/drawwindow.h"
 #include "platform/windowing/excluded_windows.h"
 #include "platform/windowing/frame_exclusion.h"
@@ -136,6 +137,14 @@ private slots:
         QVERIFY(toolBar != nullptr);
         const Entries expected{entryOf(frame, frame.borderWidth()), entryOf(*toolBar)};
         QVERIFY(std::ranges::is_permutation(entries(), expected));
+    }
+
+    void countdownIsEnteredAsLongAsItIsThere()
+    {
+        SCCountdownWidget countdown(nullptr, 60'000);
+        countdown.start(3);
+        QVERIFY(countdown.isVisible());
+        QCOMPARE(entries(), Entries{entryOf(countdown)});
     }
 
     void entriesAreReadByOneThreadWhileAnotherOneWritesThem()

@@ -183,6 +183,19 @@ private slots:
         QVERIFY(!isBarAtTheTop());
     }
 
+    void barStaysAtTheTopWhereTheRecordingLeavesItOut()
+    {
+        dragRegion(*m_form, regionUnderTheBar().topLeft(), regionUnderTheBar().bottomRight());
+        m_form->recorder.leavesOut = true;
+        m_form->report(kStarted);
+        QVERIFY(isBarAtTheTop());
+        m_form->report(kEnded);
+        // The next one is captured in another way.
+        m_form->recorder.leavesOut = false;
+        m_form->report(kStarted);
+        QVERIFY(!isBarAtTheTop());
+    }
+
     void presetHidesTheBar()
     {
         m_form->report(kStarted);
