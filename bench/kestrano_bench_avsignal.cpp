@@ -99,7 +99,7 @@ QByteArray Beeper::chunk()
 
 void Beeper::update()
 {
-    constexpr qint64 kReserveBytes = 2 * avsignal::kSamplesPerSecond / 1000 * kReserveMs;
+    constexpr qint64 kReserveBytes = qint64{2} * avsignal::kSamplesPerSecond / 1000 * kReserveMs;
     while (m_player.bytesToWrite() < kReserveBytes)
         m_player.write(chunk());
     m_player.waitForBytesWritten(1);
