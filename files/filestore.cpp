@@ -3,6 +3,7 @@
 
 #include "app/appidentity.h"
 #include "app/sclogger.h"
+#include "files/mp4file.h"
 #include "platform/files/disk_sync.h"
 #include "platform/files/private_files.h"
 
@@ -166,8 +167,11 @@ bool FileStore::load()
     QJsonArray kept;
     for (const auto& element : elements) {
         FileRecord record = toRecord(element.toObject());
-        if (!QFileInfo(record.filepath).isFile())
+        if (!QFileInfo(record.filepath).isFile()) {
+            if (record.properties.value(kUnfinished).toBool())
+                QFile::remove(unfinishedMp4Path(record.filepath));
             continue;
+        }
         m_records.append(std::move(record));
         kept.append(element);
     }

@@ -124,15 +124,22 @@ QList<Frame> framesIn(const QByteArray& part)
     return frames;
 }
 
-/// What looks like a frame may be sound: the last one that follows another one, or the only one.
+/// Audio data may look like the head of a frame: what counts is the last frame whose predecessor is there as well, or
+/// the only one.
 std::optional<quint64> lengthOf(const QList<Frame>& frames)
 {
-    const auto isSuccessor = [](const Frame& later, const Frame& earlier) {
-        return later.number == earlier.number + 1;
-    };
-    const auto last = std::adjacent_find(frames.rbegin(), frames.rend(), isSuccessor);
-    if (last != frames.rend())
-        return last->number * static_cast<quint64>(std::next(last)->samples) + static_cast<quint64>(last->samples);
+    const Frame* last = nullptr;
+    const Frame* previous = nullptr;
+    for (const Frame& frame : frames) {
+        const auto before =
+            std::ranges::find_if(frames, [&frame](const Frame& other) { return other.number + 1 == frame.number; });
+        if (before != frames.end() && (last == nullptr || frame.number > last->number)) {
+            last = &frame;
+            previous = &*before;
+        }
+    }
+    if (last != nullptr)
+        return last->number * static_cast<quint64>(previous->samples) + static_cast<quint64>(last->samples);
     if (frames.size() == 1 && frames.first().number == 0)
         return frames.first().samples;
     return std::nullopt;
@@ -143,13 +150,14 @@ std::optional<quint64> lengthOf(const QList<Frame>& frames)
 bool writeFlacLength(const QString& path, QString& error)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadWrite) || file.read(4) != "fLaC" || !file.seek(kPropertiesPosition)) {
+    if (!file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly) || file.read(4) != "fLaC" ||
+        !file.seek(kPropertiesPosition)) {
         error = file.error() != QFileDevice::NoError ? file.errorString() : QStringLiteral("it is no FLAC file");
         return false;
     }
     quint64 properties = 0;
     if (file.read(reinterpret_cast<char*>(&properties), sizeof properties) != sizeof properties) {
-        error = QStringLiteral("it has no sound");
+        error = QStringLiteral("it has no audio");
         return false;
     }
     properties = qFromBigEndian(properties);
@@ -158,7 +166,7 @@ bool writeFlacLength(const QString& path, QString& error)
     file.seek(std::max(kPropertiesPosition, file.size() - kTailBytes));
     const auto length = lengthOf(framesIn(file.readAll()));
     if (!length) {
-        error = QStringLiteral("it has no sound");
+        error = QStringLiteral("it has no audio");
         return false;
     }
     properties = qToBigEndian(properties | (*length & kLengthMask));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/mp4file.h"
 
+#include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
@@ -57,6 +58,9 @@ bool isFragmentedMp4(const QString& path)
 
 QString unfinishedMp4Path(const QString& path)
 {
+    // A name of its own length may be the longest that the file system takes.
+    constexpr int kLetters = 16;
     const QFileInfo file(path);
-    return QStringLiteral("%1/.%2.unfinished").arg(file.path(), file.fileName());
+    const QByteArray hash = QCryptographicHash::hash(file.fileName().toUtf8(), QCryptographicHash::Sha256).toHex();
+    return QStringLiteral("%1/.%2.unfinished").arg(file.path(), QLatin1String(hash.first(kLetters)));
 }

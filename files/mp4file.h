@@ -21,7 +21,8 @@ QString unfinishedMp4Path(const QString& path);
 
 /// Makes a fragmented MP4 a plain one with its index in front. The streams stay as they are. The file is replaced when
 /// the new one is complete and on the disk, and left as it is where that fails; a file that ends in the middle of a
-/// fragment is taken up to it. Takes as much space as the file. Any thread.
+/// fragment is taken up to it. Nothing is replaced where the path has come to name another file, or the file has
+/// changed. Takes as much space as the file. Any thread.
 ///
 /// @param isCancelled set by any thread
 /// @param error in words, for Failed

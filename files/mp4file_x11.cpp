@@ -6,8 +6,12 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 
+#include <array>
+#include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <sys/stat.h>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -70,6 +74,7 @@ private:
     AVIOInterruptCB m_interrupt;
     Input m_input;
     Output m_output;
+    bool m_isEmpty = true;
 };
 
 Remux::Remux(const QString& source, const QString& target, const std::atomic<bool>& isCancelled)
@@ -139,8 +144,15 @@ int Remux::copyPackets()
         av_packet_unref(packet.get());
         if (written < 0)
             return written;
+        m_isEmpty = m_isEmpty && !isWhole;
     }
-    return isInterrupted(m_interrupt.opaque) ? AVERROR_EXIT : 0;
+    if (isInterrupted(m_interrupt.opaque))
+        return AVERROR_EXIT;
+    // A disk that cannot be read is no end of the file.
+    const int disk = m_input->pb->error;
+    if (disk < 0 && disk != AVERROR_EOF)
+        return disk;
+    return m_isEmpty ? AVERROR_INVALIDDATA : 0;
 }
 
 int Remux::run()
@@ -159,11 +171,43 @@ bool isOnDisk(const QString& path)
     return file.open(QIODevice::ReadWrite) && platform::syncToDisk(file.handle());
 }
 
-PlainMp4 replace(const QString& path, const QString& made, QString& error)
+/// What tells a file, and a state of it, from others.
+struct FileState
 {
+    explicit FileState(const QString& path)
+    {
+        struct stat status = {};
+        if (lstat(QFile::encodeName(path).constData(), &status) != 0 || !S_ISREG(status.st_mode))
+            return;
+        device = status.st_dev;
+        inode = status.st_ino;
+        bytes = status.st_size;
+        changedNs = status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec;
+    }
+
+    bool operator==(const FileState&) const = default;
+    bool isPlainFile() const { return inode != 0; }
+
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t bytes = 0;
+    std::int64_t changedNs = 0;
+};
+
+bool hasNoSpace(int code)
+{
+    return code == AVERROR(ENOSPC) || code == AVERROR(EDQUOT);
+}
+
+PlainMp4 replace(const QString& path, const QString& made, const FileState& before, QString& error)
+{
+    QFile::setPermissions(made, QFile::permissions(path));
     if (!isOnDisk(made))
-        error = QStringLiteral("the disk refuses it");
-    else if (std::rename(QFile::encodeName(made).constData(), QFile::encodeName(path).constData()) != 0)
+        return PlainMp4::NoSpace;
+    // Somebody may have moved the file away, and recorded another one under its name.
+    if (FileState(path) != before)
+        return PlainMp4::Cancelled;
+    if (std::rename(QFile::encodeName(made).constData(), QFile::encodeName(path).constData()) != 0)
         error = qt_error_string(errno);
     else
         return PlainMp4::Made;
@@ -175,16 +219,21 @@ PlainMp4 replace(const QString& path, const QString& made, QString& error)
 PlainMp4 makePlainMp4(const QString& path, const std::atomic<bool>& isCancelled, QString& error)
 {
     const QString target = unfinishedMp4Path(path);
+    const FileState before(path);
+    if (!before.isPlainFile()) {
+        error = QStringLiteral("it is a link");
+        return PlainMp4::Failed;
+    }
     // What a killed program left takes the space that is wanted.
     QFile::remove(target);
     if (QStorageInfo(QFileInfo(path).path()).bytesAvailable() < QFileInfo(path).size() + kSpareBytes)
         return PlainMp4::NoSpace;
     const int code = Remux(path, target, isCancelled).run();
-    PlainMp4 result = PlainMp4::Failed;
+    PlainMp4 result = hasNoSpace(code) ? PlainMp4::NoSpace : PlainMp4::Failed;
     if (code < 0)
         error = textOf(code);
     else if (!isCancelled)
-        result = replace(path, target, error);
+        result = replace(path, target, before, error);
     if (isCancelled && result != PlainMp4::Made)
         result = PlainMp4::Cancelled;
     if (result != PlainMp4::Made)

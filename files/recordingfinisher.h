@@ -26,6 +26,9 @@ public:
     /// Interrupts it. When this returns the file is used no more, and nothing is left beside it.
     void cancel(const QString& path);
 
+    /// Interrupts all: a recording needs disk and processor for itself. Does not wait.
+    void cancelAll();
+
 signals:
     /// There is nothing left to do with the file, also where it could not be finished.
     void finished(const QString& path);

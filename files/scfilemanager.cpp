@@ -72,9 +72,7 @@ SCFileManager::SCFileManager(QObject* parent)
 {
     connect(m_finisher, &RecordingFinisher::finished, this, &SCFileManager::onFinished);
     load();
-    const QStringList paths = m_store.unfinished();
-    for (const QString& path : paths)
-        m_finisher->add(path);
+    finishRecordings();
 }
 
 SCFileManager::~SCFileManager()
@@ -105,14 +103,23 @@ void SCFileManager::addFile(const QString& path, const QString& type)
 
 void SCFileManager::setFileInUse(const QString& path)
 {
-    const QString previous = std::exchange(m_fileInUse, path);
-    if (m_store.unfinished().contains(previous))
-        m_finisher->add(previous);
+    m_fileInUse = path;
+    if (m_fileInUse.isEmpty())
+        finishRecordings();
+    else
+        m_finisher->cancelAll();
+}
+
+void SCFileManager::finishRecordings()
+{
+    const QStringList paths = m_store.unfinished();
+    for (const QString& path : paths)
+        m_finisher->add(path);
 }
 
 void SCFileManager::onFinished(const QString& path)
 {
-    if (m_store.setFinished(path))
+    if (path != m_fileInUse && m_store.setFinished(path))
         save();
 }
 

@@ -70,6 +70,7 @@ signals:
     void error(const QString& message);
 
 private:
+    void finishRecordings();
     void onFinished(const QString& path);
     void rebuildView();
     bool onPointer(QAbstractItemView& view, const QMouseEvent& event);

@@ -101,7 +101,7 @@ private:
         const auto nearNs = killedNs - static_cast<int64_t>(kNsPerSecond);
         const double unseen = *expected.videoCodec ? secondsFrom(lastShown(file, m_screen, nearNs), killedNs) : 0;
         const double unheard = *expected.audioCodec ? secondsFrom(lastHeard(file, nearNs), killedNs) : 0;
-        qInfo("%s: %lld bytes, %.2f s of image and %.2f s of sound are lost", expected.name,
+        qInfo("%s: %lld bytes, %.2f s of video and %.2f s of audio are lost", expected.name,
               static_cast<long long>(QFileInfo(path).size()), unseen, unheard);
         QVERIFY2(unseen < kMaxLossSeconds, qPrintable(file.error()));
         QVERIFY2(unheard < kMaxLossSeconds, qPrintable(file.error()));

@@ -2,9 +2,12 @@
 #include "files/flacfile.h"
 #include "files/mp4file.h"
 #include "files/recordingfinisher.h"
+#include "files/scfilemanager.h"
+#include "tests/support/fulldisk.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testrun.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -110,6 +113,86 @@ private slots:
         QVERIFY(file.audio()->durationSeconds >= 2);
     }
 
+    void fileOnAFullDiskStaysAsItIsAndIsTriedAgain()
+    {
+        const QString path = video(kFragments);
+        const QByteArray before = contents(path);
+        QString error;
+        const std::atomic<bool> isCancelled{false};
+        {
+            const FullDisk disk(static_cast<rlim_t>(before.size() / 2));
+            QVERIFY(makePlainMp4(path, isCancelled, error) != PlainMp4::Made);
+        }
+        QCOMPARE(contents(path), before);
+        QCOMPARE(fileNames(), QStringList{"video.mp4"});
+    }
+
+    void linkStaysAsItIs()
+    {
+        const QString path = video(kFragments);
+        const QString link = m_folder->filePath("link.mp4");
+        QVERIFY(QFile::link(path, link));
+        QVERIFY(finish(link));
+        QVERIFY(QFileInfo(link).isSymLink());
+        QVERIFY(isFragmentedMp4(path));
+    }
+
+    void missingFileIsNotMade_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("MP4") << "a.mp4";
+        QTest::newRow("FLAC") << "a.flac";
+    }
+    void missingFileIsNotMade()
+    {
+        QFETCH(const QString, name);
+        QVERIFY(finish(m_folder->filePath(name)));
+        QCOMPARE(fileNames(), QStringList());
+    }
+
+    void recordingIsFinishedWhenItIsOverAndTheListKnows()
+    {
+        const QString path = video(kFragments);
+        makeOld(path);
+        SCFileManager files;
+        files.setFileInUse(path);
+        files.addFile(path, QStringLiteral("video"));
+        QVERIFY(contents(FileStore::path()).contains("unfinished"));
+        files.setFileInUse({});
+        QTRY_VERIFY_WITH_TIMEOUT(!contents(FileStore::path()).contains("unfinished"), 20'000);
+        QVERIFY(!isFragmentedMp4(path));
+    }
+
+    void nextStartFinishesWhatIsNot()
+    {
+        const QString path = video(kFragments);
+        makeOld(path);
+        {
+            SCFileManager files;
+            files.setFileInUse(path);
+            files.addFile(path, QStringLiteral("video"));
+        }
+        QVERIFY(isFragmentedMp4(path));
+        const SCFileManager files;
+        QTRY_VERIFY_WITH_TIMEOUT(!contents(FileStore::path()).contains("unfinished"), 20'000);
+        QVERIFY(!isFragmentedMp4(path));
+    }
+
+    void fileThatIsGoneLeavesNothingBeside()
+    {
+        const QString path = m_folder->filePath("gone.mp4");
+        write(path, "recorded");
+        {
+            SCFileManager files;
+            files.setFileInUse(path);
+            files.addFile(path, QStringLiteral("video"));
+        }
+        write(unfinishedMp4Path(path), "half");
+        QVERIFY(QFile::remove(path));
+        const SCFileManager files;
+        QCOMPARE(fileNames(), QStringList());
+    }
+
     void plainFileStaysAsItIs()
     {
         const QString path = video({});
@@ -161,10 +244,15 @@ private slots:
     {
         const QString path = video(kFragments);
         const QByteArray before = contents(path);
-        const QSignalSpy finished(m_finisher.get(), &RecordingFinisher::finished);
+        QString error;
+        const std::atomic<bool> isCancelled{true};
+        QCOMPARE(makePlainMp4(path, isCancelled, error), PlainMp4::Cancelled);
+        QCOMPARE(contents(path), before);
+        QCOMPARE(fileNames(), QStringList{"video.mp4"});
+        // It waits until the file has been left alone for a moment.
         m_finisher->add(path);
         m_finisher->cancel(path);
-        QVERIFY(contents(path) == before || !isFragmentedMp4(path));
+        QCOMPARE(contents(path), before);
         QCOMPARE(fileNames(), QStringList{"video.mp4"});
         QVERIFY(finish(path));
         QVERIFY(!isFragmentedMp4(path));
@@ -243,8 +331,17 @@ private:
         return flac.replace(22, 4, QByteArray(4, '\0'));
     }
 
+    /// Nobody writes to it any more.
+    static void makeOld(const QString& path)
+    {
+        QFile file(path);
+        if (file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly))
+            file.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
+    }
+
     bool finish(const QString& path)
     {
+        makeOld(path);
         QSignalSpy finished(m_finisher.get(), &RecordingFinisher::finished);
         m_finisher->add(path);
         return finished.wait(30'000) && finished.first().first().toString() == path;
@@ -256,6 +353,6 @@ private:
     std::unique_ptr<RecordingFinisher> m_finisher;
 };
 
-REGISTER_TEST(testrun::core<TestRecordingFinisher>);
+REGISTER_TEST(testrun::gui<TestRecordingFinisher>);
 
 #include "test_recordingfinisher_x11.moc"
