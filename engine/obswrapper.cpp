@@ -169,7 +169,7 @@ std::shared_ptr<ScreenVideo> ObsWrapper::openVideo(QSize& size, int fps, bool sh
     if (m_direct.hasFailed())
         fitVideoToScene(size, fps);
     else
-        fitVideo(Need::Pace);
+        fitVideo(video ? Need::Pace : Need::Frames);
     renderSceneAsNeeded();
     return video;
 }

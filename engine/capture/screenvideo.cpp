@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <future>
+#include <system_error>
 #include <vector>
 
 // Of util/threading.h, which MinGW cannot compile.
@@ -91,8 +92,13 @@ void ScreenVideo::destroy(ScreenVideo* video)
 {
     std::packaged_task<void()> destruction([video] { delete video; });
     const std::future<void> end = destruction.get_future();
-    std::thread(std::move(destruction)).detach();
-    end.wait_for(kDestructionLimit);
+    try {
+        std::thread(std::move(destruction)).detach();
+        end.wait_for(kDestructionLimit);
+    } catch (const std::system_error&) {
+        // Out of threads.
+        delete video;
+    }
 }
 
 void ScreenVideo::logLaggedFrames() const

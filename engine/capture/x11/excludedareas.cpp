@@ -151,11 +151,16 @@ bool ExcludedAreas::isLookDue() const
     return isAnyRecent || ExcludedWindows::ofProgram().all() != m_windows;
 }
 
+/// One that was entered since the last look may be on the screen by now.
 bool ExcludedAreas::isExcluded(xcb_window_t topLevel) const
 {
-    return std::ranges::any_of(m_areas, [topLevel](const Area& area) {
+    const auto isSeen = [topLevel](const Area& area) {
         return area.window.topLevel == topLevel && area.window.borderPx == 0;
-    });
+    };
+    const auto isEntered = [topLevel](const ExcludedWindow& window) {
+        return window.id == topLevel && window.borderPx == 0;
+    };
+    return std::ranges::any_of(m_areas, isSeen) || std::ranges::any_of(ExcludedWindows::ofProgram().all(), isEntered);
 }
 
 QRegion ExcludedAreas::excludedPartOf(xcb_window_t topLevel) const
