@@ -31,7 +31,7 @@ AreaSelector::AreaSelector(QWidget* parent) : QWidget(parent)
     if (const QScreen* const primary = QGuiApplication::primaryScreen())
         setGeometry(primary->geometry());
     setCursor(Qt::CrossCursor);
-    // A drag that Escape broke off goes on without a button.
+    // A drag that Escape has cancelled goes on without a button.
     setMouseTracking(true);
 }
 
@@ -86,7 +86,7 @@ void AreaSelector::showSelection()
 
 void AreaSelector::showNeighboursSelection(const QRect& selection)
 {
-    // A drag that Escape broke off goes on until the next one begins.
+    // A drag that Escape has cancelled goes on until the next one begins.
     m_selecting = m_selecting && selection.isNull();
     m_neighboursSelection = selection;
     update();

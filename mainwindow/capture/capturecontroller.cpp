@@ -322,7 +322,8 @@ void CaptureController::choosePreset(const QString& name)
     if (!size)
         return;
     const QRect framed = m_region.moveFrame(ratiopresets::areaOn(primaryScreen(), *size, m_region.borderWidth()));
-    storeVisiblePart(framed);
+    // A preset larger than the screen encloses a part of the next one, for which nobody has asked.
+    storeVisiblePart(framed & primaryScreen().geometry);
     frameGrownArea(framed);
     m_region.raiseFrame();
     // The preset's own numbers, from which the stored area may differ by a rounding.

@@ -67,7 +67,7 @@ private:
     void applyCaptureArea();
     bool resetRecordingArea();
     CaptureDesktop desktop() const;
-    /// The one that is captured: of a region that which holds most of it.
+    /// The one that is captured: of a region, the one that holds most of it.
     CaptureScreen screen() const;
     bool followsScreen() const;
     /// Than the one that is captured whole.

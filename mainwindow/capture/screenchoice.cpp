@@ -96,7 +96,7 @@ void ScreenChoice::onScreenRemoved(const QScreen* screen)
     if (screen == m_chosen) {
         m_chosen.clear();
         SCLogger::warning(
-            QStringLiteral("The chosen screen \"%1\" is gone; the primary one takes its place").arg(screen->name()));
+            QStringLiteral("The chosen screen \"%1\" is gone; the primary one is used").arg(screen->name()));
     }
     onScreensChanged();
 }

@@ -127,7 +127,7 @@ private slots:
         expectFields(primary().size());
         QCOMPARE(tile().note() + tile().toolTip(), QString());
         QVERIFY(messages.texts().contains(
-            QStringLiteral("[WARNING] The chosen screen \"Left\" is gone; the primary one takes its place")));
+            QStringLiteral("[WARNING] The chosen screen \"Left\" is gone; the primary one is used")));
         click(tile());
         QVERIFY(shownWindow<QMenu>() == nullptr);
         QVERIFY(desktopuser::plugSecondScreen());
