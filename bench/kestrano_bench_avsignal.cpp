@@ -3,7 +3,7 @@
 //
 //   kestrano_bench_avsignal [--every SECONDS]
 //
-// The sound goes to pacat, whose reports of what is heard at which moment say when the flash is due. "READY" on the
+// The audio goes to pacat, whose reports of what is heard at which moment say when the flash is due. "READY" on the
 // standard output says that all of it runs.
 #include "bench/avsignal.h"
 #include "bench/screenwindow.h"

@@ -113,7 +113,7 @@ private slots:
         QVERIFY(file.audio()->durationSeconds >= 2);
     }
 
-    void fileOnAFullDiskStaysAsItIsAndIsTriedAgain()
+    void fileOnAFullDiskStaysAsItIs()
     {
         const QString path = video(kFragments);
         const QByteArray before = contents(path);
