@@ -15,10 +15,22 @@
 
 namespace {
 
+/// The end of a file, recorded after the stop request: an encoder that is not drained leaves frames out there.
+constexpr double kTailSeconds = 0.1;
+
+/// Frames before the tail.
+qsizetype judgedFrames(const MediaStream& video)
+{
+    const double end = video.startSeconds + video.durationSeconds - kTailSeconds - 0.5 / kRecordedFps;
+    return std::count_if(video.frameSeconds.begin(), video.frameSeconds.end(),
+                         [end](double seconds) { return seconds < end; });
+}
+
 /// Frames that a video holds, in per cent of those that its length has room for.
 double framesPercent(const MediaStream& video)
 {
-    return percent(static_cast<double>(video.frameSeconds.size()), std::round(video.durationSeconds * kRecordedFps));
+    return percent(static_cast<double>(judgedFrames(video)),
+                   std::round((video.durationSeconds - kTailSeconds) * kRecordedFps));
 }
 
 } // namespace
@@ -57,10 +69,14 @@ void judgeFile(Measurement& measurement, const Job& job, const QString& path)
         measurement.failure = path + QLatin1String(": ") + file.error();
         return;
     }
-    const double frames = framesPercent(*file.video());
-    measurement.heldPercent = job.workload.numbersPerSecond > 0
-                                  ? 100 * countNumbers(file.numbers(TestPattern(file.video()->size))).share()
-                                  : frames;
+    const MediaStream& video = *file.video();
+    const double frames = framesPercent(video);
+    measurement.heldPercent = frames;
+    if (job.workload.numbersPerSecond > 0) {
+        const auto numbers = file.numbers(TestPattern(video.size));
+        measurement.heldPercent =
+            100 * countNumbers(numbers.first(std::min(judgedFrames(video), numbers.size()))).share();
+    }
     if (measurement.laggedPercent < 0)
         measurement.laggedPercent = std::max(0.0, 100 - frames);
 }
