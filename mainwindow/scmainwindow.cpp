@@ -12,6 +12,7 @@
 #include "mainwindow/formicons.h"
 #include "mainwindow/hotkeys.h"
 #include "mainwindow/mainmenu.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/outputoptions.h"
 #include "mainwindow/recording/recordingview.h"
 #include "mainwindow/screenshotsession.h"
@@ -44,6 +45,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<C
     , m_ui(std::make_unique<Ui::SCMainWindow>())
     , m_obs(std::move(engine))
     , m_settings(openSettings())
+    , m_notices(new Notices(this))
 {
     m_ui->setupUi(this);
     makeFrame();

@@ -14,6 +14,7 @@ class CaptureSelection;
 class FilePage;
 class Hotkeys;
 class MainMenu;
+class Notices;
 class ObsWrapper;
 class OutputOptions;
 class QSettings;
@@ -81,6 +82,7 @@ private:
     std::unique_ptr<Ui::SCMainWindow> m_ui;
     std::unique_ptr<ObsWrapper> m_obs;
     std::unique_ptr<QSettings> m_settings;
+    Notices* m_notices;
     std::unique_ptr<OutputOptions> m_recordingOptions;
     std::unique_ptr<OutputOptions> m_screenshotOptions;
     std::unique_ptr<CaptureSelection> m_selection;
