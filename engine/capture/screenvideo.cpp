@@ -2,6 +2,7 @@
 #include "engine/capture/screenvideo.h"
 
 #include "app/sclogger.h"
+#include "engine/core/waituntil.h"
 
 #include <media-io/video-frame.h>
 #include <obs.h>
@@ -24,14 +25,15 @@ constexpr size_t kBufferedFrames = 6;
 /// Between two looks at whether anything is connected.
 constexpr std::uint64_t kIdleNs = 10'000'000;
 
-/// For the destruction, in which a frame interval is the rule.
-constexpr std::chrono::milliseconds kDestructionLimit{250};
+/// For the frame that is being made, in which a frame interval is the rule.
+constexpr std::chrono::milliseconds kFrameLimit{250};
 
 /// The videos that there are. Never destroyed: exit() may find their threads anywhere.
 struct Videos
 {
     std::mutex mutex;
     std::vector<ScreenVideo*> all;
+    std::atomic<bool> areStopped{false};
 };
 
 Videos& videos()
@@ -44,9 +46,13 @@ Videos& videos()
 
 void ScreenVideo::stopForGood()
 {
-    videos().mutex.lock();
-    for (ScreenVideo* const video : videos().all)
-        video->m_frameMutex.lock();
+    videos().areStopped = true;
+    const QDeadlineTimer deadline(kFrameLimit);
+    const std::lock_guard lock(videos().mutex);
+    for (ScreenVideo* const video : videos().all) {
+        if (waitUntil([video] { return video->m_frameMutex.try_lock(); }, deadline))
+            video->m_frameMutex.unlock();
+    }
 }
 
 void ScreenVideo::Close::operator()(video_output* video) const
@@ -94,7 +100,7 @@ void ScreenVideo::destroy(ScreenVideo* video)
     const std::future<void> end = destruction.get_future();
     try {
         std::thread(std::move(destruction)).detach();
-        end.wait_for(kDestructionLimit);
+        end.wait_for(kFrameLimit);
     } catch (const std::system_error&) {
         // Out of threads.
         delete video;
@@ -154,6 +160,8 @@ void ScreenVideo::makeFrames()
 void ScreenVideo::makeFrame(const FramePace::Frame& due)
 {
     const std::lock_guard lock(m_frameMutex);
+    if (videos().areStopped)
+        return;
     const auto missed = static_cast<std::uint64_t>(due.missed);
     m_frames += missed + 1;
     m_laggedFrames += missed;
@@ -162,7 +170,9 @@ void ScreenVideo::makeFrame(const FramePace::Frame& due)
         write(due.missed, due.timestampNs - missed * video_output_get_frame_time(m_video.get()));
     takeRequest();
     m_source->update(os_gettime_ns());
-    write(1, due.timestampNs);
+    // exit() has not waited for an update that took too long.
+    if (!videos().areStopped)
+        write(1, due.timestampNs);
 }
 
 /// @param count of frame intervals that it is shown for

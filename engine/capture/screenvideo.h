@@ -29,7 +29,8 @@ public:
     ScreenVideo(const ScreenVideo&) = delete;
     ScreenVideo& operator=(const ScreenVideo&) = delete;
 
-    /// For exit(), which runs while the threads do: returns when none makes a frame, and none ever does again.
+    /// For exit(), which runs while the threads do: none begins another frame or hands one over. Waits for frames that
+    /// are being made, but not long: the X server may never answer.
     static void stopForGood();
 
     video_output* video() const { return m_video.get(); }

@@ -249,6 +249,27 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(script.isGone, kTimeoutMs);
     }
 
+    /// Last: no video makes frames any more.
+    void endOfTheProcessDoesNotWaitForASourceThatHangs()
+    {
+        Script script;
+        auto hanging = ScreenVideo::open(std::make_unique<NumberedFrames>(script), kSize, kFps);
+        script.hangs = true;
+        {
+            const Listener listener(m_video->video());
+            Listener hangingListener(hanging->video());
+            QTRY_VERIFY_WITH_TIMEOUT(script.isHanging && m_script->updates > 3, kTimeoutMs);
+            ScreenVideo::stopForGood();
+            const int updates = m_script->updates;
+            script.hangs = false;
+            QTest::qWait(50);
+            QCOMPARE(m_script->updates, updates);
+            QVERIFY(hangingListener.frames().empty());
+        }
+        hanging.reset();
+        QTRY_VERIFY_WITH_TIMEOUT(script.isGone, kTimeoutMs);
+    }
+
 private:
     std::unique_ptr<Script> m_script;
     std::shared_ptr<ScreenVideo> m_video;
