@@ -13,6 +13,8 @@
 
 #include <obs.h>
 
+#include <limits>
+
 namespace {
 
 constexpr uint32_t kSamplesPerSecond = 48000;
@@ -162,6 +164,22 @@ bool enginecore::hasVideo()
 {
     obs_video_info video{};
     return obs_initialized() && obs_get_video_info(&video);
+}
+
+bool enginecore::mayHold(const QSize& size)
+{
+    using GetInteger = void (*)(unsigned int name, int* value);
+    constexpr unsigned int kGlMaxTextureSize = 0x0D33;
+    if (!obs_initialized())
+        return true;
+    int longest = std::numeric_limits<int>::max();
+    obs_enter_graphics();
+    if (gs_get_context() != nullptr && gs_get_device_type() == GS_DEVICE_OPENGL) {
+        if (const auto getInteger = reinterpret_cast<GetInteger>(platform::glFunction("glGetIntegerv")))
+            getInteger(kGlMaxTextureSize, &longest);
+    }
+    obs_leave_graphics();
+    return size.width() <= longest && size.height() <= longest;
 }
 
 int enginecore::resetVideo(const CapturePlatform& platform, const QSize& source, const QSize& output, int fps)

@@ -15,6 +15,9 @@ bool startUp();
 /// False after a failed start: libobs does not check before it uses the video.
 bool hasVideo();
 
+/// Whether the graphics have textures of that size; true where they are not OpenGL's or have not begun.
+bool mayHold(const QSize& size);
+
 /// I420, Rec. 709, full range.
 /// @return 0, or libobs' negative code
 int resetVideo(const CapturePlatform& platform, const QSize& source, const QSize& output, int fps);

@@ -41,6 +41,9 @@ EngineVideo::Settings madeFrom(const EngineVideo::Settings& asked, EngineVideo::
 
 int EngineVideo::reset(const Settings& asked, Need need)
 {
+    // libobs would lose its video over them.
+    if (!enginecore::mayHold(asked.source) || !enginecore::mayHold(asked.output))
+        return OBS_VIDEO_FAIL;
     const Settings made = madeFrom(asked, need);
     const int result = enginecore::resetVideo(m_platform, made.source, made.output, made.fps);
     if (result == OBS_VIDEO_SUCCESS) {

@@ -546,6 +546,20 @@ private slots:
         QCOMPARE(captureLayout().width, 320.0F);
     }
 
+    void resetVideoBeyondTheGraphicsChangesNothing()
+    {
+        constexpr int kTooLong = 30'000;
+        QCOMPARE(m_wrapper->resetVideo(640, 480, 320, 240, 30), 0);
+        QVERIFY(m_wrapper->resetVideo(kTooLong, 480, 640, 480, 30) < 0);
+        QVERIFY(m_wrapper->resetVideo(640, 480, 640, kTooLong, 30) < 0);
+        QCOMPARE(engineVideo(), (QList<QSize>{QSize(640, 480), QSize(320, 240)}));
+        // However little is needed of it.
+        QVERIFY(
+            start([](const QRect&, QString&) -> std::unique_ptr<FrameSource> { return std::make_unique<NoFrames>(); }));
+        QVERIFY(m_wrapper->resetVideo(kTooLong, 480, 640, 480, 30) < 0);
+        QCOMPARE(engineVideo(), (QList<QSize>{QSize(4, 2), QSize(4, 2)}));
+    }
+
     void resetVideoNeitherRoundsNorClamps()
     {
         m_wrapper->resetVideo(1279, 719, 1279, 719, 30);
