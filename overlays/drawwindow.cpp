@@ -190,10 +190,10 @@ void DrawWindow::moveWithToolBar(const QPoint& topLeft)
 void DrawWindow::reportGeometry(bool isMoving)
 {
     const QRect area = inside().translated(pos());
-    const bool hasRatio = size() == m_ratioSize;
+    const QSize reported = size();
     emit windowGeometryChanged(isMoving, area.topLeft(), area.bottomRight());
-    // The receiver may have corrected the size.
-    if (hasRatio)
+    // The receiver may have made it larger by a rounding. One that has cut it has given it a ratio of its own.
+    if (reported == m_ratioSize && size().boundedTo(reported) == reported)
         m_ratioSize = size();
 }
 

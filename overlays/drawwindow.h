@@ -19,7 +19,7 @@ public:
     ~DrawWindow() override;
 
     /// Whether resizing keeps the aspect ratio, that of the window when it was locked or given its size: rounding, and
-    /// who corrects a reported area, do not change it.
+    /// who enlarges a reported area, do not change it.
     bool lockRatio() const { return m_lockRatio; }
 
     /// The border is inside the window.

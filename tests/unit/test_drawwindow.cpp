@@ -387,6 +387,20 @@ private slots:
         QCOMPARE(window.size(), QSize(440, 440));
     }
 
+    void lockedRatioIsThatOfTheFrameOnceItWasCut()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.setLockRatio(true);
+        // As the owner does at the edge of a screen.
+        const auto cut = connect(&window, &DrawWindow::windowGeometryChanged, &window,
+                                 [&window] { window.resize(window.width(), 200); });
+        drag(window, kGeometry.bottomRight(), {0, 0});
+        disconnect(cut);
+        drag(window, window.geometry().bottomRight(), {40, 0});
+        QCOMPARE(window.size(), QSize(440, 220));
+    }
+
     void draggedFrameStaysInTheAvailableAreaButForTheToolBarsHeightBelow()
     {
         DrawWindow window;
