@@ -64,6 +64,21 @@ VolumeControl::VolumeControl(QWidget* parent) : QWidget(parent)
     m_repaintTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_repaintTimer, &QTimer::timeout, this, qOverload<>(&QWidget::update));
     m_repaintTimer.start();
+    followParent();
+}
+
+void VolumeControl::followParent()
+{
+    if (parentWidget() != nullptr)
+        parentWidget()->installEventFilter(this);
+}
+
+/// A parent that paints has perhaps something else below the meter, and Qt does not have it painted there.
+bool VolumeControl::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == parentWidget() && event->type() == QEvent::Paint && testAttribute(Qt::WA_OpaquePaintEvent))
+        m_emptyRow = QPixmap();
+    return QWidget::eventFilter(watched, event);
 }
 
 void VolumeControl::setLevels(const float* magnitudeDb, const float* peakDb, const float* inputPeakDb)
@@ -107,9 +122,16 @@ void VolumeControl::setAudioChannelCount(int count)
 bool VolumeControl::event(QEvent* event)
 {
     switch (event->type()) {
+    case QEvent::ParentAboutToChange:
+        if (parentWidget() != nullptr)
+            parentWidget()->removeEventFilter(this);
+        break;
+    case QEvent::ParentChange:
+        followParent();
+        m_emptyRow = QPixmap();
+        break;
     case QEvent::Move:
     case QEvent::Resize:
-    case QEvent::ParentChange:
     case QEvent::StyleChange:
     case QEvent::PaletteChange:
     case QEvent::EnabledChange:

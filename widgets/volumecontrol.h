@@ -42,6 +42,8 @@ public:
     void setAudioChannelCount(int count);
     int audioChannelCount() const { return m_audioChannelCount; }
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -49,6 +51,7 @@ protected:
 private:
     using Levels = std::array<float, kMaxChannels>;
 
+    void followParent();
     QImage background(qreal devicePixelRatio) const;
     void makeEmptyRow(qreal devicePixelRatio);
     void paintFrame(QPainter& painter) const;

@@ -232,6 +232,26 @@ private slots:
         }
     }
 
+    void meterShowsWhatItsParentPaintsNow()
+    {
+        PaintedParent other;
+        PaintedParent parent;
+        VolumeControl meter(&parent);
+        meter.setGeometry(10, 10, 100, 14);
+        parent.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&parent));
+        QCOMPARE(parent.grab().toImage().pixelColor(10, 10), QColor(Qt::darkGreen));
+        parent.colour = Qt::darkBlue;
+        QTRY_COMPARE(parent.grab().toImage().pixelColor(10, 10), QColor(Qt::darkBlue));
+        // Another parent as well.
+        other.show();
+        meter.setParent(&other);
+        meter.show();
+        QCOMPARE(other.grab().toImage().pixelColor(10, 10), QColor(Qt::darkGreen));
+        other.colour = Qt::darkBlue;
+        QTRY_COMPARE(other.grab().toImage().pixelColor(10, 10), QColor(Qt::darkBlue));
+    }
+
     void translucentParentIsPaintedOnce()
     {
         QWidget window;
@@ -250,6 +270,15 @@ private slots:
     }
 
 private:
+    /// Of one colour that nobody is told of.
+    struct PaintedParent : QWidget
+    {
+        PaintedParent() { resize(120, 40); }
+        void paintEvent(QPaintEvent* /*event*/) override { QPainter(this).fillRect(rect(), colour); }
+
+        QColor colour{Qt::darkGreen};
+    };
+
     struct PaintCounter : QObject
     {
         bool eventFilter(QObject* /*watched*/, QEvent* event) override
