@@ -17,6 +17,11 @@
 RegionSelection::RegionSelection(QObject* parent, Reach reach) : QObject(parent), m_reach(reach)
 {
     makeSelector();
+    // Queued, because several may change together.
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &RegionSelection::followScreens, Qt::QueuedConnection);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &RegionSelection::followScreens, Qt::QueuedConnection);
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &RegionSelection::followScreens,
+            Qt::QueuedConnection);
 }
 
 RegionSelection::~RegionSelection()
@@ -39,8 +44,13 @@ void RegionSelection::begin()
 {
     if (m_selecting)
         return;
-    m_selecting = true;
     QGuiApplication::setOverrideCursor(Qt::CrossCursor);
+    showSelectors();
+}
+
+void RegionSelection::showSelectors()
+{
+    m_selecting = true;
     coverScreens();
     for (const auto& selector : m_selectors) {
         selector->show();
@@ -74,6 +84,8 @@ void RegionSelection::coverScreens()
         AreaSelector& selector = *m_selectors[static_cast<std::size_t>(index)];
         selector.setScreen(covered.at(index));
         selector.setGeometry(covered.at(index)->geometry());
+        connect(covered.at(index), &QScreen::geometryChanged, this, &RegionSelection::followScreens,
+                static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::UniqueConnection));
     }
     for (const auto& selector : m_selectors) {
         QList<AreaSelector*> neighbours;
@@ -83,6 +95,24 @@ void RegionSelection::coverScreens()
         }
         selector->setNeighbours(neighbours);
     }
+}
+
+/// With other selectors: a drag that was under way has to begin again.
+void RegionSelection::followScreens()
+{
+    if (!m_selecting || areScreensCovered())
+        return;
+    m_selecting = false;
+    releaseSelectors();
+    showSelectors();
+}
+
+bool RegionSelection::areScreensCovered() const
+{
+    const QList<QScreen*> covered = screens();
+    return std::ranges::equal(covered, m_selectors, [](const QScreen* screen, const auto& selector) {
+        return screen->geometry() == selector->geometry();
+    });
 }
 
 void RegionSelection::cancel()

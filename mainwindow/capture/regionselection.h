@@ -11,8 +11,8 @@
 class AreaSelector;
 class QScreen;
 
-/// Selectors over the screens, made for each selection, with the cross as the application's cursor. Logical pixels of
-/// the desktop. User-interface thread.
+/// Selectors over the screens, made for each selection, with the cross as the application's cursor. Screens may come,
+/// change and go meanwhile. Logical pixels of the desktop. User-interface thread.
 class RegionSelection : public QObject
 {
     Q_OBJECT
@@ -46,6 +46,9 @@ private:
     void makeSelector();
     QList<QScreen*> screens() const;
     void coverScreens();
+    bool areScreensCovered() const;
+    void followScreens();
+    void showSelectors();
     void hideSelectors();
     void releaseSelectors();
     void onAreaSelected(const AreaSelector& selector, const QRect& area);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "mainwindow/tile.h"
+#include "overlays/areaselector.h"
 #include "tests/desktop/desktoprun.h"
 #include "tests/desktop/regiontest.h"
 #include "tests/desktop/userinput.h"
@@ -84,6 +85,24 @@ private slots:
         expectFields(area.size());
     }
 
+    void selectionFollowsScreensThatGoAndCome()
+    {
+        beginRegion();
+        QVERIFY(desktopuser::unplugSecondScreen());
+        QTRY_COMPARE(QGuiApplication::screens().size(), 1);
+        QTRY_COMPARE(veils(), QList<QRect>{primary()});
+        QVERIFY(desktopuser::plugSecondScreen());
+        QTRY_COMPARE(QGuiApplication::screens().size(), 2);
+        QTRY_COMPARE(veils().size(), 2);
+        QVERIFY(veils().contains(other().geometry()));
+        desktopuser::waitUntilStill();
+        const QRect area(other().geometry().topLeft() + QPoint(100, 200), QSize(320, 240));
+        drag(area.topLeft(), area.bottomRight());
+        QTRY_VERIFY(frame() != nullptr);
+        QCOMPARE(frame()->geometry(), framed(area));
+        QCOMPARE(veils(), QList<QRect>());
+    }
+
     void frameIsDraggedToTheOtherScreen()
     {
         dragRegionAt(region());
@@ -141,6 +160,17 @@ private:
 
     static QRect primary() { return QGuiApplication::primaryScreen()->geometry(); }
     static QScreen& other() { return *QGuiApplication::screens().at(1); }
+
+    /// Where a region can be dragged out.
+    static QList<QRect> veils()
+    {
+        QList<QRect> shown;
+        for (const QWidget* const window : QApplication::topLevelWidgets()) {
+            if (window->isVisible() && qobject_cast<const AreaSelector*>(window) != nullptr)
+                shown.append(window->geometry());
+        }
+        return shown;
+    }
 
     static QRgb colourOnTheOther(const QPoint& position)
     {
