@@ -115,6 +115,14 @@ void CaptureArea::moveTo(const QPoint& topLeft)
     m_rect.moveTo(std::max(topLeft.x(), m_firstColumn), topLeft.y());
 }
 
+void CaptureArea::fitVideo(const QSize& videoPx, double devicePixelRatio)
+{
+    const auto logical = [devicePixelRatio](int px) {
+        return static_cast<int>(std::ceil(px / devicePixelRatio - kRatioNoise));
+    };
+    m_rect.setSize({logical(videoPx.width()), logical(videoPx.height())});
+}
+
 QRect CaptureArea::rectOn(const CaptureScreen& screen) const
 {
     return isUnset() ? screen.geometry : m_rect;

@@ -66,6 +66,9 @@ public:
     /// Follows the frame during a recording: also beyond the screen's edges, but not into the desktop's first column.
     void moveTo(const QPoint& topLeft);
 
+    /// Takes the size of a video, which has begun on a screen of another scale: as few logical pixels as hold it.
+    void fitVideo(const QSize& videoPx, double devicePixelRatio);
+
     QRect rect() const { return m_rect; }
 
     /// The whole screen while the area is unset.

@@ -193,6 +193,8 @@ bool CaptureController::resetRecordingArea()
     const QSize logical = m_area.rectOn(screen).size();
     debug("Recording area set to: %1x%2", {logical.width(), logical.height()});
     const QSize size = videoSize();
+    m_preparedSize = size;
+    m_preparedRatio = screen.devicePixelRatio;
     if (m_engine.resetVideo(size.width(), size.height(), size.width(), size.height(),
                             RecordingSession::kFramesPerSecond) != 0) {
         SCLogger::warning(QStringLiteral("Failed to reset video"));
@@ -239,6 +241,7 @@ void CaptureController::settleArea()
 
 void CaptureController::onRecordingOver()
 {
+    m_preparedSize = {};
     m_engine.setSceneRendered(false);
     if (std::exchange(m_isFrameClosed, false))
         captureWholeScreen();
@@ -407,6 +410,7 @@ void CaptureController::onFrameChanged(bool isMoving, const QPoint& firstPixel, 
         m_region.moveFrame(m_area.rect());
     } else {
         m_area.moveTo(framed.topLeft());
+        keepVideoSize();
         emit areaMoved();
     }
     // A recording follows the frame while it moves; otherwise only its last position counts.
@@ -414,6 +418,18 @@ void CaptureController::onFrameChanged(bool isMoving, const QPoint& firstPixel, 
         applyCaptureArea();
     if (!m_ui.lockButton->isChecked())
         m_ui.ratioBox->setCurrentIndex(0);
+}
+
+/// On a screen of another scale, where the recorded pixels are another number of logical ones. The frame takes that
+/// size when it is released.
+void CaptureController::keepVideoSize()
+{
+    const CaptureScreen screen = this->screen();
+    if (m_preparedSize.isEmpty() || screen.devicePixelRatio == m_preparedRatio)
+        return;
+    m_preparedRatio = screen.devicePixelRatio;
+    m_area.fitVideo(m_preparedSize, screen.devicePixelRatio);
+    m_area.moveTo(keptOn(screen.geometry, m_area.rect()).topLeft());
 }
 
 void CaptureController::onFrameClosed()

@@ -66,6 +66,7 @@ private:
     void switchScreen(bool on);
     void applyCaptureArea();
     bool resetRecordingArea();
+    void keepVideoSize();
     CaptureDesktop desktop() const;
     /// The one that is captured: of a region, the one that holds most of it.
     CaptureScreen screen() const;
@@ -103,6 +104,10 @@ private:
     const Activity& m_activity;
     ScreenChoice m_screens;
     CaptureArea m_area;
+    /// Of the recording that was prepared, in physical pixels; empty without one.
+    QSize m_preparedSize;
+    /// Of the screen on which the area has that size.
+    double m_preparedRatio = 1.0;
     bool m_engineRuns = false;
     /// Whether the engine lists the captured screen.
     bool m_targetFound = false;
