@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <xcb/composite.h>
+#include <xcb/shm.h>
 
 #include <array>
 #include <atomic>
@@ -155,6 +156,26 @@ private slots:
             desktop.follow();
             QVERIFY(desktop.isAllOf(kRed));
         }
+    }
+
+    void windowIsInNoImageWhenTheServerCannotWriteIntoSharedMemoryAnyMore()
+    {
+        QVERIFY(start({QStringLiteral("-extension"), QStringLiteral("Composite")}));
+        CoveredDesktop covered(display(), Bar::IsHidden);
+        FollowedDesktop& desktop = covered.desktop;
+        xcb_connection_t* const server = desktop.connection().get();
+        // The connection numbers what it makes.
+        const xcb_shm_seg_t memory = xcb_generate_id(server) - 1;
+        desktop.follow();
+        QVERIFY(desktop.isAllOf(kRed));
+        covered.bar.show();
+        QVERIFY(desktop.connection().check(xcb_shm_detach_checked(server, memory)));
+        covered.below.paint(QRect(0, 0, 320, 40), kBlue);
+        for (std::uint64_t ms = 0; ms < kPaintMs; ms += kFrameMs) {
+            desktop.follow();
+            QCOMPARE(desktop.at(kInBar), kRed);
+        }
+        QCOMPARE(desktop.at(QPoint(0, 0)), kBlue);
     }
 
     void windowIsInTheImageOnceItIsNotExcludedAnyMore()

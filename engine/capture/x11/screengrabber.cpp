@@ -85,7 +85,10 @@ bool ScreenGrabber::grabWanted(const QRegion& wanted)
     if (grabBands(bandsOf(wanted)))
         return true;
     noteFailure();
-    return m_memoryFailures >= kMaxMemoryFailures && grabWithoutMemory();
+    if (m_memoryFailures < kMaxMemoryFailures)
+        return false;
+    dropMemory();
+    return grabBands(bandsOf(wanted));
 }
 
 bool ScreenGrabber::grabBands(const std::vector<Band>& bands)
@@ -107,14 +110,18 @@ void ScreenGrabber::noteFailure()
         ++m_memoryFailures;
 }
 
-bool ScreenGrabber::grabWithoutMemory()
+/// The images stay what they are.
+void ScreenGrabber::dropMemory()
 {
     SCLogger::warning(QStringLiteral("The X server cannot write into shared memory; it sends the pixels instead"));
+    if (isGrabbedInPlace()) {
+        for (const int number : {0, 1})
+            m_copies.at(static_cast<std::size_t>(number))
+                .assign(imageData(number), imageData(number) + bytesOf(m_area));
+    }
     m_memory.reset();
     m_canShare = false;
     m_memoryFailures = 0;
-    clip();
-    return grabBands(bandsOf(m_visible));
 }
 
 /// Whole rows, because only those lie in the image as the server writes them. Few requests cost less than a few rows.

@@ -57,7 +57,7 @@ private:
     void makeMemory();
     void noteFailure();
     bool grabWanted(const QRegion& wanted);
-    bool grabWithoutMemory();
+    void dropMemory();
     std::vector<Band> bandsOf(const QRegion& changed) const;
     bool grabBands(const std::vector<Band>& bands);
     bool grabShared(const std::vector<Band>& bands);
