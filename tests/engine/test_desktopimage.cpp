@@ -262,6 +262,25 @@ private slots:
         QVERIFY(desktop.isAllOf(kRed));
     }
 
+    /// Nobody knows what a compositing manager shows where no window is.
+    void partThatWasNeverSeenIsShownAsSoonAsTheWindowGoes()
+    {
+        const PaintedWindow beside(QRect(0, 0, 120, 240), kRed, display());
+        const X11Connection others(display());
+        paintRoot(others, kBlue);
+        announceCompositor(others);
+        PaintedWindow bar(kBar, kGreen, display());
+        const Exclusion exclusion(bar);
+        FollowedDesktop desktop(display());
+        desktop.followFor(kPaintMs);
+        QCOMPARE(desktop.at(QPoint(119, 60)), kRed);
+        QCOMPARE(desktop.at(QPoint(120, 60)), kBlack);
+        bar.hide();
+        desktop.follow();
+        QCOMPARE(desktop.at(QPoint(119, 60)), kRed);
+        QCOMPARE(desktop.at(QPoint(120, 60)), kBlue);
+    }
+
     void withoutCompositingWhatWasThereStaysUntilTheWindowHasGone()
     {
         QVERIFY(start({QStringLiteral("-extension"), QStringLiteral("Composite")}));
@@ -501,6 +520,13 @@ private:
             QStringList{QStringLiteral("-screen"), QStringLiteral("0"), QStringLiteral("320x240x24")} + options);
     }
     const char* display() const { return m_server->display().constData(); }
+
+    /// The background that the server itself draws.
+    static void paintRoot(const X11Connection& connection, std::uint32_t color)
+    {
+        xcb_change_window_attributes(connection.get(), connection.root(), XCB_CW_BACK_PIXEL, &color);
+        QVERIFY(connection.check(xcb_clear_area_checked(connection.get(), 0, connection.root(), 0, 0, 0, 0)));
+    }
 
     /// As programs do that set wallpapers.
     static void setBackground(const X11Connection& connection, std::uint32_t color)

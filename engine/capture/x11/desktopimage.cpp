@@ -73,8 +73,7 @@ QRegion DesktopImage::refreshHidden(std::uint64_t nowNs)
         m_below.require(nowNs);
     if (m_hidden.isEmpty() || !m_below.isReady(nowNs) || !isRefreshDue())
         return {};
-    QRegion changed = m_below.draw(m_hidden, m_excluded, m_grabber.pixels(), area().topLeft());
-    m_unseen -= m_hidden;
+    QRegion changed = m_below.draw(m_hidden, m_excluded, m_grabber.pixels(), area().topLeft(), m_unseen);
     if (!changed.isEmpty())
         m_quietUpdates = 0;
     return changed;

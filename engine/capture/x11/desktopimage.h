@@ -47,7 +47,7 @@ private:
     WindowsBelow m_below;
     /// Where the image does not show the screen.
     QRegion m_hidden;
-    /// Where nothing was seen yet but an excluded window.
+    /// Where nothing was seen yet but an excluded window. It is black.
     QRegion m_unseen;
     /// What could not be grabbed.
     QRegion m_missed;

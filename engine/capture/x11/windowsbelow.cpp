@@ -30,6 +30,30 @@ bool hasPixelsOfViews(const xcb_render_pictforminfo_t& format)
            bits.blue_mask == 0xFF;
 }
 
+bool isOpaque(const std::uint8_t* pixel)
+{
+    std::uint32_t color = 0;
+    std::memcpy(&color, pixel, sizeof color);
+    return (color & kAlpha) == kAlpha;
+}
+
+/// @param rows without gaps
+QRegion opaquePart(const std::uint8_t* rows, const QSize& size)
+{
+    QRegion part;
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0, end = 0; x < size.width(); x = end + 1) {
+            for (end = x; end < size.width() && isOpaque(rows); ++end)
+                rows += kBytesPerPixel;
+            part += QRect(x, y, end - x, 1);
+            // The one that ends the run.
+            if (end < size.width())
+                rows += kBytesPerPixel;
+        }
+    }
+    return part;
+}
+
 /// Copies the pixels that are opaque, the others are not known; whether one of them is another one now.
 bool copyOpaque(std::uint8_t* to, const std::uint8_t* from, int count)
 {
@@ -129,7 +153,7 @@ void WindowsBelow::rest(std::uint64_t nowNs)
 }
 
 QRegion WindowsBelow::draw(const QRegion& parts, const ExcludedAreas& excluded, const MutablePixelView& onto,
-                           const QPoint& origin)
+                           const QPoint& origin, QRegion& unseen)
 {
     const QRect bounds = parts.boundingRect();
     const Desktop desktop = queryDesktop(bounds, excluded);
@@ -148,9 +172,13 @@ QRegion WindowsBelow::draw(const QRegion& parts, const ExcludedAreas& excluded, 
     for (const QRect& part : parts) {
         const auto reply = answer<xcb_get_image_reply>(m_connection.get(), *cookie++);
         const auto expected = static_cast<std::ptrdiff_t>(kBytesPerPixel) * part.width() * part.height();
-        if (reply && xcb_get_image_data_length(reply.get()) >= expected &&
-            copyOpaque(onto, part.translated(-origin), xcb_get_image_data(reply.get())))
+        if (!reply || xcb_get_image_data_length(reply.get()) < expected)
+            continue;
+        const std::uint8_t* const rows = xcb_get_image_data(reply.get());
+        if (copyOpaque(onto, part.translated(-origin), rows))
             changed += part;
+        if (unseen.intersects(part))
+            unseen -= opaquePart(rows, part.size()).translated(part.topLeft());
     }
     return changed;
 }

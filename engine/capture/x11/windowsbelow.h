@@ -40,9 +40,10 @@ public:
     /// Draws parts of the desktop. Pixels of which the server has no image stay.
     /// @param parts in pixels of the desktop; all of it has to be on the image
     /// @param onto an image of a part of the desktop that begins at the origin
+    /// @param unseen loses the pixels that were drawn, in pixels of the desktop
     /// @return where something is different now, in pixels of the desktop
     QRegion draw(const QRegion& parts, const ExcludedAreas& excluded, const MutablePixelView& onto,
-                 const QPoint& origin);
+                 const QPoint& origin, QRegion& unseen);
 
 private:
     struct Window
