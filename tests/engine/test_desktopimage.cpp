@@ -63,8 +63,12 @@ public:
     X11Connection& connection() { return m_connection; }
     DesktopImage& image() { return m_image; }
 
+    bool prepare() { return m_image.prepare(m_nowMs * kNsPerMs); }
+
     /// Another frame.
     void follow() { followAt(m_nowMs += kFrameMs); }
+    /// One that comes so much later.
+    void followAfter(std::uint64_t ms) { followAt(m_nowMs + ms); }
     /// Frames for so long, and one more.
     void followFor(std::uint64_t ms)
     {
@@ -260,6 +264,22 @@ private slots:
         QCOMPARE(desktop.at(kInBar), kBlack);
         desktop.followFor(kPaintMs);
         QVERIFY(desktop.isAllOf(kRed));
+    }
+
+    void windowThatIsThereFirstIsBlackInNoImageWhereItWasPreparedFor()
+    {
+        CoveredDesktop covered(display());
+        FollowedDesktop& desktop = covered.desktop;
+        QVERIFY(desktop.prepare());
+        desktop.followAfter(kPaintMs);
+        QVERIFY(desktop.isAllOf(kRed));
+    }
+
+    void nothingIsPreparedWhereNoWindowIsShown()
+    {
+        CoveredDesktop covered(display(), Bar::IsHidden);
+        QVERIFY(!covered.desktop.prepare());
+        QVERIFY(!hasImage(covered.desktop.connection(), covered.below));
     }
 
     /// Nobody knows what a compositing manager shows where no window is.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/x11/videoconversion.h"
 #include "engine/capture/x11/x11frames.h"
+#include "platform/windowing/excluded_windows.h"
 #include "tests/engine/xserver.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/slowconversion.h"
@@ -11,6 +12,7 @@
 #include <QProcessEnvironment>
 #include <QTest>
 
+#include <util/platform.h>
 #include <utility>
 
 #include <array>
@@ -562,6 +564,25 @@ private slots:
         QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("1")}));
         desktop.show(333);
         QCOMPARE(desktop.frame.lumaAt(100, 100), lumaOf(kLeftClick));
+    }
+
+    void windowThatIsExcludedFromTheBeginningIsInNoFrameNorIsItsPlaceBlack()
+    {
+        const PaintedWindow below(kDesktop, kRed, display());
+        const PaintedWindow bar(QRect(100, 50, 60, 20), kGreen, display());
+        platform::ExcludedWindows::ofProgram().insert({bar.id(), 0});
+        const auto frames = open(kDesktop);
+        FrameBuffer frame(kDesktop.size());
+        if (frames) {
+            frames->setPointer(kNoPointer);
+            frames->update(os_gettime_ns());
+            frames->write(frame.view());
+        }
+        platform::ExcludedWindows::ofProgram().remove(bar.id());
+        QVERIFY(frames);
+        QCOMPARE(frame.lumaAt(0, 0), lumaOf(kRed));
+        QCOMPARE(frame.lumaAt(100, 50), lumaOf(kRed));
+        QCOMPARE(frame.lumaAt(159, 69), lumaOf(kRed));
     }
 
     void displayWithoutFramesSaysWhy()

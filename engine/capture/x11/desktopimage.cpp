@@ -22,6 +22,15 @@ void DesktopImage::forget()
     m_missed = area();
 }
 
+bool DesktopImage::prepare(std::uint64_t nowNs)
+{
+    m_excluded.look(nowNs);
+    if (!m_excluded.present().intersects(area()))
+        return false;
+    m_below.require(nowNs);
+    return m_below.isRequired();
+}
+
 QRegion DesktopImage::update(const QRegion& changed, std::uint64_t nowNs)
 {
     m_below.rest(nowNs);

@@ -27,6 +27,10 @@ public:
     const QRect& area() const { return m_grabber.area(); }
     /// Another desktop: nothing of what was there before is shown any more.
     void forget();
+    /// Before the first update.
+    /// @return whether an excluded window is over the area, where the image is black until the server has whole images
+    ///         of what is below (WindowsBelow::kPaintNs)
+    bool prepare(std::uint64_t nowNs);
 
     /// @param changed on the screen
     /// @return where the image may be different now

@@ -34,6 +34,8 @@ public:
     void require(std::uint64_t nowNs);
     /// Ends that where it was not required for a while.
     void rest(std::uint64_t nowNs);
+    /// Whether it does by now.
+    bool isRequired() const { return m_sinceNs.has_value(); }
     /// Whether the images are there and complete.
     bool isReady(std::uint64_t nowNs) const { return m_sinceNs && nowNs - *m_sinceNs >= kPaintNs; }
 

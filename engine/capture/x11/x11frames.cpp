@@ -5,9 +5,12 @@
 #include "engine/capture/x11/pointermarks.h"
 #include "engine/capture/x11/videoconversion.h"
 
+#include <util/platform.h>
 #include <utility>
 
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 namespace {
 
@@ -53,7 +56,11 @@ std::unique_ptr<X11Frames::Session> X11Frames::Session::open(const QByteArray& d
 std::unique_ptr<FrameSource> X11Frames::open(const QRect& area, QString& obstacle, const char* display)
 {
     std::unique_ptr<Session> session = Session::open(display, area, obstacle);
-    return session ? std::unique_ptr<FrameSource>(new X11Frames(std::move(session), display)) : nullptr;
+    if (!session)
+        return nullptr;
+    if (session->desktop.prepare(os_gettime_ns()))
+        std::this_thread::sleep_for(std::chrono::nanoseconds(WindowsBelow::kPaintNs));
+    return std::unique_ptr<FrameSource>(new X11Frames(std::move(session), display));
 }
 
 X11Frames::X11Frames(std::unique_ptr<Session> session, const QByteArray& display)

@@ -19,6 +19,7 @@
 class X11Frames : public FrameSource
 {
 public:
+    /// Takes WindowsBelow::kPaintNs where an excluded window is over the area.
     /// @param area in pixels of the desktop, of an even size; what lies outside the desktop is black
     /// @param obstacle says in words why there are none
     /// @return null where there is an obstacle
