@@ -73,9 +73,14 @@ TwoScreens::~TwoScreens()
 
 Take beginTake(ProgramUnderTest& program, const QString& extension)
 {
-    Take take;
     const qsizetype from = program.messages().size();
     ProgramUnderTest::pressKey(kHotkey);
+    return waitForTake(program, extension, from);
+}
+
+Take waitForTake(ProgramUnderTest& program, const QString& extension, qsizetype from)
+{
+    Take take;
     const auto file = program.waitForMessage(QStringLiteral("Starting recording to file: "), kStartTimeoutMs, from);
     const auto started = program.waitForMessage(program.startMessage(), kStartTimeoutMs, from);
     if (!file || !started || !program.waitForMessage(QStringLiteral("Recording started..."), kStartTimeoutMs, from)) {

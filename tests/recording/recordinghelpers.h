@@ -66,6 +66,9 @@ struct Take
 /// Presses the recording hotkey and waits until the engine has been asked to start. The take has its path and start.
 Take beginTake(ProgramUnderTest& program, const QString& extension);
 
+/// The same after somebody else has asked for the recording. @param from the messages before that
+Take waitForTake(ProgramUnderTest& program, const QString& extension, qsizetype from);
+
 /// Presses the hotkey again and waits until the file is closed and the main window is back.
 void endTake(ProgramUnderTest& program, Take& take);
 

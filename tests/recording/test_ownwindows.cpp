@@ -108,6 +108,60 @@ private slots:
         expectWhite(take);
     }
 
+    /// Nothing else is between the countdown and the first frame.
+    void countdownIsShownAndInNoFrame()
+    {
+        const StillImage still(plainImage(m_size, Qt::white));
+        ProgramUnderTest program;
+        regionuser::prepare(program);
+        program.countDownInFull();
+        QVERIFY(program.startAndWaitUntilReady());
+        const qsizetype from = program.messages().size();
+        ProgramUnderTest::pressKey(QStringLiteral("F9"));
+        // It is as dark.
+        QVERIFY(program.mainWindow(true, 10'000));
+        QRect number(0, 0, 60, 60);
+        number.moveCenter(QRect(QPoint(0, 0), m_size).center() - QPoint(0, 15));
+        QTRY_VERIFY(isCountdownShown(number));
+        const QImage first = x11clients::grab(number);
+        QTRY_VERIFY(isCountdownShown(number) && x11clients::grab(number) != first);
+        Take take = waitForTake(program, kMp4, from);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        QTest::qWait(kWatchMs);
+        endTake(program, take);
+        expectWhite(take);
+    }
+
+    void strokesAreInTheFileBelowTheBarToo()
+    {
+        const StillImage still(plainImage(m_size, Qt::white));
+        // Wider than the bar on both sides, and its first rows are below it.
+        const QRect region(m_size.width() / 2 - 200, 36, 400, 160);
+        constexpr int kStrokeRow = 2;
+        ProgramUnderTest program;
+        regionuser::prepare(program);
+        QVERIFY(program.startAndWaitUntilReady());
+        QCOMPARE(regionuser::chooseRegion(program, region).value_or(QRect()), region);
+        Take take = beginTake(program, kMp4);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        const QRect bar = visibleWindow(kBar).value_or(QRect());
+        QVERIFY(bar.left() > region.left() + 40 && bar.right() < region.right() - 40);
+        QVERIFY(bar.contains(QPoint(bar.center().x(), region.top() + kStrokeRow)));
+        QTest::qWait(kWatchMs / 2);
+        QVERIFY(pointTo(regionuser::penButton(region)) && xdotool({"click", "1"}));
+        const QPoint from = region.topLeft() + QPoint(20, kStrokeRow);
+        const QPoint to(region.right() - 20, from.y());
+        QVERIFY(drag(from, to));
+        QVERIFY(pointTo(QPoint(20, m_size.height() - 20)));
+        QTest::qWait(kWatchMs);
+        endTake(program, take);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        const QList<QImage> frames = MediaFile(take.path).frames();
+        QVERIFY(frames.size() > kFramesPerSecond);
+        QVERIFY(differenceFromGrey(frames.constFirst(), frames.constFirst().rect(), 255) <= kGreyError);
+        expectStroke(frames.constLast(), from.x() - region.x(), to.x() - region.x(), kStrokeRow);
+    }
+
     void whatChangesBelowTheBarIsInTheFile()
     {
         const StillImage white(plainImage(m_size, Qt::white));
@@ -144,6 +198,28 @@ private slots:
     }
 
 private:
+    /// The countdown is dark around its numbers, and white is what it covers.
+    static bool isCountdownShown(const QRect& number) { return qGray(x11clients::grab(number).pixel(0, 0)) < 128; }
+
+    /// One of red across white, along a row, and nothing else below it.
+    static void expectStroke(const QImage& frame, int from, int to, int row)
+    {
+        constexpr int kNear = 6;
+        QStringList missing;
+        for (int x = from + kNear; x < to - kNear; ++x) {
+            int redness = 0;
+            for (int y = row - 2; y <= row + 1; ++y) {
+                const QRgb pixel = frame.pixel(x, y);
+                redness = std::max(redness, qRed(pixel) - std::max(qGreen(pixel), qBlue(pixel)));
+            }
+            if (redness < 2 * kGreyError)
+                missing << QString::number(x);
+        }
+        QVERIFY2(missing.isEmpty(), qPrintable(missing.join(QLatin1Char(' '))));
+        const QRect rest = frame.rect().adjusted(0, row + kNear, 0, 0);
+        QVERIFY(differenceFromGrey(frame, rest, 255) <= kGreyError);
+    }
+
     /// Begins to record the whole screen, without the pointer, and finds the bar.
     Take begin(ProgramUnderTest& program)
     {
