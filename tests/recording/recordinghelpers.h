@@ -77,6 +77,7 @@ Take record(ProgramUnderTest& program, const QString& extension, int millisecond
 
 /// How often Shift+Tab is pressed from the record button, which has the keyboard after the start, to a control.
 inline constexpr int kStepsToName = 4;
+inline constexpr int kStepsToWebcam = 7;
 inline constexpr int kStepsToRatio = 13;
 inline constexpr int kStepsToRegion = 15;
 /// From where the keyboard is after the recording of a region: the tile has passed it on, because a recording disables
