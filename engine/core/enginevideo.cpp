@@ -3,6 +3,8 @@
 
 #include "engine/core/enginecore.h"
 
+#include <QOpenGLContext>
+
 #include <obs.h>
 
 #include <algorithm>
@@ -13,6 +15,14 @@ namespace {
 constexpr QSize kLeast(4, 2);
 /// A reset waits for a frame.
 constexpr int kIdleFps = 10;
+
+/// Qt leaves the one that it has painted a video with current on this thread, and libobs' own cannot become current
+/// beside it.
+void releaseQtContext()
+{
+    if (QOpenGLContext* const context = QOpenGLContext::currentContext())
+        context->doneCurrent();
+}
 
 bool holdsLeast(const QSize& size)
 {
@@ -41,6 +51,7 @@ EngineVideo::Settings madeFrom(const EngineVideo::Settings& asked, EngineVideo::
 
 int EngineVideo::reset(const Settings& asked, Need need)
 {
+    releaseQtContext();
     // libobs would lose its video over them.
     if (!enginecore::mayHold(asked.source) || !enginecore::mayHold(asked.output))
         return OBS_VIDEO_FAIL;
