@@ -156,6 +156,7 @@ public:
     /// Any thread; set before status 2 is signalled.
     StopReason stopReason() const { return m_fileOutput.stopReason(); }
     QString stopReasonText() const override;
+    StopCause stopCause() const override { return causeOf(stopReason()); }
 
     /// 0 before initialize().
     int micMeterChannels() const { return m_audio.microphone().meterChannels(); }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "engine/output/stopreason.h"
+
 #include <QLatin1String>
 #include <QString>
 #include <QStringList>
@@ -51,6 +53,8 @@ public:
 
     /// Why the last recording failed, in plain words, or empty.
     virtual QString stopReasonText() const = 0;
+    /// AsAsked where stopReasonText() is empty.
+    virtual StopCause stopCause() const = 0;
 };
 
 /// What the switches for sources need of the engine.

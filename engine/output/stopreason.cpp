@@ -33,6 +33,29 @@ const char* wordsFor(int code)
 
 } // namespace
 
+StopCause causeOf(const StopReason& reason)
+{
+    switch (reason.code) {
+    case OBS_OUTPUT_SUCCESS:
+        return StopCause::AsAsked;
+    case OBS_OUTPUT_BAD_PATH:
+    case OBS_OUTPUT_CONNECT_FAILED:
+        return StopCause::CannotOpen;
+    case OBS_OUTPUT_ERROR:
+        return StopCause::CannotWrite;
+    case OBS_OUTPUT_DISCONNECTED:
+        return StopCause::FolderGone;
+    case OBS_OUTPUT_UNSUPPORTED:
+        return StopCause::Unsupported;
+    case OBS_OUTPUT_NO_SPACE:
+        return StopCause::DiskFull;
+    case OBS_OUTPUT_ENCODE_ERROR:
+        return StopCause::CannotEncode;
+    default:
+        return StopCause::Unknown;
+    }
+}
+
 QString describe(const StopReason& reason)
 {
     const QString words = QLatin1String(wordsFor(reason.code));

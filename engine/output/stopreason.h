@@ -11,5 +11,20 @@ struct StopReason
     QString text;
 };
 
+/// What the program tells apart, for the user.
+enum class StopCause
+{
+    AsAsked,
+    CannotOpen,
+    CannotWrite,
+    DiskFull,
+    FolderGone,
+    CannotEncode,
+    Unsupported,
+    Unknown
+};
+
+StopCause causeOf(const StopReason& reason);
+
 /// In plain words ("the disk is full"), with the output's own in brackets.
 QString describe(const StopReason& reason);

@@ -57,11 +57,13 @@ public:
     bool isRecordingEndReached() override { return pollsUntilDrained-- <= 0; }
     bool leavesOutOwnWindows() const override { return leavesOut; }
     QString stopReasonText() const override { return error; }
+    StopCause stopCause() const override { return cause; }
 
     /// The output ends for a reason of its own.
-    void endByItself(const QString& reason)
+    void endByItself(const QString& reason, StopCause why = StopCause::CannotWrite)
     {
         error = reason;
+        cause = why;
         recording = false;
         onStatus(2);
     }
@@ -76,6 +78,7 @@ public:
     int pollsUntilDrained = 0;
     QString path;
     QString error;
+    StopCause cause = StopCause::AsAsked;
 
 private:
     void note(const char* text, bool value) { m_calls << QString::fromLatin1(text).arg(int(value)); }
