@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr int kAudioBitRateKbit = 192;
 constexpr int kSecondsBetweenKeyFrames = 10;
 constexpr int kTokenVideoSizePx = 2;
 constexpr int kTokenVideoBitRate = 1024;

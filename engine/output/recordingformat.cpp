@@ -19,6 +19,25 @@ constexpr std::array<RecordingFormatTraits, kRecordingFormatCount> kFormats{{
     {"flac", "flac", "audio/flac", Token, OfEngine, {{}, "png", kPng}, {{}, "flac", kFlac}},
 }};
 
+constexpr qint64 kPcmBytesPerSecond = qint64{48'000} * 2 * 2;
+/// Of FFmpeg's testsrc2. A desktop takes a tenth of it, a film ten times as much.
+constexpr double kGifBytesPerPixel = 0.05;
+
+qint64 videoBytesPerSecond(const RecordingFormatTraits& format, const QSize& sizePx, int fps, int bitRate)
+{
+    if (format.videoKind != Full)
+        return 0;
+    const double pixels = static_cast<double>(sizePx.width()) * sizePx.height() * fps;
+    return format.video.encoderId == kGif ? qRound64(pixels * kGifBytesPerPixel) : qint64{bitRate} * 1024 * 1000 / 8;
+}
+
+qint64 audioBytesPerSecond(const RecordingFormatTraits& format)
+{
+    if (!format.audio.encoderId)
+        return 0;
+    return format.audio.encoderId == kFlac ? kPcmBytesPerSecond : qint64{kAudioBitRateKbit} * 1000 / 8;
+}
+
 } // namespace
 
 RecordingFormat recordingFormatFromIndex(int index)
@@ -34,6 +53,12 @@ const RecordingFormatTraits& traitsOf(RecordingFormat format)
 QString recordingFileExtension(RecordingFormat format)
 {
     return QLatin1String(traitsOf(format).extension);
+}
+
+qint64 nominalBytesPerSecond(RecordingFormat format, const QSize& sizePx, int fps, int bitRate)
+{
+    const RecordingFormatTraits& traits = traitsOf(format);
+    return videoBytesPerSecond(traits, sizePx, fps, bitRate) + audioBytesPerSecond(traits);
 }
 
 bool hasVideo(RecordingFormat format)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QSize>
 #include <QString>
 
 #include <optional>
@@ -18,6 +19,8 @@ enum class RecordingFormat : int
 };
 
 inline constexpr int kRecordingFormatCount = 7;
+
+inline constexpr int kAudioBitRateKbit = 192;
 
 /// FFmpeg's codec identifiers.
 namespace codecid {
@@ -81,6 +84,12 @@ RecordingFormat recordingFormatFromIndex(int index);
 const RecordingFormatTraits& traitsOf(RecordingFormat format);
 
 QString recordingFileExtension(RecordingFormat format);
+
+/// About what the file of a recording grows by, from the bit rates of its encoders. FLAC and GIF have none: as much as
+/// audio that is not encoded, and as a screen with some motion makes.
+///
+/// @param bitRate as ObsWrapper::setupFFmpeg() gets it
+qint64 nominalBytesPerSecond(RecordingFormat format, const QSize& sizePx, int fps, int bitRate);
 
 /// Of the screen; formats without are audio only.
 bool hasVideo(RecordingFormat format);
