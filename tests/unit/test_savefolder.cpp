@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/savefolder.h"
+#include "app/sclogger.h"
+#include "app/settings.h"
+#include "tests/support/testrun.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const auto kKey = settingskeys::kRecordingSaveLocation;
+
+/// Also hidden ones.
+bool isEmpty(const QString& folder)
+{
+    return QDir(folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+} // namespace
+
+/// Where files go when the settings say something that cannot be.
+class TestSaveFolder : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(SCLogger::instance()->initialize());
+        m_workingFolder = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_root.path()));
+    }
+
+    void cleanupTestCase() { QVERIFY(QDir::setCurrent(m_workingFolder)); }
+
+    void cleanup()
+    {
+        QFile::remove(defaultSaveFolder(kKey));
+        QDir(defaultSaveFolder(kKey)).removeRecursively();
+    }
+
+    void chosenFolderIsMadeAndLeftAsItIs()
+    {
+        const QString folder = m_root.filePath(QStringLiteral("chosen/of this year"));
+        const SaveFolder used = usableSaveFolder(folder, kKey);
+        QCOMPARE(used.path, folder);
+        QVERIFY(!used.isReplaced);
+        QVERIFY(QFileInfo(folder).isDir());
+        QVERIFY(isEmpty(folder));
+        QVERIFY(!QFileInfo::exists(defaultSaveFolder(kKey)));
+    }
+
+    void folderThatCannotBeUsedMeansTheDefaultOne_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QFile blocker(m_root.filePath(QStringLiteral("blocker")));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        QTest::newRow("empty") << QString();
+        QTest::newRow("relative") << "videos/below";
+        QTest::newRow("dot") << ".";
+        QTest::newRow("root") << "/";
+        QTest::newRow("root in disguise") << "/.";
+        QTest::newRow("below a file") << blocker.fileName() + "/videos";
+        QTest::newRow("a file") << blocker.fileName();
+    }
+
+    void folderThatCannotBeUsedMeansTheDefaultOne()
+    {
+        QFETCH(const QString, stored);
+        const QStringList before = QDir().entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+        const SaveFolder used = usableSaveFolder(stored, kKey);
+        QCOMPARE(used.path, defaultSaveFolder(kKey));
+        QVERIFY(used.isReplaced);
+        QVERIFY(QFileInfo(used.path).isDir());
+        QCOMPARE(QDir().entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+    }
+
+    void eachSettingHasItsOwnDefault()
+    {
+        QVERIFY(defaultSaveFolder(kKey) != defaultSaveFolder(settingskeys::kScreenshotSaveLocation));
+        QVERIFY(QDir::isAbsolutePath(defaultSaveFolder(kKey)));
+    }
+
+    void nothingReplacesADefaultFolderThatCannotBeUsed()
+    {
+        const QString folder = defaultSaveFolder(kKey);
+        QVERIFY(QDir().mkpath(QFileInfo(folder).path()));
+        QFile blocker(folder);
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        for (const QString& stored : {folder, QString()}) {
+            const SaveFolder used = usableSaveFolder(stored, kKey);
+            QCOMPARE(used.path, folder);
+            QVERIFY(!used.isReplaced);
+        }
+    }
+
+private:
+    QTemporaryDir m_root;
+    QString m_workingFolder;
+};
+
+REGISTER_TEST(testrun::core<TestSaveFolder>);
+#include "test_savefolder.moc"
