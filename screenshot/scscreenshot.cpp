@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "screenshot/scscreenshot.h"
 
+#include "app/savefolder.h"
 #include "app/settings.h"
 #include "platform/files/disk_sync.h"
 
@@ -44,7 +45,16 @@ SCScreenshot::~SCScreenshot() = default;
 void SCScreenshot::readSaveLocation()
 {
     m_saveLocation = m_settings->value(settingskeys::kScreenshotSaveLocation).toString();
-    makeFolder(QDir(m_saveLocation));
+    if (QDir::isAbsolutePath(m_saveLocation))
+        makeFolder(QDir(m_saveLocation));
+}
+
+QString SCScreenshot::usableFolder()
+{
+    const SaveFolder folder = usableSaveFolder(m_saveLocation, settingskeys::kScreenshotSaveLocation);
+    if (folder.isReplaced)
+        emit folderReplaced();
+    return folder.path;
 }
 
 QString SCScreenshot::format() const
@@ -65,7 +75,7 @@ bool SCScreenshot::saveScreenshot(const QPixmap& pixmap, const QString& path)
         emit error(tr("Cannot save empty screenshot"));
         return false;
     }
-    const QString target = path.isEmpty() ? m_saveLocation + u'/' + generateFileName() : path;
+    const QString target = path.isEmpty() ? usableFolder() + u'/' + generateFileName() : path;
     makeFolder(QFileInfo(target).absoluteDir());
     if (!write(pixmap, target, format().toUpper().toLocal8Bit())) {
         emit error(tr("Failed to save screenshot to") + u' ' + target);

@@ -15,7 +15,7 @@ class SCScreenshot : public QObject
     Q_OBJECT
 
 public:
-    /// Creates the folder of the settings.
+    /// Creates the folder of the settings, unless it is relative.
     explicit SCScreenshot(QObject* parent = nullptr);
     ~SCScreenshot() override;
 
@@ -36,9 +36,12 @@ signals:
     void screenshotSaved(QString path);
     /// Translated.
     void error(QString errorMessage);
+    /// The folder of the settings cannot be used, and the default one is (usableSaveFolder()).
+    void folderReplaced();
 
 private:
     void readSaveLocation();
+    QString usableFolder();
     QString format() const;
 
     QString m_saveLocation;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/savefolder.h"
 #include "app/settings.h"
 #include "screenshot/scscreenshot.h"
 #include "tests/support/windowtest.h"
@@ -154,18 +155,53 @@ private slots:
         QCOMPARE(screenshot.lastSavedPath(), before);
     }
 
-    void folderThatCannotBeMadeFailsTheSave()
+    void folderThatCannotBeUsedMeansTheDefaultOne_data()
     {
-        QFile blocked(m_root->filePath(QStringLiteral("blocked")));
-        QVERIFY(blocked.open(QIODevice::WriteOnly));
-        store(settingskeys::kScreenshotSaveLocation, blocked.fileName() + "/below");
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("empty") << QString();
+        QTest::newRow("relative") << "shots";
+        QTest::newRow("root") << "/";
+        QTest::newRow("below a file") << QCoreApplication::applicationFilePath() + "/below";
+    }
+
+    void folderThatCannotBeUsedMeansTheDefaultOne()
+    {
+        QFETCH(const QString, stored);
+        store(settingskeys::kScreenshotSaveLocation, stored);
+        SCScreenshot screenshot;
+        QVERIFY(!QFileInfo::exists(QDir::current().filePath(QStringLiteral("shots"))));
+        const QSignalSpy replaced(&screenshot, &SCScreenshot::folderReplaced);
+        QVERIFY(screenshot.saveScreenshot(image(), QString()));
+        QCOMPARE(replaced.size(), 1);
+        const QString folder = defaultSaveFolder(settingskeys::kScreenshotSaveLocation);
+        QVERIFY2(screenshot.lastSavedPath().startsWith(folder + u'/'), qPrintable(screenshot.lastSavedPath()));
+        QCOMPARE(openSettings()->value(settingskeys::kScreenshotSaveLocation).toString(), stored);
+        QVERIFY(!QFileInfo::exists(QDir::current().filePath(QStringLiteral("shots"))));
+    }
+
+    void folderThatCanBeUsedIsNotReplaced()
+    {
+        SCScreenshot screenshot;
+        const QSignalSpy replaced(&screenshot, &SCScreenshot::folderReplaced);
+        QVERIFY(screenshot.saveScreenshot(image(), QString()));
+        QCOMPARE(replaced.size(), 0);
+    }
+
+    void saveFailsWhereTheDefaultFolderCannotBeUsedEither()
+    {
+        const QString folder = defaultSaveFolder(settingskeys::kScreenshotSaveLocation);
+        QDir(folder).removeRecursively();
+        QVERIFY(QDir().mkpath(QFileInfo(folder).path()));
+        QFile blocker(folder);
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        store(settingskeys::kScreenshotSaveLocation, folder + "/below");
         SCScreenshot screenshot;
         const QSignalSpy failed(&screenshot, &SCScreenshot::error);
         QVERIFY(!screenshot.saveScreenshot(image(), QString()));
+        QVERIFY(blocker.remove());
         QCOMPARE(failed.size(), 1);
         const QString message = failed.at(0).at(0).toString();
-        QVERIFY2(message.startsWith("Failed to save screenshot to " + blocked.fileName() + "/below/Screenshot_"),
-                 qPrintable(message));
+        QVERIFY2(message.startsWith("Failed to save screenshot to " + folder + "/Screenshot_"), qPrintable(message));
         QVERIFY(screenshot.lastSavedPath().isEmpty());
     }
 
