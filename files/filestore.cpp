@@ -132,6 +132,16 @@ bool FileStore::setFinished(const QString& path)
     return isFound;
 }
 
+void FileStore::move(const QString& from, const QString& to)
+{
+    for (FileRecord& record : m_records) {
+        if (record.filepath != from)
+            continue;
+        record.filepath = to;
+        record.properties.insert(kUnfinished, true);
+    }
+}
+
 bool FileStore::remove(const QStringList& paths)
 {
     QHash<QString, int> timesToRemove;

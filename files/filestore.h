@@ -37,6 +37,9 @@ public:
     /// Every record of the path. False when there was none.
     bool setFinished(const QString& path);
 
+    /// Every record of the path gets the other one, and is unfinished.
+    void move(const QString& from, const QString& to);
+
     /// The first of its path for each entry. False when there was none.
     bool remove(const QStringList& paths);
 

@@ -114,12 +114,30 @@ void SCFileManager::finishRecordings()
 {
     const QStringList paths = m_store.unfinished();
     for (const QString& path : paths)
-        m_finisher->add(path);
+        if (!isInUse(path))
+            m_finisher->add(path);
+}
+
+void SCFileManager::moveFile(const QString& from, const QString& to)
+{
+    m_filesBeingSaved.append(to);
+    m_store.move(from, to);
+    save();
+    if (m_view != nullptr)
+        rebuildView();
+}
+
+void SCFileManager::setFileSaved(const QString& path)
+{
+    m_filesBeingSaved.removeOne(path);
+    // A recording needs disk and processor for itself.
+    if (m_fileInUse.isEmpty())
+        finishRecordings();
 }
 
 void SCFileManager::onFinished(const QString& path)
 {
-    if (path != m_fileInUse && m_store.setFinished(path))
+    if (!isInUse(path) && m_store.setFinished(path))
         save();
 }
 
@@ -233,9 +251,14 @@ void SCFileManager::onIconPressed(QAbstractItemView& view, const QPoint& positio
         deleteFile(view, index);
 }
 
+bool SCFileManager::isInUse(const QString& path) const
+{
+    return (!m_fileInUse.isEmpty() && path == m_fileInUse) || m_filesBeingSaved.contains(path);
+}
+
 bool SCFileManager::refuseFileInUse(const QString& path, QWidget* parent) const
 {
-    if (m_fileInUse.isEmpty() || path != m_fileInUse)
+    if (!isInUse(path))
         return false;
     messagebox::information(parent, tr("Delete"), tr("The file that is being recorded cannot be deleted."));
     return true;

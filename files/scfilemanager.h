@@ -8,6 +8,7 @@
 #include <QPersistentModelIndex>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 
 class QAbstractItemView;
 class QMouseEvent;
@@ -58,6 +59,10 @@ public:
     /// The file that is being recorded, which cannot be deleted.
     void setFileInUse(const QString& path);
 
+    /// A recording's records get another path. The file there is written to, and in use, until setFileSaved().
+    void moveFile(const QString& from, const QString& to);
+    void setFileSaved(const QString& path);
+
     bool load() { return m_store.load(); }
 
     /// The first of successive failures emits error().
@@ -77,6 +82,7 @@ private:
     void onIconPressed(QAbstractItemView& view, const QPoint& position);
     void onDoubleClicked(const QAbstractItemView& view, const QPoint& position);
     void deleteFile(QAbstractItemView& view, const QPersistentModelIndex& row);
+    bool isInUse(const QString& path) const;
     bool refuseFileInUse(const QString& path, QWidget* parent) const;
     void removeRecords(const QStringList& paths, bool fromDisk);
 
@@ -86,6 +92,7 @@ private:
     QPointer<QAbstractItemView> m_view;
     RecordingFinisher* m_finisher;
     QString m_fileInUse;
+    QStringList m_filesBeingSaved;
     bool m_saveFails = false;
     bool m_iconPressed = false;
 };

@@ -721,6 +721,24 @@ private slots:
         QVERIFY(!QFileInfo::exists(path));
     }
 
+    void rowOfAFileThatIsMovedPointsThereAndIsNotDeletedBeforeItIsSaved()
+    {
+        messagebox::Recorder boxes;
+        boxes.setAnswer({true, true});
+        const QString from = pathAt(0);
+        const QString to = from + QLatin1String(".saved.mp4");
+        m_library->moveFile(from, to);
+        QCOMPARE(pathAt(0), to);
+        QCOMPARE(names().at(0), QFileInfo(to).fileName());
+        QVERIFY(filelibrary::paths().contains(to) && !filelibrary::paths().contains(from));
+        press(FileItemDelegate::deleteRect(rowRect(0)).center());
+        QVERIFY(boxes.questions().empty());
+        m_library->setFileSaved(to);
+        press(FileItemDelegate::deleteRect(rowRect(0)).center());
+        QCOMPARE(boxes.questions().size(), std::size_t{1});
+        QVERIFY(!filelibrary::paths().contains(to));
+    }
+
     void tenThousandFilesAreDeletedInOneGo()
     {
         const QString path = pathAt(0);

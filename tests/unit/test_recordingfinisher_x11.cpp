@@ -163,6 +163,28 @@ private slots:
         QVERIFY(!isFragmentedMp4(path));
     }
 
+    void recordingThatIsMovedIsFinishedWhenItIsSaved()
+    {
+        const QString lost = m_folder->filePath(QStringLiteral("gone/demo.mp4"));
+        const QString path = video(kFragments);
+        makeOld(path);
+        SCFileManager files;
+        files.setFileInUse(lost);
+        files.addFile(lost, QStringLiteral("video"));
+        files.moveFile(lost, path);
+        QCOMPARE(files.files().at(0).filepath, path);
+        QVERIFY(contents(FileStore::path()).contains(path.toUtf8()));
+        QVERIFY(!contents(FileStore::path()).contains(lost.toUtf8()));
+        files.setFileInUse({});
+        // It is still being written.
+        QTest::qWait(1500);
+        QVERIFY(contents(FileStore::path()).contains("unfinished"));
+        QVERIFY(isFragmentedMp4(path));
+        files.setFileSaved(path);
+        QTRY_VERIFY_WITH_TIMEOUT(!contents(FileStore::path()).contains("unfinished"), 20'000);
+        QVERIFY(!isFragmentedMp4(path));
+    }
+
     void nextStartFinishesWhatIsNot()
     {
         const QString path = video(kFragments);
