@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "mainwindow/filepage.h"
 
-#include "app/sclogger.h"
+#include "app/savefolder.h"
 #include "app/settings.h"
 #include "files/scfilemanager.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/formicons.h"
-#include "mainwindow/recording/recordingpath.h"
 #include "ui_filepage.h"
 #include "widgets/desktopservices.h"
 #include "widgets/messagebox.h"
@@ -139,10 +138,7 @@ void FilePage::onError(const QString& message)
 void FilePage::openFolder()
 {
     const bool screenshots = m_ui->screenshotFilter->isChecked();
-    const QString folder =
-        m_settings.value(screenshots ? settingskeys::kScreenshotSaveLocation : settingskeys::kRecordingSaveLocation)
-            .toString();
-    if (!ensureFolder(folder))
-        SCLogger::error(QStringLiteral("The save folder does not exist and cannot be made: %1").arg(folder));
-    openFile(folder);
+    const QLatin1String key =
+        screenshots ? settingskeys::kScreenshotSaveLocation : settingskeys::kRecordingSaveLocation;
+    openFile(usableSaveFolder(m_settings.value(key).toString(), key).path);
 }

@@ -4,6 +4,7 @@
 #include "app/sclogger.h"
 #include "app/settings.h"
 #include "mainwindow/activity.h"
+#include "mainwindow/notices/notices.h"
 #include "ui_scmainwindow.h"
 #include "widgets/combobox.h"
 
@@ -101,4 +102,10 @@ void OutputOptions::chooseFolder()
         return;
     m_settings.setValue(m_parts.folderKey, folder);
     showStoredFolder();
+}
+
+void OutputOptions::reportFallback(Notices& notices)
+{
+    notices.post({tr("The save folder cannot be used: files go to the default folder."), tr("Choose Another Folder"),
+                  [this] { chooseFolder(); }});
 }

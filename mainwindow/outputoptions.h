@@ -6,6 +6,7 @@
 #include <QObject>
 
 class Activity;
+class Notices;
 class QComboBox;
 class QLineEdit;
 class QPushButton;
@@ -49,13 +50,17 @@ public:
 
     QString folder() const;
 
+    /// Ignored unless idle.
+    void chooseFolder();
+    /// Posts that the default folder is used in place of folder().
+    void reportFallback(Notices& notices);
+
 signals:
     /// Chosen by the user and stored.
     void formatChosen();
 
 private:
     void storeFormat(int position);
-    void chooseFolder();
 
     Parts m_parts;
     QSettings& m_settings;

@@ -123,7 +123,7 @@ void SCMainWindow::makeCapture(const Durations& durations)
 void SCMainWindow::makeRecording(const Durations& durations)
 {
     m_view = std::make_unique<RecordingView>(*this, *m_ui, *m_capture, *m_region, *m_recordingOptions, *m_obs,
-                                             *m_settings, m_activity, durations);
+                                             *m_settings, m_activity, *m_notices, durations);
     const RecordingSession* const session = &m_view->session();
     connect(m_obs.get(), &ObsWrapper::recordStatusChanged, session, &RecordingSession::onRecordStatusChanged);
     connect(session, &RecordingSession::stateChanged, this, &SCMainWindow::onStateChanged);
@@ -168,6 +168,8 @@ void SCMainWindow::connectScreenshots()
     connect(m_ui->screenshotWindowTile, &Tile::activated, m_screenshots, &ScreenshotSession::selectWindow);
     connect(m_screenshots, &ScreenshotSession::restoreRequested, m_view.get(), &RecordingView::restoreWindow);
     connect(m_screenshots, &ScreenshotSession::saved, this, &SCMainWindow::onScreenshotSaved);
+    connect(m_screenshots, &ScreenshotSession::folderReplaced, this,
+            [this] { m_screenshotOptions->reportFallback(*m_notices); });
 }
 
 void SCMainWindow::makeMenu(const Durations& durations)

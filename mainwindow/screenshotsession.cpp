@@ -53,6 +53,7 @@ ScreenshotSession::ScreenshotSession(QWidget* window, RegionOverlays& region, co
     // The window manager gives the focus of a minimised window to another program.
     connect(m_activationDelay, &QTimer::timeout, this, &ScreenshotSession::activateFrame);
     connect(m_screenshot, &SCScreenshot::error, this, &ScreenshotSession::onFailed);
+    connect(m_screenshot, &SCScreenshot::folderReplaced, this, &ScreenshotSession::folderReplaced);
     connect(m_selection, &RegionSelection::selected, this, &ScreenshotSession::frameArea);
     connect(m_selection, &RegionSelection::cancelled, this, &ScreenshotSession::end);
 }

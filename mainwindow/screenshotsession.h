@@ -52,6 +52,7 @@ public slots:
 signals:
     void restoreRequested();
     void saved(const QString& path);
+    void folderReplaced();
 
 private:
     bool isAllowed() const;

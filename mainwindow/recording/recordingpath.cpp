@@ -2,7 +2,6 @@
 #include "mainwindow/recording/recordingpath.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QFileInfo>
 #include <QStringList>
 
@@ -77,6 +76,8 @@ bool isTaken(const QString& path)
     return file.exists() || file.isSymLink();
 }
 
+} // namespace
+
 QString firstFreePath(const QString& base, const QString& extension)
 {
     QString path = base;
@@ -84,8 +85,6 @@ QString firstFreePath(const QString& base, const QString& extension)
         path = base + QStringLiteral(" (%1)").arg(number);
     return path;
 }
-
-} // namespace
 
 QString cleanedRecordingName(const QString& typedName)
 {
@@ -98,11 +97,6 @@ QString cleanedRecordingName(const QString& typedName)
 QString defaultRecordingName(const QDateTime& now)
 {
     return QLatin1String("Recording_") + now.toString(QStringLiteral("yyyy_MM_dd_HH-mm-ss"));
-}
-
-bool ensureFolder(const QString& folder)
-{
-    return QDir().mkpath(folder);
 }
 
 RecordingPath::RecordingPath(const QString& folder, const QString& typedName, RecordingFormat format,

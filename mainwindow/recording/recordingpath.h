@@ -31,4 +31,5 @@ QString cleanedRecordingName(const QString& typedName);
 /// For example "Recording_2024_05_01_13-07-09".
 QString defaultRecordingName(const QDateTime& now);
 
-bool ensureFolder(const QString& folder);
+/// Base, or base with the first number whose path, with a dot and the extension, names nothing.
+QString firstFreePath(const QString& base, const QString& extension);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "mainwindow/recording/recordingsession.h"
 
+#include "app/savefolder.h"
 #include "app/sclogger.h"
+#include "app/settings.h"
 #include "engine/output/recordingformat.h"
 #include "engine/ports.h"
 #include "mainwindow/recording/recordingpath.h"
@@ -110,9 +112,10 @@ void RecordingSession::startOutput()
 
 RecordingPath RecordingSession::choosePath(const RecordingChoices& choices)
 {
-    if (!ensureFolder(choices.folder))
-        SCLogger::error(QStringLiteral("The save folder does not exist and cannot be made: %1").arg(choices.folder));
-    return {choices.folder, choices.fileName, recordingFormatFromIndex(choices.formatIndex), choices.now};
+    const SaveFolder folder = usableSaveFolder(choices.folder, settingskeys::kRecordingSaveLocation);
+    if (folder.isReplaced)
+        emit folderReplaced();
+    return {folder.path, choices.fileName, recordingFormatFromIndex(choices.formatIndex), choices.now};
 }
 
 bool RecordingSession::isUnderWay() const

@@ -66,6 +66,8 @@ signals:
     void statusChanged(int status);
     /// As "hh:mm:ss".
     void elapsedChanged(const QString& text);
+    /// The chosen folder cannot be used, and the default one is (usableSaveFolder()).
+    void folderReplaced();
     /// At the start of the file. type is "video" or "audio".
     void fileProduced(const QString& path, const QString& type);
 
@@ -75,7 +77,7 @@ private:
     void applyPause(bool paused);
     bool prepare();
     void startOutput();
-    static RecordingPath choosePath(const RecordingChoices& choices);
+    RecordingPath choosePath(const RecordingChoices& choices);
     void beginStop();
     void pollDrain();
     void stopOutput();

@@ -22,8 +22,8 @@
 #include <array>
 
 RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
-                             const OutputOptions& output, RecorderPort& recorder, const QSettings& settings,
-                             const Activity& activity, const Durations& durations,
+                             OutputOptions& output, RecorderPort& recorder, const QSettings& settings,
+                             const Activity& activity, Notices& notices, const Durations& durations,
                              std::function<bool(QWidget&, bool)> setExcluded)
     : m_window(window)
     , m_ui(ui)
@@ -46,6 +46,8 @@ RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureContr
             m_toolbar->hide();
     });
     connect(&m_capture, &CaptureController::frameClosed, &m_session, &RecordingSession::cancelCountdown);
+    connect(&m_session, &RecordingSession::folderReplaced, this,
+            [this, &notices] { m_output.reportFallback(notices); });
     connectRegion();
 }
 

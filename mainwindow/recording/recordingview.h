@@ -15,6 +15,7 @@
 
 class Activity;
 class CaptureController;
+class Notices;
 class OutputOptions;
 class QSettings;
 class QWidget;
@@ -35,8 +36,8 @@ class RecordingView : public QObject, public RecordingStage
 public:
     /// @param setExcluded for tests
     RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureController& capture, RegionOverlays& region,
-                  const OutputOptions& output, RecorderPort& recorder, const QSettings& settings,
-                  const Activity& activity, const Durations& durations,
+                  OutputOptions& output, RecorderPort& recorder, const QSettings& settings, const Activity& activity,
+                  Notices& notices, const Durations& durations,
                   std::function<bool(QWidget&, bool)> setExcluded = &platform::setExcludedFromCapture);
     ~RecordingView() override;
 
@@ -73,7 +74,7 @@ private:
     Ui::SCMainWindow& m_ui;
     CaptureController& m_capture;
     RegionOverlays& m_region;
-    const OutputOptions& m_output;
+    OutputOptions& m_output;
     const RecorderPort& m_recorder;
     const QSettings& m_settings;
     const Activity& m_activity;

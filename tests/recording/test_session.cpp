@@ -163,8 +163,11 @@ void TestSession::expectNothingRecorded(ProgramUnderTest& program, const QString
 void TestSession::aFailedRecordingLeavesTheNextOneWhole()
 {
     ProgramUnderTest program;
+    // The default folder cannot be made either.
     QFile inTheWay(program.saveFolder());
-    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    QVERIFY(program.profile().mkpath(QStringLiteral("home")));
+    QFile inTheWayOfTheDefault(program.profile().filePath(QStringLiteral("home/Videos")));
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly) && inTheWayOfTheDefault.open(QIODevice::WriteOnly));
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     expectNothingRecorded(program, kStarted, QStringLiteral("The recording ended by itself"));
     QVERIFY(inTheWay.remove());

@@ -7,6 +7,7 @@
 #include "mainwindow/capture/capturecontroller.h"
 #include "mainwindow/capture/captureselection.h"
 #include "mainwindow/capture/regionoverlays.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/outputoptions.h"
 #include "mainwindow/screenshotsession.h"
 #include "ui_scmainwindow.h"
@@ -46,6 +47,7 @@ protected:
     }
 
     Activity m_activity{nothingUnderWay()};
+    Notices m_notices;
     Ui::SCMainWindow m_ui{};
     ObsWrapper m_engine;
     std::unique_ptr<QSettings> m_settings = openSettings();

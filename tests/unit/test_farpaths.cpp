@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/savefolder.h"
 #include "app/sclogger.h"
 #include "app/settings.h"
 #include "engine/output/ffmpegsettings.h"
@@ -84,7 +85,7 @@ private slots:
 
     void recordingsFolderIsMadeAndATakenNameIsSeen()
     {
-        QVERIFY(ensureFolder(m_folder));
+        QVERIFY(!usableSaveFolder(m_folder, settingskeys::kRecordingSaveLocation).isReplaced);
         const auto next = [this] {
             return RecordingPath(m_folder, QStringLiteral("デモ"), RecordingFormat::Mp4, kMoment).full();
         };
@@ -105,7 +106,7 @@ private slots:
     void listKeepsAFileThere()
     {
         const QString path = m_folder + QStringLiteral("/デモ.mp4");
-        QVERIFY(ensureFolder(m_folder));
+        QVERIFY(!usableSaveFolder(m_folder, settingskeys::kRecordingSaveLocation).isReplaced);
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.close();

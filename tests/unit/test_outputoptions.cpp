@@ -2,6 +2,7 @@
 #include "app/sclogger.h"
 #include "app/settings.h"
 #include "mainwindow/activity.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/outputoptions.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/windowtest.h"
@@ -90,6 +91,29 @@ private slots:
         m_ui.changeLocationButton->click();
         QCOMPARE(opened, 1);
         QCOMPARE(options.folder(), m_settings->value(settingskeys::kRecordingSaveLocation).toString());
+    }
+
+    void folderThatCannotBeUsedIsReportedWithAWayOut()
+    {
+        OutputOptions options(parts(true), *m_settings, m_activity);
+        Notices notices;
+        QList<Notice> posted;
+        connect(&notices, &Notices::posted, &options, [&posted](const Notice& notice) { posted.append(notice); });
+        options.reportFallback(notices);
+        QCOMPARE(posted.size(), 1);
+        QCOMPARE(posted.at(0).text, QStringLiteral("The save folder cannot be used: files go to the default folder."));
+        QCOMPARE(posted.at(0).actionText, QStringLiteral("Choose Another Folder"));
+        bool isOpened = false;
+        QTimer closer;
+        connect(&closer, &QTimer::timeout, this, [&isOpened] {
+            if (auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+                isOpened = true;
+                dialog->reject();
+            }
+        });
+        closer.start(10);
+        posted.at(0).action();
+        QVERIFY(isOpened);
     }
 
 private:

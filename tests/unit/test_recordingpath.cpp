@@ -139,22 +139,6 @@ private slots:
         const RecordingPath path(folder.path(), QStringLiteral("demo"), RecordingFormat::Mp4, kFirstOfMay);
         QCOMPARE(path.full(), folder.filePath(QStringLiteral("demo (2).mp4")));
     }
-
-    void missingFolderIsMadeWithItsParents()
-    {
-        const QTemporaryDir root;
-        const QString folder = root.filePath(QStringLiteral("a/b/c"));
-        QVERIFY(ensureFolder(folder));
-        QVERIFY(QDir(folder).exists());
-        QVERIFY(ensureFolder(folder));
-    }
-
-    void folderBelowAFileCannotBeMade()
-    {
-        const QTemporaryDir root;
-        touch(root.filePath(QStringLiteral("file")));
-        QVERIFY(!ensureFolder(root.filePath(QStringLiteral("file/videos"))));
-    }
 };
 
 REGISTER_TEST(testrun::core<TestRecordingPath>);

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/savefolder.h"
 #include "app/sclogger.h"
+#include "app/settings.h"
 #include "mainwindow/recording/recordingsession.h"
 #include "mainwindow/recording/recordingstage.h"
 #include "tests/support/fakerecorder.h"
@@ -350,16 +352,24 @@ private slots:
         QVERIFY(QDir(m_stage->chosen.folder).exists());
     }
 
-    void saveLocationThatCannotBeMadeIsLogged()
+    void saveLocationThatCannotBeMadeMeansTheDefaultOne()
     {
         QFile file(m_folder.filePath(QStringLiteral("blocker")));
         QVERIFY(file.open(QIODevice::WriteOnly));
         m_stage->chosen.folder = file.fileName() + "/videos";
-        m_recorder->startWorks = false;
+        const QSignalSpy replaced(m_session.get(), &RecordingSession::folderReplaced);
         m_session->requestStart();
-        QVERIFY(
-            logged().contains("Error: The save folder does not exist and cannot be made: " + m_stage->chosen.folder));
-        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(replaced.size(), 1);
+        QCOMPARE(m_recorder->path, defaultSaveFolder(settingskeys::kRecordingSaveLocation) + "/demo");
+        QVERIFY(logged().contains("Warning: The save folder cannot be used, files go to the default folder: \"" +
+                                  m_stage->chosen.folder + '"'));
+    }
+
+    void saveLocationThatWorksIsNotReplaced()
+    {
+        const QSignalSpy replaced(m_session.get(), &RecordingSession::folderReplaced);
+        m_session->requestStart();
+        QCOMPARE(replaced.size(), 0);
     }
 
     void formatIndexFiveIsAnAacFileOfTypeAudio()

@@ -41,7 +41,7 @@ public:
         facts.isDialogOpen = [this] { return isDialogOpen; };
         m_activity = Activity(facts);
         view = std::make_unique<RecordingView>(
-            *this, m_ui, *m_capture, *m_region, *m_output, recorder, *m_settings, m_activity, kBrief,
+            *this, m_ui, *m_capture, *m_region, *m_output, recorder, *m_settings, m_activity, m_notices, kBrief,
             [this](const QWidget& window, bool excluded) {
                 calls << QStringLiteral("exclude %1 %2").arg(window.metaObject()->className()).arg(int(excluded));
                 return true;
