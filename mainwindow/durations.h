@@ -13,6 +13,9 @@ struct Durations
     int toolbarFadeMs = 150;
     int toolbarPointerPollMs = 50;
 
+    /// Between two looks at the file of a recording and its disk.
+    int fileWatchMs = 1000;
+
     int drainPollMs = 10;
     /// Far above what any encoder buffers at 30 frames per second.
     int drainTimeoutMs = 10000;

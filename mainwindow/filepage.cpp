@@ -6,6 +6,7 @@
 #include "files/scfilemanager.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/formicons.h"
+#include "mainwindow/recording/recordingview.h"
 #include "ui_filepage.h"
 #include "widgets/desktopservices.h"
 #include "widgets/messagebox.h"
@@ -54,6 +55,13 @@ void FilePage::connectList()
 void FilePage::addFile(const QString& path, const QString& type)
 {
     m_files->addFile(path, type);
+}
+
+void FilePage::follow(const RecordingView& view)
+{
+    connect(&view.session(), &RecordingSession::fileProduced, this, &FilePage::setRecordedFile);
+    connect(&view, &RecordingView::fileMoved, m_files, &SCFileManager::moveFile);
+    connect(&view, &RecordingView::fileSaved, m_files, &SCFileManager::setFileSaved);
 }
 
 void FilePage::setRecordedFile(const QString& path)

@@ -8,6 +8,7 @@
 
 class Activity;
 class QSettings;
+class RecordingView;
 class SCFileManager;
 
 namespace Ui {
@@ -25,6 +26,9 @@ public:
 
     /// type is "video", "audio" or "screenshot". Shown after the next refresh.
     void addFile(const QString& path, const QString& type);
+
+    /// Also keeps the entries of recordings that are moved.
+    void follow(const RecordingView& view);
 
     /// This file cannot be deleted.
     void setRecordedFile(const QString& path);

@@ -146,7 +146,7 @@ void SCMainWindow::makePages()
 {
     m_filePage = new FilePage(*m_settings, m_activity);
     m_ui->pages->addWidget(m_filePage);
-    connect(&m_view->session(), &RecordingSession::fileProduced, m_filePage, &FilePage::setRecordedFile);
+    m_filePage->follow(*m_view);
     connect(&m_view->session(), &RecordingSession::fileProduced, this, &SCMainWindow::fileProduced);
     connect(this, &SCMainWindow::fileProduced, m_filePage, &FilePage::addFile);
 

@@ -15,6 +15,8 @@ namespace {
 constexpr int kCountdownFrom = 3;
 constexpr int kVideoBitRate = 4;
 
+using Kind = RecordingOutcome::Kind;
+
 } // namespace
 
 RecordingSession::RecordingSession(RecorderPort& recorder, RecordingStage& stage, QObject* parent,
@@ -59,6 +61,7 @@ void RecordingSession::requestStart()
 {
     if (m_state != RecordingState::Idle)
         return;
+    m_outcome = {};
     setState(RecordingState::Countdown);
     m_stage.minimiseWindow();
     m_stage.countDown(kCountdownFrom);
@@ -68,6 +71,7 @@ void RecordingSession::requestStart()
         conclude();
     } else if (!m_recorder.isReady()) {
         SCLogger::warning(QStringLiteral("OBS wrapper not initialized"));
+        noteFailure(Kind::NotStarted, StopCause::Unknown);
         conclude();
     } else if (m_recorder.isRecording()) {
         SCLogger::info(QStringLiteral("Stopping existing recording"));
@@ -76,6 +80,7 @@ void RecordingSession::requestStart()
         startOutput();
     } else {
         SCLogger::error(QStringLiteral("Failed to prepare recording"));
+        noteFailure(Kind::NotPrepared, StopCause::Unknown);
         conclude();
     }
 }
@@ -100,6 +105,9 @@ void RecordingSession::startOutput()
     SCLogger::debug(
         QStringLiteral("Recording area set to: %1x%2").arg(choices.areaSize.width()).arg(choices.areaSize.height()));
     const RecordingFormat format = recordingFormatFromIndex(choices.formatIndex);
+    m_outcome.path = path.full();
+    emit starting(path.full(),
+                  nominalBytesPerSecond(format, {choices.widthPx, choices.heightPx}, kFramesPerSecond, kVideoBitRate));
     m_recorder.setupFFmpeg(path.withoutExtension(), choices.widthPx, choices.heightPx, kFramesPerSecond, kVideoBitRate,
                            static_cast<int>(format));
     m_stopRequested = false;
@@ -192,7 +200,27 @@ void RecordingSession::onConfirmTimeout()
 {
     SCLogger::error(QStringLiteral("The engine did not report the end of the recording within %1 seconds")
                         .arg(m_durations.confirmTimeoutMs / 1000));
+    noteFailure(Kind::EndMissing, StopCause::Unknown);
     conclude();
+}
+
+void RecordingSession::endForLackOfSpace()
+{
+    endBecause(Kind::Shortened, QStringLiteral("the disk is nearly full"));
+}
+
+void RecordingSession::endWithoutFolder()
+{
+    endBecause(Kind::FolderGone, QStringLiteral("its file is no longer in its folder"));
+}
+
+void RecordingSession::endBecause(RecordingOutcome::Kind kind, const QString& reason)
+{
+    if (!isUnderWay() || !m_recorder.isRecording())
+        return;
+    SCLogger::warning(QStringLiteral("The recording is ended: %1").arg(reason));
+    m_outcome.kind = kind;
+    beginStop();
 }
 
 void RecordingSession::cancelCountdown()
@@ -232,12 +260,12 @@ void RecordingSession::onRecordStatusChanged(int status)
         emit statusChanged(recordstatus::kPaused);
         m_stage.minimiseWindow();
     } else if (isUnderWay() || m_state == RecordingState::Stopping) {
-        logEndReason();
+        noteEndReason();
         conclude();
     }
 }
 
-void RecordingSession::logEndReason() const
+void RecordingSession::noteEndReason()
 {
     const QString reason = m_recorder.stopReasonText();
     if (m_stopRequested && reason.isEmpty())
@@ -246,6 +274,20 @@ void RecordingSession::logEndReason() const
                          : m_stopRequested ? QStringLiteral("The recording's end could not be written: %1")
                                            : QStringLiteral("The recording ended by itself: %1");
     SCLogger::error(text.arg(reason.isEmpty() ? QStringLiteral("the engine gave no reason") : reason));
+    const StopCause cause = m_recorder.stopCause();
+    noteFailure(m_starting        ? Kind::NotStarted
+                : m_stopRequested ? Kind::EndMissing
+                                  : Kind::EndedByItself,
+                cause == StopCause::AsAsked ? StopCause::Unknown : cause);
+}
+
+/// What the recording was ended for explains what came after.
+void RecordingSession::noteFailure(RecordingOutcome::Kind kind, StopCause cause)
+{
+    if (m_outcome.kind != Kind::Complete)
+        return;
+    m_outcome.kind = kind;
+    m_outcome.cause = cause;
 }
 
 void RecordingSession::conclude()
@@ -263,6 +305,7 @@ void RecordingSession::conclude()
         m_stage.hideOverlays();
     showElapsed(QTime(0, 0, 0));
     m_stage.restoreWindow();
+    emit ended(m_outcome);
     QTimer::singleShot(0, this, [this] { setState(RecordingState::Idle); });
 }
 

@@ -3,6 +3,7 @@
 
 #include "mainwindow/durations.h"
 #include "mainwindow/recording/recordingclock.h"
+#include "mainwindow/recording/recordingoutcome.h"
 #include "mainwindow/recording/recordingstage.h"
 
 #include <QElapsedTimer>
@@ -53,6 +54,10 @@ public slots:
     void requestEnd();
     void cancelCountdown();
 
+    /// Stop as requestStop() does, for these reasons.
+    void endForLackOfSpace();
+    void endWithoutFolder();
+
     /// For the end of the user's session: the file is closed when this returns.
     void finishAtOnce();
 
@@ -68,8 +73,12 @@ signals:
     void elapsedChanged(const QString& text);
     /// The chosen folder cannot be used, and the default one is (usableSaveFolder()).
     void folderReplaced();
+    /// Before the file is made. It will grow by about so much.
+    void starting(const QString& path, qint64 bytesPerSecond);
     /// At the start of the file. type is "video" or "audio".
     void fileProduced(const QString& path, const QString& type);
+    /// After status 2.
+    void ended(const RecordingOutcome& outcome);
 
 private:
     void setState(RecordingState state);
@@ -82,7 +91,9 @@ private:
     void pollDrain();
     void stopOutput();
     void onConfirmTimeout();
-    void logEndReason() const;
+    void endBecause(RecordingOutcome::Kind kind, const QString& reason);
+    void noteEndReason();
+    void noteFailure(RecordingOutcome::Kind kind, StopCause cause);
     void conclude();
     void showElapsed(const QTime& elapsed);
 
@@ -93,6 +104,8 @@ private:
     bool m_countdownCancelled = false;
     bool m_starting = false;
     bool m_stopRequested = false;
+    /// So far; of the last recording while idle.
+    RecordingOutcome m_outcome;
     RecordingClock m_clock;
     QTime m_elapsed{0, 0, 0};
 

@@ -9,6 +9,7 @@
 #include "mainwindow/capture/captureselection.h"
 #include "mainwindow/capture/regionoverlays.h"
 #include "mainwindow/outputoptions.h"
+#include "mainwindow/recording/recordingkeeper.h"
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/recording/scfullscreentoolbar.h"
 #include "mainwindow/recording/toolbarplacement.h"
@@ -46,9 +47,8 @@ RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureContr
             m_toolbar->hide();
     });
     connect(&m_capture, &CaptureController::frameClosed, &m_session, &RecordingSession::cancelCountdown);
-    connect(&m_session, &RecordingSession::folderReplaced, this,
-            [this, &notices] { m_output.reportFallback(notices); });
     connectRegion();
+    makeKeeper(notices);
 }
 
 RecordingView::~RecordingView() = default;
@@ -61,6 +61,16 @@ void RecordingView::connectRegion()
         if (m_toolbar != nullptr)
             m_toolbar->setConcealed(concealed);
     });
+}
+
+void RecordingView::makeKeeper(Notices& notices)
+{
+    m_keeper = std::make_unique<RecordingKeeper>(
+        m_session, notices, [this] { m_output.chooseFolder(); }, m_durations.fileWatchMs);
+    connect(&m_session, &RecordingSession::folderReplaced, this,
+            [this, &notices] { m_output.reportFallback(notices); });
+    connect(m_keeper.get(), &RecordingKeeper::fileMoved, this, &RecordingView::fileMoved);
+    connect(m_keeper.get(), &RecordingKeeper::fileSaved, this, &RecordingView::fileSaved);
 }
 
 void RecordingView::toggle()

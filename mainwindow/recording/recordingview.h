@@ -19,6 +19,7 @@ class Notices;
 class OutputOptions;
 class QSettings;
 class QWidget;
+class RecordingKeeper;
 class RegionOverlays;
 class SCCountdownWidget;
 class SCFullscreenToolbar;
@@ -42,6 +43,7 @@ public:
     ~RecordingView() override;
 
     RecordingSession& session() { return m_session; }
+    const RecordingSession& session() const { return m_session; }
 
     /// Recording and not paused: the window stays minimised.
     bool isActive() const { return m_status == recordstatus::kStarted; }
@@ -54,8 +56,14 @@ public:
     void hideOverlays() override;
     void showButton();
 
+signals:
+    /// As RecordingKeeper says it.
+    void fileMoved(const QString& from, const QString& to);
+    void fileSaved(const QString& path);
+
 private:
     void connectRegion();
+    void makeKeeper(Notices& notices);
     void showStatus(int status);
     void showElapsed(const QString& text);
     void showOverlays();
@@ -81,6 +89,7 @@ private:
     Durations m_durations;
     std::function<bool(QWidget&, bool)> m_setExcluded;
     RecordingSession m_session;
+    std::unique_ptr<RecordingKeeper> m_keeper;
     QPointer<SCCountdownWidget> m_countdown;
     std::unique_ptr<SCFullscreenToolbar> m_toolbar;
     /// Whether the system keeps the bar out of the video at any position.

@@ -14,8 +14,11 @@
 #include <QTest>
 
 #include <functional>
+#include <optional>
 
 namespace {
+
+using Kind = RecordingOutcome::Kind;
 
 /// What was asked of the session's surroundings, in order.
 using Calls = QStringList;
@@ -372,6 +375,19 @@ private slots:
         QCOMPARE(replaced.size(), 0);
     }
 
+    void startIsAnnouncedWithTheRateOfItsFormatBeforeTheFileIsMade()
+    {
+        QStringList callsBefore;
+        connect(m_session.get(), &RecordingSession::starting, this, [&] { callsBefore = m_calls; });
+        const QSignalSpy starting(m_session.get(), &RecordingSession::starting);
+        m_stage->chosen.formatIndex = 5;
+        m_session->requestStart();
+        QCOMPARE(starting.size(), 1);
+        QCOMPARE(starting.at(0).at(0).toString(), m_folder.filePath(QStringLiteral("videos/demo.aac")));
+        QCOMPARE(starting.at(0).at(1).toLongLong(), 192'000 / 8);
+        QCOMPARE(callsBefore.last(), QStringLiteral("exclude 1"));
+    }
+
     void formatIndexFiveIsAnAacFileOfTypeAudio()
     {
         m_stage->chosen.formatIndex = 5;
@@ -589,6 +605,7 @@ private slots:
     {
         const Durations durations;
         QCOMPARE(durations.windowGoneMs, 400);
+        QCOMPARE(durations.fileWatchMs, 1000);
         QCOMPARE(durations.drainTimeoutMs, 10000);
         QCOMPARE(durations.sessionEndDrainTimeoutMs, 3500);
         QCOMPARE(durations.confirmTimeoutMs, 60000);
@@ -622,6 +639,122 @@ private slots:
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
         QCOMPARE(m_calls.last(kWayBackFromRecording.size()), kWayBackFromRecording);
         QVERIFY(logged().last().startsWith(QLatin1String("Error: The engine did not report the end")));
+    }
+
+    void outcomeOfARecordingThatEndedAsAsked()
+    {
+        m_session->requestStart();
+        recordToTheEnd();
+        expectOutcome(Kind::Complete, StopCause::AsAsked);
+    }
+
+    void outcomeOfARecordingThatDidNotStart()
+    {
+        m_recorder->startWorks = false;
+        m_recorder->error = QStringLiteral("no encoder");
+        m_recorder->cause = StopCause::CannotEncode;
+        m_session->requestStart();
+        expectOutcome(Kind::NotStarted, StopCause::CannotEncode);
+    }
+
+    void outcomeWithoutAnEngineOrACapture()
+    {
+        m_recorder->ready = false;
+        m_session->requestStart();
+        expectOutcome(Kind::NotStarted, StopCause::Unknown, QString());
+        m_recorder->ready = true;
+        m_stage->preparationWorks = false;
+        m_session->requestStart();
+        expectOutcome(Kind::NotPrepared, StopCause::Unknown, QString());
+    }
+
+    void outcomeOfACancelledCountdown()
+    {
+        m_stage->duringCountdown = [this] { m_session->toggle(); };
+        m_session->toggle();
+        expectOutcome(Kind::Complete, StopCause::AsAsked, QString());
+    }
+
+    void outcomeOfARecordingThatEndedByItself()
+    {
+        m_session->requestStart();
+        m_recorder->endByItself(QStringLiteral("disk full"), StopCause::DiskFull);
+        expectOutcome(Kind::EndedByItself, StopCause::DiskFull);
+        // The next one has its own.
+        m_recorder->error.clear();
+        m_session->requestStart();
+        recordToTheEnd();
+        expectOutcome(Kind::Complete, StopCause::AsAsked, m_folder.filePath(QStringLiteral("videos/demo.mp4")));
+    }
+
+    void outcomeOfAnEndThatCouldNotBeWritten()
+    {
+        m_session->requestStart();
+        m_session->requestStop();
+        QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
+        m_recorder->endByItself(QStringLiteral("no more room"), StopCause::DiskFull);
+        expectOutcome(Kind::EndMissing, StopCause::DiskFull);
+    }
+
+    void outcomeOfAnEndThatIsNeverConfirmed()
+    {
+        makeSession(kHasty);
+        m_session->requestStart();
+        m_session->requestStop();
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        expectOutcome(Kind::EndMissing, StopCause::Unknown);
+    }
+
+    void lackOfSpaceAndALostFolderEndTheRecordingInOrder_data()
+    {
+        QTest::addColumn<Kind>("kind");
+        QTest::addColumn<bool>("isPaused");
+        QTest::addColumn<QString>("line");
+        const auto full = QStringLiteral("Warning: The recording is ended: the disk is nearly full");
+        const auto gone = QStringLiteral("Warning: The recording is ended: its file is no longer in its folder");
+        QTest::newRow("space") << Kind::Shortened << false << full;
+        QTest::newRow("space, paused") << Kind::Shortened << true << full;
+        QTest::newRow("folder") << Kind::FolderGone << false << gone;
+    }
+
+    void lackOfSpaceAndALostFolderEndTheRecordingInOrder()
+    {
+        QFETCH(const Kind, kind);
+        QFETCH(const bool, isPaused);
+        m_session->requestStart();
+        if (isPaused)
+            m_session->setPaused(true);
+        m_calls.clear();
+        endBecause(kind);
+        QTEST(logged().last(), "line");
+        QCOMPARE(m_session->state(), RecordingState::Stopping);
+        QTRY_COMPARE(m_calls, (Calls{"end here", "stop 0"}));
+        m_session->onRecordStatusChanged(2);
+        expectOutcome(kind, StopCause::AsAsked);
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+    }
+
+    void whatTheRecordingIsEndedForOutlivesAnEndThatFails()
+    {
+        m_session->requestStart();
+        m_recorder->pollsUntilDrained = kNever;
+        m_session->endForLackOfSpace();
+        m_recorder->endByItself(QStringLiteral("disk full"), StopCause::DiskFull);
+        expectOutcome(Kind::Shortened, StopCause::AsAsked);
+        QCOMPARE(logged().last(), QStringLiteral("Error: The recording ended by itself: disk full"));
+    }
+
+    void lackOfSpaceChangesNothingWhereNothingIsRecordedOrTheStopHasBegun()
+    {
+        m_session->endForLackOfSpace();
+        QCOMPARE(m_session->state(), RecordingState::Idle);
+        m_session->requestStart();
+        m_session->requestStop();
+        m_session->endForLackOfSpace();
+        m_session->endWithoutFolder();
+        QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
+        m_session->onRecordStatusChanged(2);
+        expectOutcome(Kind::Complete, StopCause::AsAsked);
     }
 
     void threeRecordingsInARow()
@@ -728,6 +861,9 @@ private:
     void makeSession(const Durations& durations)
     {
         m_session = std::make_unique<RecordingSession>(*m_recorder, *m_stage, nullptr, durations);
+        m_outcomes.clear();
+        connect(m_session.get(), &RecordingSession::ended, this,
+                [this](const RecordingOutcome& outcome) { m_outcomes.append(outcome); });
         m_recorder->onStatus = [this](int status) { m_session->onRecordStatusChanged(status); };
     }
 
@@ -737,6 +873,25 @@ private:
         QTRY_VERIFY(m_calls.contains(QStringLiteral("stop 0")));
         m_session->onRecordStatusChanged(2);
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+    }
+
+    void endBecause(Kind kind)
+    {
+        if (kind == Kind::Shortened)
+            m_session->endForLackOfSpace();
+        else
+            m_session->endWithoutFolder();
+    }
+
+    /// One, since the last time it was asked for; the session is idle then.
+    void expectOutcome(Kind kind, StopCause cause, const std::optional<QString>& path = {})
+    {
+        QTRY_COMPARE(m_session->state(), RecordingState::Idle);
+        QCOMPARE(m_outcomes.size(), 1);
+        const RecordingOutcome outcome = m_outcomes.takeFirst();
+        QCOMPARE(outcome.kind, kind);
+        QCOMPARE(outcome.cause, cause);
+        QCOMPARE(outcome.path, path.value_or(m_folder.filePath(QStringLiteral("videos/demo.mp4"))));
     }
 
     QByteArray log() const
@@ -761,6 +916,7 @@ private:
     Calls m_calls;
     std::unique_ptr<FakeRecorder> m_recorder;
     std::unique_ptr<FakeStage> m_stage;
+    QList<RecordingOutcome> m_outcomes;
     std::unique_ptr<RecordingSession> m_session;
 };
 

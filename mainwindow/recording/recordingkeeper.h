@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "files/recordingrescue.h"
+#include "mainwindow/recording/recordingnotices.h"
+#include "mainwindow/recording/recordingwatch.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+class RecordingSession;
+
+/// Sees to it that no recording is lost: ends one before its disk is full or when its folder goes, saves the file then,
+/// and posts what the user has to know. User-interface thread.
+class RecordingKeeper : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @param chooseFolder lets the user choose another save folder
+    /// @param watchMs between two looks at file and disk
+    RecordingKeeper(RecordingSession& session, Notices& notices, std::function<void()> chooseFolder, int watchMs);
+
+signals:
+    /// The file is under another path now, and is written to until fileSaved().
+    void fileMoved(const QString& from, const QString& to);
+    void fileSaved(const QString& path);
+
+private:
+    void onStarting(const QString& path, qint64 bytesPerSecond);
+    void onStarted(const QString& path);
+    void onEnded(const RecordingOutcome& outcome);
+    void save(const QString& path, std::shared_ptr<platform::HeldFile> file);
+    void onSaved(const QString& path, bool isWhole);
+
+    RecordingSession& m_session;
+    Notices& m_notices;
+    const RecordingNotices m_texts;
+    RecordingWatch m_watch;
+    RecordingRescue m_rescue;
+};
