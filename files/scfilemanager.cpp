@@ -235,8 +235,16 @@ bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
 void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& position)
 {
     const QModelIndex index = view.indexAt(position);
-    if (index.isValid())
+    if (index.isValid() && isThere(pathOf(index)))
         openFile(pathOf(index));
+}
+
+bool SCFileManager::isThere(const QString& path)
+{
+    const bool isThere = QFileInfo::exists(path);
+    if (!isThere)
+        emit fileMissing(path);
+    return isThere;
 }
 
 void SCFileManager::onIconPressed(QAbstractItemView& view, const QPoint& position)
@@ -245,10 +253,10 @@ void SCFileManager::onIconPressed(QAbstractItemView& view, const QPoint& positio
     const QString path = pathOf(index);
     if (path.isEmpty())
         return;
-    if (FileItemDelegate::folderRect(view.visualRect(index)).contains(position))
-        platform::revealInFileManager(path);
-    else
+    if (!FileItemDelegate::folderRect(view.visualRect(index)).contains(position))
         deleteFile(view, index);
+    else if (isThere(path))
+        platform::revealInFileManager(path);
 }
 
 bool SCFileManager::isInUse(const QString& path) const

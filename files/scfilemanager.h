@@ -73,6 +73,8 @@ public:
 signals:
     /// Translated.
     void error(const QString& message);
+    /// The user wants to see a file that is gone.
+    void fileMissing(const QString& path);
 
 private:
     void finishRecordings();
@@ -83,6 +85,7 @@ private:
     void onDoubleClicked(const QAbstractItemView& view, const QPoint& position);
     void deleteFile(QAbstractItemView& view, const QPersistentModelIndex& row);
     bool isInUse(const QString& path) const;
+    bool isThere(const QString& path);
     bool refuseFileInUse(const QString& path, QWidget* parent) const;
     void removeRecords(const QStringList& paths, bool fromDisk);
 
