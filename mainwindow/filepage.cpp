@@ -6,19 +6,22 @@
 #include "files/scfilemanager.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/formicons.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/recording/recordingview.h"
 #include "ui_filepage.h"
 #include "widgets/desktopservices.h"
 #include "widgets/messagebox.h"
 
+#include <QFileInfo>
 #include <QItemSelectionModel>
 
 #include <utility>
 
-FilePage::FilePage(const QSettings& settings, const Activity& activity)
+FilePage::FilePage(const QSettings& settings, const Activity& activity, Notices& notices)
     : m_ui(std::make_unique<Ui::FilePage>())
     , m_settings(settings)
     , m_activity(activity)
+    , m_notices(notices)
     , m_files(new SCFileManager(this))
 {
     m_ui->setupUi(this);
@@ -40,6 +43,7 @@ void FilePage::connectControls()
     connect(m_ui->deleteFilesButton, &QPushButton::clicked, this,
             [this] { m_files->deleteSelectedFiles(m_ui->fileView); });
     connect(m_files, &SCFileManager::error, this, &FilePage::onError);
+    connect(m_files, &SCFileManager::fileMissing, this, &FilePage::onFileMissing);
 }
 
 /// Once the view has its model.
@@ -141,6 +145,11 @@ void FilePage::onError(const QString& message)
         m_pendingErrors.append(message);
     else if (!m_activity.isClosing())
         messagebox::critical(window(), tr("Error"), message);
+}
+
+void FilePage::onFileMissing(const QString& path)
+{
+    m_notices.post({tr("The file is no longer there: %1").arg(QFileInfo(path).fileName())});
 }
 
 void FilePage::openFolder()

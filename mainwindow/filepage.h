@@ -7,6 +7,7 @@
 #include <memory>
 
 class Activity;
+class Notices;
 class QSettings;
 class RecordingView;
 class SCFileManager;
@@ -21,7 +22,7 @@ class FilePage : public QWidget
     Q_OBJECT
 
 public:
-    FilePage(const QSettings& settings, const Activity& activity);
+    FilePage(const QSettings& settings, const Activity& activity, Notices& notices);
     ~FilePage() override;
 
     /// type is "video", "audio" or "screenshot". Shown after the next refresh.
@@ -51,11 +52,13 @@ private:
     void showState();
     QString filter() const;
     void onError(const QString& message);
+    void onFileMissing(const QString& path);
     void openFolder();
 
     std::unique_ptr<Ui::FilePage> m_ui;
     const QSettings& m_settings;
     const Activity& m_activity;
+    Notices& m_notices;
     SCFileManager* m_files;
     QStringList m_pendingErrors;
 };

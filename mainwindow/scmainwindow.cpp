@@ -144,7 +144,7 @@ void SCMainWindow::makeSources(std::shared_ptr<CameraSystem> cameras)
 
 void SCMainWindow::makePages()
 {
-    m_filePage = new FilePage(*m_settings, m_activity);
+    m_filePage = new FilePage(*m_settings, m_activity, *m_notices);
     m_ui->pages->addWidget(m_filePage);
     m_filePage->follow(*m_view);
     connect(&m_view->session(), &RecordingSession::fileProduced, this, &SCMainWindow::fileProduced);

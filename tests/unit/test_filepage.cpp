@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/settings.h"
+#include "files/fileitemdelegate.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/filepage.h"
+#include "mainwindow/notices/notices.h"
 #include "tests/support/addresses.h"
 #include "tests/support/filelibrary.h"
 #include "tests/support/windowtest.h"
@@ -17,6 +19,7 @@
 #include <QListView>
 #include <QPushButton>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTest>
 #include <QUrl>
 
@@ -164,6 +167,26 @@ private slots:
         QCOMPARE(opener.files(), QStringList({videos, m_produced.folder() + QLatin1String("/pictures"), videos}));
     }
 
+    void fileThatIsGoneSaysSoWhereverItIsWanted()
+    {
+        const OpenedAddresses opener({"file"});
+        const QSignalSpy posted(&m_notices, &Notices::posted);
+        open();
+        QVERIFY(QFile::remove(m_produced.folder() + QLatin1String("/song.mp3")));
+        const QRect row = view()->visualRect(view()->model()->index(1, 0));
+        QTest::mouseDClick(view()->viewport(), Qt::LeftButton, {}, row.center());
+        QCOMPARE(posted.size(), 1);
+        QCOMPARE(posted.at(0).at(0).value<Notice>().text, QStringLiteral("The file is no longer there: song.mp3"));
+        QTest::mouseClick(view()->viewport(), Qt::LeftButton, {},
+                          SCFileManager::FileItemDelegate::folderRect(row).center());
+        QCOMPARE(posted.size(), 2);
+        QCOMPARE(opener.files(), QStringList());
+        // It leaves the list at the next start.
+        QCOMPARE(names().size(), 5);
+        makePage();
+        QCOMPARE(names(), QStringList({"new.mp4", "shot.png", "old.mp4", "plain.dat"}));
+    }
+
     void recordingIsEnteredWhenItStartsAndShownWhenItIsOver()
     {
         open();
@@ -283,7 +306,7 @@ private:
     {
         m_page.reset();
         m_activity = Activity({[this] { return m_recording; }, {}, {}, {}, {}, {}, {}});
-        m_page = std::make_unique<FilePage>(*m_settings, m_activity);
+        m_page = std::make_unique<FilePage>(*m_settings, m_activity, m_notices);
         m_page->show();
     }
 
@@ -324,6 +347,7 @@ private:
     ProducedFiles m_produced;
     RecordingState m_recording = RecordingState::Idle;
     Activity m_activity{Activity::Facts{}};
+    Notices m_notices;
     std::unique_ptr<QSettings> m_settings = openSettings();
     std::unique_ptr<FilePage> m_page;
 };
