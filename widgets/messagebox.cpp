@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/messagebox.h"
 
+#include "widgets/shownname.h"
 #include "widgets/stylesheet.h"
 
 #include <QCheckBox>
@@ -27,8 +28,9 @@ void nameButton(const QMessageBox& box, QMessageBox::StandardButton which, const
 
 void prepare(QMessageBox& box)
 {
-    // Names of devices and files may look like markup.
+    // Names of devices and files may look like markup, and like other names.
     box.setTextFormat(Qt::PlainText);
+    box.setText(shownName(box.text()));
     // Some desktops have icons for them.
     const QList<QAbstractButton*> buttons = box.buttons();
     for (QAbstractButton* const button : buttons)

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-/// Modal boxes; parent may be null, texts are translated. User-interface thread.
+/// Modal boxes; parent may be null, texts are translated. What shownName() replaces is shown so. User-interface thread.
 namespace messagebox {
 
 using Kind = QMessageBox::Icon;
