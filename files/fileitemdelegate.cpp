@@ -2,6 +2,7 @@
 #include "files/fileitemdelegate.h"
 
 #include "widgets/icons.h"
+#include "widgets/shownname.h"
 
 #include <QAbstractItemView>
 #include <QHelpEvent>
@@ -75,7 +76,7 @@ void SCFileManager::FileItemDelegate::paint(QPainter* painter, const QStyleOptio
     painter->setFont(option.font);
     painter->setPen(raised ? kRaisedText : kText);
     painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                      index.data(Qt::DisplayRole).toString());
+                      shownName(index.data(Qt::DisplayRole).toString()));
     painter->restore();
 
     if (hovered) {

@@ -309,6 +309,13 @@ private slots:
         QCOMPARE(two, one);
     }
 
+    void endingIsSeenWhateverChangesTheDirectionOfTheName()
+    {
+        const QImage plain = painted(QStringLiteral("a[U+202E]4pm.exe"), QStyle::State_Enabled);
+        QCOMPARE(painted(QStringLiteral("a\u202e4pm.exe"), QStyle::State_Enabled), plain);
+        QVERIFY(painted(QStringLiteral("aexe.mp4"), QStyle::State_Enabled) != plain);
+    }
+
     void painterIsLeftAsItWas()
     {
         QStandardItemModel model;
