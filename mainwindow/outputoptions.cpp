@@ -7,6 +7,7 @@
 #include "mainwindow/notices/notices.h"
 #include "ui_scmainwindow.h"
 #include "widgets/combobox.h"
+#include "widgets/shownname.h"
 
 #include <QFileDialog>
 #include <QSettings>
@@ -62,7 +63,7 @@ void OutputOptions::showStoredFolder()
 {
     const QString folder = m_settings.value(m_parts.folderKey).toString();
     m_parts.folderEdit.setText(folder);
-    m_parts.folderEdit.setToolTip(folder);
+    m_parts.folderEdit.setToolTip(shownName(folder));
 }
 
 int OutputOptions::format() const

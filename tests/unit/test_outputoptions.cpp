@@ -55,6 +55,19 @@ private slots:
         QCOMPARE(messages.texts().filter(QStringLiteral("\"MKV\"")).size(), 1);
     }
 
+    void toolTipShowsWhatChangesTheDirectionOfTheFoldersName_data() { addKinds(); }
+    void toolTipShowsWhatChangesTheDirectionOfTheFoldersName()
+    {
+        QFETCH(const bool, isRecording);
+        const OutputOptions::Parts shown = parts(isRecording);
+        shown.folderEdit.setToolTip({});
+        m_settings->setValue(shown.folderKey, QStringLiteral("/a\u202eb"));
+        OutputOptions options(shown, *m_settings, m_activity);
+        options.showStoredFolder();
+        QCOMPARE(shown.folderEdit.toolTip(), QStringLiteral("/a[U+202E]b"));
+        QCOMPARE(options.folder(), QStringLiteral("/a\u202eb"));
+    }
+
     void chosenFormatIsStored_data() { addKinds(); }
     void chosenFormatIsStored()
     {
