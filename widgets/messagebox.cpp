@@ -6,6 +6,7 @@
 
 #include <QCheckBox>
 #include <QCoreApplication>
+#include <QEvent>
 #include <QLabel>
 #include <QPushButton>
 
@@ -62,6 +63,25 @@ Answer showQuestion(const Question& question)
     return {box.clickedButton() == yes, check->isChecked()};
 }
 
+/// Closes a box, whose child it is, when its window is minimised or hidden.
+class BoxOfWindow : public QObject
+{
+public:
+    BoxOfWindow(QMessageBox& box, QWidget& window) : QObject(&box), m_box(box) { window.installEventFilter(this); }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        const bool isMinimised =
+            event->type() == QEvent::WindowStateChange && static_cast<QWidget*>(watched)->isMinimized();
+        if (isMinimised || event->type() == QEvent::Hide)
+            m_box.close();
+        return false;
+    }
+
+private:
+    QMessageBox& m_box;
+};
+
 void showOrRecord(const Call& call)
 {
     if (s_recorder != nullptr) {
@@ -74,6 +94,22 @@ void showOrRecord(const Call& call)
 }
 
 } // namespace
+
+void informBeside(QWidget& window, const QString& title, const QString& text)
+{
+    if (s_recorder != nullptr) {
+        s_recorder->note({Kind::Information, &window, title, text});
+        return;
+    }
+    auto* const box = new QMessageBox(Kind::Information, title, text, QMessageBox::Ok, &window);
+    prepare(*box);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setModal(false);
+    new BoxOfWindow(*box, window);
+    box->show();
+    // The window may be about to get the keyboard.
+    box->activateWindow();
+}
 
 void information(QWidget* parent, const QString& title, const QString& text)
 {

@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QFile>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QTest>
@@ -131,6 +132,60 @@ private slots:
         QCOMPARE(answer.checked, check);
     }
 
+    void boxShowsWhatChangesTheDirectionOfAName()
+    {
+        QString shown;
+        QTimer::singleShot(0, this, [&shown] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box != nullptr);
+            shown = box->text();
+            box->reject();
+        });
+        messagebox::warning(nullptr, QStringLiteral("Warning"), QStringLiteral("a\u202egpj.exe"));
+        QCOMPARE(shown, QStringLiteral("a[U+202E]gpj.exe"));
+    }
+
+    void boxBesideItsWindowBlocksNothing()
+    {
+        QWidget window;
+        window.show();
+        messagebox::informBeside(window, QStringLiteral("Saved"), QStringLiteral("Saved <to>: a\u202eb"));
+        const QPointer<QMessageBox> box = window.findChild<QMessageBox*>();
+        QVERIFY(box != nullptr && box->isVisible());
+        QVERIFY(!box->isModal());
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        QCOMPARE(box->icon(), QMessageBox::Information);
+        QCOMPARE(box->windowTitle(), QStringLiteral("Saved"));
+        QCOMPARE(box->text(), QStringLiteral("Saved <to>: a[U+202E]b"));
+        QCOMPARE(box->textFormat(), Qt::PlainText);
+        QVERIFY(!box->styleSheet().isEmpty());
+        box->button(QMessageBox::Ok)->click();
+        QTRY_VERIFY(box.isNull());
+        QVERIFY(window.isVisible());
+    }
+
+    void boxBesideItsWindowGoesWithIt_data()
+    {
+        QTest::addColumn<bool>("isMinimised");
+        QTest::newRow("minimised") << true;
+        QTest::newRow("hidden") << false;
+    }
+
+    void boxBesideItsWindowGoesWithIt()
+    {
+        QFETCH(const bool, isMinimised);
+        QWidget window;
+        window.show();
+        messagebox::informBeside(window, QStringLiteral("Saved"), QStringLiteral("text"));
+        const QPointer<QMessageBox> box = window.findChild<QMessageBox*>();
+        if (isMinimised)
+            window.showMinimized();
+        else
+            window.hide();
+        QVERIFY(box.isNull() || !box->isVisible());
+        QTRY_VERIFY(box.isNull());
+    }
+
     void recorderAnswersQuestions()
     {
         messagebox::Recorder recorder;
@@ -149,8 +204,13 @@ private slots:
         const messagebox::Recorder recorder;
         messagebox::warning(&parent, QStringLiteral("Warning"), QStringLiteral("one"));
         messagebox::critical(nullptr, QStringLiteral("Error"), QStringLiteral("two"));
+        messagebox::informBeside(parent, QStringLiteral("Saved"), QStringLiteral("three"));
         const std::vector<messagebox::Call>& calls = recorder.calls();
-        QCOMPARE(calls.size(), std::size_t{2});
+        QCOMPARE(calls.size(), std::size_t{3});
+        QCOMPARE(calls[2].kind, messagebox::Kind::Information);
+        QCOMPARE(calls[2].parent, &parent);
+        QCOMPARE(calls[2].text, QStringLiteral("three"));
+        QVERIFY(parent.findChild<QMessageBox*>() == nullptr);
         QCOMPARE(calls[0].kind, messagebox::Kind::Warning);
         QCOMPARE(calls[0].parent, &parent);
         QCOMPARE(calls[0].title, QStringLiteral("Warning"));
