@@ -5,6 +5,7 @@
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/screenshottest.h"
 #include "tests/desktop/userinput.h"
+#include "tests/support/countdowntest.h"
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
@@ -200,29 +201,74 @@ private slots:
         QVERIFY(m_produced->isEmpty());
     }
 
-    void savedScreenshotIsReportedInABox()
+    void savedScreenshotIsReportedInABoxThatBlocksNothing()
     {
         m_boxes.reset();
-        clickTile("screenshotFullScreenTile");
-        QTRY_VERIFY(frame() != nullptr);
-        waitForTheKeyboard();
-        QString shown;
-        // The box runs the events until it is closed, which is what the timer is for.
-        QTimer look;
-        connect(&look, &QTimer::timeout, this, [&look, &shown] {
-            if (const auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                look.stop();
-                shown = box->windowTitle() + u'|' + box->text();
-                desktopuser::waitUntilStill();
-                press(QStringLiteral("Return"));
-            }
-        });
-        look.start(100);
+        QPointer<QMessageBox> box = shootAndAwaitBox();
+        QVERIFY(box != nullptr);
+        QCOMPARE(box->windowTitle(), QStringLiteral("Screenshot Saved"));
+        QCOMPARE(box->text(), "Screenshot saved to: " + m_produced->at(0).at(0).toString());
         press(QStringLiteral("Return"));
-        QTRY_COMPARE(m_produced->size(), 1);
-        QTRY_VERIFY(!shown.isEmpty());
-        QCOMPARE(shown, "Screenshot Saved|Screenshot saved to: " + m_produced->at(0).at(0).toString());
-        QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+        QTRY_VERIFY(box.isNull());
+        // The window can be worked while it is open.
+        box = shootAndAwaitBox();
+        QVERIFY(box != nullptr);
+        box->move(m_window->geometry().bottomLeft() + QPoint(0, 20));
+        desktopuser::waitUntilStill();
+        auto* const tab = m_window->findChild<QPushButton*>(QStringLiteral("recordingTab"));
+        QVERIFY(!tab->isChecked());
+        click(*tab);
+        QTRY_VERIFY(tab->isChecked());
+        QVERIFY(box != nullptr && box->isVisible());
+        click(*box->button(QMessageBox::Ok));
+        QTRY_VERIFY(box.isNull());
+    }
+
+    void hotkeysWorkWhileTheBoxOfASavedScreenshotIsOpen()
+    {
+        m_boxes.reset();
+        QPointer<QMessageBox> box = shootAndAwaitBox();
+        QVERIFY(box != nullptr);
+        press(QStringLiteral("F10"));
+        QTRY_VERIFY(frame() != nullptr);
+        // It would be in the shot.
+        QTRY_VERIFY(box.isNull());
+        waitForTheKeyboard();
+        press(QStringLiteral("Return"));
+        QTRY_VERIFY(savedBox() != nullptr);
+        box = savedBox();
+        bool isCounting = false;
+        bool isGone = false;
+        whenCountingDown(m_window.get(), [&] {
+            isCounting = true;
+            isGone = box.isNull() || !box->isVisible();
+            shownWindow<SCCountdownWidget>()->close();
+        });
+        press(QStringLiteral("F9"));
+        QTRY_VERIFY(isCounting);
+        QVERIFY(isGone);
+        QTRY_VERIFY(shownWindow<SCCountdownWidget>() == nullptr && !m_window->isMinimized());
+    }
+
+private:
+    QMessageBox* savedBox() const
+    {
+        auto* const box = m_window->findChild<QMessageBox*>();
+        return box != nullptr && box->isVisible() ? box : nullptr;
+    }
+
+    /// Null where there is none.
+    QMessageBox* shootAndAwaitBox() const
+    {
+        click(*m_window->findChild<QPushButton*>(QStringLiteral("screenshotTab")));
+        clickTile("screenshotFullScreenTile");
+        if (!QTest::qWaitFor([] { return frame() != nullptr; }))
+            return nullptr;
+        waitForTheKeyboard();
+        press(QStringLiteral("Return"));
+        (void)QTest::qWaitFor([this] { return savedBox() != nullptr && savedBox()->isActiveWindow(); });
+        desktopuser::waitUntilStill();
+        return savedBox();
     }
 };
 

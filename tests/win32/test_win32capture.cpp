@@ -144,7 +144,7 @@ QDir TestWin32Capture::keepShotsIn(Win32Program& program)
 
 QString TestWin32Capture::awaitShot(const QDir& shots)
 {
-    // The box comes when the file is complete, and keeps the program from ending.
+    // The box comes when the file is complete.
     const auto box = QStringLiteral("Screenshot Saved");
     if (!win32user::awaitReady(box))
         return {};
