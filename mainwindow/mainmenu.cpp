@@ -135,6 +135,14 @@ void MainMenu::openAbout()
     dialogwindow::showOver(*new SCAboutWindow(&m_window), m_window);
 }
 
+void MainMenu::openFirstRunPage()
+{
+    if (!m_settings.value(settingskeys::kFirstRun).toBool())
+        return;
+    m_settings.setValue(settingskeys::kFirstRun, false);
+    openWebPage(QLatin1String(webaddresses::kFirstRunPage));
+}
+
 void MainMenu::chooseLanguage(int position)
 {
     const QString& code = settingstables::kLanguageCodes.at(position);

@@ -36,6 +36,9 @@ public:
     void openUpdateCheck();
     void openAbout();
 
+    /// Opens the maker's page, once in a profile.
+    void openFirstRunPage();
+
     /// A position in kLanguageCodes.
     void chooseLanguage(int position);
 

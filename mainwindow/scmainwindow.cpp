@@ -3,7 +3,6 @@
 
 #include "app/sclogger.h"
 #include "app/settings.h"
-#include "app/webaddresses.h"
 #include "engine/obswrapper.h"
 #include "mainwindow/capture/capturecontroller.h"
 #include "mainwindow/capture/captureselection.h"
@@ -22,7 +21,6 @@
 #include "platform/windowing/frameless_window.h"
 #include "platform/windowing/window_hold.h"
 #include "ui_scmainwindow.h"
-#include "widgets/desktopservices.h"
 #include "widgets/focusring.h"
 #include "widgets/messagebox.h"
 #include "widgets/stylesheet.h"
@@ -63,7 +61,7 @@ SCMainWindow::SCMainWindow(std::unique_ptr<ObsWrapper> engine, std::shared_ptr<C
     makeMenu(durations);
     makeHotkeys();
     m_ui->recordButton->setFocus();
-    openFirstRunPage();
+    m_menu->openFirstRunPage();
 }
 
 SCMainWindow::~SCMainWindow() = default;
@@ -197,14 +195,6 @@ void SCMainWindow::showStoredSettings()
     m_recordingOptions->showStored();
     m_screenshotOptions->showStored();
     m_switches->applyStored();
-}
-
-void SCMainWindow::openFirstRunPage()
-{
-    if (!m_settings->value(settingskeys::kFirstRun).toBool())
-        return;
-    m_settings->setValue(settingskeys::kFirstRun, false);
-    openWebPage(QLatin1String(webaddresses::kFirstRunPage));
 }
 
 void SCMainWindow::onStateChanged(RecordingState state)

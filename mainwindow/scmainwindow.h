@@ -69,7 +69,6 @@ private:
     void makeMenu(const Durations& durations);
     void makeHotkeys();
     void showStoredSettings();
-    void openFirstRunPage();
 
     void onStateChanged(RecordingState state);
     void onScreenshotSaved(const QString& path);
