@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/files/file_manager.h"
 #include "tests/support/addresses.h"
+#include "tests/support/messagebus.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 
@@ -9,7 +10,6 @@
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
@@ -20,31 +20,6 @@ namespace {
 
 const auto kService = QStringLiteral("org.freedesktop.FileManager1");
 const auto kPath = QStringLiteral("/org/freedesktop/FileManager1");
-
-/// A message bus of the test's own, which becomes the session's.
-class MessageBus
-{
-public:
-    MessageBus()
-    {
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-                       {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
-        if (m_daemon.waitForReadyRead(10000))
-            qputenv("DBUS_SESSION_BUS_ADDRESS", m_daemon.readLine().trimmed());
-        else
-            qunsetenv("DBUS_SESSION_BUS_ADDRESS");
-    }
-    ~MessageBus()
-    {
-        m_daemon.terminate();
-        m_daemon.waitForFinished();
-    }
-    MessageBus(const MessageBus&) = delete;
-    MessageBus& operator=(const MessageBus&) = delete;
-
-private:
-    QProcess m_daemon;
-};
 
 /// What a file manager offers on the bus.
 class StandInFileManager : public QObject, protected QDBusContext
