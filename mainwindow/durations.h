@@ -12,6 +12,9 @@ struct Durations
     int windowGoneMs = 400;
     int toolbarFadeMs = 150;
     int toolbarPointerPollMs = 50;
+    /// While nobody points at it.
+    int noticeMs = 8000;
+    int noticeWithActionMs = 16000;
 
     /// Between two looks at the file of a recording and its disk.
     int fileWatchMs = 1000;

@@ -11,6 +11,7 @@
 #include "mainwindow/formicons.h"
 #include "mainwindow/hotkeys.h"
 #include "mainwindow/mainmenu.h"
+#include "mainwindow/notices/noticedisplay.h"
 #include "mainwindow/notices/notices.h"
 #include "mainwindow/outputoptions.h"
 #include "mainwindow/recording/recordingview.h"
@@ -122,6 +123,7 @@ void SCMainWindow::makeRecording(const Durations& durations)
 {
     m_view = std::make_unique<RecordingView>(*this, *m_ui, *m_capture, *m_region, *m_recordingOptions, *m_obs,
                                              *m_settings, m_activity, *m_notices, durations);
+    new NoticeDisplay(*m_notices, *m_ui->pages, *m_view, m_activity, durations);
     const RecordingSession* const session = &m_view->session();
     connect(m_obs.get(), &ObsWrapper::recordStatusChanged, session, &RecordingSession::onRecordStatusChanged);
     connect(session, &RecordingSession::stateChanged, this, &SCMainWindow::onStateChanged);

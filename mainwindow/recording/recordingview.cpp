@@ -8,6 +8,8 @@
 #include "mainwindow/capture/capturecontroller.h"
 #include "mainwindow/capture/captureselection.h"
 #include "mainwindow/capture/regionoverlays.h"
+#include "mainwindow/notices/floatingnotice.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/outputoptions.h"
 #include "mainwindow/recording/recordingkeeper.h"
 #include "mainwindow/recording/sccountdownwidget.h"
@@ -60,6 +62,8 @@ void RecordingView::connectRegion()
     connect(&m_region, &RegionOverlays::frameConcealed, this, [this](bool concealed) {
         if (m_toolbar != nullptr)
             m_toolbar->setConcealed(concealed);
+        if (m_notice != nullptr)
+            m_notice->setConcealed(concealed);
     });
 }
 
@@ -125,6 +129,23 @@ SCFullscreenToolbar& RecordingView::toolbar()
     return *m_toolbar;
 }
 
+FloatingNotice& RecordingView::notice()
+{
+    if (m_notice == nullptr) {
+        m_notice = std::make_unique<FloatingNotice>(m_durations);
+        excludeNotice();
+    }
+    return *m_notice;
+}
+
+void RecordingView::showNotice(const Notice& notice)
+{
+    if (m_status == recordstatus::kEnded)
+        return;
+    this->notice().add(notice);
+    positionBar();
+}
+
 void RecordingView::showOverlays()
 {
     m_capture.showFrame();
@@ -149,6 +170,8 @@ void RecordingView::positionBar()
     m_toolbar->move(placement.topLeft);
     m_toolbar->setTopEdgeOnly(placement.topEdgeOnly);
     m_toolbar->setRecordedArea(isLeftOut ? QRect() : recorded);
+    if (m_notice != nullptr)
+        m_notice->placeBeside(m_toolbar->geometry(), m_isNoticeExcluded || isLeftOut ? QRect() : recorded);
 }
 
 void RecordingView::hideOverlays()
@@ -158,6 +181,8 @@ void RecordingView::hideOverlays()
         m_toolbar->setPaused(false);
         m_toolbar->hide();
     }
+    if (m_notice != nullptr)
+        m_notice->clear();
     m_region.hideFrame();
 }
 
@@ -242,4 +267,12 @@ void RecordingView::setExcludedFromCapture(bool excluded)
     m_setExcluded(m_window, excluded);
     platform::setExcludedFromFrames(m_window, excluded);
     m_isBarExcluded = m_setExcluded(toolbar(), excluded) && excluded;
+    m_isExcluding = excluded;
+    if (m_notice != nullptr)
+        excludeNotice();
+}
+
+void RecordingView::excludeNotice()
+{
+    m_isNoticeExcluded = m_setExcluded(*m_notice, m_isExcluding) && m_isExcluding;
 }

@@ -15,6 +15,7 @@
 
 class Activity;
 class CaptureController;
+class FloatingNotice;
 class Notices;
 class OutputOptions;
 class QSettings;
@@ -23,6 +24,7 @@ class RecordingKeeper;
 class RegionOverlays;
 class SCCountdownWidget;
 class SCFullscreenToolbar;
+struct Notice;
 
 namespace Ui {
 class SCMainWindow;
@@ -52,6 +54,9 @@ public:
     /// Starts or stops, as the record button does.
     void toggle();
 
+    /// Beside the floating bar; ignored when that is not shown.
+    void showNotice(const Notice& notice);
+
     void restoreWindow() override;
     void hideOverlays() override;
     void showButton();
@@ -69,6 +74,8 @@ private:
     void showOverlays();
     void positionBar();
     SCFullscreenToolbar& toolbar();
+    FloatingNotice& notice();
+    void excludeNotice();
 
     void minimiseWindow() override;
     bool isWindowMinimised() const override;
@@ -92,7 +99,10 @@ private:
     std::unique_ptr<RecordingKeeper> m_keeper;
     QPointer<SCCountdownWidget> m_countdown;
     std::unique_ptr<SCFullscreenToolbar> m_toolbar;
+    std::unique_ptr<FloatingNotice> m_notice;
+    bool m_isExcluding = false;
     /// Whether the system keeps the bar out of the video at any position.
     bool m_isBarExcluded = false;
+    bool m_isNoticeExcluded = false;
     int m_status = recordstatus::kEnded;
 };

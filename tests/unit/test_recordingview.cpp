@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/sclogger.h"
 #include "app/settings.h"
+#include "mainwindow/notices/floatingnotice.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/recording/recordingview.h"
 #include "mainwindow/recording/scfullscreentoolbar.h"
 #include "mainwindow/recording/toolbarplacement.h"
@@ -194,6 +196,78 @@ private slots:
         m_form->recorder.leavesOut = false;
         m_form->report(kStarted);
         QVERIFY(!isBarAtTheTop());
+    }
+
+    void noticeIsBelowTheBarUnlessItWouldBeRecorded_data()
+    {
+        QTest::addColumn<bool>("isLeftOut");
+        QTest::addColumn<bool>("isExcluded");
+        QTest::addColumn<QPoint>("region");
+        QTest::addColumn<bool>("isShown");
+        // The screen has no room beside the bar.
+        QTest::newRow("region elsewhere") << false << false << QPoint(100, 380) << true;
+        QTest::newRow("region below the bar") << false << false << QPoint(240, 76) << false;
+        QTest::newRow("windows left out of frames") << true << false << QPoint(240, 76) << true;
+        QTest::newRow("windows excluded by the system") << false << true << QPoint(240, 76) << true;
+    }
+
+    void noticeIsBelowTheBarUnlessItWouldBeRecorded()
+    {
+        QFETCH(const bool, isLeftOut);
+        QFETCH(const bool, isExcluded);
+        QFETCH(const QPoint, region);
+        QFETCH(const bool, isShown);
+        dragRegion(*m_form, region, region + QPoint(319, 239));
+        m_form->recorder.leavesOut = isLeftOut;
+        if (isExcluded)
+            m_form->stage().setExcludedFromCapture(true);
+        m_form->report(kStarted);
+        QVERIFY(isBarAtTheTop());
+        m_form->view->showNotice({"one", "Act", [] {}});
+        auto* const notice = shownWindow<FloatingNotice>();
+        QCOMPARE(notice != nullptr, isShown);
+        QCOMPARE(m_form->calls.contains(QStringLiteral("exclude FloatingNotice 1")), isExcluded);
+        if (notice == nullptr)
+            return;
+        const QRect bar = shownWindow<SCFullscreenToolbar>()->geometry();
+        QCOMPARE(notice->y(), bar.y() + bar.height() + 4);
+        QCOMPARE(notice->geometry().center().x(), bar.center().x());
+        QCOMPARE(part<QLabel>("noticeBar", "noticeText")->window(), notice);
+        QVERIFY(!part<QPushButton>("noticeBar", "noticeAction")->isVisible());
+        m_form->report(kEnded);
+        QVERIFY(!notice->isVisible());
+    }
+
+    void noticeIsNotShownOverTheRecordedScreenNorWithoutARecording()
+    {
+        m_form->view->showNotice({"early"});
+        QTest::mouseClick(m_form->findChild<Tile*>(QStringLiteral("fullScreenTile")), Qt::LeftButton);
+        m_form->report(kStarted);
+        QVERIFY(shownWindow<FloatingNotice>() == nullptr);
+        m_form->view->showNotice({"one"});
+        QVERIFY(shownWindow<FloatingNotice>() == nullptr);
+        m_form->report(kEnded);
+        m_form->recorder.leavesOut = true;
+        m_form->report(kStarted);
+        QVERIFY(shownWindow<FloatingNotice>() == nullptr);
+        m_form->view->showNotice({"two"});
+        QVERIFY(shownWindow<FloatingNotice>() != nullptr);
+        QCOMPARE(part<QLabel>("noticeBar", "noticeText")->text(), QStringLiteral("two"));
+    }
+
+    void noticeIsConcealedWithTheFrameThatIsMoved()
+    {
+        m_form->report(kStarted);
+        m_form->view->showNotice({"one"});
+        const auto* const notice = shownWindow<FloatingNotice>();
+        auto* const frame = shownWindow<DrawWindow>();
+        emit frame->concealedChanged(true);
+        QVERIFY(!notice->mask().isEmpty() && !notice->mask().intersects(notice->rect()));
+        const QRect moved = regionUnderTheBar().translated(0, 40);
+        emit frame->windowGeometryChanged(true, moved.topLeft(), moved.bottomRight());
+        QVERIFY(!notice->geometry().intersects(moved));
+        emit frame->concealedChanged(false);
+        QVERIFY(notice->mask().isEmpty());
     }
 
     void presetHidesTheBar()
