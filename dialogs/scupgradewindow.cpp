@@ -53,6 +53,7 @@ void SCUpgradeWindow::onNetworkError(QNetworkReply::NetworkError error)
 {
     const char* const name = QMetaEnum::fromType<QNetworkReply::NetworkError>().valueToKey(error);
     SCLogger::debug(QStringLiteral("Network error: %1").arg(QLatin1String(name)));
+    m_ui->notCheckedLabel->show();
     m_ui->stackedWidget->setCurrentIndex(UpToDate);
 }
 

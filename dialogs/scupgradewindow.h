@@ -15,8 +15,8 @@ namespace Ui {
 class SCUpgradeWindow;
 }
 
-/// Shows the result of the update check. A failed check is shown as up to date; a malformed answer leaves the waiting
-/// page. Shown with dialogwindow::showOver(). User-interface thread.
+/// Shows the result of the update check. A failed check is shown as up to date, with a line that says so; a malformed
+/// answer leaves the waiting page. Shown with dialogwindow::showOver(). User-interface thread.
 class SCUpgradeWindow : public QMainWindow
 {
     Q_OBJECT

@@ -12,6 +12,7 @@
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QLabel>
 #include <QPushButton>
 #include <QSettings>
 
@@ -35,6 +36,14 @@ void dialog(const Look& look, const QByteArray& name, QMainWindow* window, const
     dialogwindow::showOver(*window, below);
     stop(look, name, *window);
     window->close();
+}
+
+void failedUpdateCheck(const Look& look, const QWidget& below)
+{
+    auto* const window = new SCUpgradeWindow(nullptr, releaseDocument("1.0.0"));
+    child<QLabel>(*window, "notCheckedLabel").show();
+    child<QLabel>(*window, "currentVersionLabel").clear();
+    dialog(look, "update-failed", window, below);
 }
 
 void settings(const Look& look, const QWidget& below)
@@ -142,6 +151,7 @@ void dialogs(const Look& look)
     // A document without a release leaves the page that waits.
     dialog(look, "update-waiting", new SCUpgradeWindow(nullptr, {{"mac", QJsonObject()}}), below);
     dialog(look, "update-none", new SCUpgradeWindow(nullptr, releaseDocument("1.0.0")), below);
+    failedUpdateCheck(look, below);
     dialog(look, "update-found", new SCUpgradeWindow(nullptr, releaseDocument("1.1.0")), below);
 }
 

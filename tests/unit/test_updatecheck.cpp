@@ -92,6 +92,7 @@ private slots:
         QCOMPARE(pageOf(window), int(Page::Waiting));
         waitForReply(window);
         QCOMPARE(pageOf(window), page);
+        QCOMPARE(saysNotChecked(window), status != "200 OK");
         QCOMPARE(answered.size(), page != Page::Waiting && status == "200 OK" ? 1 : 0);
         if (page == Page::UpToDate && status == "200 OK")
             QCOMPARE(window.findChild<QLabel*>("currentVersionLabel")->text(), QStringLiteral("1.0.0"));
@@ -161,6 +162,9 @@ private slots:
             QTRY_COMPARE(pageOf(window), int(Page::UpToDate));
             QCOMPARE(window.findChild<QLabel*>("upToDateLabel")->text(),
                      QStringLiteral("Current version is update to date."));
+            QVERIFY(saysNotChecked(window));
+            QCOMPARE(window.findChild<QLabel*>("notCheckedLabel")->text(),
+                     QStringLiteral("Could not check: no valid answer from the update server."));
             const MessageCapture messages;
             QVERIFY(!silentCheck());
             QCOMPARE(messages.texts(), QStringList());
@@ -303,6 +307,11 @@ private:
     static Answer redirection(const QByteArray& target)
     {
         return {"302 Found", {}, "Location: " + target + "\r\n", Manner::Answer, true};
+    }
+
+    static bool saysNotChecked(const SCUpgradeWindow& window)
+    {
+        return !window.findChild<QLabel*>("notCheckedLabel")->isHidden();
     }
 
     static int pageOf(const SCUpgradeWindow& window)
