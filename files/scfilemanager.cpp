@@ -235,8 +235,8 @@ bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
 void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& position)
 {
     const QModelIndex index = view.indexAt(position);
-    if (index.isValid() && isThere(pathOf(index)))
-        openFile(pathOf(index));
+    if (index.isValid() && isThere(pathOf(index)) && !openFile(pathOf(index)))
+        emit notOpened(pathOf(index));
 }
 
 bool SCFileManager::isThere(const QString& path)

@@ -75,6 +75,8 @@ signals:
     void error(const QString& message);
     /// The user wants to see a file that is gone.
     void fileMissing(const QString& path);
+    /// The system has no program for the file that the user wants to see.
+    void notOpened(const QString& path);
 
 private:
     void finishRecordings();
