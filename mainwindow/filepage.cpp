@@ -8,6 +8,7 @@
 #include "mainwindow/formicons.h"
 #include "mainwindow/notices/notices.h"
 #include "mainwindow/recording/recordingview.h"
+#include "platform/files/file_manager.h"
 #include "ui_filepage.h"
 #include "widgets/desktopservices.h"
 #include "widgets/messagebox.h"
@@ -44,6 +45,7 @@ void FilePage::connectControls()
             [this] { m_files->deleteSelectedFiles(m_ui->fileView); });
     connect(m_files, &SCFileManager::error, this, &FilePage::onError);
     connect(m_files, &SCFileManager::fileMissing, this, &FilePage::onFileMissing);
+    connect(m_files, &SCFileManager::notOpened, this, &FilePage::onNotOpened);
 }
 
 /// Once the view has its model.
@@ -158,4 +160,10 @@ void FilePage::openFolder()
     const QLatin1String key =
         screenshots ? settingskeys::kScreenshotSaveLocation : settingskeys::kRecordingSaveLocation;
     openFile(usableSaveFolder(m_settings.value(key).toString(), key).path);
+}
+
+void FilePage::onNotOpened(const QString& path)
+{
+    m_notices.post({tr("No program can open %1.").arg(QFileInfo(path).fileName()), tr("Show in Folder"),
+                    [path] { platform::revealInFileManager(path); }});
 }

@@ -54,6 +54,7 @@ private:
     void onError(const QString& message);
     void onFileMissing(const QString& path);
     void openFolder();
+    void onNotOpened(const QString& path);
 
     std::unique_ptr<Ui::FilePage> m_ui;
     const QSettings& m_settings;

@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QListView>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTest>
@@ -161,6 +162,24 @@ private slots:
         QTRY_VERIFY(!m_window->isMinimized());
         QVERIFY(line().isVisible());
         QCOMPARE(text()->text(), QStringLiteral("one"));
+    }
+
+    void fileThatNoProgramOpensIsReportedInTheWindow()
+    {
+        // Nothing that could open a file is found.
+        const QByteArray path = qgetenv("PATH");
+        makeWindow();
+        emit m_window->fileProduced(QStringLiteral("/tmp/a\u202egpj.exe"), QStringLiteral("video"));
+        click(*child<QPushButton>("filesTab"));
+        auto& view = *child<QListView>("fileView");
+        desktopuser::waitUntilStill();
+        const QPoint row = view.visualRect(view.model()->index(0, 0)).center();
+        qputenv("PATH", "/nowhere");
+        QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, row);
+        qputenv("PATH", path);
+        QTRY_VERIFY(line().isVisible());
+        QCOMPARE(text()->text(), QStringLiteral("No program can open a[U+202E]gpj.exe."));
+        QCOMPARE(child<QPushButton>("noticeAction")->text(), QStringLiteral("Show in Folder"));
     }
 
     void noticeOfARecordingIsSeenTakesNoFocusAndIsInNoFrame()

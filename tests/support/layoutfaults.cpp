@@ -55,6 +55,12 @@ bool isDrawnOver(const QWidget& widget)
     return widget.testAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
+/// What lies over a page for a while, by its class: this library knows no such class.
+bool isOverAll(const QWidget& widget)
+{
+    return widget.inherits("NoticeBar");
+}
+
 QList<const QWidget*> shownPartsOf(const QWidget& window)
 {
     QList<const QWidget*> parts;
@@ -97,7 +103,8 @@ public:
             for (qsizetype other = one + 1; other < parts.size(); ++other) {
                 const QWidget& first = *parts.at(one);
                 const QWidget& second = *parts.at(other);
-                const bool areBesideEachOther = first.parentWidget() == second.parentWidget();
+                const bool areBesideEachOther =
+                    first.parentWidget() == second.parentWidget() && !isOverAll(first) && !isOverAll(second);
                 if (areBesideEachOther && first.geometry().intersects(second.geometry()))
                     add(first, QStringLiteral("lies over ") + nameOf(second));
             }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/fileitemdelegate.h"
 #include "files/scfilemanager.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/scmainwindow.h"
 #include "overlays/scswitchwidget.h"
 #include "tests/support/filelibrary.h"
@@ -51,6 +52,16 @@ void menu(const Look& look, const QByteArray& name, const SCMainWindow& window, 
     menu->close();
 }
 
+void notice(const Look& look, SCMainWindow& window)
+{
+    const auto translated = [](const char* text) { return QCoreApplication::translate("FilePage", text); };
+    const QString name = QStringLiteral("Recording_2026_11_21_12-30-05.flv");
+    window.findChild<Notices*>()->post(
+        {translated("No program can open %1.").arg(name), translated("Show in Folder"), [] {}});
+    stop(look, "notice", window);
+    child<QPushButton>(window, "noticeClose").click();
+}
+
 /// The list as it is after some days.
 void fillLibrary(ProducedFiles& produced)
 {
@@ -83,6 +94,7 @@ void mainWindow(const Look& look)
         child<SCSwitchWidget>(window, name).setChecked(true);
     showLevels(child<VolumeControl>(window, "speakerMeter"), -12.0F);
     stop(look, "recording", window);
+    notice(look, window);
     child<QPushButton>(window, "screenshotTab").click();
     stop(look, "screenshot", window);
     child<QPushButton>(window, "filesTab").click();

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "mainwindow/notices/floatingnotice.h"
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/recording/scfullscreentoolbar.h"
 #include "overlays/areaselector.h"
@@ -110,6 +111,11 @@ void toolBar(const Look& look)
     bar.setAudioOnly(true);
     bar.setPausable(false);
     stop(look, "bar-sound-only", bar);
+    FloatingNotice notice{Durations()};
+    notice.add({QCoreApplication::translate("FilePage", "No program can open %1.").arg(QStringLiteral("demo.mp4"))});
+    notice.placeBeside(bar.geometry(), {});
+    waitFor(notice);
+    look({"bar-notice", bar.frameGeometry() | notice.frameGeometry(), {&notice}});
 }
 
 void pickedWindow(const Look& look)

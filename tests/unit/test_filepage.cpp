@@ -187,6 +187,27 @@ private slots:
         QCOMPARE(names(), QStringList({"new.mp4", "shot.png", "old.mp4", "plain.dat"}));
     }
 
+    void fileThatNoProgramOpensIsReported()
+    {
+        open();
+        QList<Notice> posted;
+        const QObject context;
+        connect(&m_notices, &Notices::posted, &context, [&posted](const Notice& notice) { posted.append(notice); });
+        const QPoint first = view()->visualRect(view()->model()->index(0, 0)).center();
+        {
+            const OpenedAddresses opener({"file"});
+            QTest::mouseDClick(view()->viewport(), Qt::LeftButton, {}, first);
+            QCOMPARE(opener.files(), QStringList{m_produced.folder() + QLatin1String("/new.mp4")});
+            QVERIFY(posted.isEmpty());
+        }
+        // Off screen nothing opens anything.
+        QTest::mouseDClick(view()->viewport(), Qt::LeftButton, {}, first);
+        QCOMPARE(posted.size(), 1);
+        QCOMPARE(posted.constFirst().text, QStringLiteral("No program can open new.mp4."));
+        QCOMPARE(posted.constFirst().actionText, QStringLiteral("Show in Folder"));
+        QVERIFY(posted.constFirst().action);
+    }
+
     void recordingIsEnteredWhenItStartsAndShownWhenItIsOver()
     {
         open();
