@@ -108,6 +108,23 @@ private slots:
         expectWhite(take);
     }
 
+    void noticeIsShownAndInNoFrame()
+    {
+        const StillImage still(plainImage(m_size, Qt::white));
+        ProgramUnderTest program;
+        Take take = begin(program);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        // No screenshot is taken now, and a notice says so.
+        QVERIFY(xdotool({"key", "F10"}));
+        const QRect notice = visibleWindow(QStringLiteral("Recording Notice")).value_or(QRect());
+        QVERIFY(!notice.isEmpty());
+        QTRY_VERIFY(isSomethingShown(notice));
+        QTest::qWait(kWatchMs);
+        QVERIFY(isSomethingShown(notice));
+        endTake(program, take);
+        expectWhite(take);
+    }
+
     /// Nothing else is between the countdown and the first frame.
     void countdownIsShownAndInNoFrame()
     {
