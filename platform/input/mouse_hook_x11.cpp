@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/input/mouse_hook.h"
+#include "platform/input/x11_raw_events.h"
 #include "platform/xcb_handles.h"
 
 #include <QGuiApplication>
@@ -13,10 +14,6 @@ namespace platform {
 
 namespace {
 
-constexpr std::uint8_t kEventTypeMask = 0x7f;
-/// Raw events come in spite of other programs' grabs since 2.1.
-constexpr std::uint16_t kXInputMajor = 2;
-constexpr std::uint16_t kXInputMinor = 2;
 /// Logical button numbers of the X protocol.
 constexpr std::uint8_t kLeftButton = 1;
 constexpr std::uint8_t kRightButton = 3;
@@ -30,7 +27,6 @@ constexpr int kGlanceMs = 50;
 struct MouseHook::Private
 {
     unsigned long connect();
-    void select(bool wanted) const;
     void readEvents();
     void lookAtPointer();
     void handle(const xcb_generic_event_t& event);
@@ -56,31 +52,12 @@ unsigned long MouseHook::Private::connect()
     connection.reset(xcb_connect(nullptr, &screenNumber));
     if (const int error = xcb_connection_has_error(connection.get()); error != 0)
         return static_cast<unsigned long>(error);
-    const xcb_query_extension_reply_t* const extension = xcb_get_extension_data(connection.get(), &xcb_input_id);
-    if (extension == nullptr || extension->present == 0)
+    const std::optional<std::uint8_t> found = rawevents::opcode(connection.get());
+    if (!found)
         return XCB_CONN_CLOSED_EXT_NOTSUPPORTED;
-    opcode = extension->major_opcode;
-    const auto version = xcb::answer<xcb_input_xi_query_version_reply>(
-        connection.get(), xcb_input_xi_query_version(connection.get(), kXInputMajor, kXInputMinor));
-    if (!version || std::pair(version->major_version, version->minor_version) < std::pair(kXInputMajor, kXInputMinor))
-        return XCB_CONN_CLOSED_EXT_NOTSUPPORTED;
+    opcode = *found;
     root = xcb::screenNumbered(connection.get(), screenNumber).root;
     return 0;
-}
-
-void MouseHook::Private::select(bool wanted) const
-{
-    struct
-    {
-        xcb_input_event_mask_t head;
-        std::uint32_t bits;
-    } mask{};
-    mask.head.deviceid = XCB_INPUT_DEVICE_ALL_MASTER;
-    mask.head.mask_len = 1;
-    if (wanted)
-        mask.bits = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS;
-    xcb_input_xi_select_events(connection.get(), root, 1, &mask.head);
-    xcb_flush(connection.get());
 }
 
 void MouseHook::Private::readEvents()
@@ -108,14 +85,10 @@ void MouseHook::Private::lookAtPointer()
 
 void MouseHook::Private::handle(const xcb_generic_event_t& event)
 {
-    if ((event.response_type & kEventTypeMask) != XCB_GE_GENERIC)
-        return;
-    const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
-    if (generic.extension != opcode)
-        return;
-    if (generic.event_type == XCB_INPUT_RAW_MOTION)
+    const std::uint16_t type = rawevents::typeOf(event, opcode);
+    if (type == XCB_INPUT_RAW_MOTION)
         hasMoved = true;
-    else if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS)
+    else if (type == XCB_INPUT_RAW_BUTTON_PRESS)
         onPress(static_cast<std::uint8_t>(reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event).detail));
 }
 
@@ -138,7 +111,8 @@ void MouseHook::Private::reportMoveTo(const QPoint& position)
 
 void MouseHook::Private::setWanted(bool wanted)
 {
-    select(wanted);
+    constexpr std::uint32_t kWanted = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS;
+    rawevents::select(connection.get(), root, wanted ? kWanted : 0);
     hasMoved = false;
     lastPosition = pointer();
     if (wanted)

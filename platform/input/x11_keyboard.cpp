@@ -4,7 +4,6 @@
 #include "platform/xcb_handles.h"
 
 #include <algorithm>
-#include <map>
 
 namespace platform {
 
@@ -135,6 +134,19 @@ std::vector<std::uint16_t> X11Keyboard::lockCombinations() const
             combinations.push_back(combinations[index] | lock);
     }
     return combinations;
+}
+
+std::map<xcb_keycode_t, std::uint16_t> X11Keyboard::modifierKeys() const
+{
+    std::map<xcb_keycode_t, std::uint16_t> keys;
+    for (std::size_t index = 0; index < m_modifierKeys.size(); ++index) {
+        const xcb_keycode_t keycode = m_modifierKeys[index];
+        const auto bit = static_cast<std::uint16_t>(1U << (index / static_cast<std::size_t>(m_keysPerModifier)));
+        // The table has gaps.
+        if (keycode != 0)
+            keys[keycode] = static_cast<std::uint16_t>(keys[keycode] | bit);
+    }
+    return keys;
 }
 
 } // namespace platform

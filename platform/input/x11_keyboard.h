@@ -5,6 +5,8 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
+#include <map>
 #include <vector>
 
 namespace platform {
@@ -20,8 +22,11 @@ public:
 
     std::uint16_t modifiersOf(const QKeyCombination& key) const;
 
-    /// Every combination of Caps, Num and Scroll Lock, none included: a grab matches modifiers exactly.
+    /// Every combination of Caps, Num and Scroll Lock, from none to all: a grab matches modifiers exactly.
     std::vector<std::uint16_t> lockCombinations() const;
+
+    /// The keys that are modifiers, with their bits.
+    std::map<xcb_keycode_t, std::uint16_t> modifierKeys() const;
 
 private:
     using Keysym = std::uint32_t;
