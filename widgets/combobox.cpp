@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/combobox.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
-#include <QEvent>
+#include <QKeyEvent>
 #include <QStyledItemDelegate>
 
 namespace {
@@ -20,6 +21,28 @@ public:
     }
 };
 
+/// Has Escape close the open list and nothing else. The list's own filter closes it too early, before shortcuts are
+/// looked for: a window with Escape for a shortcut would go as well.
+class ListEscape : public QObject
+{
+public:
+    explicit ListEscape(QComboBox* box) : QObject(box), m_box(*box) { box->view()->installEventFilter(this); }
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        const bool isKey = event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress;
+        if (!isKey || static_cast<const QKeyEvent*>(event)->key() != Qt::Key_Escape)
+            return false;
+        if (event->type() == QEvent::KeyPress)
+            m_box.hidePopup();
+        event->accept();
+        return true;
+    }
+
+private:
+    QComboBox& m_box;
+};
+
 } // namespace
 
 void prepareComboBox(QComboBox& box)
@@ -27,4 +50,5 @@ void prepareComboBox(QComboBox& box)
     // The box's own delegate ignores the style sheet.
     box.setItemDelegate(new QStyledItemDelegate(&box));
     new WheelGuard(&box);
+    new ListEscape(&box);
 }

@@ -3,5 +3,5 @@
 
 class QComboBox;
 
-/// Style sheets draw the entries, and the mouse wheel does not choose.
+/// Style sheets draw the entries, the mouse wheel does not choose, and Escape closes an open list and nothing else.
 void prepareComboBox(QComboBox& box);

@@ -131,6 +131,26 @@ private slots:
         QVERIFY(!m_window->isMinimized());
     }
 
+    void escapeClosesAnOpenListAlone()
+    {
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        auto* const format = window.findChild<QComboBox*>("recordingFormatComboBox");
+        choose(*format, "AVI");
+        click(*format);
+        QTRY_VERIFY(QApplication::activePopupWidget() != nullptr);
+        desktopuser::waitUntilStill();
+        press("Down");
+        press("Escape");
+        QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+        desktopuser::waitUntilStill();
+        QVERIFY(window.isVisible());
+        QCOMPARE(format->currentText(), QStringLiteral("AVI"));
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+        QCOMPARE(stored(settingskeys::kRecordingFormat), QStringLiteral("MP4"));
+    }
+
     void newerVersionIsLookedAtAndItsPageOpened()
     {
         UpdateServer server;
