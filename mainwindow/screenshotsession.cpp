@@ -38,7 +38,7 @@ ScreenshotSession::ScreenshotSession(QWidget* window, RegionOverlays& region, co
     , m_window(*window)
     , m_region(region)
     , m_activity(activity)
-    , m_picker(std::make_unique<WindowHighlighter>())
+    , m_picker(std::make_unique<WindowHighlighter>(PickingDesktop::ofOtherPrograms()))
     , m_screenshot(new SCScreenshot(this))
     , m_selection(new RegionSelection(this))
     , m_selectorDelay(new QTimer(this))
@@ -52,6 +52,7 @@ ScreenshotSession::ScreenshotSession(QWidget* window, RegionOverlays& region, co
     connect(m_selectorDelay, &QTimer::timeout, m_selection, &RegionSelection::begin);
     // The window manager gives the focus of a minimised window to another program.
     connect(m_activationDelay, &QTimer::timeout, this, &ScreenshotSession::activateFrame);
+    connect(m_picker.get(), &WindowHighlighter::cancelled, this, &ScreenshotSession::stopPicking);
     connect(m_screenshot, &SCScreenshot::error, this, &ScreenshotSession::onFailed);
     connect(m_screenshot, &SCScreenshot::folderReplaced, this, &ScreenshotSession::folderReplaced);
     connect(m_selection, &RegionSelection::selected, this, &ScreenshotSession::frameArea);

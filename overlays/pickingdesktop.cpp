@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "overlays/pickingdesktop.h"
 
+#include "platform/input/global_hotkey.h"
 #include "platform/input/pointer_state.h"
 #include "platform/input/window_hotkey.h"
 
+#include <QGuiApplication>
+#include <QWindow>
+
 #include <utility>
+
+#include <algorithm>
 
 namespace {
 
@@ -16,7 +22,16 @@ public:
         return m_hook.install(std::move(handler));
     }
     void removeMouseHook() override { m_hook.remove(); }
-    void setMouseWanted(bool wanted) override { m_hook.setWanted(wanted); }
+    void setInputWanted(bool wanted) override
+    {
+        m_hook.setWanted(wanted);
+        m_cancelKey.registerKey(wanted ? QKeySequence(Qt::Key_Escape) : QKeySequence());
+    }
+
+    void registerCancelKey(std::function<void()> pressed) override
+    {
+        QObject::connect(&m_cancelKey, &platform::GlobalHotkey::activated, &m_cancelKey, std::move(pressed));
+    }
 
     void registerHotkey(QWidget& window, std::function<void()> pressed) override
     {
@@ -25,6 +40,7 @@ public:
     void unregisterHotkey() override { m_hotkey.reset(); }
 
     platform::NativeWindow windowAt(const QPoint& position) const override { return m_windows.at(position); }
+    bool isPickable(platform::NativeWindow /*window*/) const override { return true; }
     bool exists(platform::NativeWindow window) const override { return m_windows.exists(window); }
     std::optional<QRect> rectOf(platform::NativeWindow window) const override { return m_windows.rectOf(window); }
     bool isMouseButtonDown() const override
@@ -38,6 +54,18 @@ private:
     platform::NativeWindows m_windows;
     platform::PointerProbe m_pointer;
     std::unique_ptr<platform::WindowHotkey> m_hotkey;
+    platform::GlobalHotkey m_cancelKey{nullptr};
+};
+
+class OtherProgramsDesktop : public SystemDesktop
+{
+public:
+    bool isPickable(platform::NativeWindow window) const override
+    {
+        return std::ranges::none_of(QGuiApplication::allWindows(), [window](const QWindow* own) {
+            return own->handle() != nullptr && own->winId() == window;
+        });
+    }
 };
 
 } // namespace
@@ -45,4 +73,9 @@ private:
 std::unique_ptr<PickingDesktop> PickingDesktop::ofTheSystem()
 {
     return std::make_unique<SystemDesktop>();
+}
+
+std::unique_ptr<PickingDesktop> PickingDesktop::ofOtherPrograms()
+{
+    return std::make_unique<OtherProgramsDesktop>();
 }

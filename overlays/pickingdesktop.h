@@ -16,17 +16,26 @@ class PickingDesktop
 public:
     virtual ~PickingDesktop() = default;
 
+    /// Every window can be picked.
     static std::unique_ptr<PickingDesktop> ofTheSystem();
+
+    /// This program's windows cannot be picked.
+    static std::unique_ptr<PickingDesktop> ofOtherPrograms();
 
     /// 0, or the system's error number.
     virtual unsigned long installMouseHook(platform::MouseHook::Handler handler) = 0;
     virtual void removeMouseHook() = 0;
-    virtual void setMouseWanted(bool wanted) = 0;
+    /// The mouse, and the cancel key.
+    virtual void setInputWanted(bool wanted) = 0;
+
+    /// Escape, whatever has the keyboard.
+    virtual void registerCancelKey(std::function<void()> pressed) = 0;
 
     virtual void registerHotkey(QWidget& window, std::function<void()> pressed) = 0;
     virtual void unregisterHotkey() = 0;
 
     virtual platform::NativeWindow windowAt(const QPoint& position) const = 0;
+    virtual bool isPickable(platform::NativeWindow window) const = 0;
     virtual bool exists(platform::NativeWindow window) const = 0;
     virtual std::optional<QRect> rectOf(platform::NativeWindow window) const = 0;
 

@@ -8,7 +8,7 @@
 #include "widgets/stylesheet.h"
 #include "widgets/windowmask.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QPainter>
@@ -70,6 +70,7 @@ WindowHighlighter::WindowHighlighter(std::unique_ptr<PickingDesktop> desktop, QW
     m_updateTimer->setInterval(kUpdateIntervalMs);
     connect(m_updateTimer, &QTimer::timeout, this, &WindowHighlighter::onTimer);
     m_desktop->registerHotkey(*this, [this] { setVisible(!isVisible()); });
+    m_desktop->registerCancelKey([this] { cancel(); });
     platform::prepareAsOverlay(*this);
 }
 
@@ -104,7 +105,7 @@ void WindowHighlighter::setVisible(bool visible)
         m_updateTimer->start();
     else
         m_updateTimer->stop();
-    m_desktop->setMouseWanted(visible);
+    m_desktop->setInputWanted(visible);
     QWidget::setVisible(visible);
 }
 
@@ -119,10 +120,32 @@ void WindowHighlighter::onMouse(platform::MouseHook::Event event, const QPoint& 
     const platform::NativeWindow window = m_desktop->windowAt(position);
     if (window == m_hoveredWindow)
         return;
+    if (window != 0 && !m_desktop->isPickable(window)) {
+        // The menu is about the window before it.
+        if (QApplication::activePopupWidget() == nullptr)
+            hoverNothing();
+        return;
+    }
     m_hoveredWindow = window;
     reposition();
     cutOut();
     update();
+}
+
+/// Goes on, in contrast to a window that is gone.
+void WindowHighlighter::hoverNothing()
+{
+    m_hoveredWindow = 0;
+    cutOut();
+    update();
+}
+
+void WindowHighlighter::cancel()
+{
+    if (!isVisible())
+        return;
+    setVisible(false);
+    emit cancelled();
 }
 
 void WindowHighlighter::onClick(platform::MouseHook::Event event, const QPoint& position)

@@ -11,8 +11,8 @@
 class QTimer;
 
 /// Lets the user pick a window: lays a red rectangle over the deepest window under the mouse and reports a click, which
-/// the window also gets. Ctrl+Shift+H shows and hides it. A second instance ends the program, and so does a failing
-/// mouse hook. Without a compositor it is cut to its outline. User-interface thread.
+/// the window also gets. Ctrl+Shift+H shows and hides it, Escape cancels it. A second instance ends the program, and so
+/// does a failing mouse hook. Without a compositor it is cut to its outline. User-interface thread.
 class WindowHighlighter : public QWidget
 {
     Q_OBJECT
@@ -35,6 +35,9 @@ signals:
     /// Of the clicked window, in physical pixels of the desktop.
     void windowClicked(QRect rect);
 
+    /// By Escape; it is hidden.
+    void cancelled();
+
 protected:
     bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
     void paintEvent(QPaintEvent* event) override;
@@ -44,6 +47,8 @@ private:
     void onMouse(platform::MouseHook::Event event, const QPoint& position);
     void onClick(platform::MouseHook::Event event, const QPoint& position);
     void onTimer();
+    void cancel();
+    void hoverNothing();
     void reposition();
     void cutOut();
     void openMenu(const QPoint& position);

@@ -10,11 +10,13 @@
 
 #include <QApplication>
 #include <QPainter>
+#include <QProcess>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
 #include <QTest>
 
+#include <cstdio>
 #include <cstdlib>
 
 using desktopuser::click;
@@ -30,24 +32,70 @@ constexpr QRgb kRed = qRgb(255, 0, 0);
 constexpr QPoint kStrokeBegin(60, 80);
 constexpr QPoint kStroke(120, 0);
 
-/// A window that is like nothing else on the desktop, and of which each pixel has a colour of its own.
-class ImageWindow : public QWidget
+/// The argument with which this program is another one that shows an image; the window's geometry follows.
+constexpr char kImageProgram[] = "--image-program";
+
+/// Like nothing else on the desktop, and each pixel has a colour of its own.
+QImage imageOfSize(const QSize& size)
+{
+    QImage image = gridImage((QSizeF(size) * scale()).toSize());
+    image.invertPixels();
+    return image;
+}
+
+/// The window of the other program.
+class ShownImage : public QWidget
 {
 public:
-    explicit ImageWindow(const QRect& geometry) : QWidget(nullptr, Qt::FramelessWindowHint)
+    explicit ShownImage(const QRect& geometry) : QWidget(nullptr, Qt::FramelessWindowHint)
     {
         setGeometry(geometry);
-        m_image = gridImage((QSizeF(geometry.size()) * scale()).toSize());
-        m_image.invertPixels();
+        m_image = imageOfSize(geometry.size());
     }
 
-    const QImage& image() const { return m_image; }
-
 protected:
-    void paintEvent(QPaintEvent* /*event*/) override { QPainter(this).drawImage(rect(), m_image); }
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QPainter(this).drawImage(rect(), m_image);
+        std::puts("painted");
+        std::fflush(stdout);
+    }
 
 private:
     QImage m_image;
+};
+
+/// A window of another program with an image in it, for as long as the object lives.
+class ImageWindow
+{
+public:
+    explicit ImageWindow(const QRect& geometry) : m_geometry(geometry), m_image(imageOfSize(geometry.size())) {}
+
+    ~ImageWindow()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    ImageWindow(const ImageWindow&) = delete;
+    ImageWindow& operator=(const ImageWindow&) = delete;
+
+    /// False when it does not come.
+    bool show()
+    {
+        QStringList arguments{QStringLiteral("test_screenshotkinds"), QLatin1String(kImageProgram)};
+        for (const int number : {m_geometry.x(), m_geometry.y(), m_geometry.width(), m_geometry.height()})
+            arguments.append(QString::number(number));
+        m_process.start(QCoreApplication::applicationFilePath(), arguments);
+        return m_process.waitForReadyRead();
+    }
+
+    const QRect& geometry() const { return m_geometry; }
+    const QImage& image() const { return m_image; }
+
+private:
+    QRect m_geometry;
+    QImage m_image;
+    QProcess m_process;
 };
 
 /// Somewhere on the widget where none of its children is.
@@ -142,8 +190,7 @@ private:
 
     void pick(ImageWindow& window) const
     {
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(window.show());
         desktopuser::waitUntilStill();
         clickTile("screenshotWindowTile");
         QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
@@ -186,6 +233,21 @@ private:
     }
 };
 
-REGISTER_TEST(desktopuser::run<TestScreenshotKinds>);
+static int run(int argc, char* argv[])
+{
+    constexpr int kArgument = 1;
+    constexpr int kGeometry = 2;
+    if (argc != kGeometry + 4 || qstrcmp(argv[kArgument], kImageProgram) != 0)
+        return desktopuser::run<TestScreenshotKinds>(argc, argv);
+    const auto number = [argv](int index) { return QByteArray(argv[kGeometry + index]).toInt(); };
+    const QRect geometry(number(0), number(1), number(2), number(3));
+    const TestProfile profile;
+    const QApplication application(argc, argv);
+    ShownImage window(geometry);
+    window.show();
+    return QApplication::exec();
+}
+
+REGISTER_TEST(run);
 
 #include "test_screenshotkinds.moc"

@@ -9,6 +9,7 @@
 #include "tests/desktop/desktoprun.h"
 #include "tests/desktop/regiontest.h"
 #include "tests/desktop/userinput.h"
+#include "tests/support/heldkeyboard.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 
@@ -21,6 +22,7 @@
 #include <QTest>
 
 #include <cstdio>
+#include <optional>
 
 using desktopuser::click;
 using desktopuser::colourAt;
@@ -288,6 +290,62 @@ private slots:
         QCOMPARE(frame->geometry(), position);
         click(desktopuser::centreOf(*barButton("cancelButton")));
         QTRY_VERIFY(!m_window->isMinimized());
+    }
+
+    void windowOfTheProgramItselfCannotBePicked()
+    {
+        OtherProgram other;
+        QVERIFY(other.start());
+        const QRect position(onScreen(kOtherWindow.topLeft()), kOtherWindow.size());
+        click(*child<Tile>("windowTile"));
+        QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
+        pointTo(position.center());
+        QTRY_COMPARE(colourAt(position.topLeft() + QPoint(1, 1)), qRgb(255, 0, 0));
+        // The highlight goes, and a click there does what it does in the window.
+        auto* const tab = child<QPushButton>("filesTab");
+        pointTo(desktopuser::centreOf(*tab));
+        QTRY_VERIFY(colourAt(position.topLeft() + QPoint(1, 1)) != qRgb(255, 0, 0));
+        xdotool({"click", "1"});
+        QTRY_VERIFY(tab->isChecked());
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QVERIFY(shownWindow<WindowHighlighter>() != nullptr);
+        // The other window still can.
+        pointTo(position.center());
+        QTRY_COMPARE(colourAt(position.topLeft() + QPoint(1, 1)), qRgb(255, 0, 0));
+        xdotool({"click", "1"});
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
+        click(desktopuser::centreOf(*barButton("cancelButton")));
+        QTRY_VERIFY(!m_window->isMinimized());
+    }
+
+    void escapeCancelsAWindowBeingPickedWhoeverHasTheKeyboard_data()
+    {
+        QTest::addColumn<bool>("isHeld");
+        QTest::newRow("free") << false;
+        QTest::newRow("held by another program") << true;
+    }
+
+    void escapeCancelsAWindowBeingPickedWhoeverHasTheKeyboard()
+    {
+        QFETCH(const bool, isHeld);
+        OtherProgram other;
+        QVERIFY(other.start());
+        const QRect position(onScreen(kOtherWindow.topLeft()), kOtherWindow.size());
+        click(*child<Tile>("windowTile"));
+        QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
+        pointTo(position.center());
+        QTRY_COMPARE(colourAt(position.topLeft() + QPoint(1, 1)), qRgb(255, 0, 0));
+        std::optional<heldkeyboard::Holder> holder;
+        if (isHeld)
+            holder.emplace();
+        QCOMPARE(heldkeyboard::isHeld(), isHeld);
+        press(QStringLiteral("Escape"));
+        QTRY_VERIFY(shownWindow<WindowHighlighter>() == nullptr);
+        xdotool({"click", "1"});
+        QVERIFY(other.waitFor("pressed"));
+        desktopuser::waitUntilStill();
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QVERIFY(!m_window->isMinimized());
     }
 
 private:

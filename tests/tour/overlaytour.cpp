@@ -35,10 +35,12 @@ public:
         return 0;
     }
     void removeMouseHook() override {}
-    void setMouseWanted(bool /*wanted*/) override {}
+    void setInputWanted(bool /*wanted*/) override {}
+    void registerCancelKey(std::function<void()> /*pressed*/) override {}
     void registerHotkey(QWidget& /*window*/, std::function<void()> /*pressed*/) override {}
     void unregisterHotkey() override {}
     platform::NativeWindow windowAt(const QPoint& /*position*/) const override { return 1; }
+    bool isPickable(platform::NativeWindow /*window*/) const override { return true; }
     bool exists(platform::NativeWindow /*window*/) const override { return true; }
     std::optional<QRect> rectOf(platform::NativeWindow /*window*/) const override { return m_window; }
     bool isMouseButtonDown() const override { return false; }

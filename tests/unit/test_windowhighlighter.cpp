@@ -34,9 +34,12 @@ struct Desktop
     /// Windows that exist but have no known position.
     std::map<NativeWindow, bool> unreadable{};
     NativeWindow under = 0;
+    /// Not to be picked.
+    NativeWindow own = 0;
     unsigned long hookError = 0;
     platform::MouseHook::Handler handler{};
     std::function<void()> hotkey{};
+    std::function<void()> cancelKey{};
     bool wanted = false;
     bool buttonDown = false;
     /// How often it was asked whether a button is held down.
@@ -60,7 +63,8 @@ public:
         m_desktop.calls << QStringLiteral("unhook");
         m_desktop.handler = nullptr;
     }
-    void setMouseWanted(bool wanted) override { m_desktop.wanted = wanted; }
+    void setInputWanted(bool wanted) override { m_desktop.wanted = wanted; }
+    void registerCancelKey(std::function<void()> pressed) override { m_desktop.cancelKey = std::move(pressed); }
     void registerHotkey(QWidget& window, std::function<void()> pressed) override
     {
         m_desktop.calls << QStringLiteral("hotkey");
@@ -69,6 +73,7 @@ public:
     }
     void unregisterHotkey() override { m_desktop.calls << QStringLiteral("no hotkey"); }
     NativeWindow windowAt(const QPoint&) const override { return m_desktop.under; }
+    bool isPickable(NativeWindow window) const override { return window != m_desktop.own; }
     bool exists(NativeWindow window) const override { return m_desktop.windows.contains(window); }
     std::optional<QRect> rectOf(NativeWindow window) const override
     {
@@ -335,6 +340,43 @@ private slots:
         // The same window as before.
         moveOver(desktop, 7);
         QVERIFY(!isBlank(highlighter));
+    }
+
+    void windowThatIsNotToBePickedIsNeitherFramedNorReported()
+    {
+        Desktop desktop{{{7, QRect(30, 40, 300, 200)}, {8, QRect(200, 40, 300, 200)}}};
+        desktop.own = 8;
+        Highlighter highlighter(desktop);
+        const QSignalSpy clicked(&highlighter, &WindowHighlighter::windowClicked);
+        highlighter.show();
+        moveOver(desktop, 7);
+        QVERIFY(!isBlank(highlighter));
+        moveOver(desktop, 8);
+        QVERIFY(isBlank(highlighter));
+        desktop.handler(Event::LeftPress, QPoint(210, 50));
+        tick(highlighter);
+        QCOMPARE(clicked.size(), 0);
+        QVERIFY(highlighter.isVisible());
+        moveOver(desktop, 7);
+        QVERIFY(!isBlank(highlighter));
+        desktop.handler(Event::LeftPress, QPoint(40, 50));
+        QCOMPARE(clicked, (QList<QVariantList>{{QRect(30, 40, 300, 200)}}));
+    }
+
+    void cancelKeyHidesItAndIsReported()
+    {
+        Desktop desktop{{{7, QRect(30, 40, 300, 200)}}};
+        Highlighter highlighter(desktop);
+        const QSignalSpy cancelled(&highlighter, &WindowHighlighter::cancelled);
+        // Pressed just before it was hidden.
+        desktop.cancelKey();
+        QCOMPARE(cancelled.size(), 0);
+        highlighter.show();
+        moveOver(desktop, 7);
+        desktop.cancelKey();
+        QCOMPARE(cancelled.size(), 1);
+        QVERIFY(!highlighter.isVisible());
+        QVERIFY(!desktop.wanted);
     }
 
     void frameFollowsAWindowThatMovesUnderAStillPointer()
