@@ -15,6 +15,7 @@
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/recording/scfullscreentoolbar.h"
 #include "mainwindow/recording/toolbarplacement.h"
+#include "platform/input/global_hotkey.h"
 #include "platform/windowing/frame_exclusion.h"
 #include "platform/windowing/window_hold.h"
 #include "ui_scmainwindow.h"
@@ -225,6 +226,10 @@ void RecordingView::countDown(int from)
     const QPoint centre = captureCentre(m_capture.area());
     m_countdown->move(centre - QPoint(m_countdown->width() / 2, m_countdown->height() / 2));
     connect(m_countdown, &SCCountdownWidget::closed, &m_session, &RecordingSession::cancelCountdown);
+    // Whatever has the keyboard.
+    platform::GlobalHotkey escape(nullptr);
+    connect(&escape, &platform::GlobalHotkey::activated, &m_session, &RecordingSession::cancelCountdown);
+    escape.registerKey(QKeySequence(Qt::Key_Escape));
     m_countdown->start(from);
     m_countdown->exec();
     // The program is about to quit.

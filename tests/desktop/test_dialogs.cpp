@@ -12,6 +12,8 @@
 #include "tests/desktop/userinput.h"
 #include "tests/support/addresses.h"
 #include "tests/support/countdowntest.h"
+#include "tests/support/heldkeyboard.h"
+#include "tests/support/messagecapture.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/updateserver.h"
 #include "tests/support/windowtest.h"
@@ -34,6 +36,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+
+#include <optional>
 
 using desktopuser::click;
 using desktopuser::colourAt;
@@ -149,6 +153,36 @@ private slots:
         press("Escape");
         QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
         QCOMPARE(stored(settingskeys::kRecordingFormat), QStringLiteral("MP4"));
+    }
+
+    void escapeCancelsTheCountdownWhoeverHasTheKeyboard_data()
+    {
+        QTest::addColumn<bool>("isHeld");
+        QTest::newRow("free") << false;
+        QTest::newRow("held by another program") << true;
+    }
+
+    void escapeCancelsTheCountdownWhoeverHasTheKeyboard()
+    {
+        QFETCH(const bool, isHeld);
+        const MessageCapture messages;
+        bool counted = false;
+        whenCountingDown(m_window.get(), [&] {
+            counted = true;
+            QTRY_VERIFY(m_window->isMinimized());
+            std::optional<heldkeyboard::Holder> other;
+            if (isHeld)
+                other.emplace();
+            QCOMPARE(heldkeyboard::isHeld(), isHeld);
+            press("Escape");
+        });
+        press("F9");
+        QTRY_VERIFY(counted);
+        QTRY_VERIFY(shownWindow<SCCountdownWidget>() == nullptr && !m_window->isMinimized());
+        QCOMPARE(messages.texts().filter(QStringLiteral("Countdown cancelled, nothing is recorded")).size(), 1);
+        // The key is everybody's again.
+        platform::GlobalHotkey escape(nullptr);
+        QTRY_VERIFY(escape.registerKey(QKeySequence(Qt::Key_Escape)));
     }
 
     void newerVersionIsLookedAtAndItsPageOpened()
