@@ -11,6 +11,16 @@
 class Activity
 {
 public:
+    /// Why a request is not carried out now.
+    enum class Refusal
+    {
+        None,
+        DialogOpen,
+        RecordingUnderWay,
+        RecordingEnding,
+        ScreenshotUnderWay
+    };
+
     struct Facts
     {
         std::function<RecordingState()> recording;
@@ -34,8 +44,24 @@ public:
     /// A dialog would be recorded.
     bool mayToggleRecording() const { return !isIdle() || !m_facts.isDialogOpen(); }
 
+    Refusal recordingRefusal() const
+    {
+        if (isEnding())
+            return Refusal::RecordingEnding;
+        return mayToggleRecording() ? Refusal::None : Refusal::DialogOpen;
+    }
+
     /// A frame would be recorded, a dialog be in the image.
-    bool mayTakeScreenshot() const { return isIdle() && !m_facts.isGrabbing() && !m_facts.isDialogOpen(); }
+    bool mayTakeScreenshot() const { return screenshotRefusal() == Refusal::None; }
+
+    Refusal screenshotRefusal() const
+    {
+        if (!isIdle())
+            return isEnding() ? Refusal::RecordingEnding : Refusal::RecordingUnderWay;
+        if (m_facts.isGrabbing())
+            return Refusal::ScreenshotUnderWay;
+        return m_facts.isDialogOpen() ? Refusal::DialogOpen : Refusal::None;
+    }
 
     bool mayRestoreRegionFrame() const { return isIdle() || m_facts.recording() == RecordingState::Countdown; }
 
@@ -52,6 +78,11 @@ public:
     bool isClosing() const { return m_isClosing; }
 
 private:
+    bool isEnding() const
+    {
+        return m_facts.recording() == RecordingState::Stopping || m_facts.recording() == RecordingState::Ended;
+    }
+
     Facts m_facts;
     bool m_isClosing = false;
 };

@@ -4,6 +4,7 @@
 #include "app/sclogger.h"
 #include "app/settings.h"
 #include "dialogs/hotkeychoices.h"
+#include "mainwindow/notices/notices.h"
 #include "platform/input/global_hotkey.h"
 
 #include <QKeySequence>
@@ -12,11 +13,39 @@
 
 using platform::GlobalHotkey;
 
-Hotkeys::Hotkeys(QObject* parent)
-    : QObject(parent), m_recording{new GlobalHotkey(this), {}}, m_screenshot{new GlobalHotkey(this), {}}
+namespace {
+
+/// Empty where there is none.
+QString explained(Activity::Refusal refusal, const QString& key)
 {
-    connect(m_recording.key, &GlobalHotkey::activated, this, &Hotkeys::recordingPressed);
-    connect(m_screenshot.key, &GlobalHotkey::activated, this, &Hotkeys::screenshotPressed);
+    switch (refusal) {
+    case Activity::Refusal::None:
+        return {};
+    case Activity::Refusal::DialogOpen:
+        return Hotkeys::tr("A message or a folder dialog is open: close it, then press %1 again.").arg(key);
+    case Activity::Refusal::RecordingUnderWay:
+        return Hotkeys::tr("A recording is running: screenshots can be taken when it has ended.");
+    case Activity::Refusal::RecordingEnding:
+        return Hotkeys::tr("The last recording is still being saved: press %1 again in a moment.").arg(key);
+    case Activity::Refusal::ScreenshotUnderWay:
+        return Hotkeys::tr("A screenshot is being taken: press %1 again in a moment.").arg(key);
+    }
+    return {};
+}
+
+} // namespace
+
+Hotkeys::Hotkeys(QObject* parent, const Activity& activity, Notices& notices)
+    : QObject(parent)
+    , m_activity(activity)
+    , m_notices(notices)
+    , m_recording{new GlobalHotkey(this), {}}
+    , m_screenshot{new GlobalHotkey(this), {}}
+{
+    connect(m_recording.key, &GlobalHotkey::activated, this,
+            [this] { onPressed(m_recording, m_activity.recordingRefusal(), &Hotkeys::recordingPressed); });
+    connect(m_screenshot.key, &GlobalHotkey::activated, this,
+            [this] { onPressed(m_screenshot, m_activity.screenshotRefusal(), &Hotkeys::screenshotPressed); });
     for (Hotkey* const hotkey : {&m_recording, &m_screenshot}) {
         connect(hotkey->key, &GlobalHotkey::availabilityChanged, this,
                 [this, hotkey](bool available, const QString& reason) {
@@ -25,16 +54,22 @@ Hotkeys::Hotkeys(QObject* parent)
     }
 }
 
-QList<Hotkeys::Failure> Hotkeys::apply(const QSettings& settings)
+void Hotkeys::onPressed(const Hotkey& hotkey, Activity::Refusal refusal, void (Hotkeys::*pressed)())
+{
+    if (refusal == Activity::Refusal::None)
+        emit(this->*pressed)();
+    else
+        m_notices.post({explained(refusal, hotkey.wanted)});
+}
+
+void Hotkeys::apply(const QSettings& settings)
 {
     // Both are released before one is taken: they may have been exchanged.
     want(m_recording, settings.value(settingskeys::kRecordingHotkey).toString());
     want(m_screenshot, settings.value(settingskeys::kScreenshotHotkey).toString());
-    QList<Failure> failures = take(m_recording) + take(m_screenshot);
-    for (const Failure& failure : std::as_const(failures))
-        SCLogger::warning(QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(failure.key, failure.reason));
+    take(m_recording);
+    take(m_screenshot);
     emit recordingKeyChanged();
-    return failures;
 }
 
 QString Hotkeys::recordingKey() const
@@ -52,21 +87,39 @@ void Hotkeys::want(Hotkey& hotkey, const QString& stored)
     hotkey.taken = false;
 }
 
-QList<Hotkeys::Failure> Hotkeys::take(Hotkey& hotkey)
+void Hotkeys::take(Hotkey& hotkey)
 {
     if (hotkey.taken || hotkey.wanted.isEmpty())
-        return {};
+        return;
     hotkey.taken = hotkey.key->registerKey(QKeySequence::fromString(hotkey.wanted, QKeySequence::PortableText));
-    return hotkey.taken ? QList<Failure>() : QList<Failure>{{hotkey.wanted, hotkey.key->failureReason()}};
+    if (hotkey.taken)
+        return;
+    SCLogger::warning(
+        QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(hotkey.wanted, hotkey.key->failureReason()));
+    postUnusable(hotkey.wanted);
 }
 
 void Hotkeys::onAvailabilityChanged(Hotkey& hotkey, bool available, const QString& reason)
 {
     hotkey.taken = available;
-    if (available)
+    if (available) {
         SCLogger::info(QStringLiteral("The hotkey \"%1\" works again").arg(hotkey.wanted));
-    else
+    } else {
         SCLogger::warning(
             QStringLiteral("The hotkey \"%1\" is lost with the new keyboard layout: %2").arg(hotkey.wanted, reason));
+        postUnusable(hotkey.wanted);
+    }
     emit recordingKeyChanged();
+}
+
+/// Queued: at the start of the program nothing shows notices yet.
+void Hotkeys::postUnusable(const QString& key)
+{
+    const Notice notice{tr("The hotkey %1 cannot be used. Another program may hold it.").arg(key), tr("Settings"),
+                        [this] {
+                            if (m_activity.isIdle())
+                                emit settingsRequested();
+                        }};
+    QMetaObject::invokeMethod(
+        this, [this, notice] { m_notices.post(notice); }, Qt::QueuedConnection);
 }

@@ -1,41 +1,41 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QList>
+#include "mainwindow/activity.h"
+
 #include <QObject>
 #include <QString>
 
+class Notices;
 class QSettings;
 
 namespace platform {
 class GlobalHotkey;
 }
 
-/// The two system-wide hotkeys. User-interface thread.
+/// The two system-wide hotkeys. What one cannot do, and one that cannot be had, is reported in a notice. User-interface
+/// thread.
 class Hotkeys : public QObject
 {
     Q_OBJECT
 
 public:
-    struct Failure
-    {
-        QString key;
-        QString reason;
-    };
-
-    explicit Hotkeys(QObject* parent);
+    /// All else must outlive this object.
+    Hotkeys(QObject* parent, const Activity& activity, Notices& notices);
 
     /// Registers the stored keys; one that stays the same stays registered.
-    /// @return what could not be registered, which is logged
-    QList<Failure> apply(const QSettings& settings);
+    void apply(const QSettings& settings);
 
     /// Empty when there is none or it is not registered.
     QString recordingKey() const;
 
 signals:
+    /// May be carried out now.
     void recordingPressed();
     void screenshotPressed();
     void recordingKeyChanged();
+    /// The user wants other keys.
+    void settingsRequested();
 
 private:
     struct Hotkey
@@ -46,10 +46,14 @@ private:
         bool taken = false;
     };
 
+    void onPressed(const Hotkey& hotkey, Activity::Refusal refusal, void (Hotkeys::*pressed)());
     void want(Hotkey& hotkey, const QString& stored);
-    static QList<Failure> take(Hotkey& hotkey);
+    void take(Hotkey& hotkey);
     void onAvailabilityChanged(Hotkey& hotkey, bool available, const QString& reason);
+    void postUnusable(const QString& key);
 
+    const Activity& m_activity;
+    Notices& m_notices;
     Hotkey m_recording;
     Hotkey m_screenshot;
 };

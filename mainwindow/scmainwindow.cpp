@@ -185,10 +185,11 @@ void SCMainWindow::makeMenu(const Durations& durations)
 
 void SCMainWindow::makeHotkeys()
 {
-    m_hotkeys = new Hotkeys(this);
+    m_hotkeys = new Hotkeys(this, m_activity, *m_notices);
     connect(m_hotkeys, &Hotkeys::recordingPressed, m_view.get(), &RecordingView::toggle);
     connect(m_hotkeys, &Hotkeys::screenshotPressed, m_screenshots, &ScreenshotSession::frameScreen);
     connect(m_hotkeys, &Hotkeys::recordingKeyChanged, this, &SCMainWindow::showHotkey);
+    connect(m_hotkeys, &Hotkeys::settingsRequested, m_menu, &MainMenu::openSettings);
     m_hotkeys->apply(*m_settings);
 }
 
@@ -237,10 +238,7 @@ void SCMainWindow::onSettingsSaved()
 {
     showStoredSettings();
     m_selection->fitScreenToFormat();
-    const QList<Hotkeys::Failure> failures = m_hotkeys->apply(*m_settings);
-    for (const Hotkeys::Failure& failure : failures)
-        messagebox::warning(this, tr("Warning"),
-                            tr("The hotkey %1 cannot be used. Another program may hold it.").arg(failure.key));
+    m_hotkeys->apply(*m_settings);
 }
 
 void SCMainWindow::showHotkey()

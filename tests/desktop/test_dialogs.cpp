@@ -4,6 +4,7 @@
 #include "dialogs/scaboutwindow.h"
 #include "dialogs/scsettingswindow.h"
 #include "dialogs/scupgradewindow.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/scmainwindow.h"
 #include "platform/input/global_hotkey.h"
@@ -185,6 +186,37 @@ private slots:
         QTRY_VERIFY(escape.registerKey(QKeySequence(Qt::Key_Escape)));
     }
 
+    void hotkeyIsExplainedWhileADialogWaitsForItsAnswer_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::newRow("recording") << "F9";
+        QTest::newRow("screenshot") << "F10";
+    }
+
+    void hotkeyIsExplainedWhileADialogWaitsForItsAnswer()
+    {
+        QFETCH(const QString, key);
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        const QSignalSpy posted(m_window->findChild<Notices*>(), &Notices::posted);
+        bool stayed = false;
+        whenActive<QFileDialog>([&](QFileDialog& dialog) {
+            press(key);
+            [&] { QTRY_COMPARE(posted.size(), 1); }();
+            stayed = dialog.isVisible() && window.isVisible() && !m_window->isMinimized();
+            press("Escape");
+        });
+        click(*window.findChild<QPushButton*>("changeRecordingFileLocationBtn"));
+        QTRY_VERIFY(stayed);
+        QCOMPARE(posted.at(0).at(0).value<Notice>().text,
+                 QStringLiteral("A message or a folder dialog is open: close it, then press %1 again.").arg(key));
+        QTRY_VERIFY(QApplication::activeModalWidget() == &window);
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+        QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+    }
+
     void newerVersionIsLookedAtAndItsPageOpened()
     {
         UpdateServer server;
@@ -316,7 +348,7 @@ private slots:
         QCOMPARE(m_window->findChild<QLineEdit*>("saveLocationEdit")->text(), other.path());
     }
 
-    void hotkeyThatAnotherProgramHoldsIsNamedInAMessage()
+    void hotkeyThatAnotherProgramHoldsIsNamedInANotice()
     {
         platform::GlobalHotkey other(nullptr);
         QVERIFY(other.registerKey(QKeySequence("F6")));
@@ -324,13 +356,10 @@ private slots:
         SCSettingsWindow& window = *opened<SCSettingsWindow>();
         click(*window.findChild<QPushButton*>("hotkeysSettingsTab"));
         choose(*window.findChild<QComboBox*>("recordingComboBox"), "F6");
-        QString text;
-        whenActive<QMessageBox>([&text](const QMessageBox& box) {
-            text = box.text();
-            press("Return");
-        });
+        const QSignalSpy posted(m_window->findChild<Notices*>(), &Notices::posted);
         click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
-        QTRY_VERIFY(!text.isEmpty());
+        QTRY_COMPARE(posted.size(), 1);
+        const QString text = posted.at(0).at(0).value<Notice>().text;
         QVERIFY2(text.contains("F6"), qPrintable(text));
         QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
         expectHotkey("F6", false);

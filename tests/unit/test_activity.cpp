@@ -44,6 +44,38 @@ private slots:
         QCOMPARE(answers(), QStringLiteral("record frame"));
     }
 
+    void refusalSaysWhy_data()
+    {
+        using Refusal = Activity::Refusal;
+        QTest::addColumn<RecordingState>("state");
+        QTest::addColumn<bool>("isDialogOpen");
+        QTest::addColumn<bool>("isGrabbing");
+        QTest::addColumn<Refusal>("recording");
+        QTest::addColumn<Refusal>("screenshot");
+        using enum RecordingState;
+        QTest::newRow("idle") << Idle << false << false << Refusal::None << Refusal::None;
+        QTest::newRow("dialog") << Idle << true << false << Refusal::DialogOpen << Refusal::DialogOpen;
+        QTest::newRow("screenshot") << Idle << false << true << Refusal::None << Refusal::ScreenshotUnderWay;
+        for (const RecordingState state : {Countdown, Preparing, Recording, Paused})
+            QTest::addRow("recording, %d", static_cast<int>(state))
+                << state << true << false << Refusal::None << Refusal::RecordingUnderWay;
+        for (const RecordingState state : {Stopping, Ended})
+            QTest::addRow("ending, %d", static_cast<int>(state))
+                << state << false << false << Refusal::RecordingEnding << Refusal::RecordingEnding;
+    }
+
+    void refusalSaysWhy()
+    {
+        QFETCH(const RecordingState, state);
+        QFETCH(const bool, isDialogOpen);
+        QFETCH(const bool, isGrabbing);
+        m_recording = state;
+        m_isDialogOpen = isDialogOpen;
+        m_isGrabbing = isGrabbing;
+        QTEST(m_activity.recordingRefusal(), "recording");
+        QTEST(m_activity.screenshotRefusal(), "screenshot");
+    }
+
     void dialogKeepsRecordingsAndScreenshotsFromStarting()
     {
         m_isDialogOpen = true;

@@ -4,6 +4,7 @@
 #include "dialogs/scsettingswindow.h"
 #include "dialogs/scupgradewindow.h"
 #include "mainwindow/mainmenu.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/scmainwindow.h"
 #include "overlays/scswitchwidget.h"
 #include "platform/input/global_hotkey.h"
@@ -24,6 +25,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -173,12 +175,18 @@ private slots:
         other.registerKey(QKeySequence("F7"));
         SCSettingsWindow& settings = openSettingsWindow();
         settings.findChild<QComboBox*>("recordingComboBox")->setCurrentText("F7");
-        const messagebox::Recorder boxes;
         const MessageCapture messages;
+        QSignalSpy posted(m_window->findChild<Notices*>(), &Notices::posted);
         press(settings, QDialogButtonBox::Save);
-        QCOMPARE(boxes.calls().size(), std::size_t{1});
-        QCOMPARE(boxes.calls().front().text,
-                 QStringLiteral("The hotkey F7 cannot be used. Another program may hold it."));
+        QVERIFY(posted.wait());
+        const auto notice = posted.at(0).at(0).value<Notice>();
+        QCOMPARE(notice.text, QStringLiteral("The hotkey F7 cannot be used. Another program may hold it."));
+        QCOMPARE(notice.actionText, QStringLiteral("Settings"));
+        notice.action();
+        auto* const again = shownWindow<SCSettingsWindow>();
+        QVERIFY(again != nullptr);
+        QCOMPARE(again->findChild<QComboBox*>("recordingComboBox")->currentText(), QStringLiteral("F7"));
+        again->close();
         QCOMPARE(messages.texts(QtWarningMsg).filter("The hotkey \"F7\" cannot be used").size(), 1);
         QCOMPARE(m_settings->value(settingskeys::kRecordingHotkey).toString(), QStringLiteral("F7"));
         QVERIFY(!m_window->findChild<QLabel*>("hotkeyLabel")->isVisible());
