@@ -28,7 +28,9 @@ public:
         /// A region or a window is being selected, or a screenshot's frame is shown.
         std::function<bool()> isSelecting;
         std::function<bool()> isGrabbing;
+        /// One that waits for its answer: a message, the choice of a folder.
         std::function<bool()> isDialogOpen;
+        /// A menu, a list, or any dialog.
         std::function<bool()> isMenuOpen;
         std::function<bool()> isWindowShown;
     };
@@ -41,7 +43,7 @@ public:
     /// The main window stays minimised.
     bool isRecordingActive() const { return m_facts.isRecordingActive(); }
 
-    /// A dialog would be recorded.
+    /// A dialog that waits would be recorded, and keep the user from the recording's controls.
     bool mayToggleRecording() const { return !isIdle() || !m_facts.isDialogOpen(); }
 
     Refusal recordingRefusal() const

@@ -7,6 +7,7 @@
 #include "mainwindow/capture/capturecontroller.h"
 #include "mainwindow/capture/captureselection.h"
 #include "mainwindow/capture/regionoverlays.h"
+#include "mainwindow/dialogsuspension.h"
 #include "mainwindow/filepage.h"
 #include "mainwindow/formicons.h"
 #include "mainwindow/hotkeys.h"
@@ -73,8 +74,8 @@ Activity::Facts SCMainWindow::activityFacts()
             [this] { return m_view != nullptr && m_view->isActive(); },
             [this] { return m_region->isSelecting() || m_screenshots->isActive(); },
             [this] { return m_screenshots->isGrabbing(); },
-            [] { return QApplication::activeModalWidget() != nullptr; },
-            [] { return QApplication::activePopupWidget() != nullptr; },
+            &DialogSuspension::isAnswerAwaited,
+            [] { return QApplication::activePopupWidget() != nullptr || QApplication::activeModalWidget() != nullptr; },
             [this] { return isVisible() && !isMinimized(); }};
 }
 
@@ -125,6 +126,7 @@ void SCMainWindow::makeRecording(const Durations& durations)
                                              *m_settings, m_activity, *m_notices, durations);
     new NoticeDisplay(*m_notices, *m_ui->pages, *m_view, m_activity, durations);
     const RecordingSession* const session = &m_view->session();
+    new DialogSuspension(this, m_activity, *session, *m_screenshots);
     connect(m_obs.get(), &ObsWrapper::recordStatusChanged, session, &RecordingSession::onRecordStatusChanged);
     connect(session, &RecordingSession::stateChanged, this, &SCMainWindow::onStateChanged);
     // Asked while the user's session waits for the answer, after which the system ends the process.

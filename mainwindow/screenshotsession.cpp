@@ -89,6 +89,7 @@ void ScreenshotSession::begin()
 {
     if (std::exchange(m_isActive, true))
         return;
+    emit activeChanged();
     m_region.suspendFrame();
     m_minimisedWindow = m_window.isVisible() && !m_window.isMinimized();
     if (m_minimisedWindow)
@@ -104,6 +105,7 @@ void ScreenshotSession::end()
         m_region.restoreFrame();
     if (m_activity.isIdle() && std::exchange(m_minimisedWindow, false))
         emit restoreRequested();
+    emit activeChanged();
 }
 
 bool ScreenshotSession::isActive() const

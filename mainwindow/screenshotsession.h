@@ -51,6 +51,8 @@ public slots:
 
 signals:
     void restoreRequested();
+    /// isActive() while the frame is shown or a region selected; picking a window is not reported.
+    void activeChanged();
     void saved(const QString& path);
     void folderReplaced();
 

@@ -129,11 +129,149 @@ private slots:
         click(*m_window->findChild<QPushButton*>("filesTab"));
         desktopuser::waitUntilStill();
         QCOMPARE(pages->currentWidget()->objectName(), QStringLiteral("recordingPage"));
-        // The recording's hotkey as well: the dialog would be recorded.
-        press("F9");
+    }
+
+    void hotkeyOfTheRecordingWorksWhileADialogIsOpenAndTheDialogComesBack_data()
+    {
+        QTest::addColumn<QString>("opener");
+        for (const char* opener : {"Settings", "Check for Updates", "About"})
+            QTest::newRow(opener) << QString(opener);
+    }
+
+    void hotkeyOfTheRecordingWorksWhileADialogIsOpenAndTheDialogComesBack()
+    {
+        QFETCH(const QString, opener);
+        const UpdateServer server;
+        chooseEntry(qPrintable(opener));
+        const QPointer<QMainWindow> dialog = qobject_cast<QMainWindow*>(openedDialog());
+        QVERIFY(dialog != nullptr);
+        dialog->move(onScreen({300, 200}));
         desktopuser::waitUntilStill();
-        QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
+        const QPoint before = dialog->pos();
+        bool wasShown = true;
+        bool wasBlocked = true;
+        whenCountingDown(m_window.get(), [&] {
+            QTRY_VERIFY(m_window->isMinimized());
+            wasShown = dialog->isVisible();
+            wasBlocked = QApplication::activeModalWidget() != nullptr;
+            press("F9");
+        });
+        press("F9");
+        QTRY_VERIFY(!wasShown);
+        QVERIFY(!wasBlocked);
+        QTRY_VERIFY(dialog != nullptr && dialog->isVisible() && dialog->isActiveWindow());
+        QVERIFY(QApplication::activeModalWidget() == dialog.data());
         QVERIFY(!m_window->isMinimized());
+        desktopuser::waitUntilStill();
+        QCOMPARE(dialog->pos(), before);
+        press("Escape");
+        QTRY_VERIFY(dialog == nullptr);
+    }
+
+    void settingsComeBackFromARecordingAsTheyWere()
+    {
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        auto* const format = window.findChild<QComboBox*>("recordingFormatComboBox");
+        choose(*format, "GIF");
+        bool hasList = true;
+        whenCountingDown(m_window.get(), [&] {
+            hasList = QApplication::activePopupWidget() != nullptr;
+            press("F9");
+        });
+        // With its list open, which has the keyboard.
+        click(*format);
+        QTRY_VERIFY(QApplication::activePopupWidget() != nullptr && heldkeyboard::isHeld());
+        press("F9");
+        QTRY_VERIFY(!hasList);
+        QTRY_VERIFY(window.isVisible() && window.isActiveWindow());
+        desktopuser::waitUntilStill();
+        QCOMPARE(format->currentText(), QStringLiteral("GIF"));
+        QCOMPARE(stored(settingskeys::kRecordingFormat), QStringLiteral("MP4"));
+        click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
+        QTRY_COMPARE(stored(settingskeys::kRecordingFormat), QStringLiteral("GIF"));
+    }
+
+    void hotkeyOfTheScreenshotWorksWhileADialogIsOpen()
+    {
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        press("F10");
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr &&
+                    shownWindow<SCScreenshotWindow>()->isActiveWindow());
+        QVERIFY(!window.isVisible());
+        desktopuser::waitUntilStill();
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QTRY_VERIFY(window.isVisible() && window.isActiveWindow());
+        QVERIFY(!m_window->isMinimized());
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+    }
+
+    void hotkeysWorkWhileAMenuOrAListOfTheMainWindowIsOpen_data()
+    {
+        QTest::addColumn<QString>("opener");
+        QTest::newRow("menu") << "menuBtn";
+        QTest::newRow("list") << "formatBox";
+    }
+
+    void hotkeysWorkWhileAMenuOrAListOfTheMainWindowIsOpen()
+    {
+        QFETCH(const QString, opener);
+        auto& part = *m_window->findChild<QWidget*>(opener);
+        click(part);
+        QTRY_VERIFY(QApplication::activePopupWidget() != nullptr && heldkeyboard::isHeld());
+        bool hasPopup = true;
+        whenCountingDown(m_window.get(), [&] {
+            hasPopup = QApplication::activePopupWidget() != nullptr;
+            press("F9");
+        });
+        press("F9");
+        QTRY_VERIFY(!hasPopup);
+        QTRY_VERIFY(!m_window->isMinimized() && m_window->isActiveWindow());
+        desktopuser::waitUntilStill();
+        click(part);
+        QTRY_VERIFY(QApplication::activePopupWidget() != nullptr && heldkeyboard::isHeld());
+        press("F10");
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr &&
+                    shownWindow<SCScreenshotWindow>()->isActiveWindow());
+        QVERIFY(QApplication::activePopupWidget() == nullptr);
+        desktopuser::waitUntilStill();
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QTRY_VERIFY(!m_window->isMinimized());
+    }
+
+    void hotkeyIsExplainedWhileADialogWaitsForItsAnswer_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::newRow("recording") << "F9";
+        QTest::newRow("screenshot") << "F10";
+    }
+
+    void hotkeyIsExplainedWhileADialogWaitsForItsAnswer()
+    {
+        QFETCH(const QString, key);
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        const QSignalSpy posted(m_window->findChild<Notices*>(), &Notices::posted);
+        bool stayed = false;
+        whenActive<QFileDialog>([&](QFileDialog& dialog) {
+            press(key);
+            [&] { QTRY_COMPARE(posted.size(), 1); }();
+            stayed = dialog.isVisible() && window.isVisible() && !m_window->isMinimized();
+            press("Escape");
+        });
+        click(*window.findChild<QPushButton*>("changeRecordingFileLocationBtn"));
+        QTRY_VERIFY(stayed);
+        QCOMPARE(posted.at(0).at(0).value<Notice>().text,
+                 QStringLiteral("A message or a folder dialog is open: close it, then press %1 again.").arg(key));
+        QTRY_VERIFY(QApplication::activeModalWidget() == &window);
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
+        QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
     }
 
     void escapeClosesAnOpenListAlone()
@@ -184,37 +322,6 @@ private slots:
         // The key is everybody's again.
         platform::GlobalHotkey escape(nullptr);
         QTRY_VERIFY(escape.registerKey(QKeySequence(Qt::Key_Escape)));
-    }
-
-    void hotkeyIsExplainedWhileADialogWaitsForItsAnswer_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::newRow("recording") << "F9";
-        QTest::newRow("screenshot") << "F10";
-    }
-
-    void hotkeyIsExplainedWhileADialogWaitsForItsAnswer()
-    {
-        QFETCH(const QString, key);
-        click(*m_window->findChild<QPushButton*>("settingsBtn"));
-        SCSettingsWindow& window = *opened<SCSettingsWindow>();
-        const QSignalSpy posted(m_window->findChild<Notices*>(), &Notices::posted);
-        bool stayed = false;
-        whenActive<QFileDialog>([&](QFileDialog& dialog) {
-            press(key);
-            [&] { QTRY_COMPARE(posted.size(), 1); }();
-            stayed = dialog.isVisible() && window.isVisible() && !m_window->isMinimized();
-            press("Escape");
-        });
-        click(*window.findChild<QPushButton*>("changeRecordingFileLocationBtn"));
-        QTRY_VERIFY(stayed);
-        QCOMPARE(posted.at(0).at(0).value<Notice>().text,
-                 QStringLiteral("A message or a folder dialog is open: close it, then press %1 again.").arg(key));
-        QTRY_VERIFY(QApplication::activeModalWidget() == &window);
-        press("Escape");
-        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
-        QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
-        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
     }
 
     void newerVersionIsLookedAtAndItsPageOpened()
@@ -448,6 +555,16 @@ private:
             desktopuser::waitUntilStill();
         }();
         return window;
+    }
+
+    /// The dialog that is shown, once it is active.
+    static QWidget* openedDialog()
+    {
+        [] {
+            QTRY_VERIFY(QApplication::activeModalWidget() != nullptr);
+            QVERIFY(QTest::qWaitForWindowActive(QApplication::activeModalWidget()));
+        }();
+        return QApplication::activeModalWidget();
     }
 
     void expectCentred(const QWidget& window) const

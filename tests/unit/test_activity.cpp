@@ -82,7 +82,7 @@ private slots:
         QCOMPARE(answers(), QStringLiteral("idle frame"));
     }
 
-    void openMenuKeepsOtherWindowsFromOpening()
+    void openMenuOrDialogKeepsOtherWindowsFromOpening()
     {
         m_isMenuOpen = true;
         QCOMPARE(answers(), QStringLiteral("idle record screenshot frame"));
