@@ -28,6 +28,8 @@ constexpr std::chrono::milliseconds kEndSignalLimit{50};
 /// The longest block that one of the audio encoders collects (FLAC: 4608 samples of 48000 a second), twice: one block
 /// to fill, one that the encoder buffers.
 constexpr std::int64_t kAudioDelayNs = 192'000'000;
+/// What libx264 returns, about, beyond the frames that are waited for: the audio lasts as long.
+constexpr std::int64_t kH264LeadNs = 80'000'000;
 
 /// The debug message of setUp() has three names only; its text is given.
 const char* diagnosticFormatName(int format)
@@ -425,7 +427,8 @@ bool FileOutput::isEndReached()
     // Frames that passed while the file was still being opened have not reached the encoder.
     const bool video =
         m_tap.framesSinceMark() > m_encoderDelayFrames && recordedFrames() > static_cast<quint64>(m_encoderDelayFrames);
-    const bool audio = m_tap.audioSinceMarkNs() > kAudioDelayNs;
+    const bool isH264 = traitsOf(m_format).video.encoderId == codecid::kH264;
+    const bool audio = m_tap.audioSinceMarkNs() > kAudioDelayNs + (isH264 ? kH264LeadNs : 0);
     const bool isEncoded = (video || !hasVideo(m_format)) && (audio || !traitsOf(m_format).audio.encoderId);
     if (video || isEncoded)
         m_tap.blockVideo();
