@@ -31,6 +31,8 @@ ObsWrapper::ObsWrapper(CapturePlatform platform, const EngineTimings& timings)
     connect(&m_audio, &AudioDevices::microphoneLevelsChanged, this, [this](const AudioLevels& levels) {
         emit micVolumeDataChange(levels.magnitude.data(), levels.peak.data(), levels.inputPeak.data());
     });
+    connect(&m_audio, &AudioDevices::lost, this, &ObsWrapper::audioLost);
+    connect(&m_audio, &AudioDevices::returned, this, &ObsWrapper::audioReturned);
     // On the thread that it comes from: receivers queue it.
     connect(&m_fileOutput, &FileOutput::statusChanged, this, &ObsWrapper::recordStatusChanged, Qt::DirectConnection);
 }

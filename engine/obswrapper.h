@@ -81,7 +81,7 @@ public:
     void setCursorEffects(bool show) override;
 
     /// Puts a device on its channel, or takes it off: its levels then become zero, signalled once. Ignored when the
-    /// system has no list of such devices. A vanished microphone is silent until it is back.
+    /// system has no list of such devices, until it has one. What vanishes is silent until it is back.
     void setMicDevice(bool enabled, const QString& deviceId) override { m_audio.setMicrophone(enabled, deviceId); }
     void setDesktopAudioDevice(bool enabled, const QString& deviceId) override
     {
@@ -172,6 +172,10 @@ signals:
     /// recordstatus::kStarted when a start was requested, kEnded when the recording ended or failed to start. Also from
     /// threads of libobs: connect queued.
     void recordStatusChanged(int recordingStatus);
+
+    /// Of what is switched on; see AudioDevices.
+    void audioLost(AudioPart part);
+    void audioReturned(AudioPart part);
 
 private:
     bool startEngine(int width, int height, int fps);

@@ -3,6 +3,8 @@
 
 #include "engine/ports.h"
 
+#include <utility>
+
 #include <algorithm>
 
 namespace {
@@ -33,9 +35,16 @@ ObsSourceHandle AudioDevice::sourceOnChannel(const char* name, const QByteArray&
 
 bool AudioDevice::setDevice(bool enabled, const QString& deviceId)
 {
-    if (listDevices().names.isEmpty())
+    m_request = enabled ? deviceId.toUtf8() : QByteArray(kNoDevice);
+    return applyRequest();
+}
+
+bool AudioDevice::applyRequest()
+{
+    if (!m_request || !hasDevices())
         return false;
-    const QByteArray wanted = enabled ? deviceId.toUtf8() : QByteArray(kNoDevice);
+    const QByteArray wanted = *std::exchange(m_request, std::nullopt);
+    m_saved.reset();
     const bool off = wanted == kNoDevice;
     if (off)
         switchOff();
@@ -48,6 +57,12 @@ void AudioDevice::switchOff()
 {
     obs_set_output_source(m_kind.channel, nullptr);
     // The source stays and may go on capturing.
+    silenceMeter();
+    m_isLost = false;
+}
+
+void AudioDevice::silenceMeter()
+{
     obs_volmeter_detach_source(m_meter.get());
     m_levels = AudioLevels();
 }
@@ -86,9 +101,66 @@ bool AudioDevice::isOn() const
     return source && source == m_source;
 }
 
+bool AudioDevice::isWanted() const
+{
+    if (m_request)
+        return *m_request != kNoDevice;
+    return m_saved ? m_wasOn : isOn();
+}
+
 bool AudioDevice::isListed() const
 {
-    return listDevices().values.contains(device());
+    return m_source && listDevices().values.contains(device());
+}
+
+void AudioDevice::setLost(bool lost)
+{
+    m_isLost = lost;
+    if (lost)
+        silenceMeter();
+    else
+        attachMeter();
+}
+
+void AudioDevice::setMuted(bool muted)
+{
+    if (m_source)
+        obs_source_set_muted(m_source.get(), muted);
+}
+
+void AudioDevice::reopenIfMoved(const AudioServer& server)
+{
+    const auto heard = server.heardBy(QString::fromUtf8(obs_source_get_name(m_source.get())));
+    if (!heard)
+        return;
+    // Once: the default device may be of the other kind because somebody has chosen that.
+    if (std::exchange(m_hearsItsDevice, *heard == m_kind.part) && !m_hearsItsDevice)
+        reopen();
+}
+
+void AudioDevice::releaseSource()
+{
+    if (!m_source)
+        return;
+    m_wasOn = isOn();
+    m_saved.reset(obs_save_source(m_source.get()));
+    if (m_wasOn)
+        obs_set_output_source(m_kind.channel, nullptr);
+    obs_fader_detach_source(m_fader.get());
+    silenceMeter();
+    m_source.reset();
+}
+
+void AudioDevice::restoreSource()
+{
+    const bool isOnAgain = m_saved && m_wasOn && isWanted();
+    const ObsDataHandle saved = std::move(m_saved);
+    if (!isOnAgain)
+        return;
+    m_source.reset(obs_load_source(saved.get()));
+    m_channels.noteMade(m_kind.channel, m_source.get());
+    connectChannel();
+    attachMeter();
 }
 
 /// A source opens its device only when that is another one than before.
@@ -139,7 +211,7 @@ void AudioDevice::stopListening()
 
 void AudioDevice::attachMeter()
 {
-    if (!m_meter)
+    if (!m_meter || !m_source)
         return;
     obs_fader_attach_source(m_fader.get(), m_source.get());
     obs_volmeter_attach_source(m_meter.get(), m_source.get());

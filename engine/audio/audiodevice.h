@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "engine/audio/audioserver.h"
 #include "engine/core/obshandles.h"
 #include "engine/core/outputchannels.h"
 #include "engine/core/propertylist.h"
@@ -8,6 +9,7 @@
 #include <QString>
 
 #include <array>
+#include <optional>
 
 /// In dB, one entry per channel.
 struct AudioLevels
@@ -28,6 +30,7 @@ struct AudioDeviceKind
     const char* startName;
     const char* name;
     uint32_t channel;
+    AudioPart part;
 };
 
 /// The microphone or the desktop audio: a source on its output channel, with a volume meter and its fader.
@@ -44,29 +47,47 @@ public:
     void create();
     void connectChannel() { obs_set_output_source(m_kind.channel, m_source.get()); }
 
-    /// Ignored where the system lists no such devices.
+    /// Waits for applyRequest() where the system lists no such devices.
     /// @return whether it is off now, with zero levels
     bool setDevice(bool enabled, const QString& deviceId);
+    /// What setDevice() had to leave, where there are devices now.
+    /// @return as setDevice()
+    bool applyRequest();
 
     /// An empty list becomes "No Device" and "default".
     void refreshDevices();
     const QStringList& names() const { return m_devices.names; }
     const QStringList& ids() const { return m_devices.values; }
 
-    /// Whether this source is on the channel.
-    bool isOn() const;
+    AudioPart part() const { return m_kind.part; }
+    /// On the channel, or to be as soon as that is possible.
+    bool isWanted() const;
+    /// Whether the system lists any.
+    bool hasDevices() const { return !listDevices().names.isEmpty(); }
     /// Listed by the system now.
     bool isListed() const;
-    bool isMuted() const { return obs_source_muted(m_source.get()); }
-    void setMuted(bool muted) { obs_source_set_muted(m_source.get(), muted); }
+    /// Set by setLost(), until it is switched off.
+    bool isLost() const { return m_isLost; }
+    /// A lost one has no levels.
+    void setLost(bool lost);
+    void setMuted(bool muted);
     void reopen();
+    /// Reopens it where the server has moved it from a microphone to what the computer plays, or the other way round.
+    void reopenIfMoved(const AudioServer& server);
+
+    /// Destroys the source, as soon as libobs does not need it any more; its device, volume and filters are kept.
+    void releaseSource();
+    /// Makes another one like it, where that is on.
+    void restoreSource();
+    /// Zero levels until the meter is attached.
+    void silenceMeter();
 
     /// In place of the last ones; not while listening.
     void makeMeter();
     void listen();
     /// Waits for a running callback.
     void stopListening();
-    /// Ignored before makeMeter().
+    /// Ignored before makeMeter(), and without a source.
     void attachMeter();
     void releaseMeter();
     /// 0 before makeMeter().
@@ -76,6 +97,8 @@ public:
 private:
     ListEntries listDevices() const;
     ObsSourceHandle sourceOnChannel(const char* name, const QByteArray& deviceId);
+    /// Whether this source is on the channel.
+    bool isOn() const;
     void switchOff();
     void switchOn(const QByteArray& deviceId);
     QString device() const;
@@ -85,12 +108,20 @@ private:
     const AudioDeviceKind m_kind;
     OutputChannels& m_channels;
     ObsSourceHandle m_source;
+    /// In place of the source, between releaseSource() and restoreSource().
+    ObsDataHandle m_saved;
+    bool m_wasOn = false;
+    /// The device that setDevice() had to leave.
+    std::optional<QByteArray> m_request;
+    bool m_isLost = false;
+    /// Of the right kind.
+    bool m_hearsItsDevice = false;
     ObsFaderHandle m_fader;
     ObsVolmeterHandle m_meter;
     bool m_listening = false;
     /// Written by the thread that delivers the source's audio, between listen() and stopListening(), and zeroed by
-    /// switchOff() once the source is detached; read by the user-interface thread. No lock: a reader may see a mix of
-    /// two updates.
+    /// silenceMeter() once the source is detached; read by the user-interface thread. No lock: a reader may see a mix
+    /// of two updates.
     AudioLevels m_levels;
     ListEntries m_devices;
 };

@@ -4,38 +4,89 @@
 #include "app/sclogger.h"
 #include "engine/capture/captureplatform.h"
 
+#include <utility>
+
+namespace {
+
+/// libobs destroys sources on a thread of its own, in milliseconds.
+constexpr std::chrono::milliseconds kRestoreInterval{100};
+
+const char* nameOf(AudioPart part)
+{
+    switch (part) {
+    case AudioPart::Microphone:
+        return "microphone";
+    case AudioPart::Desktop:
+        return "speaker";
+    case AudioPart::Server:
+        break;
+    }
+    return "sound server";
+}
+
+void logLoss(AudioPart part)
+{
+    SCLogger::warning(QStringLiteral("The %1 has vanished").arg(QLatin1String(nameOf(part))));
+}
+
+void logReturn(AudioPart part)
+{
+    SCLogger::info(QStringLiteral("The %1 is back").arg(QLatin1String(nameOf(part))));
+}
+
+} // namespace
+
 AudioDevices::AudioDevices(const CapturePlatform& platform, OutputChannels& channels, const EngineTimings& timings)
     : m_platform(platform)
-    , m_microphone({platform.microphoneId, "Default Mic/Aux", "Mic/Aux", kMicrophoneChannel}, channels)
-    , m_desktop({platform.desktopAudioId, "Default Desktop Audio", "Desktop Audio", kDesktopChannel}, channels)
+    , m_microphone({platform.microphoneId, "Default Mic/Aux", "Mic/Aux", kMicrophoneChannel, AudioPart::Microphone},
+                   channels)
+    , m_desktop(
+          {platform.desktopAudioId, "Default Desktop Audio", "Desktop Audio", kDesktopChannel, AudioPart::Desktop},
+          channels)
 {
     m_levelTimer.setInterval(timings.levelInterval);
     connect(&m_levelTimer, &QTimer::timeout, this, &AudioDevices::onLevelTick);
-    m_microphoneTimer.setInterval(timings.microphoneInterval);
-    connect(&m_microphoneTimer, &QTimer::timeout, this, &AudioDevices::followMicrophone);
+    m_checkTimer.setInterval(timings.audioDevicesInterval);
+    connect(&m_checkTimer, &QTimer::timeout, this, &AudioDevices::check);
+    m_restoreTimer.setInterval(kRestoreInterval);
+    connect(&m_restoreTimer, &QTimer::timeout, this, &AudioDevices::restoreSources);
 }
+
+AudioDevices::~AudioDevices() = default;
 
 void AudioDevices::create()
 {
-    for (AudioDevice* const device : {&m_microphone, &m_desktop})
+    openServer();
+    for (AudioDevice* const device : both())
         device->create();
     stopListening();
-    for (AudioDevice* const device : {&m_microphone, &m_desktop})
+    for (AudioDevice* const device : both())
         device->makeMeter();
-    for (AudioDevice* const device : {&m_microphone, &m_desktop})
+    for (AudioDevice* const device : both())
         device->listen();
-    for (AudioDevice* const device : {&m_microphone, &m_desktop})
+    for (AudioDevice* const device : both())
         device->attachMeter();
-    for (AudioDevice* const device : {&m_microphone, &m_desktop})
+    for (AudioDevice* const device : both())
         device->connectChannel();
     m_levelTimer.start();
-    if (!m_platform.audioKeepsItsDevices)
-        m_microphoneTimer.start();
+}
+
+/// Before the plug-in connects: what that one misses is then noticed here, too.
+void AudioDevices::openServer()
+{
+    if (m_server)
+        return;
+    if (m_platform.openAudioServer) {
+        m_server = m_platform.openAudioServer();
+        connect(m_server.get(), &AudioServer::changed, this, &AudioDevices::check);
+    } else {
+        m_checkTimer.start();
+    }
 }
 
 void AudioDevices::stopListening()
 {
-    for (AudioDevice* const device : {&m_microphone, &m_desktop})
+    for (AudioDevice* const device : both())
         device->stopListening();
 }
 
@@ -43,12 +94,14 @@ void AudioDevices::setMicrophone(bool enabled, const QString& deviceId)
 {
     if (m_microphone.setDevice(enabled, deviceId))
         emit microphoneLevelsChanged(m_microphone.levels());
+    checkSoon();
 }
 
 void AudioDevices::setDesktop(bool enabled, const QString& deviceId)
 {
     if (m_desktop.setDevice(enabled, deviceId))
         emit desktopLevelsChanged(m_desktop.levels());
+    checkSoon();
 }
 
 void AudioDevices::onLevelTick()
@@ -57,25 +110,97 @@ void AudioDevices::onLevelTick()
     emit microphoneLevelsChanged(m_microphone.levels());
 }
 
-/// PulseAudio moves a stream whose microphone vanishes to the monitor of the computer's audio.
-void AudioDevices::followMicrophone()
+/// Once all is switched: who switches one thing on and off at once has lost nothing in between.
+void AudioDevices::checkSoon()
 {
-    if (!m_microphone.isOn())
-        return;
-    const bool isThere = m_microphone.isListed();
-    if (isThere == !m_microphone.isMuted())
-        return;
-    if (isThere) {
-        SCLogger::info(QStringLiteral("The microphone is back"));
-        m_microphone.reopen();
-        // While there was no microphone the server took the computer's audio for one, and all that listened to that has
-        // just been moved to the microphone.
-        if (m_desktop.isOn())
-            m_desktop.reopen();
+    if (m_server)
+        QMetaObject::invokeMethod(this, &AudioDevices::check, Qt::QueuedConnection);
+}
+
+void AudioDevices::check()
+{
+    if (m_server && !m_server->isRunning()) {
+        loseServer();
+    } else if (m_isServerLost) {
+        findServer();
     } else {
-        SCLogger::warning(QStringLiteral("The microphone has vanished"));
+        for (AudioDevice* const device : both())
+            follow(*device);
     }
-    m_microphone.setMuted(!isThere);
+}
+
+void AudioDevices::loseServer()
+{
+    m_isServerLost = true;
+    m_restoreTimer.stop();
+    for (AudioDevice* const device : both())
+        device->silenceMeter();
+    if (m_isLossReported || !isAnyWanted())
+        return;
+    m_isLossReported = true;
+    logLoss(AudioPart::Server);
+    emit lost(AudioPart::Server);
+}
+
+/// The plug-in keeps the connection to the lost server until its last source has gone.
+void AudioDevices::findServer()
+{
+    if (m_restoreTimer.isActive())
+        return;
+    for (AudioDevice* const device : both())
+        device->releaseSource();
+    m_restoreTimer.start();
+}
+
+void AudioDevices::restoreSources()
+{
+    // Lists are empty over the lost connection, and as long as the server has not found its devices.
+    if (!m_desktop.hasDevices() && !m_microphone.hasDevices())
+        return;
+    m_restoreTimer.stop();
+    for (AudioDevice* const device : both())
+        device->restoreSource();
+    m_isServerLost = false;
+    if (std::exchange(m_isLossReported, false) && isAnyWanted()) {
+        logReturn(AudioPart::Server);
+        emit returned(AudioPart::Server);
+    }
+    check();
+}
+
+void AudioDevices::follow(AudioDevice& device)
+{
+    device.applyRequest();
+    if (!device.isWanted())
+        return;
+    const bool isThere = device.isListed();
+    if (!isThere && !device.isLost())
+        lose(device);
+    else if (isThere && device.isLost())
+        takeUp(device);
+    else if (isThere && m_server)
+        device.reopenIfMoved(*m_server);
+}
+
+/// A server moves who listens to a microphone that vanishes to what the computer plays, and back with everybody else.
+void AudioDevices::lose(AudioDevice& device)
+{
+    if (m_server)
+        device.setMuted(true);
+    device.setLost(true);
+    logLoss(device.part());
+    emit lost(device.part());
+}
+
+void AudioDevices::takeUp(AudioDevice& device)
+{
+    if (m_server) {
+        device.reopen();
+        device.setMuted(false);
+    }
+    device.setLost(false);
+    logReturn(device.part());
+    emit returned(device.part());
 }
 
 void AudioDevices::releaseMeters()

@@ -7,9 +7,13 @@
 #include <QObject>
 #include <QTimer>
 
+#include <array>
+#include <memory>
+
 struct CapturePlatform;
 
-/// Microphone and desktop audio, with the timer of their levels. User-interface thread.
+/// Microphone and desktop audio, with the timer of their levels. What is lost is silent until it is back, also a sound
+/// server that is restarted. User-interface thread.
 class AudioDevices : public QObject
 {
     Q_OBJECT
@@ -17,6 +21,7 @@ class AudioDevices : public QObject
 public:
     /// Both must outlive this object.
     AudioDevices(const CapturePlatform& platform, OutputChannels& channels, const EngineTimings& timings);
+    ~AudioDevices() override;
 
     /// Puts both default devices on their channels, with new meters.
     void create();
@@ -37,14 +42,33 @@ signals:
     void desktopLevelsChanged(const AudioLevels& levels);
     void microphoneLevelsChanged(const AudioLevels& levels);
 
+    /// Only what is wanted, and before it is back. A lost server is not reported for each device, too.
+    void lost(AudioPart part);
+    void returned(AudioPart part);
+
 private:
+    std::array<AudioDevice*, 2> both() { return {&m_microphone, &m_desktop}; }
+    bool isAnyWanted() const { return m_microphone.isWanted() || m_desktop.isWanted(); }
     void stopListening();
     void onLevelTick();
-    void followMicrophone();
+    void openServer();
+    void checkSoon();
+    void check();
+    void loseServer();
+    void findServer();
+    void restoreSources();
+    void follow(AudioDevice& device);
+    void lose(AudioDevice& device);
+    void takeUp(AudioDevice& device);
 
     const CapturePlatform& m_platform;
     AudioDevice m_microphone;
     AudioDevice m_desktop;
     QTimer m_levelTimer;
-    QTimer m_microphoneTimer;
+    QTimer m_checkTimer;
+    QTimer m_restoreTimer;
+    /// Null where sources keep their devices.
+    std::unique_ptr<AudioServer> m_server;
+    bool m_isServerLost = false;
+    bool m_isLossReported = false;
 };

@@ -67,7 +67,6 @@ CapturePlatform CapturePlatform::x11()
     platform.cursorKey = "show_cursor";
     platform.desktopAudioId = "pulse_output_capture";
     platform.microphoneId = "pulse_input_capture";
-    platform.audioKeepsItsDevices = false;
     platform.neededModules = {"obs-ffmpeg", "obs-filters", "obs-transitions", "linux-capture", "linux-pulseaudio"};
     platform.neededTypes = typesNeededWith(platform.monitor.sourceId, platform.window.sourceId, platform.desktopAudioId,
                                            platform.microphoneId);

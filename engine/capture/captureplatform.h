@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+class AudioServer;
 class FrameSource;
 class QRect;
 class QString;
@@ -67,9 +68,9 @@ struct CapturePlatform
     int framesUntilDrawn = 2;
     const char* desktopAudioId = nullptr;
     const char* microphoneId = nullptr;
-    /// Whether an audio source goes silent with a device that vanishes and takes it up again when it is back. The
-    /// others are moved by the sound server to whatever it takes for the next best.
-    bool audioKeepsItsDevices = true;
+    /// Null where an audio source goes silent with a device that vanishes, and takes it up again by itself. The others
+    /// are moved by the sound server to whatever it takes for the next best, and are lost with the server.
+    std::unique_ptr<AudioServer> (*openAudioServer)() = nullptr;
     /// Modules without which the program cannot do its job. One that did not load counts as failed.
     std::vector<const char*> neededModules;
     std::vector<NeededType> neededTypes;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/audio/pulseserver.h"
 #include "engine/capture/captureplatform.h"
 #include "engine/capture/screenvideo.h"
 #include "engine/capture/x11/x11frames.h"
@@ -12,6 +13,7 @@ CapturePlatform CapturePlatform::current()
 {
     CapturePlatform platform = x11();
     platform.openFrames = [](const QRect& area, QString& obstacle) { return X11Frames::open(area, obstacle); };
+    platform.openAudioServer = []() -> std::unique_ptr<AudioServer> { return std::make_unique<PulseServer>(); };
     return platform;
 }
 

@@ -20,8 +20,8 @@ struct DeferredRelease
 struct EngineTimings
 {
     std::chrono::milliseconds levelInterval{16};
-    /// Between two checks of the microphone.
-    std::chrono::milliseconds microphoneInterval{1'000};
+    /// Between two checks whether the audio devices are there, where no sound server reports that.
+    std::chrono::milliseconds audioDevicesInterval{1'000};
     /// For the scene to be drawn after it was switched on.
     std::chrono::milliseconds sceneDrawnLimit{500};
     /// For the first frame: tens of milliseconds, some hundreds when shaders are compiled.

@@ -1,20 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
+#include "engine/audio/audioserver.h"
 #include "engine/obswrapper.h"
 #include "tests/engine/channels.h"
 #include "tests/engine/obsspy.h"
 #include "tests/engine/standins.h"
+#include "tests/support/loglines.h"
 #include "tests/support/testprofile.h"
 #include "tests/support/testrun.h"
 
 #include <QApplication>
 #include <QTest>
 
+#include <utility>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
 #include <memory>
+#include <optional>
 
 using standins::behaviour;
 
@@ -95,6 +100,62 @@ void playTone(uint32_t channel)
 
 constexpr LevelSignal kSilence{};
 
+/// A sound server that does as it is told.
+class FakeAudioServer : public AudioServer
+{
+public:
+    FakeAudioServer() { s_instance = this; }
+
+    bool isRunning() const override { return m_isRunning; }
+    std::optional<AudioPart> heardBy(const QString& stream) const override
+    {
+        return m_streams.contains(stream) ? std::optional(m_streams.value(stream)) : std::nullopt;
+    }
+
+    static FakeAudioServer& instance() { return *s_instance; }
+
+    void setRunning(bool running)
+    {
+        m_isRunning = running;
+        emit changed();
+    }
+
+    void setHeard(const QString& stream, AudioPart part)
+    {
+        m_streams.insert(stream, part);
+        emit changed();
+    }
+
+private:
+    static inline FakeAudioServer* s_instance = nullptr;
+
+    bool m_isRunning = true;
+    QMap<QString, AudioPart> m_streams;
+};
+
+/// What the engine reports of its audio, as "lost 0".
+class AudioReports
+{
+public:
+    explicit AudioReports(ObsWrapper& wrapper)
+    {
+        QObject::connect(&wrapper, &ObsWrapper::audioLost, &m_context,
+                         [this](AudioPart part) { m_texts << QStringLiteral("lost %1").arg(static_cast<int>(part)); });
+        QObject::connect(&wrapper, &ObsWrapper::audioReturned, &m_context,
+                         [this](AudioPart part) { m_texts << QStringLiteral("back %1").arg(static_cast<int>(part)); });
+    }
+
+    qsizetype count() const { return m_texts.size(); }
+    QStringList take() { return std::exchange(m_texts, {}); }
+
+private:
+    QStringList m_texts;
+    QObject m_context;
+};
+
+const QStringList kServerLost{"lost 0"};
+const QStringList kServerBack{"back 0"};
+
 /// Waits for a signal of the tone that playTone() plays: an array of its own for each of the three levels.
 bool hasTone(const LevelSignal& signal)
 {
@@ -137,59 +198,221 @@ private slots:
 
     void microphoneThatVanishesIsSilentUntilItComesBack()
     {
-        useAServerThatMovesWhoListens();
-        obs_source_t* microphone = obs_get_output_source(2);
-        QVERIFY(waitForLooks());
-        QVERIFY(!obs_source_muted(microphone));
+        useAServer();
+        AudioReports reports(*m_wrapper);
+        const ObsSourceHandle microphone(obs_get_output_source(2));
+        noticeChange();
+        QVERIFY(!obs_source_muted(microphone.get()));
         behaviour().microphones.clear();
-        QTRY_VERIFY(obs_source_muted(microphone));
+        noticeChange();
+        QVERIFY(obs_source_muted(microphone.get()));
+        QCOMPARE(reports.take(), QStringList{"lost 1"});
         standins::clearEvents();
         behaviour().microphones = {{"Default", "default"}, {"Desk microphone", "mic-1"}};
-        QTRY_VERIFY(!obs_source_muted(microphone));
-        // What was moved while it was away is taken up again, on the devices that were chosen.
-        QCOMPARE(standins::countOf("update wasapi_input_capture"), 1);
-        QCOMPARE(standins::countOf("update wasapi_output_capture"), 1);
+        noticeChange();
+        QVERIFY(!obs_source_muted(microphone.get()));
+        QCOMPARE(standins::events(), QStringList{"update wasapi_input_capture"});
         QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("default"));
-        QCOMPARE(standins::lastSettings("wasapi_output_capture").value("device_id").toString(), QString("default"));
-        obs_source_release(microphone);
+        QCOMPARE(reports.take(), QStringList{"back 1"});
     }
 
     void microphoneOfANameIsTakenUpAgainWhenItIsBackAmongOthers()
     {
-        useAServerThatMovesWhoListens();
+        useAServer();
         m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
-        obs_source_t* microphone = obs_get_output_source(2);
+        const ObsSourceHandle microphone(obs_get_output_source(2));
         behaviour().microphones = {{"Default", "default"}};
-        QTRY_VERIFY(obs_source_muted(microphone));
+        noticeChange();
+        QVERIFY(obs_source_muted(microphone.get()));
         standins::clearEvents();
         behaviour().microphones = {{"Default", "default"}, {"Desk microphone", "mic-1"}};
-        QTRY_VERIFY(!obs_source_muted(microphone));
+        noticeChange();
+        QVERIFY(!obs_source_muted(microphone.get()));
         // Away from it and back: the same device again would be no change.
         QCOMPARE(standins::countOf("update wasapi_input_capture"), 2);
         QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-1"));
-        obs_source_release(microphone);
     }
 
     void microphoneThatIsSwitchedOffIsNotLookedFor()
     {
-        useAServerThatMovesWhoListens();
+        useAServer();
+        AudioReports reports(*m_wrapper);
         m_wrapper->setMicDevice(false, QStringLiteral("default"));
         standins::clearEvents();
         behaviour().microphones.clear();
-        QVERIFY(waitForLooks());
+        noticeChange();
         behaviour().microphones = {{"Default", "default"}};
-        QVERIFY(waitForLooks());
-        QCOMPARE(standins::countOf("update wasapi_input_capture"), 0);
+        noticeChange();
+        QCOMPARE(standins::events(), QStringList());
+        QCOMPARE(reports.take(), QStringList());
     }
 
-    void pluginsThatKeepToTheirDevicesAreLeftAlone()
+    void streamThatTheServerMovesToTheOtherKindOfDeviceIsOpenedAgainOnce()
     {
-        makeWithQuickLooks(standins::platform());
-        obs_source_t* microphone = obs_get_output_source(2);
+        useAServer();
+        FakeAudioServer& server = FakeAudioServer::instance();
+        const QString desktop = nameOnChannel(1);
+        server.setHeard(desktop, AudioPart::Desktop);
+        server.setHeard(nameOnChannel(2), AudioPart::Microphone);
+        standins::clearEvents();
+        server.setHeard(desktop, AudioPart::Microphone);
+        QCOMPARE(standins::events(), QStringList{"update wasapi_output_capture"});
+        noticeChange();
+        QCOMPARE(standins::countOf("update wasapi_output_capture"), 1);
+        server.setHeard(desktop, AudioPart::Desktop);
+        server.setHeard(desktop, AudioPart::Microphone);
+        QCOMPARE(standins::countOf("update wasapi_output_capture"), 2);
+    }
+
+    void serverThatIsBackGetsNewSourcesLikeTheOldOnes()
+    {
+        useAServer();
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        {
+            const ObsSourceHandle microphone(obs_get_output_source(2));
+            obs_source_set_volume(microphone.get(), 0.25F);
+        }
+        const QStringList names{nameOnChannel(1), nameOnChannel(2)};
+        AudioReports reports(*m_wrapper);
+        const LogLines log;
+        loseServer();
+        QCOMPARE(reports.take(), kServerLost);
+        QCOMPARE(log.count("[WARNING] The sound server has vanished"), 1);
+        standins::clearEvents();
+        FakeAudioServer::instance().setRunning(true);
+        // The lists stay empty until nobody uses the lost connection any more.
+        QTRY_COMPARE(standins::countOf("destroy wasapi_input_capture"), 1);
+        QTRY_COMPARE(standins::countOf("destroy wasapi_output_capture"), 1);
+        QCOMPARE(nameOnChannel(2), QStringLiteral("nothing"));
+        QCOMPARE(reports.take(), QStringList());
+        listDevices();
+        QTRY_COMPARE(reports.count(), 1);
+        QCOMPARE(reports.take(), kServerBack);
+        QCOMPARE(log.count("[INFO] The sound server is back"), 1);
+        QCOMPARE((QStringList{nameOnChannel(1), nameOnChannel(2)}), names);
+        const ObsSourceHandle microphone(obs_get_output_source(2));
+        QCOMPARE(obs_source_get_volume(microphone.get()), 0.25F);
+        QVERIFY(!obs_source_muted(microphone.get()));
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-1"));
+    }
+
+    void metersAreEmptyWithoutAServerAndFollowTheNewSources()
+    {
+        useAServer();
+        LevelNotes levels(*m_wrapper);
+        playTone(1);
+        QTRY_VERIFY(!levels.desktop.isEmpty() && hasTone(levels.desktop.last()));
+        loseServer();
+        QTRY_COMPARE(levels.desktop.last(), kSilence);
+        bringServerBack();
+        QTRY_COMPARE(nameOnChannel(1), QStringLiteral("Default Desktop Audio"));
+        playTone(1);
+        QTRY_VERIFY(hasTone(levels.desktop.last()));
+    }
+
+    void serverIsOfNoInterestToWhoHasNoAudioOn()
+    {
+        useAServer();
+        AudioReports reports(*m_wrapper);
+        m_wrapper->setMicDevice(false, QString());
+        m_wrapper->setDesktopAudioDevice(false, QString());
+        loseServer();
+        bringServerBack();
+        QTRY_COMPARE(standins::countOf("destroy wasapi_output_capture"), 1);
+        QCOMPARE(reports.take(), QStringList());
+        QCOMPARE(nameOnChannel(1), QStringLiteral("nothing"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("nothing"));
+    }
+
+    void whatIsSwitchedWithoutAServerIsDoneWhenThereIsOne()
+    {
+        useAServer();
+        m_wrapper->setMicDevice(false, QString());
+        loseServer();
+        AudioReports reports(*m_wrapper);
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        m_wrapper->setDesktopAudioDevice(false, QString());
+        QCOMPARE(reports.take(), QStringList());
+        bringServerBack();
+        QTRY_COMPARE(reports.count(), 1);
+        QCOMPARE(reports.take(), kServerBack);
+        QCOMPARE(nameOnChannel(1), QStringLiteral("nothing"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("Mic/Aux"));
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-1"));
+    }
+
+    void audioThatIsSwitchedOnWithoutAServerIsReportedAsLost()
+    {
+        useAServer();
+        m_wrapper->setMicDevice(false, QString());
+        m_wrapper->setDesktopAudioDevice(false, QString());
+        AudioReports reports(*m_wrapper);
+        loseServer();
+        QCOMPARE(reports.take(), QStringList());
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        QTRY_COMPARE(reports.count(), 1);
+        QCOMPARE(reports.take(), kServerLost);
+    }
+
+    void audioThatIsSwitchedOnForAMomentIsNotReportedAsLost()
+    {
+        useAServer();
+        m_wrapper->setMicDevice(false, QString());
+        m_wrapper->setDesktopAudioDevice(false, QString());
+        AudioReports reports(*m_wrapper);
+        loseServer();
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        m_wrapper->setDesktopAudioDevice(false, QString());
+        QCoreApplication::processEvents();
+        QCOMPARE(reports.take(), QStringList());
+    }
+
+    void serverThatStopsAgainBeforeItsDevicesAreThereIsStillLost()
+    {
+        useAServer();
+        AudioReports reports(*m_wrapper);
+        loseServer();
+        FakeAudioServer::instance().setRunning(true);
+        loseServer();
+        bringServerBack();
+        QTRY_COMPARE(reports.count(), 2);
+        QCOMPARE(reports.take(), kServerLost + kServerBack);
+        QCOMPARE(nameOnChannel(1), QStringLiteral("Default Desktop Audio"));
+    }
+
+    void pluginsThatKeepTheirDevicesAreLeftAloneButTheirLossIsReported()
+    {
+        EngineTimings timings;
+        timings.audioDevicesInterval = std::chrono::milliseconds(1);
+        makeAndStart(standins::platform(), timings);
+        AudioReports reports(*m_wrapper);
+        const ObsSourceHandle microphone(obs_get_output_source(2));
+        standins::clearEvents();
         behaviour().microphones.clear();
-        QVERIFY(waitForLooks());
-        QVERIFY(!obs_source_muted(microphone));
-        obs_source_release(microphone);
+        QTRY_COMPARE(reports.count(), 1);
+        QCOMPARE(reports.take(), QStringList{"lost 1"});
+        QVERIFY(!obs_source_muted(microphone.get()));
+        behaviour().microphones = {{"Default", "default"}};
+        QTRY_COMPARE(reports.count(), 1);
+        QCOMPARE(reports.take(), QStringList{"back 1"});
+        QCOMPARE(standins::events(), QStringList());
+        LevelNotes levels(*m_wrapper);
+        playTone(2);
+        QTRY_VERIFY(!levels.microphone.isEmpty() && hasTone(levels.microphone.last()));
+    }
+
+    void firstDeviceThatIsPluggedInIsUsedWhereItWasSwitchedOn()
+    {
+        behaviour().microphones.clear();
+        EngineTimings timings;
+        timings.audioDevicesInterval = std::chrono::milliseconds(1);
+        makeAndStart(standins::platform(), timings);
+        QCOMPARE(m_wrapper->setupScene(1), 0);
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("nothing"));
+        behaviour().microphones = {{"Default", "default"}};
+        QTRY_COMPARE(nameOnChannel(2), QStringLiteral("Mic/Aux"));
     }
 
     void deviceLists()
@@ -315,11 +538,11 @@ private slots:
         QCOMPARE(nameOnChannel(1), QStringLiteral("nothing"));
     }
 
-    void levelsArriveEverySixteenMillisecondsAndTheMicrophoneIsLookedForEverySecond()
+    void levelsArriveEverySixteenMillisecondsAndDevicesAreLookedForEverySecond()
     {
         const EngineTimings timings;
         QCOMPARE(timings.levelInterval, std::chrono::milliseconds(16));
-        QCOMPARE(timings.microphoneInterval, std::chrono::seconds(1));
+        QCOMPARE(timings.audioDevicesInterval, std::chrono::seconds(1));
     }
 
     void desktopLevelsComeBeforeTheMicrophonesAtEveryTick()
@@ -417,26 +640,39 @@ private slots:
     }
 
 private:
-    void useAServerThatMovesWhoListens()
+    void useAServer()
     {
         CapturePlatform platform = standins::platform();
-        platform.audioKeepsItsDevices = false;
-        makeWithQuickLooks(platform);
+        platform.openAudioServer = []() -> std::unique_ptr<AudioServer> { return std::make_unique<FakeAudioServer>(); };
+        makeAndStart(platform, EngineTimings());
     }
 
-    void makeWithQuickLooks(const CapturePlatform& platform)
+    void makeAndStart(const CapturePlatform& platform, const EngineTimings& timings)
     {
-        EngineTimings timings;
-        timings.microphoneInterval = std::chrono::milliseconds(1);
         m_wrapper = std::make_unique<ObsWrapper>(platform, timings);
         QVERIFY(m_wrapper->initialize(320, 240, 30));
     }
 
-    /// Waits until the microphone was looked for, where it is: levels arrive in much longer intervals.
-    bool waitForLooks() const
+    static void noticeChange() { emit FakeAudioServer::instance().changed(); }
+
+    /// The plug-ins list nothing without a server.
+    static void loseServer()
     {
-        const LevelNotes levels(*m_wrapper);
-        return QTest::qWaitFor([&levels] { return levels.order.size() >= 6; });
+        behaviour().microphones.clear();
+        behaviour().speakers.clear();
+        FakeAudioServer::instance().setRunning(false);
+    }
+
+    static void listDevices()
+    {
+        behaviour().microphones = standins::Behaviour().microphones;
+        behaviour().speakers = standins::Behaviour().speakers;
+    }
+
+    static void bringServerBack()
+    {
+        listDevices();
+        FakeAudioServer::instance().setRunning(true);
     }
 
     std::unique_ptr<ObsWrapper> m_wrapper;

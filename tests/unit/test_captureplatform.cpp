@@ -84,12 +84,6 @@ private slots:
         QVERIFY(CapturePlatform::windows().framesUntilDrawn > 2);
     }
 
-    void onlyTheSoundServerMovesWhoListens()
-    {
-        QVERIFY(CapturePlatform::windows().audioKeepsItsDevices);
-        QVERIFY(!CapturePlatform::x11().audioKeepsItsDevices);
-    }
-
     void neededModules()
     {
         QCOMPARE(moduleNames(CapturePlatform::windows()),
