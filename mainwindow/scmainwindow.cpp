@@ -88,7 +88,7 @@ void SCMainWindow::initializeCapture()
 {
     if (!m_capture->startEngine())
         return;
-    m_switches->attachMeters(*m_obs);
+    m_switches->attachEngine(*m_obs);
     m_selection->restore();
     m_switches->restore();
     // Nothing is recorded yet.
@@ -138,7 +138,7 @@ void SCMainWindow::makeSources(std::shared_ptr<CameraSystem> cameras)
 {
     const SourceRows rows{*m_ui->speakerSwitch, *m_ui->speakerMeter, *m_ui->micSwitch, *m_ui->micMeter,
                           *m_ui->mouseSwitch};
-    m_switches = new SourceSwitches(rows, *m_obs, *m_settings, this);
+    m_switches = new SourceSwitches(rows, *m_obs, *m_notices, *m_settings, this);
     m_webcam = new WebcamSwitch(*m_ui->webcamSwitch, std::move(cameras), this);
     new FocusRing(this,
                   {m_ui->screenSwitch, m_ui->mouseSwitch, m_ui->webcamSwitch, m_ui->speakerSwitch, m_ui->micSwitch});

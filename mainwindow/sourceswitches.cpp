@@ -3,6 +3,7 @@
 
 #include "app/settings.h"
 #include "engine/obswrapper.h"
+#include "mainwindow/notices/notices.h"
 #include "overlays/scswitchwidget.h"
 #include "widgets/messagebox.h"
 #include "widgets/volumecontrol.h"
@@ -37,8 +38,9 @@ qsizetype microphoneCount(SourcePort& sources)
 
 } // namespace
 
-SourceSwitches::SourceSwitches(const SourceRows& rows, SourcePort& sources, QSettings& settings, QWidget* window)
-    : QObject(window), m_rows(rows), m_sources(sources), m_settings(settings), m_window(*window)
+SourceSwitches::SourceSwitches(const SourceRows& rows, SourcePort& sources, Notices& notices, QSettings& settings,
+                               QWidget* window)
+    : QObject(window), m_rows(rows), m_sources(sources), m_notices(notices), m_settings(settings), m_window(*window)
 {
     connect(&m_rows.speakerSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onSpeakerSwitched);
     connect(&m_rows.micSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onMicSwitched);
@@ -51,8 +53,10 @@ void SourceSwitches::applyStored()
     m_rows.mouseSwitch.setChecked(m_settings.value(settingskeys::kMouseShowHighlight).toBool());
 }
 
-void SourceSwitches::attachMeters(ObsWrapper& engine)
+void SourceSwitches::attachEngine(ObsWrapper& engine)
 {
+    connect(&engine, &ObsWrapper::audioLost, this, &SourceSwitches::onAudioLost);
+    connect(&engine, &ObsWrapper::audioReturned, this, &SourceSwitches::onAudioReturned);
     connect(&engine, &ObsWrapper::playerVolumeDataChange, &m_rows.speakerMeter, &VolumeControl::setLevels);
     connect(&engine, &ObsWrapper::micVolumeDataChange, &m_rows.micMeter, &VolumeControl::setLevels);
     prepareMeter(m_rows.speakerMeter, engine.desktopMeterChannels(), engine.audioOutputChannels());
@@ -70,6 +74,36 @@ void SourceSwitches::restore()
     applySpeaker(speaker);
     applyMic(mic);
     m_sources.setCaptureCursor(mouse);
+}
+
+void SourceSwitches::onAudioLost(AudioPart part)
+{
+    switch (part) {
+    case AudioPart::Server:
+        m_notices.post({tr("The sound server does not answer: there is no sound until it is back.")});
+        break;
+    case AudioPart::Microphone:
+        m_notices.post({tr("There is no microphone: your voice is missing until it is back.")});
+        break;
+    case AudioPart::Desktop:
+        m_notices.post({tr("There is no speaker: what the computer plays is missing until it is back.")});
+        break;
+    }
+}
+
+void SourceSwitches::onAudioReturned(AudioPart part)
+{
+    switch (part) {
+    case AudioPart::Server:
+        m_notices.post({tr("The sound server is back, and with it the sound.")});
+        break;
+    case AudioPart::Microphone:
+        m_notices.post({tr("The microphone is back.")});
+        break;
+    case AudioPart::Desktop:
+        m_notices.post({tr("The speaker is back.")});
+        break;
+    }
 }
 
 void SourceSwitches::onSpeakerSwitched(bool on)

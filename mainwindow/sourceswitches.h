@@ -3,6 +3,8 @@
 
 #include <QObject>
 
+enum class AudioPart;
+class Notices;
 class ObsWrapper;
 class QSettings;
 class SCSwitchWidget;
@@ -18,23 +20,27 @@ struct SourceRows
     SCSwitchWidget& mouseSwitch;
 };
 
-/// The switches for audio and pointer set the engine, the meters and the settings. User-interface thread.
+/// The switches for audio and pointer set the engine, the meters and the settings. Audio that is lost, or back, is
+/// reported to the user. User-interface thread.
 class SourceSwitches : public QObject
 {
     Q_OBJECT
 
 public:
     /// Belongs to window; all else must outlive this object.
-    SourceSwitches(const SourceRows& rows, SourcePort& sources, QSettings& settings, QWidget* window);
+    SourceSwitches(const SourceRows& rows, SourcePort& sources, Notices& notices, QSettings& settings, QWidget* window);
 
     /// The mouse switch shows whether the pointer is to be highlighted.
     void applyStored();
 
-    /// After the start of the engine.
-    void attachMeters(ObsWrapper& engine);
+    /// After the start of the engine: shows its levels and reports its losses.
+    void attachEngine(ObsWrapper& engine);
 
     /// Shows and applies the stored switches, without storing or asking.
     void restore();
+
+    void onAudioLost(AudioPart part);
+    void onAudioReturned(AudioPart part);
 
 private:
     void onSpeakerSwitched(bool on);
@@ -45,6 +51,7 @@ private:
 
     SourceRows m_rows;
     SourcePort& m_sources;
+    Notices& m_notices;
     QSettings& m_settings;
     QWidget& m_window;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/settings.h"
+#include "engine/audio/audioserver.h"
 #include "engine/ports.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/sourceswitches.h"
 #include "overlays/scswitchwidget.h"
 #include "tests/support/widgetimage.h"
@@ -173,11 +175,40 @@ private slots:
         QCOMPARE(boxes.calls().size(), std::size_t(0));
     }
 
+    void audioThatIsLostOrBackIsReported_data()
+    {
+        QTest::addColumn<AudioPart>("part");
+        QTest::addColumn<QString>("lost");
+        QTest::addColumn<QString>("returned");
+        QTest::newRow("server") << AudioPart::Server
+                                << "The sound server does not answer: there is no sound until it is back."
+                                << "The sound server is back, and with it the sound.";
+        QTest::newRow("microphone") << AudioPart::Microphone
+                                    << "There is no microphone: your voice is missing until it is back."
+                                    << "The microphone is back.";
+        QTest::newRow("speaker") << AudioPart::Desktop
+                                 << "There is no speaker: what the computer plays is missing until it is back."
+                                 << "The speaker is back.";
+    }
+
+    void audioThatIsLostOrBackIsReported()
+    {
+        QFETCH(const AudioPart, part);
+        QStringList texts;
+        connect(&m_notices, &Notices::posted, m_window.get(), [&texts](const Notice& notice) { texts << notice.text; });
+        SourceSwitches& switches = make();
+        switches.onAudioLost(part);
+        switches.onAudioReturned(part);
+        QTEST(texts.value(0), "lost");
+        QTEST(texts.value(1), "returned");
+        QCOMPARE(texts.size(), 2);
+    }
+
 private:
     SourceSwitches& make()
     {
         const SourceRows rows{*m_speaker, *m_speakerMeter, *m_mic, *m_micMeter, *m_mouse};
-        return *new SourceSwitches(rows, m_sources, *m_settings, m_window.get());
+        return *new SourceSwitches(rows, m_sources, m_notices, *m_settings, m_window.get());
     }
 
     void expectWarning(const messagebox::Recorder& boxes, const char* text) const
@@ -216,6 +247,7 @@ private:
 
     std::unique_ptr<QSettings> m_settings;
     FakeSources m_sources;
+    Notices m_notices;
     std::unique_ptr<QWidget> m_window;
     SCSwitchWidget* m_speaker = nullptr;
     SCSwitchWidget* m_mic = nullptr;
