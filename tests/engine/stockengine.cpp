@@ -28,6 +28,7 @@ StockEngine::~StockEngine()
 
 QString StockEngine::perform(QProcess& process, const char* name, const QStringList& arguments)
 {
+    process.close();
     process.start(QCoreApplication::applicationDirPath() + QLatin1Char('/') + QLatin1String(name), arguments);
     return process.waitForReadyRead(kStartTimeoutMs) ? QString() : QLatin1String(name) + QLatin1String(" is not there");
 }
