@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/recording/avsync.h"
 #include "tests/recording/formatjudge.h"
 #include "tests/recording/recordinghelpers.h"
 #include "tests/support/programundertest.h"
@@ -8,6 +9,7 @@
 #include <QScreen>
 #include <QTest>
 
+#include <cmath>
 #include <utility>
 
 /// Each format recorded by the program through its hotkey, and judged by the file alone.
@@ -42,10 +44,27 @@ private slots:
         QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
         const Take take = record(program, QLatin1String(expected.extension), kRecordMs);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
-        formatjudge::check(expected, MediaFile(take.path), take, m_screen);
+        const MediaFile file(take.path);
+        formatjudge::check(expected, file, take, m_screen);
+        if (!QTest::currentTestFailed() && *expected.videoCodec && *expected.audioCodec)
+            checkThatAudioAndVideoGoTogether(AvSync(file, take.startedNs));
     }
 
 private:
+    static void checkThatAudioAndVideoGoTogether(const AvSync& sync)
+    {
+        constexpr double kApart = 0.04;
+        constexpr double kEndsApart = 0.1;
+        /// From the first second on.
+        constexpr double kJudgedAt = 0.7;
+        const auto delay = sync.audioDelayAt(kJudgedAt);
+        QVERIFY(delay);
+        qInfo("audio %+.3f s after the video, and its end %+.3f s", *delay, sync.audioEndsLaterBy());
+        QVERIFY2(*delay > -kApart && *delay < kApart + formatjudge::Allowance().soundServer,
+                 qPrintable(QString::number(*delay)));
+        QVERIFY2(std::abs(sync.audioEndsLaterBy()) < kEndsApart, qPrintable(QString::number(sync.audioEndsLaterBy())));
+    }
+
     Performance m_performance;
     QSize m_screen;
     bool m_hasRecorded = false;
