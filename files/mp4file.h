@@ -3,7 +3,7 @@
 
 #include <QString>
 
-#include <atomic>
+class FileWork;
 
 /// Whether a file is an MP4 in fragments, as a recording writes it. One that was made plain is none.
 bool isFragmentedMp4(const QString& path);
@@ -22,8 +22,7 @@ QString unfinishedMp4Path(const QString& path);
 /// Makes a fragmented MP4 a plain one with its index in front. The streams stay as they are. The file is replaced when
 /// the new one is complete and on the disk, and left as it is where that fails; a file that ends in the middle of a
 /// fragment is taken up to it. Nothing is replaced where the path has come to name another file, or the file has
-/// changed. Takes as much space as the file. Any thread.
+/// changed, or another instance of the program is at it. Takes as much space as the file. Any thread.
 ///
-/// @param isCancelled set by any thread
 /// @param error in words, for Failed
-PlainMp4 makePlainMp4(const QString& path, const std::atomic<bool>& isCancelled, QString& error);
+PlainMp4 makePlainMp4(const QString& path, FileWork& work, QString& error);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "files/filework.h"
 #include "files/mp4file.h"
 #include "platform/files/disk_sync.h"
 
@@ -6,12 +7,17 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 
+#include <utility>
+
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <fcntl.h>
 #include <memory>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -49,16 +55,16 @@ QString textOf(int code)
     return QString::fromUtf8(text.data());
 }
 
-int isInterrupted(void* isCancelled)
+int isInterrupted(void* work)
 {
-    return *static_cast<const std::atomic<bool>*>(isCancelled) ? 1 : 0;
+    return static_cast<const FileWork*>(work)->isCancelled() ? 1 : 0;
 }
 
 /// One file that becomes another.
 class Remux
 {
 public:
-    Remux(const QString& source, const QString& target, const std::atomic<bool>& isCancelled);
+    Remux(const QString& source, const QString& target, FileWork& work);
 
     /// A code of libavformat, negative where it failed.
     int run();
@@ -77,10 +83,8 @@ private:
     bool m_isEmpty = true;
 };
 
-Remux::Remux(const QString& source, const QString& target, const std::atomic<bool>& isCancelled)
-    : m_source(QFile::encodeName(source))
-    , m_target(QFile::encodeName(target))
-    , m_interrupt{&isInterrupted, const_cast<std::atomic<bool>*>(&isCancelled)}
+Remux::Remux(const QString& source, const QString& target, FileWork& work)
+    : m_source(QFile::encodeName(source)), m_target(QFile::encodeName(target)), m_interrupt{&isInterrupted, &work}
 {}
 
 int Remux::openSource()
@@ -165,78 +169,157 @@ int Remux::run()
     return ended < 0 ? ended : closed;
 }
 
-bool isOnDisk(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadWrite) && platform::syncToDisk(file.handle());
-}
-
 /// What tells a file, and a state of it, from others.
 struct FileState
 {
     explicit FileState(const QString& path)
     {
         struct stat status = {};
-        if (lstat(QFile::encodeName(path).constData(), &status) != 0 || !S_ISREG(status.st_mode))
+        if (lstat(QFile::encodeName(path).constData(), &status) == 0)
+            take(status);
+    }
+    explicit FileState(int descriptor)
+    {
+        struct stat status = {};
+        if (fstat(descriptor, &status) == 0)
+            take(status);
+    }
+
+    bool operator==(const FileState&) const = default;
+    bool isPlainFile() const { return inode != 0; }
+    bool isSameFile(const FileState& other) const
+    {
+        return isPlainFile() && device == other.device && inode == other.inode;
+    }
+
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t bytes = 0;
+    std::int64_t changedNs = 0;
+
+private:
+    void take(const struct stat& status)
+    {
+        if (!S_ISREG(status.st_mode))
             return;
         device = status.st_dev;
         inode = status.st_ino;
         bytes = status.st_size;
         changedNs = status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec;
     }
-
-    bool operator==(const FileState&) const = default;
-    bool isPlainFile() const { return inode != 0; }
-
-    dev_t device = 0;
-    ino_t inode = 0;
-    off_t bytes = 0;
-    std::int64_t changedNs = 0;
 };
+
+/// The new file until it replaces the recording. Of several instances of the program that finish the same recording,
+/// one has it. Removed with the object.
+class UnfinishedFile
+{
+public:
+    explicit UnfinishedFile(const QString& path) : m_path(path) {}
+    ~UnfinishedFile();
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+
+    /// Empties what a killed program has left. 0, or the system's number of the error.
+    int open();
+    bool isThere() const { return FileState(m_path).isSameFile(FileState(m_descriptor)); }
+    /// For libavformat, to which its name may have come to mean another file.
+    QString openPath() const { return QStringLiteral("/proc/self/fd/%1").arg(m_descriptor); }
+    bool syncWith(QFile::Permissions permissions) const;
+    /// Afterwards the object has nothing to remove.
+    int replace(const QString& path);
+
+private:
+    QString m_path;
+    int m_descriptor = -1;
+};
+
+UnfinishedFile::~UnfinishedFile()
+{
+    if (m_descriptor < 0)
+        return;
+    if (isThere())
+        QFile::remove(m_path);
+    close(m_descriptor);
+}
+
+int UnfinishedFile::open()
+{
+    const int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    const int descriptor = ::open(QFile::encodeName(m_path).constData(), flags, S_IRUSR | S_IWUSR);
+    if (descriptor < 0)
+        return errno;
+    int error = flock(descriptor, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+    // Another instance may have just finished with it.
+    if (error == 0 && !FileState(m_path).isSameFile(FileState(descriptor)))
+        error = EWOULDBLOCK;
+    if (error == 0 && ftruncate(descriptor, 0) != 0)
+        error = errno;
+    if (error == 0)
+        m_descriptor = descriptor;
+    else
+        close(descriptor);
+    return error;
+}
+
+bool UnfinishedFile::syncWith(QFile::Permissions permissions) const
+{
+    QFile file(openPath());
+    return file.setPermissions(permissions) && platform::syncToDisk(m_descriptor);
+}
+
+int UnfinishedFile::replace(const QString& path)
+{
+    if (std::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(path).constData()) != 0)
+        return errno;
+    close(std::exchange(m_descriptor, -1));
+    return 0;
+}
 
 bool hasNoSpace(int code)
 {
     return code == AVERROR(ENOSPC) || code == AVERROR(EDQUOT);
 }
 
-PlainMp4 replace(const QString& path, const QString& made, const FileState& before, QString& error)
+/// A code as libavformat has them.
+int remux(const QString& path, UnfinishedFile& made, const FileState& before, FileWork& work)
 {
-    QFile::setPermissions(made, QFile::permissions(path));
-    if (!isOnDisk(made))
-        return PlainMp4::NoSpace;
-    // Somebody may have moved the file away, and recorded another one under its name.
-    if (FileState(path) != before)
-        return PlainMp4::Cancelled;
-    if (std::rename(QFile::encodeName(made).constData(), QFile::encodeName(path).constData()) != 0)
-        error = qt_error_string(errno);
-    else
-        return PlainMp4::Made;
-    return PlainMp4::Failed;
+    int code = AVERROR_EXIT;
+    work.change([&made, &code] { code = AVERROR(made.open()); });
+    if (code < 0)
+        return code == AVERROR(EWOULDBLOCK) ? AVERROR_EXIT : code;
+    if (code = Remux(path, made.openPath(), work).run(); code < 0)
+        return code;
+    if (!made.syncWith(QFile::permissions(path)))
+        return AVERROR(ENOSPC);
+    code = AVERROR_EXIT;
+    work.change([&] {
+        // Somebody may have moved the file away, and recorded another one under its name.
+        if (FileState(path) == before && made.isThere())
+            code = AVERROR(made.replace(path));
+    });
+    return code;
 }
 
 } // namespace
 
-PlainMp4 makePlainMp4(const QString& path, const std::atomic<bool>& isCancelled, QString& error)
+PlainMp4 makePlainMp4(const QString& path, FileWork& work, QString& error)
 {
-    const QString target = unfinishedMp4Path(path);
     const FileState before(path);
     if (!before.isPlainFile()) {
         error = QStringLiteral("it is a link");
         return PlainMp4::Failed;
     }
-    // What a killed program left takes the space that is wanted.
-    QFile::remove(target);
-    if (QStorageInfo(QFileInfo(path).path()).bytesAvailable() < QFileInfo(path).size() + kSpareBytes)
+    // What a killed program has left takes the space that is wanted.
+    const QString target = unfinishedMp4Path(path);
+    const qint64 free = QStorageInfo(QFileInfo(path).path()).bytesAvailable() + QFileInfo(target).size();
+    if (free < before.bytes + kSpareBytes)
         return PlainMp4::NoSpace;
-    const int code = Remux(path, target, isCancelled).run();
-    PlainMp4 result = hasNoSpace(code) ? PlainMp4::NoSpace : PlainMp4::Failed;
-    if (code < 0)
-        error = textOf(code);
-    else if (!isCancelled)
-        result = replace(path, target, before, error);
-    if (isCancelled && result != PlainMp4::Made)
-        result = PlainMp4::Cancelled;
-    if (result != PlainMp4::Made)
-        QFile::remove(target);
-    return result;
+    UnfinishedFile made(target);
+    const int code = remux(path, made, before, work);
+    if (code == 0)
+        return PlainMp4::Made;
+    if (work.isCancelled() || code == AVERROR_EXIT)
+        return PlainMp4::Cancelled;
+    error = textOf(code);
+    return hasNoSpace(code) ? PlainMp4::NoSpace : PlainMp4::Failed;
 }

@@ -2,16 +2,17 @@
 #include "files/recordingfinisher.h"
 
 #include "app/sclogger.h"
+#include "files/filework.h"
 #include "files/flacfile.h"
 #include "files/mp4file.h"
+#include "platform/files/file_use.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
-
-#include <atomic>
-#include <mutex>
+#include <QThreadPool>
 
 namespace {
 
@@ -22,12 +23,12 @@ QString nameOf(const QString& path)
 }
 
 /// False where the file shall be tried again.
-bool finishMp4(const QString& path, const std::atomic<bool>& isCancelled)
+bool finishMp4(const QString& path, FileWork& work)
 {
     if (!isFragmentedMp4(path))
         return true;
     QString error;
-    switch (makePlainMp4(path, isCancelled, error)) {
+    switch (makePlainMp4(path, work, error)) {
     case PlainMp4::Made:
         SCLogger::info(QStringLiteral("The recording has its index now: %1").arg(nameOf(path)));
         return true;
@@ -45,37 +46,57 @@ bool finishMp4(const QString& path, const std::atomic<bool>& isCancelled)
     Q_UNREACHABLE();
 }
 
-bool finishFlac(const QString& path)
+/// False where the file shall be tried again.
+bool finishFlac(const QString& path, FileWork& work)
 {
     QString error;
-    if (!writeFlacLength(path, error))
+    bool isWritten = false;
+    if (!work.change([&] { isWritten = writeFlacLength(path, error); }))
+        return false;
+    if (!isWritten)
         SCLogger::warning(
             QStringLiteral("The length of the recording could not be written (%1): %2").arg(error, nameOf(path)));
     return true;
 }
 
-/// Waits until nobody has written to the file for a moment: an output that has ended by itself may still be closing it.
-/// @return false when it was cancelled
-bool isClosed(const QString& path, const std::atomic<bool>& isCancelled)
+/// Where the system does not know who writes to a file.
+bool isLeftAlone(const QString& path)
 {
     constexpr qint64 kQuietMs = 1000;
+    const qint64 quietMs = QFileInfo(path).lastModified().msecsTo(QDateTime::currentDateTime());
+    // A clock that was set back would make it wait.
+    return quietMs >= kQuietMs || quietMs < 0 || !QFileInfo::exists(path);
+}
+
+/// Waits a while for an output that has ended by itself to close the file. Another instance that goes on recording into
+/// it is not waited for.
+bool isClosed(const QString& path, const FileWork& work)
+{
+    constexpr qint64 kLimitMs = 15'000;
     constexpr unsigned long kPollMs = 50;
-    while (!isCancelled) {
-        const qint64 quietMs = QFileInfo(path).lastModified().msecsTo(QDateTime::currentDateTime());
-        // A clock that was set back would make it wait.
-        if (quietMs >= kQuietMs || quietMs < 0 || !QFileInfo::exists(path))
+    QElapsedTimer waited;
+    waited.start();
+    while (!work.isCancelled() && !waited.hasExpired(kLimitMs)) {
+        const auto isWritten = platform::isOpenForWriting(path);
+        if (isWritten ? !*isWritten : isLeftAlone(path))
             return true;
         QThread::msleep(kPollMs);
     }
+    if (!work.isCancelled())
+        SCLogger::info(
+            QStringLiteral("The recording is still being written to and is finished later: %1").arg(nameOf(path)));
     return false;
 }
 
-bool finish(const QString& path, const std::atomic<bool>& isCancelled)
+/// False where the file shall be tried again.
+bool finish(const QString& path, FileWork& work)
 {
+    if (!isClosed(path, work))
+        return false;
     const QString ending = QFileInfo(path).suffix();
     if (ending == QLatin1String("mp4"))
-        return finishMp4(path, isCancelled);
-    return ending != QLatin1String("flac") || finishFlac(path);
+        return finishMp4(path, work);
+    return ending != QLatin1String("flac") || finishFlac(path, work);
 }
 
 } // namespace
@@ -85,35 +106,39 @@ struct RecordingFinisher::Job
     explicit Job(const QString& file) : path(file) {}
 
     const QString path;
-    std::atomic<bool> isCancelled{false};
-    /// Locked while the file is used.
-    std::mutex inUse;
+    FileWork work;
     /// Used by the thread, and read once that has signalled its end.
     bool isDone = false;
 };
 
-RecordingFinisher::RecordingFinisher(QObject* parent) : QObject(parent)
+RecordingFinisher::RecordingFinisher(QObject* parent) : QObject(parent), m_thread(std::make_unique<QThreadPool>())
 {
-    m_thread.setMaxThreadCount(1);
+    m_thread->setMaxThreadCount(1);
 }
 
 RecordingFinisher::~RecordingFinisher()
 {
+    constexpr int kInterruptLimitMs = 2000;
     cancelAll();
-    m_thread.waitForDone();
+    // The process is about to end, and the thread uses nothing of this object any more.
+    if (!m_thread->waitForDone(kInterruptLimitMs))
+        (void)m_thread.release();
 }
 
 void RecordingFinisher::cancelAll()
 {
     for (const auto& job : std::as_const(m_jobs))
-        job->isCancelled = true;
+        job->work.cancel();
     m_jobs.clear();
 }
 
-void RecordingFinisher::run(Job& job)
+void RecordingFinisher::finishWithin(std::chrono::milliseconds limit)
 {
-    const std::lock_guard lock(job.inUse);
-    job.isDone = isClosed(job.path, job.isCancelled) && finish(job.path, job.isCancelled);
+    constexpr int kInterruptLimitMs = 500;
+    if (m_thread->waitForDone(static_cast<int>(limit.count())))
+        return;
+    cancelAll();
+    m_thread->waitForDone(kInterruptLimitMs);
 }
 
 void RecordingFinisher::add(const QString& path)
@@ -122,10 +147,13 @@ void RecordingFinisher::add(const QString& path)
         return;
     const auto job = std::make_shared<Job>(path);
     m_jobs.insert(path, job);
-    m_thread.start([this, job] {
-        run(*job);
-        QMetaObject::invokeMethod(
-            this, [this, job] { onDone(job->path, job); }, Qt::QueuedConnection);
+    m_thread->start([this, job] {
+        job->isDone = finish(job->path, job->work);
+        // Who has cancelled it may be gone.
+        job->work.change([this, &job] {
+            QMetaObject::invokeMethod(
+                this, [this, job] { onDone(job->path, job); }, Qt::QueuedConnection);
+        });
     });
 }
 
@@ -141,9 +169,7 @@ void RecordingFinisher::onDone(const QString& path, const std::shared_ptr<Job>& 
 
 void RecordingFinisher::cancel(const QString& path)
 {
-    if (const auto job = m_jobs.take(path)) {
-        job->isCancelled = true;
-        const std::lock_guard lock(job->inUse);
-    }
+    if (const auto job = m_jobs.take(path))
+        job->work.cancel();
     QFile::remove(unfinishedMp4Path(path));
 }

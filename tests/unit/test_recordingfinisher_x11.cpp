@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "files/filework.h"
 #include "files/flacfile.h"
 #include "files/mp4file.h"
 #include "files/recordingfinisher.h"
 #include "files/scfilemanager.h"
+#include "platform/files/file_use.h"
 #include "tests/support/fulldisk.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/testrun.h"
@@ -17,7 +19,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fcntl.h>
 #include <memory>
+#include <sched.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <unistd.h>
 
 namespace {
 
@@ -63,6 +70,30 @@ bool isNear(double one, double other)
 {
     return std::abs(one - other) < 0.002;
 }
+
+/// A disk of its own that only this process sees, for as long as the object lives.
+class SmallDisk
+{
+public:
+    SmallDisk(const QString& folder, const char* options) : m_folder(QFile::encodeName(folder))
+    {
+        m_isThere = unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                    mount("tmpfs", m_folder.constData(), "tmpfs", 0, options) == 0;
+    }
+    ~SmallDisk()
+    {
+        if (m_isThere)
+            umount2(m_folder.constData(), MNT_DETACH);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    bool isThere() const { return m_isThere; }
+
+private:
+    const QByteArray m_folder;
+    bool m_isThere = false;
+};
 
 } // namespace
 
@@ -118,12 +149,66 @@ private slots:
         const QString path = video(kFragments);
         const QByteArray before = contents(path);
         QString error;
-        const std::atomic<bool> isCancelled{false};
+        FileWork work;
         {
             const FullDisk disk(static_cast<rlim_t>(before.size() / 2));
-            QVERIFY(makePlainMp4(path, isCancelled, error) != PlainMp4::Made);
+            QVERIFY(makePlainMp4(path, work, error) != PlainMp4::Made);
         }
         QCOMPARE(contents(path), before);
+        QCOMPARE(fileNames(), QStringList{"video.mp4"});
+    }
+
+    void diskWithoutRoomForAnotherFileLeavesTheRecording()
+    {
+        const QString disk = m_folder->filePath("disk");
+        QVERIFY(QDir().mkdir(disk));
+        const SmallDisk room(disk, "size=64m,nr_inodes=2");
+        if (!room.isThere())
+            QSKIP("Mounting a disk needs root");
+        const QString path = disk + "/video.mp4";
+        QVERIFY(QFile::copy(video(kFragments), path));
+        const QByteArray before = contents(path);
+        QString error;
+        FileWork work;
+        QCOMPARE(makePlainMp4(path, work, error), PlainMp4::NoSpace);
+        QCOMPARE(contents(path), before);
+        QCOMPARE(QDir(disk).entryList(QDir::Files | QDir::Hidden), QStringList{"video.mp4"});
+    }
+
+    void fileThatAnotherProcessWritesToHasToWait()
+    {
+        const QString path = video(kFragments);
+        makeOld(path);
+        QProcess writer;
+        writer.start("sh", {"-c", "exec 3>>\"$0\"; echo; read -r _", path});
+        QVERIFY(writer.waitForReadyRead());
+        QCOMPARE(platform::isOpenForWriting(path), std::optional(true));
+        QSignalSpy finished(m_finisher.get(), &RecordingFinisher::finished);
+        m_finisher->add(path);
+        QTest::qWait(500);
+        QVERIFY(isFragmentedMp4(path));
+        QVERIFY(finished.isEmpty());
+        writer.closeWriteChannel();
+        QVERIFY(writer.waitForFinished());
+        QCOMPARE(platform::isOpenForWriting(path), std::optional(false));
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 30'000);
+        QVERIFY(!isFragmentedMp4(path));
+    }
+
+    void fileThatAnotherInstanceFinishesIsLeftToIt()
+    {
+        const QString path = video(kFragments);
+        const QByteArray before = contents(path);
+        write(unfinishedMp4Path(path), "of another instance");
+        const int theirs = open(QFile::encodeName(unfinishedMp4Path(path)).constData(), O_RDONLY | O_CLOEXEC);
+        QCOMPARE(flock(theirs, LOCK_EX | LOCK_NB), 0);
+        QString error;
+        FileWork work;
+        QCOMPARE(makePlainMp4(path, work, error), PlainMp4::Cancelled);
+        QCOMPARE(contents(path), before);
+        QCOMPARE(contents(unfinishedMp4Path(path)), QByteArray("of another instance"));
+        close(theirs);
+        QCOMPARE(makePlainMp4(path, work, error), PlainMp4::Made);
         QCOMPARE(fileNames(), QStringList{"video.mp4"});
     }
 
@@ -267,11 +352,11 @@ private slots:
         const QString path = video(kFragments);
         const QByteArray before = contents(path);
         QString error;
-        const std::atomic<bool> isCancelled{true};
-        QCOMPARE(makePlainMp4(path, isCancelled, error), PlainMp4::Cancelled);
+        FileWork work;
+        work.cancel();
+        QCOMPARE(makePlainMp4(path, work, error), PlainMp4::Cancelled);
         QCOMPARE(contents(path), before);
         QCOMPARE(fileNames(), QStringList{"video.mp4"});
-        // It waits until the file has been left alone for a moment.
         m_finisher->add(path);
         m_finisher->cancel(path);
         QCOMPARE(contents(path), before);
