@@ -8,6 +8,7 @@
 #include "mainwindow/durations.h"
 #include "mainwindow/scmainwindow.h"
 #include "platform/process/console.h"
+#include "platform/process/display_loss.h"
 #include "platform/process/termination.h"
 #include "platform/system_failure.h"
 
@@ -85,6 +86,7 @@ int run(QApplication& application, SingleInstance& guard)
                      &QApplication::quit);
 
     openLog();
+    platform::endInOrderOnDisplayLoss();
     SCLogger::info(QStringLiteral("Application starting..."));
     QCoreApplication::setAttribute(Qt::AA_DontCreateNativeWidgetSiblings, true);
     const std::unique_ptr<QSettings> settings = openSettings();
@@ -95,10 +97,15 @@ int run(QApplication& application, SingleInstance& guard)
     SCMainWindow window(durationsFromEnvironment());
     showWindow(window, translator);
     publishWindow(guard, window);
+    const auto leave = [&guard] {
+        SCLogger::info(QStringLiteral("Application exiting..."));
+        guard.release();
+    };
+    // The last of these actions.
+    const platform::DisplayLossAction onDisplayLoss(leave);
 
     const int exitCode = QApplication::exec();
-    SCLogger::info(QStringLiteral("Application exiting..."));
-    guard.release();
+    leave();
     return exitCode;
 }
 

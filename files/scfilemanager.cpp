@@ -17,6 +17,8 @@
 
 #include <utility>
 
+#include <chrono>
+
 namespace {
 
 constexpr char kFilterProperty[] = "currentFilter";
@@ -133,6 +135,14 @@ void SCFileManager::setFileSaved(const QString& path)
     // A recording needs disk and processor for itself.
     if (m_fileInUse.isEmpty())
         finishRecordings();
+}
+
+/// The recording is over. What takes longer is left to the next start.
+void SCFileManager::onDisplayLoss()
+{
+    constexpr std::chrono::seconds kLimit{3};
+    finishRecordings();
+    m_finisher->finishWithin(kLimit);
 }
 
 void SCFileManager::onFinished(const QString& path)

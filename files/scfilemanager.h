@@ -2,6 +2,7 @@
 #pragma once
 
 #include "files/filestore.h"
+#include "platform/process/display_loss.h"
 
 #include <QList>
 #include <QObject>
@@ -80,6 +81,7 @@ signals:
 
 private:
     void finishRecordings();
+    void onDisplayLoss();
     void onFinished(const QString& path);
     void rebuildView();
     bool onPointer(QAbstractItemView& view, const QMouseEvent& event);
@@ -96,6 +98,7 @@ private:
     FileItemDelegate* m_delegate;
     QPointer<QAbstractItemView> m_view;
     RecordingFinisher* m_finisher;
+    const platform::DisplayLossAction m_onDisplayLoss{[this] { onDisplayLoss(); }};
     QString m_fileInUse;
     QStringList m_filesBeingSaved;
     bool m_saveFails = false;

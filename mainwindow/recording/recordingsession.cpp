@@ -8,6 +8,7 @@
 #include "engine/ports.h"
 #include "mainwindow/recording/recordingpath.h"
 
+#include <QSignalBlocker>
 #include <QThread>
 
 namespace {
@@ -250,8 +251,19 @@ void RecordingSession::finishAtOnce()
     stopOutput();
 }
 
+void RecordingSession::finishWithoutStage()
+{
+    if (!isUnderWay() && m_state != RecordingState::Stopping)
+        return;
+    m_isStageGone = true;
+    const QSignalBlocker silence(this);
+    finishAtOnce();
+}
+
 void RecordingSession::onRecordStatusChanged(int status)
 {
+    if (m_isStageGone)
+        return;
     if (status == recordstatus::kStarted) {
         setState(RecordingState::Recording);
         emit statusChanged(recordstatus::kStarted);

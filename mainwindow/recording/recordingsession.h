@@ -61,6 +61,9 @@ public slots:
     /// For the end of the user's session: the file is closed when this returns.
     void finishAtOnce();
 
+    /// The same when nothing can be shown any more: the stage is not asked again, and no signal follows.
+    void finishWithoutStage();
+
     /// A number of recordstatus.
     void onRecordStatusChanged(int status);
     void onTick();
@@ -106,6 +109,7 @@ private:
     bool m_stopRequested = false;
     /// So far; of the last recording while idle.
     RecordingOutcome m_outcome;
+    bool m_isStageGone = false;
     RecordingClock m_clock;
     QTime m_elapsed{0, 0, 0};
 

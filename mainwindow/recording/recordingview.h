@@ -5,6 +5,7 @@
 #include "mainwindow/durations.h"
 #include "mainwindow/recording/recordingsession.h"
 #include "mainwindow/recording/recordingstage.h"
+#include "platform/process/display_loss.h"
 #include "platform/windowing/capture_exclusion.h"
 
 #include <QObject>
@@ -97,6 +98,7 @@ private:
     std::function<bool(QWidget&, bool)> m_setExcluded;
     RecordingSession m_session;
     std::unique_ptr<RecordingKeeper> m_keeper;
+    const platform::DisplayLossAction m_onDisplayLoss{[this] { m_session.finishWithoutStage(); }};
     QPointer<SCCountdownWidget> m_countdown;
     std::unique_ptr<SCFullscreenToolbar> m_toolbar;
     std::unique_ptr<FloatingNotice> m_notice;

@@ -110,11 +110,6 @@ bool StartedInstance::waitUntilEnded()
     return ProgramUnderTest::waitUntilEnded(kTimeoutMs);
 }
 
-int StartedInstance::exitCode()
-{
-    return !isRunning() && process().exitStatus() == QProcess::NormalExit ? process().exitCode() : -1;
-}
-
 void StartedInstance::sendSignal(int number) const
 {
     ::kill(static_cast<pid_t>(processId()), number);

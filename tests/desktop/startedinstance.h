@@ -72,8 +72,7 @@ public:
     bool waitUntilEnded();
     using ProgramUnderTest::isRunning;
     using ProgramUnderTest::processId;
-    /// The exit code; -1 while it runs, and when it was ended by a signal.
-    int exitCode();
+    using ProgramUnderTest::exitCode;
     void sendSignal(int number) const;
     /// Everything it has said so far on its message output and standard error.
     QStringList messages();

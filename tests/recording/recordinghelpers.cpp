@@ -40,11 +40,16 @@ Performance::~Performance()
 
 QString Performance::begin(int numbersPerSecond, bool motion)
 {
+    const QString failure = show(numbersPerSecond, motion);
+    return failure.isEmpty() ? launch(m_tone, QStringLiteral("kestrano_test_tone"), {}) : failure;
+}
+
+QString Performance::show(int numbersPerSecond, bool motion)
+{
     QStringList arguments{QStringLiteral("--rate"), QString::number(numbersPerSecond)};
     if (motion)
         arguments.append(QStringLiteral("--motion"));
-    const QString failure = launch(m_patternProcess, QStringLiteral("kestrano_test_pattern"), arguments);
-    return failure.isEmpty() ? launch(m_tone, QStringLiteral("kestrano_test_tone"), {}) : failure;
+    return launch(m_patternProcess, QStringLiteral("kestrano_test_pattern"), arguments);
 }
 
 QString Performance::launch(QProcess& process, const QString& name, const QStringList& arguments)

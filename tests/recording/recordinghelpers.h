@@ -20,6 +20,8 @@ class Performance
 public:
     /// Shows and plays. Empty on success, else what went wrong.
     QString begin(int numbersPerSecond = kFramesPerSecond, bool motion = true);
+    /// Shows only.
+    QString show(int numbersPerSecond = kFramesPerSecond, bool motion = true);
     ~Performance();
 
 private:

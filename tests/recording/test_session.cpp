@@ -66,7 +66,8 @@ private slots:
     void aRecordingIsInTheListOfFilesFromItsStartOn();
     void aFailedRecordingLeavesTheNextOneWhole();
     void aFailedPreparationEndsInIdleWithAReason();
-    void terminatedWhileRecordingTheProgramFinishesTheFile();
+    void endedBySignalWhileRecordingTheProgramFinishesTheFile_data();
+    void endedBySignalWhileRecordingTheProgramFinishesTheFile();
     void closingTheWindowDuringTheCountdownRecordsNothing();
     void aRecordingStoppedAtOnceIsPlayable();
     void theHotkeyHammeredLeavesPlayableFiles();
@@ -199,16 +200,27 @@ void TestSession::aFailedPreparationEndsInIdleWithAReason()
     QVERIFY(!QFileInfo::exists(program.saveFolder()));
 }
 
-void TestSession::terminatedWhileRecordingTheProgramFinishesTheFile()
+void TestSession::endedBySignalWhileRecordingTheProgramFinishesTheFile_data()
 {
+    QTest::addColumn<int>("signal");
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT;
+    QTest::newRow("SIGHUP") << SIGHUP;
+    QTest::newRow("SIGQUIT") << SIGQUIT;
+}
+
+void TestSession::endedBySignalWhileRecordingTheProgramFinishesTheFile()
+{
+    QFETCH(const int, signal);
     ProgramUnderTest program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     const Take take = beginTake(program, kMp4);
     QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
     QTest::qWait(kShortMs);
-    QCOMPARE(kill(static_cast<pid_t>(program.processId()), SIGTERM), 0);
+    QCOMPARE(kill(static_cast<pid_t>(program.processId()), signal), 0);
     QVERIFY2(program.waitUntilEnded(kMessageTimeoutMs), qPrintable(program.transcript()));
     QVERIFY2(program.endedWell(), qPrintable(program.transcript()));
+    QVERIFY2(program.logText().contains(kStopped + QLatin1String(" 0")), qPrintable(program.logText()));
     QVERIFY(isPlayable(take.path));
 }
 

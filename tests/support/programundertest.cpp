@@ -160,7 +160,12 @@ bool ProgramUnderTest::waitUntilEnded(int timeoutMs)
 
 bool ProgramUnderTest::endedWell() const
 {
-    return !isRunning() && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+    return exitCode() == 0;
+}
+
+int ProgramUnderTest::exitCode() const
+{
+    return !isRunning() && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
 }
 
 void ProgramUnderTest::kill()

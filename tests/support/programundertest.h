@@ -62,6 +62,8 @@ public:
     bool waitUntilEnded(int timeoutMs);
     /// Whether the program ended by itself with exit code 0.
     bool endedWell() const;
+    /// -1 while it runs, and when a signal has ended it.
+    int exitCode() const;
     void kill();
 
     /// The first message from line @p from on that contains @p text; waits up to @p timeoutMs for it.

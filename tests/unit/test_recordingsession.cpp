@@ -845,6 +845,32 @@ private slots:
         QCOMPARE(m_calls, Calls());
     }
 
+    void withoutAStageTheFileIsClosedAndNothingElseIsAsked()
+    {
+        m_session->requestStart();
+        m_calls.clear();
+        m_recorder->pollsUntilDrained = 5;
+        const QSignalSpy states(m_session.get(), &RecordingSession::stateChanged);
+        m_session->finishWithoutStage();
+        // The engine reports the end meanwhile, or later.
+        m_session->onRecordStatusChanged(2);
+        QCOMPARE(m_calls, (Calls{"end here", "stop 0"}));
+        QVERIFY(!m_recorder->recording);
+        QVERIFY(states.isEmpty());
+    }
+
+    void withoutAStageACountdownIsLeftAlone()
+    {
+        Calls until;
+        m_stage->duringCountdown = [this, &until] {
+            m_session->finishWithoutStage();
+            until = m_calls;
+            m_session->cancelCountdown();
+        };
+        m_session->requestStart();
+        QCOMPARE(until, (Calls{"minimise", "countdown 3"}));
+    }
+
     void statesFollowEachOther()
     {
         QList<RecordingState> states;
