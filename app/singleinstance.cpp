@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/singleinstance.h"
 
+#include "app/appidentity.h"
 #include "app/sclogger.h"
 #include "platform/windowing/window_activation.h"
 
@@ -35,9 +36,9 @@ struct SingleInstance::Block
 
 SingleInstance::SingleInstance(const QString& key, std::chrono::milliseconds attemptInterval)
     : m_attemptIntervalMs(static_cast<unsigned long>(attemptInterval.count()))
-    , m_segment(key)
-    , m_lock(key)
-    , m_gate(gateName(key))
+    , m_segment(key, appidentity::dataFolder())
+    , m_lock(key, appidentity::dataFolder())
+    , m_gate(gateName(key), appidentity::dataFolder())
 {
     static_assert(sizeof(Block) == 16);
 }
@@ -151,6 +152,9 @@ void SingleInstance::publish(quint64 windowHandle, qint64 processId)
     m_segment.write(&block, sizeof(block));
     m_gate.release();
     SCLogger::info(QStringLiteral("Stored window handle and process ID in shared memory"));
+    if (m_lock.isInOwnFolder() || m_gate.isInOwnFolder() || m_segment.isOfOwnFolder())
+        SCLogger::warning(QStringLiteral("Another user has the single instance's names in the folder for temporary "
+                                         "files; those in the user's own folder are used"));
 }
 
 void SingleInstance::release()

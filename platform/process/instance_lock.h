@@ -17,7 +17,10 @@ public:
         Unavailable,   ///< the lock file cannot be made; the caller does without the proof
     };
 
-    explicit InstanceLock(const QString& name);
+    /// @param ownFolder where the lock file is when another user's has its name in the folder for temporary files;
+    /// empty
+    ///                  where there is none
+    explicit InstanceLock(const QString& name, const QString& ownFolder = {});
     ~InstanceLock();
     InstanceLock(const InstanceLock&) = delete;
     InstanceLock& operator=(const InstanceLock&) = delete;
@@ -28,8 +31,15 @@ public:
     /// The lock file stays: if it were removed, two instances could lock two files of that name.
     void release();
 
+    /// Of the last tryLock().
+    bool isInOwnFolder() const { return m_isInOwnFolder; }
+
 private:
+    int openFile();
+
     QString m_name;
+    QString m_ownFolder;
+    bool m_isInOwnFolder = false;
     int m_descriptor = -1;
 };
 

@@ -3,7 +3,7 @@
 
 namespace platform {
 
-InstanceLock::InstanceLock(const QString& name) : m_name(name) {}
+InstanceLock::InstanceLock(const QString& name, const QString& ownFolder) : m_name(name), m_ownFolder(ownFolder) {}
 
 InstanceLock::~InstanceLock() = default;
 

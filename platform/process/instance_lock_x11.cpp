@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/files/private_files.h"
 #include "platform/process/instance_lock.h"
 
 #include <QDir>
@@ -14,46 +15,62 @@ namespace platform {
 
 namespace {
 
-/// Beside the file from which Qt derives the segment's key: instances with different temporary folders have different
-/// segments. Users who share a temporary folder cannot share a lock, hence the user's id in the name.
-QByteArray lockPath(const QString& name)
+/// Users who share a folder cannot share a lock, hence the user's id in the name.
+QByteArray lockPath(const QString& folder, const QString& name)
 {
-    return QFile::encodeName(QDir::tempPath() + u'/' + name + u'-' + QString::number(geteuid()) +
-                             QLatin1String(".lock"));
+    return QFile::encodeName(folder + u'/' + name + u'-' + QString::number(geteuid()) + QLatin1String(".lock"));
 }
 
-/// Anyone can leave a file in a public temporary folder: only a plain file of the user's own is locked.
-bool isOwnPlainFile(int descriptor)
+bool isOwnPlainFile(const struct stat& status)
 {
-    struct stat status = {};
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid();
+    return S_ISREG(status.st_mode) && status.st_uid == geteuid();
 }
 
-int openLockFile(const QString& name)
+/// -1 where it is not the user's own: anyone can leave something in a public folder.
+int openOwnFile(const QByteArray& path)
 {
     // Closed on exec: a browser that the program starts must not go on holding the lock.
     const int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
-    const int descriptor = open(lockPath(name).constData(), flags, S_IRUSR | S_IWUSR);
-    if (descriptor < 0 || isOwnPlainFile(descriptor))
+    const int descriptor = open(path.constData(), flags, S_IRUSR | S_IWUSR);
+    struct stat status = {};
+    if (descriptor < 0 || (fstat(descriptor, &status) == 0 && isOwnPlainFile(status)))
         return descriptor;
     close(descriptor);
     return -1;
 }
 
+bool isSomethingElse(const QByteArray& path)
+{
+    struct stat status = {};
+    return lstat(path.constData(), &status) == 0 && !isOwnPlainFile(status);
+}
+
 } // namespace
 
-InstanceLock::InstanceLock(const QString& name) : m_name(name) {}
+InstanceLock::InstanceLock(const QString& name, const QString& ownFolder) : m_name(name), m_ownFolder(ownFolder) {}
 
 InstanceLock::~InstanceLock()
 {
     release();
 }
 
+/// Beside the file from which Qt derives the segment's key: instances with different temporary folders have different
+/// segments.
+int InstanceLock::openFile()
+{
+    const QByteArray path = lockPath(QDir::tempPath(), m_name);
+    const int descriptor = openOwnFile(path);
+    m_isInOwnFolder = descriptor < 0 && !m_ownFolder.isEmpty() && isSomethingElse(path);
+    if (!m_isInOwnFolder || !makePrivateFolder(m_ownFolder))
+        return descriptor;
+    return openOwnFile(lockPath(m_ownFolder, m_name));
+}
+
 InstanceLock::State InstanceLock::tryLock()
 {
     if (m_descriptor >= 0)
         return State::Acquired;
-    const int descriptor = openLockFile(m_name);
+    const int descriptor = openFile();
     if (descriptor < 0)
         return State::Unavailable;
     if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) {

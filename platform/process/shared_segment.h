@@ -15,13 +15,15 @@ namespace platform {
 class SharedSegment
 {
 public:
-    explicit SharedSegment(const QString& key);
+    /// @param ownFolder on X11 systems, where the file of the key is when another user has its name, or the segment
+    ///                  that belongs to it; empty where there is none
+    explicit SharedSegment(const QString& key, const QString& ownFolder = {});
     /// Detaches.
     ~SharedSegment();
     SharedSegment(const SharedSegment&) = delete;
     SharedSegment& operator=(const SharedSegment&) = delete;
 
-    /// False where there is none of that key, the user may not, or it is attached.
+    /// False where there is none of that key, it is another user's, or it is attached.
     bool attach();
 
     /// Makes and attaches it; false where it exists already or cannot be made.
@@ -31,6 +33,9 @@ public:
     void detach();
 
     bool isAttached() const;
+
+    /// Of an attached segment.
+    bool isOfOwnFolder() const;
 
     /// Of an attach() or create() that has just failed.
     QSharedMemory::SharedMemoryError error() const;

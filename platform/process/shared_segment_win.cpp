@@ -46,7 +46,7 @@ struct SharedSegment::Private
     }
 };
 
-SharedSegment::SharedSegment(const QString& key) : m_private(std::make_unique<Private>())
+SharedSegment::SharedSegment(const QString& key, const QString& /*ownFolder*/) : m_private(std::make_unique<Private>())
 {
     m_private->memory.setKey(key);
 }
@@ -79,6 +79,11 @@ void SharedSegment::detach()
 bool SharedSegment::isAttached() const
 {
     return m_private->memory.isAttached();
+}
+
+bool SharedSegment::isOfOwnFolder() const
+{
+    return false;
 }
 
 QSharedMemory::SharedMemoryError SharedSegment::error() const

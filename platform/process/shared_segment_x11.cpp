@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/files/private_files.h"
 #include "platform/process/shared_segment.h"
 #include "platform/system_failure.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <QList>
 
 #include <cerrno>
 #include <cstdint>
@@ -18,7 +21,6 @@ namespace {
 
 /// QSharedMemory numbers its segments with it.
 constexpr int kProject = 'Q';
-constexpr mode_t kFileMode = S_IRUSR | S_IWUSR | S_IRGRP;
 constexpr int kUserOnly = S_IRUSR | S_IWUSR;
 
 QSharedMemory::SharedMemoryError meaningOf(int error)
@@ -39,31 +41,84 @@ QSharedMemory::SharedMemoryError meaningOf(int error)
     }
 }
 
+/// Anyone can leave something in a public folder, and takes it away again.
+bool isOfAnotherUser(const QByteArray& path)
+{
+    struct stat status = {};
+    return lstat(path.constData(), &status) == 0 && status.st_uid != geteuid();
+}
+
 } // namespace
 
 struct SharedSegment::Private
 {
-    /// The system makes the segment's number from this file's.
+    /// The system makes the segment's number from the file's.
     QByteArray keyFile;
+    /// Where Qt has it.
+    QByteArray sharedKeyFile;
+    QString ownFolder;
     key_t number = -1;
     int id = -1;
     void* memory = nullptr;
     QSharedMemory::SharedMemoryError error = QSharedMemory::NoError;
     QString errorString;
 
+    QList<QByteArray> keyFiles() const;
+    void take(const QByteArray& file) { keyFile = file; }
     key_t numberOfFile() const { return ftok(keyFile.constData(), kProject); }
-    bool find(qsizetype size, int flags);
+    bool find();
+    bool isAnotherUsers();
+    bool make(qsizetype size);
     bool map();
-    bool fail();
+    bool fail(int code = errno);
     shmid_ds status() const;
 };
 
-/// @param flags of shmget(), which finds or makes the segment.
-bool SharedSegment::Private::find(qsizetype size, int flags)
+/// In the order in which they are tried.
+QList<QByteArray> SharedSegment::Private::keyFiles() const
 {
+    if (ownFolder.isEmpty())
+        return {sharedKeyFile};
+    const QString name = QFileInfo(QFile::decodeName(sharedKeyFile)).fileName();
+    return {sharedKeyFile, QFile::encodeName(ownFolder + u'/' + name)};
+}
+
+/// Not what another user made.
+bool SharedSegment::Private::find()
+{
+    if (isOfAnotherUser(keyFile))
+        return fail(EPERM);
     number = numberOfFile();
-    id = number == -1 ? -1 : shmget(number, static_cast<std::size_t>(size), flags | kUserOnly);
-    return id != -1 || fail();
+    id = number == -1 ? -1 : shmget(number, 0, kUserOnly);
+    if (id == -1)
+        return fail();
+    const ipc_perm permissions = status().shm_perm;
+    return (permissions.uid == geteuid() && permissions.cuid == geteuid()) || fail(EPERM);
+}
+
+/// Whether the file of the key, or the segment that belongs to it, is.
+bool SharedSegment::Private::isAnotherUsers()
+{
+    return isOfAnotherUser(keyFile) || (numberOfFile() != -1 && !find() && error == QSharedMemory::PermissionDenied);
+}
+
+bool SharedSegment::Private::make(qsizetype size)
+{
+    if (keyFile != sharedKeyFile && !makePrivateFolder(ownFolder))
+        return fail(EACCES);
+    const int file = open(keyFile.constData(), O_RDONLY | O_CREAT | O_EXCL | O_CLOEXEC, kUserOnly);
+    if (file < 0 && errno != EEXIST)
+        return fail();
+    if (file >= 0)
+        close(file);
+    number = numberOfFile();
+    id = number == -1 ? -1 : shmget(number, static_cast<std::size_t>(size), IPC_CREAT | IPC_EXCL | kUserOnly);
+    if (id != -1)
+        return map();
+    fail();
+    if (file >= 0 && error != QSharedMemory::AlreadyExists)
+        unlink(keyFile.constData());
+    return false;
 }
 
 bool SharedSegment::Private::map()
@@ -75,9 +130,8 @@ bool SharedSegment::Private::map()
     return true;
 }
 
-bool SharedSegment::Private::fail()
+bool SharedSegment::Private::fail(int code)
 {
-    const int code = errno;
     error = meaningOf(code);
     errorString = systemErrorText(static_cast<unsigned long>(code));
     return false;
@@ -90,9 +144,10 @@ shmid_ds SharedSegment::Private::status() const
     return status;
 }
 
-SharedSegment::SharedSegment(const QString& key) : m_private(std::make_unique<Private>())
+SharedSegment::SharedSegment(const QString& key, const QString& ownFolder) : m_private(std::make_unique<Private>())
 {
-    m_private->keyFile = QFile::encodeName(QSharedMemory(key).nativeKey());
+    m_private->sharedKeyFile = QFile::encodeName(QSharedMemory(key).nativeKey());
+    m_private->ownFolder = ownFolder;
 }
 
 SharedSegment::~SharedSegment()
@@ -102,24 +157,25 @@ SharedSegment::~SharedSegment()
 
 bool SharedSegment::attach()
 {
-    return !isAttached() && m_private->find(0, 0) && m_private->map();
+    if (isAttached())
+        return false;
+    for (const QByteArray& file : m_private->keyFiles())
+        if (m_private->take(file); m_private->find())
+            return m_private->map();
+    return false;
 }
 
 bool SharedSegment::create(qsizetype size)
 {
     if (isAttached())
         return false;
-    const QByteArray& path = m_private->keyFile;
-    const int file = open(path.constData(), O_RDONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
-    if (file < 0 && errno != EEXIST)
-        return m_private->fail();
-    if (file >= 0)
-        close(file);
-    if (m_private->find(size, IPC_CREAT | IPC_EXCL))
-        return m_private->map();
-    if (file >= 0 && error() != QSharedMemory::AlreadyExists)
-        unlink(path.constData());
-    return false;
+    for (const QByteArray& file : m_private->keyFiles())
+        if (m_private->take(file); m_private->find())
+            return m_private->fail(EEXIST);
+    for (const QByteArray& file : m_private->keyFiles())
+        if (m_private->take(file); !m_private->isAnotherUsers())
+            return m_private->make(size);
+    return m_private->fail(EPERM);
 }
 
 void SharedSegment::detach()
@@ -138,6 +194,11 @@ void SharedSegment::detach()
 bool SharedSegment::isAttached() const
 {
     return m_private->memory != nullptr;
+}
+
+bool SharedSegment::isOfOwnFolder() const
+{
+    return isAttached() && m_private->keyFile != m_private->sharedKeyFile;
 }
 
 QSharedMemory::SharedMemoryError SharedSegment::error() const

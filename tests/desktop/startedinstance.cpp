@@ -7,6 +7,8 @@
 #include <QFileInfo>
 
 #include <csignal>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -18,7 +20,8 @@ constexpr char kHeldStart[] = "echo held; read -r _; exec \"$0\"";
 
 } // namespace
 
-Profile::Profile() : environment(QProcessEnvironment::systemEnvironment())
+Profile::Profile(const QString& parentFolder)
+    : environment(QProcessEnvironment::systemEnvironment()), m_root(parentFolder + QLatin1String("/kestrano-XXXXXX"))
 {
     const QMap<QString, QString> folders{{"HOME", "home"},
                                          {"XDG_CONFIG_HOME", "config"},
@@ -33,6 +36,24 @@ Profile::Profile() : environment(QProcessEnvironment::systemEnvironment())
         environment.remove(QLatin1String(variable));
     // Of newer versions Qt remarks on standard error that it needs UTF-8, where a user has nothing else.
     environment.insert(QStringLiteral("LC_CTYPE"), QStringLiteral("C.UTF-8"));
+}
+
+void Profile::giveTo(uint user)
+{
+    m_user = user;
+    root().mkdir("run");
+    const auto give = [user](const QString& path) {
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        (void)chown(QFile::encodeName(path).constData(), user, user);
+    };
+    for (const QFileInfo& folder : root().entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
+        give(folder.filePath());
+    // The test is one of the others.
+    const mode_t forEverybody = S_ISVTX | S_IRWXU | S_IRWXG | S_IRWXO;
+    (void)chown(QFile::encodeName(m_root.filePath("tmp")).constData(), 0, 0);
+    chmod(QFile::encodeName(m_root.filePath("tmp")).constData(), forEverybody);
+    chmod(QFile::encodeName(m_root.path()).constData(), forEverybody);
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_root.filePath("run"));
 }
 
 QStringList Profile::logFiles() const
@@ -95,6 +116,10 @@ StartedInstance::~StartedInstance()
 
 QStringList StartedInstance::command() const
 {
+    if (const auto user = m_profile.user()) {
+        const QString number = QString::number(*user);
+        return {"setpriv", "--reuid", number, "--regid", number, "--clear-groups", executable()};
+    }
     if (m_start == Start::AtOnce)
         return {executable()};
     return {QStringLiteral("sh"), QStringLiteral("-c"), QLatin1String(kHeldStart), executable()};

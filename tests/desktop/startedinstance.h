@@ -11,12 +11,18 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <optional>
+
 /// A user's profile, in which any number of instances of the program are started.
 class Profile
 {
 public:
-    Profile();
+    Profile() : Profile(QDir::tempPath()) {}
+    explicit Profile(const QString& parentFolder);
 
+    /// From now on instances run as this user, who shares only the folder for temporary files with others. Needs root.
+    void giveTo(uint user);
+    std::optional<uint> user() const { return m_user; }
     QDir root() const { return QDir(m_root.path()); }
     QDir logFolder() const { return QDir(m_root.filePath(QStringLiteral("data/Tolvaran/Kestrano/logs"))); }
     QString settingsPath() const { return m_root.filePath(QStringLiteral("config/Tolvaran/Kestrano.conf")); }
@@ -33,6 +39,7 @@ public:
 
 private:
     QTemporaryDir m_root;
+    std::optional<uint> m_user;
 };
 
 /// While it lives, this process uses the temporary folder of the profile's instances, and so their segment.
@@ -70,9 +77,9 @@ public:
     /// Waits until the program has shown its window and published it.
     bool waitUntilPublished() { return waitForMessage(QStringLiteral("Stored window handle and process ID")); }
     bool waitUntilEnded();
+    using ProgramUnderTest::exitCode;
     using ProgramUnderTest::isRunning;
     using ProgramUnderTest::processId;
-    using ProgramUnderTest::exitCode;
     void sendSignal(int number) const;
     /// Everything it has said so far on its message output and standard error.
     QStringList messages();

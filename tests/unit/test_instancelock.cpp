@@ -10,7 +10,9 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QSharedMemory>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <chrono>
@@ -50,18 +52,19 @@ key_t numberOfSegment(const QString& key)
     return ftok(QFile::encodeName(QSharedMemory(key).nativeKey()).constData(), 'Q');
 }
 
-/// Does away with the rights of the process in the segment of that key, for as long as the object lives. Root has
-/// rights in everything, and becomes another user for that.
+/// Makes the segment of that key another user's, for as long as the object lives: root becomes somebody else, and
+/// whoever is not root loses the rights in it.
 class SegmentOfAnotherUser
 {
 public:
-    explicit SegmentOfAnotherUser(const QString& key) : m_segment(key)
+    explicit SegmentOfAnotherUser(const QString& key, unsigned short mode = 0) : m_segment(key)
     {
         m_segment.create(16);
+        std::memset(m_segment.data(), 0x7f, 16);
         m_number = numberOfSegment(key);
         m_id = shmget(m_number, 0, 0);
-        allow(0);
-        m_isForbidden = (!m_isRoot || seteuid(kSomebodyElse) == 0) && shmget(m_number, 0, 0600) < 0;
+        allow(mode);
+        m_isForbidden = !m_isRoot || seteuid(kSomebodyElse) == 0;
     }
     ~SegmentOfAnotherUser()
     {
@@ -73,6 +76,10 @@ public:
     SegmentOfAnotherUser& operator=(const SegmentOfAnotherUser&) = delete;
 
     bool isForbidden() const { return m_isForbidden; }
+    bool isAsItWas() const
+    {
+        return QByteArray(static_cast<const char*>(m_segment.constData()), 16) == QByteArray(16, 0x7f);
+    }
 
 private:
     void allow(unsigned short mode) const
@@ -103,6 +110,13 @@ private:
 
 public:
     explicit TestInstanceLock(QString root) : m_root(std::move(root)) {}
+
+private:
+    void shareTemporaryFolder() const
+    {
+        QVERIFY(chmod(QFile::encodeName(m_root).constData(), 0711) == 0);
+        QVERIFY(chmod(QFile::encodeName(QDir::tempPath()).constData(), 01777) == 0);
+    }
 
 private slots:
     void init()
@@ -145,7 +159,13 @@ private slots:
         QCOMPARE(lock.tryLock(), State::Unavailable);
         lock.release();
 
-        // The segment alone decides then, as long as its maker is not killed.
+        // The user's own folder has the locks then.
+        const QString own = m_root + "/own";
+        platform::InstanceLock ownLock(m_key, own);
+        platform::InstanceLock sameLock(m_key, own);
+        QCOMPARE(ownLock.tryLock(), State::Acquired);
+        QVERIFY(ownLock.isInOwnFolder());
+        QCOMPARE(sameLock.tryLock(), State::HeldByAnother);
         QVERIFY(make(lockFile(SingleInstance::gateName(m_key))));
         SingleInstance first(m_key);
         QCOMPARE(first.claim(), Role::First);
@@ -209,11 +229,45 @@ private slots:
         QCOMPARE(QByteArray(static_cast<const char*>(theirs.constData()), 16), QByteArray(16, 0x7f));
     }
 
-    void whereAnotherUserHasTheSegmentEveryInstanceRunsUnguarded()
+    void segmentOfAnotherUserIsGoneRound_data()
     {
-        // Users who share a folder of temporary files.
-        QVERIFY(chmod(QFile::encodeName(m_root).constData(), 0711) == 0);
-        QVERIFY(chmod(QFile::encodeName(QDir::tempPath()).constData(), 01777) == 0);
+        QTest::addColumn<unsigned short>("mode");
+        QTest::newRow("for nobody") << static_cast<unsigned short>(0);
+        // Without root there is one user only.
+        if (geteuid() == 0)
+            QTest::newRow("for everybody") << static_cast<unsigned short>(0666);
+    }
+
+    void segmentOfAnotherUserIsGoneRound()
+    {
+        QFETCH(const unsigned short, mode);
+        shareTemporaryFolder();
+        const QTemporaryDir data(m_root + "/data");
+        QVERIFY(chmod(QFile::encodeName(data.path()).constData(), 0777) == 0);
+        const QByteArray before = qgetenv("XDG_DATA_HOME");
+        const auto restore = qScopeGuard([&before] { qputenv("XDG_DATA_HOME", before); });
+        qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
+        const SegmentOfAnotherUser theirs(m_key, mode);
+        QVERIFY(theirs.isForbidden());
+        const MessageCapture capture;
+        SingleInstance first(m_key);
+        QCOMPARE(first.claim(), Role::First);
+        first.publish(1, QCoreApplication::applicationPid());
+        QVERIFY(capture.texts(QtWarningMsg).join('\n').contains("Another user has"));
+        SingleInstance second(m_key);
+        QCOMPARE(second.claim(), Role::Second);
+        first.release();
+        SingleInstance next(m_key);
+        QCOMPARE(next.claim(), Role::First);
+        QVERIFY(theirs.isAsItWas());
+    }
+
+    void withNoFolderToGoRoundToEveryInstanceRunsUnguarded()
+    {
+        shareTemporaryFolder();
+        const QByteArray before = qgetenv("XDG_DATA_HOME");
+        const auto restore = qScopeGuard([&before] { qputenv("XDG_DATA_HOME", before); });
+        qputenv("XDG_DATA_HOME", "/proc");
         const SegmentOfAnotherUser theirs(m_key);
         QVERIFY(theirs.isForbidden());
         const MessageCapture capture;
