@@ -9,13 +9,20 @@
 #include "tests/support/testpattern.h"
 #include "tests/support/testrun.h"
 
+#include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
 #include <QRandomGenerator>
 #include <QScreen>
 #include <QTest>
 
 #include <csignal>
+#include <filesystem>
 
 namespace {
 
@@ -42,6 +49,65 @@ void waitForAMoment()
     QTest::qWait(kLeastMs + QRandomGenerator::global()->bounded(runsAllKills() ? 4000 : 700));
 }
 
+QByteArray outputOf(const QString& tool, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(tool, arguments);
+    process.waitForFinished(-1);
+    return process.exitCode() == 0 ? process.readAllStandardOutput() : QByteArray();
+}
+
+/// Of each stream.
+QByteArray packetCounts(const QString& path)
+{
+    return outputOf("ffprobe", {"-v", "error", "-count_packets", "-show_entries", "stream=nb_read_packets", "-of",
+                                "csv=p=0", path});
+}
+
+/// A recording that takes some time to finish, as a killed program leaves it: in fragments, and in the list of files.
+class LargeRecording
+{
+public:
+    explicit LargeRecording(const ProgramUnderTest& program);
+
+    QString path() const { return m_path; }
+    QString failure() const { return m_failure; }
+    /// In the place of what has become of it.
+    void putThere() const;
+
+private:
+    QString m_list;
+    QString m_path;
+    QString m_original;
+    QString m_failure;
+};
+
+LargeRecording::LargeRecording(const ProgramUnderTest& program)
+    : m_list(program.dataFolder().filePath("file_data.json"))
+    , m_path(program.saveFolder() + "/large.mp4")
+    , m_original(program.profile().filePath("original.mp4"))
+{
+    QDir().mkpath(program.saveFolder());
+    QDir().mkpath(program.dataFolder().path());
+    const QString part = program.profile().filePath("part.mp4");
+    outputOf("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "testsrc2=size=640x360:rate=30,noise=alls=90:allf=t", "-f",
+                        "lavfi", "-i", "sine", "-t", "4", "-c:v", "mpeg4", "-q:v", "2", "-c:a", "aac", part});
+    outputOf("ffmpeg", {"-v", "error", "-stream_loop", "4", "-i", part, "-c", "copy", "-movflags",
+                        "+frag_keyframe+empty_moov+default_base_moof", "-frag_duration", "1000000", m_original});
+    if (!isFragmentedMp4(m_original))
+        m_failure = QStringLiteral("FFmpeg made no file in fragments");
+}
+
+void LargeRecording::putThere() const
+{
+    std::filesystem::remove(m_path.toStdString());
+    std::filesystem::create_hard_link(m_original.toStdString(), m_path.toStdString());
+    const QJsonObject properties{{"type", "video"}, {"dateAdded", "2026-01-01T12:00:00"}, {"unfinished", true}};
+    QFile list(m_list);
+    if (list.open(QIODevice::WriteOnly))
+        list.write(QJsonDocument(QJsonArray{QJsonObject{{"filepath", m_path}, {"properties", properties}}}).toJson());
+}
+
 } // namespace
 
 /// What is left of a recording whose program does not end as it should.
@@ -60,6 +126,7 @@ private slots:
     void killedRecordingPlaysUpToTheLastSeconds();
     void recordingIsFinishedWhenTheXServerIsGone_data();
     void recordingIsFinishedWhenTheXServerIsGone();
+    void killedWhileFinishingLosesNothing();
 
 private:
     void judgeNextStart(ProgramUnderTest& program, const formatjudge::Expected& expected, const QString& path,
@@ -144,6 +211,41 @@ void TestKills::recordingIsFinishedWhenTheXServerIsGone()
         QVERIFY2(program.logText().contains(QLatin1String(line)), qPrintable(program.logText()));
     QVERIFY(!isFragmentedMp4(take.path));
     killjudge::check(expected, take.path, m_screen, killedNs);
+}
+
+/// At random moments of the time that it takes to make a large file plain.
+void TestKills::killedWhileFinishingLosesNothing()
+{
+    ProgramUnderTest program;
+    const LargeRecording recording(program);
+    QCOMPARE(recording.failure(), QString());
+    recording.putThere();
+    const QByteArray packets = packetCounts(recording.path());
+    QVERIFY(!packets.isEmpty());
+    const QString unfinished = unfinishedMp4Path(recording.path());
+    int msToFinish = 0;
+    for (int round = 0; round <= 2 * rounds(); ++round) {
+        recording.putThere();
+        QVERIFY(program.start());
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(unfinished) || !isFragmentedMp4(recording.path()), kTimeoutMs);
+        QElapsedTimer finishing;
+        finishing.start();
+        if (round == 0) {
+            QTRY_VERIFY_WITH_TIMEOUT(!QFileInfo::exists(unfinished), kTimeoutMs);
+            msToFinish = static_cast<int>(finishing.elapsed());
+            QVERIFY(!isFragmentedMp4(recording.path()));
+        } else {
+            QTest::qSleep(QRandomGenerator::global()->bounded(msToFinish + 1));
+        }
+        program.kill();
+        qInfo("killed after %lld of %d ms: %s", static_cast<long long>(finishing.elapsed()), msToFinish,
+              isFragmentedMp4(recording.path()) ? "as it was" : "finished");
+        QCOMPARE(packetCounts(recording.path()), packets);
+    }
+    QVERIFY(program.start());
+    QTRY_VERIFY_WITH_TIMEOUT(!isFragmentedMp4(recording.path()), kTimeoutMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!QFileInfo::exists(unfinished), kTimeoutMs);
+    QCOMPARE(packetCounts(recording.path()), packets);
 }
 
 REGISTER_TEST(testrun::gui<TestKills>);
