@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/recording/formatjudge.h"
+#include "tests/recording/killjudge.h"
 #include "tests/recording/recordinghelpers.h"
+#include "tests/support/testpattern.h"
 #include "tests/support/testrun.h"
 #include "tests/win32/win32program.h"
 
 #include <QGuiApplication>
+#include <QRandomGenerator>
 #include <QScreen>
 #include <QTest>
 
@@ -49,6 +52,23 @@ private slots:
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
         formatjudge::check(expected, MediaFile(WineDesktop::unixPath(take.path)), take,
                            QGuiApplication::primaryScreen()->size(), kAllowance);
+    }
+
+    void aKilledRecordingPlaysUpToTheLastSeconds()
+    {
+        const formatjudge::Expected& expected = formatjudge::kFormats.front();
+        Win32Program program;
+        program.countDownInFull();
+        program.setSetting(QStringLiteral("recording/micSwitch"), true);
+        QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+        const Take take = beginTake(program, QLatin1String(expected.extension));
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        QTest::qWait(3000 + QRandomGenerator::global()->bounded(2000));
+        const int64_t killedNs = monotonicNow();
+        program.kill();
+        QVERIFY(!program.isRunning());
+        killjudge::check(expected, WineDesktop::unixPath(take.path), QGuiApplication::primaryScreen()->size(),
+                         killedNs);
     }
 
 private:
