@@ -5,6 +5,7 @@
 #include "app/sclogger.h"
 #include "app/settingsfile.h"
 #include "app/settingstables.h"
+#include "app/shownpath.h"
 #include "platform/files/private_files.h"
 #include "platform/process/settings_format.h"
 
@@ -79,7 +80,7 @@ std::unique_ptr<QSettings> openSettings()
 
 QString settingsTrouble(const QSettings& settings)
 {
-    const QString path = QDir::toNativeSeparators(settings.fileName());
+    const QString path = shownPath(QDir::toNativeSeparators(settings.fileName()));
     if (settings.status() == QSettings::FormatError)
         return QStringLiteral("The settings in %1 cannot be understood; a copy is kept beside them, and the defaults "
                               "apply")

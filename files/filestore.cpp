@@ -3,6 +3,7 @@
 
 #include "app/appidentity.h"
 #include "app/sclogger.h"
+#include "app/shownpath.h"
 #include "files/mp4file.h"
 #include "platform/files/disk_sync.h"
 #include "platform/files/private_files.h"
@@ -200,8 +201,9 @@ QJsonArray FileStore::parse(const QByteArray& text, bool isEmpty)
     // An empty file is not worth keeping.
     m_isForeign = !document.isArray() && !isEmpty;
     if (m_isForeign)
-        SCLogger::warning(QStringLiteral("The list of files cannot be read and starts empty (%1): %2")
-                              .arg(document.isNull() ? error.errorString() : QStringLiteral("no array"), path()));
+        SCLogger::warning(
+            QStringLiteral("The list of files cannot be read and starts empty (%1): %2")
+                .arg(document.isNull() ? error.errorString() : QStringLiteral("no array"), shownPath(path())));
     return document.array();
 }
 
@@ -249,7 +251,7 @@ bool FileStore::renameForeignFile()
         newName = QStringLiteral("%1_%2.json").arg(base).arg(number);
     if (!QFile::rename(path(), newName))
         return false;
-    SCLogger::warning(QStringLiteral("The unreadable list of files is kept as %1").arg(newName));
+    SCLogger::warning(QStringLiteral("The unreadable list of files is kept as %1").arg(shownPath(newName)));
     m_isForeign = false;
     return true;
 }

@@ -2,6 +2,7 @@
 #include "files/scfilemanager.h"
 
 #include "app/sclogger.h"
+#include "app/shownpath.h"
 #include "files/fileitemdelegate.h"
 #include "files/recordingfinisher.h"
 #include "platform/files/file_manager.h"
@@ -91,7 +92,7 @@ bool SCFileManager::save()
     if (saved)
         return true;
     SCLogger::error(QStringLiteral("The list of files could not be saved to %1, it stays in memory: %2")
-                        .arg(FileStore::path(), m_store.errorText()));
+                        .arg(shownPath(FileStore::path()), m_store.errorText()));
     if (!failedBefore)
         emit error(tr("The list of files could not be saved: %1").arg(m_store.errorText()));
     return false;

@@ -2,6 +2,7 @@
 #include "widgets/desktopservices.h"
 
 #include "app/sclogger.h"
+#include "app/shownpath.h"
 #include "platform/files/file_manager.h"
 
 #include <QDesktopServices>
@@ -25,7 +26,7 @@ bool openFile(const QString& path)
 {
     const bool opened = QDesktopServices::openUrl(QUrl::fromLocalFile(platform::shellPath(path)));
     if (!opened)
-        SCLogger::warning(QStringLiteral("The system could not open it: \"%1\"").arg(path));
+        SCLogger::warning(QStringLiteral("The system could not open it: \"%1\"").arg(shownPath(path)));
     return opened;
 }
 
