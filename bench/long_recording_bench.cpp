@@ -5,10 +5,10 @@
 //   long_recording_bench [--minutes N] [--json FILE]
 #include "bench/avsignal.h"
 #include "bench/figures.h"
-#include "bench/processusage.h"
 #include "bench/recordertools.h"
 #include "bench/table.h"
 #include "tests/recording/recordinghelpers.h"
+#include "tests/support/processusage.h"
 #include "tests/support/programundertest.h"
 
 #include <QCommandLineParser>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "bench/processusage.h"
 #include "bench/recorders.h"
 #include "bench/recordertools.h"
 #include "tests/recording/recordinghelpers.h"
 #include "tests/recording/regionuser.h"
+#include "tests/support/processusage.h"
 #include "tests/support/programundertest.h"
 #include "tests/support/testpattern.h"
 

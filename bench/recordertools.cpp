@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "bench/recordertools.h"
 
-#include "bench/processusage.h"
 #include "tests/support/mediafile.h"
+#include "tests/support/processusage.h"
 #include "tests/support/testpattern.h"
 
 #include <QCoreApplication>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "bench/processusage.h"
+#include "tests/support/processusage.h"
 
 #include <QByteArray>
 #include <QDir>
