@@ -78,6 +78,7 @@ void endTake(ProgramUnderTest& program, Take& take);
 Take record(ProgramUnderTest& program, const QString& extension, int milliseconds);
 
 /// How often Shift+Tab is pressed from the record button, which has the keyboard after the start, to a control.
+inline constexpr int kStepsToFormat = 3;
 inline constexpr int kStepsToName = 4;
 inline constexpr int kStepsToWebcam = 7;
 inline constexpr int kStepsToRatio = 13;

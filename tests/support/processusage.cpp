@@ -43,6 +43,14 @@ double number(const QByteArray& status, const QByteArray& name)
     return 0;
 }
 
+int sharedPartsOf(const QByteArray& maps)
+{
+    const QList<QByteArray> lines = maps.split('\n');
+    return static_cast<int>(std::count_if(lines.begin(), lines.end(), [](const QByteArray& line) {
+        return line.contains("/SYSV") || line.contains("/dev/shm/") || line.contains("/memfd:");
+    }));
+}
+
 } // namespace
 
 ProcessUsage usageOf(qint64 processId)
@@ -57,6 +65,7 @@ ProcessUsage usageOf(qint64 processId)
     usage.threads = static_cast<int>(number(status, "Threads:"));
     usage.descriptors = static_cast<int>(
         QDir(folder + QLatin1String("/fd")).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size());
+    usage.sharedParts = sharedPartsOf(read(folder + QLatin1String("/maps")));
     return usage;
 }
 

@@ -15,6 +15,8 @@ struct ProcessUsage
     int threads = 0;
     /// Open files, sockets and the like.
     int descriptors = 0;
+    /// Mapped parts of memory that can be shared: segments of System V, /dev/shm, and files without a name.
+    int sharedParts = 0;
 };
 
 /// Zeros when there is no such process.
