@@ -126,6 +126,7 @@ private slots:
     void killedRecordingPlaysUpToTheLastSeconds();
     void recordingIsFinishedWhenTheXServerIsGone_data();
     void recordingIsFinishedWhenTheXServerIsGone();
+    void idleProgramEndsWhenTheXServerIsGone();
     void killedWhileFinishingLosesNothing();
 
 private:
@@ -213,6 +214,19 @@ void TestKills::recordingIsFinishedWhenTheXServerIsGone()
     killjudge::check(expected, take.path, m_screen, killedNs);
 }
 
+void TestKills::idleProgramEndsWhenTheXServerIsGone()
+{
+    OwnDisplay display(m_screen);
+    QVERIFY(display.isThere());
+    ProgramUnderTest program;
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    display.kill();
+    QVERIFY(program.waitUntilEnded(kTimeoutMs));
+    QCOMPARE(program.exitCode(), EXIT_FAILURE);
+    QCOMPARE(program.crashReport(), QString());
+    QVERIFY2(program.logText().contains("The X server is gone"), qPrintable(program.logText()));
+}
+
 /// At random moments of the time that it takes to make a large file plain.
 void TestKills::killedWhileFinishingLosesNothing()
 {
@@ -248,6 +262,14 @@ void TestKills::killedWhileFinishingLosesNothing()
     QCOMPARE(packetCounts(recording.path()), packets);
 }
 
-REGISTER_TEST(testrun::gui<TestKills>);
+static int run(int argc, char* argv[])
+{
+    // Qt Test ends a function after five minutes.
+    if (runsAllKills())
+        qputenv("QTEST_FUNCTION_TIMEOUT", "3600000");
+    return testrun::gui<TestKills>(argc, argv);
+}
+
+REGISTER_TEST(run);
 
 #include "test_kills.moc"
