@@ -9,8 +9,9 @@
 #include <QScreen>
 #include <QTest>
 
-#include <cmath>
 #include <utility>
+
+#include <cmath>
 
 /// Each format recorded by the program through its hotkey, and judged by the file alone.
 class TestFormats : public QObject
