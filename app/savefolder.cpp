@@ -3,6 +3,7 @@
 
 #include "app/sclogger.h"
 #include "app/settings.h"
+#include "app/shownpath.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -35,10 +36,10 @@ SaveFolder usableSaveFolder(const QString& stored, QLatin1String key)
     const QString fallback = defaultSaveFolder(key);
     const bool isReplaced = stored != fallback && canBeUsed(fallback);
     if (isReplaced)
-        SCLogger::warning(
-            QStringLiteral("The save folder cannot be used, files go to the default folder: \"%1\"").arg(stored));
+        SCLogger::warning(QStringLiteral("The save folder cannot be used, files go to the default folder: \"%1\"")
+                              .arg(shownPath(stored)));
     else
-        SCLogger::error(
-            QStringLiteral("Neither the save folder nor the default folder can be used: \"%1\"").arg(stored));
+        SCLogger::error(QStringLiteral("Neither the save folder nor the default folder can be used: \"%1\"")
+                            .arg(shownPath(stored)));
     return {fallback, isReplaced};
 }
