@@ -14,6 +14,7 @@
 #include <QListView>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -168,8 +169,11 @@ private slots:
     {
         // Nothing that could open a file is found.
         const QByteArray path = qgetenv("PATH");
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("a\u202egpj.exe")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
         makeWindow();
-        emit m_window->fileProduced(QStringLiteral("/tmp/a\u202egpj.exe"), QStringLiteral("video"));
+        emit m_window->fileProduced(file.fileName(), QStringLiteral("video"));
         click(*child<QPushButton>("filesTab"));
         auto& view = *child<QListView>("fileView");
         desktopuser::waitUntilStill();
