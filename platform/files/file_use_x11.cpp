@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/files/file_use.h"
+#include "platform/files/write_lease_x11.h"
 
 #include <QFile>
 
@@ -8,11 +9,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-std::optional<bool> platform::isOpenForWriting(const QString& path)
+std::optional<bool> platform::isOpenForWriting(int file)
 {
-    const int file = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (file < 0)
-        return std::nullopt;
     // The system refuses a lease for reading while somebody may write. Who opens the file for writing during the lease
     // has a signal sent here: not the usual one, which would end the process.
     fcntl(file, F_SETSIG, SIGURG);
@@ -20,6 +18,15 @@ std::optional<bool> platform::isOpenForWriting(const QString& path)
     const bool isWritten = !isLeased && errno == EAGAIN;
     if (isLeased)
         fcntl(file, F_SETLEASE, F_UNLCK);
-    close(file);
     return isLeased || isWritten ? std::optional(isWritten) : std::nullopt;
+}
+
+std::optional<bool> platform::isOpenForWriting(const QString& path)
+{
+    const int file = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (file < 0)
+        return std::nullopt;
+    const auto isWritten = isOpenForWriting(file);
+    close(file);
+    return isWritten;
 }

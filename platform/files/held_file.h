@@ -25,7 +25,17 @@ public:
     /// What is written so far.
     qint64 bytes() const;
 
-    /// Where it is now; empty where no path leads to it.
+    /// Whether somebody may still write to it.
+    bool isWrittenTo() const;
+
+    /// Whether it can be read without its path.
+    bool isHeld() const;
+
+    /// Whether it is known to have been deleted, so that it ends with the last who has it open.
+    bool isDeleted() const;
+
+    /// Where it is now; empty where no path leads to it, or one to what is deleted: in the trash, or kept by NFS until
+    /// it is closed.
     QString currentPath() const;
 
     /// Up to the disk. Replaces what is at the path.
@@ -34,10 +44,14 @@ public:
     bool copyTo(const QString& path, QString& error) const;
 
 private:
-    HeldFile(const QString& path, int descriptor) : m_path(path), m_descriptor(descriptor) {}
+    HeldFile(const QString& path, int descriptor, bool hasLinkCount)
+        : m_path(path), m_descriptor(descriptor), m_hasLinkCount(hasLinkCount)
+    {}
 
     const QString m_path;
     const int m_descriptor;
+    /// Some file systems report 0 for every file.
+    const bool m_hasLinkCount;
 };
 
 } // namespace platform

@@ -10,7 +10,7 @@ std::shared_ptr<HeldFile> HeldFile::open(const QString& path)
     constexpr int kNothing = -1;
     if (!QFile::exists(path))
         return nullptr;
-    return std::shared_ptr<HeldFile>(new HeldFile(path, kNothing));
+    return std::shared_ptr<HeldFile>(new HeldFile(path, kNothing, false));
 }
 
 HeldFile::~HeldFile() = default;
@@ -25,6 +25,21 @@ qint64 HeldFile::bytes() const
     // The folder's entry has an old size while the file is open.
     QFile file(m_path);
     return file.open(QIODevice::ReadOnly) ? file.size() : 0;
+}
+
+bool HeldFile::isWrittenTo() const
+{
+    return false;
+}
+
+bool HeldFile::isHeld() const
+{
+    return false;
+}
+
+bool HeldFile::isDeleted() const
+{
+    return false;
 }
 
 QString HeldFile::currentPath() const

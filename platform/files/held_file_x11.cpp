@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/files/disk_sync.h"
 #include "platform/files/held_file.h"
+#include "platform/files/write_lease_x11.h"
 
+#include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -17,6 +21,13 @@ namespace {
 bool isSameFile(const struct stat& left, const struct stat& right)
 {
     return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
+/// File managers rename what is deleted into the trash of the user or of the disk, and NFS what is still open.
+bool isOfDeleted(const QString& path)
+{
+    static const QRegularExpression trash(QStringLiteral("/(Trash|\\.Trash/\\d+|\\.Trash-\\d+)/files/"));
+    return trash.match(path).hasMatch() || QFileInfo(path).fileName().startsWith(QLatin1String(".nfs"));
 }
 
 /// The next block of a file; empty at its end. False where it cannot be read.
@@ -36,7 +47,9 @@ std::shared_ptr<HeldFile> HeldFile::open(const QString& path)
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0)
         return nullptr;
-    return std::shared_ptr<HeldFile>(new HeldFile(path, descriptor));
+    struct stat held = {};
+    const bool hasLinkCount = fstat(descriptor, &held) == 0 && held.st_nlink > 0;
+    return std::shared_ptr<HeldFile>(new HeldFile(path, descriptor, hasLinkCount));
 }
 
 HeldFile::~HeldFile()
@@ -50,13 +63,37 @@ bool HeldFile::isInPlace() const
     struct stat held = {};
     // The numbers of files are not compared: file systems of networks change them.
     return stat(QFile::encodeName(m_path).constData(), &named) == 0 && fstat(m_descriptor, &held) == 0 &&
-           held.st_nlink > 0;
+           (held.st_nlink > 0 || !m_hasLinkCount);
 }
 
 qint64 HeldFile::bytes() const
 {
     struct stat held = {};
     return fstat(m_descriptor, &held) == 0 ? held.st_size : 0;
+}
+
+bool HeldFile::isWrittenTo() const
+{
+    constexpr qint64 kQuietSeconds = 2;
+    if (const auto isOpen = isOpenForWriting(m_descriptor))
+        return *isOpen;
+    struct stat held = {};
+    if (fstat(m_descriptor, &held) != 0)
+        return false;
+    const qint64 quietSeconds = QDateTime::currentSecsSinceEpoch() - held.st_mtim.tv_sec;
+    // A clock that was set back would make it wait.
+    return quietSeconds >= 0 && quietSeconds < kQuietSeconds;
+}
+
+bool HeldFile::isHeld() const
+{
+    return true;
+}
+
+bool HeldFile::isDeleted() const
+{
+    struct stat held = {};
+    return m_hasLinkCount && fstat(m_descriptor, &held) == 0 && held.st_nlink == 0;
 }
 
 QString HeldFile::currentPath() const
@@ -66,7 +103,7 @@ QString HeldFile::currentPath() const
     struct stat held = {};
     const bool isThere = stat(QFile::encodeName(path).constData(), &named) == 0 && fstat(m_descriptor, &held) == 0 &&
                          isSameFile(named, held);
-    return isThere ? path : QString();
+    return isThere && !isOfDeleted(path) ? path : QString();
 }
 
 bool HeldFile::copyTo(const QString& path, QString& error) const

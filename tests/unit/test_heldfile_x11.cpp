@@ -91,6 +91,44 @@ private slots:
         QCOMPARE(m_file->currentPath(), m_root->filePath(QStringLiteral("older/demo.mp4")));
     }
 
+    void fileInTheTrashIsNowhere_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("of the user") << "share/Trash/files/demo.mp4";
+        QTest::newRow("of the user, with its folder") << "share/Trash/files/videos/demo.mp4";
+        QTest::newRow("of the disk") << ".Trash-1000/files/demo.mp4";
+        QTest::newRow("of the disk, shared") << ".Trash/1000/files/demo.mp4";
+        QTest::newRow("of a server") << "videos/.nfs000000000031a2b500000001";
+    }
+
+    void fileInTheTrashIsNowhere()
+    {
+        QFETCH(const QString, name);
+        m_writer->write("recorded");
+        const QString trash = m_root->filePath(name);
+        QVERIFY(QDir().mkpath(QFileInfo(trash).path()));
+        QVERIFY(QFile::rename(m_path, trash));
+        QVERIFY(!m_file->isInPlace());
+        QVERIFY(!m_file->isDeleted());
+        QCOMPARE(m_file->currentPath(), QString());
+        QString error;
+        QVERIFY2(m_file->copyTo(m_root->filePath(QStringLiteral("copy.mp4")), error), qPrintable(error));
+    }
+
+    void deletedFileIsKnownAsSuch()
+    {
+        QVERIFY(!m_file->isDeleted());
+        QVERIFY(QFile::remove(m_path));
+        QVERIFY(m_file->isDeleted());
+    }
+
+    void fileThatIsOpenForWritingIsWrittenTo()
+    {
+        QVERIFY(m_file->isWrittenTo());
+        m_writer->close();
+        QVERIFY(!m_file->isWrittenTo());
+    }
+
     void copyThatDoesNotFitIsNotWhole()
     {
         const QByteArray content = anyContent();
