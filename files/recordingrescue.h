@@ -21,12 +21,12 @@ public:
     /// Waits for the copies.
     ~RecordingRescue() override;
 
-    /// Makes the target, with its folder; done() follows.
+    /// Makes the target, with its folder; copies when nobody writes to the file any more. done() follows.
     /// @return false, and nothing follows, where it cannot be made or is there
     bool begin(std::shared_ptr<const platform::HeldFile> file, const QString& target);
 
 signals:
-    /// What could be copied stays also where it is not all.
+    /// What could be copied stays also where it is not all. Where nothing could, there is no target any more.
     void done(const QString& target, bool isWhole);
 
 private:

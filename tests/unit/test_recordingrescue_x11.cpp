@@ -48,6 +48,27 @@ private slots:
         QCOMPARE(contentOf(m_target), QByteArray("recorded"));
     }
 
+    /// The output reports its end first, and writes its indexes and headers then.
+    void fileIsCopiedWhenItIsClosed()
+    {
+        RecordingRescue rescue;
+        const QSignalSpy done(&rescue, &RecordingRescue::done);
+        const QString path = m_root->filePath(QStringLiteral("deleted"));
+        QFile writer(path);
+        QVERIFY(writer.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        writer.write("0 frames");
+        QVERIFY(rescue.begin(HeldFile::open(path), m_target));
+        QVERIFY(QFile::remove(path));
+        QTest::qWait(200);
+        QCOMPARE(done.size(), 0);
+        writer.seek(0);
+        writer.write("9 frames, index");
+        writer.close();
+        QTRY_COMPARE(done.size(), 1);
+        QCOMPARE(done.at(0), (QVariantList{m_target, true}));
+        QCOMPARE(contentOf(m_target), QByteArray("9 frames, index"));
+    }
+
     void nothingIsReplaced()
     {
         RecordingRescue rescue;
@@ -78,6 +99,17 @@ private slots:
         QTRY_COMPARE(done.size(), 1);
         QCOMPARE(done.at(0), (QVariantList{m_target, false}));
         QCOMPARE(contentOf(m_target), QByteArray(50'000, 'x'));
+    }
+
+    void copyOfNothingIsNoFile()
+    {
+        RecordingRescue rescue;
+        const QSignalSpy done(&rescue, &RecordingRescue::done);
+        // Reading fails.
+        QVERIFY(rescue.begin(HeldFile::open(m_root->path()), m_target));
+        QTRY_COMPARE(done.size(), 1);
+        QCOMPARE(done.at(0), (QVariantList{m_target, false}));
+        QVERIFY(!QFileInfo::exists(m_target));
     }
 
     void endOfTheProgramWaitsForTheCopy()
