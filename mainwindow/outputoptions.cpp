@@ -92,17 +92,18 @@ void OutputOptions::storeFormat(int position)
     m_settings.setValue(m_parts.formatKey, m_parts.formats.at(position));
 }
 
-void OutputOptions::chooseFolder()
+QString OutputOptions::chooseFolder()
 {
     // A dialog opened over a countdown would hold it up, and start the recording whenever the dialog is closed.
     if (!m_activity.isIdle())
-        return;
+        return {};
     const QString folder =
         QFileDialog::getExistingDirectory(m_parts.folderEdit.window(), tr(m_parts.folderTitle), this->folder());
     if (folder.isEmpty())
-        return;
+        return {};
     m_settings.setValue(m_parts.folderKey, folder);
     showStoredFolder();
+    return folder;
 }
 
 void OutputOptions::reportFallback(Notices& notices)

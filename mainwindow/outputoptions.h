@@ -51,7 +51,8 @@ public:
     QString folder() const;
 
     /// Ignored unless idle.
-    void chooseFolder();
+    /// @return empty where none was chosen
+    QString chooseFolder();
     /// Posts that the default folder is used in place of folder().
     void reportFallback(Notices& notices);
 

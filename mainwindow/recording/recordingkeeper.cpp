@@ -13,27 +13,30 @@
 
 namespace {
 
-/// In the default folder, by the same name.
-QString rescuedPath(const QString& path)
+/// In a folder, by the same name.
+QString freePathIn(const QString& folder, const QString& path)
 {
     const QFileInfo file(path);
-    const QString base =
-        defaultSaveFolder(settingskeys::kRecordingSaveLocation) + QLatin1Char('/') + file.completeBaseName();
-    return firstFreePath(base, file.suffix()) + QLatin1Char('.') + file.suffix();
+    return firstFreePath(folder + QLatin1Char('/') + file.completeBaseName(), file.suffix()) + QLatin1Char('.') +
+           file.suffix();
 }
 
 } // namespace
 
-RecordingKeeper::RecordingKeeper(RecordingSession& session, Notices& notices, std::function<void()> chooseFolder,
+RecordingKeeper::RecordingKeeper(RecordingSession& session, Notices& notices, std::function<QString()> chooseFolder,
                                  int watchMs)
-    : m_session(session), m_notices(notices), m_texts(std::move(chooseFolder)), m_watch(watchMs)
+    : m_session(session)
+    , m_notices(notices)
+    , m_chooseFolder(std::move(chooseFolder))
+    , m_texts(m_chooseFolder)
+    , m_watch(watchMs)
 {
     connect(&session, &RecordingSession::starting, this, &RecordingKeeper::onStarting);
     connect(&session, &RecordingSession::fileProduced, this, &RecordingKeeper::onStarted);
     connect(&session, &RecordingSession::ended, this, &RecordingKeeper::onEnded);
     connect(&m_watch, &RecordingWatch::spaceRunsOut, &session, &RecordingSession::endForLackOfSpace);
     connect(&m_watch, &RecordingWatch::fileGone, &session, &RecordingSession::endWithoutFolder);
-    connect(&m_rescue, &RecordingRescue::done, this, &RecordingKeeper::onSaved);
+    connect(&m_rescue, &RecordingRescue::done, this, &RecordingKeeper::onCopied);
 }
 
 void RecordingKeeper::onStarting(const QString& path, qint64 bytesPerSecond)
@@ -54,29 +57,64 @@ void RecordingKeeper::onStarted(const QString& path)
 void RecordingKeeper::onEnded(const RecordingOutcome& outcome)
 {
     const auto file = m_watch.stop();
-    if (outcome.kind == RecordingOutcome::Kind::FolderGone)
+    // Whatever has ended the recording, its file may have gone since the last look, or be back.
+    if (file && !file->isInPlace())
         save(outcome.path, file);
     else if (const auto notice = m_texts.ofOutcome(outcome))
         m_notices.post(*notice);
 }
 
-void RecordingKeeper::save(const QString& path, std::shared_ptr<platform::HeldFile> file)
+void RecordingKeeper::save(const QString& path, const std::shared_ptr<platform::HeldFile>& file)
 {
-    const QString present = file ? file->currentPath() : QString();
-    const QString target = rescuedPath(path);
-    if (!present.isEmpty()) {
+    if (const QString present = file->currentPath(); !present.isEmpty()) {
         emit fileMoved(path, present);
         emit fileSaved(present);
         m_notices.post(m_texts.moved(present));
-    } else if (file && m_rescue.begin(std::move(file), target)) {
-        emit fileMoved(path, target);
+    } else if (file->isHeld()) {
+        beginCopy({file, path}, defaultSaveFolder(settingskeys::kRecordingSaveLocation));
     } else {
         m_notices.post(m_texts.lost());
     }
 }
 
-void RecordingKeeper::onSaved(const QString& path, bool isWhole)
+void RecordingKeeper::beginCopy(const Copy& copy, const QString& folder)
 {
-    emit fileSaved(path);
-    m_notices.post(isWhole ? m_texts.saved(path) : m_texts.lost());
+    const QString target = freePathIn(folder, copy.listedPath);
+    if (m_rescue.begin(copy.file, target)) {
+        m_copies.insert(target, copy);
+        emit fileMoved(copy.listedPath, target);
+    } else {
+        reportLoss(copy);
+    }
+}
+
+void RecordingKeeper::onCopied(const QString& target, bool isWhole)
+{
+    Copy copy = m_copies.take(target);
+    // The original may come back with its disk.
+    const bool isOriginalKept = !isWhole && (!QFileInfo::exists(target) || !copy.file->isDeleted());
+    emit fileSaved(target);
+    if (isOriginalKept) {
+        emit fileMoved(target, copy.listedPath);
+        emit fileSaved(copy.listedPath);
+    } else {
+        copy.listedPath = target;
+    }
+    if (isWhole)
+        m_notices.post(copy.isChosen ? m_texts.savedAsChosen(target) : m_texts.saved(target));
+    else
+        reportLoss(copy);
+}
+
+/// The notice's action has the file: what was recorded is there as long as the notice is.
+void RecordingKeeper::reportLoss(const Copy& copy)
+{
+    Notice notice = m_texts.lost();
+    notice.action = [this, copy] {
+        if (const QString folder = m_chooseFolder(); folder.isEmpty())
+            reportLoss(copy);
+        else
+            beginCopy({copy.file, copy.listedPath, true}, folder);
+    };
+    m_notices.post(notice);
 }

@@ -5,6 +5,7 @@
 #include "mainwindow/recording/recordingnotices.h"
 #include "mainwindow/recording/recordingwatch.h"
 
+#include <QHash>
 #include <QObject>
 
 #include <functional>
@@ -19,9 +20,9 @@ class RecordingKeeper : public QObject
     Q_OBJECT
 
 public:
-    /// @param chooseFolder lets the user choose another save folder
+    /// @param chooseFolder lets the user choose another save folder; empty where none was chosen
     /// @param watchMs between two looks at file and disk
-    RecordingKeeper(RecordingSession& session, Notices& notices, std::function<void()> chooseFolder, int watchMs);
+    RecordingKeeper(RecordingSession& session, Notices& notices, std::function<QString()> chooseFolder, int watchMs);
 
 signals:
     /// The file is under another path now, and is written to until fileSaved().
@@ -29,15 +30,29 @@ signals:
     void fileSaved(const QString& path);
 
 private:
+    struct Copy
+    {
+        std::shared_ptr<platform::HeldFile> file;
+        /// Where the list of files has it.
+        QString listedPath;
+        /// The user has chosen its folder.
+        bool isChosen = false;
+    };
+
     void onStarting(const QString& path, qint64 bytesPerSecond);
     void onStarted(const QString& path);
     void onEnded(const RecordingOutcome& outcome);
-    void save(const QString& path, std::shared_ptr<platform::HeldFile> file);
-    void onSaved(const QString& path, bool isWhole);
+    void save(const QString& path, const std::shared_ptr<platform::HeldFile>& file);
+    void beginCopy(const Copy& copy, const QString& folder);
+    void onCopied(const QString& target, bool isWhole);
+    void reportLoss(const Copy& copy);
 
     RecordingSession& m_session;
     Notices& m_notices;
+    const std::function<QString()> m_chooseFolder;
     const RecordingNotices m_texts;
     RecordingWatch m_watch;
+    /// Under way, by their targets.
+    QHash<QString, Copy> m_copies;
     RecordingRescue m_rescue;
 };

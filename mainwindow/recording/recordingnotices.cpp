@@ -64,9 +64,11 @@ std::optional<Notice> RecordingNotices::ofOutcome(const RecordingOutcome& outcom
         return ofFailure(tr("%1: the end of the recording is missing."), outcome.cause);
     case Kind::Shortened:
         return withFolder(tr("The disk is nearly full: the recording was ended and is saved."), outcome.path);
+    case Kind::FolderGone:
+        return withFolder(tr("The file could not be reached for a while: the recording was ended and is saved."),
+                          outcome.path);
     case Kind::Complete:
     case Kind::NotStarted:
-    case Kind::FolderGone:
         break;
     }
     return std::nullopt;
@@ -87,6 +89,11 @@ Notice RecordingNotices::saved(const QString& path) const
 {
     return withFolder(tr("The folder of the recording went away: what was recorded is saved in the default folder."),
                       path);
+}
+
+Notice RecordingNotices::savedAsChosen(const QString& path) const
+{
+    return withFolder(tr("What was recorded is saved in the chosen folder."), path);
 }
 
 Notice RecordingNotices::lost() const

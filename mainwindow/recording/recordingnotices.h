@@ -18,7 +18,8 @@ public:
     /// @param chooseFolder lets the user choose another save folder
     explicit RecordingNotices(std::function<void()> chooseFolder);
 
-    /// Nothing where there is nothing to tell. For FolderGone see moved(), saved() and lost().
+    /// Nothing where there is nothing to tell. FolderGone: it was away for a while only. Else see moved(), saved() and
+    /// lost().
     std::optional<Notice> ofOutcome(const RecordingOutcome& outcome) const;
 
     /// Before a start.
@@ -27,6 +28,7 @@ public:
     // The folder has gone.
     Notice moved(const QString& path) const;
     Notice saved(const QString& path) const;
+    Notice savedAsChosen(const QString& path) const;
     Notice lost() const;
 
 private:

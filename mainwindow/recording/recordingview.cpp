@@ -71,7 +71,7 @@ void RecordingView::connectRegion()
 void RecordingView::makeKeeper(Notices& notices)
 {
     m_keeper = std::make_unique<RecordingKeeper>(
-        m_session, notices, [this] { m_output.chooseFolder(); }, m_durations.fileWatchMs);
+        m_session, notices, [this] { return m_output.chooseFolder(); }, m_durations.fileWatchMs);
     connect(&m_session, &RecordingSession::folderReplaced, this,
             [this, &notices] { m_output.reportFallback(notices); });
     connect(m_keeper.get(), &RecordingKeeper::fileMoved, this, &RecordingView::fileMoved);

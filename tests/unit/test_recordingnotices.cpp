@@ -52,6 +52,10 @@ private slots:
         QTest::newRow("shortened") << Kind::Shortened << AsAsked
                                    << "The disk is nearly full: the recording was ended and is saved."
                                    << "Open Folder";
+        QTest::newRow("away for a while")
+            << Kind::FolderGone << AsAsked
+            << "The file could not be reached for a while: the recording was ended and is saved."
+            << "Open Folder";
     }
 
     void outcomesInPlainWords()
@@ -93,6 +97,7 @@ private slots:
     {
         const QString path = QStringLiteral("/home/user/Videos/demo.mp4");
         QCOMPARE(m_notices.saved(path).actionText, QStringLiteral("Open Folder"));
+        QCOMPARE(m_notices.savedAsChosen(path).actionText, QStringLiteral("Open Folder"));
         QCOMPARE(m_notices.moved(path).actionText, QStringLiteral("Open Folder"));
         QSet<QString> texts;
         for (const Notice& notice : {m_notices.saved(path), m_notices.moved(path), m_notices.lost()}) {
@@ -114,9 +119,11 @@ private slots:
             QVERIFY2(keys.contains(QStringLiteral("%1: ") + text.section(QLatin1String(": "), 1)), qPrintable(text));
         }
         const QString path = QStringLiteral("/videos/demo.mp4");
-        for (const Notice& notice : {m_notices.saved(path), m_notices.moved(path), m_notices.lost(),
-                                     m_notices.littleSpace(0), *m_notices.ofOutcome({Kind::Shortened, AsAsked, path}),
-                                     *m_notices.ofOutcome({Kind::NotPrepared, Unknown, path})}) {
+        for (const Notice& notice :
+             {m_notices.saved(path), m_notices.savedAsChosen(path), m_notices.moved(path), m_notices.lost(),
+              m_notices.littleSpace(0), *m_notices.ofOutcome({Kind::FolderGone, AsAsked, path}),
+              *m_notices.ofOutcome({Kind::Shortened, AsAsked, path}),
+              *m_notices.ofOutcome({Kind::NotPrepared, Unknown, path})}) {
             QVERIFY2(keys.contains(notice.text), qPrintable(notice.text));
             QVERIFY2(notice.actionText.isEmpty() || keys.contains(notice.actionText), qPrintable(notice.actionText));
         }
