@@ -4,7 +4,10 @@
 #include "platform/files/held_file.h"
 
 #include <QFileInfo>
+#include <QFutureWatcher>
+#include <QPromise>
 #include <QStorageInfo>
+#include <QThreadPool>
 
 #include <utility>
 
@@ -24,23 +27,35 @@ struct RecordingWatch::Look
 };
 
 RecordingWatch::RecordingWatch(int intervalMs, FreeBytes freeBytes)
-    : m_intervalMs(intervalMs), m_freeBytes(std::move(freeBytes))
+    : m_intervalMs(intervalMs), m_freeBytes(std::move(freeBytes)), m_threads(std::make_unique<QThreadPool>())
 {
+    // One, and some for later recordings while looks of earlier ones hang.
+    constexpr int kThreads = 4;
     connect(&m_timer, &QTimer::timeout, this, &RecordingWatch::look);
-    m_thread.setMaxThreadCount(1);
+    m_threads->setMaxThreadCount(kThreads);
 }
 
-RecordingWatch::~RecordingWatch() = default;
+RecordingWatch::~RecordingWatch()
+{
+    constexpr int kLimitMs = 2000;
+    // The process is about to end.
+    if (!m_threads->waitForDone(kLimitMs))
+        (void)m_threads.release();
+}
 
 qint64 RecordingWatch::freeBytes(const QString& folder)
 {
-    return QStorageInfo(folder).bytesAvailable();
+    // Some file systems report 0 of 0.
+    const QStorageInfo disk(folder);
+    return disk.bytesTotal() > 0 ? disk.bytesAvailable() : -1;
 }
 
 void RecordingWatch::start(const QString& path)
 {
     stop();
     m_path = path;
+    m_isLooking = false;
+    m_timesMissing = 0;
     m_growth = {};
     m_recorded.start();
     m_timer.start(qMin(kSearchMs, m_intervalMs));
@@ -67,17 +82,26 @@ void RecordingWatch::look()
 {
     if (std::exchange(m_isLooking, true))
         return;
-    m_thread.start([this, recording = m_recording, path = m_path, file = m_file] {
-        const Look seen = lookAt(path, file, m_freeBytes);
-        QMetaObject::invokeMethod(
-            this,
-            [this, recording, seen] {
-                m_isLooking = false;
-                if (recording == m_recording)
-                    judge(seen);
-            },
-            Qt::QueuedConnection);
+    const auto promise = std::make_shared<QPromise<Look>>();
+    auto* const answer = new QFutureWatcher<Look>(this);
+    connect(answer, &QFutureWatcherBase::finished, this, [this, answer, recording = m_recording] {
+        answer->deleteLater();
+        onLooked(recording, answer->result());
     });
+    promise->start();
+    answer->setFuture(promise->future());
+    m_threads->start([promise, path = m_path, file = m_file, freeBytes = m_freeBytes] {
+        promise->addResult(lookAt(path, file, freeBytes));
+        promise->finish();
+    });
+}
+
+void RecordingWatch::onLooked(int recording, const Look& seen)
+{
+    if (recording != m_recording)
+        return;
+    m_isLooking = false;
+    judge(seen);
 }
 
 void RecordingWatch::judge(const Look& seen)
@@ -89,7 +113,9 @@ void RecordingWatch::judge(const Look& seen)
     m_growth.add(seen.bytes, m_recorded.elapsed());
     const bool isTight =
         seen.freeBytes >= 0 && seen.freeBytes < diskspace::reserve(m_growth.bytesPerSecond(), m_recorded.elapsed());
-    if (seen.isInPlace && !isTight)
+    // A disk or a network may fail to answer once.
+    m_timesMissing = seen.isInPlace ? 0 : m_timesMissing + 1;
+    if (m_timesMissing == 1 || (seen.isInPlace && !isTight))
         return;
     m_timer.stop();
     if (seen.isInPlace)

@@ -6,24 +6,24 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
-#include <QThreadPool>
 #include <QTimer>
 
 #include <functional>
 #include <memory>
 
+class QThreadPool;
 namespace platform {
 class HeldFile;
 }
 
-/// Watches the file of a recording and the space beside it, on a thread of its own, because a folder on a network may
-/// take its time to answer. Reports once for a recording. User-interface thread.
+/// Watches the file of a recording and the space beside it, on threads of its own, because a folder on a network may
+/// take its time to answer, or never do. Reports once for a recording. User-interface thread.
 class RecordingWatch : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Of a folder; negative where it is not known. Called on the other thread.
+    /// Of a folder; negative where it is not known. Called on another thread.
     using FreeBytes = std::function<qint64(const QString& folder)>;
     static qint64 freeBytes(const QString& folder);
 
@@ -39,7 +39,7 @@ public:
 
 signals:
     void spaceRunsOut();
-    /// Its path leads to the file no more.
+    /// Its path leads to the file no more, as two looks have shown.
     void fileGone();
 
 private:
@@ -47,6 +47,7 @@ private:
 
     static Look lookAt(const QString& path, std::shared_ptr<platform::HeldFile> file, const FreeBytes& freeBytes);
     void look();
+    void onLooked(int recording, const Look& seen);
     void judge(const Look& seen);
 
     const int m_intervalMs;
@@ -57,8 +58,10 @@ private:
     QElapsedTimer m_recorded;
     QTimer m_timer;
     bool m_isLooking = false;
+    /// Looks in a row that have not found the file in its place.
+    int m_timesMissing = 0;
     /// What a late look belongs to.
     int m_recording = 0;
-    /// Of one thread. Goes first.
-    QThreadPool m_thread;
+    /// They use nothing of this object: one whose look hangs outlives it.
+    std::unique_ptr<QThreadPool> m_threads;
 };

@@ -5,11 +5,13 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <atomic>
+#include <functional>
 
 namespace {
 
@@ -37,8 +39,11 @@ private slots:
         QVERIFY(QDir().mkpath(m_root->filePath(QStringLiteral("videos"))));
         m_freeBytes = 1000 * kMegabyte;
         m_looks = 0;
+        m_duringLook = nullptr;
         m_watch = std::make_unique<RecordingWatch>(kIntervalMs, [this](const QString& folder) {
             ++m_looks;
+            if (m_duringLook)
+                m_duringLook(m_looks);
             return folder == m_root->filePath(QStringLiteral("videos")) ? m_freeBytes.load() : -1;
         });
         m_tight = std::make_unique<QSignalSpy>(m_watch.get(), &RecordingWatch::spaceRunsOut);
@@ -83,10 +88,11 @@ private slots:
         m_freeBytes = 20 * kMegabyte;
         startWithFile();
         // Some megabytes a second: 20 seconds of them do not fit.
-        while (m_tight->isEmpty()) {
-            QVERIFY(write(m_path, kMegabyte / 10));
+        for (int megabytes = 0; m_tight->isEmpty() && megabytes < 200; ++megabytes) {
+            QVERIFY(write(m_path, kMegabyte));
             QTest::qWait(20);
         }
+        QCOMPARE(m_tight->size(), 1);
         QCOMPARE(m_gone->size(), 0);
     }
 
@@ -115,6 +121,38 @@ private slots:
         waitForLooks(2);
         QVERIFY(QDir().rename(m_root->filePath(QStringLiteral("videos")), m_root->filePath(QStringLiteral("older"))));
         QTRY_COMPARE(m_gone->size(), 1);
+    }
+
+    /// What one look misses the next one may find.
+    void fileThatIsAwayForOneLookIsNotReported()
+    {
+        const QString away = m_root->filePath(QStringLiteral("away.mp4"));
+        // Called when a look has seen the file, or not.
+        m_duringLook = [this, away](int look) {
+            if (look == 2)
+                QFile::rename(m_path, away);
+            else if (look == 3)
+                QFile::rename(away, m_path);
+        };
+        startWithFile();
+        waitForLooks(8);
+        QCOMPARE(m_gone->size(), 0);
+    }
+
+    void lookThatHangsIsOneOfItsRecordingOnly()
+    {
+        QSemaphore answers;
+        m_duringLook = [&answers](int look) {
+            if (look == 1)
+                answers.acquire();
+        };
+        startWithFile();
+        m_watch->start(m_path);
+        waitForLooks(4);
+        QVERIFY(QFile::remove(m_path));
+        QTRY_COMPARE(m_gone->size(), 1);
+        answers.release();
+        m_watch.reset();
     }
 
     void stoppedWatchReportsNothing()
@@ -161,6 +199,8 @@ private:
     QString m_path;
     std::atomic<qint64> m_freeBytes;
     std::atomic<int> m_looks;
+    /// On the other thread.
+    std::function<void(int)> m_duringLook;
     std::unique_ptr<RecordingWatch> m_watch;
     std::unique_ptr<QSignalSpy> m_tight;
     std::unique_ptr<QSignalSpy> m_gone;
