@@ -293,10 +293,10 @@ void RecordingSession::noteEndReason()
                 cause == StopCause::AsAsked ? StopCause::Unknown : cause);
 }
 
-/// What the recording was ended for explains what came after.
+/// The first one counts, and a folder that has gone explains what came after.
 void RecordingSession::noteFailure(RecordingOutcome::Kind kind, StopCause cause)
 {
-    if (m_outcome.kind != Kind::Complete)
+    if (m_outcome.kind != Kind::Complete && m_outcome.kind != Kind::Shortened)
         return;
     m_outcome.kind = kind;
     m_outcome.cause = cause;

@@ -734,13 +734,24 @@ private slots:
         QTRY_COMPARE(m_session->state(), RecordingState::Idle);
     }
 
-    void whatTheRecordingIsEndedForOutlivesAnEndThatFails()
+    void folderThatHasGoneOutlivesAnEndThatFails()
+    {
+        m_session->requestStart();
+        m_recorder->pollsUntilDrained = kNever;
+        m_session->endWithoutFolder();
+        m_recorder->endByItself(QStringLiteral("disk full"), StopCause::DiskFull);
+        expectOutcome(Kind::FolderGone, StopCause::AsAsked);
+        QCOMPARE(logged().last(), QStringLiteral("Error: The recording ended by itself: disk full"));
+    }
+
+    /// It is not saved as a whole then.
+    void lackOfSpaceDoesNotOutliveAnEndThatFails()
     {
         m_session->requestStart();
         m_recorder->pollsUntilDrained = kNever;
         m_session->endForLackOfSpace();
         m_recorder->endByItself(QStringLiteral("disk full"), StopCause::DiskFull);
-        expectOutcome(Kind::Shortened, StopCause::AsAsked);
+        expectOutcome(Kind::EndedByItself, StopCause::DiskFull);
         QCOMPARE(logged().last(), QStringLiteral("Error: The recording ended by itself: disk full"));
     }
 
