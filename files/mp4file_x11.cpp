@@ -142,7 +142,8 @@ int Remux::writePacket(AVPacket& packet)
 int Remux::copyPackets()
 {
     const Packet packet(av_packet_alloc());
-    while (av_read_frame(m_input.get(), packet.get()) >= 0) {
+    int read = 0;
+    while ((read = av_read_frame(m_input.get(), packet.get())) >= 0) {
         const bool isWhole = (packet->flags & AV_PKT_FLAG_CORRUPT) == 0;
         const int written = isWhole ? writePacket(*packet) : 0;
         av_packet_unref(packet.get());
@@ -156,6 +157,8 @@ int Remux::copyPackets()
     const int disk = m_input->pb->error;
     if (disk < 0 && disk != AVERROR_EOF)
         return disk;
+    if (read != AVERROR_EOF && read != AVERROR_INVALIDDATA)
+        return read;
     return m_isEmpty ? AVERROR_INVALIDDATA : 0;
 }
 
