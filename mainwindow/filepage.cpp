@@ -13,6 +13,7 @@
 #include "widgets/desktopservices.h"
 #include "widgets/messagebox.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QItemSelectionModel>
 
@@ -159,7 +160,10 @@ void FilePage::openFolder()
     const bool screenshots = m_ui->screenshotFilter->isChecked();
     const QLatin1String key =
         screenshots ? settingskeys::kScreenshotSaveLocation : settingskeys::kRecordingSaveLocation;
-    openFile(usableSaveFolder(m_settings.value(key).toString(), key).path);
+    const QString stored = m_settings.value(key).toString();
+    // What can only be read can be shown.
+    const bool isThere = stored != QLatin1String("/") && QDir::isAbsolutePath(stored) && QFileInfo(stored).isDir();
+    openFile(isThere ? stored : usableSaveFolder(stored, key).path);
 }
 
 void FilePage::onNotOpened(const QString& path)

@@ -167,6 +167,19 @@ private slots:
         QCOMPARE(opener.files(), QStringList({videos, m_produced.folder() + QLatin1String("/pictures"), videos}));
     }
 
+    void folderThatCanOnlyBeReadIsOpened()
+    {
+        const auto folder = QStringLiteral("/proc");
+        if (!QFileInfo(folder).isDir())
+            QSKIP("There is no folder that cannot be written to");
+        openSettings()->setValue(settingskeys::kRecordingSaveLocation, folder);
+        makePage();
+        const OpenedAddresses opener({"file"});
+        open();
+        press("openFolderButton");
+        QCOMPARE(opener.files(), QStringList{folder});
+    }
+
     void fileThatIsGoneSaysSoWhereverItIsWanted()
     {
         const OpenedAddresses opener({"file"});
