@@ -279,7 +279,10 @@ bool SCFileManager::refuseFileInUse(const QString& path, QWidget* parent) const
 {
     if (!isInUse(path))
         return false;
-    messagebox::information(parent, tr("Delete"), tr("The file that is being recorded cannot be deleted."));
+    messagebox::information(parent, tr("Delete"),
+                            m_filesBeingSaved.contains(path)
+                                ? tr("The file is still being saved and cannot be deleted yet.")
+                                : tr("The file that is being recorded cannot be deleted."));
     return true;
 }
 

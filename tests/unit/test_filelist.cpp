@@ -740,6 +740,8 @@ private slots:
         QVERIFY(filelibrary::paths().contains(to) && !filelibrary::paths().contains(from));
         press(FileItemDelegate::deleteRect(rowRect(0)).center());
         QVERIFY(boxes.questions().empty());
+        QCOMPARE(boxes.calls().front().text,
+                 QStringLiteral("The file is still being saved and cannot be deleted yet."));
         m_library->setFileSaved(to);
         press(FileItemDelegate::deleteRect(rowRect(0)).center());
         QCOMPARE(boxes.questions().size(), std::size_t{1});
