@@ -171,10 +171,11 @@ private slots:
         const Take take = beginRecording(program, expected);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
         QTest::qWait(kRecordedMs);
+        const qsizetype before = program.messages().size();
         QVERIFY(program.fill(0));
         const int64_t filledNs = monotonicNow();
         // Either the watch or the output finds it first.
-        waitForEnd(program, QStringLiteral("Notice: The disk is "), program.messages().size());
+        waitForEnd(program, QStringLiteral("Notice: The disk is "), before);
         const MediaFile file(program.seen(take.path));
         QVERIFY2(lostSeconds(expected, file, take, filledNs) < kMaxLossSeconds, qPrintable(file.error()));
     }
