@@ -48,7 +48,8 @@ void ScreenVideo::stopForGood()
 {
     videos().areStopped = true;
     const QDeadlineTimer deadline(kFrameLimit);
-    const std::lock_guard lock(videos().mutex);
+    // For good: what is being destroyed must not go on beside the destructors that exit() runs.
+    videos().mutex.lock();
     for (ScreenVideo* const video : videos().all) {
         if (waitUntil([video] { return video->m_frameMutex.try_lock(); }, deadline))
             video->m_frameMutex.unlock();
@@ -89,8 +90,8 @@ ScreenVideo::~ScreenVideo()
 {
     m_isStopping = true;
     m_thread.join();
-    logLaggedFrames();
     const std::lock_guard lock(videos().mutex);
+    logLaggedFrames();
     std::erase(videos().all, this);
 }
 

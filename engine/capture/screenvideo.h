@@ -29,8 +29,8 @@ public:
     ScreenVideo(const ScreenVideo&) = delete;
     ScreenVideo& operator=(const ScreenVideo&) = delete;
 
-    /// For exit(), which runs while the threads do: none begins another frame or hands one over. Waits for frames that
-    /// are being made, but not long: the X server may never answer.
+    /// For exit(), which runs while the threads do: none begins another frame or hands one over, and no destruction
+    /// ends. Waits for frames that are being made, but not long: the X server may never answer.
     static void stopForGood();
 
     video_output* video() const { return m_video.get(); }
