@@ -195,6 +195,7 @@ bool CaptureController::resetRecordingArea()
     const QSize size = videoSize();
     m_preparedSize = size;
     m_preparedRatio = screen.devicePixelRatio;
+    m_framedRatio = m_preparedRatio;
     if (m_engine.resetVideo(size.width(), size.height(), size.width(), size.height(),
                             RecordingSession::kFramesPerSecond) != 0) {
         SCLogger::warning(QStringLiteral("Failed to reset video"));
@@ -408,9 +409,10 @@ void CaptureController::onFrameChanged(bool isMoving, const QPoint& firstPixel, 
     } else if (framed.size() != m_area.rect().size() && !isMoving) {
         // The size of the video is settled: the frame goes back to it.
         m_region.moveFrame(m_area.rect());
+        m_framedRatio = m_preparedRatio;
     } else {
         m_area.moveTo(framed.topLeft());
-        keepVideoSize();
+        keepVideoSize(framed);
         emit areaMoved();
     }
     // A recording follows the frame while it moves; otherwise only its last position counts.
@@ -421,14 +423,15 @@ void CaptureController::onFrameChanged(bool isMoving, const QPoint& firstPixel, 
 }
 
 /// On a screen of another scale, where the recorded pixels are another number of logical ones. The frame takes that
-/// size when it is released.
-void CaptureController::keepVideoSize()
+/// size when it is released; until then its screen counts, for the area may have most of its own size on another one.
+void CaptureController::keepVideoSize(const QRect& framed)
 {
-    const CaptureScreen screen = this->screen();
-    if (m_preparedSize.isEmpty() || screen.devicePixelRatio == m_preparedRatio)
+    const CaptureScreen screen = desktop().screenOf(framed);
+    const double ratio = screen.devicePixelRatio;
+    if (m_preparedSize.isEmpty() || (ratio == m_preparedRatio && ratio == m_framedRatio))
         return;
-    m_preparedRatio = screen.devicePixelRatio;
-    m_area.fitVideo(m_preparedSize, screen.devicePixelRatio);
+    m_preparedRatio = ratio;
+    m_area.fitVideo(m_preparedSize, ratio);
     m_area.moveTo(keptOn(screen.geometry, m_area.rect()).topLeft());
 }
 

@@ -66,7 +66,7 @@ private:
     void switchScreen(bool on);
     void applyCaptureArea();
     bool resetRecordingArea();
-    void keepVideoSize();
+    void keepVideoSize(const QRect& framed);
     CaptureDesktop desktop() const;
     /// The one that is captured: of a region, the one that holds most of it.
     CaptureScreen screen() const;
@@ -108,6 +108,8 @@ private:
     QSize m_preparedSize;
     /// Of the screen on which the area has that size.
     double m_preparedRatio = 1.0;
+    /// Of the screen on which the frame has that size.
+    double m_framedRatio = 1.0;
     bool m_engineRuns = false;
     /// Whether the engine lists the captured screen.
     bool m_targetFound = false;

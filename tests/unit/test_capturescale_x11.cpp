@@ -118,6 +118,37 @@ private slots:
         form.endRecording();
     }
 
+    /// It is the frame that is on one screen or the other, and it keeps its size while it is dragged.
+    void recordedRegionChangesItsScreenOnceAtTheBorderOfTwo()
+    {
+        RecordingForm form;
+        chooseRegion(form);
+        form.beginRecording();
+        DrawWindow& frame = *shownWindow<DrawWindow>();
+        QList<int> widths;
+        QList<int> positions;
+        for (const int x : {900, 961, 962, 963, 1000, 1001, 1100, 1279, 1280}) {
+            moveFrame(frame, QPoint(x, 50), true);
+            widths.append(form.capture().area().width());
+            positions.append(form.capture().area().x());
+        }
+        QCOMPARE(widths, (QList<int>{640, 320, 320, 320, 320, 320, 320, 320, 320}));
+        QCOMPARE(positions, (QList<int>{900, 1280, 1280, 1280, 1280, 1280, 1280, 1280, 1280}));
+        moveFrame(frame, QPoint(1280, 50), false);
+        QCOMPARE(frame.geometry().width(), 320 + 8);
+        widths.clear();
+        positions.clear();
+        // The smaller one is most on the screen on the left from a later column on.
+        for (const int x : {1130, 1119, 1118, 1000, 960, 641, 640}) {
+            moveFrame(frame, QPoint(x, 50), true);
+            widths.append(form.capture().area().width());
+            positions.append(form.capture().area().x());
+        }
+        QCOMPARE(widths, (QList<int>{320, 640, 640, 640, 640, 640, 640}));
+        QCOMPARE(positions, (QList<int>{1130, 640, 640, 640, 640, 640, 640}));
+        form.endRecording();
+    }
+
     void regionThatIsNotRecordedKeepsItsSizeInLogicalPixels()
     {
         RecordingForm form;
