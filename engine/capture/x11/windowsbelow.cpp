@@ -42,13 +42,12 @@ QRegion opaquePart(const std::uint8_t* rows, const QSize& size)
 {
     QRegion part;
     for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0, end = 0; x < size.width(); x = end + 1) {
-            for (end = x; end < size.width() && isOpaque(rows); ++end)
+        for (int x = 0, end = 0; x < size.width(); x = end) {
+            const bool isRunOpaque = isOpaque(rows);
+            for (end = x; end < size.width() && isOpaque(rows) == isRunOpaque; ++end)
                 rows += kBytesPerPixel;
-            part += QRect(x, y, end - x, 1);
-            // The one that ends the run.
-            if (end < size.width())
-                rows += kBytesPerPixel;
+            if (isRunOpaque)
+                part += QRect(x, y, end - x, 1);
         }
     }
     return part;
