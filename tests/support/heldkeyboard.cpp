@@ -13,12 +13,15 @@ using platform::xcb::Connection;
 
 constexpr int kOpenTimeoutMs = 30'000;
 
-/// Reads its script from its input, and goes on when that ends.
+/// Reads its script from its input, and goes on when that ends. A menu that is not on the screen yet holds nothing.
 const QByteArray kScript = "menu .menu -tearoff 0\n"
                            ".menu add command -label First\n"
                            ".menu add command -label Second\n"
                            "tkwait visibility .\n"
                            "tk_popup .menu 20 20\n"
+                           "while {[grab status .menu] ne {global}} {after 20; update; catch {tk_popup .menu 20 20}}\n"
+                           "puts held\n"
+                           "flush stdout\n"
                            "vwait forever\n";
 
 bool grabKeyboard(xcb_connection_t* connection)
@@ -88,7 +91,8 @@ bool TkMenu::open()
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(QStringLiteral("wish"), QStringList());
     m_process.write(kScript);
-    return QTest::qWaitFor([] { return isHeld(); }, kOpenTimeoutMs);
+    // Not by isHeld(), whose own grab may be the one that Tk meets.
+    return QTest::qWaitFor([this] { return m_process.canReadLine(); }, kOpenTimeoutMs) && isHeld();
 }
 
 TkMenu::~TkMenu()
