@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/recording/recordinghelpers.h"
 
+#include "tests/support/stillimage.h"
+#include "tests/support/x11clients.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -95,6 +98,18 @@ Take waitForTake(ProgramUnderTest& program, const QString& extension, qsizetype 
     take.path = file->text.section(QLatin1String("file: "), 1) + QLatin1Char('.') + extension;
     take.startedNs = started->monotonicNs;
     return take;
+}
+
+QRect countdownNumber()
+{
+    QRect number(0, 0, 60, 60);
+    number.moveCenter(QRect(QPoint(0, 0), StillImage::displaySize()).center() - QPoint(0, 15));
+    return number;
+}
+
+bool isCountdownShown()
+{
+    return qGray(x11clients::grab(countdownNumber()).pixel(0, 0)) < 128;
 }
 
 void endTake(ProgramUnderTest& program, Take& take)

@@ -71,6 +71,13 @@ Take beginTake(ProgramUnderTest& program, const QString& extension);
 /// The same after somebody else has asked for the recording. @param from the messages before that
 Take waitForTake(ProgramUnderTest& program, const QString& extension, qsizetype from);
 
+/// Whether the countdown of a recording of the whole display is there; on a white display, once the main window is
+/// minimised: the countdown is dark around its number.
+bool isCountdownShown();
+
+/// Where it has its number, in physical pixels of the display.
+QRect countdownNumber();
+
 /// Presses the hotkey again and waits until the file is closed and the main window is back.
 void endTake(ProgramUnderTest& program, Take& take);
 

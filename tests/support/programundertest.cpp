@@ -16,7 +16,6 @@ constexpr int kEngineStartTimeoutMs = 60'000;
 constexpr int kPoliteEndTimeoutMs = 10'000;
 constexpr int kToolTimeoutMs = 10'000;
 constexpr int kPollMs = 5;
-constexpr int kCountdownStepMs = 100;
 
 QByteArray runTool(const QString& program, const QStringList& arguments)
 {
@@ -131,8 +130,8 @@ bool ProgramUnderTest::start()
     if (!writeSettings())
         return false;
     QProcessEnvironment variables = environment();
-    if (!m_countsDownInFull)
-        variables.insert(QStringLiteral("KESTRANO_COUNTDOWN_STEP_MS"), QString::number(kCountdownStepMs));
+    if (m_countdownStepMs)
+        variables.insert(QStringLiteral("KESTRANO_COUNTDOWN_STEP_MS"), QString::number(*m_countdownStepMs));
     // The moment of each message by the same clock that the test pattern shows.
     variables.insert(QStringLiteral("QT_MESSAGE_PATTERN"), QStringLiteral("@%{time boot}@%{message}"));
     m_process.setProcessEnvironment(variables);

@@ -49,7 +49,9 @@ public:
     void startThrough(const QStringList& command) { m_wrapper = command; }
     QString executable() const { return m_executable; }
     /// Counts down for three seconds, as the user has it, and not for a moment only; before start().
-    void countDownInFull() { m_countsDownInFull = true; }
+    void countDownInFull() { m_countdownStepMs.reset(); }
+    /// Leaves so long between two numbers of the countdown, for what is done while it is there; before start().
+    void countDownBy(int stepMs) { m_countdownStepMs = stepMs; }
 
     /// Starts the program without waiting for anything.
     bool start();
@@ -120,7 +122,7 @@ private:
     QTemporaryDir m_profile;
     QString m_executable;
     QStringList m_wrapper;
-    bool m_countsDownInFull = false;
+    std::optional<int> m_countdownStepMs = 100;
     QMap<QString, QVariant> m_settings;
     QProcess m_process;
     QByteArray m_partialLine;
