@@ -314,6 +314,8 @@ private slots:
         QTRY_COMPARE(colourAt(position.topLeft() + QPoint(1, 1)), qRgb(255, 0, 0));
         xdotool({"click", "1"});
         QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
+        // The frame is no part of the screen yet, nor are its buttons.
+        desktopuser::waitUntilStill();
         click(desktopuser::centreOf(*barButton("cancelButton")));
         QTRY_VERIFY(!m_window->isMinimized());
     }
