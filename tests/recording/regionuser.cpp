@@ -13,12 +13,35 @@
 namespace {
 
 constexpr int kAnswerTimeoutMs = 15'000;
+constexpr int kAttempts = 3;
 
 /// Of the display around a position. The veil that a region is dragged on takes two fifths of it.
 int brightnessAt(const QPoint& position)
 {
     constexpr QSize kAround(8, 8);
     return meanColour(x11clients::grab(QRect(position, kAround)), QPoint(4, 4), 4).value();
+}
+
+/// Presses the tile that has the keyboard, and waits for the veil. Where none comes, does it again, as a user would.
+bool showVeil(ProgramUnderTest& program, const QPoint& watched)
+{
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        const qsizetype from = program.messages().size();
+        // What lies below all windows may not be drawn yet, and nothing is darker than that.
+        int clear = 0;
+        if (!QTest::qWaitFor([&] { return (clear = brightnessAt(watched)) > 0; }, kAnswerTimeoutMs))
+            return false;
+        ProgramUnderTest::pressKey(QStringLiteral("space"));
+        if (program.waitForMessage(QStringLiteral("Select region clicked"), kAnswerTimeoutMs, from) &&
+            QTest::qWaitFor([&] { return brightnessAt(watched) < clear * 3 / 4; }, kAnswerTimeoutMs))
+            return true;
+        qWarning("No veil came where the brightness was %d and is %d.", clear, brightnessAt(watched));
+        // The tile has the keyboard again.
+        ProgramUnderTest::pressKey(QStringLiteral("Escape"));
+        if (!goBackFromRecordButton(program, 0))
+            return false;
+    }
+    return false;
 }
 
 /// The area of the program's last word on it.
@@ -49,11 +72,7 @@ std::optional<QRect> regionuser::chooseRegion(ProgramUnderTest& program, const Q
     if (!goBackFromRecordButton(program, steps))
         return std::nullopt;
     const QPoint start = physical(logicalArea.topLeft());
-    const qsizetype from = program.messages().size();
-    const int clear = brightnessAt(start);
-    ProgramUnderTest::pressKey(QStringLiteral("space"));
-    if (!program.waitForMessage(QStringLiteral("Select region clicked"), kAnswerTimeoutMs, from) ||
-        !QTest::qWaitFor([&] { return brightnessAt(start) < clear * 3 / 4; }, kAnswerTimeoutMs))
+    if (!showVeil(program, start))
         return std::nullopt;
     const qsizetype beforeDrag = program.messages().size();
     if (!drag(start, physical(logicalArea.bottomRight())))
