@@ -138,10 +138,11 @@ void SCFileManager::setFileSaved(const QString& path)
         finishRecordings();
 }
 
-/// The recording is over. What takes longer is left to the next start.
+/// The recording is over, and nobody has said so. What takes longer is left to the next start.
 void SCFileManager::onDisplayLoss()
 {
     constexpr std::chrono::seconds kLimit{3};
+    m_fileInUse.clear();
     finishRecordings();
     m_finisher->finishWithin(kLimit);
 }
