@@ -61,7 +61,7 @@ void limitEnd()
 void onMessage(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
     g_messageHandler(type, context, text);
-    if (text.contains(QLatin1String("X11 connection broke")) && isMainThread())
+    if (type == QtWarningMsg && text.startsWith(QLatin1String("The X11 connection broke")) && isMainThread())
         end();
 }
 
