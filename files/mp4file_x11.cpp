@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/sclogger.h"
 #include "files/filework.h"
 #include "files/mp4file.h"
 #include "platform/files/disk_sync.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QStorageInfo>
 
 #include <utility>
@@ -212,6 +214,14 @@ private:
     }
 };
 
+/// Whether another user can neither have put it there nor reach another of his files through it.
+bool isOwnFile(int descriptor)
+{
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() &&
+           status.st_nlink == 1;
+}
+
 /// The new file until it replaces the recording. Of several instances of the program that finish the same recording,
 /// one has it. Removed with the object.
 class UnfinishedFile
@@ -222,7 +232,8 @@ public:
     UnfinishedFile(const UnfinishedFile&) = delete;
     UnfinishedFile& operator=(const UnfinishedFile&) = delete;
 
-    /// Empties what a killed program has left. 0, or the system's number of the error.
+    /// Empties what a killed program has left, and goes round what somebody else has put there. 0, or the system's
+    /// number of the error.
     int open();
     bool isThere() const { return FileState(m_path).isSameFile(FileState(m_descriptor)); }
     /// For libavformat, to which its name may have come to mean another file.
@@ -232,6 +243,10 @@ public:
     int replace(const QString& path);
 
 private:
+    int make();
+    int takeLeft();
+    int makeElsewhere();
+
     QString m_path;
     int m_descriptor = -1;
 };
@@ -247,11 +262,33 @@ UnfinishedFile::~UnfinishedFile()
 
 int UnfinishedFile::open()
 {
-    const int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
-    const int descriptor = ::open(QFile::encodeName(m_path).constData(), flags, S_IRUSR | S_IWUSR);
-    if (descriptor < 0)
+    const int error = make();
+    return error == EEXIST ? takeLeft() : error;
+}
+
+int UnfinishedFile::make()
+{
+    const int flags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
+    m_descriptor = ::open(QFile::encodeName(m_path).constData(), flags, S_IRUSR | S_IWUSR);
+    if (m_descriptor < 0)
         return errno;
-    int error = flock(descriptor, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+    // Another instance has it already. Where the file system has no locks, who has made the file has it.
+    if (flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        close(std::exchange(m_descriptor, -1));
+        return EWOULDBLOCK;
+    }
+    return 0;
+}
+
+int UnfinishedFile::takeLeft()
+{
+    const int flags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    const int descriptor = ::open(QFile::encodeName(m_path).constData(), flags);
+    if (descriptor < 0)
+        return makeElsewhere();
+    int error = isOwnFile(descriptor) ? 0 : EPERM;
+    if (error == 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0)
+        error = errno;
     // Another instance may have just finished with it.
     if (error == 0 && !FileState(m_path).isSameFile(FileState(descriptor)))
         error = EWOULDBLOCK;
@@ -261,7 +298,15 @@ int UnfinishedFile::open()
         m_descriptor = descriptor;
     else
         close(descriptor);
-    return error;
+    return error == 0 || error == EWOULDBLOCK ? error : makeElsewhere();
+}
+
+int UnfinishedFile::makeElsewhere()
+{
+    SCLogger::warning(QStringLiteral("%1 is not free, another name is taken").arg(QFileInfo(m_path).fileName()));
+    const QString number = QString::number(QRandomGenerator::system()->generate64(), 16);
+    m_path = QStringLiteral("%1/.%2.unfinished").arg(QFileInfo(m_path).path(), number);
+    return make();
 }
 
 bool UnfinishedFile::syncWith(QFile::Permissions permissions) const

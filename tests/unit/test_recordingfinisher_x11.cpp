@@ -212,6 +212,32 @@ private slots:
         QCOMPARE(fileNames(), QStringList{"video.mp4"});
     }
 
+    void whatSomebodyElseHasPutThereIsLeftAlone_data()
+    {
+        QTest::addColumn<bool>("isTheirs");
+        QTest::newRow("second name of another file") << false;
+        QTest::newRow("another user's file") << true;
+    }
+    void whatSomebodyElseHasPutThereIsLeftAlone()
+    {
+        QFETCH(const bool, isTheirs);
+        const QString path = video(kFragments);
+        const QString unfinished = unfinishedMp4Path(path);
+        const QString other = m_folder->filePath("other");
+        const QByteArray name = QFile::encodeName(isTheirs ? unfinished : other);
+        write(QFile::decodeName(name), "of somebody else");
+        if (isTheirs && chown(name.constData(), 65534, 65534) != 0)
+            QSKIP("Only root can be two users");
+        if (!isTheirs)
+            QCOMPARE(link(name.constData(), QFile::encodeName(unfinished).constData()), 0);
+        QString error;
+        FileWork work;
+        QCOMPARE(makePlainMp4(path, work, error), PlainMp4::Made);
+        QVERIFY(!isFragmentedMp4(path));
+        QCOMPARE(contents(unfinished), QByteArray("of somebody else"));
+        QCOMPARE(fileNames().size(), isTheirs ? 2 : 3);
+    }
+
     void linkStaysAsItIs()
     {
         const QString path = video(kFragments);
