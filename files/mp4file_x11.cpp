@@ -2,7 +2,6 @@
 #include "app/sclogger.h"
 #include "files/filework.h"
 #include "files/mp4file.h"
-#include "platform/files/disk_sync.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -238,7 +237,8 @@ public:
     bool isThere() const { return FileState(m_path).isSameFile(FileState(m_descriptor)); }
     /// For libavformat, to which its name may have come to mean another file.
     QString openPath() const { return QStringLiteral("/proc/self/fd/%1").arg(m_descriptor); }
-    bool syncWith(QFile::Permissions permissions) const;
+    /// 0, or the system's number of the error.
+    int syncWith(QFile::Permissions permissions) const;
     /// Afterwards the object has nothing to remove.
     int replace(const QString& path);
 
@@ -309,10 +309,12 @@ int UnfinishedFile::makeElsewhere()
     return make();
 }
 
-bool UnfinishedFile::syncWith(QFile::Permissions permissions) const
+int UnfinishedFile::syncWith(QFile::Permissions permissions) const
 {
-    QFile file(openPath());
-    return file.setPermissions(permissions) && platform::syncToDisk(m_descriptor);
+    // Some disks and networks have permissions of their own and refuse others.
+    (void)QFile(openPath()).setPermissions(permissions);
+    // EINVAL: not a file system that could.
+    return fsync(m_descriptor) == 0 || errno == EINVAL ? 0 : errno;
 }
 
 int UnfinishedFile::replace(const QString& path)
@@ -337,8 +339,8 @@ int remux(const QString& path, UnfinishedFile& made, const FileState& before, Fi
         return code == AVERROR(EWOULDBLOCK) ? AVERROR_EXIT : code;
     if (code = Remux(path, made.openPath(), work).run(); code < 0)
         return code;
-    if (!made.syncWith(QFile::permissions(path)))
-        return AVERROR(ENOSPC);
+    if (code = AVERROR(made.syncWith(QFile::permissions(path))); code < 0)
+        return code;
     code = AVERROR_EXIT;
     work.change([&] {
         // Somebody may have moved the file away, and recorded another one under its name.
