@@ -102,6 +102,8 @@ private slots:
     {
         if (geteuid() != 0)
             QSKIP("Only root can be two users");
+        // Of the instances, which inherit it.
+        umask(S_IWGRP | S_IWOTH);
     }
 
     void programStartsWhateverAnotherUserLeft_data();
