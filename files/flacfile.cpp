@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/flacfile.h"
 
+#include "files/filework.h"
+
 #include <QFile>
 #include <QList>
 #include <QtEndian>
@@ -145,16 +147,30 @@ std::optional<quint64> lengthOf(const QList<Frame>& frames)
     return std::nullopt;
 }
 
+bool seekProperties(QFile& file, QString& error)
+{
+    if (file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly) && file.read(4) == "fLaC" &&
+        file.seek(kPropertiesPosition))
+        return true;
+    error = file.error() != QFileDevice::NoError ? file.errorString() : QStringLiteral("it is no FLAC file");
+    return false;
+}
+
+bool writeProperties(QFile& file, quint64 properties)
+{
+    properties = qToBigEndian(properties);
+    return file.seek(kPropertiesPosition) &&
+           file.write(reinterpret_cast<const char*>(&properties), sizeof properties) == sizeof properties &&
+           file.flush();
+}
+
 } // namespace
 
-bool writeFlacLength(const QString& path, QString& error)
+bool writeFlacLength(const QString& path, FileWork& work, QString& error)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly) || file.read(4) != "fLaC" ||
-        !file.seek(kPropertiesPosition)) {
-        error = file.error() != QFileDevice::NoError ? file.errorString() : QStringLiteral("it is no FLAC file");
+    if (!seekProperties(file, error))
         return false;
-    }
     quint64 properties = 0;
     if (file.read(reinterpret_cast<char*>(&properties), sizeof properties) != sizeof properties) {
         error = QStringLiteral("it has no audio");
@@ -169,10 +185,8 @@ bool writeFlacLength(const QString& path, QString& error)
         error = QStringLiteral("it has no audio");
         return false;
     }
-    properties = qToBigEndian(properties | (*length & kLengthMask));
-    const bool isWritten =
-        file.seek(kPropertiesPosition) &&
-        file.write(reinterpret_cast<const char*>(&properties), sizeof properties) == sizeof properties && file.flush();
+    bool isWritten = false;
+    work.change([&] { isWritten = writeProperties(file, properties | (*length & kLengthMask)); });
     if (!isWritten)
         error = file.errorString();
     return isWritten;

@@ -50,12 +50,14 @@ bool finishMp4(const QString& path, FileWork& work)
 bool finishFlac(const QString& path, FileWork& work)
 {
     QString error;
-    bool isWritten = false;
-    if (!work.change([&] { isWritten = writeFlacLength(path, error); }))
+    if (work.isCancelled())
         return false;
-    if (!isWritten)
-        SCLogger::warning(
-            QStringLiteral("The length of the recording could not be written (%1): %2").arg(error, nameOf(path)));
+    if (writeFlacLength(path, work, error))
+        return true;
+    if (work.isCancelled())
+        return false;
+    SCLogger::warning(
+        QStringLiteral("The length of the recording could not be written (%1): %2").arg(error, nameOf(path)));
     return true;
 }
 

@@ -424,7 +424,8 @@ private slots:
         const QByteArray complete = withoutLength(contents(path));
         write(path, complete.first(complete.size() * 2 / 3));
         QString error;
-        QVERIFY2(writeFlacLength(path, error), qPrintable(error));
+        FileWork work;
+        QVERIFY2(writeFlacLength(path, work, error), qPrintable(error));
         const auto samples = ffmpeg({"-i", path, "-f", "s16le", "-"}).size() / 4;
         const quint64 stated = lengthOf(contents(path));
         // The last frame is not complete.
