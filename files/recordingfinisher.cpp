@@ -16,6 +16,8 @@
 
 namespace {
 
+using Recorder = RecordingFinisher::Recorder;
+
 /// For the log, which says no more of a path.
 QString nameOf(const QString& path)
 {
@@ -62,17 +64,15 @@ bool finishFlac(const QString& path, FileWork& work)
 }
 
 /// Where the system does not know who writes to a file.
-bool isLeftAlone(const QString& path)
+bool isLeftAlone(const QString& path, Recorder recorder)
 {
-    constexpr qint64 kQuietMs = 1000;
+    const qint64 leastMs = recorder == Recorder::ThisRun ? 1000 : 60'000;
     const qint64 quietMs = QFileInfo(path).lastModified().msecsTo(QDateTime::currentDateTime());
     // A clock that was set back would make it wait.
-    return quietMs >= kQuietMs || quietMs < 0 || !QFileInfo::exists(path);
+    return quietMs >= leastMs || quietMs < 0 || !QFileInfo::exists(path);
 }
 
-/// Waits a while for an output that has ended by itself to close the file. Another instance that goes on recording into
-/// it is not waited for.
-bool isClosed(const QString& path, const FileWork& work)
+bool isClosed(const QString& path, Recorder recorder, const FileWork& work)
 {
     constexpr qint64 kLimitMs = 15'000;
     constexpr unsigned long kPollMs = 50;
@@ -80,8 +80,10 @@ bool isClosed(const QString& path, const FileWork& work)
     waited.start();
     while (!work.isCancelled() && !waited.hasExpired(kLimitMs)) {
         const auto isWritten = platform::isOpenForWriting(path);
-        if (isWritten ? !*isWritten : isLeftAlone(path))
+        if (isWritten ? !*isWritten : isLeftAlone(path, recorder))
             return true;
+        if (recorder == Recorder::Other)
+            break;
         QThread::msleep(kPollMs);
     }
     if (!work.isCancelled())
@@ -91,9 +93,9 @@ bool isClosed(const QString& path, const FileWork& work)
 }
 
 /// False where the file shall be tried again.
-bool finish(const QString& path, FileWork& work)
+bool finish(const QString& path, Recorder recorder, FileWork& work)
 {
-    if (!isClosed(path, work))
+    if (!isClosed(path, recorder, work))
         return false;
     const QString ending = QFileInfo(path).suffix();
     if (ending == QLatin1String("mp4"))
@@ -143,14 +145,14 @@ void RecordingFinisher::finishWithin(std::chrono::milliseconds limit)
     m_thread->waitForDone(kInterruptLimitMs);
 }
 
-void RecordingFinisher::add(const QString& path)
+void RecordingFinisher::add(const QString& path, Recorder recorder)
 {
     if (m_jobs.contains(path))
         return;
     const auto job = std::make_shared<Job>(path);
     m_jobs.insert(path, job);
-    m_thread->start([this, job] {
-        job->isDone = finish(job->path, job->work);
+    m_thread->start([this, job, recorder] {
+        job->isDone = finish(job->path, recorder, job->work);
         // Who has cancelled it may be gone.
         job->work.change([this, &job] {
             QMetaObject::invokeMethod(

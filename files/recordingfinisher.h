@@ -23,8 +23,16 @@ public:
     /// Interrupts what is not finished. Does not wait for a disk that does not answer.
     ~RecordingFinisher() override;
 
+    /// Who has recorded a file. An output of this run that has ended is waited for until it has closed its file. At
+    /// others, which may go on for hours, there is one look.
+    enum class Recorder
+    {
+        ThisRun,
+        Other,
+    };
+
     /// Ignored while the file is waiting for its turn or being finished.
-    void add(const QString& path);
+    void add(const QString& path, Recorder recorder = Recorder::ThisRun);
 
     /// Interrupts it. When this returns the file is changed no more, and nothing is left beside it.
     void cancel(const QString& path);

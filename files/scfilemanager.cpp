@@ -107,10 +107,12 @@ void SCFileManager::addFile(const QString& path, const QString& type)
 void SCFileManager::setFileInUse(const QString& path)
 {
     m_fileInUse = path;
-    if (m_fileInUse.isEmpty())
+    if (m_fileInUse.isEmpty()) {
         finishRecordings();
-    else
+    } else {
+        m_recordedFiles.insert(path);
         m_finisher->cancelAll();
+    }
 }
 
 void SCFileManager::finishRecordings()
@@ -118,12 +120,14 @@ void SCFileManager::finishRecordings()
     const QStringList paths = m_store.unfinished();
     for (const QString& path : paths)
         if (!isInUse(path))
-            m_finisher->add(path);
+            m_finisher->add(path, m_recordedFiles.contains(path) ? RecordingFinisher::Recorder::ThisRun
+                                                                 : RecordingFinisher::Recorder::Other);
 }
 
 void SCFileManager::moveFile(const QString& from, const QString& to)
 {
     m_filesBeingSaved.append(to);
+    m_recordedFiles.insert(to);
     m_store.move(from, to);
     save();
     if (m_view != nullptr)

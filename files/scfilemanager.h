@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QPersistentModelIndex>
 #include <QPointer>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -101,6 +102,7 @@ private:
     const platform::DisplayLossAction m_onDisplayLoss{[this] { onDisplayLoss(); }};
     QString m_fileInUse;
     QStringList m_filesBeingSaved;
+    QSet<QString> m_recordedFiles;
     bool m_saveFails = false;
     bool m_iconPressed = false;
 };

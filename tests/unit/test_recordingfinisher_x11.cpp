@@ -195,6 +195,26 @@ private slots:
         QVERIFY(!isFragmentedMp4(path));
     }
 
+    void fileThatAnotherInstanceRecordsKeepsNoneWaiting()
+    {
+        const QString theirs = m_folder->filePath("theirs.mp4");
+        const QString path = video(kFragments);
+        QVERIFY(QFile::copy(path, theirs));
+        const int recording = open(QFile::encodeName(theirs).constData(), O_WRONLY | O_APPEND | O_CLOEXEC);
+        QVERIFY(recording >= 0);
+        QSignalSpy finished(m_finisher.get(), &RecordingFinisher::finished);
+        m_finisher->add(theirs, RecordingFinisher::Recorder::Other);
+        m_finisher->add(path);
+        // It would be waited for longer than this.
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 10'000);
+        QCOMPARE(finished.first().first().toString(), path);
+        QVERIFY(isFragmentedMp4(theirs));
+        close(recording);
+        m_finisher->add(theirs, RecordingFinisher::Recorder::Other);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 2, 30'000);
+        QVERIFY(!isFragmentedMp4(theirs));
+    }
+
     void fileThatAnotherInstanceFinishesIsLeftToIt()
     {
         const QString path = video(kFragments);
