@@ -2,6 +2,7 @@
 #include "platform/process/display_loss.h"
 #include "platform/system_failure.h"
 
+#include <QLoggingCategory>
 #include <QString>
 
 #include <utility>
@@ -94,6 +95,8 @@ void endInOrderOnDisplayLoss()
     // Any thread may log while the second call runs.
     g_messageHandler = qInstallMessageHandler(nullptr);
     qInstallMessageHandler(onMessage);
+    // Whatever QT_LOGGING_RULES leaves out.
+    QLoggingCategory::defaultCategory()->setEnabled(QtWarningMsg, true);
 }
 
 DisplayLossAction::DisplayLossAction(std::function<void()> action) : m_action(std::move(action))

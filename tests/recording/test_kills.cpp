@@ -127,6 +127,7 @@ private slots:
     void killedRecordingPlaysUpToTheLastSeconds();
     void recordingIsFinishedWhenTheXServerIsGone_data();
     void recordingIsFinishedWhenTheXServerIsGone();
+    void idleProgramEndsWhenTheXServerIsGone_data();
     void idleProgramEndsWhenTheXServerIsGone();
     void killedWhileFinishingLosesNothing();
 
@@ -215,11 +216,20 @@ void TestKills::recordingIsFinishedWhenTheXServerIsGone()
     killjudge::check(expected, take.path, m_screen, killedNs);
 }
 
+void TestKills::idleProgramEndsWhenTheXServerIsGone_data()
+{
+    QTest::addColumn<QStringList>("command");
+    QTest::newRow("as it is") << QStringList();
+    QTest::newRow("without warnings") << QStringList{"env", "QT_LOGGING_RULES=*.warning=false"};
+}
+
 void TestKills::idleProgramEndsWhenTheXServerIsGone()
 {
+    QFETCH(const QStringList, command);
     OwnDisplay display(m_screen);
     QVERIFY(display.isThere());
     ProgramUnderTest program;
+    program.startThrough(command);
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     display.kill();
     QVERIFY(program.waitUntilEnded(kTimeoutMs));
