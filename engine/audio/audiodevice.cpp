@@ -33,10 +33,9 @@ ObsSourceHandle AudioDevice::sourceOnChannel(const char* name, const QByteArray&
     return source;
 }
 
-bool AudioDevice::setDevice(bool enabled, const QString& deviceId)
+void AudioDevice::request(bool enabled, const QString& deviceId)
 {
     m_request = enabled ? deviceId.toUtf8() : QByteArray(kNoDevice);
-    return applyRequest();
 }
 
 bool AudioDevice::applyRequest()

@@ -47,11 +47,10 @@ public:
     void create();
     void connectChannel() { obs_set_output_source(m_kind.channel, m_source.get()); }
 
-    /// Waits for applyRequest() where the system lists no such devices.
+    /// For applyRequest().
+    void request(bool enabled, const QString& deviceId);
+    /// Does what was last requested, once. Where the system lists no such devices, the request stays.
     /// @return whether it is off now, with zero levels
-    bool setDevice(bool enabled, const QString& deviceId);
-    /// What setDevice() had to leave, where there are devices now.
-    /// @return as setDevice()
     bool applyRequest();
 
     /// An empty list becomes "No Device" and "default".
@@ -111,7 +110,7 @@ private:
     /// In place of the source, between releaseSource() and restoreSource().
     ObsDataHandle m_saved;
     bool m_wasOn = false;
-    /// The device that setDevice() had to leave.
+    /// Until it is applied.
     std::optional<QByteArray> m_request;
     bool m_isLost = false;
     /// Of the right kind.

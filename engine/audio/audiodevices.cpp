@@ -8,9 +8,6 @@
 
 namespace {
 
-/// libobs destroys sources on a thread of its own, in milliseconds.
-constexpr std::chrono::milliseconds kRestoreInterval{100};
-
 const char* nameOf(AudioPart part)
 {
     switch (part) {
@@ -48,7 +45,7 @@ AudioDevices::AudioDevices(const CapturePlatform& platform, OutputChannels& chan
     connect(&m_levelTimer, &QTimer::timeout, this, &AudioDevices::onLevelTick);
     m_checkTimer.setInterval(timings.audioDevicesInterval);
     connect(&m_checkTimer, &QTimer::timeout, this, &AudioDevices::check);
-    m_restoreTimer.setInterval(kRestoreInterval);
+    m_restoreTimer.setInterval(timings.audioRestoreInterval);
     connect(&m_restoreTimer, &QTimer::timeout, this, &AudioDevices::restoreSources);
 }
 
@@ -92,14 +89,16 @@ void AudioDevices::stopListening()
 
 void AudioDevices::setMicrophone(bool enabled, const QString& deviceId)
 {
-    if (m_microphone.setDevice(enabled, deviceId))
+    m_microphone.request(enabled, deviceId);
+    if (!m_isServerLost && m_microphone.applyRequest())
         emit microphoneLevelsChanged(m_microphone.levels());
     checkSoon();
 }
 
 void AudioDevices::setDesktop(bool enabled, const QString& deviceId)
 {
-    if (m_desktop.setDevice(enabled, deviceId))
+    m_desktop.request(enabled, deviceId);
+    if (!m_isServerLost && m_desktop.applyRequest())
         emit desktopLevelsChanged(m_desktop.levels());
     checkSoon();
 }
@@ -142,7 +141,8 @@ void AudioDevices::loseServer()
     emit lost(AudioPart::Server);
 }
 
-/// The plug-in keeps the connection to the lost server until its last source has gone.
+/// The plug-in keeps the connection to the lost server until its last source has gone. It waits for ever for a server
+/// that dies while it connects: it is not called before the server has run for a while.
 void AudioDevices::findServer()
 {
     if (m_restoreTimer.isActive())

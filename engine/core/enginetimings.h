@@ -22,6 +22,9 @@ struct EngineTimings
     std::chrono::milliseconds levelInterval{16};
     /// Between two checks whether the audio devices are there, where no sound server reports that.
     std::chrono::milliseconds audioDevicesInterval{1'000};
+    /// From the return of a sound server to the first attempt to use it, and between two of them. libobs needs some
+    /// milliseconds of it to destroy the old sources.
+    std::chrono::milliseconds audioRestoreInterval{1'000};
     /// For the scene to be drawn after it was switched on.
     std::chrono::milliseconds sceneDrawnLimit{500};
     /// For the first frame: tens of milliseconds, some hundreds when shaders are compiled.

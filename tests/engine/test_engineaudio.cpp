@@ -100,6 +100,8 @@ void playTone(uint32_t channel)
 
 constexpr LevelSignal kSilence{};
 
+constexpr std::chrono::milliseconds kRestoreInterval{100};
+
 /// A sound server that does as it is told.
 class FakeAudioServer : public AudioServer
 {
@@ -381,6 +383,16 @@ private slots:
         QCOMPARE(nameOnChannel(1), QStringLiteral("Default Desktop Audio"));
     }
 
+    void pluginIsNotAskedBeforeTheServerHasRunForAWhile()
+    {
+        useAServer();
+        loseServer();
+        bringServerBack();
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("nothing"));
+        QTRY_COMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-1"));
+    }
+
     void pluginsThatKeepTheirDevicesAreLeftAloneButTheirLossIsReported()
     {
         EngineTimings timings;
@@ -543,6 +555,7 @@ private slots:
         const EngineTimings timings;
         QCOMPARE(timings.levelInterval, std::chrono::milliseconds(16));
         QCOMPARE(timings.audioDevicesInterval, std::chrono::seconds(1));
+        QCOMPARE(timings.audioRestoreInterval, std::chrono::seconds(1));
     }
 
     void desktopLevelsComeBeforeTheMicrophonesAtEveryTick()
@@ -644,7 +657,9 @@ private:
     {
         CapturePlatform platform = standins::platform();
         platform.openAudioServer = []() -> std::unique_ptr<AudioServer> { return std::make_unique<FakeAudioServer>(); };
-        makeAndStart(platform, EngineTimings());
+        EngineTimings timings;
+        timings.audioRestoreInterval = kRestoreInterval;
+        makeAndStart(platform, timings);
     }
 
     void makeAndStart(const CapturePlatform& platform, const EngineTimings& timings)
