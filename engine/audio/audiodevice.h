@@ -7,6 +7,7 @@
 #include "engine/core/propertylist.h"
 
 #include <QString>
+#include <QTimer>
 
 #include <array>
 #include <optional>
@@ -69,6 +70,8 @@ public:
     bool isLost() const { return m_isLost; }
     /// A lost one has no levels.
     void setLost(bool lost);
+    /// From its loss until that is reported.
+    QTimer& lossTimer() { return m_lossTimer; }
     void setMuted(bool muted);
     void reopen();
     /// Reopens it where the server has moved it from a microphone to what the computer plays, or the other way round.
@@ -113,6 +116,7 @@ private:
     /// Until it is applied.
     std::optional<QByteArray> m_request;
     bool m_isLost = false;
+    QTimer m_lossTimer;
     /// Of the right kind.
     bool m_hearsItsDevice = false;
     ObsFaderHandle m_fader;

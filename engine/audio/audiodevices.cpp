@@ -47,6 +47,11 @@ AudioDevices::AudioDevices(const CapturePlatform& platform, OutputChannels& chan
     connect(&m_checkTimer, &QTimer::timeout, this, &AudioDevices::check);
     m_restoreTimer.setInterval(timings.audioRestoreInterval);
     connect(&m_restoreTimer, &QTimer::timeout, this, &AudioDevices::restoreSources);
+    for (AudioDevice* const device : both()) {
+        device->lossTimer().setSingleShot(true);
+        device->lossTimer().setInterval(timings.audioLossDelay);
+        connect(&device->lossTimer(), &QTimer::timeout, this, [this, device] { reportLoss(*device); });
+    }
 }
 
 AudioDevices::~AudioDevices() = default;
@@ -188,6 +193,18 @@ void AudioDevices::lose(AudioDevice& device)
     if (m_server)
         device.setMuted(true);
     device.setLost(true);
+    device.lossTimer().start();
+}
+
+void AudioDevices::reportLoss(AudioDevice& device)
+{
+    if (!device.isLost())
+        return;
+    // It may be back with the server, and nobody cares while it is switched off.
+    if (m_isServerLost || !device.isWanted()) {
+        device.lossTimer().start();
+        return;
+    }
     logLoss(device.part());
     emit lost(device.part());
 }
@@ -199,6 +216,10 @@ void AudioDevices::takeUp(AudioDevice& device)
         device.setMuted(false);
     }
     device.setLost(false);
+    if (device.lossTimer().isActive()) {
+        device.lossTimer().stop();
+        return;
+    }
     logReturn(device.part());
     emit returned(device.part());
 }

@@ -42,7 +42,8 @@ signals:
     void desktopLevelsChanged(const AudioLevels& levels);
     void microphoneLevelsChanged(const AudioLevels& levels);
 
-    /// Only what is wanted, and before it is back. A lost server is not reported for each device, too.
+    /// Only what is wanted, and before it is back; a device once it has been away for a while. A lost server is not
+    /// reported for each device, too.
     void lost(AudioPart part);
     void returned(AudioPart part);
 
@@ -59,6 +60,7 @@ private:
     void restoreSources();
     void follow(AudioDevice& device);
     void lose(AudioDevice& device);
+    void reportLoss(AudioDevice& device);
     void takeUp(AudioDevice& device);
 
     const CapturePlatform& m_platform;

@@ -101,6 +101,7 @@ void playTone(uint32_t channel)
 constexpr LevelSignal kSilence{};
 
 constexpr std::chrono::milliseconds kRestoreInterval{100};
+constexpr std::chrono::milliseconds kLossDelay{100};
 
 /// A sound server that does as it is told.
 class FakeAudioServer : public AudioServer
@@ -208,6 +209,7 @@ private slots:
         behaviour().microphones.clear();
         noticeChange();
         QVERIFY(obs_source_muted(microphone.get()));
+        QTRY_COMPARE(reports.count(), 1);
         QCOMPARE(reports.take(), QStringList{"lost 1"});
         standins::clearEvents();
         behaviour().microphones = {{"Default", "default"}, {"Desk microphone", "mic-1"}};
@@ -216,6 +218,21 @@ private slots:
         QCOMPARE(standins::events(), QStringList{"update wasapi_input_capture"});
         QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("default"));
         QCOMPARE(reports.take(), QStringList{"back 1"});
+    }
+
+    void deviceThatIsBackAtOnceIsNotReported()
+    {
+        useAServer();
+        AudioReports reports(*m_wrapper);
+        const ObsSourceHandle microphone(obs_get_output_source(2));
+        behaviour().microphones.clear();
+        noticeChange();
+        QVERIFY(obs_source_muted(microphone.get()));
+        listDevices();
+        noticeChange();
+        QVERIFY(!obs_source_muted(microphone.get()));
+        QTest::qWait(2 * static_cast<int>(kLossDelay.count()));
+        QCOMPARE(reports.take(), QStringList());
     }
 
     void microphoneOfANameIsTakenUpAgainWhenItIsBackAmongOthers()
@@ -397,6 +414,7 @@ private slots:
     {
         EngineTimings timings;
         timings.audioDevicesInterval = std::chrono::milliseconds(1);
+        timings.audioLossDelay = kLossDelay;
         makeAndStart(standins::platform(), timings);
         AudioReports reports(*m_wrapper);
         const ObsSourceHandle microphone(obs_get_output_source(2));
@@ -556,6 +574,7 @@ private slots:
         QCOMPARE(timings.levelInterval, std::chrono::milliseconds(16));
         QCOMPARE(timings.audioDevicesInterval, std::chrono::seconds(1));
         QCOMPARE(timings.audioRestoreInterval, std::chrono::seconds(1));
+        QCOMPARE(timings.audioLossDelay, std::chrono::seconds(2));
     }
 
     void desktopLevelsComeBeforeTheMicrophonesAtEveryTick()
@@ -659,6 +678,7 @@ private:
         platform.openAudioServer = []() -> std::unique_ptr<AudioServer> { return std::make_unique<FakeAudioServer>(); };
         EngineTimings timings;
         timings.audioRestoreInterval = kRestoreInterval;
+        timings.audioLossDelay = kLossDelay;
         makeAndStart(platform, timings);
     }
 
