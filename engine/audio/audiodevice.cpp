@@ -36,6 +36,9 @@ ObsSourceHandle AudioDevice::sourceOnChannel(const char* name, const QByteArray&
 void AudioDevice::request(bool enabled, const QString& deviceId)
 {
     m_request = enabled ? deviceId.toUtf8() : QByteArray(kNoDevice);
+    // It may have to wait, and a device that comes back meanwhile is not to be heard.
+    if (*m_request == kNoDevice)
+        setMuted(true);
 }
 
 bool AudioDevice::applyRequest()
@@ -76,6 +79,8 @@ void AudioDevice::switchOn(const QByteArray& deviceId)
         obs_source_update(source.get(), settings.get());
     }
     m_source.swap(source);
+    if (!m_isLost)
+        setMuted(false);
     attachMeter();
 }
 

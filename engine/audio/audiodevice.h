@@ -48,7 +48,7 @@ public:
     void create();
     void connectChannel() { obs_set_output_source(m_kind.channel, m_source.get()); }
 
-    /// For applyRequest().
+    /// For applyRequest(). What is to be off is silent at once.
     void request(bool enabled, const QString& deviceId);
     /// Does what was last requested, once. Where the system lists no such devices, the request stays.
     /// @return whether it is off now, with zero levels

@@ -211,10 +211,9 @@ void AudioDevices::reportLoss(AudioDevice& device)
 
 void AudioDevices::takeUp(AudioDevice& device)
 {
-    if (m_server) {
+    if (m_server)
         device.reopen();
-        device.setMuted(false);
-    }
+    device.setMuted(false);
     device.setLost(false);
     if (device.lossTimer().isActive()) {
         device.lossTimer().stop();

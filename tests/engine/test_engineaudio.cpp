@@ -432,6 +432,19 @@ private slots:
         QTRY_VERIFY(!levels.microphone.isEmpty() && hasTone(levels.microphone.last()));
     }
 
+    void microphoneThatIsSwitchedOffWhileThereIsNoneIsNotHeardWhenItIsBack()
+    {
+        QVERIFY(m_wrapper->initialize(320, 240, 30));
+        const ObsSourceHandle microphone(obs_get_output_source(2));
+        behaviour().microphones.clear();
+        m_wrapper->setMicDevice(false, QString());
+        QVERIFY(obs_source_muted(microphone.get()));
+        listDevices();
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        QCOMPARE(nameOnChannel(2), QStringLiteral("Default Mic/Aux"));
+        QVERIFY(!obs_source_muted(microphone.get()));
+    }
+
     void firstDeviceThatIsPluggedInIsUsedWhereItWasSwitchedOn()
     {
         behaviour().microphones.clear();
