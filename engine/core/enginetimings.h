@@ -20,8 +20,9 @@ struct DeferredRelease
 struct EngineTimings
 {
     std::chrono::milliseconds levelInterval{16};
-    /// Between two checks whether the audio devices are there, where no sound server reports that.
-    std::chrono::milliseconds audioDevicesInterval{1'000};
+    /// Between two checks whether the audio devices are there, where no sound server reports that. Listing them keeps
+    /// the user-interface thread busy.
+    std::chrono::milliseconds audioDevicesInterval{2'000};
     /// From the loss of an audio device to its report: one that only moves is back at once.
     std::chrono::milliseconds audioLossDelay{2'000};
     /// From the return of a sound server to the first attempt to use it, and between two of them. libobs needs some

@@ -581,11 +581,11 @@ private slots:
         QCOMPARE(nameOnChannel(1), QStringLiteral("nothing"));
     }
 
-    void levelsArriveEverySixteenMillisecondsAndDevicesAreLookedForEverySecond()
+    void levelsArriveEverySixteenMillisecondsAndDevicesAreLookedForEveryTwoSeconds()
     {
         const EngineTimings timings;
         QCOMPARE(timings.levelInterval, std::chrono::milliseconds(16));
-        QCOMPARE(timings.audioDevicesInterval, std::chrono::seconds(1));
+        QCOMPARE(timings.audioDevicesInterval, std::chrono::seconds(2));
         QCOMPARE(timings.audioRestoreInterval, std::chrono::seconds(1));
         QCOMPARE(timings.audioLossDelay, std::chrono::seconds(2));
     }
