@@ -187,9 +187,9 @@ private:
             delays << *delay;
             qInfo("audio %+.3f s after the video at %.1f s", *delay, stretch.middle());
         }
-        // What the server buffers of the tone differs by some milliseconds from one start to the next.
+        // What the server buffers of the tone differs by tens of milliseconds from one start to the next.
         for (const double delay : delays)
-            QVERIFY2(std::abs(delay - delays.constFirst()) < 0.06, qPrintable(QString::number(delay)));
+            QVERIFY2(std::abs(delay - delays.constFirst()) < 0.1, qPrintable(QString::number(delay)));
         qInfo("audio ends %+.3f s after the video", sync.audioEndsLaterBy());
         QVERIFY2(std::abs(sync.audioEndsLaterBy()) < 0.1, qPrintable(QString::number(sync.audioEndsLaterBy())));
     }

@@ -29,7 +29,10 @@ SoundServer::SoundServer()
 SoundServer::~SoundServer()
 {
     kill();
-    qputenv(kServerVariable, m_desktopServer);
+    if (m_desktopServer.isNull())
+        qunsetenv(kServerVariable);
+    else
+        qputenv(kServerVariable, m_desktopServer);
 }
 
 bool SoundServer::start()
