@@ -10,6 +10,7 @@
 #include "tests/support/windowtest.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
@@ -102,10 +103,12 @@ private slots:
     void lineGoesByItselfUnlessThePointerIsOverIt()
     {
         makeWindow(kBrief);
+        // Where the line is going to be.
+        pointTo(onDesktop(*child<QStackedWidget>("pages")).topLeft() + QPoint(60, 10));
+        desktopuser::waitUntilStill();
         post({"one"});
         post({"two"});
         QVERIFY(line().isVisible());
-        pointTo(desktopuser::centreOf(line()));
         QTest::qWait(3 * kBrief.noticeMs);
         QCOMPARE(text()->text(), QStringLiteral("one"));
         pointTo(onScreen({3, 3}));
@@ -189,7 +192,7 @@ private slots:
     void noticeOfARecordingIsSeenTakesNoFocusAndIsInNoFrame()
     {
         makeWindow();
-        FloatingNotice notice(kBrief);
+        FloatingNotice notice({});
         notice.placeBeside(QRect(onScreen({300, 0}), QSize(280, 40)), {});
         QVERIFY(!notice.isVisible());
         notice.add({"The sound server is gone; the recording goes on without sound."});
@@ -202,7 +205,8 @@ private slots:
             return entry.id == notice.internalWinId() && entry.borderPx == 0;
         };
         QVERIFY(std::ranges::any_of(entries, isOwn));
-        QTRY_VERIFY(!notice.isVisible());
+        notice.clear();
+        QVERIFY(!notice.isVisible());
     }
 
 private:
