@@ -23,6 +23,9 @@ public:
     /// Plain text. A desktop without messages is reported as a failure, and shows nothing.
     void show(const QString& title, const QString& text);
 
+    /// Takes away what is shown, as far as the desktop still knows it.
+    void closeAll();
+
 signals:
     /// The user has clicked one. Not with the portal.
     void activated();

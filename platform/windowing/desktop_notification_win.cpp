@@ -25,7 +25,10 @@ public:
         m_timer.setInterval(kShownMs);
         connect(&m_timer, &QTimer::timeout, &m_icon, &QSystemTrayIcon::hide);
         connect(&m_icon, &QSystemTrayIcon::messageClicked, &notifier, &DesktopNotifier::activated);
-        connect(&m_icon, &QSystemTrayIcon::activated, &notifier, &DesktopNotifier::activated);
+        connect(&m_icon, &QSystemTrayIcon::activated, &notifier, [&notifier](QSystemTrayIcon::ActivationReason reason) {
+            if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
+                emit notifier.activated();
+        });
         connect(&notifier, &DesktopNotifier::activated, &m_icon, &QSystemTrayIcon::hide);
     }
 
@@ -41,6 +44,12 @@ public:
         m_timer.start();
     }
 
+    void closeAll()
+    {
+        m_timer.stop();
+        m_icon.hide();
+    }
+
 private:
     QSystemTrayIcon m_icon;
     QTimer m_timer;
@@ -53,6 +62,11 @@ DesktopNotifier::~DesktopNotifier() = default;
 void DesktopNotifier::show(const QString& title, const QString& text)
 {
     m_private->show(title, text);
+}
+
+void DesktopNotifier::closeAll()
+{
+    m_private->closeAll();
 }
 
 } // namespace platform

@@ -11,6 +11,8 @@
 #include <QSet>
 #include <QVariantMap>
 
+#include <utility>
+
 #include <functional>
 
 namespace platform {
@@ -40,14 +42,22 @@ struct Message
     QString text;
 };
 
-QDBusMessage portalCall(const Message& message)
+/// The portal has one message of the program, by this name.
+const auto kPortalId = QStringLiteral("notice");
+
+QDBusPendingCall callPortal(const QString& method, const QVariantList& arguments)
 {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
-        QStringLiteral("org.freedesktop.portal.Notification"), QStringLiteral("AddNotification"));
-    call.setArguments({QStringLiteral("notice"),
-                       QVariantMap{{QStringLiteral("title"), message.title}, {QStringLiteral("body"), message.text}}});
-    return call;
+    QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.portal.Desktop"),
+                                                       QStringLiteral("/org/freedesktop/portal/desktop"),
+                                                       QStringLiteral("org.freedesktop.portal.Notification"), method);
+    call.setArguments(arguments);
+    return QDBusConnection::sessionBus().asyncCall(call);
+}
+
+QDBusPendingCall addToPortal(const Message& message)
+{
+    const QVariantMap content{{QStringLiteral("title"), message.title}, {QStringLiteral("body"), message.text}};
+    return callPortal(QStringLiteral("AddNotification"), {kPortalId, content});
 }
 
 } // namespace
@@ -64,13 +74,26 @@ public:
             return;
         }
         const QDBusPendingCall asked = service().asyncCall(QStringLiteral("GetCapabilities"));
-        whenAnswered(asked, [this, message](const QDBusPendingCall& call) {
+        whenAnswered(asked, [this, message, series = m_series](const QDBusPendingCall& call) {
+            if (series != m_series)
+                return;
             const QDBusPendingReply<QStringList> capabilities = call;
             if (capabilities.isError())
                 showByPortal(message);
             else
                 showByService(message, capabilities.value().contains(QLatin1String("body-markup")));
         });
+    }
+
+    void closeAll()
+    {
+        ++m_series;
+        for (const uint id : std::as_const(m_ids))
+            close(id);
+        m_ids.clear();
+        if (m_isInPortal)
+            callPortal(QStringLiteral("RemoveNotification"), {kPortalId});
+        m_isInPortal = false;
     }
 
 private:
@@ -102,18 +125,23 @@ private:
         const QDBusPendingCall sent =
             service().asyncCall(QStringLiteral("Notify"), QCoreApplication::applicationName(), 0U, QString(),
                                 message.title, body, actions, QVariantMap(), -1);
-        whenAnswered(sent, [this, message](const QDBusPendingCall& call) {
+        whenAnswered(sent, [this, message, series = m_series](const QDBusPendingCall& call) {
             const QDBusPendingReply<uint> id = call;
-            if (id.isError())
-                showByPortal(message);
-            else
+            if (!id.isError() && series == m_series)
                 m_ids.insert(id.value());
+            else if (!id.isError())
+                close(id.value());
+            else if (series == m_series)
+                showByPortal(message);
         });
     }
 
+    void close(uint id) { service().asyncCall(QStringLiteral("CloseNotification"), id); }
+
     void showByPortal(const Message& message)
     {
-        whenAnswered(QDBusConnection::sessionBus().asyncCall(portalCall(message)), [](const QDBusPendingCall& call) {
+        m_isInPortal = true;
+        whenAnswered(addToPortal(message), [](const QDBusPendingCall& call) {
             if (call.isError())
                 reportFailure(QStringLiteral("No message of the desktop: %1").arg(call.error().message()));
         });
@@ -128,6 +156,9 @@ private:
     DesktopNotifier& m_notifier;
     NotificationService* m_service = nullptr;
     QSet<uint> m_ids;
+    bool m_isInPortal = false;
+    /// Counts closeAll(), which may come before an answer.
+    int m_series = 0;
 };
 
 DesktopNotifier::DesktopNotifier(QObject* parent) : QObject(parent), m_private(std::make_unique<Private>(*this)) {}
@@ -137,6 +168,11 @@ DesktopNotifier::~DesktopNotifier() = default;
 void DesktopNotifier::show(const QString& title, const QString& text)
 {
     m_private->show({title, text});
+}
+
+void DesktopNotifier::closeAll()
+{
+    m_private->closeAll();
 }
 
 } // namespace platform

@@ -41,6 +41,8 @@ public:
     /// The first one's id is 1.
     const QList<Message>& messages() const { return m_messages; }
 
+    const QList<uint>& closed() const { return m_closed; }
+
     /// As a click on a message of that id does.
     void click(uint id) { emit ActionInvoked(id, QStringLiteral("default")); }
 
@@ -54,6 +56,8 @@ public slots:
         return static_cast<uint>(m_messages.size());
     }
 
+    void CloseNotification(uint id) { m_closed.append(id); }
+
 signals:
     void ActionInvoked(uint id, const QString& key);
 
@@ -64,5 +68,6 @@ private:
     QDBusConnection m_connection;
     QStringList m_capabilities;
     QList<Message> m_messages;
+    QList<uint> m_closed;
     bool m_registered = false;
 };

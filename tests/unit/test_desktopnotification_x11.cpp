@@ -41,6 +41,7 @@ public:
 
 public slots:
     void AddNotification(const QString& /*id*/, const QVariantMap& notification) { message = notification; }
+    void RemoveNotification(const QString& /*id*/) { message.clear(); }
 
 private:
     QDBusConnection m_connection;
@@ -111,6 +112,50 @@ private slots:
         QCOMPARE(portal.message.value(QStringLiteral("title")).toString(), QStringLiteral("Title"));
         QCOMPARE(portal.message.value(QStringLiteral("body")).toString(), QStringLiteral("<text>"));
         QCOMPARE(failures.sentences(), QStringList());
+    }
+
+    void messagesAreClosed()
+    {
+        NotificationServer server;
+        DesktopNotifier notifier(nullptr);
+        const QSignalSpy activated(&notifier, &DesktopNotifier::activated);
+        notifier.closeAll();
+        notifier.show(QStringLiteral("Title"), QStringLiteral("one"));
+        notifier.show(QStringLiteral("Title"), QStringLiteral("two"));
+        const auto clickAndLook = [&] {
+            server.click(2);
+            return activated.size() == 1;
+        };
+        QTRY_VERIFY(clickAndLook());
+        notifier.closeAll();
+        // The other one has gone with the click.
+        QTRY_COMPARE(server.closed(), QList<uint>{1});
+        notifier.show(QStringLiteral("Title"), QStringLiteral("three"));
+        QTRY_COMPARE(server.messages().size(), 3);
+    }
+
+    /// Whenever the service answers.
+    void messageThatIsBeingSentIsClosedAsWell()
+    {
+        const NotificationServer server;
+        DesktopNotifier notifier(nullptr);
+        notifier.show(QStringLiteral("Title"), QStringLiteral("not sent"));
+        notifier.closeAll();
+        notifier.show(QStringLiteral("Title"), QStringLiteral("one"));
+        QTRY_COMPARE(server.messages().size(), 1);
+        notifier.closeAll();
+        QTRY_COMPARE(server.closed(), QList<uint>{1});
+        QCOMPARE(server.messages().constFirst().text, QStringLiteral("one"));
+    }
+
+    void messageInThePortalIsRemoved()
+    {
+        const Portal portal;
+        DesktopNotifier notifier(nullptr);
+        notifier.show(QStringLiteral("Title"), QStringLiteral("text"));
+        QTRY_VERIFY(!portal.message.isEmpty());
+        notifier.closeAll();
+        QTRY_VERIFY(portal.message.isEmpty());
     }
 
     void desktopWithoutMessagesIsReported()
