@@ -106,6 +106,11 @@ void NoticeBar::clear()
     m_queue->clear();
 }
 
+void NoticeBar::dropWhatTheRecordingHad()
+{
+    m_queue->dropWhatTheRecordingHad();
+}
+
 bool NoticeBar::hasNotice() const
 {
     return m_queue->current() != nullptr;

@@ -21,9 +21,10 @@ public:
     /// The parent, whose window stays the same, gives it its position.
     NoticeBar(QWidget* parent, const Durations& durations);
 
-    /// @return false where the same text is shown, or waits
+    /// As NoticeQueue has them.
     bool add(const Notice& notice);
     void clear();
+    void dropWhatTheRecordingHad();
     bool hasNotice() const;
 
     int heightForWidth(int widthPx) const override;

@@ -23,7 +23,8 @@ NoticeDisplay::NoticeDisplay(const Notices& notices, QWidget& pages, RecordingVi
 {
     connect(&notices, &Notices::posted, this, &NoticeDisplay::show);
     connect(m_bar, &NoticeBar::changed, this, &NoticeDisplay::place);
-    connect(m_desktop, &platform::DesktopNotifier::activated, &m_view, &RecordingView::restoreWindow);
+    connect(m_desktop, &platform::DesktopNotifier::activated, this, &NoticeDisplay::onMessageClicked);
+    connect(&m_view.session(), &RecordingSession::stateChanged, this, &NoticeDisplay::onRecordingState);
     m_pages.installEventFilter(this);
     m_bar->installEventFilter(this);
 }
@@ -46,6 +47,21 @@ void NoticeDisplay::showElsewhere(const Notice& notice, bool isNew)
     // Not into a screenshot.
     if (isNew && isAway && m_activity.mayOpenUnasked(true))
         m_desktop->show(QGuiApplication::applicationDisplayName(), shownName(notice.text));
+}
+
+void NoticeDisplay::onRecordingState(RecordingState state)
+{
+    if (state == RecordingState::Ended)
+        m_bar->dropWhatTheRecordingHad();
+    else if (state != RecordingState::Idle)
+        m_desktop->closeAll();
+}
+
+/// Perhaps long after it was sent.
+void NoticeDisplay::onMessageClicked()
+{
+    if (m_activity.isIdle() && m_activity.mayOpenUnasked(true))
+        m_view.restoreWindow();
 }
 
 void NoticeDisplay::place()

@@ -6,6 +6,7 @@
 #include <QObject>
 
 class Activity;
+enum class RecordingState;
 class NoticeBar;
 class RecordingView;
 class QWidget;
@@ -17,7 +18,8 @@ class DesktopNotifier;
 
 /// Where notices are shown: always at the top of the main window's pages, over them, as soon as that is seen; besides,
 /// while a recording runs, beside its floating bar, and while nothing is recorded and the window is minimised, in a
-/// message of the desktop, which brings the window back when it is clicked. User-interface thread.
+/// message of the desktop, which brings the window back when it is clicked and goes when a recording begins.
+/// User-interface thread.
 class NoticeDisplay : public QObject
 {
     Q_OBJECT
@@ -32,6 +34,8 @@ public:
 private:
     void show(const Notice& notice);
     void showElsewhere(const Notice& notice, bool isNew);
+    void onRecordingState(RecordingState state);
+    void onMessageClicked();
     void place();
 
     QWidget& m_pages;

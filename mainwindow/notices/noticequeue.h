@@ -4,6 +4,7 @@
 #include "mainwindow/durations.h"
 #include "mainwindow/notices/notices.h"
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QObject>
 
@@ -18,11 +19,15 @@ class NoticeQueue : public QObject
 public:
     NoticeQueue(const Durations& durations, QObject* parent);
 
-    /// @return false where the same text is shown, or waits
+    /// A text that is shown, or waits, keeps its turn and gets the new action.
+    /// @return false for such a text, unless the last true for it is longer ago than any notice is shown
     bool add(const Notice& notice);
 
     /// Null without one.
-    const Notice* current() const { return m_notices.isEmpty() ? nullptr : &m_notices.constFirst(); }
+    const Notice* current() const { return m_entries.isEmpty() ? nullptr : &m_entries.constFirst().notice; }
+
+    /// Removes what is of no use any more.
+    void dropWhatTheRecordingHad();
 
     /// False at first. A time that was interrupted begins again.
     void setTimePasses(bool passes);
@@ -36,10 +41,19 @@ signals:
     void currentChanged();
 
 private:
+    struct Entry
+    {
+        Notice notice;
+        QElapsedTimer sinceReported;
+    };
+
+    void insert(const Notice& notice);
+    bool renew(Entry& entry, const Notice& notice);
+    void onChanged();
     void startTime();
 
     Durations m_durations;
-    QList<Notice> m_notices;
+    QList<Entry> m_entries;
     QTimer* m_timer;
     bool m_timePasses = false;
 };

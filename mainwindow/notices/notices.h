@@ -6,6 +6,15 @@
 
 #include <functional>
 
+enum class NoticeTurn
+{
+    InOrder,
+    /// Before all that wait or are shown: what has become of a recording.
+    First,
+    /// In order; of no use any more once the recording has ended.
+    UntilRecordingEnds
+};
+
 /// One sentence for the user, translated, with the reason in plain words.
 struct Notice
 {
@@ -13,6 +22,7 @@ struct Notice
     /// The label of its action; empty without one.
     QString actionText = {};
     std::function<void()> action = {};
+    NoticeTurn turn = NoticeTurn::InOrder;
 };
 
 /// Where the program reports what the user has to know and no dialog may interrupt. User-interface thread.

@@ -28,6 +28,12 @@ bool hasNotStarted(const RecordingOutcome& outcome)
 
 RecordingNotices::RecordingNotices(std::function<void()> chooseFolder) : m_chooseFolder(std::move(chooseFolder)) {}
 
+Notice RecordingNotices::asOutcome(Notice notice)
+{
+    notice.turn = NoticeTurn::First;
+    return notice;
+}
+
 QString RecordingNotices::reason(StopCause cause)
 {
     switch (cause) {
@@ -57,7 +63,7 @@ std::optional<Notice> RecordingNotices::ofOutcome(const RecordingOutcome& outcom
         return ofFailure(tr("%1: the recording did not start."), outcome.cause);
     switch (outcome.kind) {
     case Kind::NotPrepared:
-        return Notice{tr("The screen could not be captured: the recording did not start.")};
+        return asOutcome({tr("The screen could not be captured: the recording did not start.")});
     case Kind::EndedByItself:
         return ofFailure(tr("%1: the recording has ended."), outcome.cause);
     case Kind::EndMissing:
@@ -76,8 +82,10 @@ std::optional<Notice> RecordingNotices::ofOutcome(const RecordingOutcome& outcom
 
 Notice RecordingNotices::littleSpace(qint64 minutes) const
 {
-    return withChoice(minutes > 0 ? tr("The disk is nearly full: there is room for about %1 min.").arg(minutes)
-                                  : tr("The disk is nearly full: there is room for less than a minute."));
+    Notice notice = withChoice(minutes > 0 ? tr("The disk is nearly full: there is room for about %1 min.").arg(minutes)
+                                           : tr("The disk is nearly full: there is room for less than a minute."));
+    notice.turn = NoticeTurn::UntilRecordingEnds;
+    return notice;
 }
 
 Notice RecordingNotices::moved(const QString& path) const
@@ -98,19 +106,19 @@ Notice RecordingNotices::savedAsChosen(const QString& path) const
 
 Notice RecordingNotices::lost() const
 {
-    return withChoice(
-        tr("The folder of the recording went away: what was recorded could not be saved, or not all of it."));
+    return asOutcome(withChoice(
+        tr("The folder of the recording went away: what was recorded could not be saved, or not all of it.")));
 }
 
 Notice RecordingNotices::ofFailure(const QString& frame, StopCause cause) const
 {
     const QString text = frame.arg(reason(cause));
-    return isAboutFolder(cause) ? withChoice(text) : Notice{text};
+    return asOutcome(isAboutFolder(cause) ? withChoice(text) : Notice{text});
 }
 
 Notice RecordingNotices::withFolder(const QString& text, const QString& path)
 {
-    return {text, tr("Open Folder"), [path] { openFile(QFileInfo(path).path()); }};
+    return asOutcome({text, tr("Open Folder"), [path] { openFile(QFileInfo(path).path()); }});
 }
 
 Notice RecordingNotices::withChoice(const QString& text) const

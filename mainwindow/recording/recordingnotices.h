@@ -33,6 +33,7 @@ public:
 
 private:
     static QString reason(StopCause cause);
+    static Notice asOutcome(Notice notice);
     static Notice withFolder(const QString& text, const QString& path);
     Notice withChoice(const QString& text) const;
     Notice ofFailure(const QString& frame, StopCause cause) const;

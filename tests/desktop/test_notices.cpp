@@ -2,6 +2,8 @@
 #include "mainwindow/notices/floatingnotice.h"
 #include "mainwindow/notices/notices.h"
 #include "mainwindow/scmainwindow.h"
+#include "mainwindow/screenshotsession.h"
+#include "platform/windowing/desktop_notification.h"
 #include "platform/windowing/excluded_windows.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/userinput.h"
@@ -14,6 +16,7 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTemporaryDir>
 #include <QTest>
@@ -120,7 +123,7 @@ private slots:
     {
         NotificationServer server({QStringLiteral("body"), QStringLiteral("body-markup")});
         QVERIFY(server.isRegistered());
-        makeWindow(kBrief);
+        makeWindow({.noticeMs = kBrief.noticeMs});
         post({"seen in the window"});
         QTRY_VERIFY(!line().isVisible());
         minimise();
@@ -137,6 +140,60 @@ private slots:
         QTRY_VERIFY(text()->isVisible() && !m_window->isMinimized());
         QCOMPARE(text()->text(), QStringLiteral("No program can open a[U+202E]gpj.exe."));
         QTRY_VERIFY(!line().isVisible());
+    }
+
+    void noticeThatComesAgainLaterIsAnotherMessage()
+    {
+        NotificationServer server;
+        makeWindow(kBrief);
+        minimise();
+        const auto postAndLook = [&](qsizetype messages) {
+            post({"one"});
+            return server.messages().size() >= messages;
+        };
+        QTRY_VERIFY(postAndLook(1));
+        QTRY_VERIFY(postAndLook(2));
+    }
+
+    /// There is no engine: the recording does not start.
+    void whatHasBecomeOfARecordingComesFirstAndItsOwnNoticesGo()
+    {
+        NotificationServer server;
+        makeWindow({.countdownStepMs = 20});
+        minimise();
+        post({"room for 3 min", {}, {}, NoticeTurn::UntilRecordingEnds});
+        post({"older"});
+        QTRY_COMPARE(server.messages().size(), 2);
+        child<QPushButton>("recordButton")->click();
+        // They would be in the video.
+        QTRY_COMPARE(server.closed().size(), 2);
+        QTRY_VERIFY(text()->isVisible() && !m_window->isMinimized());
+        QCOMPARE(text()->text(), QStringLiteral("The recorder failed: the recording did not start."));
+        child<QPushButton>("noticeClose")->click();
+        QCOMPARE(text()->text(), QStringLiteral("older"));
+        child<QPushButton>("noticeClose")->click();
+        QVERIFY(!line().isVisible());
+    }
+
+    void clickOnAMessageDuringAScreenshotLeavesTheWindowAway()
+    {
+        NotificationServer server;
+        makeWindow();
+        minimise();
+        post({"one"});
+        QTRY_COMPARE(server.messages().size(), 1);
+        auto* const screenshots = m_window->findChild<ScreenshotSession*>();
+        screenshots->frameScreen();
+        QTRY_VERIFY(screenshots->isActive());
+        const QSignalSpy activated(m_window->findChild<platform::DesktopNotifier*>(),
+                                   &platform::DesktopNotifier::activated);
+        const auto clickAndLook = [&] {
+            server.click(1);
+            return !activated.isEmpty();
+        };
+        QTRY_VERIFY(clickAndLook());
+        QVERIFY(m_window->isMinimized());
+        screenshots->cancel();
     }
 
     void clickOnTheMessageBringsTheWindowBack()

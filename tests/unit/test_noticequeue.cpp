@@ -46,7 +46,7 @@ private slots:
 
     void sameTextIsNotShownTwiceInARow()
     {
-        NoticeQueue queue(kBrief, nullptr);
+        NoticeQueue queue({}, nullptr);
         QVERIFY(queue.add({"one"}) && queue.add({"two"}));
         QVERIFY(!queue.add({"one"}) && !queue.add({"two"}));
         queue.next();
@@ -54,6 +54,76 @@ private slots:
         QVERIFY(queue.add({"one"}));
         queue.next();
         QCOMPARE(textOf(queue), QStringLiteral("one"));
+        queue.next();
+        QVERIFY(queue.current() == nullptr);
+    }
+
+    void sameTextGetsTheNewAction()
+    {
+        NoticeQueue queue(kBrief, nullptr);
+        QString done;
+        queue.add({"one", "Act", [&done] { done = "first"; }});
+        queue.add({"two", "Act", [&done] { done = "second"; }});
+        const QSignalSpy changed(&queue, &NoticeQueue::currentChanged);
+        queue.add({"two", "Other", [&done] { done = "third"; }});
+        queue.add({"one", "Act", [&done] { done = "fourth"; }});
+        queue.current()->action();
+        QCOMPARE(done, QStringLiteral("fourth"));
+        QCOMPARE(changed.size(), 0);
+        // What is shown of it changes with its label.
+        queue.add({"one"});
+        QCOMPARE(changed.size(), 1);
+        QVERIFY(!queue.current()->action && queue.current()->actionText.isEmpty());
+        queue.next();
+        queue.current()->action();
+        QCOMPARE(queue.current()->actionText, QStringLiteral("Other"));
+        QCOMPARE(done, QStringLiteral("third"));
+    }
+
+    void sameTextIsReportedAgainAfterSomeTime()
+    {
+        NoticeQueue queue(kBrief, nullptr);
+        QVERIFY(queue.add({"one"}));
+        QVERIFY(QTest::qWaitFor([&queue] { return queue.add({"one"}); }));
+        QVERIFY(QTest::qWaitFor([&queue] { return queue.add({"one"}); }));
+        queue.next();
+        QVERIFY(queue.current() == nullptr);
+        NoticeQueue slow({}, nullptr);
+        QVERIFY(slow.add({"one"}));
+        QVERIFY(!slow.add({"one"}));
+    }
+
+    void whatHasBecomeOfARecordingComesFirst()
+    {
+        NoticeQueue queue(kBrief, nullptr);
+        queue.add({"one"});
+        queue.add({"two"});
+        const QSignalSpy changed(&queue, &NoticeQueue::currentChanged);
+        queue.add({"ended", {}, {}, NoticeTurn::First});
+        QCOMPARE(changed.size(), 1);
+        queue.add({"lost", {}, {}, NoticeTurn::First});
+        QCOMPARE(changed.size(), 1);
+        QStringList order;
+        for (; queue.current() != nullptr; queue.next())
+            order.append(textOf(queue));
+        QCOMPARE(order, QStringList({"ended", "lost", "one", "two"}));
+    }
+
+    void whatOnlyARecordingHasUseForGoesWithIt()
+    {
+        NoticeQueue queue(kBrief, nullptr);
+        queue.add({"little space", {}, {}, NoticeTurn::UntilRecordingEnds});
+        queue.add({"one"});
+        queue.add({"less space", {}, {}, NoticeTurn::UntilRecordingEnds});
+        queue.add({"two"});
+        const QSignalSpy changed(&queue, &NoticeQueue::currentChanged);
+        queue.dropWhatTheRecordingHad();
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(textOf(queue), QStringLiteral("one"));
+        queue.dropWhatTheRecordingHad();
+        QCOMPARE(changed.size(), 1);
+        queue.next();
+        QCOMPARE(textOf(queue), QStringLiteral("two"));
         queue.next();
         QVERIFY(queue.current() == nullptr);
     }

@@ -69,6 +69,15 @@ private slots:
         QCOMPARE(notice->text, text);
         QCOMPARE(notice->actionText, action);
         QCOMPARE(notice->action != nullptr, !action.isEmpty());
+        QCOMPARE(notice->turn, NoticeTurn::First);
+    }
+
+    void onlyWhatHasBecomeOfARecordingComesFirst()
+    {
+        const QString path = QStringLiteral("/videos/demo.mp4");
+        for (const Notice& notice : {m_notices.moved(path), m_notices.saved(path), m_notices.lost()})
+            QCOMPARE(notice.turn, NoticeTurn::First);
+        QCOMPARE(m_notices.littleSpace(3).turn, NoticeTurn::UntilRecordingEnds);
     }
 
     void recordingThatEndedAsAskedIsNotWorthANotice()
