@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/files/file_opening.h"
+
 #include <QDesktopServices>
 #include <QList>
 #include <QObject>
@@ -15,6 +17,7 @@ class OpenedAddresses : public QObject
 public:
     explicit OpenedAddresses(const QStringList& schemes) : m_schemes(schemes)
     {
+        platform::setOpeningWatched(false);
         for (const QString& scheme : m_schemes)
             QDesktopServices::setUrlHandler(scheme, this, "open");
     }
@@ -22,6 +25,7 @@ public:
     {
         for (const QString& scheme : m_schemes)
             QDesktopServices::unsetUrlHandler(scheme);
+        platform::setOpeningWatched(true);
     }
 
     const QList<QUrl>& opened() const { return m_opened; }
