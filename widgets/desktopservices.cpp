@@ -4,8 +4,10 @@
 #include "app/sclogger.h"
 #include "app/shownpath.h"
 #include "platform/files/file_manager.h"
+#include "platform/files/file_opening.h"
 
 #include <QDesktopServices>
+#include <QPointer>
 #include <QUrl>
 
 namespace {
@@ -20,14 +22,31 @@ bool isWebAddress(const QUrl& url)
            (scheme == QLatin1String("https") || scheme == QLatin1String("http"));
 }
 
+void logNotOpened(const QString& path)
+{
+    SCLogger::warning(QStringLiteral("The system could not open it: \"%1\"").arg(shownPath(path)));
+}
+
 } // namespace
 
 bool openFile(const QString& path)
 {
     const bool opened = QDesktopServices::openUrl(QUrl::fromLocalFile(platform::shellPath(path)));
     if (!opened)
-        SCLogger::warning(QStringLiteral("The system could not open it: \"%1\"").arg(shownPath(path)));
+        logNotOpened(path);
     return opened;
+}
+
+void openFile(const QString& path, const QObject& context, const std::function<void()>& notOpened)
+{
+    const auto onFailed = [path, notOpened, caller = QPointer<const QObject>(&context)] {
+        logNotOpened(path);
+        if (!caller.isNull())
+            notOpened();
+    };
+    // Qt's own call to xdg-open succeeds with its start.
+    if (!platform::openWatched(path, onFailed) && !openFile(path))
+        notOpened();
 }
 
 bool openWebPage(const QString& address)
