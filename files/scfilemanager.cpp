@@ -251,8 +251,11 @@ bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
 void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& position)
 {
     const QModelIndex index = view.indexAt(position);
-    if (index.isValid() && isThere(pathOf(index)) && !openFile(pathOf(index)))
-        emit notOpened(pathOf(index));
+    if (!index.isValid())
+        return;
+    const QString path = pathOf(index);
+    if (isThere(path))
+        openFile(path, *this, [this, path] { emit notOpened(path); });
 }
 
 bool SCFileManager::isThere(const QString& path)
