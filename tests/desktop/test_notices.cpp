@@ -225,20 +225,32 @@ private slots:
         QCOMPARE(text()->text(), QStringLiteral("one"));
     }
 
+    void fileThatNoProgramOpensIsReportedInTheWindow_data()
+    {
+        QTest::addColumn<bool>("hasXdgOpen");
+        QTest::newRow("nothing opens files") << false;
+        QTest::newRow("no program for this one") << true;
+    }
+
     void fileThatNoProgramOpensIsReportedInTheWindow()
     {
-        // Nothing that could open a file is found.
+        QFETCH(const bool, hasXdgOpen);
         const QByteArray path = qgetenv("PATH");
         const QTemporaryDir folder;
         QFile file(folder.filePath(QStringLiteral("a\u202egpj.exe")));
         QVERIFY(file.open(QIODevice::WriteOnly));
+        QFile xdgOpen(folder.filePath(QStringLiteral("xdg-open")));
+        QVERIFY(xdgOpen.open(QIODevice::WriteOnly));
+        xdgOpen.write("#!/bin/sh\nexit 3\n");
+        xdgOpen.close();
+        QVERIFY(xdgOpen.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
         makeWindow();
         emit m_window->fileProduced(file.fileName(), QStringLiteral("video"));
         click(*child<QPushButton>("filesTab"));
         auto& view = *child<QListView>("fileView");
         desktopuser::waitUntilStill();
         const QPoint row = view.visualRect(view.model()->index(0, 0)).center();
-        qputenv("PATH", "/nowhere");
+        qputenv("PATH", hasXdgOpen ? folder.path().toUtf8() : "/nowhere");
         QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, row);
         qputenv("PATH", path);
         QTRY_VERIFY(line().isVisible());
