@@ -10,8 +10,8 @@
 namespace platform {
 
 /// One key, with modifiers, wherever the keyboard focus is, and while a menu or another program holds the keyboard: by
-/// passive grabs and raw events on X11; on Windows by QHotkey where the build found it, else by RegisterHotKey. Caps,
-/// Num and Scroll Lock make no difference; a key that is held down counts once. User-interface thread.
+/// QHotkey where the build found it, else by passive grabs on X11 and RegisterHotKey on Windows; on X11 by raw events as
+/// well. Caps, Num and Scroll Lock make no difference; a key that is held down counts once. User-interface thread.
 class GlobalHotkey : public QObject
 {
     Q_OBJECT

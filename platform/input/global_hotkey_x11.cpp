@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/input/global_hotkey_backend.h"
+#include "platform/input/x11_key_grab.h"
 #include "platform/input/x11_key_presses.h"
 #include "platform/input/x11_keyboard.h"
 #include "platform/input/x11_raw_events.h"
@@ -12,19 +13,10 @@
 #include <xcb/xinput.h>
 
 #include <optional>
-#include <vector>
 
 namespace platform {
 
 namespace {
-
-/// A passive grab as it was made, to be released after the keyboard has changed.
-struct Grab
-{
-    xcb_window_t root;
-    xcb_keycode_t keycode;
-    std::uint16_t modifiers;
-};
 
 constexpr std::uint8_t kEventTypeMask = 0x7f;
 
@@ -37,8 +29,8 @@ void reportMissingRawEvents()
             QStringLiteral("The X server has no raw key events: hotkeys wait while a program holds the keyboard"));
 }
 
-/// Passive grabs on the root windows, which keep the key from other programs, and raw events, which come while another
-/// program holds the keyboard. On a connection of its own: Qt's event stream and error handling stay untouched.
+/// A grab, which keeps the key from other programs, and raw events, which come while another program holds the
+/// keyboard. On a connection of its own: Qt's event stream and error handling stay untouched.
 class X11Backend : public GlobalHotkey::Backend
 {
 public:
@@ -49,10 +41,10 @@ public:
 
 private:
     bool isConnected() const { return xcb_connection_has_error(m_connection.get()) == 0; }
-    QString grabAll();
-    bool grab(const Grab& wanted);
-    void ungrabAll();
+    QString grab();
+    void ungrab();
     void listen();
+    void reportPress();
     void selectRawKeys(bool wanted);
     void readEvents();
     void handle(const xcb_generic_event_t& event);
@@ -66,11 +58,17 @@ private:
     std::optional<std::uint8_t> m_rawOpcode;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::optional<QKeyCombination> m_key;
-    std::vector<Grab> m_grabs;
+    X11KeyGrab m_grab;
+    bool m_isTaken = false;
     X11KeyPresses m_presses;
 };
 
-X11Backend::X11Backend(GlobalHotkey& owner) : m_owner(owner), m_connection(xcb_connect(nullptr, &m_screen))
+X11Backend::X11Backend(GlobalHotkey& owner)
+    : m_owner(owner), m_connection(xcb_connect(nullptr, &m_screen)), m_grab(m_connection.get(), [this] {
+        // A raw event tells of the same press.
+        if (!m_rawOpcode)
+            reportPress();
+    })
 {
     if (!isConnected())
         return;
@@ -86,7 +84,7 @@ QString X11Backend::take(const QKeyCombination& key)
     if (!isConnected())
         return QStringLiteral("the X server does not answer");
     m_key = key;
-    QString trouble = grabAll();
+    QString trouble = grab();
     // Requests that waited for an answer may have read events along with it.
     readEvents();
     return trouble;
@@ -94,7 +92,7 @@ QString X11Backend::take(const QKeyCombination& key)
 
 void X11Backend::release()
 {
-    ungrabAll();
+    ungrab();
     m_key.reset();
     m_presses = {};
     // The answer may have brought events along.
@@ -102,45 +100,26 @@ void X11Backend::release()
         readEvents();
 }
 
-QString X11Backend::grabAll()
+QString X11Backend::grab()
 {
     const X11Keyboard keyboard(m_connection.get());
     const std::vector<xcb_keycode_t> keycodes = keyboard.keycodesOf(m_key->key());
     if (keycodes.empty())
         return QStringLiteral("the keyboard has no such key");
-    const std::uint16_t modifiers = keyboard.modifiersOf(*m_key);
-    const std::vector<std::uint16_t> locks = keyboard.lockCombinations();
-    for (auto screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())); screen.rem > 0;
-         xcb_screen_next(&screen)) {
-        for (const xcb_keycode_t keycode : keycodes) {
-            for (const std::uint16_t locked : locks) {
-                if (!grab({screen.data->root, keycode, static_cast<std::uint16_t>(modifiers | locked)})) {
-                    ungrabAll();
-                    return QStringLiteral("another program holds it");
-                }
-            }
-        }
-    }
-    m_presses.setKey({keycodes, modifiers, locks.back(), keyboard.modifierKeys()});
+    QString trouble = m_grab.take(keyboard, *m_key);
+    m_isTaken = trouble.isEmpty();
+    if (!m_isTaken)
+        return trouble;
+    m_presses.setKey(
+        {keycodes, keyboard.modifiersOf(*m_key), keyboard.lockCombinations().back(), keyboard.modifierKeys()});
     listen();
     return {};
 }
 
-bool X11Backend::grab(const Grab& wanted)
+void X11Backend::ungrab()
 {
-    const xcb_void_cookie_t cookie = xcb_grab_key_checked(m_connection.get(), 0, wanted.root, wanted.modifiers,
-                                                          wanted.keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-    const xcb::Owned<xcb_generic_error_t> error(xcb_request_check(m_connection.get(), cookie));
-    if (!error)
-        m_grabs.push_back(wanted);
-    return !error;
-}
-
-void X11Backend::ungrabAll()
-{
-    for (const Grab& made : m_grabs)
-        xcb_ungrab_key(m_connection.get(), made.keycode, made.root, made.modifiers);
-    m_grabs.clear();
+    m_grab.release();
+    m_isTaken = false;
     selectRawKeys(false);
     // Waits for the server: another connection, or program, can take the key from now on.
     xcb::answer<xcb_get_input_focus_reply>(m_connection.get(), xcb_get_input_focus(m_connection.get()));
@@ -184,7 +163,12 @@ void X11Backend::handle(const xcb_generic_event_t& event)
     if (type == XCB_MAPPING_NOTIFY)
         onMappingChanged(reinterpret_cast<const xcb_mapping_notify_event_t&>(event));
     else if (type == XCB_GE_GENERIC ? isRawPress(event) : isGrabbedPress(event))
-        QMetaObject::invokeMethod(&m_owner, &GlobalHotkey::activated, Qt::QueuedConnection);
+        reportPress();
+}
+
+void X11Backend::reportPress()
+{
+    QMetaObject::invokeMethod(&m_owner, &GlobalHotkey::activated, Qt::QueuedConnection);
 }
 
 bool X11Backend::isGrabbedPress(const xcb_generic_event_t& event)
@@ -214,13 +198,13 @@ void X11Backend::onMappingChanged(const xcb_mapping_notify_event_t& event)
 {
     if (event.request == XCB_MAPPING_POINTER || !m_key)
         return;
-    const bool wasTaken = !m_grabs.empty();
-    ungrabAll();
-    QString trouble = grabAll();
-    const bool isTaken = trouble.isEmpty();
-    if (isTaken != wasTaken)
+    const bool wasTaken = m_isTaken;
+    ungrab();
+    QString trouble = grab();
+    if (m_isTaken != wasTaken)
         QMetaObject::invokeMethod(
-            &m_owner, [&owner = m_owner, isTaken, trouble] { emit owner.availabilityChanged(isTaken, trouble); },
+            &m_owner,
+            [&owner = m_owner, isTaken = m_isTaken, trouble] { emit owner.availabilityChanged(isTaken, trouble); },
             Qt::QueuedConnection);
 }
 
