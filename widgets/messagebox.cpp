@@ -4,8 +4,8 @@
 #include "widgets/shownname.h"
 #include "widgets/stylesheet.h"
 
+#include <QApplication>
 #include <QCheckBox>
-#include <QCoreApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -101,11 +101,14 @@ void informBeside(QWidget& window, const QString& title, const QString& text)
         s_recorder->note({Kind::Information, &window, title, text});
         return;
     }
-    auto* const box = new QMessageBox(Kind::Information, title, text, QMessageBox::Ok, &window);
+    // A window that a dialog blocks has its boxes blocked as well.
+    QWidget* const modal = QApplication::activeModalWidget();
+    QWidget& owner = modal != nullptr ? *modal : window;
+    auto* const box = new QMessageBox(Kind::Information, title, text, QMessageBox::Ok, &owner);
     prepare(*box);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setModal(false);
-    new BoxOfWindow(*box, window);
+    new BoxOfWindow(*box, owner);
     box->show();
     // The window may be about to get the keyboard.
     box->activateWindow();

@@ -16,7 +16,8 @@ void information(QWidget* parent, const QString& title, const QString& text);
 void warning(QWidget* parent, const QString& title, const QString& text);
 void critical(QWidget* parent, const QString& title, const QString& text);
 
-/// Returns at once and blocks nothing. Goes when it is closed, or the window is minimised, hidden or destroyed.
+/// Returns at once and blocks nothing. Over the dialog that blocks the window, if there is one. Goes when it is closed,
+/// or the window that it is over is minimised, hidden or destroyed.
 void informBeside(QWidget& window, const QString& title, const QString& text);
 
 struct Question

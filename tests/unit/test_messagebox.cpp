@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QDialog>
 #include <QFile>
 #include <QMessageBox>
 #include <QPointer>
@@ -184,6 +185,22 @@ private slots:
             window.hide();
         QVERIFY(box.isNull() || !box->isVisible());
         QTRY_VERIFY(box.isNull());
+    }
+
+    void boxBesideAWindowThatADialogBlocksIsOverTheDialog()
+    {
+        QWidget window;
+        window.show();
+        QDialog dialog(&window);
+        dialog.setWindowModality(Qt::ApplicationModal);
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        messagebox::informBeside(window, QStringLiteral("Saved"), QStringLiteral("text"));
+        const QPointer<QMessageBox> box = dialog.findChild<QMessageBox*>();
+        QVERIFY(box != nullptr && box->isVisible());
+        QTest::keyClick(box->windowHandle(), Qt::Key_Return);
+        QTRY_VERIFY(box.isNull());
+        QVERIFY(dialog.isVisible());
     }
 
     void recorderAnswersQuestions()
