@@ -132,7 +132,7 @@ void X11Backend::listen()
     constexpr unsigned kBits = 8;
     for (unsigned keycode = 0; down && keycode < kBits * sizeof(down->keys); ++keycode) {
         if ((down->keys[keycode / kBits] >> (keycode % kBits) & 1U) != 0)
-            m_presses.addHeld(static_cast<xcb_keycode_t>(keycode));
+            m_presses.addDown(static_cast<xcb_keycode_t>(keycode));
     }
 }
 

@@ -13,6 +13,12 @@ void X11KeyPresses::setKey(X11Key key)
     m_held.clear();
 }
 
+void X11KeyPresses::addDown(xcb_keycode_t keycode)
+{
+    addHeld(keycode);
+    m_isDown = m_isDown || isKey(keycode);
+}
+
 void X11KeyPresses::addHeld(xcb_keycode_t keycode)
 {
     if (m_key.modifierKeys.contains(keycode))

@@ -31,8 +31,8 @@ public:
     /// From now on; no modifier is held.
     void setKey(X11Key key);
 
-    /// A modifier that was held before.
-    void addHeld(xcb_keycode_t keycode);
+    /// A key that was down before.
+    void addDown(xcb_keycode_t keycode);
 
     // Whether a press counts.
     bool onGrabPress(xcb_keycode_t keycode, xcb_timestamp_t time);
@@ -43,6 +43,7 @@ public:
 
 private:
     bool isKey(xcb_keycode_t keycode) const;
+    void addHeld(xcb_keycode_t keycode);
     std::uint16_t heldModifiers() const;
     bool countsAt(xcb_timestamp_t time);
 

@@ -136,11 +136,22 @@ private slots:
 
     void modifierHeldFromBeforeIsKnown()
     {
-        m_presses.addHeld(kShift);
-        m_presses.addHeld(kOtherKey);
+        m_presses.addDown(kShift);
+        m_presses.addDown(kOtherKey);
         QVERIFY(!m_presses.onRawPress(kKey, 1000));
         m_presses.onRawRelease(kKey);
         m_presses.onRawRelease(kShift);
+        QVERIFY(m_presses.onRawPress(kKey, 2000));
+    }
+
+    /// Its grab begins with a repetition.
+    void keyThatIsDownWhenItIsTakenCountsFromItsNextPress()
+    {
+        m_presses.addDown(kKey);
+        QVERIFY(!m_presses.onGrabPress(kKey, 1000));
+        m_presses.onGrabRelease(kKey, 1040);
+        QVERIFY(!m_presses.onGrabPress(kKey, 1040));
+        m_presses.onGrabRelease(kKey, 1100);
         QVERIFY(m_presses.onRawPress(kKey, 2000));
     }
 
