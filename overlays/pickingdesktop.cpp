@@ -54,7 +54,7 @@ private:
     platform::NativeWindows m_windows;
     platform::PointerProbe m_pointer;
     std::unique_ptr<platform::WindowHotkey> m_hotkey;
-    platform::GlobalHotkey m_cancelKey{nullptr};
+    platform::GlobalHotkey m_cancelKey{nullptr, platform::GlobalHotkey::WhenHeld::Listen};
 };
 
 class OtherProgramsDesktop : public SystemDesktop

@@ -227,7 +227,7 @@ void RecordingView::countDown(int from)
     m_countdown->move(centre - QPoint(m_countdown->width() / 2, m_countdown->height() / 2));
     connect(m_countdown, &SCCountdownWidget::closed, &m_session, &RecordingSession::cancelCountdown);
     // Whatever has the keyboard.
-    platform::GlobalHotkey escape(nullptr);
+    platform::GlobalHotkey escape(nullptr, platform::GlobalHotkey::WhenHeld::Listen);
     connect(&escape, &platform::GlobalHotkey::activated, &m_session, &RecordingSession::cancelCountdown);
     escape.registerKey(QKeySequence(Qt::Key_Escape));
     m_countdown->start(from);

@@ -5,7 +5,9 @@
 
 namespace platform {
 
-GlobalHotkey::GlobalHotkey(QObject* parent) : QObject(parent), m_backend(Backend::create(*this)) {}
+GlobalHotkey::GlobalHotkey(QObject* parent, WhenHeld whenHeld)
+    : QObject(parent), m_whenHeld(whenHeld), m_backend(Backend::create(*this))
+{}
 
 GlobalHotkey::~GlobalHotkey() = default;
 

@@ -107,7 +107,8 @@ QString X11Backend::grab()
     if (keycodes.empty())
         return QStringLiteral("the keyboard has no such key");
     QString trouble = m_grab.take(keyboard, *m_key);
-    m_isTaken = trouble.isEmpty();
+    const bool isHeardAnyway = m_rawOpcode && m_owner.whenHeld() == GlobalHotkey::WhenHeld::Listen;
+    m_isTaken = trouble.isEmpty() || isHeardAnyway;
     if (!m_isTaken)
         return trouble;
     m_presses.setKey(

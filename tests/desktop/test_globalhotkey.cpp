@@ -20,6 +20,8 @@ using userinput::xdotool;
 
 namespace {
 
+constexpr int kF9Keycode = 75;
+
 /// Presses a key that nothing else uses, and waits for it: what was pressed before has then been reported.
 bool waitForEarlierKeys()
 {
@@ -295,6 +297,21 @@ private slots:
         QVERIFY(other.registerKey(QKeySequence()));
         QVERIFY(hotkey.registerKey(QKeySequence(Qt::Key_F9)));
         QCOMPARE(hotkey.failureReason(), QString());
+    }
+
+    void keyHeldByAnotherProgramIsHeardWhereThatIsEnough()
+    {
+        GlobalHotkey hotkey(nullptr, GlobalHotkey::WhenHeld::Listen);
+        const heldkeyboard::KeyHolder other(kF9Keycode);
+        QVERIFY(other.isHolding());
+        QVERIFY2(hotkey.registerKey(QKeySequence(Qt::Key_F9)), qPrintable(hotkey.failureReason()));
+        QSignalSpy activated(&hotkey, &GlobalHotkey::activated);
+        for (int time = 1; time <= 3; ++time) {
+            xdotool({"key", "F9"});
+            QTRY_COMPARE(activated.size(), time);
+        }
+        QVERIFY(waitForEarlierKeys());
+        QCOMPARE(activated.size(), 3);
     }
 
     void keyThatTheKeyboardDoesNotHaveIsNamed()
