@@ -5,12 +5,7 @@
 #include "platform/input/pointer_state.h"
 #include "platform/input/window_hotkey.h"
 
-#include <QGuiApplication>
-#include <QWindow>
-
 #include <utility>
-
-#include <algorithm>
 
 namespace {
 
@@ -49,6 +44,9 @@ public:
         return pointer && (pointer->leftDown || pointer->rightDown);
     }
 
+protected:
+    const platform::NativeWindows& windows() const { return m_windows; }
+
 private:
     platform::MouseHook m_hook;
     platform::NativeWindows m_windows;
@@ -60,12 +58,7 @@ private:
 class OtherProgramsDesktop : public SystemDesktop
 {
 public:
-    bool isPickable(platform::NativeWindow window) const override
-    {
-        return std::ranges::none_of(QGuiApplication::allWindows(), [window](const QWindow* own) {
-            return own->handle() != nullptr && own->winId() == window;
-        });
-    }
+    bool isPickable(platform::NativeWindow window) const override { return !windows().isOwn(window); }
 };
 
 } // namespace

@@ -26,6 +26,9 @@ public:
 
     bool exists(NativeWindow window) const;
 
+    /// Whether it is one of this program, or the window manager's frame around one.
+    bool isOwn(NativeWindow window) const;
+
     /// With its border; none when the window is gone.
     std::optional<QRect> rectOf(NativeWindow window) const;
 

@@ -31,6 +31,13 @@ bool NativeWindows::exists(NativeWindow window) const
     return IsWindow(handleOf(window)) != 0;
 }
 
+bool NativeWindows::isOwn(NativeWindow window) const
+{
+    DWORD process = 0;
+    GetWindowThreadProcessId(handleOf(window), &process);
+    return process == GetCurrentProcessId();
+}
+
 std::optional<QRect> NativeWindows::rectOf(NativeWindow window) const
 {
     RECT rect{};

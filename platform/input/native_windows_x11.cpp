@@ -3,6 +3,7 @@
 #include "platform/xcb_handles.h"
 
 #include <QGuiApplication>
+#include <QWindow>
 
 #include <utility>
 #include <xcb/shape.h>
@@ -44,6 +45,7 @@ struct NativeWindows::Private
     std::optional<std::pair<xcb_window_t, QPoint>> topmostChildAt(xcb_window_t parent, const QPoint& position) const;
     bool isShapedToHold(xcb_window_t window, const QPoint& position, xcb_shape_sk_t kind) const;
     xcb::Owned<xcb_get_geometry_reply_t> geometryOf(xcb_window_t window) const;
+    xcb_window_t topLevelOf(xcb_window_t window) const;
 
     xcb::Connection connection;
     xcb_window_t root = XCB_WINDOW_NONE;
@@ -111,6 +113,19 @@ xcb::Owned<xcb_get_geometry_reply_t> NativeWindows::Private::geometryOf(xcb_wind
     return xcb::answer<xcb_get_geometry_reply>(connection.get(), xcb_get_geometry(connection.get(), window));
 }
 
+/// The ancestor below the root window: a frame, where the window manager makes frames.
+xcb_window_t NativeWindows::Private::topLevelOf(xcb_window_t window) const
+{
+    xcb_window_t topLevel = window;
+    while (const auto tree =
+               xcb::answer<xcb_query_tree_reply>(connection.get(), xcb_query_tree(connection.get(), topLevel))) {
+        if (tree->parent == root || tree->parent == XCB_WINDOW_NONE)
+            break;
+        topLevel = tree->parent;
+    }
+    return topLevel;
+}
+
 NativeWindows::NativeWindows() : m_private(std::make_unique<Private>()) {}
 
 NativeWindows::~NativeWindows() = default;
@@ -129,6 +144,16 @@ NativeWindow NativeWindows::at(const QPoint& position) const
 bool NativeWindows::exists(NativeWindow window) const
 {
     return m_private->isConnected() && m_private->geometryOf(static_cast<xcb_window_t>(window));
+}
+
+bool NativeWindows::isOwn(NativeWindow window) const
+{
+    if (!m_private->isConnected())
+        return false;
+    const xcb_window_t topLevel = m_private->topLevelOf(static_cast<xcb_window_t>(window));
+    return std::ranges::any_of(QGuiApplication::allWindows(), [this, topLevel](const QWindow* own) {
+        return own->handle() != nullptr && m_private->topLevelOf(static_cast<xcb_window_t>(own->winId())) == topLevel;
+    });
 }
 
 std::optional<QRect> NativeWindows::rectOf(NativeWindow window) const
