@@ -26,7 +26,7 @@ bool DialogSuspension::isAnswerAwaited()
 
 void DialogSuspension::update()
 {
-    if (!m_activity.isIdle() || m_screenshots.isActive())
+    if (!m_activity.isIdle() || m_screenshots.isFraming())
         suspend();
     else if (!m_activity.isClosing())
         restore();

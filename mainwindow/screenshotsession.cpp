@@ -87,9 +87,11 @@ bool ScreenshotSession::isAllowed() const
 
 void ScreenshotSession::begin()
 {
-    if (std::exchange(m_isActive, true))
-        return;
+    const bool wasActive = std::exchange(m_isActive, true);
+    // Dialogs may have been opened since the last time.
     emit activeChanged();
+    if (wasActive)
+        return;
     m_region.suspendFrame();
     m_minimisedWindow = m_window.isVisible() && !m_window.isMinimized();
     if (m_minimisedWindow)

@@ -34,6 +34,9 @@ public:
 
     bool isActive() const;
 
+    /// Active, but for the picking of a window.
+    bool isFraming() const { return m_isActive; }
+
     /// Whether an image is being taken, during which events run.
     bool isGrabbing() const;
 
@@ -51,7 +54,7 @@ public slots:
 
 signals:
     void restoreRequested();
-    /// isActive() while the frame is shown or a region selected; picking a window is not reported.
+    /// isFraming() may have, or a shown frame has another area.
     void activeChanged();
     void saved(const QString& path);
     void folderReplaced();

@@ -96,6 +96,21 @@ private slots:
         QCOMPARE(restored.size(), 0);
     }
 
+    /// A dialog may have been opened over the first frame.
+    void frameThatIsShownAgainIsReportedAgain()
+    {
+        const QSignalSpy changed(m_session, &ScreenshotSession::activeChanged);
+        m_session->frameScreen();
+        m_session->frameScreen();
+        QCOMPARE(changed.size(), 2);
+        m_session->cancel();
+        QVERIFY(!m_session->isFraming());
+        m_session->pickWindow();
+        QVERIFY(m_session->isActive() && !m_session->isFraming());
+        m_session->cancelSelections();
+        QCOMPARE(changed.size(), 3);
+    }
+
     void requestIsLoggedAndIgnoredWhileNoScreenshotMayBeTaken_data()
     {
         QTest::addColumn<RecordingState>("recording");
