@@ -59,7 +59,7 @@ void Hotkeys::onPressed(const Hotkey& hotkey, Activity::Refusal refusal, void (H
     if (refusal == Activity::Refusal::None)
         emit(this->*pressed)();
     else
-        m_notices.post({explained(refusal, hotkey.wanted)});
+        m_notices.post({.text = explained(refusal, hotkey.wanted), .isOfTheMoment = true});
 }
 
 void Hotkeys::apply(const QSettings& settings)

@@ -31,7 +31,8 @@ NoticeDisplay::NoticeDisplay(const Notices& notices, QWidget& pages, RecordingVi
 
 void NoticeDisplay::show(const Notice& notice)
 {
-    const bool isNew = m_bar->add(notice);
+    const bool isWorthKeeping = !notice.isOfTheMoment || m_activity.isIdle();
+    const bool isNew = isWorthKeeping && m_bar->add(notice);
     // Whoever posts it may be about to restore the window.
     QTimer::singleShot(0, this, [this, notice, isNew] { showElsewhere(notice, isNew); });
 }

@@ -23,6 +23,8 @@ struct Notice
     QString actionText = {};
     std::function<void()> action = {};
     NoticeTurn turn = NoticeTurn::InOrder;
+    /// What it says of a recording that is under way is wrong afterwards.
+    bool isOfTheMoment = false;
 };
 
 /// Where the program reports what the user has to know and no dialog may interrupt. User-interface thread.

@@ -94,6 +94,7 @@ private slots:
         press(hotkey);
         QCOMPARE(posted.size(), 1);
         QCOMPARE(posted.at(0).at(0).value<Notice>().text, text);
+        QVERIFY(posted.at(0).at(0).value<Notice>().isOfTheMoment);
         QCOMPARE(recording.size() + screenshot.size(), 0);
     }
 
