@@ -83,6 +83,8 @@ void Hotkeys::want(Hotkey& hotkey, const QString& stored)
     if (hotkey.taken && hotkey.wanted == wanted)
         return;
     hotkey.key->registerKey({});
+    if (hotkey.wanted != wanted)
+        hotkey.reported.clear();
     hotkey.wanted = wanted;
     hotkey.taken = false;
 }
@@ -92,34 +94,43 @@ void Hotkeys::take(Hotkey& hotkey)
     if (hotkey.taken || hotkey.wanted.isEmpty())
         return;
     hotkey.taken = hotkey.key->registerKey(QKeySequence::fromString(hotkey.wanted, QKeySequence::PortableText));
-    if (hotkey.taken)
+    const QString reason = hotkey.key->failureReason();
+    // Once, not with every change of other settings.
+    const bool isReported = std::exchange(hotkey.reported, reason) == reason;
+    if (hotkey.taken || isReported)
         return;
-    SCLogger::warning(
-        QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(hotkey.wanted, hotkey.key->failureReason()));
-    postUnusable(hotkey.wanted);
+    SCLogger::warning(QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(hotkey.wanted, reason));
+    postUnusable(hotkey);
 }
 
 void Hotkeys::onAvailabilityChanged(Hotkey& hotkey, bool available, const QString& reason)
 {
     hotkey.taken = available;
+    hotkey.reported = reason;
     if (available) {
         SCLogger::info(QStringLiteral("The hotkey \"%1\" works again").arg(hotkey.wanted));
     } else {
         SCLogger::warning(
             QStringLiteral("The hotkey \"%1\" is lost with the new keyboard layout: %2").arg(hotkey.wanted, reason));
-        postUnusable(hotkey.wanted);
+        postUnusable(hotkey);
     }
     emit recordingKeyChanged();
 }
 
 /// Queued: at the start of the program nothing shows notices yet.
-void Hotkeys::postUnusable(const QString& key)
+void Hotkeys::postUnusable(const Hotkey& hotkey)
 {
+    const QString key = hotkey.wanted;
     const Notice notice{tr("The hotkey %1 cannot be used. Another program may hold it.").arg(key), tr("Settings"),
                         [this] {
                             if (m_activity.isIdle())
                                 emit settingsRequested();
                         }};
     QMetaObject::invokeMethod(
-        this, [this, notice] { m_notices.post(notice); }, Qt::QueuedConnection);
+        this,
+        [this, &hotkey, key, notice] {
+            if (!hotkey.taken && hotkey.wanted == key)
+                m_notices.post(notice);
+        },
+        Qt::QueuedConnection);
 }

@@ -44,13 +44,15 @@ private:
         /// Empty when none is wanted.
         QString wanted;
         bool taken = false;
+        /// Why the wanted key cannot be taken, as the user has been told.
+        QString reported = {};
     };
 
     void onPressed(const Hotkey& hotkey, Activity::Refusal refusal, void (Hotkeys::*pressed)());
     void want(Hotkey& hotkey, const QString& stored);
     void take(Hotkey& hotkey);
     void onAvailabilityChanged(Hotkey& hotkey, bool available, const QString& reason);
-    void postUnusable(const QString& key);
+    void postUnusable(const Hotkey& hotkey);
 
     const Activity& m_activity;
     Notices& m_notices;

@@ -119,6 +119,23 @@ private slots:
         QCOMPARE(requested.size(), 1);
     }
 
+    void keyThatCannotBeHadIsReportedOnceAndOnlyWhileItIsWanted()
+    {
+        const auto settings = openSettings();
+        settings->setValue(settingskeys::kScreenshotHotkey, QStringLiteral("garbage"));
+        const QSignalSpy posted(&m_notices, &Notices::posted);
+        m_hotkeys->apply(*settings);
+        m_hotkeys->apply(*settings);
+        QCoreApplication::processEvents();
+        QCOMPARE(posted.size(), 1);
+        settings->setValue(settingskeys::kScreenshotHotkey, QStringLiteral("rubbish"));
+        m_hotkeys->apply(*settings);
+        settings->setValue(settingskeys::kScreenshotHotkey, QString());
+        m_hotkeys->apply(*settings);
+        QCoreApplication::processEvents();
+        QCOMPARE(posted.size(), 1);
+    }
+
     void keyThatALayoutTakesAwayIsReported()
     {
         QSignalSpy posted(&m_notices, &Notices::posted);
