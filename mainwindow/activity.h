@@ -15,7 +15,6 @@ public:
     enum class Refusal
     {
         None,
-        DialogOpen,
         RecordingUnderWay,
         RecordingEnding,
         ScreenshotUnderWay
@@ -43,26 +42,16 @@ public:
     /// The main window stays minimised.
     bool isRecordingActive() const { return m_facts.isRecordingActive(); }
 
-    /// A dialog that waits would be recorded, and keep the user from the recording's controls.
-    bool mayToggleRecording() const { return !isIdle() || !m_facts.isDialogOpen(); }
+    Refusal recordingRefusal() const { return isEnding() ? Refusal::RecordingEnding : Refusal::None; }
 
-    Refusal recordingRefusal() const
-    {
-        if (isEnding())
-            return Refusal::RecordingEnding;
-        return mayToggleRecording() ? Refusal::None : Refusal::DialogOpen;
-    }
-
-    /// A frame would be recorded, a dialog be in the image.
+    /// A frame would be recorded.
     bool mayTakeScreenshot() const { return screenshotRefusal() == Refusal::None; }
 
     Refusal screenshotRefusal() const
     {
         if (!isIdle())
             return isEnding() ? Refusal::RecordingEnding : Refusal::RecordingUnderWay;
-        if (m_facts.isGrabbing())
-            return Refusal::ScreenshotUnderWay;
-        return m_facts.isDialogOpen() ? Refusal::DialogOpen : Refusal::None;
+        return m_facts.isGrabbing() ? Refusal::ScreenshotUnderWay : Refusal::None;
     }
 
     bool mayRestoreRegionFrame() const { return isIdle() || m_facts.recording() == RecordingState::Countdown; }

@@ -38,9 +38,15 @@ void DialogSuspension::suspend()
         if (!popup->close())
             break;
     }
-    while (QWidget* const dialog = isAnswerAwaited() ? nullptr : QApplication::activeModalWidget()) {
-        m_suspended.prepend(dialog);
-        dialog->hide();
+    while (QWidget* const modal = QApplication::activeModalWidget()) {
+        if (isAnswerAwaited()) {
+            static_cast<QDialog*>(modal)->reject();
+        } else {
+            m_suspended.prepend(modal);
+            modal->hide();
+        }
+        if (QApplication::activeModalWidget() == modal)
+            break;
     }
 }
 

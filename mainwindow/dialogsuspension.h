@@ -11,7 +11,8 @@ class RecordingSession;
 class ScreenshotSession;
 
 /// Hides open menus and the dialogs over the main window while a recording or a screenshot is under way, which they
-/// would block and be seen in, and brings the dialogs back as they were. User-interface thread.
+/// would block and be seen in, and brings the dialogs back as they were. Messages, questions and the choice of a
+/// folder, for whose answer the program waits, are cancelled. User-interface thread.
 class DialogSuspension : public QObject
 {
     Q_OBJECT
@@ -21,8 +22,7 @@ public:
     DialogSuspension(QObject* parent, const Activity& activity, const RecordingSession& recording,
                      const ScreenshotSession& screenshots);
 
-    /// A dialog is open that cannot be hidden without an answer, for which its opener waits: a message, a folder's
-    /// choice.
+    /// A dialog is open for whose answer its opener waits: a message, a folder's choice.
     static bool isAnswerAwaited();
 
 private:

@@ -21,8 +21,6 @@ QString explained(Activity::Refusal refusal, const QString& key)
     switch (refusal) {
     case Activity::Refusal::None:
         return {};
-    case Activity::Refusal::DialogOpen:
-        return Hotkeys::tr("A message or a folder dialog is open: close it, then press %1 again.").arg(key);
     case Activity::Refusal::RecordingUnderWay:
         return Hotkeys::tr("A recording is running: screenshots can be taken when it has ended.");
     case Activity::Refusal::RecordingEnding:

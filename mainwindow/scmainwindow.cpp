@@ -188,7 +188,7 @@ void SCMainWindow::makeMenu(const Durations& durations)
 void SCMainWindow::makeHotkeys()
 {
     m_hotkeys = new Hotkeys(this, m_activity, *m_notices);
-    connect(m_hotkeys, &Hotkeys::recordingPressed, m_view.get(), &RecordingView::toggle);
+    connect(m_hotkeys, &Hotkeys::recordingPressed, &m_view->session(), &RecordingSession::toggle);
     connect(m_hotkeys, &Hotkeys::screenshotPressed, m_screenshots, &ScreenshotSession::frameScreen);
     connect(m_hotkeys, &Hotkeys::recordingKeyChanged, this, &SCMainWindow::showHotkey);
     connect(m_hotkeys, &Hotkeys::settingsRequested, m_menu, &MainMenu::openSettings);

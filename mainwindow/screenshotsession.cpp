@@ -75,13 +75,12 @@ SCScreenshotWindow& ScreenshotSession::frame()
     return *m_frame;
 }
 
-/// The frame would be in a recording, and a dialog in the shot.
+/// The frame would be in a recording.
 bool ScreenshotSession::isAllowed() const
 {
     const bool isAllowed = m_activity.mayTakeScreenshot();
     if (!isAllowed)
-        SCLogger::info(
-            QStringLiteral("Screenshot request ignored: a recording or a shot is under way, or a dialog is open"));
+        SCLogger::info(QStringLiteral("Screenshot request ignored: a recording or a shot is under way"));
     return isAllowed;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "mainwindow/recording/recordingview.h"
 
-#include "app/sclogger.h"
 #include "app/settings.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/capture/capturearea.h"
@@ -43,7 +42,7 @@ RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureContr
 {
     connect(&m_session, &RecordingSession::statusChanged, this, &RecordingView::showStatus);
     connect(&m_session, &RecordingSession::elapsedChanged, this, &RecordingView::showElapsed);
-    connect(m_ui.recordButton, &QPushButton::clicked, this, &RecordingView::toggle);
+    connect(m_ui.recordButton, &QPushButton::clicked, &m_session, &RecordingSession::toggle);
     connect(&m_capture, &CaptureController::areaMoved, this, &RecordingView::positionBar);
     connect(&m_capture, &CaptureController::presetChosen, this, [this] {
         if (m_toolbar != nullptr)
@@ -58,7 +57,7 @@ RecordingView::~RecordingView() = default;
 
 void RecordingView::connectRegion()
 {
-    connect(&m_region, &RegionOverlays::startRecording, this, &RecordingView::toggle);
+    connect(&m_region, &RegionOverlays::startRecording, &m_session, &RecordingSession::toggle);
     connect(&m_region, &RegionOverlays::stopRecording, &m_session, &RecordingSession::requestEnd);
     connect(&m_region, &RegionOverlays::frameConcealed, this, [this](bool concealed) {
         if (m_toolbar != nullptr)
@@ -76,17 +75,6 @@ void RecordingView::makeKeeper(Notices& notices)
             [this, &notices] { m_output.reportFallback(notices); });
     connect(m_keeper.get(), &RecordingKeeper::fileMoved, this, &RecordingView::fileMoved);
     connect(m_keeper.get(), &RecordingKeeper::fileSaved, this, &RecordingView::fileSaved);
-}
-
-void RecordingView::toggle()
-{
-    if (m_activity.mayToggleRecording()) {
-        m_session.toggle();
-        return;
-    }
-    SCLogger::info(QStringLiteral("Recording request ignored: a dialog is open"));
-    // The frame's button shows a recording as soon as it is pressed.
-    m_region.setRecording(false);
 }
 
 void RecordingView::showStatus(int status)
@@ -124,7 +112,7 @@ SCFullscreenToolbar& RecordingView::toolbar()
         m_toolbar = std::make_unique<SCFullscreenToolbar>(nullptr, m_durations);
         platform::setExcludedFromFrames(*m_toolbar, true);
         connect(m_toolbar.get(), &SCFullscreenToolbar::recordingToggled, this,
-                [this](bool record) { record ? toggle() : m_session.requestEnd(); });
+                [this](bool record) { record ? m_session.toggle() : m_session.requestEnd(); });
         connect(m_toolbar.get(), &SCFullscreenToolbar::pauseToggled, &m_session, &RecordingSession::setPaused);
     }
     return *m_toolbar;

@@ -52,9 +52,6 @@ public:
     bool isActive() const { return m_status == recordstatus::kStarted; }
     void minimiseWhileActive();
 
-    /// Starts or stops, as the record button does.
-    void toggle();
-
     /// Beside the floating bar; ignored when that is not shown.
     void showNotice(const Notice& notice);
 

@@ -243,35 +243,37 @@ private slots:
         QTRY_VERIFY(!m_window->isMinimized());
     }
 
-    void hotkeyIsExplainedWhileADialogWaitsForItsAnswer_data()
+    void hotkeyCancelsADialogThatWaitsForItsAnswer_data()
     {
         QTest::addColumn<QString>("key");
         QTest::newRow("recording") << "F9";
         QTest::newRow("screenshot") << "F10";
     }
 
-    void hotkeyIsExplainedWhileADialogWaitsForItsAnswer()
+    void hotkeyCancelsADialogThatWaitsForItsAnswer()
     {
         QFETCH(const QString, key);
         click(*m_window->findChild<QPushButton*>("settingsBtn"));
         SCSettingsWindow& window = *opened<SCSettingsWindow>();
-        const QSignalSpy posted(m_window->findChild<Notices*>(), &Notices::posted);
-        bool stayed = false;
-        whenActive<QFileDialog>([&](QFileDialog& dialog) {
-            press(key);
-            [&] { QTRY_COMPARE(posted.size(), 1); }();
-            stayed = dialog.isVisible() && window.isVisible() && !m_window->isMinimized();
-            press("Escape");
+        bool wasShown = true;
+        whenCountingDown(m_window.get(), [&] {
+            wasShown = QApplication::activeModalWidget() != nullptr || window.isVisible();
+            press("F9");
         });
+        whenActive<QFileDialog>([&](QFileDialog& /*dialog*/) { press(key); });
         click(*window.findChild<QPushButton*>("changeRecordingFileLocationBtn"));
-        QTRY_VERIFY(stayed);
-        QCOMPARE(posted.at(0).at(0).value<Notice>().text,
-                 QStringLiteral("A message or a folder dialog is open: close it, then press %1 again.").arg(key));
-        QTRY_VERIFY(QApplication::activeModalWidget() == &window);
+        if (key == QLatin1String("F10")) {
+            QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr &&
+                        shownWindow<SCScreenshotWindow>()->isActiveWindow());
+            wasShown = QApplication::activeModalWidget() != nullptr || window.isVisible();
+            desktopuser::waitUntilStill();
+            press("Escape");
+        }
+        QTRY_VERIFY(!wasShown);
+        QTRY_VERIFY(QApplication::activeModalWidget() == &window && window.isActiveWindow());
+        desktopuser::waitUntilStill();
         press("Escape");
         QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
-        QVERIFY(shownWindow<SCCountdownWidget>() == nullptr);
-        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
     }
 
     void escapeClosesAnOpenListAlone()

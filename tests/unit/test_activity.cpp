@@ -18,10 +18,10 @@ private slots:
 
     void everythingMayBeginWhileNothingElseGoesOn()
     {
-        QCOMPARE(answers(), QStringLiteral("idle record screenshot frame open"));
+        QCOMPARE(answers(), QStringLiteral("idle screenshot frame open"));
     }
 
-    void recordingAllowsItsOwnEndAlone_data()
+    void recordingAllowsNothingElse_data()
     {
         QTest::addColumn<RecordingState>("state");
         for (const RecordingState state : {RecordingState::Preparing, RecordingState::Recording, RecordingState::Paused,
@@ -29,19 +29,17 @@ private slots:
             QTest::newRow(qPrintable(QString::number(static_cast<int>(state)))) << state;
     }
 
-    void recordingAllowsItsOwnEndAlone()
+    void recordingAllowsNothingElse()
     {
         QFETCH(const RecordingState, state);
         m_recording = state;
-        QCOMPARE(answers(), QStringLiteral("record"));
-        m_isDialogOpen = true;
-        QCOMPARE(answers(), QStringLiteral("record"));
+        QCOMPARE(answers(), QString());
     }
 
     void countdownBringsTheRegionFrameBack()
     {
         m_recording = RecordingState::Countdown;
-        QCOMPARE(answers(), QStringLiteral("record frame"));
+        QCOMPARE(answers(), QStringLiteral("frame"));
     }
 
     void refusalSaysWhy_data()
@@ -54,7 +52,7 @@ private slots:
         QTest::addColumn<Refusal>("screenshot");
         using enum RecordingState;
         QTest::newRow("idle") << Idle << false << false << Refusal::None << Refusal::None;
-        QTest::newRow("dialog") << Idle << true << false << Refusal::DialogOpen << Refusal::DialogOpen;
+        QTest::newRow("dialog") << Idle << true << false << Refusal::None << Refusal::None;
         QTest::newRow("screenshot") << Idle << false << true << Refusal::None << Refusal::ScreenshotUnderWay;
         for (const RecordingState state : {Countdown, Preparing, Recording, Paused})
             QTest::addRow("recording, %d", static_cast<int>(state))
@@ -76,28 +74,28 @@ private slots:
         QTEST(m_activity.screenshotRefusal(), "screenshot");
     }
 
-    void dialogKeepsRecordingsAndScreenshotsFromStarting()
+    void dialogThatWaitsKeepsOtherWindowsFromOpening()
     {
         m_isDialogOpen = true;
-        QCOMPARE(answers(), QStringLiteral("idle frame"));
+        QCOMPARE(answers(), QStringLiteral("idle screenshot frame"));
     }
 
     void openMenuOrDialogKeepsOtherWindowsFromOpening()
     {
         m_isMenuOpen = true;
-        QCOMPARE(answers(), QStringLiteral("idle record screenshot frame"));
+        QCOMPARE(answers(), QStringLiteral("idle screenshot frame"));
     }
 
     void selectionKeepsOtherWindowsFromOpening()
     {
         m_isSelecting = true;
-        QCOMPARE(answers(), QStringLiteral("idle record screenshot frame"));
+        QCOMPARE(answers(), QStringLiteral("idle screenshot frame"));
     }
 
     void nothingIsSelectedForAScreenshotWhileOneIsGrabbed()
     {
         m_isGrabbing = true;
-        QCOMPARE(answers(), QStringLiteral("idle record frame open"));
+        QCOMPARE(answers(), QStringLiteral("idle frame open"));
     }
 
     void windowThatIsNotInTheRecordingMayOpenMeanwhile()
@@ -112,7 +110,7 @@ private slots:
     void minimisedWindowHasNoOtherWindowOpened()
     {
         m_isWindowShown = false;
-        QCOMPARE(answers(), QStringLiteral("idle record screenshot frame"));
+        QCOMPARE(answers(), QStringLiteral("idle screenshot frame"));
         QVERIFY(m_activity.mayOpenUnasked(true));
     }
 
@@ -128,7 +126,6 @@ private:
     {
         QStringList names;
         for (const auto& [name, answer] : {std::pair{"idle", m_activity.isIdle()},
-                                           {"record", m_activity.mayToggleRecording()},
                                            {"screenshot", m_activity.mayTakeScreenshot()},
                                            {"frame", m_activity.mayRestoreRegionFrame()},
                                            {"open", m_activity.mayOpenUnasked(false)}}) {

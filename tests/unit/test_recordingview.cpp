@@ -40,7 +40,6 @@ public:
         Activity::Facts facts = nothingUnderWay();
         facts.recording = [this] { return state(); };
         facts.isRecordingActive = [this] { return view->isActive(); };
-        facts.isDialogOpen = [this] { return isDialogOpen; };
         m_activity = Activity(facts);
         view = std::make_unique<RecordingView>(
             *this, m_ui, *m_capture, *m_region, *m_output, recorder, *m_settings, m_activity, m_notices, kBrief,
@@ -64,7 +63,6 @@ public:
 
     QStringList calls;
     FakeRecorder recorder{calls};
-    bool isDialogOpen = false;
     std::unique_ptr<RecordingView> view;
 };
 
@@ -115,16 +113,6 @@ private slots:
         m_form->report(kPaused);
         m_form->report(kEnded);
         expectButton("Start Recording", "start-recording", "");
-    }
-
-    void requestIsRefusedWhileADialogIsOpen()
-    {
-        m_form->isDialogOpen = true;
-        const MessageCapture messages;
-        part<QPushButton>(kFrameBar, "startButton")->click();
-        QVERIFY(!shownWindow<DrawWindow>()->isRecording());
-        QCOMPARE(messages.texts(QtInfoMsg), QStringList{"[INFO] Recording request ignored: a dialog is open"});
-        QCOMPARE(m_form->state(), RecordingState::Idle);
     }
 
     void startShowsTheBarAndForARegionItsFrame()
