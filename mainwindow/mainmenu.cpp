@@ -99,9 +99,6 @@ void MainMenu::addHelp(QMenu& menu)
 
 void MainMenu::openSettings()
 {
-    // Hidden while a screenshot is taken.
-    if (m_window.findChild<SCSettingsWindow*>() != nullptr)
-        return;
     try {
         auto* const dialog = new SCSettingsWindow(&m_window);
         connect(dialog, &SCSettingsWindow::updateSettings, this, &MainMenu::settingsSaved);

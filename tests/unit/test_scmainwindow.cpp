@@ -330,22 +330,18 @@ private slots:
         expectCancelled(window, messages);
     }
 
-    void recordingDoesNotStartWhileADialogIsOpen()
+    void recordingCancelsTheDialogThatIsOpen()
     {
         SCMainWindow window;
         window.show();
         bool isCounting = false;
         whenCountingDown(&window, [&window, &isCounting] {
-            isCounting = true;
+            isCounting = QApplication::activeModalWidget() == nullptr;
             child<QPushButton>(window, "recordButton")->click();
         });
-        QTimer::singleShot(0, &window, [&window] {
-            child<QPushButton>(window, "recordButton")->click();
-            QApplication::activeModalWidget()->close();
-        });
+        QTimer::singleShot(0, child<QPushButton>(window, "recordButton"), &QPushButton::click);
         child<QPushButton>(window, "changeLocationButton")->click();
-        QVERIFY(!isCounting);
-        QVERIFY(!window.isMinimized());
+        QTRY_VERIFY(isCounting);
     }
 
     void audioFormatChosenWithTheScreenOnStays()
