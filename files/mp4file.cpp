@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/mp4file.h"
 
+#include "files/filework.h"
+
 #include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
@@ -36,7 +38,33 @@ std::optional<Box> readBox(QFile& file)
     return box;
 }
 
+/// Where the head of a fragment begins that the file does not hold to its end.
+std::optional<qint64> brokenFragmentHead(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    for (qint64 position = 0; file.seek(position);) {
+        const auto box = readBox(file);
+        if (!box || box->bytes < kHeadBytes || (position == 0 && box->type != "ftyp"))
+            return std::nullopt;
+        if (box->type == "moof" && position + box->bytes > file.size())
+            return position;
+        position += box->bytes;
+    }
+    return std::nullopt;
+}
+
 } // namespace
+
+bool cutBrokenFragmentHead(const QString& path, FileWork& work)
+{
+    const auto position = brokenFragmentHead(path);
+    bool isCut = false;
+    if (position)
+        work.change([&] { isCut = QFile::resize(path, *position); });
+    return isCut;
+}
 
 bool isFragmentedMp4(const QString& path)
 {

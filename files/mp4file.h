@@ -8,6 +8,11 @@ class FileWork;
 /// Whether a file is an MP4 in fragments, as a recording writes it. One that was made plain is none.
 bool isFragmentedMp4(const QString& path);
 
+/// A full disk or a kill may leave a file that ends within the head of a fragment, and no program opens such a file: it
+/// is cut off.
+/// @return whether there was one
+bool cutBrokenFragmentHead(const QString& path, FileWork& work);
+
 enum class PlainMp4
 {
     Made,

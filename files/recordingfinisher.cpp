@@ -27,6 +27,9 @@ QString nameOf(const QString& path)
 /// False where the file shall be tried again.
 bool finishMp4(const QString& path, FileWork& work)
 {
+    if (cutBrokenFragmentHead(path, work))
+        SCLogger::warning(QStringLiteral("The recording ended within the head of a fragment, which is cut off: %1")
+                              .arg(nameOf(path)));
     if (!isFragmentedMp4(path))
         return true;
     QString error;

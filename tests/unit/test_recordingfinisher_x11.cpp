@@ -144,6 +144,19 @@ private slots:
         QVERIFY(file.audio()->durationSeconds >= 2);
     }
 
+    void fileThatEndsInTheHeadOfAFragmentIsTakenUpToIt()
+    {
+        const QString path = video(kFragments);
+        const QByteArray bytes = contents(path);
+        write(path, bytes.first(bytes.lastIndexOf("moof") + 100));
+        QVERIFY(!MediaFile(path).isReadable());
+        QVERIFY(finish(path));
+        QVERIFY(!isFragmentedMp4(path));
+        const MediaFile file(path);
+        QVERIFY2(file.isReadable(), qPrintable(file.error()));
+        QVERIFY2(file.video()->durationSeconds >= 2, qPrintable(QString::number(file.video()->durationSeconds)));
+    }
+
     void fileOnAFullDiskStaysAsItIs()
     {
         const QString path = video(kFragments);
