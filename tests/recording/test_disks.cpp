@@ -81,8 +81,8 @@ public:
     bool unmount() const
     {
         const QString id = QString::number(processId());
-        const QStringList enter =
-            isRoot() ? QStringList{"-t", id, "-m"} : QStringList{"-t", id, "-U", "-m", "--preserve-credentials"};
+        const QStringList enter = isRoot() ? QStringList{"-t", id, "-m", "-r"}
+                                           : QStringList{"-t", id, "-U", "-m", "-r", "--preserve-credentials"};
         return QProcess::execute(QStringLiteral("nsenter"), enter + QStringList{"umount", "-l", folder()}) == 0;
     }
 
