@@ -15,7 +15,10 @@ bool canBeUsed(const QString& folder)
 {
     if (!QDir::isAbsolutePath(folder) || !QDir().mkpath(folder))
         return false;
-    if (QFileInfo(folder).canonicalFilePath() == QLatin1String("/"))
+    // On Windows a path without a drive or a server is one of the present drive.
+    const QString real = QFileInfo(folder).canonicalFilePath();
+    const bool isOnPresentDrive = folder.startsWith(u'/') && !folder.startsWith(QLatin1String("//"));
+    if (real == QLatin1String("/") || (isOnPresentDrive && QDir(real).isRoot()))
         return false;
     // Permissions say little: root has them all, and Windows has lists of them.
     QTemporaryFile trial(folder + QLatin1String("/.kestrano-XXXXXX"));

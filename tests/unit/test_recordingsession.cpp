@@ -2,6 +2,7 @@
 #include "app/savefolder.h"
 #include "app/sclogger.h"
 #include "app/settings.h"
+#include "app/shownpath.h"
 #include "mainwindow/recording/recordingsession.h"
 #include "mainwindow/recording/recordingstage.h"
 #include "tests/support/fakerecorder.h"
@@ -365,7 +366,7 @@ private slots:
         QCOMPARE(replaced.size(), 1);
         QCOMPARE(m_recorder->path, defaultSaveFolder(settingskeys::kRecordingSaveLocation) + "/demo");
         QVERIFY(logged().contains("Warning: The save folder cannot be used, files go to the default folder: \"" +
-                                  m_stage->chosen.folder + '"'));
+                                  shownPath(m_stage->chosen.folder) + '"'));
     }
 
     void saveLocationThatWorksIsNotReplaced()

@@ -211,7 +211,8 @@ private slots:
             m_form->stage().setExcludedFromCapture(true);
         m_form->report(kStarted);
         QVERIFY(isBarAtTheTop());
-        m_form->view->showNotice({"one", "Act", [] {}});
+        // Of some lines, whatever the font.
+        m_form->view->showNotice({QStringLiteral("lines ").repeated(60), "Act", [] {}});
         auto* const notice = shownWindow<FloatingNotice>();
         QCOMPARE(notice != nullptr, isShown);
         QCOMPARE(m_form->calls.contains(QStringLiteral("exclude FloatingNotice 1")), isExcluded);
