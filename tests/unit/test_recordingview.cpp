@@ -18,6 +18,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QLabel>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 
@@ -190,22 +191,24 @@ private slots:
     {
         QTest::addColumn<bool>("isLeftOut");
         QTest::addColumn<bool>("isExcluded");
-        QTest::addColumn<QPoint>("region");
+        QTest::addColumn<QRect>("region");
         QTest::addColumn<bool>("isShown");
-        // The screen has no room beside the bar.
-        QTest::newRow("region elsewhere") << false << false << QPoint(100, 380) << true;
-        QTest::newRow("region below the bar") << false << false << QPoint(240, 76) << false;
-        QTest::newRow("windows left out of frames") << true << false << QPoint(240, 76) << true;
-        QTest::newRow("windows excluded by the system") << false << true << QPoint(240, 76) << true;
+        const QRect elsewhere(100, 380, 320, 200);
+        // Of any screen: there is no room beside the bar.
+        const QRect below(0, 76, QGuiApplication::primaryScreen()->geometry().width(), 240);
+        QTest::newRow("region elsewhere") << false << false << elsewhere << true;
+        QTest::newRow("region below the bar") << false << false << below << false;
+        QTest::newRow("windows left out of frames") << true << false << below << true;
+        QTest::newRow("windows excluded by the system") << false << true << below << true;
     }
 
     void noticeIsBelowTheBarUnlessItWouldBeRecorded()
     {
         QFETCH(const bool, isLeftOut);
         QFETCH(const bool, isExcluded);
-        QFETCH(const QPoint, region);
+        QFETCH(const QRect, region);
         QFETCH(const bool, isShown);
-        dragRegion(*m_form, region, region + QPoint(319, 239));
+        dragRegion(*m_form, region.topLeft(), region.bottomRight());
         m_form->recorder.leavesOut = isLeftOut;
         if (isExcluded)
             m_form->stage().setExcludedFromCapture(true);
