@@ -11,7 +11,7 @@ class QLabel;
 class QPushButton;
 
 /// The line that shows one notice after the other, hidden without one. A click on it, Escape and its close button go on
-/// to the next one; so does time, which stands still while the window is minimised or blocked by a dialog, the pointer
+/// to the next one; so does time, which does not pass while the window is minimised or blocked by a dialog, the pointer
 /// is over the line, or one of its buttons has the keyboard. An alert to assistive technology. User-interface thread.
 class NoticeBar : public QFrame
 {

@@ -13,7 +13,7 @@
 
 class RecordingSession;
 
-/// Sees to it that no recording is lost: ends one before its disk is full or when its folder goes, saves the file then,
+/// Keeps recordings from being lost: ends one before its disk is full or when its folder goes, saves the file then,
 /// and posts what the user has to know. User-interface thread.
 class RecordingKeeper : public QObject
 {

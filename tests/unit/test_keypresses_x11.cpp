@@ -92,7 +92,7 @@ private slots:
         QVERIFY(!m_presses.onGrabPress(kKey, 1540));
     }
 
-    /// The other program had the keyboard when the key went down, and has let go of it since.
+    /// The other program had the keyboard when the key went down, and has released it since.
     void keyThatIsStillDownWhenItsGrabBeginsCountsOnce()
     {
         QVERIFY(m_presses.onRawPress(kKey, 1000));
