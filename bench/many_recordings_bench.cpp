@@ -60,7 +60,7 @@ QString run(std::vector<Usage>& rows, int count, int milliseconds)
     FormatCycle recordings(program);
     printRow({}, {}, titles(kColumns));
     while (recordings.count() < count) {
-        if (const QString failure = recordings.record(milliseconds); !failure.isEmpty())
+        if (QString failure = recordings.record(milliseconds); !failure.isEmpty())
             return failure;
         if (recordings.count() % kStep != 0 && recordings.count() != count)
             continue;

@@ -97,7 +97,7 @@ QString OutputOptions::chooseFolder()
     // A dialog opened over a countdown would hold it up, and start the recording whenever the dialog is closed.
     if (!m_activity.isIdle())
         return {};
-    const QString folder =
+    QString folder =
         QFileDialog::getExistingDirectory(m_parts.folderEdit.window(), tr(m_parts.folderTitle), this->folder());
     if (folder.isEmpty())
         return {};

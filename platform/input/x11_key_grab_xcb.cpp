@@ -48,6 +48,7 @@ bool X11KeyGrab::Private::grabOnAllScreens(xcb_keycode_t keycode, std::uint16_t 
 }
 
 /// Presses are events of the connection.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the other implementation keeps it.
 X11KeyGrab::X11KeyGrab(xcb_connection_t* connection, std::function<void()> /*pressed*/)
     : m_private(std::make_unique<Private>(Private{connection}))
 {}

@@ -71,7 +71,7 @@ public:
         QFile filler(seen(folder() + QLatin1String("/filler")));
         if (!filler.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))
             return false;
-        const QByteArray block(64 * 1024, '\0');
+        const QByteArray block(qsizetype{64} * 1024, '\0');
         while (freeBytes() > leaveBytes)
             if (filler.write(block.constData(), qMin<qint64>(block.size(), freeBytes() - leaveBytes)) <= 0)
                 break;
@@ -332,7 +332,7 @@ private:
     /// Where a relative path would lead to.
     static QString startInFolder(ProgramUnderTest& program)
     {
-        const QString folder = program.profile().filePath(QStringLiteral("working"));
+        QString folder = program.profile().filePath(QStringLiteral("working"));
         QDir().mkpath(folder);
         program.startThrough({"sh", "-c", "cd \"$0\" && exec \"$1\"", folder});
         return folder;

@@ -130,7 +130,7 @@ private:
         file.open(QIODevice::WriteOnly);
         file.write(content);
         file.close();
-        const auto held = HeldFile::open(path);
+        auto held = HeldFile::open(path);
         QFile::remove(path);
         return held;
     }
