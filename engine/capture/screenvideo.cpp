@@ -20,8 +20,10 @@ extern "C" void os_set_thread_name(const char* name);
 namespace {
 
 constexpr char kName[] = "Kestrano screen";
-/// Frames that may wait for the encoder.
+/// Frames that may wait for the encoder, which is slow in its first second above 1920x1080: as many as libobs allows.
 constexpr size_t kBufferedFrames = 6;
+constexpr size_t kBufferedLargeFrames = 16;
+constexpr int kLargePixels = 1920 * 1200;
 /// Between two looks at whether anything is connected.
 constexpr std::uint64_t kIdleNs = 10'000'000;
 
@@ -70,7 +72,7 @@ std::shared_ptr<ScreenVideo> ScreenVideo::open(std::unique_ptr<FrameSource> sour
     info.fps_den = 1;
     info.width = static_cast<uint32_t>(size.width());
     info.height = static_cast<uint32_t>(size.height());
-    info.cache_size = kBufferedFrames;
+    info.cache_size = size.width() * size.height() > kLargePixels ? kBufferedLargeFrames : kBufferedFrames;
     info.colorspace = VIDEO_CS_709;
     info.range = VIDEO_RANGE_FULL;
     video_t* video = nullptr;
