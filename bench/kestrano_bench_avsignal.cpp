@@ -43,7 +43,7 @@ void requestQuit(int /*signal*/)
 class Beeper
 {
 public:
-    explicit Beeper(int everySeconds);
+    explicit Beeper(double everySeconds);
     ~Beeper();
     Beeper(const Beeper&) = delete;
     Beeper& operator=(const Beeper&) = delete;
@@ -61,7 +61,7 @@ private:
 
     QByteArray chunk();
 
-    const int m_everySeconds;
+    const double m_everySeconds;
     QProcess m_player;
     QByteArray m_reports;
     std::int64_t m_writtenSamples = 0;
@@ -69,7 +69,7 @@ private:
     std::optional<double> m_beganNs;
 };
 
-Beeper::Beeper(int everySeconds) : m_everySeconds(everySeconds)
+Beeper::Beeper(double everySeconds) : m_everySeconds(everySeconds)
 {
     m_player.start("pacat", {"--playback", "--verbose", "--raw", "--format=s16le", "--channels=1", "--latency-msec=30",
                              QStringLiteral("--rate=%1").arg(avsignal::kSamplesPerSecond)});
@@ -177,7 +177,7 @@ void Scene::showFlash(bool on)
     m_window.flush();
 }
 
-int run(ScreenWindow& window, int everySeconds)
+int run(ScreenWindow& window, double everySeconds)
 {
     Beeper beeper(everySeconds);
     Scene scene(window);
@@ -206,11 +206,11 @@ int main(int argc, char* argv[])
     parser.addOption(every);
     parser.process(application);
     ScreenWindow window;
-    if (window.isBroken() || parser.value(every).toInt() < 1) {
+    if (window.isBroken() || parser.value(every).toDouble() < 1) {
         std::fputs("kestrano_bench_avsignal: a display and a number of seconds are wanted\n", stderr);
         return EXIT_FAILURE;
     }
     std::signal(SIGTERM, requestQuit);
     std::signal(SIGINT, requestQuit);
-    return run(window, parser.value(every).toInt());
+    return run(window, parser.value(every).toDouble());
 }
