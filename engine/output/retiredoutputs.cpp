@@ -5,6 +5,7 @@
 #include "engine/capture/screenvideo.h"
 #include "engine/core/waituntil.h"
 #include "engine/output/videoblock.h"
+#include "platform/process/free_memory.h"
 
 #include <util/platform.h>
 #include <utility>
@@ -162,11 +163,15 @@ void RetiredOutputs::poll()
 
 void RetiredOutputs::releaseDue()
 {
-    std::erase_if(m_outputs, [](const Retired& retired) {
+    const auto released = std::erase_if(m_outputs, [](const Retired& retired) {
         return !retired.isBusy() && retired.remaining(retired.delay) <= std::chrono::nanoseconds(0);
     });
-    if (m_outputs.empty())
-        m_timer.stop();
+    if (!m_outputs.empty())
+        return;
+    m_timer.stop();
+    // Each encoder has threads of its own, and the allocator keeps what each of them had.
+    if (released > 0)
+        platform::returnFreeMemory();
 }
 
 void RetiredOutputs::stopRunning()
