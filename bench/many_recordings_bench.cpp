@@ -13,6 +13,7 @@
 #include <QGuiApplication>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QTest>
 
 #include <algorithm>
 #include <array>
@@ -23,6 +24,7 @@
 namespace {
 
 constexpr int kStep = 20;
+constexpr int kReleaseMs = 60'000;
 /// Caches are full by then.
 constexpr std::size_t kSettledRow = 1;
 
@@ -48,6 +50,16 @@ Usage usageAfter(int recordings, const ProgramUnderTest& program)
             static_cast<double>(usage.descriptors), static_cast<double>(usage.sharedParts)};
 }
 
+/// Compares the last row with the first one after caches have filled.
+bool isFlat(const std::vector<Usage>& rows)
+{
+    constexpr double kMemoryTolerance = 1.05;
+    const Usage& first = rows.at(std::min(kSettledRow, rows.size() - 1));
+    const Usage& last = rows.back();
+    return last.memoryMiB <= kMemoryTolerance * first.memoryMiB && last.threads <= first.threads &&
+           last.descriptors <= first.descriptors && last.sharedParts <= first.sharedParts;
+}
+
 /// Empty on success, else what went wrong.
 QString run(std::vector<Usage>& rows, int count, int milliseconds)
 {
@@ -67,17 +79,14 @@ QString run(std::vector<Usage>& rows, int count, int milliseconds)
         rows.push_back(usageAfter(recordings.count(), program));
         printRow({}, {}, cells(rows.back(), kColumns));
     }
+    // What the last one used is released some time after its end; threads of pools end after 30 s.
+    const auto isReleased = [&rows, &program, count] {
+        rows.back() = usageAfter(count, program);
+        return isFlat(rows);
+    };
+    if (!isFlat(rows) && QTest::qWaitFor(isReleased, kReleaseMs))
+        printRow({}, {}, cells(rows.back(), kColumns));
     return {};
-}
-
-/// Compares the last row with the first one after caches have filled.
-bool isFlat(const std::vector<Usage>& rows)
-{
-    constexpr double kMemoryTolerance = 1.05;
-    const Usage& first = rows.at(std::min(kSettledRow, rows.size() - 1));
-    const Usage& last = rows.back();
-    return last.memoryMiB <= kMemoryTolerance * first.memoryMiB && last.threads <= first.threads &&
-           last.descriptors <= first.descriptors && last.sharedParts <= first.sharedParts;
 }
 
 bool writeRows(const QString& path, const std::vector<Usage>& rows)
