@@ -96,9 +96,9 @@ Moments beeps(const QString& path)
     constexpr int kRate = 8000;
     constexpr int kSilence = kRate / 2;
     constexpr double kLoud = 32767 * avsignal::kAmplitude / 4;
-    const QByteArray bytes = outputOf("ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-map", "0:a:0", "-af",
-                                                 "aresample=async=1:first_pts=0", "-ac", "1", "-ar",
-                                                 QString::number(kRate), "-f", "s16le", "-"});
+    const QByteArray bytes = outputOf("ffmpeg", {"-v", "error", "-nostdin", "-copyts", "-i", path, "-map", "0:a:0",
+                                                 "-af", "aresample=async=1:min_hard_comp=0.01:first_pts=0", "-ac", "1",
+                                                 "-ar", QString::number(kRate), "-f", "s16le", "-"});
     const auto* const samples = reinterpret_cast<const std::int16_t*>(bytes.constData());
     Moments begins;
     qsizetype quietSince = 0;
