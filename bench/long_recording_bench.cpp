@@ -210,7 +210,8 @@ int main(int argc, char* argv[])
     parser.process(application);
     QProcess stimulus;
     stimulus.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    stimulus.start(executable("kestrano_bench_avsignal"), QStringList());
+    // No whole number of frames: the flashes come at every moment of a frame interval.
+    stimulus.start(executable("kestrano_bench_avsignal"), {"--every", "10.007"});
     stimulus.waitForReadyRead(kToolTimeoutMs);
     std::vector<Minute> minutes;
     const QString failure =
