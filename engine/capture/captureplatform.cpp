@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/capture/captureplatform.h"
 
+#include "engine/capture/openglmodule.h"
+
 namespace {
 
 std::vector<NeededType> typesNeededWith(const char* monitorId, const char* windowId, const char* desktopAudioId,
@@ -52,7 +54,7 @@ CapturePlatform CapturePlatform::windows()
 CapturePlatform CapturePlatform::x11()
 {
     CapturePlatform platform;
-    platform.graphicsModule = "libobs-opengl";
+    platform.graphicsModule = kOpenGlModule;
     // The default paths may hold front-end plug-ins that end the process when no studio window is there.
     platform.moduleLoading = ModuleLoading::OwnFolderOnly;
     platform.monitor = {.sourceId = "xshm_input",

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
+#include "engine/capture/captureplatform.h"
 #include "engine/capture/framesource.h"
 #include "engine/core/obshandles.h"
 #include "engine/obswrapper.h"
@@ -563,8 +564,10 @@ private slots:
     void resetVideoNeitherRoundsNorClamps()
     {
         m_wrapper->resetVideo(1279, 719, 1279, 719, 30);
-        QVERIFY(obsspy::calls().contains("obs_reset_video libobs-opengl 30/1 1279x719 to 1279x719 format 1 adapter 0 "
-                                         "gpu 1 space 2 range 2 scale 2"));
+        QVERIFY(
+            obsspy::calls().contains(QStringLiteral("obs_reset_video %1 30/1 1279x719 to 1279x719 format 1 adapter 0 "
+                                                    "gpu 1 space 2 range 2 scale 2")
+                                         .arg(QLatin1String(CapturePlatform::current().graphicsModule))));
     }
 
     void resetVideoLogsItsOddLabels()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/appidentity.h"
 #include "app/sclogger.h"
+#include "engine/capture/captureplatform.h"
 #include "engine/obswrapper.h"
 #include "tests/engine/channels.h"
 #include "tests/engine/obsspy.h"
@@ -114,7 +115,9 @@ private slots:
                 "%module%",
             "obs_add_data_path " + dir + "/obs-data/data/libobs/",
             "obs_reset_audio 48000 2",
-            "obs_reset_video libobs-opengl 30/1 640x480 to 640x480 format 1 adapter 0 gpu 1 space 2 range 2 scale 2",
+            QStringLiteral(
+                "obs_reset_video %1 30/1 640x480 to 640x480 format 1 adapter 0 gpu 1 space 2 range 2 scale 2")
+                .arg(QLatin1String(CapturePlatform::current().graphicsModule)),
             "obs_find_modules2",
             "obs_post_load_modules",
             "obs_output_create ffmpeg_output adv_ffmpeg_output",
@@ -147,6 +150,12 @@ private slots:
         QVERIFY(texts(outcome, "critical").isEmpty());
         QCOMPARE(outcome.value("desktop").toString(), QStringLiteral("Default Desktop Audio"));
         QCOMPARE(outcome.value("microphone").toString(), QStringLiteral("Default Mic/Aux"));
+    }
+
+    /// The name without a version is a link of the development package, which users do not have.
+    void graphicsModuleHasAVersionInItsName()
+    {
+        QVERIFY(QByteArray(CapturePlatform::current().graphicsModule).contains(".so."));
     }
 
     void makesTheApplicationsFolderWhereItIsMissing()
