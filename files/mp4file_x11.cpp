@@ -10,6 +10,7 @@
 
 #include <utility>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -74,6 +75,7 @@ private:
     int openSource();
     int openTarget();
     int copyPackets();
+    void moveFirstPacket(AVPacket& packet) const;
     int writePacket(AVPacket& packet);
 
     const QByteArray m_source;
@@ -131,8 +133,24 @@ int Remux::openTarget()
     return written;
 }
 
+/// The first packet of audio begins before the video does. Fragments give it the time 0 and all space up to the second.
+void Remux::moveFirstPacket(AVPacket& packet) const
+{
+    AVStream* const stream = m_input->streams[packet.stream_index];
+    const AVCodecParameters& codec = *stream->codecpar;
+    const AVIndexEntry* const second = avformat_index_get_entry(stream, 1);
+    if (packet.dts != 0 || !second || codec.frame_size <= 0 || codec.sample_rate <= 0)
+        return;
+    const std::int64_t length = av_rescale_q(codec.frame_size, {1, codec.sample_rate}, stream->time_base);
+    const std::int64_t late = std::max<std::int64_t>(second->timestamp - length, 0);
+    packet.pts += late;
+    packet.dts += late;
+    packet.duration = length;
+}
+
 int Remux::writePacket(AVPacket& packet)
 {
+    moveFirstPacket(packet);
     const int stream = packet.stream_index;
     av_packet_rescale_ts(&packet, m_input->streams[stream]->time_base, m_output->streams[stream]->time_base);
     packet.pos = -1;
