@@ -29,6 +29,7 @@ ObsSourceHandle AudioDevice::sourceOnChannel(const char* name, const QByteArray&
     const ObsDataHandle settings(obs_data_create());
     obs_data_set_string(settings.get(), kDeviceKey, deviceId.constData());
     source.reset(obs_source_create(m_kind.typeId, name, settings.get(), nullptr));
+    obs_source_set_sync_offset(source.get(), m_kind.delayNs);
     m_channels.noteMade(m_kind.channel, source.get());
     return source;
 }

@@ -32,6 +32,8 @@ struct AudioDeviceKind
     const char* name;
     uint32_t channel;
     AudioPart part;
+    /// What it delivers is recorded so much later.
+    int64_t delayNs = 0;
 };
 
 /// The microphone or the desktop audio: a source on its output channel, with a volume meter and its fader.

@@ -37,9 +37,9 @@ AudioDevices::AudioDevices(const CapturePlatform& platform, OutputChannels& chan
     : m_platform(platform)
     , m_microphone({platform.microphoneId, "Default Mic/Aux", "Mic/Aux", kMicrophoneChannel, AudioPart::Microphone},
                    channels)
-    , m_desktop(
-          {platform.desktopAudioId, "Default Desktop Audio", "Desktop Audio", kDesktopChannel, AudioPart::Desktop},
-          channels)
+    , m_desktop({platform.desktopAudioId, "Default Desktop Audio", "Desktop Audio", kDesktopChannel, AudioPart::Desktop,
+                 platform.desktopAudioDelayNs},
+                channels)
 {
     m_levelTimer.setInterval(timings.levelInterval);
     connect(&m_levelTimer, &QTimer::timeout, this, &AudioDevices::onLevelTick);

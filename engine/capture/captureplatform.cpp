@@ -5,6 +5,11 @@
 
 namespace {
 
+/// A monitor of PulseAudio delivers what is heard some milliseconds later; measured with tools/bench-long.
+constexpr std::int64_t kMonitorLeadNs = 8'000'000;
+/// A change of the screen is in the first frame after it: at 30 frames a second between 0 and 33 ms late.
+constexpr std::int64_t kFrameLagNs = 16'000'000;
+
 std::vector<NeededType> typesNeededWith(const char* monitorId, const char* windowId, const char* desktopAudioId,
                                         const char* microphoneId)
 {
@@ -68,6 +73,7 @@ CapturePlatform CapturePlatform::x11()
                        .secondChoice = {}};
     platform.cursorKey = "show_cursor";
     platform.desktopAudioId = "pulse_output_capture";
+    platform.desktopAudioDelayNs = kMonitorLeadNs + kFrameLagNs;
     platform.microphoneId = "pulse_input_capture";
     platform.neededModules = {"obs-ffmpeg", "obs-filters", "obs-transitions", "linux-capture", "linux-pulseaudio"};
     platform.neededTypes = typesNeededWith(platform.monitor.sourceId, platform.window.sourceId, platform.desktopAudioId,

@@ -3,6 +3,7 @@
 
 #include "engine/core/propertylist.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -67,6 +68,8 @@ struct CapturePlatform
     /// is: the one it is at, one that was begun afterwards, and more where the system is late with the first one.
     int framesUntilDrawn = 2;
     const char* desktopAudioId = nullptr;
+    /// So much earlier than the screen is the audio that the plug-in delivers.
+    std::int64_t desktopAudioDelayNs = 0;
     const char* microphoneId = nullptr;
     /// Null where an audio source goes silent with a device that vanishes, and takes it up again by itself. The others
     /// are moved by the sound server to whatever it takes for the next best, and are lost with the server.
