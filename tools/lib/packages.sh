@@ -4,7 +4,7 @@
 # Installs what is missing, and only that: on a machine that has everything neither apt nor sudo is called.
 
 # Compiles the program and its tests.
-packages_build=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-multimedia-dev libgstreamer1.0-dev
+packages_build=(cmake ninja-build g++ pkg-config cmark-gfm qt6-base-dev qt6-multimedia-dev libgstreamer1.0-dev
     libobs-dev libavcodec-dev libavformat-dev libpulse-dev libx11-dev
     libxcb1-dev libxcb-composite0-dev libxcb-damage0-dev libxcb-render0-dev libxcb-shape0-dev libxcb-shm0-dev
     libxcb-xfixes0-dev libxcb-xinput-dev openssl)
