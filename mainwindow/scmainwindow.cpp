@@ -10,6 +10,7 @@
 #include "mainwindow/dialogsuspension.h"
 #include "mainwindow/filepage.h"
 #include "mainwindow/formicons.h"
+#include "mainwindow/helpkey.h"
 #include "mainwindow/hotkeys.h"
 #include "mainwindow/mainmenu.h"
 #include "mainwindow/notices/noticedisplay.h"
@@ -193,6 +194,7 @@ void SCMainWindow::makeHotkeys()
     connect(m_hotkeys, &Hotkeys::recordingKeyChanged, this, &SCMainWindow::showHotkey);
     connect(m_hotkeys, &Hotkeys::settingsRequested, m_menu, &MainMenu::openSettings);
     m_hotkeys->apply(*m_settings);
+    new HelpKey(this, *m_notices, *m_settings);
 }
 
 void SCMainWindow::showStoredSettings()

@@ -198,6 +198,34 @@ private slots:
                      QList<QUrl>{QUrl::fromLocalFile(QFileInfo(SCLogger::defaultPath()).absolutePath())});
     }
 
+    void helpKeyOpensTheManualOfTheBuild_data()
+    {
+        QTest::addColumn<QString>("over");
+        QTest::newRow("main window") << "";
+        QTest::newRow("settings") << "settings";
+        QTest::newRow("menu") << "menu";
+    }
+
+    void helpKeyOpensTheManualOfTheBuild()
+    {
+        QFETCH(const QString, over);
+        const OpenedAddresses system({"file"});
+        if (over == QLatin1String("settings")) {
+            click(*child<QPushButton>("settingsBtn"));
+            QTRY_VERIFY(QApplication::activeModalWidget() != nullptr);
+            QVERIFY(QTest::qWaitForWindowActive(QApplication::activeModalWidget()));
+        } else if (over == QLatin1String("menu")) {
+            QVERIFY(openMenu() != nullptr);
+        }
+        press(QStringLiteral("F1"));
+        const QDir program(QCoreApplication::applicationDirPath());
+        QTRY_COMPARE(system.files(), QStringList{program.filePath(QStringLiteral("manual/index.html"))});
+        QVERIFY(QFileInfo::exists(program.filePath(QStringLiteral("manual/images/main-window.png"))));
+        if (!over.isEmpty())
+            press(QStringLiteral("Escape"));
+        QTRY_VERIFY(QApplication::activeModalWidget() == nullptr && visibleMenu() == nullptr);
+    }
+
     void menuIsWorkedWithTheKeyboard()
     {
         const OpenedAddresses web({"https"});
