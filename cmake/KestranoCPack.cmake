@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# What CPack makes for Windows: a zip that runs from where it is unpacked, and an installer for the current user.
+# What CPack makes. For Windows: a zip that runs from where it is unpacked, and an installer for the current user. On Debian:
+# a package (KestranoLinuxPackage).
 #
 #   cpack -G "ZIP;NSIS" --config build-windows/CPackConfig.cmake
 
@@ -38,5 +39,7 @@ macro(kestrano_define_packages)
     # CPack looks here first for the installer's script.
     set(CPACK_MODULE_PATH "${PROJECT_SOURCE_DIR}/packaging/windows")
     include(CPack)
+  elseif(KESTRANO_IS_DISTRIBUTION_PACKAGE)
+    kestrano_define_debian_package()
   endif()
 endmacro()

@@ -1,10 +1,15 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # What an executable and an installation carry besides code.
 
-# On Windows the program is a folder of its own, with the program at its top.
+# Where the program, and obs-data beside it, is installed. On Windows that is a folder of its own, with the program at its
+# top; elsewhere a link leads there.
 if(WIN32)
   set(CMAKE_INSTALL_BINDIR .)
   set(CMAKE_INSTALL_DOCDIR .)
+  set(KESTRANO_INSTALL_PROGRAMDIR .)
+else()
+  set(CMAKE_INSTALL_DOCDIR share/doc/kestrano)
+  set(KESTRANO_INSTALL_PROGRAMDIR lib/kestrano)
 endif()
 include(GNUInstallDirs)
 
@@ -22,15 +27,13 @@ function(kestrano_add_windows_resources target)
   target_sources(${target} PRIVATE "${script}")
 endfunction()
 
-# The program where the system looks for it; KestranoObsData installs the folder beside it.
+# The program; KestranoObsData installs the folder beside it.
 function(kestrano_install target)
-  install(TARGETS ${target} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-  install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/COPYING" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+  install(TARGETS ${target} RUNTIME DESTINATION "${KESTRANO_INSTALL_PROGRAMDIR}")
   if(WIN32)
-    return()
+    install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/COPYING"
+            DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+  else()
+    kestrano_install_desktop_files()
   endif()
-  install(FILES "${PROJECT_SOURCE_DIR}/packaging/linux/kestrano.desktop"
-          DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
-  install(FILES "${PROJECT_SOURCE_DIR}/resources/logo.svg"
-          DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps" RENAME kestrano.svg)
 endfunction()
