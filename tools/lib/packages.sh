@@ -39,6 +39,9 @@ packages_windows=(g++-mingw-w64-x86-64-posix mingw-w64-tools qt6-base-dev-tools 
 # Runs the result.
 packages_wine=(wine wine64)
 
+# Makes the package for Debian, and looks at it.
+packages_debian=(appstream desktop-file-utils dpkg-dev file gzip librsvg2-bin lintian man-db)
+
 # Makes the installer for Windows.
 packages_package=(nsis)
 
