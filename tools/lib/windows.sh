@@ -53,7 +53,7 @@ wine_workers=${KESTRANO_WINE_WORKERS:-$(($(nproc) + 1))}
 
 set_wine_environment() {
     export WINEDEBUG=-all WINEARCH=win64 WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
-    WINEPATH="$(windows_path "$kit/qt/bin");$(windows_path "$kit/obs/bin")"
+    WINEPATH="$(windows_path "$kit/qt/bin");$(windows_path "$kit/obs/bin");$(windows_path "$kit/extra/bin")"
     QT_PLUGIN_PATH=$(windows_path "$kit/qt/plugins")
     export WINEPATH QT_PLUGIN_PATH
 }
