@@ -11,6 +11,7 @@
 #include "platform/process/display_loss.h"
 #include "platform/process/termination.h"
 #include "platform/system_failure.h"
+#include "platform/windowing/display_choice.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -20,6 +21,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 namespace {
 
@@ -109,6 +111,12 @@ int run(QApplication& application, SingleInstance& guard)
     return exitCode;
 }
 
+std::unique_ptr<QApplication> makeApplication(int& argc, char* argv[])
+{
+    const platform::DisplayChoice x11;
+    return std::make_unique<QApplication>(argc, argv);
+}
+
 /// Runs the program from its first step to the last object's end; the process has only to end after it.
 int runProcess(int argc, char* argv[])
 {
@@ -116,7 +124,7 @@ int runProcess(int argc, char* argv[])
     appidentity::apply();
     installCrashHandler();
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
-    QApplication application(argc, argv);
+    const std::unique_ptr<QApplication> application = makeApplication(argc, argv);
     platform::setFailureSink(&SCLogger::warning);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/resources/logo.ico")));
 
@@ -125,7 +133,7 @@ int runProcess(int argc, char* argv[])
         guard.handOver();
         return 0;
     }
-    return run(application, guard);
+    return run(*application, guard);
 }
 
 } // namespace

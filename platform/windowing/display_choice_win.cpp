@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/windowing/display_choice.h"
+
+namespace platform {
+
+DisplayChoice::DisplayChoice() = default;
+
+DisplayChoice::~DisplayChoice() = default;
+
+} // namespace platform

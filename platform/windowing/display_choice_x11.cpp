@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/windowing/display_choice.h"
+
+#include <QtGlobal>
+
+namespace platform {
+
+namespace {
+
+constexpr char kVariable[] = "QT_QPA_PLATFORM";
+
+} // namespace
+
+DisplayChoice::DisplayChoice() : m_chosen(qEnvironmentVariableIsEmpty(kVariable))
+{
+    if (m_chosen)
+        qputenv(kVariable, "xcb");
+}
+
+DisplayChoice::~DisplayChoice()
+{
+    if (m_chosen)
+        qunsetenv(kVariable);
+}
+
+} // namespace platform
