@@ -74,7 +74,7 @@ bool SCLogger::openForAppending()
 {
     m_file->setFileName(m_filePath);
     if (!m_file->open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text, platform::kPrivateFile)) {
-        qCritical() << "Failed to open log file:" << m_filePath;
+        qCritical().noquote() << "Failed to open log file:" << m_filePath;
         return false;
     }
     m_stream.setDevice(m_file);
@@ -85,7 +85,7 @@ void SCLogger::writeLine(const QString& text)
 {
     const QMutexLocker locker(&m_mutex);
     if (!m_initialized) {
-        qWarning() << "Logger not initialized, cannot write:" << text;
+        qWarning().noquote() << "Logger not initialized, cannot write:" << text;
         return;
     }
     if (!m_file->isOpen() && !openForAppending())

@@ -88,7 +88,7 @@ private slots:
         const auto messages = capture.messages();
         QCOMPARE(messages.size(), std::size_t{2});
         QCOMPARE(messages.at(0).type, QtWarningMsg);
-        QCOMPARE(messages.at(0).text, QString("Logger not initialized, cannot write: \"Info: early\""));
+        QCOMPARE(messages.at(0).text, QString("Logger not initialized, cannot write: Info: early"));
         QCOMPARE(messages.at(1).type, QtInfoMsg);
         QCOMPARE(messages.at(1).text, QString("[INFO] early"));
     }
@@ -216,10 +216,26 @@ private slots:
         blocker.close();
         const MessageCapture capture;
         QVERIFY(!SCLogger::instance()->initialize(logPath()));
-        QCOMPARE(capture.texts(QtCriticalMsg), QStringList("Failed to open log file: \"" + logPath() + '"'));
+        QCOMPARE(capture.texts(QtCriticalMsg), QStringList("Failed to open log file: " + logPath()));
         SCLogger::error("lost");
-        QVERIFY(capture.texts().contains("Logger not initialized, cannot write: \"Error: lost\""));
+        QVERIFY(capture.texts().contains("Logger not initialized, cannot write: Error: lost"));
         QVERIFY(capture.texts().contains("[ERROR] lost"));
+    }
+
+    void aPathLongerThanAnySystemTakesIsReportedInTheSameWords_data()
+    {
+        QTest::addColumn<QString>("tail");
+        QTest::newRow("name") << QString(300, u'n') + ".log";
+        QTest::newRow("whole path") << QString(40000, u'n') + "/vexmoor.log";
+    }
+
+    void aPathLongerThanAnySystemTakesIsReportedInTheSameWords()
+    {
+        QFETCH(const QString, tail);
+        const QString path = m_folder.filePath(tail);
+        const MessageCapture capture;
+        QVERIFY(!SCLogger::instance()->initialize(path));
+        QCOMPARE(capture.texts(), QStringList("Failed to open log file: " + path));
     }
 
     void aFailedInitializeCanBeTriedAgain()
@@ -247,7 +263,7 @@ private slots:
         QVERIFY(QDir().mkpath(logPath()));
         const MessageCapture capture;
         SCLogger::info("lost");
-        QCOMPARE(capture.texts(QtCriticalMsg), QStringList("Failed to open log file: \"" + logPath() + '"'));
+        QCOMPARE(capture.texts(QtCriticalMsg), QStringList("Failed to open log file: " + logPath()));
         QCOMPARE(capture.texts(QtInfoMsg), QStringList("[INFO] lost"));
         QVERIFY(QDir().rmdir(logPath()));
         SCLogger::info("found");

@@ -105,10 +105,9 @@ private slots:
         const MessageCapture capture;
         SingleInstance first(m_key);
         QCOMPARE(first.claim(), Role::First);
-        QCOMPARE(
-            capture.texts(),
-            QStringList({"Logger not initialized, cannot write: \"Info: Created shared memory for single instance\"",
-                         "[INFO] Created shared memory for single instance"}));
+        QCOMPARE(capture.texts(),
+                 QStringList({"Logger not initialized, cannot write: Info: Created shared memory for single instance",
+                              "[INFO] Created shared memory for single instance"}));
     }
 
     void theSegmentIsZeroUntilThePublishedPairIsInIt()
@@ -142,7 +141,7 @@ private slots:
         QVERIFY(capture.texts().isEmpty());
         second.handOver();
         QCOMPARE(capture.texts(),
-                 QStringList({"Logger not initialized, cannot write: \"Error: Stored window handle is invalid\"",
+                 QStringList({"Logger not initialized, cannot write: Error: Stored window handle is invalid",
                               "[ERROR] Stored window handle is invalid"}));
     }
 
