@@ -1,19 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/stylesheet.h"
 
+#include "app/sclogger.h"
+
 #include <QDebug>
 #include <QFile>
 #include <QStyle>
 #include <QWidget>
-
-namespace {
-
-QString inQuotes(const QString& text)
-{
-    return u'"' + text + u'"';
-}
-
-} // namespace
 
 bool applyStyleSheet(QWidget& widget, const QString& path)
 {
@@ -24,15 +17,15 @@ bool applyStyleSheet(const QList<QWidget*>& widgets, const QString& path, const 
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        qWarning().noquote() << "Failed to load" << name << "from:" << inQuotes(path);
-        qWarning() << "Error:" << file.errorString();
+        SCLogger::warning(QStringLiteral("Failed to load %1 from: %2").arg(name, path));
+        SCLogger::warning(QStringLiteral("Error: %1").arg(file.errorString()));
         return false;
     }
     const QString styleSheet = QString::fromUtf8(file.readAll());
     file.close();
     for (QWidget* const widget : widgets)
         widget->setStyleSheet(styleSheet);
-    qDebug().noquote() << "Loaded" << name << "from:" << inQuotes(path);
+    qDebug().noquote() << "Loaded" << name << "from:" << path;
     return true;
 }
 

@@ -6,7 +6,8 @@
 class QString;
 class QWidget;
 
-/// Sets a style-sheet resource (":/res/style/....qss"). Logs "Loaded stylesheet from:", or two warnings.
+/// Sets a style-sheet resource (":/res/style/....qss"). Sends "Loaded stylesheet from:" to the debug output, or logs
+/// two warnings.
 bool applyStyleSheet(QWidget& widget, const QString& path);
 
 /// name replaces "stylesheet" in the log.

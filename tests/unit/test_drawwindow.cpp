@@ -235,7 +235,7 @@ private slots:
         const MessageCapture messages;
         const DrawWindow window;
         QCOMPARE(messages.texts(),
-                 QStringList(QStringLiteral("Loaded draw window stylesheet from: \":/res/style/draw-window.qss\"")));
+                 QStringList(QStringLiteral("Loaded draw window stylesheet from: :/res/style/draw-window.qss")));
         QVERIFY(!window.styleSheet().isEmpty());
         QCOMPARE(toolBar()->styleSheet(), window.styleSheet());
         QCOMPARE(timerLabel()->styleSheet(), window.styleSheet());

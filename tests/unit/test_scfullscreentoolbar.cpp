@@ -156,8 +156,7 @@ private slots:
     {
         const MessageCapture messages;
         const SCFullscreenToolbar bar;
-        QCOMPARE(messages.texts(QtDebugMsg),
-                 QStringList{"Loaded stylesheet from: \":/res/style/fullscreen-toolbar.qss\""});
+        QCOMPARE(messages.texts(QtDebugMsg), QStringList{"Loaded stylesheet from: :/res/style/fullscreen-toolbar.qss"});
         QFile file(QStringLiteral(":/res/style/fullscreen-toolbar.qss"));
         QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
         QCOMPARE(bar.styleSheet(), QString::fromUtf8(file.readAll()));

@@ -501,9 +501,8 @@ private slots:
         const MessageCapture messages;
         const SCMainWindow window;
         QVERIFY(!window.styleSheet().isEmpty());
-        QVERIFY(!messages.texts()
-                     .filter(QStringLiteral("Loaded stylesheet from: \":/res/style/main-window.qss\""))
-                     .isEmpty());
+        QVERIFY(
+            !messages.texts().filter(QStringLiteral("Loaded stylesheet from: :/res/style/main-window.qss")).isEmpty());
     }
 
 private:

@@ -164,7 +164,7 @@ private slots:
         const SCScreenshotWindow window(m_screenshot.get());
         QVERIFY(messages.texts(QtDebugMsg)
                     .contains(QStringLiteral("Loaded screenshot window stylesheet from: "
-                                             "\":/res/style/screenshot-window.qss\"")));
+                                             ":/res/style/screenshot-window.qss")));
         QVERIFY(!button("saveButton").styleSheet().isEmpty());
         QVERIFY(!button("cancelButton").styleSheet().isEmpty());
     }

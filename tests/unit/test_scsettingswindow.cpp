@@ -406,8 +406,7 @@ private slots:
     {
         const MessageCapture messages;
         open();
-        QVERIFY(
-            messages.texts().contains(QStringLiteral("Loaded stylesheet from: \":/res/style/settings-window.qss\"")));
+        QVERIFY(messages.texts().contains(QStringLiteral("Loaded stylesheet from: :/res/style/settings-window.qss")));
     }
 
 private:
