@@ -193,13 +193,13 @@ void SCScreenshotWindow::saveScreenshot()
         return;
     const QPixmap image = grab();
     const bool isSaved = !image.isNull() && m_screenshot.saveScreenshot(image, QString());
-    m_capturing = false;
     if (isSaved) {
         hide();
         emit screenshotSaved(m_screenshot.lastSavedPath());
-        return;
     }
-    restore();
+    m_capturing = false;
+    if (!isSaved)
+        restore();
 }
 
 void SCScreenshotWindow::restore()

@@ -391,6 +391,19 @@ private slots:
         QCOMPARE(m_areas.constLast(), kGeometry);
     }
 
+    void captureIsOverWhenTheFileHasBeenReported()
+    {
+        m_window->show();
+        bool wasCapturing = false;
+        connect(m_window.get(), &SCScreenshotWindow::screenshotSaved, this,
+                [&] { wasCapturing = m_window->isCapturing(); });
+        click("saveButton");
+        QVERIFY(wasCapturing);
+        QVERIFY(!m_window->isCapturing());
+        m_window->show();
+        QCOMPARE(imageOf(*m_window).pixelColor(200, 0), kBlue);
+    }
+
     void nothingOfTheFrameIsThereWhenTheScreenIsGrabbed()
     {
         m_window->setFullScreen(true);
