@@ -2,6 +2,7 @@
 #include "overlays/sccamerawindow.h"
 
 #include "app/sclogger.h"
+#include "overlays/hoverborder.h"
 #include "overlays/qtcamerasystem.h"
 #include "platform/windowing/overlay_window.h"
 
@@ -11,7 +12,6 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -42,13 +42,6 @@ const auto kWindowStyle = QStringLiteral("SCCameraWindow {"
                                          "  border: 1px solid #007ACC;"
                                          "}");
 
-QRegion roundedRegion(const QRect& rect)
-{
-    QPainterPath outline;
-    outline.addRoundedRect(rect, kRadiusPx, kRadiusPx);
-    return QRegion(outline.toFillPolygon().toPolygon());
-}
-
 } // namespace
 
 SCCameraWindow::SCCameraWindow(QWidget* parent) : SCCameraWindow(std::make_shared<QtCameraSystem>(), parent) {}
@@ -71,6 +64,8 @@ SCCameraWindow::SCCameraWindow(std::shared_ptr<CameraSystem> cameras, QWidget* p
     // Creates the native window.
     winId();
     windowHandle()->installEventFilter(this);
+    // The border of the style sheet would lie below the video.
+    new HoverBorder(windowHandle(), kRadiusPx);
     connectSession();
     startDeviceTimer(m_timings.deviceCheckMs);
     m_session.checkDevices();
@@ -303,7 +298,7 @@ void SCCameraWindow::resizeEvent(QResizeEvent* event)
             child->setGeometry(rect());
     }
     // The video surface would cover the corners.
-    setMask(roundedRegion(rect()));
+    setMask(HoverBorder::roundedRegion(rect(), kRadiusPx));
 }
 
 void SCCameraWindow::reportGeometry()

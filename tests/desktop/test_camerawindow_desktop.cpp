@@ -20,6 +20,7 @@ namespace {
 
 constexpr QRgb kUpper = qRgb(0, 160, 80);
 constexpr QRgb kLower = qRgb(255, 255, 255);
+constexpr QRgb kBorder = qRgb(0, 122, 204);
 /// A machine that draws without a graphics card and is busy takes seconds for a video widget of a new size.
 constexpr int kPaintTimeoutMs = 30'000;
 const QRect kGeometry(200, 160, 400, 225);
@@ -122,6 +123,38 @@ private slots:
         expectVideo();
     }
 
+    void borderIsBlueWhileThePointerIsOverTheWindow()
+    {
+        expectVideo();
+        expectColour(edgesOf().at(0), kUpper);
+        desktopuser::pointTo(at(0.5, 0.5));
+        for (const QPoint& edge : edgesOf())
+            expectColour(edge, kBorder);
+        // It is a line: the video is right beside it, and there is no corner outside it.
+        expectColour(edgesOf().at(0) + QPoint(0, 1), kUpper);
+        expectColour(at(0, 0.25) + QPoint(1, 0), kUpper);
+        QVERIFY(!isLike(colourAt(at(0, 0)), kBorder));
+        drag(at(1, 1) - QPoint(2, 2), at(1, 1) + QPoint(158, 40));
+        QTRY_COMPARE(m_window->width(), 560);
+        for (const QPoint& edge : edgesOf())
+            expectColour(edge, kBorder);
+        desktopuser::pointTo(onScreen({3, 3}));
+        expectColour(edgesOf().at(0), kUpper);
+        expectColour(edgesOf().at(1), kLower);
+        expectVideo();
+    }
+
+    void borderGoesWithTheWindow()
+    {
+        desktopuser::pointTo(at(0.5, 0.5));
+        expectColour(edgesOf().at(0), kBorder);
+        m_window->hide();
+        desktopuser::pointTo(onScreen({3, 3}));
+        m_window->show();
+        m_window->setGeometry(kGeometry);
+        expectColour(edgesOf().at(0), kUpper);
+    }
+
     void windowGoesPastTheScreensEdges()
     {
         drag(at(0.5, 0.5), at(0.5, 0.5) + QPoint(-350, -250));
@@ -134,6 +167,12 @@ private:
     {
         const QRect geometry = m_window->geometry();
         return geometry.topLeft() + QPoint(qRound(geometry.width() * x), qRound(geometry.height() * y));
+    }
+
+    /// Upper, lower, left and right.
+    QList<QPoint> edgesOf() const
+    {
+        return {at(0.5, 0), at(0.5, 1) - QPoint(0, 1), at(0, 0.5), at(1, 0.5) - QPoint(1, 0)};
     }
 
     void expectVideo() const
