@@ -3,6 +3,7 @@
 
 #include "platform/windowing/frame_exclusion.h"
 #include "platform/windowing/overlay_window.h"
+#include "widgets/blinkinglabel.h"
 #include "widgets/desktopscreens.h"
 #include "widgets/icons.h"
 #include "widgets/stylesheet.h"
@@ -11,7 +12,6 @@
 
 #include <QGuiApplication>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -57,7 +57,7 @@ void DrawWindow::buildToolBar()
     m_drawToggleButton = addButton(QStringLiteral("drawToggleButton"), QStringLiteral("pen"));
     m_drawToggleButton->setCheckable(true);
     m_clearButton = addButton(QStringLiteral("clearButton"), QStringLiteral("clear"));
-    m_timerLabel = new QLabel(QStringLiteral("00:00:00"), &toolBar());
+    m_timerLabel = new BlinkingLabel(QStringLiteral("00:00:00"), &toolBar());
     m_timerLabel->setObjectName(QStringLiteral("timerLabel"));
     m_timerLabel->setAlignment(Qt::AlignCenter);
     m_timerLabel->setFixedSize(kTimeSize);
@@ -120,6 +120,11 @@ void DrawWindow::setConcealed(bool concealed)
 void DrawWindow::setTimeText(const QString& text)
 {
     m_timerLabel->setText(text);
+}
+
+void DrawWindow::setPaused(bool paused)
+{
+    m_timerLabel->setBlinking(paused);
 }
 
 /// The strokes are inside it, and are recorded.

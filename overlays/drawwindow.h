@@ -4,7 +4,7 @@
 #include "overlays/hidewhiledragging.h"
 #include "widgets/overlayframe.h"
 
-class QLabel;
+class BlinkingLabel;
 
 /// The region frame: a blue border with a tool bar on top, from which red lines are drawn inside, and the recording is
 /// started and stopped.
@@ -34,6 +34,7 @@ public:
     void setInsideRecorded(bool recorded);
 
     void setTimeText(const QString& text);
+    void setPaused(bool paused);
 
 public slots:
     void setLockRatio(bool lock);
@@ -91,7 +92,7 @@ private:
     /// Width by height. Holds while the window has the size that the last drag left.
     double m_ratio = 0.0;
     QSize m_ratioSize;
-    QLabel* m_timerLabel = nullptr;
+    BlinkingLabel* m_timerLabel = nullptr;
     int m_borderWidth = 4;
     bool m_recording = false;
     bool m_insideRecorded = false;
