@@ -127,6 +127,12 @@ void RegionOverlays::setRecording(bool recording)
     m_frame->setInsideRecorded(recording);
 }
 
+void RegionOverlays::setPaused(bool paused)
+{
+    if (m_frame != nullptr)
+        m_frame->setPaused(paused);
+}
+
 void RegionOverlays::setTimeText(const QString& text)
 {
     if (m_frame != nullptr)

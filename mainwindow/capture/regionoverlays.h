@@ -42,6 +42,7 @@ public:
     void restoreFrame();
 
     void setRecording(bool recording);
+    void setPaused(bool paused);
     void setTimeText(const QString& text);
     void setLockRatio(bool lock);
 

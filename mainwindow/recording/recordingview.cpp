@@ -42,7 +42,7 @@ RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureContr
 {
     connect(&m_session, &RecordingSession::statusChanged, this, &RecordingView::showStatus);
     connect(&m_session, &RecordingSession::elapsedChanged, this, &RecordingView::showElapsed);
-    connect(m_ui.recordButton, &QPushButton::clicked, &m_session, &RecordingSession::toggle);
+    connect(m_ui.recordButton, &QPushButton::clicked, this, &RecordingView::onButtonClicked);
     connect(&m_capture, &CaptureController::areaMoved, this, &RecordingView::positionBar);
     connect(&m_capture, &CaptureController::presetChosen, this, [this] {
         if (m_toolbar != nullptr)
@@ -87,6 +87,16 @@ void RecordingView::showStatus(int status)
     else if (status == recordstatus::kPaused)
         toolbar().setPaused(true);
     m_region.setRecording(status != recordstatus::kEnded);
+    m_region.setPaused(status == recordstatus::kPaused);
+}
+
+/// Whoever brings the window back during a pause wants to go on; bar, frame and hotkey end the recording.
+void RecordingView::onButtonClicked()
+{
+    if (m_session.state() == RecordingState::Paused)
+        m_session.setPaused(false);
+    else
+        m_session.toggle();
 }
 
 void RecordingView::showButton()
@@ -102,8 +112,8 @@ void RecordingView::showButton()
     const Look& look = kLooks.at(static_cast<std::size_t>(m_status));
     m_ui.recordButton->setIcon(icons::named(QLatin1String(look.icon)));
     m_ui.recordButton->setText(tr(look.label));
-    // The button of a paused recording stops it.
-    m_ui.recordButton->setToolTip(m_status == recordstatus::kPaused ? tr("Stop Recording") : QString());
+    // The text says what the recording does, not what the button will do.
+    m_ui.recordButton->setToolTip(m_status == recordstatus::kPaused ? tr("Resume Recording") : QString());
 }
 
 SCFullscreenToolbar& RecordingView::toolbar()

@@ -67,6 +67,7 @@ signals:
 private:
     void connectRegion();
     void makeKeeper(Notices& notices);
+    void onButtonClicked();
     void showStatus(int status);
     void showElapsed(const QString& text);
     void showOverlays();

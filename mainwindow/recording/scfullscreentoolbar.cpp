@@ -2,6 +2,7 @@
 #include "mainwindow/recording/scfullscreentoolbar.h"
 
 #include "platform/windowing/overlay_window.h"
+#include "widgets/blinkinglabel.h"
 #include "widgets/icons.h"
 #include "widgets/stylesheet.h"
 #include "widgets/tooltip.h"
@@ -109,7 +110,7 @@ QWidget* SCFullscreenToolbar::buildContainer()
     m_audioOnlyLabel->setObjectName(QStringLiteral("audioOnlyLabel"));
     m_audioOnlyLabel->setPixmap(image("audio-only").pixmap({kAudioOnlyIconPx, kAudioOnlyIconPx}));
     m_audioOnlyLabel->hide();
-    m_timerLabel = new QLabel(QStringLiteral("00:00:00"), m_container);
+    m_timerLabel = new BlinkingLabel(QStringLiteral("00:00:00"), m_container);
     m_timerLabel->setObjectName(QStringLiteral("timerLabel"));
     m_timerLabel->setAlignment(Qt::AlignCenter);
     m_autoHideButton = makeButton("autoHideButton", m_container);
@@ -231,6 +232,7 @@ void SCFullscreenToolbar::updatePauseButton()
         m_pauseButton->setToolTip(tr("This format cannot be paused"));
     m_timerLabel->setProperty("paused", m_paused);
     restyle(*m_timerLabel);
+    m_timerLabel->setBlinking(m_paused);
 }
 
 void SCFullscreenToolbar::retranslate()

@@ -6,6 +6,7 @@
 #include <QRect>
 #include <QWidget>
 
+class BlinkingLabel;
 class QGraphicsOpacityEffect;
 class QHBoxLayout;
 class QLabel;
@@ -90,7 +91,7 @@ private:
     QHBoxLayout* m_layout;
     QPushButton* m_recordButton = nullptr;
     QPushButton* m_autoHideButton = nullptr;
-    QLabel* m_timerLabel = nullptr;
+    BlinkingLabel* m_timerLabel = nullptr;
     QGraphicsOpacityEffect* m_opacityEffect;
     QPropertyAnimation* m_opacityAnimation;
     bool m_autoHide = false;

@@ -130,7 +130,8 @@ private slots:
         QVERIFY(program.mainWindow(false, 0).has_value());
     }
 
-    void whilePausedItCanBeBroughtBackAndGoesWhenTheRecordingGoesOn()
+    /// The button has the focus since the start.
+    void whilePausedItCanBeBroughtBackAndItsButtonGoesOnWithTheRecording()
     {
         ProgramUnderTest program;
         QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
@@ -146,7 +147,7 @@ private slots:
         QVERIFY2(program.mainWindow(false, kWindowTimeoutMs).has_value(), qPrintable(program.transcript()));
         QTest::qWait(kStaysMs);
         QVERIFY(program.mainWindow(false, 0).has_value());
-        pressPause();
+        ProgramUnderTest::pressKey(QStringLiteral("space"));
         QVERIFY2(program.waitForMessage(QStringLiteral("Recording resumed"), kMessageTimeoutMs).has_value(),
                  qPrintable(program.transcript()));
         expectHeld(program, window->id);

@@ -13,6 +13,7 @@
 #include "tests/support/messagecapture.h"
 #include "tests/support/regiontiles.h"
 #include "tests/support/shownwindow.h"
+#include "tests/support/widgetimage.h"
 #include "tests/support/windowtest.h"
 
 #include <QApplication>
@@ -78,6 +79,14 @@ Part* part(const char* bar, const char* name)
     return nullptr;
 }
 
+bool isTimeSeen(const char* bar)
+{
+    const QImage image = imageOf(*part<QLabel>(bar, "timerLabel"));
+    QImage nothing(image.size(), image.format());
+    nothing.fill(Qt::transparent);
+    return image != nothing;
+}
+
 bool isBarAtTheTop()
 {
     const auto* const bar = shownWindow<SCFullscreenToolbar>();
@@ -108,7 +117,7 @@ private slots:
         m_form->report(kStarted);
         expectButton("Stop Recording", "stop-recording", "");
         m_form->report(kPaused);
-        expectButton("Pause Recording", "pause-recording", "Stop Recording");
+        expectButton("Pause Recording", "pause-recording", "Resume Recording");
         m_form->report(kStarted);
         expectButton("Stop Recording", "stop-recording", "");
         m_form->report(kPaused);
@@ -284,6 +293,31 @@ private slots:
         QCOMPARE(pause->toolTip(), QStringLiteral("Pause Recording"));
         part<QPushButton>(kBar, "recordButton")->click();
         QCOMPARE(m_form->calls, (QStringList{"pause 1", "pause 0", "end here"}));
+    }
+
+    void buttonOfAPausedRecordingGoesOnWithIt()
+    {
+        m_form->report(kStarted);
+        part<QPushButton>(kBar, "pauseButton")->click();
+        QCOMPARE(m_form->state(), RecordingState::Paused);
+        m_form->showNormal();
+        button().click();
+        QVERIFY(m_form->isMinimized());
+        QTRY_COMPARE(m_form->state(), RecordingState::Recording);
+        QCOMPARE(m_form->calls, (QStringList{"pause 1", "pause 0"}));
+        button().click();
+        QCOMPARE(m_form->calls, (QStringList{"pause 1", "pause 0", "end here"}));
+    }
+
+    void clockBlinksDuringAPause()
+    {
+        m_form->report(kStarted);
+        m_form->report(kPaused);
+        for (const char* const bar : {kBar, kFrameBar})
+            QTRY_VERIFY(!isTimeSeen(bar));
+        m_form->report(kStarted);
+        for (const char* const bar : {kBar, kFrameBar})
+            QVERIFY(isTimeSeen(bar));
     }
 
     void frameStopsAndTheEndHidesBarAndFrame()
