@@ -86,6 +86,8 @@ void RecordingView::showStatus(int status)
         showOverlays();
     else if (status == recordstatus::kPaused)
         toolbar().setPaused(true);
+    else
+        focusButton();
     m_region.setRecording(status != recordstatus::kEnded);
     m_region.setPaused(status == recordstatus::kPaused);
 }
@@ -215,6 +217,13 @@ void RecordingView::restoreWindow()
     m_window.show();
     m_window.raise();
     m_window.activateWindow();
+}
+
+void RecordingView::focusButton()
+{
+    // Another page keeps its own.
+    if (m_ui.recordButton->isVisibleTo(&m_window))
+        m_ui.recordButton->setFocus();
 }
 
 void RecordingView::countDown(int from)

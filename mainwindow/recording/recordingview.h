@@ -69,6 +69,7 @@ private:
     void makeKeeper(Notices& notices);
     void onButtonClicked();
     void showStatus(int status);
+    void focusButton();
     void showElapsed(const QString& text);
     void showOverlays();
     void positionBar();

@@ -156,6 +156,27 @@ private slots:
         QVERIFY(MediaFile(take.path).isReadable());
     }
 
+    void afterARecordingTheButtonHasTheFocus()
+    {
+        ProgramUnderTest program;
+        QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+        const auto window = program.mainWindow(false, kWindowTimeoutMs);
+        QVERIFY(window.has_value());
+        x11clients::activate(window->id);
+        for (int step = 0; step < 7; ++step)
+            ProgramUnderTest::pressKey(QStringLiteral("Tab"));
+        Take take = beginTake(program, kMp4);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        endTake(program, take);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        QVERIFY(program.mainWindow(false, kWindowTimeoutMs).has_value());
+        x11clients::activate(window->id);
+        const qsizetype from = program.messages().size();
+        ProgramUnderTest::pressKey(QStringLiteral("space"));
+        QVERIFY2(program.waitForMessage(QStringLiteral("Recording started..."), kMessageTimeoutMs, from).has_value(),
+                 qPrintable(program.transcript()));
+    }
+
 private:
     static void close(ProgramUnderTest& program, bool minimised)
     {

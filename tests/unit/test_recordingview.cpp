@@ -20,6 +20,7 @@
 #include <QCursor>
 #include <QLabel>
 #include <QScreen>
+#include <QStackedWidget>
 #include <QTest>
 #include <QTimer>
 
@@ -318,6 +319,22 @@ private slots:
         m_form->report(kStarted);
         for (const char* const bar : {kBar, kFrameBar})
             QVERIFY(isTimeSeen(bar));
+    }
+
+    void endGivesTheButtonTheFocusOnItsPage()
+    {
+        auto* const format = m_form->findChild<QComboBox*>(QStringLiteral("formatBox"));
+        format->setFocus();
+        m_form->report(kStarted);
+        m_form->report(kEnded);
+        QCOMPARE(m_form->focusWidget(), &button());
+        auto* const tab = m_form->findChild<QPushButton*>(QStringLiteral("filesTab"));
+        auto* const pages = m_form->findChild<QStackedWidget*>(QStringLiteral("pages"));
+        pages->setCurrentWidget(m_form->findChild<QWidget*>(QStringLiteral("screenshotPage")));
+        tab->setFocus();
+        m_form->report(kStarted);
+        m_form->report(kEnded);
+        QCOMPARE(m_form->focusWidget(), tab);
     }
 
     void frameStopsAndTheEndHidesBarAndFrame()
