@@ -18,3 +18,25 @@ SaveFolder usableSaveFolder(const QString& stored, QLatin1String key);
 
 /// The default of a save folder's setting. It may not be there.
 QString defaultSaveFolder(QLatin1String key);
+
+enum class SaveFolderFault
+{
+    None,
+    NotAbsolute,
+    /// Of the file system, or on Windows of the present drive.
+    Root,
+    CannotBeMade,
+    CannotBeWritten
+};
+
+/// What usableSaveFolder() would find. A folder that is made for it is removed again. Waits for the disk.
+SaveFolderFault saveFolderFault(const QString& folder);
+
+/// As a setting stores it: without blanks around it, "." and "..", with "/", the user's home for "~".
+QString typedSaveFolder(const QString& typed);
+
+/// The folder, or the nearest one above it that is there.
+QString existingPartOf(const QString& folder);
+
+/// For the user, on the disk of a folder. -1 where it is not there or nobody can tell.
+qint64 freeBytesIn(const QString& folder);

@@ -41,7 +41,7 @@ RecordingKeeper::RecordingKeeper(RecordingSession& session, Notices& notices, st
 
 void RecordingKeeper::onStarting(const QString& path, qint64 bytesPerSecond)
 {
-    const qint64 freeBytes = RecordingWatch::freeBytes(QFileInfo(path).path());
+    const qint64 freeBytes = freeBytesIn(QFileInfo(path).path());
     const qint64 minutes = diskspace::minutesThatFit(freeBytes, bytesPerSecond);
     if (freeBytes >= 0 && minutes < diskspace::kFewMinutes)
         m_notices.post(m_texts.littleSpace(minutes));

@@ -6,7 +6,6 @@
 #include <QFileInfo>
 #include <QFutureWatcher>
 #include <QPromise>
-#include <QStorageInfo>
 #include <QThreadPool>
 
 #include <utility>
@@ -41,13 +40,6 @@ RecordingWatch::~RecordingWatch()
     // The process is about to end.
     if (!m_threads->waitForDone(kLimitMs))
         (void)m_threads.release();
-}
-
-qint64 RecordingWatch::freeBytes(const QString& folder)
-{
-    // Some file systems report 0 of 0.
-    const QStorageInfo disk(folder);
-    return disk.bytesTotal() > 0 ? disk.bytesAvailable() : -1;
 }
 
 void RecordingWatch::start(const QString& path)

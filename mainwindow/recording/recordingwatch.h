@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/savefolder.h"
 #include "mainwindow/recording/diskspace.h"
 
 #include <QElapsedTimer>
@@ -25,10 +26,9 @@ class RecordingWatch : public QObject
 public:
     /// Of a folder; negative where it is not known. Called on another thread.
     using FreeBytes = std::function<qint64(const QString& folder)>;
-    static qint64 freeBytes(const QString& folder);
 
     /// @param intervalMs between two looks
-    explicit RecordingWatch(int intervalMs, FreeBytes freeBytes = &RecordingWatch::freeBytes);
+    explicit RecordingWatch(int intervalMs, FreeBytes freeBytes = &freeBytesIn);
     ~RecordingWatch() override;
 
     /// The file need not be there yet: it is held as soon as it is.

@@ -178,12 +178,6 @@ private slots:
         QTRY_COMPARE(m_gone->size(), 2);
     }
 
-    void spaceOfAFolderIsKnownAndThatOfNoneIsNot()
-    {
-        QVERIFY(RecordingWatch::freeBytes(m_root->path()) > 0);
-        QVERIFY(RecordingWatch::freeBytes(m_root->filePath(QStringLiteral("nothing/here"))) < 0);
-    }
-
 private:
     void startWithFile()
     {

@@ -5,6 +5,7 @@
 #include "tests/support/testrun.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -98,7 +99,61 @@ private slots:
         }
     }
 
+    void spaceOfAFolderIsKnownAndThatOfNoneIsNot()
+    {
+        QVERIFY(freeBytesIn(m_root.path()) > 0);
+        QVERIFY(freeBytesIn(m_root.filePath(QStringLiteral("nothing/here"))) < 0);
+        QVERIFY(freeBytesIn(existingPartOf(m_root.filePath(QStringLiteral("nothing/here")))) > 0);
+        QCOMPARE(existingPartOf(m_root.path()), m_root.path());
+    }
+
+    void folderIsCheckedWithoutLeavingATrace_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<SaveFolderFault>("fault");
+        QVERIFY(QDir(m_root.path()).mkpath(QStringLiteral("there")));
+        QFile blocker(m_root.filePath(QStringLiteral("in the way")));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        QTest::newRow("there") << m_root.filePath(QStringLiteral("there")) << SaveFolderFault::None;
+        QTest::newRow("to be made") << m_root.filePath(QStringLiteral("there/a/b/c")) << SaveFolderFault::None;
+        QTest::newRow("empty") << QString() << SaveFolderFault::NotAbsolute;
+        QTest::newRow("relative") << "a/b" << SaveFolderFault::NotAbsolute;
+        QTest::newRow("root") << "/" << SaveFolderFault::Root;
+        QTest::newRow("below a file") << blocker.fileName() + "/a" << SaveFolderFault::CannotBeMade;
+        QTest::newRow("too long") << m_root.filePath(QStringLiteral("there/a/") + QString(300, u'n'))
+                                  << SaveFolderFault::CannotBeMade;
+    }
+
+    void folderIsCheckedWithoutLeavingATrace()
+    {
+        QFETCH(const QString, folder);
+        QFETCH(const SaveFolderFault, fault);
+        const QStringList before = contents();
+        QCOMPARE(saveFolderFault(folder), fault);
+        QCOMPARE(contents(), before);
+    }
+
+    void typedFolderIsTakenAsItIsMeant()
+    {
+        QCOMPARE(typedSaveFolder(QStringLiteral("  /videos//of/../this year/ ")), QStringLiteral("/videos/this year"));
+        QCOMPARE(typedSaveFolder(QStringLiteral("~")), QDir::homePath());
+        QCOMPARE(typedSaveFolder(QStringLiteral("~/Videos")), QDir::homePath() + QStringLiteral("/Videos"));
+        QCOMPARE(typedSaveFolder(QStringLiteral("~else/Videos")), QStringLiteral("~else/Videos"));
+        QCOMPARE(typedSaveFolder(QStringLiteral("  ")), QString());
+    }
+
 private:
+    QStringList contents() const
+    {
+        QStringList found;
+        QDirIterator all(m_root.path(), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+        while (all.hasNext())
+            found.append(all.next());
+        found.sort();
+        return found;
+    }
+
     QTemporaryDir m_root;
     QString m_workingFolder;
 };
