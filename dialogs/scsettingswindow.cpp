@@ -4,6 +4,7 @@
 #include "app/settings.h"
 #include "app/settingstables.h"
 #include "dialogs/dialogwindow.h"
+#include "dialogs/folderfield.h"
 #include "dialogs/hotkeychoices.h"
 #include "platform/windowing/frameless_window.h"
 #include "ui_scsettingswindow.h"
@@ -14,6 +15,8 @@
 #include <QButtonGroup>
 #include <QFileDialog>
 #include <QPushButton>
+
+#include <utility>
 
 namespace {
 
@@ -32,6 +35,8 @@ SCSettingsWindow::SCSettingsWindow(QWidget* parent)
     , m_settings(openSettings())
 {
     m_ui->setupUi(this);
+    m_recordingFolder = new FolderField(m_ui->recordingFileLocationLE, *m_ui->recordingFolderNote);
+    m_screenshotFolder = new FolderField(m_ui->screenshotFileLocationLE, *m_ui->screenshotFolderNote);
     dialogwindow::prepare(*this, m_ui->logoLabel, m_ui->closeBtn).setTitleBar(m_ui->titleBar);
     setUpLook();
     setUpTabs();
@@ -116,8 +121,8 @@ void SCSettingsWindow::showSettings()
     fillScreenshotHotkeys();
     m_ui->recordingFormatComboBox->setCurrentIndex(settingstables::kRecordingFormatPositions.at(m_recordingFormat));
     m_ui->screenshotFormatComboBox->setCurrentIndex(settingstables::kScreenshotFormatPositions.at(m_screenshotFormat));
-    m_ui->recordingFileLocationLE->setText(m_recordingSaveLocation);
-    m_ui->screenshotFileLocationLE->setText(m_screenshotSaveLocation);
+    m_recordingFolder->setFolder(m_recordingSaveLocation);
+    m_screenshotFolder->setFolder(m_screenshotSaveLocation);
     m_ui->showCursorCheckBox->setChecked(m_showCursor);
     m_ui->highlightCursorCheckBox->setChecked(m_showHighlight);
 }
@@ -147,20 +152,36 @@ void SCSettingsWindow::onButtonBoxClicked(QAbstractButton* button)
     const QDialogButtonBox::StandardButton which = m_ui->buttonBox->standardButton(button);
     if (which != QDialogButtonBox::Save && which != QDialogButtonBox::Cancel)
         return;
-    if (which == QDialogButtonBox::Save)
+    if (which == QDialogButtonBox::Save) {
+        if (!areFoldersUsable())
+            return;
         save();
+    }
     close();
+}
+
+/// Shows the page of the first one that is not.
+bool SCSettingsWindow::areFoldersUsable()
+{
+    for (const auto& [field, tab] : {std::pair(m_recordingFolder, m_ui->recordingSettingsTab),
+                                     std::pair(m_screenshotFolder, m_ui->screenshotSettingsTab)}) {
+        if (field->isUsable())
+            continue;
+        tab->click();
+        field->takeFocus();
+        return false;
+    }
+    return true;
 }
 
 void SCSettingsWindow::on_changeRecordingFileLocationBtn_clicked()
 {
-    chooseFolder(*m_ui->recordingFileLocationLE, tr("Choose Save Location"), settingskeys::kRecordingSaveLocation);
+    chooseFolder(*m_recordingFolder, tr("Choose Save Location"), settingskeys::kRecordingSaveLocation);
 }
 
 void SCSettingsWindow::on_changeScreenshotFileLocationBtn_clicked()
 {
-    chooseFolder(*m_ui->screenshotFileLocationLE, tr("Choose Screenshot Save Location"),
-                 settingskeys::kScreenshotSaveLocation);
+    chooseFolder(*m_screenshotFolder, tr("Choose Screenshot Save Location"), settingskeys::kScreenshotSaveLocation);
 }
 
 void SCSettingsWindow::onRecordingHotkeyChanged(int /*index*/)
@@ -177,13 +198,13 @@ void SCSettingsWindow::onScreenshotHotkeyChanged(int /*index*/)
     fillRecordingHotkeys();
 }
 
-void SCSettingsWindow::chooseFolder(QLineEdit& field, const QString& title, QLatin1String key)
+void SCSettingsWindow::chooseFolder(FolderField& field, const QString& title, QLatin1String key)
 {
     const QString folder = QFileDialog::getExistingDirectory(
-        this, title, field.text(), QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
+        this, title, field.folder(), QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
     if (folder.isEmpty())
         return;
-    field.setText(folder);
+    field.setFolder(folder);
     m_settings->setValue(key, folder);
     emit saveLocationChanged();
 }
@@ -195,9 +216,9 @@ void SCSettingsWindow::save()
     m_settings->setValue(settingskeys::kRecordingHotkey, hotkeychoices::chosen(*m_ui->recordingComboBox));
     m_settings->setValue(settingskeys::kScreenshotHotkey, hotkeychoices::chosen(*m_ui->screenshotComboBox));
     m_settings->setValue(settingskeys::kRecordingFormat, recordingFormat);
-    m_settings->setValue(settingskeys::kRecordingSaveLocation, m_ui->recordingFileLocationLE->text());
+    m_settings->setValue(settingskeys::kRecordingSaveLocation, m_recordingFolder->folder());
     m_settings->setValue(settingskeys::kScreenshotFormat, screenshotFormat);
-    m_settings->setValue(settingskeys::kScreenshotSaveLocation, m_ui->screenshotFileLocationLE->text());
+    m_settings->setValue(settingskeys::kScreenshotSaveLocation, m_screenshotFolder->folder());
     m_settings->setValue(settingskeys::kMouseShowCursor, m_ui->showCursorCheckBox->isChecked());
     m_settings->setValue(settingskeys::kMouseShowHighlight, m_ui->highlightCursorCheckBox->isChecked());
     emit updateSettings();

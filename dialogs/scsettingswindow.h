@@ -6,17 +6,18 @@
 
 #include <memory>
 
+class FolderField;
 class QAbstractButton;
 class QButtonGroup;
-class QLineEdit;
 class QSettings;
 
 namespace Ui {
 class SCSettingsWindow;
 }
 
-/// Edits formats, folders, hotkeys and pointer options. Save writes them; a folder is written when chosen, also before
-/// a cancel. Shown with dialogwindow::showOver(). User-interface thread.
+/// Edits formats, folders, hotkeys and pointer options. Save writes them, unless a folder was typed that cannot be
+/// used; a folder is written when chosen, also before a cancel. Shown with dialogwindow::showOver(). User-interface
+/// thread.
 class SCSettingsWindow : public QMainWindow
 {
     Q_OBJECT
@@ -49,11 +50,14 @@ private:
     void showSettings();
     void fillRecordingHotkeys();
     void fillScreenshotHotkeys();
-    void chooseFolder(QLineEdit& field, const QString& title, QLatin1String key);
+    void chooseFolder(FolderField& field, const QString& title, QLatin1String key);
+    bool areFoldersUsable();
     void save();
 
     std::unique_ptr<Ui::SCSettingsWindow> m_ui;
     QButtonGroup* m_tabs;
+    FolderField* m_recordingFolder;
+    FolderField* m_screenshotFolder;
     std::unique_ptr<QSettings> m_settings;
     QString m_language;
     QString m_recordingHotkey;

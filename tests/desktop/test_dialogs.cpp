@@ -51,6 +51,7 @@ namespace {
 
 constexpr QPoint kWindowPosition(120, 80);
 constexpr QRgb kAccent = qRgb(0x00, 0x7a, 0xcc);
+constexpr QRgb kWrong = qRgb(0xf3, 0x56, 0x27);
 
 QString stored(QLatin1String key)
 {
@@ -100,6 +101,27 @@ private slots:
         click(*about->findChild<QPushButton*>("closeBtn"));
         QTRY_VERIFY(shownWindow<SCAboutWindow>() == nullptr);
         QTRY_VERIFY(m_window->isActiveWindow());
+    }
+
+    void folderThatCannotBeUsedIsMarkedUntilItIsRestored()
+    {
+        click(*m_window->findChild<QPushButton*>("settingsBtn"));
+        SCSettingsWindow& window = *opened<SCSettingsWindow>();
+        auto* const field = window.findChild<QLineEdit*>("recordingFileLocationLE");
+        click(*field);
+        press("ctrl+a");
+        for (const char* letter : {"v", "i", "d"})
+            press(letter);
+        QTRY_COMPARE(field->text(), QStringLiteral("vid"));
+        click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
+        QTRY_COMPARE(colourAt(field->mapToGlobal(QPoint(field->width() / 2, 0))), kWrong);
+        QVERIFY(window.isVisible() && field->hasFocus());
+        QCOMPARE(stored(settingskeys::kRecordingSaveLocation), m_folder.path());
+        press("Escape");
+        QTRY_COMPARE(field->text(), m_folder.path());
+        QTRY_COMPARE(colourAt(field->mapToGlobal(QPoint(field->width() / 2, 0))), kAccent);
+        press("Escape");
+        QTRY_VERIFY(shownWindow<SCSettingsWindow>() == nullptr);
     }
 
     void linkOfTheAboutWindowOpensTheProductPageOnce()

@@ -11,7 +11,9 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QEnterEvent>
+#include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -315,6 +317,97 @@ private slots:
         QCOMPARE(stored(), before);
     }
 
+    void spaceInTheStoredFolderIsShown()
+    {
+        const QTemporaryDir folder;
+        m_settings->setValue(settingskeys::kRecordingSaveLocation, folder.path());
+        m_settings->setValue(settingskeys::kScreenshotSaveLocation, folder.filePath("new"));
+        open();
+        QVERIFY(child<QLabel>("recordingFolderNote")->text().startsWith("Free space: "));
+        QVERIFY(child<QLabel>("screenshotFolderNote")->text().startsWith("The folder will be created. Free space: "));
+        QVERIFY(!QFileInfo::exists(folder.filePath("new")));
+    }
+
+    void typedFolderIsCheckedAndStoredBySave()
+    {
+        const QTemporaryDir folder;
+        open();
+        QLineEdit& field = type("recordingSettingsTab", "recordingFileLocationLE", folder.path() + "/a/../new/");
+        QTest::keyClick(&field, Qt::Key_Return);
+        QCOMPARE(field.text(), folder.filePath("new"));
+        QVERIFY(child<QLabel>("recordingFolderNote")->text().startsWith("The folder will be created. Free space: "));
+        QVERIFY(!field.property("wrong").toBool());
+        QVERIFY(text(settingskeys::kRecordingSaveLocation) != folder.filePath("new"));
+        type("screenshotSettingsTab", "screenshotFileLocationLE", folder.path());
+        press(QDialogButtonBox::Save);
+        QVERIFY(!m_window->isVisible());
+        QCOMPARE(text(settingskeys::kRecordingSaveLocation), folder.filePath("new"));
+        QCOMPARE(text(settingskeys::kScreenshotSaveLocation), folder.path());
+    }
+
+    void folderThatCannotBeUsedIsMarkedAndToldAndNothingIsStored_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QString>("note");
+        QFile blocker(m_root.filePath("in the way"));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        QTest::newRow("empty") << QString() << "Type the whole path of a folder.";
+        QTest::newRow("relative") << "videos"
+                                  << "Type the whole path of a folder.";
+        QTest::newRow("root") << "/"
+                              << "Files cannot be saved there: choose a folder below it.";
+        QTest::newRow("below a file") << blocker.fileName() + "/a"
+                                      << "This folder cannot be created.";
+    }
+
+    void folderThatCannotBeUsedIsMarkedAndToldAndNothingIsStored()
+    {
+        QFETCH(const QString, folder);
+        QFETCH(const QString, note);
+        const auto before = stored();
+        open();
+        const QSignalSpy updated(m_window.get(), &SCSettingsWindow::updateSettings);
+        box("recordingFormatComboBox")->setCurrentIndex(6);
+        QLineEdit& field = type("screenshotSettingsTab", "screenshotFileLocationLE", folder);
+        child<QPushButton>("hotkeysSettingsTab")->click();
+        press(QDialogButtonBox::Save);
+        QVERIFY(m_window->isVisible());
+        QCOMPARE(updated.size(), 0);
+        QCOMPARE(stored(), before);
+        QCOMPARE(child<QStackedWidget>("stackedWidget")->currentIndex(), 1);
+        QVERIFY(child<QPushButton>("screenshotSettingsTab")->isChecked());
+        QVERIFY(field.property("wrong").toBool());
+        QCOMPARE(child<QLabel>("screenshotFolderNote")->text(), note);
+        QCOMPARE(field.accessibleDescription(), note);
+        QCOMPARE(m_window->focusWidget(), &field);
+    }
+
+    void markGoesWithTheNextLetter()
+    {
+        open();
+        QLineEdit& field = type("recordingSettingsTab", "recordingFileLocationLE", "videos");
+        QTest::keyClick(&field, Qt::Key_Return);
+        QVERIFY(field.property("wrong").toBool());
+        QTest::keyClick(&field, Qt::Key_A);
+        QVERIFY(!field.property("wrong").toBool());
+        QVERIFY(child<QLabel>("recordingFolderNote")->text().isEmpty());
+    }
+
+    void escapeRestoresTheFolderBeforeItClosesTheWindow()
+    {
+        open();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        const QString before = child<QLineEdit>("recordingFileLocationLE")->text();
+        QLineEdit& field = type("recordingSettingsTab", "recordingFileLocationLE", "videos");
+        QTest::keyClick(&field, Qt::Key_Return);
+        QTest::keyClick(&field, Qt::Key_Escape);
+        QVERIFY(m_window->isVisible());
+        QCOMPARE(field.text(), before);
+        QVERIFY(!field.property("wrong").toBool());
+        QTest::keyClick(&field, Qt::Key_Escape);
+        QVERIFY(!m_window->isVisible());
+    }
+
     void unknownStoredFormatThrowsAndStays_data()
     {
         QTest::addColumn<QString>("key");
@@ -445,6 +538,18 @@ private:
         return values;
     }
 
+    /// In place of what is in the field, on the page of that tab.
+    QLineEdit& type(const char* tab, const char* name, const QString& text) const
+    {
+        child<QPushButton>(tab)->click();
+        auto* const field = child<QLineEdit>(name);
+        field->setFocus();
+        field->selectAll();
+        QTest::keyClick(field, Qt::Key_Delete);
+        QTest::keyClicks(field, text);
+        return *field;
+    }
+
     void press(QDialogButtonBox::StandardButton which) const
     {
         QTest::mouseClick(child<QDialogButtonBox>("buttonBox")->button(which), Qt::LeftButton);
@@ -471,6 +576,7 @@ private:
     }
 
     std::unique_ptr<QSettings> m_settings = openSettings();
+    QTemporaryDir m_root;
     std::unique_ptr<SCSettingsWindow> m_window;
 };
 
