@@ -51,6 +51,7 @@ namespace {
 
 constexpr QPoint kWindowPosition(120, 80);
 constexpr QRgb kAccent = qRgb(0x00, 0x7a, 0xcc);
+constexpr QRgb kEdge = qRgb(0x5c, 0x62, 0x6c);
 constexpr QRgb kWrong = qRgb(0xf3, 0x56, 0x27);
 
 QString stored(QLatin1String key)
@@ -101,6 +102,23 @@ private slots:
         click(*about->findChild<QPushButton*>("closeBtn"));
         QTRY_VERIFY(shownWindow<SCAboutWindow>() == nullptr);
         QTRY_VERIFY(m_window->isActiveWindow());
+    }
+
+    void dialogsHaveAnEdgeAgainstTheMainWindow_data()
+    {
+        QTest::addColumn<QString>("opener");
+        for (const char* opener : {"Settings", "Check for Updates", "About"})
+            QTest::newRow(opener) << QString(opener);
+    }
+
+    void dialogsHaveAnEdgeAgainstTheMainWindow()
+    {
+        QFETCH(const QString, opener);
+        const UpdateServer server;
+        chooseEntry(qPrintable(opener));
+        expectEdge(*openedDialog());
+        press("Escape");
+        QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
     }
 
     void folderThatCannotBeUsedIsMarkedUntilItIsRestored()
@@ -589,6 +607,17 @@ private:
             QVERIFY(QTest::qWaitForWindowActive(QApplication::activeModalWidget()));
         }();
         return QApplication::activeModalWidget();
+    }
+
+    /// At the middle of each side.
+    static void expectEdge(const QWidget& dialog)
+    {
+        desktopuser::waitUntilStill();
+        const QRect area = dialog.geometry();
+        const QPoint centre = area.center();
+        for (const QPoint& side : {QPoint(centre.x(), area.top()), QPoint(centre.x(), area.bottom()),
+                                   QPoint(area.left(), centre.y()), QPoint(area.right(), centre.y())})
+            QCOMPARE(QColor(colourAt(side)), QColor(kEdge));
     }
 
     void expectCentred(const QWidget& window) const
