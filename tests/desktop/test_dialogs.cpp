@@ -7,6 +7,7 @@
 #include "mainwindow/notices/notices.h"
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "mainwindow/scmainwindow.h"
+#include "mainwindow/tile.h"
 #include "platform/input/global_hotkey.h"
 #include "screenshot/scscreenshotwindow.h"
 #include "tests/desktop/desktopuser.h"
@@ -119,6 +120,18 @@ private slots:
         expectEdge(*openedDialog());
         press("Escape");
         QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
+    void tileWithTheFocusDoesNotLookSelected()
+    {
+        auto* const tile = m_window->findChild<Tile*>("regionTile");
+        QVERIFY(!tile->isSelected());
+        QVERIFY(desktopuser::tabTo(*tile));
+        const QPoint edge = tile->mapToGlobal(QPoint(tile->width() / 2, 0));
+        QTRY_COMPARE(QColor(colourAt(edge)), QColor(0xff, 0xff, 0xff));
+        const auto* const selected = m_window->findChild<Tile*>("fullScreenTile");
+        QVERIFY(selected->isSelected());
+        QCOMPARE(colourAt(selected->mapToGlobal(QPoint(selected->width() / 2, 0))), kAccent);
     }
 
     void folderThatCannotBeUsedIsMarkedUntilItIsRestored()
