@@ -35,7 +35,7 @@ QString text(const char* source)
 QMenu* addSubmenu(QMenu& menu, const char* title)
 {
     QMenu* const submenu = menu.addMenu(text(title));
-    submenu->setStyleSheet(QLatin1String(kMenuStyleSheet));
+    submenu->setStyleSheet(menuStyleSheet());
     return submenu;
 }
 
@@ -67,7 +67,7 @@ QMenu* MainMenu::build()
 {
     auto* const menu = new QMenu;
     menu->setObjectName(QStringLiteral("mainMenu"));
-    menu->setStyleSheet(QLatin1String(kMenuStyleSheet));
+    menu->setStyleSheet(menuStyleSheet());
     menu->addAction(text("Settings"), this, &MainMenu::openSettings)->setEnabled(m_activity.isIdle());
     addLanguages(*menu);
     menu->addSeparator();

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-/// The style sheet of the program's menus.
-inline constexpr char kMenuStyleSheet[] =
-    "QMenu { background-color: #252526; border: 1px solid #1E1E1E; padding: 5px 0px; font-size: 7.5pt; font-family: "
-    "Microsoft YaHei UI; }                         QMenu::item { color: #99A1B0; padding: 8px 20px; padding-right: "
-    "24px; }                         QMenu::item:selected { background-color: #37373D; color: #FFFFFF; }               "
-    "          QMenu::indicator { width: 12px; height: 12px; left: 4px; }                         "
-    "QMenu::indicator:non-exclusive:checked { image: url(:/res/forms/images/check.svg); }";
+#include <QString>
+
+/// The style sheet of the program's menus, with texts of the size that its windows have.
+QString menuStyleSheet();

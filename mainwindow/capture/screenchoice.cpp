@@ -61,7 +61,7 @@ void ScreenChoice::offer()
     delete m_menu;
     m_menu = new QMenu;
     m_menu->setObjectName(QStringLiteral("screenMenu"));
-    m_menu->setStyleSheet(QLatin1String(kMenuStyleSheet));
+    m_menu->setStyleSheet(menuStyleSheet());
     for (qsizetype index = 0; index < screens.size(); ++index)
         addEntry(*screens.at(index), index + 1);
     // Deferred: the chosen entry, which the menu owns, is carried out after the menu has hidden.

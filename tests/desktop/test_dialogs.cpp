@@ -26,6 +26,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QFontInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -120,6 +121,16 @@ private slots:
         expectEdge(*openedDialog());
         press("Escape");
         QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
+    void menusHaveTextsOfTheWindowsSize()
+    {
+        click(*m_window->findChild<QPushButton*>("menuBtn"));
+        QTRY_VERIFY(openMenu() != nullptr);
+        const int sizePx = QFontInfo(m_window->findChild<QLabel*>("titleLabel")->font()).pixelSize();
+        QCOMPARE(QFontInfo(openMenu()->font()).pixelSize(), sizePx);
+        press("Escape");
+        QTRY_VERIFY(openMenu() == nullptr);
     }
 
     void tileWithTheFocusDoesNotLookSelected()
