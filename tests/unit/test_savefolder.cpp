@@ -120,6 +120,9 @@ private slots:
         QTest::newRow("relative") << "a/b" << SaveFolderFault::NotAbsolute;
         QTest::newRow("root") << "/" << SaveFolderFault::Root;
         QTest::newRow("below a file") << blocker.fileName() + "/a" << SaveFolderFault::CannotBeMade;
+        // There even root cannot.
+        if (QFileInfo::exists(QStringLiteral("/proc/sys/kernel")))
+            QTest::newRow("not to be written") << "/proc/sys/kernel" << SaveFolderFault::CannotBeWritten;
         QTest::newRow("too long") << m_root.filePath(QStringLiteral("there/a/") + QString(300, u'n'))
                                   << SaveFolderFault::CannotBeMade;
     }
