@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/messagebox.h"
 
+#include "widgets/boxtitlebar.h"
 #include "widgets/shownname.h"
 #include "widgets/stylesheet.h"
 
@@ -27,6 +28,21 @@ void nameButton(const QMessageBox& box, QMessageBox::StandardButton which, const
         button->setText(QCoreApplication::translate("QMessageBox", text));
 }
 
+QLabel& textOf(const QMessageBox& box)
+{
+    return *box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+}
+
+/// The box goes by the widths of its content and of the system's title bars.
+void widenFor(const BoxTitleBar& titleBar, const QMessageBox& box)
+{
+    QLabel& text = textOf(box);
+    const int neededPx = titleBar.sizeHint().width();
+    // Else it would do instead of the width that the text needs.
+    if (text.minimumSizeHint().width() < neededPx)
+        text.setMinimumWidth(neededPx);
+}
+
 void prepare(QMessageBox& box)
 {
     // Names of devices and files may look like markup, and like other names.
@@ -39,13 +55,13 @@ void prepare(QMessageBox& box)
     nameButton(box, QMessageBox::Ok, "OK");
     nameButton(box, QMessageBox::Cancel, "Cancel");
     applyStyleSheet(box, QStringLiteral(":/res/style/message-box.qss"));
+    widenFor(*new BoxTitleBar(box), box);
 }
 
 /// The box goes by its own font's line height; letters from a fallback font may need more.
 void reserveLine(const QMessageBox& box)
 {
-    if (auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
-        label->setMinimumHeight(kLineHeightPx);
+    textOf(box).setMinimumHeight(kLineHeightPx);
 }
 
 Answer showQuestion(const Question& question)

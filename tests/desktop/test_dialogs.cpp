@@ -19,6 +19,7 @@
 #include "tests/support/shownwindow.h"
 #include "tests/support/updateserver.h"
 #include "tests/support/windowtest.h"
+#include "widgets/messagebox.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -121,6 +122,30 @@ private slots:
         expectEdge(*openedDialog());
         press("Escape");
         QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
+    void messageHasTheProgramsFrameAndIsMovedAndClosedByIt()
+    {
+        messagebox::informBeside(*m_window, "Screenshot Saved", "Screenshot saved to: /a/folder/with/a/file.png");
+        const QPointer<QMessageBox> box = m_window->findChild<QMessageBox*>();
+        QVERIFY(QTest::qWaitForWindowActive(box));
+        desktopuser::waitUntilStill();
+        QCOMPARE(box->frameGeometry(), box->geometry());
+        expectEdge(*box);
+        QCOMPARE(box->findChild<QLabel*>("titleLabel")->text(), QStringLiteral("Screenshot Saved"));
+        // Above everything else in the box, and as wide.
+        const auto* const titleBar = box->findChild<QWidget*>("titleBar");
+        QCOMPARE(titleBar->mapTo(box.data(), QPoint()).y(), box->contentsRect().top());
+        const auto* const text = box->findChild<QLabel*>("qt_msgbox_label");
+        QVERIFY(text->y() >= titleBar->geometry().bottom());
+        QVERIFY(text->width() >= text->fontMetrics().horizontalAdvance(text->text()));
+        QCOMPARE(box->focusWidget(), box->button(QMessageBox::Ok));
+        const QPoint before = box->pos();
+        const QPoint bar = desktopuser::centreOf(*titleBar);
+        drag(bar, bar + QPoint(60, 40));
+        QTRY_COMPARE(box->pos(), before + QPoint(60, 40));
+        click(*box->findChild<QPushButton*>("closeBtn"));
+        QTRY_VERIFY(box == nullptr);
     }
 
     void menusHaveTextsOfTheWindowsSize()
