@@ -72,6 +72,7 @@ CaptureController::CaptureController(Ui::SCMainWindow& ui, CaptureSelection& sel
     connect(m_ui.regionTile, &Tile::activated, this, &CaptureController::chooseRegion);
     connect(m_ui.windowTile, &Tile::activated, this, &CaptureController::chooseWindow);
     connect(m_ui.lockButton, &QPushButton::toggled, this, &CaptureController::onLockToggled);
+    connect(&m_selection, &CaptureSelection::screenSwitchedByFormat, this, &CaptureController::applyWholeScreen);
     connect(&m_region, &RegionOverlays::regionSelected, this, &CaptureController::onRegionSelected);
     connect(&m_region, &RegionOverlays::selectionCancelled, &m_selection, &CaptureSelection::cancelRegion);
     connect(&m_region, &RegionOverlays::frameChanged, this, &CaptureController::onFrameChanged);
@@ -113,7 +114,7 @@ CaptureDesktop CaptureController::desktop() const
 
 CaptureScreen CaptureController::screen() const
 {
-    return m_selection.mode() == CaptureMode::Region ? desktop().screenOf(m_area.rect()) : m_screens.screen();
+    return m_isRegion ? desktop().screenOf(m_area.rect()) : m_screens.screen();
 }
 
 void CaptureController::showSize(const QSize& size)
@@ -182,7 +183,7 @@ bool CaptureController::followsScreen() const
 
 bool CaptureController::hasOtherScreen() const
 {
-    return m_selection.mode() != CaptureMode::Region && m_area.rect() != screen().geometry;
+    return !m_isRegion && m_area.rect() != screen().geometry;
 }
 
 bool CaptureController::resetRecordingArea()
@@ -226,7 +227,7 @@ void CaptureController::settleArea()
 {
     m_screenshots.cancel();
     m_screenshots.cancelSelections();
-    if (m_selection.mode() != CaptureMode::Region || m_area.isUnset())
+    if (!recordsRegion() || m_area.isUnset())
         return;
     const QRect visible = desktop().visiblePart(m_area.rect());
     if (visible.isEmpty()) {
@@ -266,6 +267,7 @@ void CaptureController::applyWholeScreen()
 
 void CaptureController::followScreen()
 {
+    m_isRegion = false;
     m_area.setRect(screen().geometry);
     applyCaptureArea();
 }
@@ -281,7 +283,7 @@ void CaptureController::onScreensChanged()
 {
     if (m_engineRuns)
         m_engine.refreshCaptureTargets(false);
-    if (m_activity.isIdle() && m_selection.mode() != CaptureMode::Region)
+    if (m_activity.isIdle() && !m_isRegion)
         followScreen();
 }
 
@@ -311,20 +313,20 @@ void CaptureController::chooseWindow()
     m_screenshots.cancelSelections();
     m_screenshots.cancel();
     m_selection.choose(CaptureMode::Window);
-    applyWholeScreen();
+    showFrame();
     m_screenshots.pickWindow();
 }
 
 void CaptureController::choosePreset(const QString& name)
 {
-    if (m_ui.ratioBox->currentIndex() == 0)
-        return;
     m_screenshots.cancelSelections();
     emit presetChosen();
     m_selection.choose(CaptureMode::Region);
     const auto size = ratiopresets::physicalSize(name);
-    if (!size)
+    if (!size) {
+        showFrame();
         return;
+    }
     const QRect framed = m_region.moveFrame(ratiopresets::areaOn(primaryScreen(), *size, m_region.borderWidth()));
     // A preset larger than the screen encloses a part of the next one, for which nobody has asked.
     storeVisiblePart(framed & primaryScreen().geometry);
@@ -338,7 +340,10 @@ void CaptureController::switchScreen(bool on)
 {
     m_screenshots.cancelSelections();
     m_selection.switchScreen(on);
-    applyWholeScreen();
+    if (on)
+        applyWholeScreen();
+    else
+        m_region.hideFrame();
 }
 
 void CaptureController::onRegionSelected(const QRect& area)
@@ -373,6 +378,7 @@ bool CaptureController::storeVisiblePart(const QRect& framed)
     if (!isRecordable(visible))
         return false;
     m_area.setRegion(visible, desktop.around(framed), videoSteps());
+    m_isRegion = true;
     return true;
 }
 
@@ -446,9 +452,14 @@ void CaptureController::onFrameClosed()
     emit frameClosed();
 }
 
+bool CaptureController::recordsRegion() const
+{
+    return m_selection.isScreenOn() && m_isRegion;
+}
+
 void CaptureController::showFrame()
 {
-    if (m_selection.recordsRegion() && !m_area.isUnset() && !m_isFrameClosed && !m_region.isFrameShown())
+    if (recordsRegion() && !m_area.isUnset() && !m_isFrameClosed && !m_region.isFrameShown())
         m_region.showFrame();
 }
 

@@ -46,6 +46,7 @@ public:
     /// Sets size, target and crop of the engine; false on failure.
     bool prepare();
 
+    /// That of a region, unless it is shown or the screen is switched off.
     void showFrame();
     void onRecordingOver();
 
@@ -53,7 +54,7 @@ signals:
     /// Emitted during a recording, before the area is applied.
     void areaMoved();
 
-    /// Emitted before the preset is applied.
+    /// Emitted before the entry of the ratio box is applied.
     void presetChosen();
 
     /// Emitted during a countdown or recording, which goes on to its end.
@@ -70,6 +71,7 @@ private:
     CaptureDesktop desktop() const;
     /// The one that is captured: of a region, the one that holds most of it.
     CaptureScreen screen() const;
+    bool recordsRegion() const;
     bool followsScreen() const;
     /// Than the one that is captured whole.
     bool hasOtherScreen() const;
@@ -111,6 +113,8 @@ private:
     /// Of the screen on which the frame has that size.
     double m_framedRatio = 1.0;
     bool m_engineRuns = false;
+    /// Whether the area is a region, also while the screen is switched off.
+    bool m_isRegion = false;
     /// Whether the engine lists the captured screen.
     bool m_targetFound = false;
     bool m_isFrameClosed = false;

@@ -42,7 +42,7 @@ void CaptureSelection::switchScreen(bool on)
     // Also where the switch has shown something else than is in force, before restore().
     fitFormat(on);
     setScreenOn(on);
-    setMode(CaptureMode::FullScreen);
+    setMode(on ? CaptureMode::FullScreen : m_mode);
 }
 
 void CaptureSelection::fitScreenToFormat()
@@ -50,7 +50,13 @@ void CaptureSelection::fitScreenToFormat()
     if (m_isScreenOn || !recordsVideo())
         return;
     setScreenOn(true);
-    showMode();
+    chooseFullScreenForFormat();
+}
+
+void CaptureSelection::chooseFullScreenForFormat()
+{
+    setMode(CaptureMode::FullScreen);
+    emit screenSwitchedByFormat();
 }
 
 void CaptureSelection::beginRegion()
@@ -64,7 +70,11 @@ void CaptureSelection::cancelRegion()
 {
     // The window can be reached beside a selector on another screen.
     const bool isUntouched = m_output.format() == m_remembered.formatMeanwhile;
-    if (m_isScreenOn != m_remembered.isScreenOn && isUntouched) {
+    if (m_isScreenOn != m_remembered.isScreenOn && !isUntouched) {
+        chooseFullScreenForFormat();
+        return;
+    }
+    if (m_isScreenOn != m_remembered.isScreenOn) {
         setScreenOn(m_remembered.isScreenOn);
         m_output.setFormat(m_remembered.format);
     }

@@ -10,7 +10,7 @@ namespace Ui {
 class SCMainWindow;
 }
 
-/// The tiles of the recording page. Window takes a screenshot of a window; recordings have the whole screen then.
+/// The tiles of the recording page. Window takes a screenshot of a window; recordings keep the area that they had.
 enum class CaptureMode : int
 {
     FullScreen = 0,
@@ -31,13 +31,13 @@ public:
     void restore();
 
     CaptureMode mode() const { return m_mode; }
+    bool isScreenOn() const { return m_isScreenOn; }
     bool recordsVideo() const;
-    bool recordsRegion() const { return m_isScreenOn && m_mode == CaptureMode::Region; }
 
     /// Also switches the screen on.
     void choose(CaptureMode mode);
 
-    /// Also chooses full screen.
+    /// On: also chooses full screen. Off: no tile is selected, but the mode stays.
     void switchScreen(bool on);
 
     /// Switches the screen on for a format with video.
@@ -48,9 +48,14 @@ public:
     /// Keeps a format that the user has chosen since beginRegion().
     void cancelRegion();
 
+signals:
+    /// A format with video has switched the screen on, in full screen.
+    void screenSwitchedByFormat();
+
 private:
     void setScreenOn(bool on);
     void setMode(CaptureMode mode);
+    void chooseFullScreenForFormat();
     void fitFormat(bool screenOn);
     void showMode();
 

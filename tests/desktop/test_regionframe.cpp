@@ -146,6 +146,10 @@ private slots:
         QTRY_VERIFY(frame() == nullptr);
         QCOMPARE(selectedTiles(), QStringList());
         QTRY_COMPARE(colourAt(region().topLeft() - QPoint(2, -40)), kBackdrop);
+        expectFields(kRegion.size());
+        click(*child<QWidget>("screenSwitch"));
+        QTRY_COMPARE(selectedTiles(), QStringList{"fullScreenTile"});
+        expectFields(QGuiApplication::primaryScreen()->size());
     }
 
     void countdownIsOverTheRegionsCentreAndTheFrameStays()

@@ -160,12 +160,35 @@ private slots:
         QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
     }
 
-    void firstEntryOfTheRatioBoxRunsNoPreset()
+    void firstEntryOfTheRatioBoxSelectsTheRegionTileAndRunsNoPreset()
     {
         const CaptureForm window;
+        QTest::mouseClick(child<Tile>(window, "fullScreenTile"), Qt::LeftButton);
+        const QString size = fields(window);
         choosePreset(window, "Custom");
         QVERIFY(shownWindow<DrawWindow>() == nullptr);
-        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+        QCOMPARE(fields(window), size);
+    }
+
+    void firstEntryOfTheRatioBoxLeavesTheRegionAlone()
+    {
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 319});
+        const QRect frame = shownWindow<DrawWindow>()->geometry();
+        choosePreset(window, "Custom");
+        QCOMPARE(shownWindow<DrawWindow>()->geometry(), frame);
+        QCOMPARE(fields(window), QStringLiteral("320x240"));
+    }
+
+    void windowTileLeavesTheRegionAlone()
+    {
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 319});
+        QTest::mouseClick(child<Tile>(window, "windowTile"), Qt::LeftButton);
+        QCOMPARE(selectedTiles(window), QStringList{"windowTile"});
+        QCOMPARE(fields(window), QStringLiteral("320x240"));
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(100, 80, 320, 240));
     }
 
     void cancelledSelectionKeepsTheRegionFromBefore()
@@ -298,6 +321,59 @@ private slots:
         QVERIFY(shownWindow<DrawWindow>() != nullptr);
     }
 
+    void screenSwitchedOffKeepsRectangleFieldsAndRatio()
+    {
+        const CaptureForm window;
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        choosePreset(window, "9:16");
+        const QString size = fields(window);
+        const MessageCapture messages;
+        control->setChecked(false);
+        QCOMPARE(selectedTiles(window), QStringList());
+        QVERIFY(shownWindow<DrawWindow>() == nullptr);
+        QCOMPARE(fields(window), size);
+        QCOMPARE(child<QComboBox>(window, "ratioBox")->currentText(), QStringLiteral("9:16"));
+        QCOMPARE(messages.texts().filter(QStringLiteral("] position ")), QStringList());
+        control->setChecked(true);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QCOMPARE(fields(window), screenSize());
+        QCOMPARE(messages.texts().filter(QStringLiteral("] position ")).size(), 1);
+    }
+
+    void formatWithVideoLeadsBackToTheWholeScreen()
+    {
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 319});
+        child<SCSwitchWidget>(window, "screenSwitch")->setChecked(false);
+        QTest::keyClick(child<QComboBox>(window, "formatBox"), Qt::Key_Home);
+        QCOMPARE(selectedTiles(window), QStringList{"fullScreenTile"});
+        QCOMPARE(fields(window), screenSize());
+    }
+
+    void regionFromBeforeComesBackWithItsFrame_data()
+    {
+        QTest::addColumn<bool>("byTile");
+        QTest::newRow("window tile") << true;
+        QTest::newRow("first entry of the ratio box") << false;
+    }
+
+    /// Both leave the rectangle alone, which is a region while the screen is switched off.
+    void regionFromBeforeComesBackWithItsFrame()
+    {
+        QFETCH(const bool, byTile);
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 319});
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(false);
+        if (byTile)
+            QTest::mouseClick(child<Tile>(window, "windowTile"), Qt::LeftButton);
+        else
+            choosePreset(window, "Custom");
+        QVERIFY(control->isChecked());
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(100, 80, 320, 240));
+        QCOMPARE(fields(window), QStringLiteral("320x240"));
+    }
+
 private:
     template <typename Widget>
     static Widget* child(const CaptureForm& window, const char* name)
@@ -306,6 +382,17 @@ private:
     }
 
     static QString field(const CaptureForm& window, const char* name) { return child<QLineEdit>(window, name)->text(); }
+
+    static QString fields(const CaptureForm& window)
+    {
+        return field(window, "widthEdit") + u'x' + field(window, "heightEdit");
+    }
+
+    static QString screenSize()
+    {
+        const QSize size = QGuiApplication::primaryScreen()->size();
+        return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
+    }
 
     /// What is inside the frame's border.
     static QRect inside(const DrawWindow& frame) { return frame.geometry().adjusted(4, 4, -4, -4); }

@@ -9,6 +9,7 @@
 #include "ui_scmainwindow.h"
 
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTest>
 
 /// Which screen switch, format and mode go together.
@@ -82,6 +83,16 @@ private slots:
         QCOMPARE(m_settings->value(settingskeys::kRecordingFormat).toString(), QStringLiteral("MP4"));
     }
 
+    void modeStaysWhileTheScreenIsSwitchedOff()
+    {
+        m_selection->choose(CaptureMode::Region);
+        m_selection->switchScreen(false);
+        QCOMPARE(selectedTiles(*m_form), QStringList());
+        QCOMPARE(m_selection->mode(), CaptureMode::Region);
+        m_selection->switchScreen(true);
+        QCOMPARE(m_selection->mode(), CaptureMode::FullScreen);
+    }
+
     void screenSwitchLeavesASuitingFormatAlone()
     {
         m_output->setFormat(5);
@@ -109,11 +120,15 @@ private slots:
 
     void formatWithVideoSwitchesTheScreenOn()
     {
+        const QSignalSpy switched(m_selection.get(), &CaptureSelection::screenSwitchedByFormat);
+        m_selection->choose(CaptureMode::Region);
         m_selection->switchScreen(false);
         QTest::keyClick(m_ui.formatBox, Qt::Key_Down);
         QCOMPARE(m_ui.formatBox->currentText(), QStringLiteral("AAC"));
         QVERIFY(!m_ui.screenSwitch->isChecked());
+        QCOMPARE(switched.size(), 0);
         QTest::keyClick(m_ui.formatBox, Qt::Key_Home);
+        QCOMPARE(switched.size(), 1);
         QCOMPARE(m_ui.formatBox->currentText(), QStringLiteral("MP4"));
         QVERIFY(m_ui.screenSwitch->isChecked());
         QCOMPARE(selectedTiles(*m_form), QStringList{"fullScreenTile"});
@@ -124,7 +139,7 @@ private slots:
     {
         m_selection->switchScreen(false);
         m_selection->beginRegion();
-        QVERIFY(m_selection->recordsRegion());
+        QCOMPARE(m_selection->mode(), CaptureMode::Region);
         QCOMPARE(m_ui.formatBox->currentText(), QStringLiteral("MP4"));
         m_selection->cancelRegion();
         QVERIFY(!m_ui.screenSwitch->isChecked());
@@ -136,10 +151,13 @@ private slots:
     /// The window can be reached beside a selector on another screen.
     void formatChosenWhileARegionIsSelectedStays()
     {
+        m_selection->choose(CaptureMode::Region);
         m_selection->switchScreen(false);
         m_selection->beginRegion();
         QTest::keyClick(m_ui.formatBox, Qt::Key_Down);
+        const QSignalSpy switched(m_selection.get(), &CaptureSelection::screenSwitchedByFormat);
         m_selection->cancelRegion();
+        QCOMPARE(switched.size(), 1);
         QCOMPARE(m_ui.formatBox->currentText(), QStringLiteral("AVI"));
         QVERIFY(m_ui.screenSwitch->isChecked());
         QCOMPARE(selectedTiles(*m_form), QStringList{"fullScreenTile"});

@@ -272,13 +272,21 @@ private slots:
         QVERIFY(notice->mask().isEmpty());
     }
 
-    void presetHidesTheBar()
+    void entryOfTheRatioBoxHidesTheBar_data()
     {
+        QTest::addColumn<QString>("entry");
+        QTest::newRow("preset") << "1:1";
+        QTest::newRow("no preset") << "Custom";
+    }
+
+    void entryOfTheRatioBoxHidesTheBar()
+    {
+        QFETCH(const QString, entry);
         m_form->report(kStarted);
         QVERIFY(isBarAtTheTop());
         auto* const presets = m_form->findChild<QComboBox*>(QStringLiteral("ratioBox"));
-        presets->setCurrentText(QStringLiteral("1:1"));
-        emit presets->textActivated(QStringLiteral("1:1"));
+        presets->setCurrentText(entry);
+        emit presets->textActivated(entry);
         QVERIFY(shownWindow<SCFullscreenToolbar>() == nullptr);
     }
 
