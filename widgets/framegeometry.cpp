@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace framegeometry {
 
@@ -101,6 +102,19 @@ void applyMinimum(HitArea area, Edges& edges, const QSize& minimum)
         setHeight(area, edges, minimum.height());
 }
 
+/// The smallest frame of that ratio, where neither width nor height is below the minimum.
+void applyMinimumAtRatio(HitArea area, Edges& edges, const QRect& start, const QSize& minimum, double ratio)
+{
+    const int width = std::max(minimum.width(), static_cast<int>(std::ceil(minimum.height() * ratio)));
+    if (edges.width() >= width)
+        return;
+    if (area == HitArea::Top || area == HitArea::Bottom)
+        setHeight(area, edges, static_cast<int>(std::ceil(width / ratio)));
+    else
+        setWidth(area, edges, width);
+    applyRatio(area, edges, start, ratio);
+}
+
 } // namespace
 
 HitArea hitAreaAt(const QPoint& point, const QSize& frame)
@@ -163,8 +177,10 @@ QRect resized(HitArea area, const QRect& start, const QPoint& delta, const QSize
         return start;
     Edges edges = edgesOf(start);
     drag(area, edges, delta);
-    if (ratio > 0.0)
+    if (ratio > 0.0) {
         applyRatio(area, edges, start, ratio);
+        applyMinimumAtRatio(area, edges, start, minimum, ratio);
+    }
     applyMinimum(area, edges, minimum);
     return edges.rect();
 }

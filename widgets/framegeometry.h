@@ -35,8 +35,9 @@ bool isResize(HitArea area);
 Qt::CursorShape cursorOf(HitArea area);
 
 /// Not below the minimum; any other area than an edge or corner returns start.
-/// @param ratio width by height, which is kept, or 0: a corner takes its vertical edge along, an edge grows the other
-///        two sides evenly; at a left or right edge the height may then be below the minimum
+/// @param ratio width by height, which is kept, also at the minimum, or 0: a corner takes its vertical edge along, an
+/// edge
+///        grows the other two sides evenly
 QRect resized(HitArea area, const QRect& start, const QPoint& delta, const QSize& minimum, double ratio);
 
 /// As resized() with a ratio; an area that does not resize moves the frame.

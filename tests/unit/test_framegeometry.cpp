@@ -124,7 +124,10 @@ private slots:
         // 801 / (4 / 3) is 600.75, and half of nothing is nothing.
         row("locked, fractions are cut off", HitArea::BottomRight, {1, 0}, true, byEdges(100, 100, 901, 700));
         row("locked, half pixels are cut off", HitArea::Right, {2, 0}, true, byEdges(100, 100, 902, 700));
-        row("locked, left past the minimum", HitArea::Left, {640, 0}, true, byEdges(700, 340, 900, 460));
+        // The smallest frame has the ratio as well.
+        row("locked, left past the minimum", HitArea::Left, {640, 0}, true, byEdges(700, 325, 900, 475));
+        row("locked, right past the other edge", HitArea::Right, {-900, 0}, true, byEdges(100, 325, 300, 475));
+        row("locked, top past the minimum", HitArea::Top, {0, 590}, true, byEdges(400, 550, 600, 700));
         row("locked, bottom right past the minimum", HitArea::BottomRight, {-700, 0}, true,
             byEdges(100, 100, 300, 250));
     }
@@ -138,6 +141,18 @@ private slots:
         constexpr double kRatio = 4.0 / 3.0;
         QCOMPARE(framegeometry::resized(area, kStart, delta, kMinimum, lockRatio ? kRatio : 0.0), expected);
         QCOMPARE(framegeometry::isResize(area), area >= HitArea::TopLeft && area <= HitArea::Bottom);
+    }
+
+    void smallestLockedFrameIsNotTooLow()
+    {
+        const QRect start(100, 100, 800, 450);
+        const double ratio = 16.0 / 9.0;
+        // 150 * 16 / 9 is 266.7.
+        QCOMPARE(framegeometry::resized(HitArea::BottomRight, start, {-700, 0}, kMinimum, ratio).size(),
+                 QSize(267, 150));
+        QCOMPARE(framegeometry::resized(HitArea::TopLeft, start, {700, 0}, kMinimum, ratio),
+                 byEdges(633, 400, 900, 550));
+        QCOMPARE(framegeometry::resized(HitArea::Bottom, start, {0, -400}, kMinimum, ratio).height(), 151);
     }
 
     void draggingAtAnAspect_data()
