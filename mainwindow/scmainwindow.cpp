@@ -120,6 +120,8 @@ void SCMainWindow::makeCapture(const Durations& durations)
     m_selection = std::make_unique<CaptureSelection>(*m_ui, *m_recordingOptions, *m_settings);
     m_capture = std::make_unique<CaptureController>(*m_ui, *m_selection, *m_region, *m_screenshots, *m_obs, m_activity);
 }
+    connect(m_capture.get(), &CaptureController::sizeRefused, m_notices,
+            [this](const QString& reason) { m_notices->post({reason}); });
 
 void SCMainWindow::makeRecording(const Durations& durations)
 {

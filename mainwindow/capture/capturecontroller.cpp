@@ -22,6 +22,7 @@
 
 #include <utility>
 
+#include <algorithm>
 #include <initializer_list>
 
 namespace {
@@ -60,9 +61,16 @@ CaptureController::CaptureController(Ui::SCMainWindow& ui, CaptureSelection& sel
     , m_engine(engine)
     , m_activity(activity)
     , m_screens(*m_ui.fullScreenTile)
+    , m_sizeFields(*m_ui.widthEdit, *m_ui.heightEdit, [this] { return sizeRules(); })
 {
     m_ui.ratioBox->addItems(ratiopresets::names());
     prepareComboBox(*m_ui.ratioBox);
+    connectControls();
+    connectRegion();
+}
+
+void CaptureController::connectControls()
+{
     // Not when the program sets the box back to its first entry.
     connect(m_ui.ratioBox, &QComboBox::textActivated, this, &CaptureController::choosePreset);
     connect(m_ui.screenSwitch, &SCSwitchWidget::checkedChanged, this, &CaptureController::switchScreen);
@@ -72,7 +80,14 @@ CaptureController::CaptureController(Ui::SCMainWindow& ui, CaptureSelection& sel
     connect(m_ui.regionTile, &Tile::activated, this, &CaptureController::chooseRegion);
     connect(m_ui.windowTile, &Tile::activated, this, &CaptureController::chooseWindow);
     connect(m_ui.lockButton, &QPushButton::toggled, this, &CaptureController::onLockToggled);
+    connect(&m_sizeFields, &SizeFields::entered, this, &CaptureController::sizeRegion);
+    connect(&m_sizeFields, &SizeFields::refused, this, &CaptureController::sizeRefused);
+    connect(&m_selection, &CaptureSelection::screenSwitched, &m_sizeFields, &SizeFields::setEditable);
     connect(&m_selection, &CaptureSelection::screenSwitchedByFormat, this, &CaptureController::applyWholeScreen);
+}
+
+void CaptureController::connectRegion()
+{
     connect(&m_region, &RegionOverlays::regionSelected, this, &CaptureController::onRegionSelected);
     connect(&m_region, &RegionOverlays::selectionCancelled, &m_selection, &CaptureSelection::cancelRegion);
     connect(&m_region, &RegionOverlays::frameChanged, this, &CaptureController::onFrameChanged);
@@ -117,17 +132,6 @@ CaptureScreen CaptureController::screen() const
     return m_isRegion ? desktop().screenOf(m_area.rect()) : m_screens.screen();
 }
 
-void CaptureController::showSize(const QSize& size)
-{
-    m_ui.widthEdit->setText(QString::number(size.width()));
-    m_ui.heightEdit->setText(QString::number(size.height()));
-}
-
-bool CaptureController::showsSize() const
-{
-    return QSize(m_ui.widthEdit->text().toInt(), m_ui.heightEdit->text().toInt()) == videoSize();
-}
-
 void CaptureController::applyCaptureArea()
 {
     const CaptureScreen screen = this->screen();
@@ -135,7 +139,7 @@ void CaptureController::applyCaptureArea()
     debug("Screen geometry: x=%1, y=%2, width=%3, height=%4", {whole.x(), whole.y(), whole.width(), whole.height()});
     const QRect area = m_area.rectOn(screen);
     debug("position %1 %2 %3 %4", {area.x(), area.y(), area.x() + area.width(), area.y() + area.height()});
-    showSize(videoSize());
+    m_sizeFields.show(videoSize());
     if (m_engineRuns)
         setCaptureTarget();
 }
@@ -221,10 +225,11 @@ bool CaptureController::prepare()
     return m_targetFound || !video;
 }
 
-/// Screens may have gone or become smaller since the area was chosen, and a preset may be larger than the screen, or no
-/// whole number of logical pixels: the fields do not show the size of the video then.
+/// Screens may have gone or become smaller since the area was chosen, and a preset may be no whole number of logical
+/// pixels: the fields do not show the size of the video then.
 void CaptureController::settleArea()
 {
+    m_sizeFields.restore();
     m_screenshots.cancel();
     m_screenshots.cancelSelections();
     if (!recordsRegion() || m_area.isUnset())
@@ -236,7 +241,7 @@ void CaptureController::settleArea()
     } else if (visible != m_area.rect()) {
         frameVisiblePart(m_area.rect());
         applyCaptureArea();
-    } else if (!showsSize()) {
+    } else if (!m_sizeFields.shows(videoSize())) {
         applyCaptureArea();
     }
 }
@@ -327,13 +332,64 @@ void CaptureController::choosePreset(const QString& name)
         showFrame();
         return;
     }
-    const QRect framed = m_region.moveFrame(ratiopresets::areaOn(primaryScreen(), *size, m_region.borderWidth()));
-    // A preset larger than the screen encloses a part of the next one, for which nobody has asked.
-    storeVisiblePart(framed & primaryScreen().geometry);
+    framePreset(*size);
+    takeRatio(*size);
+}
+
+void CaptureController::framePreset(const QSize& size)
+{
+    const CaptureScreen screen = primaryScreen();
+    const QSize video = regionsize::fitted(size, screen, videoSteps());
+    const bool fits = video == size;
+    const QRect framed = moveFrame(
+        fits ? ratiopresets::areaOn(screen, size, m_region.borderWidth())
+             : regionsize::around(screen.geometry, regionsize::logical(video, screen, videoSteps()), screen.geometry));
+    storeVisiblePart(framed & screen.geometry);
     frameGrownArea(framed);
     m_region.raiseFrame();
     // The preset's own numbers, from which the stored area may differ by a rounding.
-    showSize(*size);
+    m_sizeFields.show(fits ? size : videoSize());
+}
+
+/// About the middle of what is captured, kept on its screen.
+void CaptureController::sizeRegion(const QSize& typed)
+{
+    m_screenshots.cancelSelections();
+    const CaptureScreen screen = screenWithPixels();
+    const regionsize::Limits limits = limitsOn(screen);
+    const QSize size = regionsize::logical(regionsize::nearest(typed, limits), screen, limits.steps);
+    const QRect sized = regionsize::around(area(), size, screen.geometry);
+    m_selection.choose(CaptureMode::Region);
+    frameVisiblePart(sized);
+    m_region.showFrame();
+    applyCaptureArea();
+    if (!isRatioLocked())
+        m_ui.ratioBox->setCurrentIndex(0);
+}
+
+SizeFields::Rules CaptureController::sizeRules()
+{
+    const regionsize::Limits limits = limitsOn(screenWithPixels());
+    return {limits.smallest, limits.largest, isRatioLocked() ? m_ratio : 0.0};
+}
+
+regionsize::Limits CaptureController::limitsOn(const CaptureScreen& screen)
+{
+    const QSize smallest = m_region.smallestArea();
+    return {{toPhysicalPx(smallest.width(), screen.devicePixelRatio),
+             toPhysicalPx(smallest.height(), screen.devicePixelRatio)},
+            screen.pixels.isEmpty() ? screen.physicalSize() : screen.pixels,
+            videoSteps()};
+}
+
+bool CaptureController::isRatioLocked() const
+{
+    return m_ui.lockButton->isChecked();
+}
+
+void CaptureController::takeRatio(const QSize& video)
+{
+    m_ratio = static_cast<double>(video.width()) / std::max(video.height(), 1);
 }
 
 void CaptureController::switchScreen(bool on)
@@ -351,7 +407,29 @@ void CaptureController::onRegionSelected(const QRect& area)
     frameVisiblePart(area);
     m_region.raiseFrame();
     applyCaptureArea();
+    takeRatio(videoSize());
     m_ui.ratioBox->setCurrentIndex(0);
+}
+
+QRect CaptureController::moveFrame(const QRect& area)
+{
+    m_framed = m_region.moveFrame(area);
+    return m_framed;
+}
+
+/// Gives a frame that was resized the locked ratio: the frame's own rounding, its border and the steps of the video's
+/// size have changed it.
+QRect CaptureController::keptAtRatio(const QRect& framed)
+{
+    if (!isRatioLocked() || framed.size() == m_framed.size())
+        return framed;
+    const CaptureScreen screen = desktop().around(framed);
+    regionsize::Limits limits = limitsOn(screen);
+    limits.largest = regionsize::room(screen);
+    const QSize resized(toPhysicalPx(framed.width(), screen.devicePixelRatio),
+                        toPhysicalPx(framed.height(), screen.devicePixelRatio));
+    const QSize size = regionsize::logical(regionsize::atRatio(resized, m_ratio, limits), screen, limits.steps);
+    return moveFrame(regionsize::around(regionsize::atSettledEdges(m_framed, framed, size), size, screen.geometry));
 }
 
 /// Moves the frame around what can be recorded of the area, and stores that. A frame that grows to its smallest size is
@@ -359,9 +437,9 @@ void CaptureController::onRegionSelected(const QRect& area)
 void CaptureController::frameVisiblePart(const QRect& area)
 {
     const QRect visible = desktop().visiblePart(area);
-    QRect framed = m_region.moveFrame(visible);
+    QRect framed = moveFrame(visible);
     if (framed.size() != visible.size())
-        framed = m_region.moveFrame(keptOnScreen(framed));
+        framed = moveFrame(keptOnScreen(framed));
     storeVisiblePart(framed);
     frameGrownArea(framed);
 }
@@ -386,17 +464,18 @@ bool CaptureController::storeVisiblePart(const QRect& framed)
 void CaptureController::frameGrownArea(const QRect& framed)
 {
     if (!framed.contains(m_area.rect()))
-        m_region.moveFrame(framed | m_area.rect());
+        moveFrame(framed | m_area.rect());
 }
 
 void CaptureController::storeRegion(const QRect& framed, bool isMoving)
 {
+    m_framed = framed;
     const bool isStored = storeVisiblePart(framed);
     if (isMoving)
         return;
     if (!isStored) {
         // Released where it cannot be recorded.
-        const QRect kept = m_region.moveFrame(keptOnScreen(framed));
+        const QRect kept = moveFrame(keptOnScreen(framed));
         storeVisiblePart(kept);
         frameGrownArea(kept);
     } else if (desktop().isCutAt(framed)) {
@@ -411,12 +490,13 @@ void CaptureController::onFrameChanged(bool isMoving, const QPoint& firstPixel, 
     debug("Window coords: (%1,%2) (%3,%4)", {firstPixel.x(), firstPixel.y(), lastPixel.x(), lastPixel.y()});
     const QRect framed(firstPixel, lastPixel);
     if (m_activity.isIdle()) {
-        storeRegion(framed, isMoving);
+        storeRegion(isMoving ? framed : keptAtRatio(framed), isMoving);
     } else if (framed.size() != m_area.rect().size() && !isMoving) {
         // The size of the video is settled: the frame goes back to it.
-        m_region.moveFrame(m_area.rect());
+        moveFrame(m_area.rect());
         m_framedRatio = m_preparedRatio;
     } else {
+        m_framed = framed;
         m_area.moveTo(framed.topLeft());
         keepVideoSize(framed);
         emit areaMoved();
@@ -468,4 +548,5 @@ void CaptureController::onLockToggled(bool locked)
     m_ui.lockButton->setIcon(locked ? icons::named(QStringLiteral("lock"), icons::Tone::Light)
                                     : icons::named(QStringLiteral("unlock")));
     m_region.setLockRatio(locked);
+    takeRatio(ratiopresets::physicalSize(m_ui.ratioBox->currentText()).value_or(videoSize()));
 }

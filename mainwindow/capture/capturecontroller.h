@@ -2,7 +2,9 @@
 #pragma once
 
 #include "mainwindow/capture/capturearea.h"
+#include "mainwindow/capture/regionsize.h"
 #include "mainwindow/capture/screenchoice.h"
+#include "mainwindow/capture/sizefields.h"
 
 #include <QObject>
 
@@ -17,8 +19,8 @@ namespace Ui {
 class SCMainWindow;
 }
 
-/// Turns tiles, ratio presets and the region's frame into the capture area, and the area into size, target and crop of
-/// the engine. Logical pixels of the desktop. User-interface thread.
+/// Turns tiles, ratio presets, typed sizes and the region's frame into the capture area, and the area into size, target
+/// and crop of the engine. Logical pixels of the desktop. User-interface thread.
 class CaptureController : public QObject
 {
     Q_OBJECT
@@ -57,13 +59,24 @@ signals:
     /// Emitted before the entry of the ratio box is applied.
     void presetChosen();
 
+    /// A typed size. @param reason translated
+    void sizeRefused(const QString& reason);
+
     /// Emitted during a countdown or recording, which goes on to its end.
     void frameClosed();
 
 private:
+    void connectControls();
+    void connectRegion();
     void chooseRegion();
     void chooseWindow();
     void choosePreset(const QString& name);
+    void framePreset(const QSize& size);
+    void sizeRegion(const QSize& typed);
+    SizeFields::Rules sizeRules();
+    regionsize::Limits limitsOn(const CaptureScreen& screen);
+    bool isRatioLocked() const;
+    void takeRatio(const QSize& video);
     void switchScreen(bool on);
     void applyCaptureArea();
     bool resetRecordingArea();
@@ -75,8 +88,6 @@ private:
     bool followsScreen() const;
     /// Than the one that is captured whole.
     bool hasOtherScreen() const;
-    bool showsSize() const;
-    void showSize(const QSize& size);
     QString target() const;
     CaptureScreen screenWithPixels() const;
     QSize videoSteps() const;
@@ -92,6 +103,8 @@ private:
     /// Of what is inside the frame, as far as it can be recorded; false where that is too little.
     bool storeVisiblePart(const QRect& framed);
     void frameGrownArea(const QRect& framed);
+    QRect moveFrame(const QRect& area);
+    QRect keptAtRatio(const QRect& framed);
     void storeRegion(const QRect& framed, bool isMoving);
     void onRegionSelected(const QRect& area);
     void onFrameChanged(bool isMoving, const QPoint& firstPixel, const QPoint& lastPixel);
@@ -105,7 +118,12 @@ private:
     ObsWrapper& m_engine;
     const Activity& m_activity;
     ScreenChoice m_screens;
+    SizeFields m_sizeFields;
     CaptureArea m_area;
+    /// What is inside the frame, as it was moved or reported last.
+    QRect m_framed;
+    /// Of the video while the ratio is locked, width by height.
+    double m_ratio = 1.0;
     /// Of the recording that was prepared, in physical pixels; empty without one.
     QSize m_preparedSize;
     /// Of the screen on which the area has that size.

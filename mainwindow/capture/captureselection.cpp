@@ -24,6 +24,7 @@ void CaptureSelection::restore()
     if (!m_isScreenOn && recordsVideo())
         m_output.showFormat(static_cast<int>(RecordingFormat::Mp3));
     showMode();
+    emit screenSwitched(m_isScreenOn);
 }
 
 bool CaptureSelection::recordsVideo() const
@@ -92,6 +93,7 @@ void CaptureSelection::setScreenOn(bool on)
         m_ui.screenSwitch->setChecked(on);
     }
     m_settings.setValue(settingskeys::kScreenSwitch, on);
+    emit screenSwitched(on);
 }
 
 void CaptureSelection::setMode(CaptureMode mode)

@@ -49,6 +49,9 @@ public:
     void cancelRegion();
 
 signals:
+    /// By whatever, perhaps to what it was.
+    void screenSwitched(bool on);
+
     /// A format with video has switched the screen on, in full screen.
     void screenSwitchedByFormat();
 

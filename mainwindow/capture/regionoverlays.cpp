@@ -102,6 +102,12 @@ int RegionOverlays::borderWidth()
     return drawWindow().borderWidth();
 }
 
+QSize RegionOverlays::smallestArea()
+{
+    const int border = borderWidth();
+    return drawWindow().minimumSize() - QSize(2 * border, 2 * border);
+}
+
 void RegionOverlays::showFrame()
 {
     drawWindow().show();

@@ -33,6 +33,9 @@ public:
 
     int borderWidth();
 
+    /// What the frame is around at its smallest.
+    QSize smallestArea();
+
     void showFrame();
     void hideFrame();
     bool isFrameShown() const;

@@ -280,15 +280,16 @@ private slots:
             QTRY_VERIFY2(m_window->findChild<QWidget*>(QLatin1String(name))->isEnabled(), name);
     }
 
-    void presetLargerThanTheScreenRecordsWhatTheScreenHasOfIt()
+    void presetLargerThanTheScreenShowsTheSizeThatIsRecorded()
     {
         m_window->initializeCapture();
         auto* const box = m_window->findChild<QComboBox*>(QStringLiteral("ratioBox"));
         box->setCurrentText(QStringLiteral("9:16"));
         emit box->textActivated(QStringLiteral("9:16"));
-        QCOMPARE(field("heightEdit"), QStringLiteral("1080"));
+        QCOMPARE(field("widthEdit"), QStringLiteral("404"));
+        QCOMPARE(field("heightEdit"), QStringLiteral("718"));
         startRecording();
-        QCOMPARE(field("heightEdit"), QStringLiteral("720"));
+        QCOMPARE(field("heightEdit"), QStringLiteral("718"));
         obs_video_info video{};
         QVERIFY(obs_get_video_info(&video));
         QCOMPARE(QSize(int(video.base_width), int(video.base_height)),

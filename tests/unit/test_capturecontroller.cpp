@@ -136,28 +136,132 @@ private slots:
         QVERIFY(!shownWindow<DrawWindow>()->lockRatio());
     }
 
-    void presetShowsItsFrameInTheMiddleOfTheScreen_data()
+    void presetLargerThanTheScreenHasItsRatioOnTheScreen_data()
     {
         QTest::addColumn<QSize>("size");
-        QTest::newRow("16:9") << QSize(1920, 1080);
-        QTest::newRow("9:16") << QSize(608, 1080);
-        QTest::newRow("4:3") << QSize(1440, 1080);
-        QTest::newRow("1:1") << QSize(1080, 1080);
+        // Of 800x800. A part of the screen begins in its second column.
+        QTest::newRow("16:9") << QSize(799, 449);
+        QTest::newRow("9:16") << QSize(450, 799);
+        QTest::newRow("4:3") << QSize(799, 599);
+        QTest::newRow("1:1") << QSize(800, 800);
     }
 
-    void presetShowsItsFrameInTheMiddleOfTheScreen()
+    void presetLargerThanTheScreenHasItsRatioOnTheScreen()
     {
         QFETCH(const QSize, size);
         const CaptureForm window;
-        choosePreset(window, QTest::currentDataTag());
-        QCOMPARE(field(window, "widthEdit"), QString::number(size.width()));
-        QCOMPARE(field(window, "heightEdit"), QString::number(size.height()));
-        const QRect frame = shownWindow<DrawWindow>()->geometry();
-        QCOMPARE(frame.size(), size + QSize(8, 8));
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        QCOMPARE(frame.topLeft(), QPoint((screen.width() - frame.width()) / 2 + screen.x(),
-                                         (screen.height() - frame.height()) / 2 + screen.y()));
+        QCOMPARE(screen, QRect(0, 0, 800, 800));
+        choosePreset(window, QTest::currentDataTag());
+        QCOMPARE(fields(window), text(size));
+        const QRect framed = inside(*shownWindow<DrawWindow>());
+        QCOMPARE(framed.size(), size);
+        QVERIFY(screen.contains(framed));
+        QVERIFY((framed.center() - screen.center()).manhattanLength() <= 2);
         QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+    }
+
+    void lockedRatioIsKeptWhateverTheFrameWasResizedTo_data()
+    {
+        QTest::addColumn<QRect>("resized");
+        QTest::addColumn<QRect>("kept");
+        QTest::newRow("wider") << QRect(100, 80, 401, 180) << QRect(100, 80, 401, 226);
+        QTest::newRow("from the left") << QRect(20, 80, 400, 180) << QRect(20, 80, 400, 225);
+        QTest::newRow("beyond the screen") << QRect(100, 80, 800, 450) << QRect(1, 80, 799, 449);
+        // 142 * 16 / 9 is 252.4.
+        QTest::newRow("smallest") << QRect(100, 80, 192, 142) << QRect(100, 80, 252, 142);
+    }
+
+    void lockedRatioIsKeptWhateverTheFrameWasResizedTo()
+    {
+        QFETCH(const QRect, resized);
+        QFETCH(const QRect, kept);
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 259});
+        child<QPushButton>(window, "lockButton")->click();
+        resizeFrame(resized);
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), kept);
+        QCOMPARE(fields(window), text(kept.size()));
+    }
+
+    void unlockedFrameHasTheSizeThatItWasGiven()
+    {
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 259});
+        resizeFrame({100, 80, 401, 180});
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(100, 80, 401, 180));
+    }
+
+    void lockedRatioSurvivesAnyNumberOfChanges()
+    {
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 259});
+        child<QPushButton>(window, "lockButton")->click();
+        for (int width = 200; width < 650; width += 13) {
+            const QRect framed = inside(*shownWindow<DrawWindow>());
+            resizeFrame({framed.topLeft(), QSize(width, framed.height())});
+        }
+        QCOMPARE(inside(*shownWindow<DrawWindow>()).size(), QSize(642, 361));
+    }
+
+    void typedSizeIsTheRegionsAboutItsMiddle()
+    {
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 319});
+        enter(window, "widthEdit", "400");
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(60, 80, 400, 240));
+        QCOMPARE(fields(window), QStringLiteral("400x240"));
+        enter(window, "heightEdit", "200");
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(60, 100, 400, 200));
+        QCOMPARE(fields(window), QStringLiteral("400x200"));
+    }
+
+    void typedSizeIsKeptOnTheScreen()
+    {
+        const CaptureForm window;
+        dragRegion(window, {500, 500}, {799, 799});
+        enter(window, "widthEdit", "600");
+        QCOMPARE(inside(*shownWindow<DrawWindow>()), QRect(200, 500, 600, 300));
+    }
+
+    void typedSizeOfTheWholeScreenMakesARegionInItsMiddle()
+    {
+        const CaptureForm window;
+        choosePreset(window, "4:3");
+        QTest::mouseClick(child<Tile>(window, "fullScreenTile"), Qt::LeftButton);
+        enter(window, "heightEdit", "600");
+        QCOMPARE(fields(window), QStringLiteral("799x600"));
+        QCOMPARE(selectedTiles(window), QStringList{"regionTile"});
+        enter(window, "widthEdit", "300");
+        QCOMPARE(inside(*shownWindow<DrawWindow>()).size(), QSize(300, 600));
+    }
+
+    void typedSizeIsNoPresetUnlessTheRatioIsLocked()
+    {
+        const CaptureForm window;
+        const auto* const box = child<QComboBox>(window, "ratioBox");
+        choosePreset(window, "4:3");
+        child<QPushButton>(window, "lockButton")->click();
+        enter(window, "widthEdit", "400");
+        QCOMPARE(fields(window), QStringLiteral("400x300"));
+        QCOMPARE(box->currentText(), QStringLiteral("4:3"));
+        child<QPushButton>(window, "lockButton")->click();
+        enter(window, "widthEdit", "500");
+        QCOMPARE(fields(window), QStringLiteral("500x300"));
+        QCOMPARE(box->currentIndex(), 0);
+    }
+
+    void sizeCanBeTypedWhileTheScreenIsSwitchedOn()
+    {
+        const CaptureForm window;
+        auto* const control = child<SCSwitchWidget>(window, "screenSwitch");
+        control->setChecked(true);
+        QVERIFY(!child<QLineEdit>(window, "widthEdit")->isReadOnly());
+        control->setChecked(false);
+        QVERIFY(child<QLineEdit>(window, "widthEdit")->isReadOnly());
+        QVERIFY(child<QLineEdit>(window, "heightEdit")->isReadOnly());
+        control->setChecked(true);
+        QVERIFY(!child<QLineEdit>(window, "heightEdit")->isReadOnly());
     }
 
     void firstEntryOfTheRatioBoxSelectsTheRegionTileAndRunsNoPreset()
@@ -388,10 +492,24 @@ private:
         return field(window, "widthEdit") + u'x' + field(window, "heightEdit");
     }
 
-    static QString screenSize()
+    static QString text(const QSize& size) { return QStringLiteral("%1x%2").arg(size.width()).arg(size.height()); }
+
+    static QString screenSize() { return text(QGuiApplication::primaryScreen()->size()); }
+
+    static void enter(const CaptureForm& window, const char* name, const char* number)
     {
-        const QSize size = QGuiApplication::primaryScreen()->size();
-        return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
+        auto* const edit = child<QLineEdit>(window, name);
+        edit->selectAll();
+        QTest::keyClicks(edit, QLatin1String(number));
+        QTest::keyClick(edit, Qt::Key_Return);
+    }
+
+    /// As a drag of its border does.
+    static void resizeFrame(const QRect& area)
+    {
+        auto* const frame = shownWindow<DrawWindow>();
+        frame->setGeometry(area.adjusted(-4, -4, 4, 4));
+        emit frame->windowGeometryChanged(false, area.topLeft(), area.bottomRight());
     }
 
     /// What is inside the frame's border.

@@ -76,6 +76,18 @@ private slots:
         }
     }
 
+    void sizeThatCannotBeIsReported()
+    {
+        SCMainWindow window;
+        window.show();
+        auto* const width = child<QLineEdit>(window, "widthEdit");
+        QTest::keyClicks(width, QStringLiteral("wide"));
+        QTest::keyClick(width, Qt::Key_Return);
+        const auto* const notice = child<QLabel>(window, "noticeText");
+        QVERIFY(notice->isVisible());
+        QCOMPARE(notice->text(), QStringLiteral("The width has to be a whole number from 192 to 800."));
+    }
+
     void chosenFormatIsStored()
     {
         SCMainWindow window;
