@@ -20,6 +20,7 @@
 #include "mainwindow/screenshotsession.h"
 #include "mainwindow/sourceswitches.h"
 #include "mainwindow/webcamswitch.h"
+#include "mainwindow/windowfit.h"
 #include "overlays/qtcamerasystem.h"
 #include "platform/windowing/frameless_window.h"
 #include "platform/windowing/window_hold.h"
@@ -119,9 +120,9 @@ void SCMainWindow::makeCapture(const Durations& durations)
     m_screenshots = new ScreenshotSession(this, *m_region, m_activity, durations.windowGoneMs);
     m_selection = std::make_unique<CaptureSelection>(*m_ui, *m_recordingOptions, *m_settings);
     m_capture = std::make_unique<CaptureController>(*m_ui, *m_selection, *m_region, *m_screenshots, *m_obs, m_activity);
-}
     connect(m_capture.get(), &CaptureController::sizeRefused, m_notices,
             [this](const QString& reason) { m_notices->post({reason}); });
+}
 
 void SCMainWindow::makeRecording(const Durations& durations)
 {
@@ -154,6 +155,7 @@ void SCMainWindow::makePages()
     m_filePage->follow(*m_view);
     connect(&m_view->session(), &RecordingSession::fileProduced, this, &SCMainWindow::fileProduced);
     connect(this, &SCMainWindow::fileProduced, m_filePage, &FilePage::addFile);
+    new WindowFit({*this, *m_ui->titleBar, *m_ui->sideBar, *m_ui->pages, *m_ui->recordingScroll});
 
     auto* const tabs = new QButtonGroup(this);
     tabs->addButton(m_ui->recordingTab, m_ui->pages->indexOf(m_ui->recordingPage));

@@ -72,6 +72,12 @@ QList<const QWidget*> shownPartsOf(const QWidget& window)
     return parts;
 }
 
+/// What a scroll area shows a part of.
+bool isScrolled(const QWidget& widget)
+{
+    return qobject_cast<const QAbstractScrollArea*>(widget.parentWidget()->parentWidget()) != nullptr;
+}
+
 QSize sizeOf(const QString& text, const QWidget& widget)
 {
     return widget.fontMetrics().size(Qt::TextShowMnemonic, text);
@@ -132,7 +138,7 @@ private:
 
     void lookAtGeometry(const QWidget& part)
     {
-        if (!part.parentWidget()->rect().contains(part.geometry()))
+        if (!isScrolled(part) && !part.parentWidget()->rect().contains(part.geometry()))
             add(part, QStringLiteral("reaches beyond ") + nameOf(*part.parentWidget()));
     }
 
@@ -178,6 +184,9 @@ private:
 
     void lookAtButton(const QPushButton& button)
     {
+        // Its text is a tool tip.
+        if (button.property("folded").toBool())
+            return;
         QStyleOptionButton option;
         option.initFrom(&button);
         option.text = button.text();
