@@ -13,7 +13,9 @@
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 
+#include <algorithm>
 #include <array>
 
 namespace tour {
@@ -21,6 +23,13 @@ namespace tour {
 namespace {
 
 constexpr QPoint kPosition(60, 50);
+
+/// On a screen without that much room, as near to it as the window is whole.
+void place(QWidget& window)
+{
+    const QSize spare = (window.screen()->size() - window.size()).expandedTo({0, 0});
+    window.move(std::min(kPosition.x(), spare.width()), std::min(kPosition.y(), spare.height()));
+}
 
 void showLevels(VolumeControl& meter, float levelDb)
 {
@@ -87,7 +96,7 @@ void mainWindow(const Look& look)
     // Nothing is to look as if the pointer were over it.
     QCursor::setPos(0, 0);
     SCMainWindow window;
-    window.move(kPosition);
+    place(window);
     window.show();
     waitFor(window);
     for (const char* name : {"screenSwitch", "speakerSwitch"})
@@ -117,7 +126,7 @@ void files(const Look& look)
     ProducedFiles produced;
     fillLibrary(produced);
     SCMainWindow window;
-    window.move(kPosition);
+    place(window);
     window.show();
     child<QPushButton>(window, "filesTab").click();
     waitFor(window);
