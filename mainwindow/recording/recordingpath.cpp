@@ -69,6 +69,14 @@ QString shortened(QString name)
     return name;
 }
 
+/// Cleaned as far as the end of a name goes, so that "demo.mp4." counts as well.
+QString nameWithoutExtension(const QString& typedName, const QString& extension)
+{
+    const QString name = withoutBlanksAndFinalDots(withoutForbiddenCharacters(typedName));
+    const QString ending = QLatin1Char('.') + extension;
+    return name.endsWith(ending, Qt::CaseInsensitive) ? name.chopped(ending.size()) : name;
+}
+
 bool isTaken(const QString& path)
 {
     // A link that leads nowhere would still be written through.
@@ -103,7 +111,7 @@ RecordingPath::RecordingPath(const QString& folder, const QString& typedName, Re
                              const QDateTime& now)
     : m_extension(recordingFileExtension(format))
 {
-    const QString typed = cleanedRecordingName(typedName);
+    const QString typed = cleanedRecordingName(nameWithoutExtension(typedName, m_extension));
     const QString name = typed.isEmpty() ? defaultRecordingName(now) : typed;
     m_withoutExtension = firstFreePath(folder + QLatin1Char('/') + name, m_extension);
 }

@@ -12,7 +12,7 @@ class QDateTime;
 class RecordingPath
 {
 public:
-    /// @param typedName if empty, the name is made from now (local time)
+    /// @param typedName with or without the extension; if empty, the name is made from now (local time)
     RecordingPath(const QString& folder, const QString& typedName, RecordingFormat format, const QDateTime& now);
 
     QString withoutExtension() const { return m_withoutExtension; }

@@ -46,6 +46,41 @@ private slots:
         QCOMPARE(path.full(), QStringLiteral("/videos/demo.aac"));
     }
 
+    void nameThatEndsInTheExtensionDoesNotGetItTwice_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("file");
+        const auto row = [](const char* what, const QString& typed, const QString& file) {
+            QTest::newRow(what) << typed << file;
+        };
+        row("the format's", "demo.mp4", "demo.mp4");
+        row("in capitals", "demo.MP4", "demo.mp4");
+        row("blanks around", " demo.mp4 ", "demo.mp4");
+        row("blank before", "demo .mp4", "demo.mp4");
+        row("dot after", "demo.mp4.", "demo.mp4");
+        row("twice, as typed", "demo.mp4.mp4", "demo.mp4.mp4");
+        row("another format's", "demo.gif", "demo.gif.mp4");
+        row("without a dot", "mp4", "mp4.mp4");
+        row("nothing else", ".mp4", "Recording_2024_05_01_13-07-09.mp4");
+        row("device", "CON.mp4", "Recording_2024_05_01_13-07-09.mp4");
+    }
+
+    void nameThatEndsInTheExtensionDoesNotGetItTwice()
+    {
+        QFETCH(const QString, typed);
+        QFETCH(const QString, file);
+        const RecordingPath path(QStringLiteral("/videos"), typed, RecordingFormat::Mp4, kFirstOfMay);
+        QCOMPARE(path.full(), QLatin1String("/videos/") + file);
+    }
+
+    void nameThatEndsInTheExtensionIsNumberedWhenItIsTaken()
+    {
+        const QTemporaryDir folder;
+        touch(folder.filePath(QStringLiteral("demo.flac")));
+        const RecordingPath path(folder.path(), QStringLiteral("demo.flac"), RecordingFormat::Flac, kFirstOfMay);
+        QCOMPARE(path.full(), folder.filePath(QStringLiteral("demo (2).flac")));
+    }
+
     void nameLosesWhatAFileNameCannotHold_data()
     {
         QTest::addColumn<QString>("typed");
