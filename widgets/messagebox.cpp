@@ -79,6 +79,15 @@ Answer showQuestion(const Question& question)
     return {box.clickedButton() == yes, check->isChecked()};
 }
 
+void addActions(QMessageBox& box, const QList<Action>& actions)
+{
+    for (const Action& action : actions)
+        QObject::connect(box.addButton(action.text, QMessageBox::ActionRole), &QPushButton::clicked, &box, action.run);
+    box.setDefaultButton(QMessageBox::Ok);
+    // Which one it is does not go without saying where there are others.
+    box.setEscapeButton(QMessageBox::Ok);
+}
+
 /// Closes a box, whose child it is, when its window is minimised or hidden.
 class BoxOfWindow : public QObject
 {
@@ -111,16 +120,17 @@ void showOrRecord(const Call& call)
 
 } // namespace
 
-void informBeside(QWidget& window, const QString& title, const QString& text)
+void informBeside(QWidget& window, const QString& title, const QString& text, const QList<Action>& actions)
 {
     if (s_recorder != nullptr) {
-        s_recorder->note({Kind::Information, &window, title, text});
+        s_recorder->note({Kind::Information, &window, title, text, actions});
         return;
     }
     // A window that a dialog blocks has its boxes blocked as well.
     QWidget* const modal = QApplication::activeModalWidget();
     QWidget& owner = modal != nullptr ? *modal : window;
     auto* const box = new QMessageBox(Kind::Information, title, text, QMessageBox::Ok, &owner);
+    addActions(*box, actions);
     prepare(*box);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setModal(false);

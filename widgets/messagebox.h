@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QList>
 #include <QMessageBox>
 #include <QPointer>
 #include <QString>
 
+#include <functional>
 #include <vector>
 
 /// Modal boxes; parent may be null, texts are translated. What shownName() replaces is shown so. User-interface thread.
@@ -16,9 +18,16 @@ void information(QWidget* parent, const QString& title, const QString& text);
 void warning(QWidget* parent, const QString& title, const QString& text);
 void critical(QWidget* parent, const QString& title, const QString& text);
 
+/// A button of a box, which closes it.
+struct Action
+{
+    QString text;
+    std::function<void()> run;
+};
+
 /// Returns at once and blocks nothing. Over the dialog that blocks the window, if there is one. Goes when it is closed,
 /// or the window that it is over is minimised, hidden or destroyed.
-void informBeside(QWidget& window, const QString& title, const QString& text);
+void informBeside(QWidget& window, const QString& title, const QString& text, const QList<Action>& actions = {});
 
 struct Question
 {
@@ -46,6 +55,7 @@ struct Call
     QPointer<QWidget> parent;
     QString title;
     QString text;
+    QList<Action> actions = {};
 };
 
 /// Records boxes instead of showing them. For tests; nested ones are destroyed in reverse order.

@@ -165,6 +165,32 @@ private slots:
         QVERIFY(window.isVisible());
     }
 
+    void boxBesideItsWindowOffersActions()
+    {
+        QWidget window;
+        window.show();
+        QStringList run;
+        const QList<messagebox::Action> actions{{QStringLiteral("Open"), [&run] { run.append("open"); }},
+                                                {QStringLiteral("Show"), [&run] { run.append("show"); }}};
+        for (const QString& text : {QStringLiteral("Open"), QStringLiteral("Show"), QStringLiteral("OK")}) {
+            messagebox::informBeside(window, QStringLiteral("Saved"), QStringLiteral("text"), actions);
+            const QPointer<QMessageBox> box = window.findChild<QMessageBox*>();
+            QCOMPARE(box->buttons().size(), 3);
+            QCOMPARE(box->defaultButton(), box->button(QMessageBox::Ok));
+            const QList<QAbstractButton*> buttons = box->buttons();
+            for (QAbstractButton* const button : buttons)
+                if (button->text() == text)
+                    button->click();
+            QTRY_VERIFY(box.isNull());
+        }
+        QCOMPARE(run, QStringList({"open", "show"}));
+        messagebox::informBeside(window, QStringLiteral("Saved"), QStringLiteral("text"), actions);
+        const QPointer<QMessageBox> box = window.findChild<QMessageBox*>();
+        QTest::keyClick(box.data(), Qt::Key_Escape);
+        QTRY_VERIFY(box.isNull());
+        QCOMPARE(run.size(), 2);
+    }
+
     void boxBesideItsWindowGoesWithIt_data()
     {
         QTest::addColumn<bool>("isMinimised");
