@@ -5,6 +5,7 @@
 #include "screenshot/scscreenshot.h"
 #include "widgets/stylesheet.h"
 
+#include <QClipboard>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -194,6 +195,7 @@ void SCScreenshotWindow::saveScreenshot()
     const QPixmap image = grab();
     const bool isSaved = !image.isNull() && m_screenshot.saveScreenshot(image, QString());
     if (isSaved) {
+        QGuiApplication::clipboard()->setPixmap(image);
         hide();
         emit screenshotSaved(m_screenshot.lastSavedPath());
     }

@@ -33,8 +33,8 @@ public slots:
     /// Also activates the frame.
     void show();
 
-    /// Grabs and saves what is under the frame, with the strokes, and hides it on success. Processes events other than
-    /// the user's; a frame that they hide takes no screenshot.
+    /// Grabs and saves what is under the frame, with the strokes. On success copies it to the clipboard and hides the
+    /// frame. Processes events other than the user's; a frame that they hide takes no screenshot.
     void saveScreenshot();
 
     void cancelScreenshot();

@@ -8,6 +8,7 @@
 #include "tests/support/windowtest.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDialog>
 #include <QDir>
 #include <QPainter>
@@ -402,6 +403,21 @@ private slots:
         QVERIFY(!m_window->isCapturing());
         m_window->show();
         QCOMPARE(imageOf(*m_window).pixelColor(200, 0), kBlue);
+    }
+
+    void savedImageIsOnTheClipboardAsWell()
+    {
+        QClipboard* const clipboard = QGuiApplication::clipboard();
+        clipboard->setText(QStringLiteral("before"));
+        m_window->show();
+        m_grabbed = QPixmap();
+        click("saveButton");
+        QCOMPARE(clipboard->text(), QStringLiteral("before"));
+        m_grabbed = QPixmap(40, 30);
+        m_grabbed.fill(Qt::green);
+        click("saveButton");
+        QCOMPARE(clipboard->image().size(), QSize(40, 30));
+        QCOMPARE(clipboard->image().pixelColor(20, 15), QColor(Qt::green));
     }
 
     void nothingOfTheFrameIsThereWhenTheScreenIsGrabbed()
