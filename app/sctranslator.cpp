@@ -3,7 +3,21 @@
 
 #include <QDebug>
 #include <QFile>
+#include <QLocale>
 #include <QSettings>
+
+namespace {
+
+QLocale localeOf(const QString& code)
+{
+    // The file of French has the code of Occitan.
+    const QLocale locale(code == QLatin1String("oc_FR") ? QStringLiteral("fr_FR") : code);
+    const QLocale system = QLocale::system();
+    const bool isSystems = system.language() == locale.language() && system.script() == locale.script();
+    return isSystems ? system : locale;
+}
+
+} // namespace
 
 SCTranslator::SCTranslator(QObject* parent) : QTranslator(parent) {}
 
@@ -28,6 +42,7 @@ bool SCTranslator::loadLanguage(const QString& code)
     m_translations.clear();
     for (const QString& key : keys)
         m_translations.insert(key, reader.value(key).toString());
+    QLocale::setDefault(localeOf(code));
     return true;
 }
 

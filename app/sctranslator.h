@@ -18,7 +18,8 @@ class SCTranslator : public QTranslator
 public:
     explicit SCTranslator(QObject* parent = nullptr);
 
-    /// Of a language code such as "en_US".
+    /// Of a language code such as "en_US". Numbers and dates that are shown follow (QLocale()): as the user's system
+    /// has them where it speaks that language.
     /// @return false, and nothing changed, without a readable file
     bool loadLanguage(const QString& code);
 

@@ -6,6 +6,7 @@
 #include "tests/support/translationfile.h"
 
 #include <QCoreApplication>
+#include <QLocale>
 #include <QTest>
 
 namespace {
@@ -76,6 +77,32 @@ private slots:
         QVERIFY(entries.size() > 50);
         for (const auto& [key, value] : entries)
             QCOMPARE(translated(translator, key), value);
+    }
+
+    void numbersAndDatesFollowTheLanguage_data()
+    {
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<QLocale>("expected");
+        QTest::newRow("German") << "de_DE" << QLocale(QLocale::German, QLocale::Germany);
+        QTest::newRow("French") << "oc_FR" << QLocale(QLocale::French, QLocale::France);
+        QTest::newRow("simplified Chinese") << "zh_CN" << QLocale(QLocale::Chinese, QLocale::China);
+        QTest::newRow("traditional Chinese") << "zh_TW" << QLocale(QLocale::Chinese, QLocale::Taiwan);
+    }
+
+    void numbersAndDatesFollowTheLanguage()
+    {
+        QFETCH(const QString, code);
+        QFETCH(const QLocale, expected);
+        const QLocale before;
+        SCTranslator translator;
+        QVERIFY(translator.loadLanguage(code));
+        const QLocale shown;
+        QVERIFY(!translator.loadLanguage(QStringLiteral("xx_XX")));
+        QCOMPARE(QLocale(), shown);
+        QLocale::setDefault(before);
+        QCOMPARE(shown.language(), expected.language());
+        QCOMPARE(shown.script(), expected.script());
+        QCOMPARE(shown.decimalPoint(), expected.decimalPoint());
     }
 
     void germanTextIsFoundInAnyContext()
