@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/fileitemdelegate.h"
 
+#include "files/filerow.h"
 #include "widgets/icons.h"
 #include "widgets/shownname.h"
 
@@ -8,6 +9,8 @@
 #include <QHelpEvent>
 #include <QPainter>
 #include <QToolTip>
+
+#include <algorithm>
 
 namespace {
 
@@ -17,6 +20,12 @@ constexpr QColor kText(0x99, 0xa1, 0xb0);
 constexpr QColor kRaisedText(0xff, 0xff, 0xff);
 constexpr QColor kIconTint(0x99, 0xa1, 0xb0);
 constexpr QColor kSeparator(0x22, 0x22, 0x22);
+
+constexpr int kQuietFontPx = 12;
+constexpr int kColumnSpacing = 16;
+/// To the icons.
+constexpr int kColumnMargin = 8;
+constexpr int kLeastNameWidth = 110;
 
 constexpr int kFolderIconSide = 18;
 constexpr int kDeleteIconSide = 16;
@@ -38,6 +47,49 @@ void drawIcon(QPainter& painter, const QRect& rect, const char* name)
     const QPixmap pixmap = tintedIcon(name, rect.width(), painter.device()->devicePixelRatioF());
     if (!pixmap.isNull())
         painter.drawPixmap(rect, pixmap);
+}
+
+struct Column
+{
+    QString text;
+    QString longest;
+};
+
+/// From the right.
+QList<Column> columnsOf(const FileRowTexts& texts)
+{
+    const FileRowTexts longest = FileRowTexts::longest();
+    return {{texts.date, longest.date}, {texts.size, longest.size}, {texts.length, longest.length}, {texts.state, {}}};
+}
+
+/// Returns the width that is left for the name.
+int drawColumns(QPainter& painter, const QRect& text, const QModelIndex& index)
+{
+    const QFontMetrics metrics = painter.fontMetrics();
+    int end = text.right() + 1 - kColumnMargin;
+    int nameEnd = text.right() + 1;
+    for (const Column& column : columnsOf(FileRow::textsOf(index))) {
+        const int width = std::max(metrics.horizontalAdvance(column.text), metrics.horizontalAdvance(column.longest));
+        const int start = end - width;
+        if (start - kColumnSpacing - text.left() < kLeastNameWidth)
+            break;
+        if (column.text.isEmpty())
+            continue;
+        painter.drawText(QRect(start, text.top(), width, text.height()),
+                         Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, column.text);
+        end = nameEnd = start - kColumnSpacing;
+    }
+    return nameEnd - text.left();
+}
+
+/// Cut off at the edge, but shortened before columns.
+void drawName(QPainter& painter, const QRect& text, const QString& name, int width)
+{
+    const QRect rect(text.topLeft(), QSize(width, text.height()));
+    const bool hasColumns = width < text.width();
+    painter.setClipRect(rect, Qt::IntersectClip);
+    painter.drawText(rect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                     hasColumns ? painter.fontMetrics().elidedText(name, Qt::ElideMiddle, width) : name);
 }
 
 } // namespace
@@ -72,11 +124,14 @@ void SCFileManager::FileItemDelegate::paint(QPainter* painter, const QStyleOptio
 
     const QRect text = textRect(row);
     painter->save();
-    painter->setClipRect(text, Qt::IntersectClip);
+    QFont quiet = option.font;
+    quiet.setPixelSize(kQuietFontPx);
+    painter->setFont(quiet);
+    painter->setPen(kText);
+    const int nameWidth = drawColumns(*painter, text, index);
     painter->setFont(option.font);
     painter->setPen(raised ? kRaisedText : kText);
-    painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                      shownName(index.data(Qt::DisplayRole).toString()));
+    drawName(*painter, text, shownName(index.data(Qt::DisplayRole).toString()), nameWidth);
     painter->restore();
 
     if (hovered) {

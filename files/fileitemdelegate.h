@@ -5,7 +5,9 @@
 
 #include <QStyledItemDelegate>
 
-/// Name and, under the pointer, folder and delete icons of a row. Logical pixels.
+/// Name, quietly at its right length, size and date in columns, and, under the pointer, folder and delete icons of a
+/// FileRow. A long name is shortened in its middle for the columns; where it would become too short they go, from the
+/// left one on. Logical pixels.
 class SCFileManager::FileItemDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

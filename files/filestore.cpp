@@ -4,6 +4,7 @@
 #include "app/appidentity.h"
 #include "app/sclogger.h"
 #include "app/shownpath.h"
+#include "files/fileproperties.h"
 #include "files/mp4file.h"
 #include "platform/files/disk_sync.h"
 #include "platform/files/private_files.h"
@@ -24,6 +25,7 @@
 #include <chrono>
 #include <iterator>
 
+using namespace fileproperties;
 using namespace std::chrono_literals;
 
 namespace {
@@ -31,9 +33,6 @@ namespace {
 const auto kFileName = QStringLiteral("file_data.json");
 const auto kPathKey = QStringLiteral("filepath");
 const auto kPropertiesKey = QStringLiteral("properties");
-const auto kType = QStringLiteral("type");
-const auto kDateAdded = QStringLiteral("dateAdded");
-const auto kUnfinished = QStringLiteral("unfinished");
 
 /// More than a million records. Reading more would keep the program from starting.
 constexpr qint64 kMaxBytes = qint64{256} * 1024 * 1024;
@@ -91,6 +90,17 @@ QByteArray contents(QFile& file)
 
 } // namespace
 
+bool FileRecord::isUnfinished() const
+{
+    return properties.value(kUnfinished).toBool();
+}
+
+bool FileRecord::isMedia() const
+{
+    const QString type = properties.value(kType).toString();
+    return type == QLatin1String("video") || type == QLatin1String("audio");
+}
+
 QString FileStore::path()
 {
     return appidentity::dataFolder() + u'/' + kFileName;
@@ -120,17 +130,33 @@ QStringList FileStore::unfinished() const
 {
     QStringList paths;
     for (const FileRecord& record : m_records)
-        if (record.properties.value(kUnfinished).toBool())
+        if (record.isUnfinished())
             paths.append(record.filepath);
     return paths;
 }
 
-bool FileStore::setFinished(const QString& path)
+bool FileStore::setFinished(const QString& path, bool isWhole)
 {
     bool isFound = false;
-    for (FileRecord& record : m_records)
-        isFound |= record.filepath == path && record.properties.remove(kUnfinished) > 0;
+    for (FileRecord& record : m_records) {
+        if (record.filepath != path || record.properties.remove(kUnfinished) == 0)
+            continue;
+        isFound = true;
+        if (!isWhole && !record.properties.contains(kIncomplete))
+            record.properties.insert(kIncomplete, true);
+    }
     return isFound;
+}
+
+bool FileStore::setDetails(const QHash<QString, FileDetails>& details)
+{
+    bool hasChanged = false;
+    for (FileRecord& record : m_records) {
+        const auto found = details.constFind(record.filepath);
+        if (found != details.constEnd())
+            hasChanged |= found->writeTo(record.properties);
+    }
+    return hasChanged;
 }
 
 void FileStore::move(const QString& from, const QString& to)
@@ -179,7 +205,7 @@ bool FileStore::load()
     for (const auto& element : elements) {
         FileRecord record = toRecord(element.toObject());
         if (!QFileInfo(record.filepath).isFile()) {
-            if (record.properties.value(kUnfinished).toBool())
+            if (record.isUnfinished())
                 QFile::remove(unfinishedMp4Path(record.filepath));
             continue;
         }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "files/filedetails.h"
+
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -12,9 +15,12 @@ struct FileRecord
 {
     /// Absolute; identifies the record, compared exactly.
     QString filepath;
-    /// "type" is "video", "audio" or "screenshot", "dateAdded" the local time as Qt::ISODate; "unfinished" is true
-    /// while a recording is not finished. Others are kept.
+    /// See fileproperties.h; others are kept.
     QVariantMap properties;
+
+    bool isUnfinished() const;
+    /// A recording.
+    bool isMedia() const;
 
     bool operator==(const FileRecord&) const = default;
 };
@@ -35,7 +41,10 @@ public:
 
     QStringList unfinished() const;
     /// Every record of the path. False when there was none.
-    bool setFinished(const QString& path);
+    bool setFinished(const QString& path, bool isWhole);
+
+    /// By path. False when nothing has changed.
+    bool setDetails(const QHash<QString, FileDetails>& details);
 
     /// Every record of the path gets the other one, and is unfinished.
     void move(const QString& from, const QString& to);

@@ -24,46 +24,52 @@ QString nameOf(const QString& path)
     return QFileInfo(path).fileName();
 }
 
-/// False where the file shall be tried again.
-bool finishMp4(const QString& path, FileWork& work)
+enum class Result
+{
+    Whole,
+    NotWhole,
+    /// Shall be tried again.
+    Later,
+};
+
+Result finishMp4(const QString& path, FileWork& work)
 {
     if (cutBrokenFragmentHead(path, work))
         SCLogger::warning(QStringLiteral("The recording ended within the head of a fragment, which is cut off: %1")
                               .arg(nameOf(path)));
     if (!isFragmentedMp4(path))
-        return true;
+        return Result::Whole;
     QString error;
     switch (makePlainMp4(path, work, error)) {
     case PlainMp4::Made:
         SCLogger::info(QStringLiteral("The recording has its index now: %1").arg(nameOf(path)));
-        return true;
+        return Result::Whole;
     case PlainMp4::Cancelled:
-        return false;
+        return Result::Later;
     case PlainMp4::NoSpace:
         SCLogger::warning(QStringLiteral("There is no space to give the recording its index; it plays without: %1")
                               .arg(nameOf(path)));
-        return false;
+        return Result::Later;
     case PlainMp4::Failed:
         SCLogger::warning(QStringLiteral("The recording could not be given its index (%1); it plays without: %2")
                               .arg(error, nameOf(path)));
-        return true;
+        return Result::NotWhole;
     }
     Q_UNREACHABLE();
 }
 
-/// False where the file shall be tried again.
-bool finishFlac(const QString& path, FileWork& work)
+Result finishFlac(const QString& path, FileWork& work)
 {
     QString error;
     if (work.isCancelled())
-        return false;
+        return Result::Later;
     if (writeFlacLength(path, work, error))
-        return true;
+        return Result::Whole;
     if (work.isCancelled())
-        return false;
+        return Result::Later;
     SCLogger::warning(
         QStringLiteral("The length of the recording could not be written (%1): %2").arg(error, nameOf(path)));
-    return true;
+    return Result::NotWhole;
 }
 
 /// Where the system does not know who writes to a file.
@@ -95,15 +101,14 @@ bool isClosed(const QString& path, Recorder recorder, const FileWork& work)
     return false;
 }
 
-/// False where the file shall be tried again.
-bool finish(const QString& path, Recorder recorder, FileWork& work)
+Result finish(const QString& path, Recorder recorder, FileWork& work)
 {
     if (!isClosed(path, recorder, work))
-        return false;
+        return Result::Later;
     const QString ending = QFileInfo(path).suffix();
     if (ending == QLatin1String("mp4"))
         return finishMp4(path, work);
-    return ending != QLatin1String("flac") || finishFlac(path, work);
+    return ending == QLatin1String("flac") ? finishFlac(path, work) : Result::Whole;
 }
 
 } // namespace
@@ -115,7 +120,7 @@ struct RecordingFinisher::Job
     const QString path;
     FileWork work;
     /// Used by the thread, and read once that has signalled its end.
-    bool isDone = false;
+    Result result = Result::Later;
 };
 
 RecordingFinisher::RecordingFinisher(QObject* parent) : QObject(parent), m_thread(std::make_unique<QThreadPool>())
@@ -155,7 +160,7 @@ void RecordingFinisher::add(const QString& path, Recorder recorder)
     const auto job = std::make_shared<Job>(path);
     m_jobs.insert(path, job);
     m_thread->start([this, job, recorder] {
-        job->isDone = finish(job->path, recorder, job->work);
+        job->result = finish(job->path, recorder, job->work);
         // Who has cancelled it may be gone.
         job->work.change([this, &job] {
             QMetaObject::invokeMethod(
@@ -170,8 +175,10 @@ void RecordingFinisher::onDone(const QString& path, const std::shared_ptr<Job>& 
     if (m_jobs.value(path) != job)
         return;
     m_jobs.remove(path);
-    if (job->isDone)
-        emit finished(path);
+    if (job->result == Result::Later)
+        emit postponed(path);
+    else
+        emit finished(path, job->result == Result::Whole);
 }
 
 void RecordingFinisher::cancel(const QString& path)

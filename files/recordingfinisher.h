@@ -34,6 +34,9 @@ public:
     /// Ignored while the file is waiting for its turn or being finished.
     void add(const QString& path, Recorder recorder = Recorder::ThisRun);
 
+    /// Whether the file is waiting for its turn or being finished.
+    bool has(const QString& path) const { return m_jobs.contains(path); }
+
     /// Interrupts it. When this returns the file is changed no more, and nothing is left beside it.
     void cancel(const QString& path);
 
@@ -44,8 +47,10 @@ public:
     void finishWithin(std::chrono::milliseconds limit);
 
 signals:
-    /// There is nothing left to do with the file, also where it could not be finished.
-    void finished(const QString& path);
+    /// There is nothing left to do with the file. @param isWhole false where it could not be finished
+    void finished(const QString& path, bool isWhole);
+    /// The file has to wait for another time.
+    void postponed(const QString& path);
 
 private:
     struct Job;

@@ -3,6 +3,7 @@
 
 #include "app/sclogger.h"
 #include "app/shownpath.h"
+#include "files/filedetailsreader.h"
 #include "files/fileitemdelegate.h"
 #include "files/recordingfinisher.h"
 #include "platform/files/file_manager.h"
@@ -18,19 +19,13 @@
 
 #include <utility>
 
+#include <algorithm>
 #include <chrono>
 
 namespace {
 
 constexpr char kFilterProperty[] = "currentFilter";
 const auto kDeleteButtonName = QStringLiteral("deleteButton");
-
-QStandardItem* newRow(const FileRecord& record)
-{
-    auto* const row = new QStandardItem(QFileInfo(record.filepath).fileName());
-    row->setData(record.filepath, SCFileManager::kPathRole);
-    return row;
-}
 
 QString pathOf(const QModelIndex& index)
 {
@@ -72,10 +67,14 @@ SCFileManager::SCFileManager(QObject* parent)
     , m_model(new QStandardItemModel(this))
     , m_delegate(new FileItemDelegate(this))
     , m_finisher(new RecordingFinisher(this))
+    , m_reader(new FileDetailsReader(this))
 {
     connect(m_finisher, &RecordingFinisher::finished, this, &SCFileManager::onFinished);
+    connect(m_finisher, &RecordingFinisher::postponed, this, &SCFileManager::onPostponed);
+    connect(m_reader, &FileDetailsReader::read, this, &SCFileManager::onDetailsRead);
     load();
     finishRecordings();
+    readDetails([](const FileRecord&) { return true; });
 }
 
 SCFileManager::~SCFileManager()
@@ -102,6 +101,7 @@ void SCFileManager::addFile(const QString& path, const QString& type)
 {
     m_store.add(path, type, path == m_fileInUse);
     save();
+    readMissingDetails();
 }
 
 void SCFileManager::setFileInUse(const QString& path)
@@ -109,9 +109,11 @@ void SCFileManager::setFileInUse(const QString& path)
     m_fileInUse = path;
     if (m_fileInUse.isEmpty()) {
         finishRecordings();
+        readMissingDetails();
     } else {
         m_recordedFiles.insert(path);
         m_finisher->cancelAll();
+        m_reader->cancelAll();
     }
 }
 
@@ -151,10 +153,78 @@ void SCFileManager::onDisplayLoss()
     m_finisher->finishWithin(kLimit);
 }
 
-void SCFileManager::onFinished(const QString& path)
+void SCFileManager::onFinished(const QString& path, bool isWhole)
 {
-    if (!isInUse(path) && m_store.setFinished(path))
-        save();
+    if (isInUse(path) || !m_store.setFinished(path, isWhole))
+        return;
+    save();
+    updateRows();
+    readMissingDetails();
+}
+
+void SCFileManager::onPostponed(const QString& path)
+{
+    if (isInUse(path))
+        return;
+    updateRows();
+    readMissingDetails();
+}
+
+/// A file that is written to, or about to be, has to wait.
+void SCFileManager::readDetails(const std::function<bool(const FileRecord&)>& isWanted)
+{
+    if (!m_fileInUse.isEmpty())
+        return;
+    QList<FileDetailsReader::Request> requests;
+    for (const FileRecord& record : files()) {
+        if (progressOf(record) == FileProgress::None && !isInUse(record.filepath) && isWanted(record))
+            requests.append({record.filepath, record.isMedia(), FileDetails::of(record.properties)});
+    }
+    m_reader->add(requests);
+}
+
+void SCFileManager::readMissingDetails()
+{
+    readDetails([](const FileRecord& record) {
+        const FileDetails details = FileDetails::of(record.properties);
+        return !details.sizeBytes || (record.isMedia() && !details.durationMs && !details.isUnreadable);
+    });
+}
+
+void SCFileManager::onDetailsRead(const QHash<QString, FileDetails>& details)
+{
+    if (!m_store.setDetails(details))
+        return;
+    save();
+    updateRows();
+}
+
+FileProgress SCFileManager::progressOf(const FileRecord& record) const
+{
+    if (!record.isUnfinished())
+        return FileProgress::None;
+    if (record.filepath == m_fileInUse)
+        return FileProgress::BeingRecorded;
+    const bool isAtWork = isInUse(record.filepath) || m_finisher->has(record.filepath);
+    return isAtWork ? FileProgress::BeingFinished : FileProgress::None;
+}
+
+/// The rows are those of the records, but for records that are newer than the last setupView().
+void SCFileManager::updateRows()
+{
+    if (m_view == nullptr)
+        return;
+    const QList<FileRecord> shown = shownRecords();
+    auto record = shown.begin();
+    for (int number = 0; number < m_model->rowCount(); ++number) {
+        auto* const row = static_cast<FileRow*>(m_model->item(number));
+        const QString path = row->data(kPathRole).toString();
+        record = std::find_if(record, shown.end(), [&path](const FileRecord& one) { return one.filepath == path; });
+        if (record == shown.end())
+            return;
+        row->update(*record, progressOf(*record));
+        ++record;
+    }
 }
 
 bool SCFileManager::removeFile(const QString& path)
@@ -180,7 +250,6 @@ void SCFileManager::setupView(QAbstractItemView* view, const QString& filter)
         return;
     m_view = view;
     m_model->clear();
-    const QList<FileRecord> shown = filter.isEmpty() ? files() : filesByType(filter);
     view->setModel(m_model);
     view->setItemDelegate(m_delegate);
     prepare(*view);
@@ -189,12 +258,20 @@ void SCFileManager::setupView(QAbstractItemView* view, const QString& filter)
     view->setProperty(kFilterProperty, filter);
     // All at once, because a view lays itself out for every insertion.
     QList<QStandardItem*> rows;
+    const QList<FileRecord> shown = shownRecords();
     rows.reserve(shown.size());
     for (const FileRecord& record : shown)
-        rows.append(newRow(record));
+        rows.append(new FileRow(record, progressOf(record)));
     m_model->invisibleRootItem()->appendRows(rows);
     view->removeEventFilter(this);
     view->installEventFilter(this);
+}
+
+/// Of the bound view.
+QList<FileRecord> SCFileManager::shownRecords() const
+{
+    const QString filter = m_view->property(kFilterProperty).toString();
+    return filter.isEmpty() ? files() : filesByType(filter);
 }
 
 void SCFileManager::rebuildView()
@@ -251,11 +328,20 @@ bool SCFileManager::onPointer(QAbstractItemView& view, const QMouseEvent& event)
 void SCFileManager::onDoubleClicked(const QAbstractItemView& view, const QPoint& position)
 {
     const QModelIndex index = view.indexAt(position);
-    if (!index.isValid())
-        return;
-    const QString path = pathOf(index);
+    if (index.isValid())
+        openFile(pathOf(index));
+}
+
+void SCFileManager::openFile(const QString& path)
+{
     if (isThere(path))
-        openFile(path, *this, [this, path] { emit notOpened(path); });
+        ::openFile(path, *this, [this, path] { emit notOpened(path); });
+}
+
+void SCFileManager::showInFolder(const QString& path)
+{
+    if (isThere(path))
+        platform::revealInFileManager(path);
 }
 
 bool SCFileManager::isThere(const QString& path)
@@ -272,10 +358,10 @@ void SCFileManager::onIconPressed(QAbstractItemView& view, const QPoint& positio
     const QString path = pathOf(index);
     if (path.isEmpty())
         return;
-    if (!FileItemDelegate::folderRect(view.visualRect(index)).contains(position))
+    if (FileItemDelegate::folderRect(view.visualRect(index)).contains(position))
+        showInFolder(path);
+    else
         deleteFile(view, index);
-    else if (isThere(path))
-        platform::revealInFileManager(path);
 }
 
 bool SCFileManager::isInUse(const QString& path) const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "files/filerow.h"
 #include "files/filestore.h"
 #include "platform/process/display_loss.h"
 
@@ -12,10 +13,13 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 class QAbstractItemView;
 class QMouseEvent;
 class QPoint;
 class QStandardItemModel;
+class FileDetailsReader;
 class RecordingFinisher;
 
 /// Shows a FileStore, newest first unless reversed, and handles the user's actions on it. Saves every change.
@@ -28,7 +32,7 @@ public:
     class FileItemDelegate;
 
     /// A row's absolute path.
-    static constexpr int kPathRole = Qt::UserRole + 1;
+    static constexpr int kPathRole = FileRow::kPathRole;
 
     explicit SCFileManager(QObject* parent = nullptr);
 
@@ -54,6 +58,11 @@ public:
 
     /// Shows the records of that type, or all. The view's property "currentFilter" keeps the filter.
     void setupView(QAbstractItemView* view, const QString& filter);
+
+    /// With the system's program.
+    void openFile(const QString& path);
+    /// In the file manager.
+    void showInFolder(const QString& path);
 
     /// After asking; from disk as well if wanted.
     void deleteSelectedFiles(QAbstractItemView* view);
@@ -83,7 +92,14 @@ signals:
 private:
     void finishRecordings();
     void onDisplayLoss();
-    void onFinished(const QString& path);
+    void onFinished(const QString& path, bool isWhole);
+    void onPostponed(const QString& path);
+    void onDetailsRead(const QHash<QString, FileDetails>& details);
+    void readDetails(const std::function<bool(const FileRecord&)>& isWanted);
+    void readMissingDetails();
+    FileProgress progressOf(const FileRecord& record) const;
+    QList<FileRecord> shownRecords() const;
+    void updateRows();
     void rebuildView();
     bool onPointer(QAbstractItemView& view, const QMouseEvent& event);
     void onIconPressed(QAbstractItemView& view, const QPoint& position);
@@ -99,6 +115,7 @@ private:
     FileItemDelegate* m_delegate;
     QPointer<QAbstractItemView> m_view;
     RecordingFinisher* m_finisher;
+    FileDetailsReader* m_reader;
     const platform::DisplayLossAction m_onDisplayLoss{[this] { onDisplayLoss(); }};
     QString m_fileInUse;
     QStringList m_filesBeingSaved;

@@ -82,3 +82,22 @@ QString ProducedFiles::add(const QString& name)
         qFatal("The file %s cannot be made", qPrintable(path));
     return path;
 }
+
+QString ProducedFiles::addRecording(const QString& name, int seconds, qint64 bytes)
+{
+    constexpr quint64 kSampleRate = 48000;
+    constexpr int kStreamInfoBytes = 34;
+    const QString path = add(name);
+    QByteArray head("fLaC\x80\x00\x00\x22\x10\x00\x10\x00", 12);
+    // No sizes of frames; sample rate, two channels, 16 bits, number of samples; no checksum.
+    head.append(6, '\0');
+    const quint64 format =
+        kSampleRate << 44 | quint64{1} << 41 | quint64{15} << 36 | kSampleRate * static_cast<quint64>(seconds);
+    for (int shift = 56; shift >= 0; shift -= 8)
+        head.append(static_cast<char>(format >> shift & 0xff));
+    head.append(8 + kStreamInfoBytes - head.size(), '\0');
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(head) != head.size() || !file.resize(bytes))
+        qFatal("The file %s cannot be made", qPrintable(path));
+    return path;
+}

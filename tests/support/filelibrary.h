@@ -49,6 +49,8 @@ class ProducedFiles
 public:
     /// Makes an empty file and returns its absolute path.
     QString add(const QString& name);
+    /// A file of that size that says it plays for so long: the head of a FLAC file, whatever its name.
+    QString addRecording(const QString& name, int seconds, qint64 bytes);
     QString folder() const { return m_folder.path(); }
 
 private:

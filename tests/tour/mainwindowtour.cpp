@@ -10,6 +10,9 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
@@ -71,22 +74,47 @@ void notice(const Look& look, SCMainWindow& window)
     child<QPushButton>(window, "noticeClose").click();
 }
 
-/// The list as it is after some days.
+struct Shown
+{
+    const char* name;
+    const char* type;
+    const char* added;
+    int seconds;
+    qint64 bytes;
+};
+
+/// The list as it is after some days, the newest first.
 void fillLibrary(ProducedFiles& produced)
 {
-    SCFileManager library;
-    const auto add = [&](const char* name, const char* type) {
-        library.addFile(produced.add(QString::fromUtf8(name)), QLatin1String(type));
-    };
-    for (int day = 2; day < 9; ++day)
-        add(qPrintable(QStringLiteral("Recording_2026_11_0%1_10-3%1-07.mp4").arg(day)), "video");
-    add("Interview with Zo\u00eb, second take.flac", "audio");
-    add("\u9332\u753b 2026-11-18.mp4", "video");
-    add("Screenshot_2026-11-19_09-12-44.png", "screenshot");
-    add("How we measure what an encoder buffers, and why the last frames before a stop are in the file all the "
-        "same (final cut).mp4",
-        "video");
-    add("Recording_2026_11_21_12-30-05.mp4", "video");
+    const QList<Shown> files{
+        {"Recording_2026_11_21_12-30-05.mp4", "video", "2026-11-21T12:31:19", 74, 18'900'000},
+        {"How we measure what an encoder buffers, and why the last frames before a stop are in the file all the same "
+         "(final cut).mp4",
+         "video", "2026-11-20T17:55:02", 5'423, 1'071'000'000},
+        {"Screenshot_2026-11-19_09-12-44.png", "screenshot", "2026-11-19T09:12:44", 0, 412'000},
+        {"\u9332\u753b 2026-11-18.mp4", "video", "2026-11-18T22:04:10", 2'711, 624'300'000},
+        {"Interview with Zo\u00eb, second take.flac", "audio", "2026-11-17T10:40:00", 4'022, 312'700'000},
+        {"Recording_2026_11_08_10-38-07.mp4", "video", "2026-11-08T10:38:07", 31, 6'400'000},
+        {"Recording_2026_11_07_10-37-07.mp4", "video", "2026-11-07T10:37:07", 912, 150'000'000},
+        {"Recording_2026_11_06_10-36-07.avi", "video", "2026-11-06T10:36:07", 8, 1'900'000},
+        {"Recording_2026_11_05_10-35-07.gif", "video", "2026-11-05T10:35:07", 4, 860'000},
+        {"Recording_2026_11_04_10-34-07.mp4", "video", "2026-11-04T10:34:07", 186, 40'100'000}};
+    QJsonArray list;
+    for (const Shown& file : files) {
+        const QString path = produced.addRecording(QString::fromUtf8(file.name), file.seconds, file.bytes);
+        QJsonObject properties{{"type", file.type}, {"dateAdded", file.added}};
+        if (file.seconds == 2'711)
+            properties.insert("incomplete", true);
+        list.append(QJsonObject{{"filepath", path}, {"properties", properties}});
+    }
+    filelibrary::write(QJsonDocument(list).toJson());
+}
+
+/// Which are read in the background.
+void waitForDetails(const QListView& view)
+{
+    const QModelIndex last = view.model()->index(view.model()->rowCount() - 1, 0);
+    (void)QTest::qWaitFor([&last] { return last.data(FileRow::kPropertiesRole).toMap().contains("sizeBytes"); });
 }
 
 } // namespace
@@ -131,6 +159,7 @@ void files(const Look& look)
     child<QPushButton>(window, "filesTab").click();
     waitFor(window);
     auto& view = child<QListView>(window, "fileView");
+    waitForDetails(view);
     const QRect second = view.visualRect(view.model()->index(1, 0));
     QCursor::setPos(view.viewport()->mapToGlobal(second.center()));
     stop(look, "files", window);

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "files/filedetailsreader.h"
+
+#include "files/filework.h"
+#include "files/medialength.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QThread>
+#include <QThreadPool>
+
+#include <utility>
+
+namespace {
+
+using Request = FileDetailsReader::Request;
+
+/// Nothing where the file has gone, or is as it was known.
+std::optional<FileDetails> detailsOf(const Request& request, FileWork& work)
+{
+    const QFileInfo file(request.path);
+    if (!file.isFile())
+        return std::nullopt;
+    FileDetails details{file.size(), {}, false};
+    const bool isSameFile = details.sizeBytes == request.known.sizeBytes;
+    if (isSameFile && (!request.isMedia || request.known.durationMs))
+        return std::nullopt;
+    if (request.isMedia) {
+        const MediaLength media = mediaLength(request.path, work);
+        details.isUnreadable = media.isUnreadable;
+        if (media.length)
+            details.durationMs = media.length->count();
+    }
+    if (work.isCancelled() || details == request.known)
+        return std::nullopt;
+    return details;
+}
+
+} // namespace
+
+struct FileDetailsReader::Job
+{
+    explicit Job(const QList<Request>& wanted) : requests(wanted) {}
+
+    const QList<Request> requests;
+    FileWork work;
+};
+
+FileDetailsReader::FileDetailsReader(QObject* parent) : QObject(parent), m_thread(std::make_unique<QThreadPool>())
+{
+    m_thread->setMaxThreadCount(1);
+    m_thread->setThreadPriority(QThread::IdlePriority);
+}
+
+FileDetailsReader::~FileDetailsReader()
+{
+    constexpr int kInterruptLimitMs = 2000;
+    cancelAll();
+    // The process is about to end, and the thread uses nothing of this object any more.
+    if (!m_thread->waitForDone(kInterruptLimitMs))
+        (void)m_thread.release();
+}
+
+void FileDetailsReader::cancelAll()
+{
+    for (const auto& job : std::as_const(m_jobs))
+        job->work.cancel();
+    m_jobs.clear();
+}
+
+void FileDetailsReader::add(const QList<Request>& requests)
+{
+    if (requests.isEmpty())
+        return;
+    m_jobs.append(std::make_shared<Job>(requests));
+    m_thread->start([this, job = m_jobs.constLast()] { run(job); });
+}
+
+/// On the thread; uses this object only through report().
+void FileDetailsReader::run(const std::shared_ptr<Job>& job)
+{
+    constexpr qint64 kReportMs = 1000;
+    QHash<QString, FileDetails> details;
+    QElapsedTimer sinceReport;
+    sinceReport.start();
+    for (const Request& request : job->requests) {
+        if (job->work.isCancelled())
+            return;
+        if (const auto read = detailsOf(request, job->work))
+            details.insert(request.path, *read);
+        if (details.isEmpty() || !sinceReport.hasExpired(kReportMs))
+            continue;
+        report(job, std::exchange(details, {}), false);
+        sinceReport.restart();
+    }
+    report(job, details, true);
+}
+
+void FileDetailsReader::report(const std::shared_ptr<Job>& job, const QHash<QString, FileDetails>& details, bool isLast)
+{
+    const auto emitRead = [this, job, details, isLast] {
+        // It may have been cancelled meanwhile.
+        if (!m_jobs.contains(job))
+            return;
+        if (isLast)
+            m_jobs.removeOne(job);
+        if (!details.isEmpty())
+            emit read(details);
+    };
+    // Who has cancelled it may be gone.
+    job->work.change([this, &emitRead] { QMetaObject::invokeMethod(this, emitRead, Qt::QueuedConnection); });
+}

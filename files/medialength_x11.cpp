@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "files/filework.h"
+#include "files/medialength.h"
+#include "files/mp4file.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+using std::chrono::milliseconds;
+
+namespace {
+
+struct CloseInput
+{
+    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+};
+struct FreePacket
+{
+    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+};
+using Input = std::unique_ptr<AVFormatContext, CloseInput>;
+using Packet = std::unique_ptr<AVPacket, FreePacket>;
+
+int isInterrupted(void* work)
+{
+    return static_cast<const FileWork*>(work)->isCancelled() ? 1 : 0;
+}
+
+/// The formats that the program records, and nothing that leads to other files or the network.
+AVDictionary* limits()
+{
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "format_whitelist", "mp4,avi,flv,gif,mp3,aac,flac", 0);
+    av_dict_set(&options, "protocol_whitelist", "file", 0);
+    return options;
+}
+
+/// A code of libavformat, negative where it failed.
+int openInput(const QString& path, FileWork& work, Input& input)
+{
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context)
+        return AVERROR(ENOMEM);
+    context->interrupt_callback = {&isInterrupted, &work};
+    AVDictionary* options = limits();
+    // Frees the context where it fails.
+    const int opened =
+        avformat_open_input(&context, ("file:" + QFile::encodeName(path)).constData(), nullptr, &options);
+    av_dict_free(&options);
+    if (opened >= 0)
+        input.reset(context);
+    return opened;
+}
+
+/// Nothing where the head does not say it.
+std::optional<milliseconds> lengthInHead(const AVFormatContext& input)
+{
+    int64_t longest = input.duration;
+    for (unsigned i = 0; i < input.nb_streams; ++i) {
+        const AVStream& stream = *input.streams[i];
+        if (stream.duration > 0)
+            longest = std::max(longest, av_rescale_q(stream.duration, stream.time_base, AV_TIME_BASE_Q));
+    }
+    if (longest <= 0)
+        return std::nullopt;
+    return milliseconds(longest / (AV_TIME_BASE / 1000));
+}
+
+/// Packets of one stream are enough; those of sound are the smaller ones.
+void keepOneStream(AVFormatContext& input)
+{
+    const int sound = av_find_best_stream(&input, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    const unsigned kept = sound < 0 ? 0 : static_cast<unsigned>(sound);
+    for (unsigned i = 0; i < input.nb_streams; ++i)
+        input.streams[i]->discard = i == kept ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+}
+
+/// From the first packet's time to the end of the last one.
+std::optional<milliseconds> lengthOfPackets(AVFormatContext& input, FileWork& work)
+{
+    if (avformat_find_stream_info(&input, nullptr) < 0)
+        return std::nullopt;
+    keepOneStream(input);
+    const Packet packet(av_packet_alloc());
+    int64_t first = INT64_MAX;
+    int64_t end = INT64_MIN;
+    while (packet && !work.isCancelled() && av_read_frame(&input, packet.get()) >= 0) {
+        if (const int64_t time = packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts; time != AV_NOPTS_VALUE) {
+            const AVRational base = input.streams[packet->stream_index]->time_base;
+            first = std::min(first, av_rescale_q(time, base, AV_TIME_BASE_Q));
+            end = std::max(end, av_rescale_q(time + packet->duration, base, AV_TIME_BASE_Q));
+        }
+        av_packet_unref(packet.get());
+    }
+    if (end <= first || work.isCancelled())
+        return std::nullopt;
+    return milliseconds((end - first) / (AV_TIME_BASE / 1000));
+}
+
+} // namespace
+
+MediaLength mediaLength(const QString& path, FileWork& work)
+{
+    Input input;
+    const int opened = openInput(path, work, input);
+    if (opened < 0)
+        return {{}, opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF};
+    // The head of fragments says no more than how long the first one is.
+    const auto inHead = isFragmentedMp4(path) ? std::nullopt : lengthInHead(*input);
+    const auto length = inHead ? inHead : lengthOfPackets(*input, work);
+    return {length, !length && !work.isCancelled()};
+}
