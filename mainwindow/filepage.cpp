@@ -62,6 +62,7 @@ void FilePage::connectList()
 void FilePage::addFile(const QString& path, const QString& type)
 {
     m_files->addFile(path, type);
+    m_newType = type;
 }
 
 void FilePage::follow(const RecordingView& view)
@@ -79,10 +80,11 @@ void FilePage::setRecordedFile(const QString& path)
 void FilePage::onRecordingOver()
 {
     m_files->setFileInUse({});
-    fillView();
     const bool isCurrentPage = !isHidden();
     if (isCurrentPage)
-        m_files->selectFile(0);
+        showNewest();
+    else
+        fillView();
     const QStringList errors = std::exchange(m_pendingErrors, {});
     for (const QString& error : errors)
         onError(error);
@@ -90,6 +92,7 @@ void FilePage::onRecordingOver()
 
 void FilePage::showNewest()
 {
+    uncoverNewFile();
     fillView();
     m_files->selectFile(0);
 }
@@ -98,6 +101,13 @@ void FilePage::showScreenshots()
 {
     m_ui->screenshotFilter->setChecked(true);
     showNewest();
+}
+
+void FilePage::uncoverNewFile()
+{
+    const QString type = std::exchange(m_newType, {});
+    if (!type.isEmpty() && !filter().isEmpty() && filter() != type)
+        m_ui->allFilter->setChecked(true);
 }
 
 QString FilePage::filter() const
@@ -139,6 +149,7 @@ void FilePage::retranslate()
 {
     m_ui->retranslateUi(this);
     showCounts();
+    m_ui->fileView->viewport()->update();
 }
 
 void FilePage::onError(const QString& message)

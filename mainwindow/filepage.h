@@ -37,7 +37,7 @@ public:
     /// Also shows the errors of the recording.
     void onRecordingOver();
 
-    /// Fills the list and selects the newest file.
+    /// Fills the list and selects the newest file. One that is new leaves no filter that hides it.
     void showNewest();
     /// The same with the screenshot filter.
     void showScreenshots();
@@ -51,6 +51,7 @@ private:
     void showCounts();
     void showState();
     QString filter() const;
+    void uncoverNewFile();
     void onError(const QString& message);
     void onFileMissing(const QString& path);
     void openFolder();
@@ -61,5 +62,6 @@ private:
     const Activity& m_activity;
     Notices& m_notices;
     SCFileManager* m_files;
+    QString m_newType;
     QStringList m_pendingErrors;
 };

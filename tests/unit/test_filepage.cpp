@@ -241,6 +241,40 @@ private slots:
         QCOMPARE(button("audioFilter")->text(), QStringLiteral("Audio (2)"));
     }
 
+    void newFileIsInSightWhateverTheFilter_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<bool>("isInView");
+        QTest::addColumn<QByteArray>("after");
+        QTest::newRow("of another kind") << QByteArray("audioFilter") << true << QByteArray("allFilter");
+        QTest::newRow("of another kind, later") << QByteArray("audioFilter") << false << QByteArray("allFilter");
+        QTest::newRow("of the same kind") << QByteArray("videoFilter") << true << QByteArray("videoFilter");
+    }
+
+    void newFileIsInSightWhateverTheFilter()
+    {
+        QFETCH(const QByteArray, before);
+        QFETCH(const bool, isInView);
+        QFETCH(const QByteArray, after);
+        open();
+        press(before.constData());
+        m_page->setVisible(isInView);
+        record(m_produced.add(QStringLiteral("Recording.mp4")), QStringLiteral("video"));
+        m_page->onRecordingOver();
+        if (!isInView) {
+            m_page->show();
+            open();
+        }
+        QVERIFY(button(after.constData())->isChecked());
+        QCOMPARE(selectedNames(), QStringList{"Recording.mp4"});
+        const QRect row = view()->visualRect(view()->selectionModel()->selectedIndexes().constFirst());
+        QVERIFY(view()->viewport()->rect().contains(row));
+        // Once it has been seen the filter is the user's again.
+        press("audioFilter");
+        open();
+        QVERIFY(button("audioFilter")->isChecked());
+    }
+
     void nothingIsSelectedOnAPageThatIsNotInView()
     {
         m_page->hide();
