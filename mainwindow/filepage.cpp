@@ -5,6 +5,7 @@
 #include "app/settings.h"
 #include "files/scfilemanager.h"
 #include "mainwindow/activity.h"
+#include "mainwindow/filelistkeys.h"
 #include "mainwindow/formicons.h"
 #include "mainwindow/notices/notices.h"
 #include "mainwindow/recording/recordingview.h"
@@ -16,8 +17,11 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QItemSelectionModel>
+#include <QPointer>
 
 #include <utility>
+
+#include <algorithm>
 
 FilePage::FilePage(const QSettings& settings, const Activity& activity, Notices& notices)
     : m_ui(std::make_unique<Ui::FilePage>())
@@ -57,6 +61,11 @@ void FilePage::connectList()
     connect(rows, &QAbstractItemModel::rowsInserted, this, &FilePage::showState);
     connect(rows, &QAbstractItemModel::rowsRemoved, this, &FilePage::showState);
     connect(m_ui->fileView->selectionModel(), &QItemSelectionModel::selectionChanged, this, &FilePage::showState);
+    const auto* const keys = new FileListKeys(
+        *m_ui->fileView, {m_ui->allFilter, m_ui->videoFilter, m_ui->audioFilter, m_ui->screenshotFilter});
+    connect(keys, &FileListKeys::openRequested, this,
+            [this](const QModelIndex& row) { m_files->openFile(row.data(SCFileManager::kPathRole).toString()); });
+    connect(keys, &FileListKeys::deletionRequested, this, &FilePage::deleteByKey);
 }
 
 void FilePage::addFile(const QString& path, const QString& type)
@@ -108,6 +117,19 @@ void FilePage::uncoverNewFile()
     const QString type = std::exchange(m_newType, {});
     if (!type.isEmpty() && !filter().isEmpty() && filter() != type)
         m_ui->allFilter->setChecked(true);
+}
+
+/// As the button does; the row that takes the place of the first deleted one is selected.
+void FilePage::deleteByKey()
+{
+    const QPointer<QListView> view = m_ui->fileView;
+    const int rows = view->model()->rowCount();
+    int first = rows;
+    for (const QModelIndex& index : view->selectionModel()->selectedIndexes())
+        first = std::min(first, index.row());
+    m_ui->deleteFilesButton->click();
+    if (!view.isNull() && view->model()->rowCount() < rows)
+        m_files->selectFile(std::min(first, view->model()->rowCount() - 1));
 }
 
 QString FilePage::filter() const

@@ -52,6 +52,7 @@ private:
     void showState();
     QString filter() const;
     void uncoverNewFile();
+    void deleteByKey();
     void onError(const QString& message);
     void onFileMissing(const QString& path);
     void openFolder();

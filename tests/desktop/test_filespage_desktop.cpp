@@ -117,6 +117,32 @@ private slots:
         QCOMPARE(QColor(colourAt(leftOf(1))), QColor(kPlain));
     }
 
+    void listIsWorkedWithTheKeysOfTheFilters()
+    {
+        const OpenedAddresses opener({"file"});
+        // From the page's tab, which the click has left the keyboard at.
+        for (int step = 0; step < 20 && !button("allFilter")->hasFocus(); ++step) {
+            const QWidget* const before = QApplication::focusWidget();
+            press(QStringLiteral("Tab"));
+            QTRY_VERIFY(QApplication::focusWidget() != before);
+        }
+        QVERIFY(button("allFilter")->hasFocus());
+        press(QStringLiteral("Down"));
+        QTRY_COMPARE(selectedNames(), QStringList{"song.mp3"});
+        QTRY_COMPARE(QColor(colourAt(leftOf(1))), QColor(kRaised));
+        press(QStringLiteral("shift+Down"));
+        QTRY_COMPARE(selectedNames(), QStringList({"song.mp3", "shot.png"}));
+        press(QStringLiteral("Return"));
+        QTRY_COMPARE(opener.files(), QStringList{pathAt(2)});
+        answerNextBox(QStringLiteral("Do you want to delete 2 files?"), pressDelete);
+        press(QStringLiteral("Delete"));
+        QTRY_COMPARE(names(), QStringList({"new.mp4", "old.mp4", "sound.aac"}));
+        QTRY_COMPARE(selectedNames(), QStringList{"old.mp4"});
+        QTRY_VERIFY(button("allFilter")->hasFocus());
+        press(QStringLiteral("Up"));
+        QTRY_COMPARE(selectedNames(), QStringList{"new.mp4"});
+    }
+
     void rowsAreSelectedOneByOneInARowAndTogether()
     {
         click(textOf(2));

@@ -275,6 +275,83 @@ private slots:
         QVERIFY(button("audioFilter")->isChecked());
     }
 
+    void listIsWorkedFromTheFilters()
+    {
+        open();
+        m_page->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
+        button("allFilter")->setFocus();
+        key(Qt::Key_Down);
+        QCOMPARE(selectedNames(), QStringList{"song.mp3"});
+        key(Qt::Key_End);
+        QCOMPARE(selectedNames(), QStringList{"plain.dat"});
+        key(Qt::Key_Up, Qt::ShiftModifier);
+        QCOMPARE(selectedNames().size(), 2);
+        key(Qt::Key_Home);
+        QCOMPARE(selectedNames(), QStringList{"new.mp4"});
+        key(Qt::Key_A, Qt::ControlModifier);
+        QCOMPARE(selectedNames().size(), 5);
+        key(Qt::Key_PageDown);
+        QCOMPARE(selectedNames(), QStringList{"plain.dat"});
+        QVERIFY(button("allFilter")->hasFocus());
+    }
+
+    void enterOnAFilterOpensTheSelectedFile()
+    {
+        const OpenedAddresses opener({"file"});
+        open();
+        button("allFilter")->setFocus();
+        key(Qt::Key_Down);
+        for (const Qt::Key enter : {Qt::Key_Return, Qt::Key_Enter})
+            key(enter);
+        const QString song = m_produced.folder() + QLatin1String("/song.mp3");
+        QCOMPARE(opener.files(), QStringList({song, song}));
+        // Under another filter nothing is selected yet.
+        press("videoFilter");
+        key(Qt::Key_Return);
+        QCOMPARE(opener.files().size(), 2);
+    }
+
+    void deleteOnAFilterAsksAsTheButtonDoesAndGoesOnWithTheNextFile()
+    {
+        open();
+        button("allFilter")->setFocus();
+        messagebox::Recorder boxes;
+        key(Qt::Key_Down);
+        key(Qt::Key_Down, Qt::ShiftModifier);
+        key(Qt::Key_Delete);
+        QCOMPARE(boxes.questions().size(), std::size_t{1});
+        QCOMPARE(boxes.questions().front().text, QStringLiteral("Do you want to delete 2 files?"));
+        QCOMPARE(selectedNames(), QStringList({"song.mp3", "shot.png"}));
+        boxes.setAnswer({true, false});
+        key(Qt::Key_Delete);
+        QCOMPARE(names(), QStringList({"new.mp4", "old.mp4", "plain.dat"}));
+        QCOMPARE(selectedNames(), QStringList{"old.mp4"});
+        key(Qt::Key_End);
+        key(Qt::Key_Delete);
+        QCOMPARE(selectedNames(), QStringList{"old.mp4"});
+        key(Qt::Key_Home);
+        for (int file = 0; file < 3; ++file)
+            key(Qt::Key_Delete);
+        QVERIFY(names().isEmpty());
+        QCOMPARE(boxes.questions().size(), std::size_t{5});
+        key(Qt::Key_Down);
+        key(Qt::Key_Delete);
+        QCOMPARE(boxes.questions().size(), std::size_t{5});
+    }
+
+    void otherKeysStayTheFilters()
+    {
+        open();
+        button("allFilter")->setFocus();
+        key(Qt::Key_Down, Qt::ControlModifier);
+        key(Qt::Key_Return, Qt::ControlModifier);
+        QCOMPARE(selectedNames(), QStringList{"new.mp4"});
+        button("videoFilter")->setFocus();
+        QTest::keyClick(button("videoFilter"), Qt::Key_Space);
+        QVERIFY(button("videoFilter")->isChecked());
+    }
+
     void nothingIsSelectedOnAPageThatIsNotInView()
     {
         m_page->hide();
@@ -388,6 +465,11 @@ private:
     QListView* view() const { return child<QListView>("fileView"); }
     void press(const char* name) const { button(name)->click(); }
     void open() const { m_page->showNewest(); }
+
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
+    {
+        QTest::keyClick(button("allFilter"), key, modifiers);
+    }
 
     void record(const QString& path, const QString& type) const
     {
