@@ -132,6 +132,12 @@ void FilePage::deleteByKey()
         m_files->selectFile(std::min(first, view->model()->rowCount() - 1));
 }
 
+QList<messagebox::Action> FilePage::actionsOn(const QString& path)
+{
+    return {{tr("Open"), [this, path] { m_files->openFile(path); }},
+            {tr("Show in Folder"), [this, path] { m_files->showInFolder(path); }}};
+}
+
 QString FilePage::filter() const
 {
     for (const QPushButton* const button : {m_ui->videoFilter, m_ui->audioFilter, m_ui->screenshotFilter}) {

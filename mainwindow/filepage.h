@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QList>
 #include <QStringList>
 #include <QWidget>
 
@@ -11,6 +12,10 @@ class Notices;
 class QSettings;
 class RecordingView;
 class SCFileManager;
+
+namespace messagebox {
+struct Action;
+}
 
 namespace Ui {
 class FilePage;
@@ -41,6 +46,9 @@ public:
     void showNewest();
     /// The same with the screenshot filter.
     void showScreenshots();
+
+    /// What a message that the file is saved offers.
+    QList<messagebox::Action> actionsOn(const QString& path);
 
     void retranslate();
 

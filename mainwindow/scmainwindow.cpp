@@ -229,7 +229,8 @@ void SCMainWindow::onScreenshotSaved(const QString& path)
 {
     emit fileProduced(path, QStringLiteral("screenshot"));
     m_view->restoreWindow();
-    messagebox::informBeside(*this, tr("Screenshot Saved"), tr("Screenshot saved to: %1").arg(path));
+    messagebox::informBeside(*this, tr("Screenshot Saved"), tr("Screenshot saved to: %1").arg(path),
+                             m_filePage->actionsOn(path));
     m_ui->filesTab->setChecked(true);
     m_ui->pages->setCurrentWidget(m_filePage);
     m_filePage->showScreenshots();

@@ -5,10 +5,13 @@
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/screenshottest.h"
 #include "tests/desktop/userinput.h"
+#include "tests/support/addresses.h"
 #include "tests/support/countdowntest.h"
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QImage>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -221,6 +224,25 @@ private slots:
         QTRY_VERIFY(tab->isChecked());
         QVERIFY(box != nullptr && box->isVisible());
         click(*box->button(QMessageBox::Ok));
+        QTRY_VERIFY(box.isNull());
+    }
+
+    void savedScreenshotIsOnTheClipboardAndOpenedFromItsBox()
+    {
+        m_boxes.reset();
+        const OpenedAddresses opener({"file"});
+        const QPointer<QMessageBox> box = shootAndAwaitBox();
+        QVERIFY(box != nullptr);
+        const QString path = m_produced->at(0).at(0).toString();
+        QCOMPARE(QGuiApplication::clipboard()->image().size(), QImage(path).size());
+        QStringList texts;
+        const QList<QAbstractButton*> buttons = box->buttons();
+        for (const QAbstractButton* const button : buttons)
+            texts.append(button->text());
+        QVERIFY2(texts.contains(QLatin1String("Open")) && texts.contains(QLatin1String("Show in Folder")),
+                 qPrintable(texts.join(u'|')));
+        click(*static_cast<QPushButton*>(buttons.at(texts.indexOf(QLatin1String("Open")))));
+        QTRY_COMPARE(opener.files(), QStringList{path});
         QTRY_VERIFY(box.isNull());
     }
 

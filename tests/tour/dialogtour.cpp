@@ -72,17 +72,10 @@ struct Message
 
 QList<Message> programMessages()
 {
-    const auto shot = QStringLiteral("/home/user/Pictures/Kestrano/Screenshot_2026-11-21_12-30-05.png");
     const auto list = QStringLiteral("/home/user/.local/share/Tolvaran/Kestrano/file_data.json");
     return {
         {"message-microphone", messagebox::warning, "SCMainWindow", "Warning", "No microphone device found!", {}},
         {"message-camera", messagebox::warning, "SCMainWindow", "Warning", "No camera device found!", {}},
-        {"message-saved",
-         messagebox::information,
-         "SCMainWindow",
-         "Screenshot Saved",
-         "Screenshot saved to: %1",
-         {shot}},
         {"message-file-in-use",
          messagebox::information,
          "SCFileManager",
@@ -128,6 +121,21 @@ void showRefusedShot()
     messagebox::warning(nullptr, translated("Screenshot Error"), translated("Screenshot error: %1").arg(reason));
 }
 
+void savedShot(const Look& look)
+{
+    const auto translated = [](const char* text) { return QCoreApplication::translate("SCMainWindow", text); };
+    const auto shot = QStringLiteral("/home/user/Pictures/Kestrano/Screenshot_2026-11-21_12-30-05.png");
+    QWidget window;
+    window.setGeometry(100, 100, 832, 460);
+    window.show();
+    waitFor(window);
+    messagebox::informBeside(window, translated("Screenshot Saved"), translated("Screenshot saved to: %1").arg(shot),
+                             {{translated("Open"), [] {}}, {translated("Show in Folder"), [] {}}});
+    auto& box = *window.findChild<QMessageBox*>();
+    waitFor(box);
+    lookAtBox(look, "message-saved", box);
+}
+
 /// A format that a newer release has stored.
 void showUnknownFormat()
 {
@@ -159,6 +167,7 @@ void messages(const Look& look)
 {
     for (const Message& message : programMessages())
         stopAtBox(look, message.name, [&] { show(message); });
+    savedShot(look);
     stopAtBox(look, "message-refused", showRefusedShot);
     stopAtBox(look, "message-format", showUnknownFormat);
 }

@@ -352,6 +352,26 @@ private slots:
         QVERIFY(button("videoFilter")->isChecked());
     }
 
+    void messageThatAFileIsSavedOpensAndShowsIt()
+    {
+        open();
+        const QString path = m_produced.folder() + QLatin1String("/shot.png");
+        const QList<messagebox::Action> actions = m_page->actionsOn(path);
+        QCOMPARE(actions.size(), 2);
+        QCOMPARE(actions.at(0).text, QStringLiteral("Open"));
+        QCOMPARE(actions.at(1).text, QStringLiteral("Show in Folder"));
+        {
+            const OpenedAddresses opener({"file"});
+            actions.at(0).run();
+            QCOMPARE(opener.files(), QStringList{path});
+        }
+        QVERIFY(QFile::remove(path));
+        const QSignalSpy posted(&m_notices, &Notices::posted);
+        for (const messagebox::Action& action : actions)
+            action.run();
+        QCOMPARE(posted.size(), 2);
+    }
+
     void nothingIsSelectedOnAPageThatIsNotInView()
     {
         m_page->hide();
