@@ -15,6 +15,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cmath>
 #include <csignal>
 
 namespace {
@@ -64,6 +65,7 @@ private slots:
     void theHotkeyCancelsTheCountdownOfThreeSeconds();
     void aTakenNameGetsANumber();
     void aRecordingIsInTheListOfFilesFromItsStartOn();
+    void theListSaysHowLongAndLargeARecordingIs();
     void aFailedRecordingLeavesTheNextOneWhole();
     void aFailedPreparationEndsInIdleWithAReason();
     void endedBySignalWhileRecordingTheProgramFinishesTheFile_data();
@@ -112,7 +114,7 @@ void TestSession::aTakenNameGetsANumber()
     earlier.close();
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     QVERIFY(goBackFromRecordButton(program, kStepsToName));
-    ProgramUnderTest::typeText(QStringLiteral("  demo "));
+    ProgramUnderTest::typeText(QStringLiteral("  demo.mp4 "));
     for (const char* name : {"demo (2).mp4", "demo (3).mp4"}) {
         const Take take = record(program, kMp4, kShortMs);
         QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
@@ -142,6 +144,24 @@ void TestSession::aRecordingIsInTheListOfFilesFromItsStartOn()
     program.kill();
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
     QCOMPARE(listed().value("filepath").toString(), take.path);
+}
+
+void TestSession::theListSaysHowLongAndLargeARecordingIs()
+{
+    ProgramUnderTest program;
+    QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+    const Take take = record(program, kMp4, kShortMs);
+    QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+    const auto properties = [&program] {
+        const QByteArray list = contentOf(program.dataFolder().filePath("file_data.json"));
+        return QJsonDocument::fromJson(list).array().first().toObject().value("properties").toObject();
+    };
+    QTRY_VERIFY2_WITH_TIMEOUT(properties().contains("durationMs"), qPrintable(program.transcript()), kMessageTimeoutMs);
+    QCOMPARE(properties().value("sizeBytes").toInteger(), QFileInfo(take.path).size());
+    const double lengthMs = MediaFile(take.path).durationSeconds() * 1000;
+    QVERIFY2(std::abs(properties().value("durationMs").toDouble() - lengthMs) < 100,
+             qPrintable(QString::number(lengthMs)));
+    QVERIFY(!properties().contains("unfinished"));
 }
 
 void TestSession::expectNothingRecorded(ProgramUnderTest& program, const QString& lastMessage, const QString& reason)
