@@ -176,6 +176,7 @@ signals:
     /// Of what is switched on; see AudioDevices.
     void audioLost(AudioPart part);
     void audioReturned(AudioPart part);
+    void audioFellBack(AudioPart part);
 
 private:
     bool startEngine(int width, int height, int fps);

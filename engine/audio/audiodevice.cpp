@@ -76,6 +76,9 @@ void AudioDevice::switchOn(const QByteArray& deviceId)
     obs_set_output_source(m_kind.channel, source.get());
     const ObsDataHandle settings(obs_source_get_settings(source.get()));
     if (deviceId != obs_data_get_string(settings.get(), kDeviceKey)) {
+        // It is not lost with the last one.
+        m_isLost = false;
+        m_lossTimer.stop();
         obs_data_set_string(settings.get(), kDeviceKey, deviceId.constData());
         obs_source_update(source.get(), settings.get());
     }
@@ -131,6 +134,17 @@ void AudioDevice::setMuted(bool muted)
 {
     if (m_source)
         obs_source_set_muted(m_source.get(), muted);
+}
+
+bool AudioDevice::canFallBack() const
+{
+    return m_source && device() != kDefaultAudioDevice && listDevices().values.contains(kDefaultAudioDevice);
+}
+
+void AudioDevice::fallBack()
+{
+    request(true, kDefaultAudioDevice);
+    applyRequest();
 }
 
 void AudioDevice::reopenIfMoved(const AudioServer& server)

@@ -75,6 +75,10 @@ public:
     /// From its loss until that is reported.
     QTimer& lossTimer() { return m_lossTimer; }
     void setMuted(bool muted);
+    /// Another one was chosen, and the default one is listed.
+    bool canFallBack() const;
+    /// Goes on with the default one, audible.
+    void fallBack();
     void reopen();
     /// Reopens it where the server has moved it from a microphone to what the computer plays, or the other way round.
     void reopenIfMoved(const AudioServer& server);

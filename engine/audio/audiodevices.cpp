@@ -178,13 +178,20 @@ void AudioDevices::follow(AudioDevice& device)
     device.applyRequest();
     if (!device.isWanted())
         return;
-    const bool isThere = device.isListed();
-    if (!isThere && !device.isLost())
-        lose(device);
-    else if (isThere && device.isLost())
+    if (!device.isListed())
+        miss(device);
+    else if (device.isLost())
         takeUp(device);
-    else if (isThere && m_server)
+    else if (m_server)
         device.reopenIfMoved(*m_server);
+}
+
+void AudioDevices::miss(AudioDevice& device)
+{
+    if (!device.isLost())
+        lose(device);
+    else if (!device.lossTimer().isActive() && device.canFallBack())
+        fallBack(device);
 }
 
 /// A server moves who listens to a microphone that vanishes to what the computer plays, and back with everybody else.
@@ -205,8 +212,20 @@ void AudioDevices::reportLoss(AudioDevice& device)
         device.lossTimer().start();
         return;
     }
+    if (device.canFallBack()) {
+        fallBack(device);
+        return;
+    }
     logLoss(device.part());
     emit lost(device.part());
+}
+
+void AudioDevices::fallBack(AudioDevice& device)
+{
+    SCLogger::warning(QStringLiteral("The chosen %1 has vanished: the default one is used")
+                          .arg(QLatin1String(nameOf(device.part()))));
+    device.fallBack();
+    emit fellBack(device.part());
 }
 
 void AudioDevices::takeUp(AudioDevice& device)

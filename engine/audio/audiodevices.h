@@ -46,6 +46,8 @@ signals:
     /// reported for each device, too.
     void lost(AudioPart part);
     void returned(AudioPart part);
+    /// A chosen device has been away for a while, and the default one takes its place for good.
+    void fellBack(AudioPart part);
 
 private:
     std::array<AudioDevice*, 2> both() { return {&m_microphone, &m_desktop}; }
@@ -59,8 +61,10 @@ private:
     void findServer();
     void restoreSources();
     void follow(AudioDevice& device);
+    void miss(AudioDevice& device);
     void lose(AudioDevice& device);
     void reportLoss(AudioDevice& device);
+    void fallBack(AudioDevice& device);
     void takeUp(AudioDevice& device);
 
     const CapturePlatform& m_platform;

@@ -146,6 +146,9 @@ public:
                          [this](AudioPart part) { m_texts << QStringLiteral("lost %1").arg(static_cast<int>(part)); });
         QObject::connect(&wrapper, &ObsWrapper::audioReturned, &m_context,
                          [this](AudioPart part) { m_texts << QStringLiteral("back %1").arg(static_cast<int>(part)); });
+        QObject::connect(&wrapper, &ObsWrapper::audioFellBack, &m_context, [this](AudioPart part) {
+            m_texts << QStringLiteral("default %1").arg(static_cast<int>(part));
+        });
     }
 
     qsizetype count() const { return m_texts.size(); }
@@ -250,6 +253,79 @@ private slots:
         // Away from it and back: the same device again would be no change.
         QCOMPARE(standins::countOf("update wasapi_input_capture"), 2);
         QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-1"));
+    }
+
+    void chosenMicrophoneThatStaysAwayIsReplacedByTheDefaultOne()
+    {
+        useAServer();
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        AudioReports reports(*m_wrapper);
+        const LogLines log;
+        const ObsSourceHandle microphone(obs_get_output_source(2));
+        behaviour().microphones = {{"Default", "default"}};
+        noticeChange();
+        QVERIFY(obs_source_muted(microphone.get()));
+        QCOMPARE(reports.take(), QStringList());
+        QTRY_COMPARE(reports.count(), 1);
+        QCOMPARE(reports.take(), QStringList{"default 1"});
+        QVERIFY(!obs_source_muted(microphone.get()));
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("default"));
+        QCOMPARE(log.count("[WARNING] The chosen microphone has vanished: the default one is used"), 1);
+        LevelNotes levels(*m_wrapper);
+        playTone(2);
+        QTRY_VERIFY(!levels.microphone.isEmpty() && hasTone(levels.microphone.last()));
+        // For good: who comes back later has to be chosen again.
+        listDevices();
+        noticeChange();
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("default"));
+        QCOMPARE(reports.take(), QStringList());
+    }
+
+    void chosenSpeakerIsReplacedByTheNextOneThatComesAfterAllHaveGone()
+    {
+        useAServer();
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("out-1"));
+        AudioReports reports(*m_wrapper);
+        behaviour().speakers.clear();
+        noticeChange();
+        QTRY_COMPARE(reports.count(), 1);
+        QCOMPARE(reports.take(), QStringList{"lost 2"});
+        behaviour().speakers = {{"Default", "default"}, {"Monitor", "out-2"}};
+        noticeChange();
+        QCOMPARE(reports.take(), QStringList{"default 2"});
+        QCOMPARE(standins::lastSettings("wasapi_output_capture").value("device_id").toString(), QString("default"));
+        const ObsSourceHandle speaker(obs_get_output_source(1));
+        QVERIFY(!obs_source_muted(speaker.get()));
+    }
+
+    void anotherMicrophoneThatIsChosenIsNotLostWithTheLastOne()
+    {
+        useAServer();
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        AudioReports reports(*m_wrapper);
+        behaviour().microphones = {{"Default", "default"}, {"Headset", "mic-2"}};
+        noticeChange();
+        const ObsSourceHandle microphone(obs_get_output_source(2));
+        QVERIFY(obs_source_muted(microphone.get()));
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-2"));
+        QVERIFY(!obs_source_muted(microphone.get()));
+        QTest::qWait(2 * static_cast<int>(kLossDelay.count()));
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-2"));
+        QCOMPARE(reports.take(), QStringList());
+    }
+
+    void chosenMicrophoneIsReplacedWherePluginsKeepTheirDevices()
+    {
+        EngineTimings timings;
+        timings.audioDevicesInterval = std::chrono::milliseconds(1);
+        timings.audioLossDelay = kLossDelay;
+        makeAndStart(standins::platform(), timings);
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        AudioReports reports(*m_wrapper);
+        behaviour().microphones = {{"Default", "default"}};
+        QTRY_COMPARE(reports.count(), 1);
+        QCOMPARE(reports.take(), QStringList{"default 1"});
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("default"));
     }
 
     void microphoneThatIsSwitchedOffIsNotLookedFor()
