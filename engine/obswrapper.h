@@ -90,14 +90,14 @@ public:
 
     /// An empty list becomes "No Device" and "default".
     void refreshMicDevices() override { m_audio.microphone().refreshDevices(); }
-    void refreshDesktopDevices() { m_audio.desktop().refreshDevices(); }
+    void refreshDesktopDevices() override { m_audio.desktop().refreshDevices(); }
 
     const QStringList& captureTargetNames() const { return m_capture.targetNames(); }
     const QStringList& captureTargetValues() const { return m_capture.targetValues(); }
     const QStringList& micDeviceNames() const override { return m_audio.microphone().names(); }
-    const QStringList& micDeviceIds() const { return m_audio.microphone().ids(); }
-    const QStringList& desktopDeviceNames() const { return m_audio.desktop().names(); }
-    const QStringList& desktopDeviceIds() const { return m_audio.desktop().ids(); }
+    const QStringList& micDeviceIds() const override { return m_audio.microphone().ids(); }
+    const QStringList& desktopDeviceNames() const override { return m_audio.desktop().names(); }
+    const QStringList& desktopDeviceIds() const override { return m_audio.desktop().ids(); }
 
     /// Replaces the file output and its audio encoders.
     bool createOutputMode() { return m_fileOutput.create(); }

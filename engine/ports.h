@@ -67,5 +67,9 @@ public:
     virtual void setMicDevice(bool enabled, const QString& deviceId) = 0;
     virtual void refreshMicDevices() = 0;
     virtual const QStringList& micDeviceNames() const = 0;
+    virtual const QStringList& micDeviceIds() const = 0;
+    virtual void refreshDesktopDevices() = 0;
+    virtual const QStringList& desktopDeviceNames() const = 0;
+    virtual const QStringList& desktopDeviceIds() const = 0;
     virtual void setCaptureCursor(bool show) = 0;
 };

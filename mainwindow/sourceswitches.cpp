@@ -3,11 +3,13 @@
 
 #include "app/settings.h"
 #include "engine/obswrapper.h"
+#include "mainwindow/audiodevicemenu.h"
 #include "mainwindow/notices/notices.h"
 #include "overlays/scswitchwidget.h"
 #include "widgets/messagebox.h"
 #include "widgets/volumecontrol.h"
 
+#include <QPushButton>
 #include <QSettings>
 #include <QSignalBlocker>
 #include <QWidget>
@@ -36,15 +38,46 @@ qsizetype microphoneCount(SourcePort& sources)
     return sources.micDeviceNames().size();
 }
 
+QList<AudioDeviceEntry> entries(const QStringList& names, const QStringList& ids)
+{
+    QList<AudioDeviceEntry> devices;
+    for (qsizetype position = 0; position < names.size(); ++position)
+        devices.append({names.at(position), ids.value(position)});
+    return devices;
+}
+
+QList<AudioDeviceEntry> speakers(SourcePort& sources)
+{
+    sources.refreshDesktopDevices();
+    return entries(sources.desktopDeviceNames(), sources.desktopDeviceIds());
+}
+
+QList<AudioDeviceEntry> microphones(SourcePort& sources)
+{
+    sources.refreshMicDevices();
+    return entries(sources.micDeviceNames(), sources.micDeviceIds());
+}
+
 } // namespace
 
 SourceSwitches::SourceSwitches(const SourceRows& rows, SourcePort& sources, Notices& notices, QSettings& settings,
                                QWidget* window)
-    : QObject(window), m_rows(rows), m_sources(sources), m_notices(notices), m_settings(settings), m_window(*window)
+    : QObject(window)
+    , m_rows(rows)
+    , m_sources(sources)
+    , m_notices(notices)
+    , m_settings(settings)
+    , m_window(*window)
+    , m_speakerDevices(new AudioDeviceMenu(rows.speakerDevices, [&sources] { return speakers(sources); }))
+    , m_micDevices(new AudioDeviceMenu(rows.micDevices, [&sources] { return microphones(sources); }))
 {
     connect(&m_rows.speakerSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onSpeakerSwitched);
     connect(&m_rows.micSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onMicSwitched);
     connect(&m_rows.mouseSwitch, &SCSwitchWidget::checkedChanged, this, &SourceSwitches::onMouseSwitched);
+    // A switch that is off keeps the choice for later.
+    connect(m_speakerDevices, &AudioDeviceMenu::chosen, this,
+            [this] { applySpeaker(m_rows.speakerSwitch.isChecked()); });
+    connect(m_micDevices, &AudioDeviceMenu::chosen, this, [this] { applyMic(m_rows.micSwitch.isChecked()); });
     showWithoutAsking(m_rows.mouseSwitch, m_settings.value(settingskeys::kMouseSwitch).toBool());
 }
 
@@ -57,6 +90,7 @@ void SourceSwitches::attachEngine(ObsWrapper& engine)
 {
     connect(&engine, &ObsWrapper::audioLost, this, &SourceSwitches::onAudioLost);
     connect(&engine, &ObsWrapper::audioReturned, this, &SourceSwitches::onAudioReturned);
+    connect(&engine, &ObsWrapper::audioFellBack, this, &SourceSwitches::onAudioFellBack);
     connect(&engine, &ObsWrapper::playerVolumeDataChange, &m_rows.speakerMeter, &VolumeControl::setLevels);
     connect(&engine, &ObsWrapper::micVolumeDataChange, &m_rows.micMeter, &VolumeControl::setLevels);
     prepareMeter(m_rows.speakerMeter, engine.desktopMeterChannels(), engine.audioOutputChannels());
@@ -106,6 +140,14 @@ void SourceSwitches::onAudioReturned(AudioPart part)
     }
 }
 
+void SourceSwitches::onAudioFellBack(AudioPart part)
+{
+    if (part == AudioPart::Microphone)
+        m_notices.post({tr("%1 is gone: the default microphone is used.").arg(m_micDevices->fallBack())});
+    else
+        m_notices.post({tr("%1 is gone: the sound of the default speaker is used.").arg(m_speakerDevices->fallBack())});
+}
+
 void SourceSwitches::onSpeakerSwitched(bool on)
 {
     applySpeaker(on);
@@ -135,14 +177,14 @@ void SourceSwitches::onMouseSwitched(bool on)
 
 void SourceSwitches::applySpeaker(bool on)
 {
-    m_sources.setDesktopAudioDevice(on, kDefaultAudioDevice);
+    m_sources.setDesktopAudioDevice(on, m_speakerDevices->deviceId());
     m_rows.speakerMeter.resetLevels();
     m_rows.speakerMeter.setActive(on);
 }
 
 void SourceSwitches::applyMic(bool on)
 {
-    m_sources.setMicDevice(on, kDefaultAudioDevice);
+    m_sources.setMicDevice(on, m_micDevices->deviceId());
     m_rows.micMeter.resetLevels();
     m_rows.micMeter.setActive(on);
 }

@@ -4,8 +4,10 @@
 #include <QObject>
 
 enum class AudioPart;
+class AudioDeviceMenu;
 class Notices;
 class ObsWrapper;
+class QPushButton;
 class QSettings;
 class SCSwitchWidget;
 class SourcePort;
@@ -14,14 +16,16 @@ class VolumeControl;
 struct SourceRows
 {
     SCSwitchWidget& speakerSwitch;
+    QPushButton& speakerDevices;
     VolumeControl& speakerMeter;
     SCSwitchWidget& micSwitch;
+    QPushButton& micDevices;
     VolumeControl& micMeter;
     SCSwitchWidget& mouseSwitch;
 };
 
-/// The switches for audio and pointer set the engine, the meters and the settings. Audio that is lost, or back, is
-/// reported to the user. User-interface thread.
+/// The switches for audio and pointer set the engine, the meters and the settings, and the menus of the audio devices
+/// the engine. Audio that is lost, or back, is reported to the user. User-interface thread.
 class SourceSwitches : public QObject
 {
     Q_OBJECT
@@ -41,6 +45,7 @@ public:
 
     void onAudioLost(AudioPart part);
     void onAudioReturned(AudioPart part);
+    void onAudioFellBack(AudioPart part);
 
 private:
     void onSpeakerSwitched(bool on);
@@ -54,4 +59,6 @@ private:
     Notices& m_notices;
     QSettings& m_settings;
     QWidget& m_window;
+    AudioDeviceMenu* const m_speakerDevices;
+    AudioDeviceMenu* const m_micDevices;
 };

@@ -87,9 +87,11 @@ Take record(ProgramUnderTest& program, const QString& extension, int millisecond
 /// How often Shift+Tab is pressed from the record button, which has the keyboard after the start, to a control.
 inline constexpr int kStepsToFormat = 3;
 inline constexpr int kStepsToName = 4;
-inline constexpr int kStepsToWebcam = 7;
-inline constexpr int kStepsToRatio = 13;
-inline constexpr int kStepsToRegion = 15;
+inline constexpr int kStepsToMicrophones = 6;
+inline constexpr int kStepsToSpeakers = 8;
+inline constexpr int kStepsToWebcam = 9;
+inline constexpr int kStepsToRatio = 15;
+inline constexpr int kStepsToRegion = 17;
 /// From where the keyboard is after the recording of a region: the tile has passed it on, because a recording disables
 /// it.
 inline constexpr int kStepsToRegionAgain = 7;

@@ -64,6 +64,15 @@ void menu(const Look& look, const QByteArray& name, const SCMainWindow& window, 
     menu->close();
 }
 
+void devices(const Look& look, const SCMainWindow& window)
+{
+    child<QPushButton>(window, "micDevicesButton").click();
+    QWidget* const menu = QApplication::activePopupWidget();
+    waitFor(*menu);
+    look({"devices", menu->geometry() | window.geometry(), {menu}});
+    menu->close();
+}
+
 void notice(const Look& look, SCMainWindow& window)
 {
     const auto translated = [](const char* text) { return QCoreApplication::translate("FilePage", text); };
@@ -139,6 +148,7 @@ void mainWindow(const Look& look)
     child<QPushButton>(window, "recordingTab").click();
     stopAtList(look, "formats", window, "formatBox");
     stopAtList(look, "ratios", window, "ratioBox");
+    devices(look, window);
     child<SCSwitchWidget>(window, "micSwitch").setFocus();
     stop(look, "focus", window);
     constexpr int kLanguageEntry = 1;

@@ -282,12 +282,19 @@ private slots:
     {
         SCMainWindow window;
         window.show();
-        const QStringList order{"recordButton",   "recordingTab", "screenshotTab",    "filesTab",
-                                "settingsBtn",    "menuBtn",      "minimizeBtn",      "closeBtn",
-                                "fullScreenTile", "regionTile",   "windowTile",       "ratioBox",
-                                "lockButton",     "widthEdit",    "heightEdit",       "screenSwitch",
-                                "mouseSwitch",    "webcamSwitch", "speakerSwitch",    "micSwitch",
-                                "fileNameEdit",   "formatBox",    "saveLocationEdit", "changeLocationButton"};
+        const QStringList order{"recordButton",         "recordingTab",
+                                "screenshotTab",        "filesTab",
+                                "settingsBtn",          "menuBtn",
+                                "minimizeBtn",          "closeBtn",
+                                "fullScreenTile",       "regionTile",
+                                "windowTile",           "ratioBox",
+                                "lockButton",           "widthEdit",
+                                "heightEdit",           "screenSwitch",
+                                "mouseSwitch",          "webcamSwitch",
+                                "speakerDevicesButton", "speakerSwitch",
+                                "micDevicesButton",     "micSwitch",
+                                "fileNameEdit",         "formatBox",
+                                "saveLocationEdit",     "changeLocationButton"};
         const QWidget* widget = child<QWidget>(window, "recordButton");
         for (const QString& name : order) {
             QCOMPARE(widget->objectName(), name);

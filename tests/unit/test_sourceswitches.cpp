@@ -11,6 +11,8 @@
 #include "widgets/volumecontrol.h"
 
 #include <QApplication>
+#include <QMenu>
+#include <QPushButton>
 #include <QSettings>
 #include <QTest>
 
@@ -24,22 +26,44 @@ class FakeSources : public SourcePort
 public:
     void setDesktopAudioDevice(bool enabled, const QString& deviceId) override { note("speaker", enabled, deviceId); }
     void setMicDevice(bool enabled, const QString& deviceId) override { note("microphone", enabled, deviceId); }
-    void refreshMicDevices() override { names = QStringList(microphones, QStringLiteral("microphone")); }
+    void refreshMicDevices() override
+    {
+        names = QStringList{"The default", "Desk & wall", "Headset"}.first(microphones);
+        ids = QStringList{"default", "mic-1", "mic-2"}.first(microphones);
+    }
     const QStringList& micDeviceNames() const override { return names; }
+    const QStringList& micDeviceIds() const override { return ids; }
+    void refreshDesktopDevices() override {}
+    const QStringList& desktopDeviceNames() const override { return speakerNames; }
+    const QStringList& desktopDeviceIds() const override { return speakerIds; }
     void setCaptureCursor(bool show) override { calls << QStringLiteral("pointer %1").arg(int(show)); }
 
     QStringList calls;
     int microphones = 2;
+    QStringList speakerNames{"The default", "Headphones"};
+    QStringList speakerIds{"default", "out-1"};
 
 private:
+    /// The default device goes without saying.
     void note(const char* device, bool enabled, const QString& deviceId)
     {
-        QCOMPARE(deviceId, QStringLiteral("default"));
-        calls << QStringLiteral("%1 %2").arg(QLatin1String(device)).arg(int(enabled));
+        const QString named = enabled && deviceId != kDefaultAudioDevice ? QLatin1Char(' ') + deviceId : QString();
+        calls << QStringLiteral("%1 %2%3").arg(QLatin1String(device)).arg(int(enabled)).arg(named);
     }
 
     QStringList names;
+    QStringList ids;
 };
+
+/// What a menu says of its entries: "*" the checked one, "-" one that cannot be chosen.
+QStringList texts(const QMenu& menu)
+{
+    QStringList texts;
+    for (const QAction* const entry : menu.actions())
+        texts << QLatin1String(entry->isChecked() ? "*" : "") + QLatin1String(entry->isEnabled() ? "" : "-") +
+                     entry->text();
+    return texts;
+}
 
 using Levels = std::array<float, VolumeControl::kMaxChannels>;
 
@@ -60,6 +84,9 @@ private slots:
         m_speaker = new SCSwitchWidget(m_window.get());
         m_mic = new SCSwitchWidget(m_window.get());
         m_mouse = new SCSwitchWidget(m_window.get());
+        m_speakerDevices = new QPushButton(m_window.get());
+        m_micDevices = new QPushButton(m_window.get());
+        m_micDevices->setAccessibleName(QStringLiteral("Choose Microphone"));
         m_speakerMeter = new VolumeControl(m_window.get());
         m_micMeter = new VolumeControl(m_window.get());
         for (VolumeControl* const meter : {m_speakerMeter, m_micMeter}) {
@@ -175,6 +202,87 @@ private slots:
         QCOMPARE(boxes.calls().size(), std::size_t(0));
     }
 
+    void chosenMicrophoneIsUsedUntilAnotherOneIsChosen()
+    {
+        m_settings->setValue(settingskeys::kMicSwitch, true);
+        make().restore();
+        m_sources.microphones = 3;
+        m_sources.calls.clear();
+        const QMap<QString, QVariant> before = stored();
+        choose(*m_micDevices, 2);
+        QCOMPARE(m_sources.calls, QStringList{"microphone 1 mic-2"});
+        m_mic->setChecked(false);
+        m_mic->setChecked(true);
+        QCOMPARE(m_sources.calls.sliced(1), (QStringList{"microphone 0", "microphone 1 mic-2"}));
+        QCOMPARE(texts(openMenu(*m_micDevices)), (QStringList{"Default", "Desk && wall", "*Headset"}));
+        choose(*m_micDevices, 2);
+        QCOMPARE(m_sources.calls.size(), 3);
+        choose(*m_micDevices, 0);
+        QCOMPARE(m_sources.calls.sliced(3), QStringList{"microphone 1"});
+        // The next run begins with the default device.
+        QCOMPARE(stored(), before);
+    }
+
+    void speakerThatIsChosenWhileOffIsUsedOnceItIsSwitchedOn()
+    {
+        m_settings->setValue(settingskeys::kSpeakerSwitch, false);
+        make().restore();
+        m_sources.calls.clear();
+        choose(*m_speakerDevices, 1);
+        QCOMPARE(m_sources.calls, QStringList{"speaker 0"});
+        QVERIFY(!m_speaker->isChecked());
+        m_speaker->setChecked(true);
+        QCOMPARE(m_sources.calls.sliced(1), QStringList{"speaker 1 out-1"});
+    }
+
+    void deviceIsChosenWithTheKeyboard()
+    {
+        make().restore();
+        m_sources.calls.clear();
+        m_window->show();
+        QTest::keyClick(m_speakerDevices, Qt::Key_Space);
+        QMenu* const menu = shownMenu();
+        QVERIFY(menu != nullptr);
+        QTest::keyClick(menu, Qt::Key_Down);
+        QTest::keyClick(menu, Qt::Key_Return);
+        QCOMPARE(m_sources.calls, QStringList{"speaker 1 out-1"});
+        QVERIFY(shownMenu() == nullptr);
+    }
+
+    void menuOfDevicesIsNamedAndBelowItsButton()
+    {
+        make();
+        const QMenu& menu = openMenu(*m_micDevices);
+        QCOMPARE(menu.accessibleName(), QStringLiteral("Choose Microphone"));
+        QCOMPARE(menu.pos(), m_micDevices->mapToGlobal(QPoint(0, m_micDevices->height())));
+    }
+
+    void chosenDeviceThatIsAwayIsShownAsSuch()
+    {
+        make();
+        choose(*m_micDevices, 1);
+        m_sources.microphones = 1;
+        QCOMPARE(texts(openMenu(*m_micDevices)), (QStringList{"Default", "*-Desk && wall"}));
+    }
+
+    void deviceThatIsReplacedByTheDefaultOneIsReported()
+    {
+        QStringList notices;
+        connect(&m_notices, &Notices::posted, m_window.get(), [&](const Notice& notice) { notices << notice.text; });
+        SourceSwitches& switches = make();
+        choose(*m_micDevices, 1);
+        choose(*m_speakerDevices, 1);
+        switches.onAudioFellBack(AudioPart::Microphone);
+        QCOMPARE(notices, QStringList{"Desk & wall is gone: the default microphone is used."});
+        QCOMPARE(texts(openMenu(*m_micDevices)), (QStringList{"*Default", "Desk && wall"}));
+        QCOMPARE(texts(openMenu(*m_speakerDevices)), (QStringList{"Default", "*Headphones"}));
+        switches.onAudioFellBack(AudioPart::Desktop);
+        QCOMPARE(notices.value(1), QStringLiteral("Headphones is gone: the sound of the default speaker is used."));
+        m_sources.calls.clear();
+        m_mic->setChecked(true);
+        QCOMPARE(m_sources.calls, QStringList{"microphone 1"});
+    }
+
     void audioThatIsLostOrBackIsReported_data()
     {
         QTest::addColumn<AudioPart>("part");
@@ -207,9 +315,29 @@ private slots:
 private:
     SourceSwitches& make()
     {
-        const SourceRows rows{*m_speaker, *m_speakerMeter, *m_mic, *m_micMeter, *m_mouse};
+        const SourceRows rows{*m_speaker,    *m_speakerDevices, *m_speakerMeter, *m_mic,
+                              *m_micDevices, *m_micMeter,       *m_mouse};
         return *new SourceSwitches(rows, m_sources, m_notices, *m_settings, m_window.get());
     }
+
+    static QMenu* shownMenu()
+    {
+        for (QWidget* const widget : QApplication::topLevelWidgets())
+            if (auto* const menu = qobject_cast<QMenu*>(widget); menu != nullptr && menu->isVisible())
+                return menu;
+        return nullptr;
+    }
+
+    /// In the place of one that is open.
+    static QMenu& openMenu(QPushButton& button)
+    {
+        if (QMenu* const open = shownMenu())
+            open->hide();
+        button.click();
+        return *shownMenu();
+    }
+
+    static void choose(QPushButton& button, int entry) { openMenu(button).actions().at(entry)->trigger(); }
 
     void expectWarning(const messagebox::Recorder& boxes, const char* text) const
     {
@@ -252,6 +380,8 @@ private:
     SCSwitchWidget* m_speaker = nullptr;
     SCSwitchWidget* m_mic = nullptr;
     SCSwitchWidget* m_mouse = nullptr;
+    QPushButton* m_speakerDevices = nullptr;
+    QPushButton* m_micDevices = nullptr;
     VolumeControl* m_speakerMeter = nullptr;
     VolumeControl* m_micMeter = nullptr;
 };
