@@ -3,6 +3,7 @@
 
 #include "platform/windowing/overlay_window.h"
 
+#include <QCursor>
 #include <QDebug>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -10,11 +11,37 @@
 #include <QPainter>
 #include <QScreen>
 
+#include <utility>
+
 namespace {
 
 constexpr QColor kVeil(0, 0, 0, 100);
 constexpr QColor kSelection(255, 255, 255, 50);
 constexpr int kOutlinePx = 2;
+
+/// Which way an arrow key moves the pointer, in logical pixels.
+QPoint stepOf(const QKeyEvent& event)
+{
+    constexpr int kStepPx = 10;
+    const int length = event.modifiers().testFlag(Qt::ShiftModifier) ? 1 : kStepPx;
+    switch (event.key()) {
+    case Qt::Key_Left:
+        return {-length, 0};
+    case Qt::Key_Right:
+        return {length, 0};
+    case Qt::Key_Up:
+        return {0, -length};
+    case Qt::Key_Down:
+        return {0, length};
+    default:
+        return {};
+    }
+}
+
+bool isMark(int key)
+{
+    return key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter;
+}
 
 QPixmap grabBelow(QScreen& screen, const QWidget& window)
 {
@@ -48,9 +75,15 @@ void AreaSelector::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton)
         return;
-    m_selecting = true;
-    m_startPoint = m_currentPoint = event->position().toPoint();
     setCursor(Qt::CrossCursor);
+    beginAt(event->position().toPoint());
+}
+
+void AreaSelector::beginAt(const QPoint& position)
+{
+    m_selecting = true;
+    m_isMarked = false;
+    m_startPoint = m_currentPoint = position;
     showSelection();
 }
 
@@ -64,9 +97,14 @@ void AreaSelector::mouseMoveEvent(QMouseEvent* event)
 
 void AreaSelector::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton || !m_selecting)
-        return;
+    if (event->button() == Qt::LeftButton && m_selecting)
+        finish();
+}
+
+void AreaSelector::finish()
+{
     m_selecting = false;
+    m_isMarked = false;
     m_selectedRect = dragged();
     qDebug() << "Selected Area - X:" << m_selectedRect.x() << "Y:" << m_selectedRect.y()
              << "Width:" << m_selectedRect.width() << "Height:" << m_selectedRect.height();
@@ -94,11 +132,42 @@ void AreaSelector::showNeighboursSelection(const QRect& selection)
 
 void AreaSelector::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Escape) {
-        QGuiApplication::restoreOverrideCursor();
-        hide();
-    }
+    const int key = event->key();
+    if (const QPoint step = stepOf(*event); !step.isNull())
+        movePointer(step);
+    else if (isMark(key) && !event->isAutoRepeat())
+        markCorner();
+    else if (key == Qt::Key_Escape)
+        cancel();
     QWidget::keyPressEvent(event);
+}
+
+/// The pointer may be on a neighbour: the corners are this selector's all the same.
+void AreaSelector::movePointer(const QPoint& step)
+{
+    QCursor::setPos(QCursor::pos() + step);
+    if (!m_isMarked)
+        return;
+    m_currentPoint = mapFromGlobal(QCursor::pos());
+    showSelection();
+}
+
+void AreaSelector::markCorner()
+{
+    if (m_isMarked) {
+        finish();
+        return;
+    }
+    beginAt(mapFromGlobal(QCursor::pos()));
+    m_isMarked = true;
+}
+
+void AreaSelector::cancel()
+{
+    // There is no button that is still held.
+    m_selecting = m_selecting && !std::exchange(m_isMarked, false);
+    QGuiApplication::restoreOverrideCursor();
+    hide();
 }
 
 /// Comes before the window is on the screen.

@@ -7,9 +7,10 @@
 #include <QRect>
 #include <QWidget>
 
-/// Lets the user drag out a rectangle of a screen, at first of the primary one. The caller sets the override cursor and
-/// activates the selector; a selection, or Escape, which only hides it, restores the cursor. The receiver of
-/// areaSelected() hides and deletes it.
+/// Lets the user drag out a rectangle of a screen, at first of the primary one. Without a mouse the arrow keys move the
+/// pointer, with Shift by single pixels, and Space or Enter marks one corner and then the other. The caller sets the
+/// override cursor and activates the selector; a selection, or Escape, which only hides it, restores the cursor. The
+/// receiver of areaSelected() hides and deletes it.
 class AreaSelector : public QWidget
 {
     Q_OBJECT
@@ -35,6 +36,11 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void beginAt(const QPoint& position);
+    void finish();
+    void movePointer(const QPoint& step);
+    void markCorner();
+    void cancel();
     void showSelection();
     void showNeighboursSelection(const QRect& selection);
     static void paintSelection(QPainter& painter, const QRect& selection);
@@ -44,6 +50,8 @@ private:
     QPoint m_currentPoint;
     QRect m_selectedRect;
     bool m_selecting = false;
+    /// The first corner was marked with a key.
+    bool m_isMarked = false;
     QList<AreaSelector*> m_neighbours;
     /// What is being dragged on a neighbour, in own coordinates, else null.
     QRect m_neighboursSelection;

@@ -4,6 +4,7 @@
 #include "tests/support/testrun.h"
 #include "tests/support/widgetimage.h"
 
+#include <QCursor>
 #include <QGuiApplication>
 #include <QImage>
 #include <QMouseEvent>
@@ -155,9 +156,54 @@ private slots:
         AreaSelector selector;
         QGuiApplication::setOverrideCursor(Qt::CrossCursor);
         selector.show();
-        QTest::keyClick(&selector, Qt::Key_Return);
+        QTest::keyClick(&selector, Qt::Key_Delete);
         QVERIFY(selector.isVisible());
         QVERIFY(QGuiApplication::overrideCursor() != nullptr);
+    }
+
+    void cornersAreMarkedWithKeys_data()
+    {
+        QTest::addColumn<Qt::Key>("mark");
+        QTest::newRow("Space") << Qt::Key_Space;
+        QTest::newRow("Return") << Qt::Key_Return;
+        QTest::newRow("Enter") << Qt::Key_Enter;
+    }
+
+    void cornersAreMarkedWithKeys()
+    {
+        QFETCH(const Qt::Key, mark);
+        AreaSelector selector;
+        const QSignalSpy selected(&selector, &AreaSelector::areaSelected);
+        QGuiApplication::setOverrideCursor(Qt::CrossCursor);
+        selector.show();
+        QCursor::setPos(selector.mapToGlobal(QPoint(100, 100)));
+        QTest::keyClick(&selector, Qt::Key_Left);
+        QTest::keyClick(&selector, Qt::Key_Down, Qt::ShiftModifier);
+        QCOMPARE(imageOf(selector), veil(selector.size()));
+        QTest::keyClick(&selector, mark);
+        for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Right, Qt::Key_Up})
+            QTest::keyClick(&selector, key);
+        QTest::keyClick(&selector, Qt::Key_Right, Qt::ShiftModifier);
+        QCOMPARE(imageOf(selector).pixelColor(95, 95).value(), lightened().value());
+        QCOMPARE(selected.size(), 0);
+        QTest::keyClick(&selector, mark);
+        QCOMPARE(selected, (QList<QVariantList>{{QRect(QPoint(90, 91), QPoint(121, 101))}}));
+        QVERIFY(QGuiApplication::overrideCursor() == nullptr);
+    }
+
+    void escapeDropsAMarkedCorner()
+    {
+        AreaSelector selector;
+        const QSignalSpy selected(&selector, &AreaSelector::areaSelected);
+        selector.show();
+        QCursor::setPos(selector.mapToGlobal(QPoint(100, 100)));
+        QTest::keyClick(&selector, Qt::Key_Space);
+        QTest::keyClick(&selector, Qt::Key_Escape);
+        selector.show();
+        moveWithoutButton(selector, QPoint(40, 60));
+        QCOMPARE(imageOf(selector), veil(selector.size()));
+        QTest::keyClick(&selector, Qt::Key_Space);
+        QCOMPARE(selected.size(), 0);
     }
 
     void theRectangleShowsOnlyWhileItIsDragged()
