@@ -20,6 +20,8 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <utility>
+
 namespace {
 
 constexpr QSize kBarSize(280, 40);
@@ -32,6 +34,7 @@ constexpr int kCornerRadiusPx = 8;
 constexpr int kWindowFlags = 0x4001B;
 constexpr int kTopEdgePx = 10;
 constexpr double kHighestAlpha = 230.0;
+constexpr int kOpaque = 255;
 
 QIcon image(const char* name)
 {
@@ -139,6 +142,8 @@ void SCFullscreenToolbar::setUpAnimation(int fadeMs)
     connect(m_opacityAnimation, &QPropertyAnimation::finished, this, [this] {
         if (m_opacityAnimation->endValue().toDouble() == 0.0)
             QWidget::setVisible(false);
+        else
+            platform::setWindowAlpha(*this, kOpaque);
     });
     connect(m_opacityAnimation, &QPropertyAnimation::valueChanged, this, [this](const QVariant& value) {
         if (isVisible() && internalWinId() != 0)
@@ -251,20 +256,21 @@ void SCFullscreenToolbar::setTopEdgeOnly(bool topEdgeOnly)
     if (topEdgeOnly == m_topEdgeOnly)
         return;
     m_topEdgeOnly = topEdgeOnly;
-    updatePolling();
-    if (m_wish != Wish::Shown)
-        return;
-    if (comesAndGoes())
+    const bool isPinned = m_autoHideButton->isChecked();
+    const bool wasReleased = std::exchange(m_isPinReleased, topEdgeOnly && isPinned);
+    m_autoHideButton->setChecked(!topEdgeOnly && (isPinned || wasReleased));
+    if (m_wish == Wish::Shown && m_autoHide)
         checkMousePosition();
-    else
-        fadeIn();
 }
 
 void SCFullscreenToolbar::setVisible(bool visible)
 {
     m_wish = visible ? Wish::Shown : Wish::Hidden;
+    // A bar that was pinned into one video is not pinned into the next.
+    if (!visible)
+        setTopEdgeOnly(false);
     updatePolling();
-    const bool mustWait = visible && m_topEdgeOnly && !isPointerAtTopEdge();
+    const bool mustWait = visible && m_topEdgeOnly && m_autoHide && !isPointerAtTopEdge();
     if (!mustWait)
         QWidget::setVisible(visible);
 }
@@ -274,15 +280,15 @@ void SCFullscreenToolbar::onAutoHideToggled(bool checked)
     m_autoHide = !checked;
     m_autoHideButton->setChecked(checked);
     updatePolling();
-    if (!comesAndGoes() && m_wish == Wish::Shown)
+    if (!m_autoHide && m_wish == Wish::Shown)
         fadeIn();
 }
 
 /// A bar that was hidden, or never shown, does not poll.
 void SCFullscreenToolbar::updatePolling()
 {
-    const bool looksOut = m_wish == Wish::Shown ? comesAndGoes() : m_wish == Wish::None && m_autoHide;
-    if (!looksOut)
+    const bool isWanted = m_wish == Wish::Shown || (m_wish == Wish::None && !m_topEdgeOnly);
+    if (!m_autoHide || !isWanted)
         m_mousePollTimer->stop();
     else if (!m_mousePollTimer->isActive())
         m_mousePollTimer->start();
@@ -358,7 +364,7 @@ bool SCFullscreenToolbar::eventFilter(QObject* watched, QEvent* event)
 
 void SCFullscreenToolbar::leaveEvent(QEvent* event)
 {
-    if (comesAndGoes() && !isPointerInside())
+    if (m_autoHide && !isPointerInside())
         checkMousePosition();
     QWidget::leaveEvent(event);
 }

@@ -14,7 +14,8 @@ class QPropertyAnimation;
 class QPushButton;
 class QTimer;
 
-/// The bar that floats over the desktop during a recording: record and pause buttons, elapsed time, pin. Unpinned it
+/// The bar that floats over the desktop during a recording: record and pause buttons, elapsed time, pin. The pin is in
+/// at first, and its first click switches auto-hide on. Unpinned the bar
 /// fades out when the pointer leaves it, and in when the pointer touches the top edge of the primary screen or the
 /// bar's position. Never takes the keyboard focus. Logical pixels. User-interface thread.
 class SCFullscreenToolbar : public QWidget
@@ -33,7 +34,8 @@ public:
     void setPausable(bool pausable);
     void setPaused(bool paused);
 
-    /// For a position that is recorded: the bar is visible only while the pointer is at the top edge or over it.
+    /// For a position that is recorded: the pin is out until the user presses it or the bar is hidden, and the bar is
+    /// visible only while the pointer is at the top edge or over it.
     void setTopEdgeOnly(bool topEdgeOnly);
 
     /// Logical pixels of the desktop. Tool tips stay out of it.
@@ -47,7 +49,7 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-    /// 230 of 255 for an opacity of 1.0.
+    /// 230 of 255 for an opacity of 1.0. A bar that has faded in is opaque.
     static int layeredAlpha(double opacity);
 
 signals:
@@ -81,7 +83,6 @@ private:
     void updatePauseButton();
     void retranslate();
     void updatePolling();
-    bool comesAndGoes() const { return m_autoHide || m_topEdgeOnly; }
     bool isPointerAtTopEdge() const;
     bool isPointerInside() const;
     void fadeIn();
@@ -104,6 +105,8 @@ private:
     QWidget* m_container = nullptr;
     bool m_paused = false;
     bool m_topEdgeOnly = false;
+    /// Not by the user.
+    bool m_isPinReleased = false;
     QRect m_recordedArea;
     bool m_concealed = false;
     bool m_hasOpenCorners = true;

@@ -430,7 +430,7 @@ private slots:
         QVERIFY(!bar.isVisible());
         bar.show();
         QVERIFY(!bar.isVisible());
-        QVERIFY(button(bar, "autoHideButton")->isChecked());
+        QVERIFY(!button(bar, "autoHideButton")->isChecked());
         QCursor::setPos(screenPoint(400, 30));
         QTest::qWait(kFadeIsOverMs);
         QVERIFY(!bar.isVisible());
@@ -451,17 +451,49 @@ private slots:
         QVERIFY(!bar.isVisible());
     }
 
-    void topEdgeOnlyLeavesThePinAsItIs()
+    void topEdgeOnlyReleasesThePinForAsLongAsItLasts()
     {
         BriefToolbar bar;
         showAtTop(bar);
         bar.setTopEdgeOnly(true);
-        QVERIFY(button(bar, "autoHideButton")->isChecked());
+        QVERIFY(!button(bar, "autoHideButton")->isChecked());
         QTRY_VERIFY(!bar.isVisible());
         bar.setTopEdgeOnly(false);
+        QVERIFY(button(bar, "autoHideButton")->isChecked());
         QTRY_COMPARE(effect(bar)->opacity(), 1.0);
         QVERIFY(bar.isVisible());
         QVERIFY(!pollTimer(bar)->isActive());
+    }
+
+    void topEdgeOnlyLeavesAPinOutThatTheUserHasReleased()
+    {
+        BriefToolbar bar;
+        showAtTop(bar);
+        button(bar, "autoHideButton")->click();
+        bar.setTopEdgeOnly(true);
+        bar.setTopEdgeOnly(false);
+        QVERIFY(!button(bar, "autoHideButton")->isChecked());
+        QVERIFY(pollTimer(bar)->isActive());
+    }
+
+    void pinKeepsABarInSightThatWaitsAtTheTopEdgeUntilItIsHidden()
+    {
+        BriefToolbar bar;
+        showAtTop(bar);
+        bar.setTopEdgeOnly(true);
+        QCursor::setPos(screenPoint(400, 0));
+        QTRY_COMPARE(effect(bar)->opacity(), 1.0);
+        button(bar, "autoHideButton")->click();
+        pointAway();
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+        QCOMPARE(effect(bar)->opacity(), 1.0);
+        // The next recording has not been asked about.
+        bar.hide();
+        bar.setTopEdgeOnly(true);
+        bar.show();
+        QVERIFY(!bar.isVisible());
+        QVERIFY(!button(bar, "autoHideButton")->isChecked());
     }
 
     void topEdgeOnlyShowsNothingThatIsNotWanted()
