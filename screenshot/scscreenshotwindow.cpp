@@ -83,7 +83,6 @@ void SCScreenshotWindow::show()
 {
     OverlayFrame::show();
     raise();
-    toolBar().raise();
     activateWindow();
 }
 
@@ -116,15 +115,6 @@ bool SCScreenshotWindow::event(QEvent* event)
     return QWidget::event(event);
 }
 
-bool SCScreenshotWindow::eventFilter(QObject* watched, QEvent* event)
-{
-    if (event->type() != QEvent::KeyPress || watched != &toolBar())
-        return OverlayFrame::eventFilter(watched, event);
-    // On Windows a press on the bar takes the keyboard from the frame.
-    keyPressEvent(static_cast<QKeyEvent*>(event));
-    return true;
-}
-
 void SCScreenshotWindow::drawOnScreenshot()
 {
     setDrawMode(!isDrawMode(), *m_drawButton);
@@ -154,7 +144,7 @@ void SCScreenshotWindow::keyPressEvent(QKeyEvent* event)
         saveScreenshot();
         break;
     default:
-        QWidget::keyPressEvent(event);
+        OverlayFrame::keyPressEvent(event);
         break;
     }
 }

@@ -7,6 +7,7 @@
 
 #include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -62,6 +63,13 @@ QHBoxLayout& OverlayFrame::toolBarLayout() const
 
 QPushButton* OverlayFrame::addButton(const QString& name, const QString& icon)
 {
+    QPushButton* const button = makeButton(name, icon);
+    toolBarLayout().addWidget(button);
+    return button;
+}
+
+QPushButton* OverlayFrame::makeButton(const QString& name, const QString& icon)
+{
     auto* const button = new QPushButton(m_toolBar.get());
     button->setObjectName(name);
     button->setFixedSize(kButtonSize);
@@ -70,7 +78,6 @@ QPushButton* OverlayFrame::addButton(const QString& name, const QString& icon)
     button->installEventFilter(this);
     // The keyboard stays where it is.
     button->setFocusPolicy(Qt::NoFocus);
-    toolBarLayout().addWidget(button);
     showHoverIcon(*button, false);
     return button;
 }
@@ -108,6 +115,12 @@ void OverlayFrame::show()
     QWidget::show();
     setToolBarVisible(true);
     positionToolBar();
+}
+
+void OverlayFrame::raise()
+{
+    QWidget::raise();
+    m_toolBar->raise();
 }
 
 void OverlayFrame::closeEvent(QCloseEvent* event)
@@ -159,6 +172,12 @@ bool OverlayFrame::eventFilter(QObject* watched, QEvent* event)
     case QEvent::MouseMove:
     case QEvent::MouseButtonRelease:
         return watched == m_toolBar.get() && filterToolBar(static_cast<const QMouseEvent&>(*event));
+    case QEvent::KeyPress:
+        // On Windows a press on the bar takes the keyboard from the frame.
+        if (watched != m_toolBar.get())
+            return false;
+        keyPressEvent(static_cast<QKeyEvent*>(event));
+        return true;
     default:
         return false;
     }
@@ -199,13 +218,52 @@ void OverlayFrame::setDrawMode(bool on, QPushButton& penButton)
     updateCompositing();
     updateOpening();
     update();
+    drawingChanged();
 }
 
 void OverlayFrame::clearStrokes()
 {
     m_strokes.clear();
+    showStrokes();
+}
+
+void OverlayFrame::resetStrokes()
+{
+    m_strokes.reset();
+    showStrokes();
+}
+
+void OverlayFrame::undoStroke()
+{
+    m_strokes.undo();
+    showStrokes();
+}
+
+void OverlayFrame::redoStroke()
+{
+    m_strokes.redo();
+    showStrokes();
+}
+
+void OverlayFrame::showStrokes()
+{
     updateOpening();
     update();
+    drawingChanged();
+}
+
+void OverlayFrame::keyPressEvent(QKeyEvent* event)
+{
+    const Qt::KeyboardModifiers modifiers = event->modifiers();
+    const bool isRedo = (event->key() == Qt::Key_Z && modifiers == (Qt::ControlModifier | Qt::ShiftModifier)) ||
+                        (event->key() == Qt::Key_Y && modifiers == Qt::ControlModifier);
+    const bool isUndo = event->key() == Qt::Key_Z && modifiers == Qt::ControlModifier;
+    if (m_drawMode && isUndo)
+        undoStroke();
+    else if (m_drawMode && isRedo)
+        redoStroke();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 HitArea OverlayFrame::hitAreaAt(const QPoint& position) const
@@ -226,6 +284,7 @@ void OverlayFrame::mousePressEvent(QMouseEvent* event)
         m_strokes.begin(event->position());
         updateCompositing();
         updateOpening();
+        drawingChanged();
     }
     update();
 }
@@ -252,13 +311,19 @@ void OverlayFrame::extendStroke(const QPointF& position)
     update(changed);
 }
 
+void OverlayFrame::finishStroke(const QPointF& position)
+{
+    m_strokes.finish(position);
+    drawingChanged();
+}
+
 void OverlayFrame::mouseReleaseEvent(QMouseEvent* event)
 {
     if (event->button() == Qt::LeftButton) {
         m_pressed = false;
         const HitArea area = std::exchange(m_resizeRegion, HitArea::None);
         if (area == HitArea::Drawing && m_drawMode)
-            m_strokes.finish(event->position());
+            finishStroke(event->position());
         setCursor(m_drawMode ? Qt::CrossCursor : Qt::ArrowCursor);
         endDrag(area, event->position().toPoint());
         updateOpening();

@@ -17,8 +17,8 @@ class QHBoxLayout;
 class QPushButton;
 
 /// A frame over the desktop that the user moves and resizes, with a pen to draw inside and a tool bar, a window of its
-/// own that show() and hide() of this class include. The pointer reaches what is below the inside while the pen is off.
-/// Logical pixels of the desktop.
+/// own that show(), hide() and raise() of this class include. The pointer reaches what is below the inside while the
+/// pen is off. Logical pixels of the desktop.
 class OverlayFrame : public QWidget
 {
     Q_OBJECT
@@ -32,6 +32,7 @@ public:
 public slots:
     void hide();
     void show();
+    void raise();
 
 protected:
     static constexpr QColor kBorderColor{0, 122, 204};
@@ -42,6 +43,8 @@ protected:
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    /// Ctrl+Z, Ctrl+Shift+Z and Ctrl+Y, while the pen is on.
+    void keyPressEvent(QKeyEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -70,16 +73,27 @@ protected:
     /// What the border leaves open, in own coordinates.
     QRect inside() const;
     QWidget& toolBar() const { return *m_toolBar; }
+    bool isToolBarDragged() const { return m_toolBarDragging; }
+    /// By the tool bar, or by a press on the frame.
+    bool isDragged() const { return m_toolBarDragging || m_pressed; }
     QHBoxLayout& toolBarLayout() const;
 
     /// Its icon, if any, lights up under the pointer unless the button is checked.
     QPushButton* addButton(const QString& name, const QString& icon);
+    /// The same, not in the tool bar's layout.
+    QPushButton* makeButton(const QString& name, const QString& icon);
     /// Tool tip and accessible name.
     static void describe(QPushButton& button, const QString& text);
 
     void setDrawMode(bool on, QPushButton& penButton);
     bool isDrawMode() const { return m_drawMode; }
     void clearStrokes();
+    /// Also forgets what could be undone.
+    void resetStrokes();
+    void undoStroke();
+    void redoStroke();
+    /// The strokes, or whether the pen is on.
+    virtual void drawingChanged() {}
     const PenStrokes& strokes() const { return m_strokes; }
     /// Includes the pen.
     framegeometry::HitArea hitAreaAt(const QPoint& position) const;
@@ -97,6 +111,8 @@ private:
     static void showHoverIcon(QObject& watched, bool hovered);
     bool filterToolBar(const QMouseEvent& event);
     void extendStroke(const QPointF& position);
+    void finishStroke(const QPointF& position);
+    void showStrokes();
     QRegion paintedRegion() const;
     void paintCut(QPainter& painter) const;
 

@@ -6,15 +6,14 @@
 
 #include <utility>
 
+#include <algorithm>
+
 void PenStrokes::begin(const QPointF& position)
 {
-    if (std::exchange(m_currentStroke, {position}).size() < 2)
-        return;
-    m_region = QRegion();
-    for (const QPolygonF& stroke : std::as_const(m_strokes)) {
-        for (qsizetype end = 1; end < stroke.size(); ++end)
-            m_region += regionOf({stroke.at(end - 1), stroke.at(end)});
-    }
+    const bool isDropped = std::exchange(m_currentStroke, {position}).size() > 1;
+    m_currentRegion = QRegion();
+    if (isDropped)
+        restoreRegion();
 }
 
 QRect PenStrokes::extend(const QPointF& position)
@@ -23,7 +22,9 @@ QRect PenStrokes::extend(const QPointF& position)
         return {};
     const QLineF added(m_currentStroke.constLast(), position);
     m_currentStroke.append(position);
-    m_region += regionOf(added);
+    const QRegion covered = regionOf(added);
+    m_currentRegion += covered;
+    m_region += covered;
     // Includes the end of the previous part, whose cap becomes a corner.
     return boundsOf(added);
 }
@@ -35,22 +36,72 @@ void PenStrokes::finish(const QPointF& position)
     if (m_click == Click::LeavesDot || m_currentStroke.constLast() != position)
         extend(position);
     if (m_currentStroke.size() > 1)
-        m_strokes.append(m_currentStroke);
+        add({m_currentStroke, m_currentRegion});
     m_currentStroke.clear();
 }
 
 void PenStrokes::clear()
 {
-    m_strokes.clear();
+    m_currentStroke.clear();
+    if (!visible().empty())
+        add({});
+    m_region = QRegion();
+}
+
+void PenStrokes::reset()
+{
+    m_steps.clear();
+    m_done = 0;
     m_currentStroke.clear();
     m_region = QRegion();
+}
+
+void PenStrokes::undo()
+{
+    if (!canUndo())
+        return;
+    if (m_currentStroke.isEmpty())
+        --m_done;
+    m_currentStroke.clear();
+    restoreRegion();
+}
+
+void PenStrokes::redo()
+{
+    if (!canRedo())
+        return;
+    m_currentStroke.clear();
+    ++m_done;
+    restoreRegion();
+}
+
+void PenStrokes::add(const Step& step)
+{
+    m_steps.resize(m_done);
+    m_steps.append(step);
+    m_done = m_steps.size();
+}
+
+std::span<const PenStrokes::Step> PenStrokes::visible() const
+{
+    const std::span done(m_steps.constData(), static_cast<std::size_t>(m_done));
+    const auto cleared =
+        std::find_if(done.rbegin(), done.rend(), [](const Step& step) { return step.stroke.isEmpty(); });
+    return {cleared.base(), done.end()};
+}
+
+void PenStrokes::restoreRegion()
+{
+    m_region = QRegion();
+    for (const Step& step : visible())
+        m_region += step.region;
 }
 
 void PenStrokes::paint(QPainter& painter) const
 {
     painter.setPen(m_pen);
-    for (const QPolygonF& stroke : m_strokes)
-        painter.drawPolyline(stroke);
+    for (const Step& step : visible())
+        painter.drawPolyline(step.stroke);
     painter.drawPolyline(m_currentStroke);
 }
 

@@ -7,9 +7,11 @@
 #include <QPolygonF>
 #include <QRegion>
 
+#include <span>
+
 class QPainter;
 
-/// Freehand strokes, in logical pixels of the widget.
+/// Freehand strokes, in logical pixels of the widget. Each stroke, and each clear(), is a step that can be undone.
 class PenStrokes
 {
 public:
@@ -32,17 +34,40 @@ public:
 
     void clear();
 
+    /// Also forgets the steps.
+    void reset();
+
+    /// Of an unfinished stroke, that one.
+    void undo();
+    void redo();
+    bool canUndo() const { return m_done > 0 || !m_currentStroke.isEmpty(); }
+    bool canRedo() const { return m_done < m_steps.size(); }
+
     QColor color() const { return m_pen.color(); }
     const QRegion& region() const { return m_region; }
     void paint(QPainter& painter) const;
 
 private:
+    struct Step
+    {
+        /// Empty in a step that clears.
+        QPolygonF stroke;
+        QRegion region;
+    };
+
+    void add(const Step& step);
+    /// The strokes since the last clear().
+    std::span<const Step> visible() const;
+    void restoreRegion();
     QRect boundsOf(const QLineF& part) const;
     QRegion regionOf(const QLineF& part) const;
 
     QPen m_pen;
     Click m_click;
-    QList<QPolygonF> m_strokes;
+    QList<Step> m_steps;
+    /// The steps from here on are undone.
+    qsizetype m_done = 0;
     QPolygonF m_currentStroke;
+    QRegion m_currentRegion;
     QRegion m_region;
 };

@@ -366,6 +366,26 @@ private slots:
         QVERIFY(button("drawButton").isChecked());
     }
 
+    void strokesAndClearingAreUndoneAndRedone()
+    {
+        m_window->show();
+        click("drawButton");
+        drag(*m_window, kGeometry.topLeft() + QPoint(200, 200), {40, 0});
+        const QPolygonF line({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
+        click("clearButton");
+        const auto isDrawn = [this](const QList<QPolygonF>& lines) {
+            return imageOf(*m_window) == drawnFrame(kGeometry.size(), lines, hole());
+        };
+        QTest::keyClick(m_window.get(), Qt::Key_Z, Qt::ControlModifier);
+        QVERIFY(isDrawn({line}));
+        QTest::keyClick(m_window.get(), Qt::Key_Z, Qt::ControlModifier);
+        QVERIFY(isDrawn({}));
+        QTest::keyClick(m_window.get(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(isDrawn({line}));
+        QTest::keyClick(&toolBar(), Qt::Key_Y, Qt::ControlModifier);
+        QVERIFY(isDrawn({}));
+    }
+
     void captureSavesAndHides_data()
     {
         QTest::addColumn<int>("key");
