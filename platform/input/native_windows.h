@@ -3,6 +3,7 @@
 
 #include <QPoint>
 #include <QRect>
+#include <QString>
 
 #include <cstdint>
 #include <memory>
@@ -31,6 +32,16 @@ public:
 
     /// With its border; none when the window is gone.
     std::optional<QRect> rectOf(NativeWindow window) const;
+
+    /// The window that a program has made for the desktop, and that holds this one or is held by this one, a window
+    /// manager's frame. 0 for the desktop itself.
+    NativeWindow topLevelOf(NativeWindow window) const;
+
+    /// Of a window of topLevelOf(). Empty when it has none, or is gone.
+    QString titleOf(NativeWindow window) const;
+
+    /// Neither hidden, minimised nor gone.
+    bool isShown(NativeWindow window) const;
 
 private:
     struct Private;

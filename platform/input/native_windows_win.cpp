@@ -4,9 +4,13 @@
 
 #include <windows.h>
 
+#include <array>
+
 namespace platform {
 
 namespace {
+
+constexpr std::size_t kLongestTitle = 1024;
 
 HWND handleOf(NativeWindow window)
 {
@@ -49,6 +53,25 @@ std::optional<QRect> NativeWindows::rectOf(NativeWindow window) const
         return std::nullopt;
     }
     return QRect(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
+}
+
+NativeWindow NativeWindows::topLevelOf(NativeWindow window) const
+{
+    const HWND root = GetAncestor(handleOf(window), GA_ROOT);
+    const bool isDesktop = root == GetDesktopWindow() || root == GetShellWindow();
+    return isDesktop ? 0 : reinterpret_cast<NativeWindow>(root);
+}
+
+QString NativeWindows::titleOf(NativeWindow window) const
+{
+    std::array<wchar_t, kLongestTitle> title{};
+    const int length = GetWindowTextW(handleOf(window), title.data(), static_cast<int>(title.size()));
+    return QString::fromWCharArray(title.data(), length);
+}
+
+bool NativeWindows::isShown(NativeWindow window) const
+{
+    return IsWindowVisible(handleOf(window)) != 0 && IsIconic(handleOf(window)) == 0;
 }
 
 } // namespace platform

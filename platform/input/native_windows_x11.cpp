@@ -2,6 +2,7 @@
 #include "platform/input/native_windows.h"
 #include "platform/xcb_handles.h"
 
+#include <QByteArray>
 #include <QGuiApplication>
 #include <QWindow>
 
@@ -46,9 +47,17 @@ struct NativeWindows::Private
     bool isShapedToHold(xcb_window_t window, const QPoint& position, xcb_shape_sk_t kind) const;
     xcb::Owned<xcb_get_geometry_reply_t> geometryOf(xcb_window_t window) const;
     xcb_window_t topLevelOf(xcb_window_t window) const;
+    bool isManaged(xcb_window_t window) const;
+    std::vector<xcb_window_t> childrenOf(xcb_window_t window) const;
+    xcb_window_t managedAbove(xcb_window_t window) const;
+    xcb_window_t managedBelow(xcb_window_t window) const;
+    QByteArray propertyOf(xcb_window_t window, xcb_atom_t property) const;
 
     xcb::Connection connection;
     xcb_window_t root = XCB_WINDOW_NONE;
+    /// Window managers set it on the windows of programs, and not on their own frames.
+    xcb_atom_t managed = XCB_ATOM_NONE;
+    xcb_atom_t utf8Name = XCB_ATOM_NONE;
 };
 
 NativeWindows::Private::Private()
@@ -60,6 +69,8 @@ NativeWindows::Private::Private()
     if (!isConnected())
         return;
     root = xcb::screenNumbered(connection.get(), screenNumber).root;
+    managed = xcb::atomNamed(connection.get(), "WM_STATE");
+    utf8Name = xcb::atomNamed(connection.get(), "_NET_WM_NAME");
 }
 
 /// The child with what position is in its coordinates; position is in the parent's.
@@ -126,6 +137,57 @@ xcb_window_t NativeWindows::Private::topLevelOf(xcb_window_t window) const
     return topLevel;
 }
 
+bool NativeWindows::Private::isManaged(xcb_window_t window) const
+{
+    const auto reply = xcb::answer<xcb_get_property_reply>(
+        connection.get(), xcb_get_property(connection.get(), 0, window, managed, XCB_GET_PROPERTY_TYPE_ANY, 0, 0));
+    return reply && reply->type != XCB_ATOM_NONE;
+}
+
+std::vector<xcb_window_t> NativeWindows::Private::childrenOf(xcb_window_t window) const
+{
+    const auto tree = xcb::answer<xcb_query_tree_reply>(connection.get(), xcb_query_tree(connection.get(), window));
+    if (!tree)
+        return {};
+    const xcb_window_t* const first = xcb_query_tree_children(tree.get());
+    return {first, first + xcb_query_tree_children_length(tree.get())};
+}
+
+/// The window or its nearest ancestor that is one; none where the window manager's frame comes first.
+xcb_window_t NativeWindows::Private::managedAbove(xcb_window_t window) const
+{
+    while (window != root && window != XCB_WINDOW_NONE && !isManaged(window)) {
+        const auto tree = xcb::answer<xcb_query_tree_reply>(connection.get(), xcb_query_tree(connection.get(), window));
+        window = tree ? tree->parent : xcb_window_t{XCB_WINDOW_NONE};
+    }
+    return window == root ? xcb_window_t{XCB_WINDOW_NONE} : window;
+}
+
+/// The one that is nearest to the window.
+xcb_window_t NativeWindows::Private::managedBelow(xcb_window_t window) const
+{
+    std::vector<xcb_window_t> found = childrenOf(window);
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        if (isManaged(found[i]))
+            return found[i];
+        const std::vector<xcb_window_t> children = childrenOf(found[i]);
+        found.insert(found.end(), children.begin(), children.end());
+    }
+    return XCB_WINDOW_NONE;
+}
+
+/// Its first 1024 bytes.
+QByteArray NativeWindows::Private::propertyOf(xcb_window_t window, xcb_atom_t property) const
+{
+    constexpr std::uint32_t kWords = 256;
+    const auto reply =
+        xcb::answer<xcb_get_property_reply>(connection.get(), xcb_get_property(connection.get(), 0, window, property,
+                                                                               XCB_GET_PROPERTY_TYPE_ANY, 0, kWords));
+    if (!reply)
+        return {};
+    return {static_cast<const char*>(xcb_get_property_value(reply.get())), xcb_get_property_value_length(reply.get())};
+}
+
 NativeWindows::NativeWindows() : m_private(std::make_unique<Private>()) {}
 
 NativeWindows::~NativeWindows() = default;
@@ -169,6 +231,38 @@ std::optional<QRect> NativeWindows::rectOf(NativeWindow window) const
         return std::nullopt;
     const QPoint border(geometry->border_width, geometry->border_width);
     return QRect(QPoint(origin->dst_x, origin->dst_y) - border, sizeWithBorder(*geometry));
+}
+
+NativeWindow NativeWindows::topLevelOf(NativeWindow window) const
+{
+    const auto id = static_cast<xcb_window_t>(window);
+    if (!m_private->isConnected() || id == m_private->root)
+        return 0;
+    const xcb_window_t above = m_private->managedAbove(id);
+    if (above != XCB_WINDOW_NONE)
+        return above;
+    const xcb_window_t topmost = m_private->topLevelOf(id);
+    const xcb_window_t below = m_private->managedBelow(topmost);
+    return below != XCB_WINDOW_NONE ? below : topmost;
+}
+
+QString NativeWindows::titleOf(NativeWindow window) const
+{
+    if (!m_private->isConnected())
+        return {};
+    const auto id = static_cast<xcb_window_t>(window);
+    const QByteArray name = m_private->propertyOf(id, m_private->utf8Name);
+    return name.isEmpty() ? QString::fromLatin1(m_private->propertyOf(id, XCB_ATOM_WM_NAME)) : QString::fromUtf8(name);
+}
+
+bool NativeWindows::isShown(NativeWindow window) const
+{
+    if (!m_private->isConnected())
+        return false;
+    xcb_connection_t* const c = m_private->connection.get();
+    const auto attributes = xcb::answer<xcb_get_window_attributes_reply>(
+        c, xcb_get_window_attributes(c, static_cast<xcb_window_t>(window)));
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
 } // namespace platform

@@ -327,6 +327,43 @@ private slots:
         QVERIFY(!windows.exists(0));
     }
 
+    void windowIsThatOfTheProgramWhateverPartOfItIsPicked()
+    {
+        const platform::NativeWindows windows;
+        m_dialog->setWindowTitle(QStringLiteral("Ein Fenster \u2014 \u7a93"));
+        const platform::NativeWindow dialog = m_dialog->internalWinId();
+        QCOMPARE(windows.topLevelOf(m_nested->internalWinId()), dialog);
+        QCOMPARE(windows.topLevelOf(dialog), dialog);
+        QTRY_COMPARE(windows.titleOf(dialog), m_dialog->windowTitle());
+        // The window manager's frame.
+        QWidget framed;
+        framed.setGeometry(560, 140, 200, 150);
+        framed.show();
+        QVERIFY(QTest::qWaitForWindowActive(&framed));
+        const QPoint onTheTitle = physicalRect(framed).topLeft() + QPoint(60, -8);
+        QTRY_VERIFY(windows.at(onTheTitle) != framed.internalWinId());
+        QTRY_COMPARE(windows.topLevelOf(windows.at(onTheTitle)), framed.internalWinId());
+        QCOMPARE(windows.topLevelOf(windows.at({1200, 700})), platform::NativeWindow(0));
+        QCOMPARE(windows.titleOf(0), QString());
+    }
+
+    void windowIsShownWhileItIsNeitherMinimisedNorGone()
+    {
+        const platform::NativeWindows windows;
+        auto pane = std::make_unique<QWidget>();
+        pane->show();
+        QVERIFY(QTest::qWaitForWindowActive(pane.get()));
+        const platform::NativeWindow id = pane->internalWinId();
+        QVERIFY(windows.isShown(id));
+        pane->showMinimized();
+        QTRY_VERIFY(!windows.isShown(id));
+        pane->showNormal();
+        QTRY_VERIFY(windows.isShown(id));
+        pane.reset();
+        QTRY_VERIFY(!windows.isShown(id));
+        QVERIFY(!windows.isShown(0));
+    }
+
     void theDesktopItselfIsAWindow()
     {
         const platform::NativeWindows windows;
