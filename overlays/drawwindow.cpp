@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "overlays/drawwindow.h"
 
+#include "overlays/framebar.h"
+#include "platform/windowing/capture_exclusion.h"
 #include "platform/windowing/frame_exclusion.h"
 #include "platform/windowing/overlay_window.h"
 #include "widgets/blinkinglabel.h"
@@ -15,6 +17,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QScreen>
 
 #include <algorithm>
 #include <cmath>
@@ -27,6 +30,16 @@ constexpr QSize kMinimumSize(200, 150);
 constexpr QRect kFirstGeometry(100, 100, 800, 600);
 constexpr QSize kTimeSize(100, 30);
 constexpr int kStrokePx = 2;
+/// Left free for dragging the bar.
+constexpr int kGripPx = 36;
+
+QList<QRect> screenGeometries()
+{
+    QList<QRect> geometries;
+    for (const QScreen* const screen : desktopscreens::all())
+        geometries.append(screen->geometry());
+    return geometries;
+}
 
 } // namespace
 
@@ -35,6 +48,8 @@ DrawWindow::DrawWindow(QWidget* parent)
 {
     setWindowTitle(QStringLiteral("Drawing Window"));
     buildToolBar();
+    buildTools();
+    DrawWindow::retranslate();
     DrawWindow::positionToolBar();
     if (QGuiApplication::primaryScreen() != nullptr)
         setGeometry(kFirstGeometry);
@@ -70,10 +85,31 @@ void DrawWindow::buildToolBar()
     connect(m_startButton, &QPushButton::clicked, this, &DrawWindow::onStartButton);
     connect(m_closeButton, &QPushButton::clicked, this, &DrawWindow::onCloseButton);
     setRecording(false);
+    m_partsSize = toolBar().sizeHint();
+}
+
+/// Not in the layout, which has its parts and their order.
+void DrawWindow::buildTools()
+{
+    m_tools = new QWidget(&toolBar());
+    auto* const layout = new QHBoxLayout(m_tools);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_undoButton = makeButton(QStringLiteral("undoButton"), QStringLiteral("undo"));
+    m_redoButton = makeButton(QStringLiteral("redoButton"), QStringLiteral("redo"));
+    for (QPushButton* const button : {m_undoButton, m_redoButton})
+        layout->addWidget(button);
+    connect(&m_strokeHotkeys, &StrokeHotkeys::undoPressed, this, &DrawWindow::undoStroke);
+    connect(&m_strokeHotkeys, &StrokeHotkeys::redoPressed, this, &DrawWindow::redoStroke);
+    connect(m_undoButton, &QPushButton::clicked, this, &DrawWindow::undoStroke);
+    connect(m_redoButton, &QPushButton::clicked, this, &DrawWindow::redoStroke);
+    DrawWindow::drawingChanged();
 }
 
 void DrawWindow::retranslate()
 {
+    describe(*m_undoButton, tr("Undo"));
+    describe(*m_redoButton, tr("Redo"));
     describe(*m_drawToggleButton, tr("Start Drawing"));
     describe(*m_clearButton, tr("Clear Drawing"));
     describe(*m_startButton, m_recording ? tr("Stop Recording") : tr("Start Recording"));
@@ -93,15 +129,18 @@ void DrawWindow::setRecording(bool recording)
     m_startButton->setIcon(
         icons::named(recording ? QStringLiteral("stop-recording") : QStringLiteral("start-recording")));
     m_startButton->setChecked(recording);
-    DrawWindow::retranslate();
+    describe(*m_startButton, m_recording ? tr("Stop Recording") : tr("Start Recording"));
     update();
 }
 
-void DrawWindow::setInsideRecorded(bool recorded)
+void DrawWindow::setInsideRecorded(bool recorded, bool leavesOutBar)
 {
     m_insideRecorded = recorded;
+    const bool isExcluded = platform::setExcludedFromCapture(toolBar(), recorded);
+    m_isBarLeftOut = leavesOutBar || isExcluded;
     if (!recorded)
         m_hideWhileDragging.cancel();
+    positionToolBar();
 }
 
 void DrawWindow::setConcealed(bool concealed)
@@ -132,18 +171,86 @@ void DrawWindow::showEvent(QShowEvent* event)
 {
     platform::excludeBorderFromFrames(*this, static_cast<int>(std::lround(paintedBorderWidth() * devicePixelRatio())));
     OverlayFrame::showEvent(event);
+    drawingChanged();
 }
 
 void DrawWindow::hideEvent(QHideEvent* event)
 {
     m_hideWhileDragging.cancel();
     OverlayFrame::hideEvent(event);
+    drawingChanged();
 }
 
 void DrawWindow::positionToolBar()
 {
-    toolBar().setFixedSize(width(), toolBar().sizeHint().height());
-    toolBar().move(x() + (width() - toolBar().width()) / 2, y() - toolBar().height());
+    // The bar stays in the user's hand.
+    if (!isToolBarDragged()) {
+        const QRect place = toolBarGeometry();
+        toolBar().setFixedSize(place.size());
+        m_toolBarOffset = place.topLeft() - pos();
+    }
+    toolBar().move(pos() + m_toolBarOffset);
+    showTools();
+    raiseToolBarInside();
+}
+
+QRect DrawWindow::toolBarGeometry() const
+{
+    const int few = m_partsSize.width();
+    const int inside = width() < 2 * allToolsWidth() ? few : allToolsWidth();
+    const framebar::Size size{m_partsSize.height(), std::min(width(), few), inside + kGripPx};
+    return framebar::placed(geometry(), size, screenGeometries(), !m_insideRecorded || m_isBarLeftOut);
+}
+
+int DrawWindow::allToolsWidth() const
+{
+    return m_partsSize.width() + m_undoButton->width() + m_redoButton->width();
+}
+
+void DrawWindow::showTools()
+{
+    const bool hasRoom = allToolsWidth() + kGripPx <= toolBar().width();
+    m_undoButton->setVisible(hasRoom);
+    m_redoButton->setVisible(hasRoom);
+    const int width = hasRoom ? allToolsWidth() - m_partsSize.width() : 0;
+    m_tools->setGeometry(m_partsSize.width(), 0, width, m_partsSize.height());
+}
+
+bool DrawWindow::isToolBarInside() const
+{
+    return geometry().intersects(toolBar().geometry());
+}
+
+/// Above the frame, which takes the pointer while the pen is on.
+void DrawWindow::raiseToolBarInside()
+{
+    if (toolBar().isVisible() && isToolBarInside())
+        toolBar().raise();
+}
+
+void DrawWindow::endToolBarDrag()
+{
+    m_hideWhileDragging.end();
+    positionToolBar();
+}
+
+void DrawWindow::drawingChanged()
+{
+    const bool canUndo = isDrawMode() && strokes().canUndo();
+    const bool canRedo = isDrawMode() && strokes().canRedo();
+    m_undoButton->setEnabled(canUndo);
+    m_redoButton->setEnabled(canRedo);
+    m_strokeHotkeys.hold(canUndo && isVisible(), canRedo && isVisible());
+    raiseToolBarInside();
+}
+
+bool DrawWindow::event(QEvent* event)
+{
+    const bool isHandled = OverlayFrame::event(event);
+    // Windows raises what it activates.
+    if (event->type() == QEvent::WindowActivate)
+        raiseToolBarInside();
+    return isHandled;
 }
 
 void DrawWindow::onStartButton()
@@ -160,7 +267,7 @@ void DrawWindow::onCloseButton()
     if (m_recording)
         onStartButton();
     m_drawToggleButton->setChecked(false);
-    clearStrokes();
+    resetStrokes();
     emit hideDrawWindow();
     hide();
 }
@@ -169,26 +276,26 @@ bool DrawWindow::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() != QEvent::ToolTip || watched == &toolBar())
         return OverlayFrame::eventFilter(watched, event);
-    bartip::show(static_cast<QWidget&>(*watched), m_recording ? geometry() : QRect());
+    bartip::show(static_cast<QWidget&>(*watched), m_recording && !m_isBarLeftOut ? geometry() : QRect());
     return true;
 }
 
 void DrawWindow::dragByToolBar(const QPoint& topLeft)
 {
+    const QRect available = desktopscreens::availableForDrag(*this);
+    const int rightmost = available.left() + available.width() - width();
+    const int left = std::max(available.left(), std::min(rightmost, topLeft.x()));
+    const QPoint kept = available.isEmpty() ? pos() : QPoint(left, topLeft.y());
     if (m_insideRecorded)
-        m_hideWhileDragging.moveTo(topLeft);
+        m_hideWhileDragging.moveTo(kept);
     else
-        moveWithToolBar(topLeft);
+        moveWithToolBar(kept);
 }
 
 void DrawWindow::moveWithToolBar(const QPoint& topLeft)
 {
-    const QRect available = desktopscreens::availableForDrag(*this);
-    if (!available.isEmpty()) {
-        const int rightmost = available.left() + available.width() - width();
-        move(std::max(available.left(), std::min(rightmost, topLeft.x())), topLeft.y());
-        positionToolBar();
-    }
+    move(topLeft);
+    positionToolBar();
     reportGeometry(true);
 }
 
@@ -260,7 +367,7 @@ void DrawWindow::paintMixed(QPainter& painter) const
 {
     painter.setRenderHint(QPainter::Antialiasing);
     if (isDrawMode())
-        fillForPointer(painter, rect());
+        fillForPointer(painter, QRegion(rect()) - toolBar().geometry().translated(-pos()));
     if (!m_concealed)
         paintBorder(painter);
     if (isDrawMode())

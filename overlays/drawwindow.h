@@ -2,6 +2,7 @@
 #pragma once
 
 #include "overlays/hidewhiledragging.h"
+#include "overlays/strokehotkeys.h"
 #include "widgets/overlayframe.h"
 
 class BlinkingLabel;
@@ -31,7 +32,8 @@ public:
     bool isRecording() const { return m_recording; }
 
     /// During a recording the size is fixed, and border and tool bar are hidden while dragging.
-    void setInsideRecorded(bool recorded);
+    /// @param leavesOutBar whether the tool bar is in none of its frames, wherever it is
+    void setInsideRecorded(bool recorded, bool leavesOutBar = false);
 
     void setTimeText(const QString& text);
     void setPaused(bool paused);
@@ -53,6 +55,7 @@ signals:
     void concealedChanged(bool concealed);
 
 protected:
+    bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -61,7 +64,8 @@ protected:
     void retranslate() override;
     void positionToolBar() override;
     void dragByToolBar(const QPoint& topLeft) override;
-    void endToolBarDrag() override { m_hideWhileDragging.end(); }
+    void endToolBarDrag() override;
+    void drawingChanged() override;
     framegeometry::HitArea handleAt(const QPoint& position) const override;
     void drag(framegeometry::HitArea area, const QRect& start, const QPoint& delta) override;
     void endDrag(framegeometry::HitArea area, const QPoint& position) override;
@@ -72,6 +76,12 @@ protected:
 
 private:
     void buildToolBar();
+    void buildTools();
+    int allToolsWidth() const;
+    void showTools();
+    QRect toolBarGeometry() const;
+    bool isToolBarInside() const;
+    void raiseToolBarInside();
     void onStartButton();
     void onCloseButton();
 
@@ -88,6 +98,14 @@ private:
     QPushButton* m_clearButton = nullptr;
     QPushButton* m_closeButton = nullptr;
     QPushButton* m_startButton = nullptr;
+    /// Of the parts in the tool bar's layout; it does not count those that are hidden.
+    QSize m_partsSize;
+    /// Right of the others, where the bar is wide enough.
+    QWidget* m_tools = nullptr;
+    QPushButton* m_undoButton = nullptr;
+    QPushButton* m_redoButton = nullptr;
+    /// From the frame's corner; holds while the bar is dragged.
+    QPoint m_toolBarOffset;
     bool m_lockRatio = false;
     /// Width by height. Holds while the window has the size that the last drag left.
     double m_ratio = 0.0;
@@ -96,7 +114,9 @@ private:
     int m_borderWidth = 4;
     bool m_recording = false;
     bool m_insideRecorded = false;
+    bool m_isBarLeftOut = false;
     /// Only the strokes are painted.
     bool m_concealed = false;
     HideWhileDragging m_hideWhileDragging;
+    StrokeHotkeys m_strokeHotkeys;
 };

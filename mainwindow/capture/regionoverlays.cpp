@@ -125,12 +125,12 @@ bool RegionOverlays::isFrameShown() const
     return m_frame != nullptr && m_frame->isVisible();
 }
 
-void RegionOverlays::setRecording(bool recording)
+void RegionOverlays::setRecording(bool recording, bool leavesOutBar)
 {
     if (m_frame == nullptr)
         return;
     m_frame->setRecording(recording);
-    m_frame->setInsideRecorded(recording);
+    m_frame->setInsideRecorded(recording, leavesOutBar);
 }
 
 void RegionOverlays::setPaused(bool paused)

@@ -44,7 +44,8 @@ public:
     void suspendFrame();
     void restoreFrame();
 
-    void setRecording(bool recording);
+    /// @param leavesOutBar as in DrawWindow
+    void setRecording(bool recording, bool leavesOutBar);
     void setPaused(bool paused);
     void setTimeText(const QString& text);
     void setLockRatio(bool lock);

@@ -88,7 +88,7 @@ void RecordingView::showStatus(int status)
         toolbar().setPaused(true);
     else
         focusButton();
-    m_region.setRecording(status != recordstatus::kEnded);
+    m_region.setRecording(status != recordstatus::kEnded, m_recorder.leavesOutOwnWindows());
     m_region.setPaused(status == recordstatus::kPaused);
 }
 

@@ -212,7 +212,7 @@ private slots:
     void standsExactlyWhereItIsPut_data()
     {
         QTest::addColumn<QRect>("geometry");
-        QTest::newRow("in the corner, its bar above the screen") << QRect(0, 0, 400, 240);
+        QTest::newRow("in the corner") << QRect(0, 30, 400, 240);
         QTest::newRow("smallest") << QRect(300, 200, 200, 150);
     }
 
@@ -374,6 +374,73 @@ private slots:
         click(centreOf("clearButton"));
         pointTo({3, 3});
         QTRY_COMPARE(wrongInTheLook(kGeometry), QString());
+    }
+
+    void strokesAreTakenBackWithoutTheKeyboardFocus()
+    {
+        QLineEdit other;
+        other.setGeometry(20, 20, 100, 30);
+        other.show();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        click(centreOf("drawToggleButton"));
+        const QPoint from = kGeometry.topLeft() + QPoint(60, 80);
+        dragBy(from, {200, 0});
+        const QRect line = lineOf(from, 200);
+        QTRY_COMPARE(otherThan(kRed, screenshot(), line), QString());
+        xdotool({"key", "ctrl+z"});
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), line), QString());
+        xdotool({"key", "ctrl+shift+z"});
+        QTRY_COMPARE(otherThan(kRed, screenshot(), line), QString());
+        click(centreOf("clearButton"));
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), line), QString());
+        click(centreOf("undoButton"));
+        QTRY_COMPARE(otherThan(kRed, screenshot(), line), QString());
+        xdotool({"key", "ctrl+y"});
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), line), QString());
+        QVERIFY(other.isActiveWindow());
+        // Without the pen the keys are the other program's.
+        click(centreOf("drawToggleButton"));
+        xdotool({"key", "a"});
+        QTRY_COMPARE(other.text(), QStringLiteral("a"));
+        xdotool({"key", "ctrl+z"});
+        QTRY_COMPARE(other.text(), QString());
+    }
+
+    void keyTakesBackOneStrokeWhereTheFrameHasTheFocus()
+    {
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        click(centreOf("drawToggleButton"));
+        const QPoint first = kGeometry.topLeft() + QPoint(60, 80);
+        const QPoint second = first + QPoint(0, 40);
+        dragBy(first, {200, 0});
+        dragBy(second, {200, 0});
+        QTRY_COMPARE(otherThan(kRed, screenshot(), lineOf(second, 200)), QString());
+        xdotool({"key", "ctrl+z"});
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), lineOf(second, 200)), QString());
+        waitUntilStill();
+        QCOMPARE(otherThan(kRed, screenshot(), lineOf(first, 200)), QString());
+    }
+
+    void toolBarOfAFrameAroundTheWholeScreenIsReached()
+    {
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        m_window->setGeometry(screen.adjusted(-kBorderPx, -kBorderPx, kBorderPx, kBorderPx));
+        // As after a region was chosen.
+        m_window->raise();
+        QTRY_VERIFY(screen.contains(toolBar()->geometry()));
+        QTRY_COMPARE(named(screenshot().pixel(inPixels(emptyPointOfTheBar() + QPoint(10, 0)))), named(kBar));
+        auto* const pen = toolBar()->findChild<QPushButton*>(QStringLiteral("drawToggleButton"));
+        click(centreOf("drawToggleButton"));
+        QTRY_VERIFY(pen->isChecked());
+        const QPoint from = kGeometry.topLeft() + QPoint(60, 80);
+        dragBy(from, {200, 0});
+        QTRY_COMPARE(otherThan(kRed, screenshot(), lineOf(from, 200)), QString());
+        click(centreOf("drawToggleButton"));
+        QTRY_VERIFY(!pen->isChecked());
+        click(centreOf("closeButton"));
+        QTRY_VERIFY(!m_window->isVisible());
+        QCOMPARE(m_backdrop.presses, 0);
     }
 
     void strokeIsSeenWhileItIsDrawn()

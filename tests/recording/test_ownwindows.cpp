@@ -198,6 +198,29 @@ private slots:
         QVERIFY(differenceFromGrey(frames.constLast(), QRect(QPoint(0, 0), m_size), 0) <= kGreyError);
     }
 
+    void barsOfARegionOverTheWholeScreenAreShownAndInNoFrame()
+    {
+        const StillImage still(plainImage(m_size, Qt::white));
+        ProgramUnderTest program;
+        regionuser::prepare(program);
+        QVERIFY(program.startAndWaitUntilReady());
+        const QRect screen(QPoint(), m_size);
+        QCOMPARE(regionuser::chooseRegion(program, screen).value_or(QRect()), screen);
+        QVERIFY(pointTo(QPoint(20, m_size.height() - 20)));
+        Take take = beginTake(program, kMp4);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        m_bar = visibleWindow(kBar).value_or(QRect());
+        QTRY_VERIFY(isSomethingShown(m_bar));
+        // The frame's own one is below it, for lack of room beside it.
+        const QRect corner(m_size.width() - 100, m_bar.bottom() + 1, 90, 34);
+        QTRY_VERIFY(isSomethingShown(corner));
+        QTest::qWait(kWatchMs);
+        QVERIFY(isSomethingShown(corner));
+        endTake(program, take);
+        expectWhite(take);
+        QCOMPARE(MediaFile(take.path).frames().constFirst().size(), m_size);
+    }
+
     void barOverARegionIsInNoFrame()
     {
         const StillImage still(plainImage(m_size, Qt::white));
