@@ -3,11 +3,14 @@
 #include "mainwindow/recording/sccountdownwidget.h"
 #include "tests/desktop/desktoprun.h"
 #include "tests/desktop/regiontest.h"
+#include "tests/desktop/userinput.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMargins>
 #include <QPushButton>
 #include <QScreen>
@@ -104,6 +107,47 @@ private slots:
         QTRY_COMPARE(frame()->geometry(), framed(region().adjusted(0, -15, 0, 15)));
     }
 
+    void typedWidthSizesTheRegionAndNonsenseIsTold()
+    {
+        dragRegion();
+        enter("widthEdit", QStringLiteral("400"));
+        const QRect area = region().adjusted(-40, 0, 40, 0);
+        QTRY_COMPARE(frame()->geometry(), framed(area));
+        QTRY_COMPARE(wrongInTheFrame(area), QString());
+        expectFields(area.size());
+        enter("widthEdit", QStringLiteral("much"));
+        const auto* const notice = child<QLabel>("noticeText");
+        QTRY_VERIFY(notice->isVisible());
+        QCOMPARE(notice->text(), QStringLiteral("The width has to be a whole number from 192 to 2000."));
+        QCOMPARE(field("widthEdit"), QStringLiteral("much"));
+        press(QStringLiteral("Escape"));
+        expectFields(area.size());
+        QCOMPARE(frame()->geometry(), framed(area));
+    }
+
+    /// The keyboard stays where it is when the frame appears.
+    void typedSizeOfTheWholeScreenMakesARegion()
+    {
+        click(*child<QLineEdit>("widthEdit"));
+        press(QStringLiteral("ctrl+a"));
+        userinput::xdotool({"type", "640"});
+        press(QStringLiteral("Tab"));
+        userinput::xdotool({"type", "360"});
+        press(QStringLiteral("Return"));
+        QTRY_VERIFY(frame() != nullptr);
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        const QRect area(screen.center() - QPoint(319, 179), QSize(640, 360));
+        QTRY_COMPARE(frame()->geometry(), framed(area));
+        expectFields(area.size());
+        QCOMPARE(selectedTiles(), QStringList{"regionTile"});
+        desktopuser::waitUntilStill();
+        QVERIFY(child<QLineEdit>("heightEdit")->hasFocus());
+        press(QStringLiteral("ctrl+a"));
+        userinput::xdotool({"type", "400"});
+        press(QStringLiteral("Return"));
+        expectFields({640, 400});
+    }
+
     void presetStaysChosenWhileTheSizeIsLocked()
     {
         choosePreset(QStringLiteral("9:16"));
@@ -193,6 +237,15 @@ private slots:
         QVERIFY(recording);
         QTRY_VERIFY(!m_window->isMinimized());
         QTRY_VERIFY(!frame()->isRecording());
+    }
+
+private:
+    void enter(const char* name, const QString& text) const
+    {
+        click(*child<QLineEdit>(QLatin1String(name)));
+        press(QStringLiteral("ctrl+a"));
+        userinput::xdotool({"type", text});
+        press(QStringLiteral("Return"));
     }
 };
 

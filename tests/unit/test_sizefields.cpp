@@ -92,13 +92,13 @@ private slots:
         QCOMPARE(refused.at(0).at(0).toString(), reason);
         QVERIFY(isMarked(*m_width) && !isMarked(*m_height));
         QCOMPARE(m_width->toolTip(), reason);
-        QAccessibleInterface* const interface = QAccessible::queryAccessibleInterface(m_width);
-        QCOMPARE(interface->text(QAccessible::Description), reason);
+        QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(m_width);
+        QCOMPARE(accessible->text(QAccessible::Description), reason);
         QCOMPARE(m_width->text(), text);
         QTest::keyClick(m_width, Qt::Key_Escape);
         QCOMPARE(shown(), QStringLiteral("640x360"));
         QVERIFY(!isMarked(*m_width));
-        QCOMPARE(interface->text(QAccessible::Description), QString());
+        QCOMPARE(accessible->text(QAccessible::Description), QString());
     }
 
     void theKeyboardGoesToTheFieldThatIsWrong()
