@@ -64,7 +64,7 @@ void AudioDeviceMenu::popUp()
 QMenu* AudioDeviceMenu::build()
 {
     auto* const menu = new QMenu;
-    menu->setStyleSheet(QLatin1String(kMenuStyleSheet));
+    menu->setStyleSheet(menuStyleSheet());
     menu->setAccessibleName(m_button.accessibleName());
     addEntry(*menu, {tr("Default"), kDefaultAudioDevice});
     const QList<AudioDeviceEntry> devices = m_list();
