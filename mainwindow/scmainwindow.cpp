@@ -16,6 +16,7 @@
 #include "mainwindow/notices/noticedisplay.h"
 #include "mainwindow/notices/notices.h"
 #include "mainwindow/outputoptions.h"
+#include "mainwindow/recording/pausekey.h"
 #include "mainwindow/recording/recordingview.h"
 #include "mainwindow/screenshotsession.h"
 #include "mainwindow/sourceswitches.h"
@@ -199,6 +200,7 @@ void SCMainWindow::makeHotkeys()
     connect(m_hotkeys, &Hotkeys::settingsRequested, m_menu, &MainMenu::openSettings);
     m_hotkeys->apply(*m_settings);
     new HelpKey(this, *m_notices, *m_settings);
+    new PauseKey(this, m_view->session(), *m_hotkeys);
 }
 
 void SCMainWindow::showStoredSettings()

@@ -115,6 +115,27 @@ private slots:
         QVERIFY2(shown.isEmpty(), qPrintable(shown));
     }
 
+    void shiftWithTheHotkeyPausesAndGoesOn()
+    {
+        ProgramUnderTest program;
+        QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
+        Take take = beginTake(program, kMp4);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        QTest::qWait(kTakeMs);
+        const auto paused = pressShifted(program, QStringLiteral("Recording paused"));
+        QVERIFY2(paused.has_value(), qPrintable(program.transcript()));
+        QTest::qWait(kTakeMs);
+        const auto resumed = pressShifted(program, QStringLiteral("Recording resumed"));
+        QVERIFY2(resumed.has_value(), qPrintable(program.transcript()));
+        QTest::qWait(kTakeMs);
+        endTake(program, take);
+        QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
+        const double expected =
+            Span{take.startedNs, take.stopRequestedNs}.seconds() - Span{*paused, *resumed}.seconds();
+        const QString error = lengthError(MediaFile(take.path).video()->durationSeconds, expected);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
+    }
+
     void stoppedByTheHotkeyWhilePausedTheFileIsWhole()
     {
         ProgramUnderTest program;
@@ -141,6 +162,15 @@ private slots:
     }
 
 private:
+    /// The moment of the program's answer.
+    static std::optional<int64_t> pressShifted(ProgramUnderTest& program, const QString& answer)
+    {
+        const qsizetype from = program.messages().size();
+        ProgramUnderTest::pressKey(QStringLiteral("shift+F9"));
+        const auto line = program.waitForMessage(answer, kMessageTimeoutMs, from);
+        return line ? std::optional(line->monotonicNs) : std::nullopt;
+    }
+
     /// The clock of a paused recording; a null image when it did not stand still for more than a second.
     static QImage pausedClock()
     {
