@@ -43,6 +43,23 @@ private:
     QComboBox& m_box;
 };
 
+/// Gives the list the box's name, for who does not see it, whenever it opens: the language may have changed.
+class ListName : public QObject
+{
+public:
+    explicit ListName(QComboBox* box) : QObject(box), m_box(*box) { box->view()->installEventFilter(this); }
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show)
+            m_box.view()->setAccessibleName(m_box.accessibleName());
+        return false;
+    }
+
+private:
+    QComboBox& m_box;
+};
+
 } // namespace
 
 void prepareComboBox(QComboBox& box)
@@ -51,4 +68,5 @@ void prepareComboBox(QComboBox& box)
     box.setItemDelegate(new QStyledItemDelegate(&box));
     new WheelGuard(&box);
     new ListEscape(&box);
+    new ListName(&box);
 }
