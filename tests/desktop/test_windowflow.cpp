@@ -182,6 +182,24 @@ private slots:
         QCOMPARE(selectedTiles(), QStringList{"regionTile"});
     }
 
+    void regionIsChosenWithTheKeyboardAlone()
+    {
+        pointTo(onScreen({200, 150}));
+        QVERIFY(desktopuser::tabTo(*child<Tile>("regionTile")));
+        press(QStringLiteral("space"));
+        QTRY_VERIFY(isVeilActive());
+        press(QStringLiteral("space"));
+        for (int step = 0; step < 12; ++step) {
+            press(QStringLiteral("Right"));
+            press(QStringLiteral("Down"));
+        }
+        press(QStringLiteral("shift+Down"));
+        press(QStringLiteral("Return"));
+        QTRY_VERIFY(frame() != nullptr);
+        QCOMPARE(frame()->geometry(), framed(QRect(onScreen({200, 150}), QSize(121, 122))));
+        QVERIFY(shownWindow<AreaSelector>() == nullptr);
+    }
+
     void escapeGivesASelectionUp()
     {
         click(*child<Tile>("regionTile"));

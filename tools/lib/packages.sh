@@ -21,7 +21,7 @@ case $(. /etc/os-release 2>/dev/null && echo "${ID:-}-${VERSION_ID:-}") in
 esac
 
 # A desktop where there is none, and the tools that look at it and at recordings.
-packages_desktop=(dbus-daemon xvfb openbox xcompmgr picom pulseaudio pulseaudio-utils ffmpeg xdotool wmctrl x11-utils x11-xkb-utils
+packages_desktop=(dbus-daemon at-spi2-core xvfb openbox xcompmgr picom pulseaudio pulseaudio-utils ffmpeg xdotool wmctrl x11-utils x11-xkb-utils
     x11-xserver-utils tk procps fonts-noto-cjk)
 
 # Is measured beside the program.
