@@ -7,6 +7,7 @@
 #include "mainwindow/capture/capturecontroller.h"
 #include "mainwindow/capture/captureselection.h"
 #include "mainwindow/capture/regionoverlays.h"
+#include "mainwindow/capture/windowregion.h"
 #include "mainwindow/dialogsuspension.h"
 #include "mainwindow/filepage.h"
 #include "mainwindow/formicons.h"
@@ -175,6 +176,8 @@ void SCMainWindow::connectScreenshots()
     connect(m_ui->screenshotRegionTile, &Tile::activated, m_screenshots, &ScreenshotSession::selectRegion);
     connect(m_ui->screenshotWindowTile, &Tile::activated, m_screenshots, &ScreenshotSession::selectWindow);
     connect(m_screenshots, &ScreenshotSession::restoreRequested, m_view.get(), &RecordingView::restoreWindow);
+    auto* const windowRegion = new WindowRegion(*m_ui->fileNameEdit, *m_capture, *m_region, this);
+    connect(m_screenshots, &ScreenshotSession::recordRequested, windowRegion, &WindowRegion::choose);
     connect(m_screenshots, &ScreenshotSession::saved, this, &SCMainWindow::onScreenshotSaved);
     connect(m_screenshots, &ScreenshotSession::folderReplaced, this,
             [this] { m_screenshotOptions->reportFallback(*m_notices); });

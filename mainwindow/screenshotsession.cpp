@@ -71,6 +71,7 @@ SCScreenshotWindow& ScreenshotSession::frame()
         m_frame = std::make_unique<SCScreenshotWindow>(m_screenshot);
         m_frame->installEventFilter(this);
         connect(m_frame.get(), &SCScreenshotWindow::screenshotSaved, this, &ScreenshotSession::saved);
+        connect(m_frame.get(), &SCScreenshotWindow::recordRequested, this, &ScreenshotSession::onRecordRequested);
     }
     return *m_frame;
 }
@@ -143,6 +144,7 @@ void ScreenshotSession::frameScreen()
     const QScopedValueRollback<bool> changing(m_isChanging, true);
     m_selectorDelay->stop();
     m_selection->cancel();
+    m_picked.reset();
     showFrame(screen->geometry(), true);
 }
 
@@ -153,6 +155,7 @@ void ScreenshotSession::selectRegion()
     cancelSelections();
     const QScopedValueRollback<bool> changing(m_isChanging, true);
     begin();
+    m_picked.reset();
     // It would take the presses that are meant for the selector.
     if (m_frame != nullptr)
         m_frame->hide();
@@ -184,8 +187,19 @@ void ScreenshotSession::stopPicking()
 void ScreenshotSession::onWindowPicked(const QRect& physical)
 {
     stopPicking();
-    if (isAllowed())
-        frameArea(WindowHighlighter::logicalRectOnItsScreen(physical));
+    if (!isAllowed())
+        return;
+    m_picked = PickedWindow::holding(m_picker->hoveredWindow());
+    frameArea(WindowHighlighter::logicalRectOnItsScreen(physical));
+}
+
+void ScreenshotSession::onRecordRequested()
+{
+    const std::optional<PickedWindow> window = std::exchange(m_picked, std::nullopt);
+    const QRect area = m_frame->geometry();
+    m_frame->hide();
+    if (window)
+        emit recordRequested(area, *window);
 }
 
 void ScreenshotSession::frameArea(const QRect& area)
@@ -202,6 +216,7 @@ void ScreenshotSession::showFrame(const QRect& area, bool fullScreen)
     begin();
     frame().positionAt(area);
     frame().setFullScreen(fullScreen);
+    frame().setRecordable(m_picked.has_value());
     frame().show();
     m_activationDelay->start();
 }

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "overlays/pickedwindow.h"
+
 #include <QObject>
 #include <QRect>
 
 #include <memory>
+#include <optional>
 
 class Activity;
 class QTimer;
@@ -57,6 +60,8 @@ signals:
     /// isFraming() may have, or a shown frame has another area.
     void activeChanged();
     void saved(const QString& path);
+    /// The frame over a picked window has closed.
+    void recordRequested(const QRect& area, const PickedWindow& window);
     void folderReplaced();
 
 private:
@@ -66,6 +71,7 @@ private:
     void end();
     void stopPicking();
     void onWindowPicked(const QRect& physical);
+    void onRecordRequested();
     void frameArea(const QRect& area);
     void showFrame(const QRect& area, bool fullScreen);
     void activateFrame();
@@ -81,6 +87,8 @@ private:
     QTimer* m_activationDelay;
     std::unique_ptr<SCScreenshotWindow> m_frame;
     bool m_isActive = false;
+    /// None while the frame is over another area.
+    std::optional<PickedWindow> m_picked;
     bool m_isChanging = false;
     bool m_minimisedWindow = false;
 };

@@ -95,10 +95,14 @@ void DrawWindow::buildTools()
     auto* const layout = new QHBoxLayout(m_tools);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    m_followButton = makeButton(QStringLiteral("followButton"), QStringLiteral("follow-window"));
+    m_followButton->setCheckable(true);
+    m_followButton->hide();
     m_undoButton = makeButton(QStringLiteral("undoButton"), QStringLiteral("undo"));
     m_redoButton = makeButton(QStringLiteral("redoButton"), QStringLiteral("redo"));
-    for (QPushButton* const button : {m_undoButton, m_redoButton})
+    for (QPushButton* const button : {m_followButton, m_undoButton, m_redoButton})
         layout->addWidget(button);
+    connect(m_followButton, &QPushButton::toggled, this, &DrawWindow::showFollowing);
     connect(&m_strokeHotkeys, &StrokeHotkeys::undoPressed, this, &DrawWindow::undoStroke);
     connect(&m_strokeHotkeys, &StrokeHotkeys::redoPressed, this, &DrawWindow::redoStroke);
     connect(m_undoButton, &QPushButton::clicked, this, &DrawWindow::undoStroke);
@@ -108,6 +112,7 @@ void DrawWindow::buildTools()
 
 void DrawWindow::retranslate()
 {
+    describe(*m_followButton, tr("Follow the window"));
     describe(*m_undoButton, tr("Undo"));
     describe(*m_redoButton, tr("Redo"));
     describe(*m_drawToggleButton, tr("Start Drawing"));
@@ -196,15 +201,21 @@ void DrawWindow::positionToolBar()
 
 QRect DrawWindow::toolBarGeometry() const
 {
-    const int few = m_partsSize.width();
+    const int few = fewToolsWidth();
+    const int least = m_followButton->isHidden() ? std::min(width(), few) : few;
     const int inside = width() < 2 * allToolsWidth() ? few : allToolsWidth();
-    const framebar::Size size{m_partsSize.height(), std::min(width(), few), inside + kGripPx};
+    const framebar::Size size{m_partsSize.height(), least, inside + kGripPx};
     return framebar::placed(geometry(), size, screenGeometries(), !m_insideRecorded || m_isBarLeftOut);
+}
+
+int DrawWindow::fewToolsWidth() const
+{
+    return m_partsSize.width() + (m_followButton->isHidden() ? 0 : m_followButton->width());
 }
 
 int DrawWindow::allToolsWidth() const
 {
-    return m_partsSize.width() + m_undoButton->width() + m_redoButton->width();
+    return fewToolsWidth() + m_undoButton->width() + m_redoButton->width();
 }
 
 void DrawWindow::showTools()
@@ -212,7 +223,7 @@ void DrawWindow::showTools()
     const bool hasRoom = allToolsWidth() + kGripPx <= toolBar().width();
     m_undoButton->setVisible(hasRoom);
     m_redoButton->setVisible(hasRoom);
-    const int width = hasRoom ? allToolsWidth() - m_partsSize.width() : 0;
+    const int width = (hasRoom ? allToolsWidth() : fewToolsWidth()) - m_partsSize.width();
     m_tools->setGeometry(m_partsSize.width(), 0, width, m_partsSize.height());
 }
 
@@ -226,6 +237,30 @@ void DrawWindow::raiseToolBarInside()
 {
     if (toolBar().isVisible() && isToolBarInside())
         toolBar().raise();
+}
+
+void DrawWindow::offerFollowing(bool offered)
+{
+    m_followButton->setChecked(false);
+    m_followButton->setVisible(offered);
+    positionToolBar();
+}
+
+void DrawWindow::showFollowing(bool on)
+{
+    m_followButton->setIcon(
+        icons::named(QStringLiteral("follow-window"), on ? icons::Tone::Light : icons::Tone::Normal));
+    emit followToggled(on);
+}
+
+bool DrawWindow::followTo(const QPoint& firstPixel)
+{
+    const QPoint topLeft = firstPixel - inside().topLeft();
+    if (isDragged())
+        return false;
+    moveOrHide(topLeft);
+    m_hideWhileDragging.end();
+    return true;
 }
 
 void DrawWindow::endToolBarDrag()
@@ -285,11 +320,15 @@ void DrawWindow::dragByToolBar(const QPoint& topLeft)
     const QRect available = desktopscreens::availableForDrag(*this);
     const int rightmost = available.left() + available.width() - width();
     const int left = std::max(available.left(), std::min(rightmost, topLeft.x()));
-    const QPoint kept = available.isEmpty() ? pos() : QPoint(left, topLeft.y());
+    moveOrHide(available.isEmpty() ? pos() : QPoint(left, topLeft.y()));
+}
+
+void DrawWindow::moveOrHide(const QPoint& topLeft)
+{
     if (m_insideRecorded)
-        m_hideWhileDragging.moveTo(kept);
+        m_hideWhileDragging.moveTo(topLeft);
     else
-        moveWithToolBar(kept);
+        moveWithToolBar(topLeft);
 }
 
 void DrawWindow::moveWithToolBar(const QPoint& topLeft)

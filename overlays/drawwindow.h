@@ -38,6 +38,13 @@ public:
     void setTimeText(const QString& text);
     void setPaused(bool paused);
 
+    /// Whether the tool bar has a switch for following a window, off at first.
+    void offerFollowing(bool offered);
+
+    /// Moves the area inside the border, as a drag does.
+    /// @return false while the user drags the frame, or draws
+    bool followTo(const QPoint& firstPixel);
+
 public slots:
     void setLockRatio(bool lock);
 
@@ -50,6 +57,7 @@ signals:
     /// By the recording or the close button.
     void stopRecording();
     void hideDrawWindow();
+    void followToggled(bool on);
 
     /// Hidden while dragging, or visible again; other windows of the program near it should follow.
     void concealedChanged(bool concealed);
@@ -77,6 +85,9 @@ protected:
 private:
     void buildToolBar();
     void buildTools();
+    /// With the follow button, where it is offered.
+    int fewToolsWidth() const;
+    /// And those to undo and redo.
     int allToolsWidth() const;
     void showTools();
     QRect toolBarGeometry() const;
@@ -85,6 +96,8 @@ private:
     void onStartButton();
     void onCloseButton();
 
+    void showFollowing(bool on);
+    void moveOrHide(const QPoint& topLeft);
     void takeRatio();
     void resizeTo(const QRect& geometry);
     void moveWithToolBar(const QPoint& topLeft);
@@ -102,6 +115,7 @@ private:
     QSize m_partsSize;
     /// Right of the others, where the bar is wide enough.
     QWidget* m_tools = nullptr;
+    QPushButton* m_followButton = nullptr;
     QPushButton* m_undoButton = nullptr;
     QPushButton* m_redoButton = nullptr;
     /// From the frame's corner; holds while the bar is dragged.

@@ -25,6 +25,9 @@ public:
     /// Highlights nothing before the mouse moves.
     void setVisible(bool visible) override;
 
+    /// The one that was under the pointer last; 0 without one.
+    platform::NativeWindow hoveredWindow() const { return m_hoveredWindow; }
+
     /// Physical to logical pixels on a screen with that top-left corner, which is the same in both. Rounds to nearest,
     /// halves away from zero.
     static QRect logicalRect(const QRect& physical, const QPoint& screenOrigin, double devicePixelRatio);

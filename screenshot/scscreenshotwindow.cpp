@@ -56,12 +56,15 @@ void SCScreenshotWindow::buildToolBar()
 {
     toolBar().setFixedHeight(kToolBarHeightPx);
     m_saveButton = addButton(QStringLiteral("saveButton"), QStringLiteral("capture"));
+    m_recordButton = makeButton(QStringLiteral("recordButton"), QStringLiteral("start-recording"));
+    m_recordButton->hide();
     m_drawButton = addButton(QStringLiteral("drawButton"), QStringLiteral("pen"));
     m_drawButton->setCheckable(true);
     m_clearButton = addButton(QStringLiteral("clearButton"), QStringLiteral("clear"));
     toolBarLayout().addStretch();
     m_cancelButton = addButton(QStringLiteral("cancelButton"), QStringLiteral("close"));
     connect(m_saveButton, &QPushButton::clicked, this, &SCScreenshotWindow::saveScreenshot);
+    connect(m_recordButton, &QPushButton::clicked, this, &SCScreenshotWindow::recordRequested);
     connect(m_drawButton, &QPushButton::clicked, this, &SCScreenshotWindow::drawOnScreenshot);
     connect(m_clearButton, &QPushButton::clicked, this, &SCScreenshotWindow::clearDraw);
     connect(m_cancelButton, &QPushButton::clicked, this, &SCScreenshotWindow::cancelScreenshot);
@@ -74,6 +77,7 @@ void SCScreenshotWindow::retranslate()
 {
     setWindowTitle(tr("Screenshot"));
     describe(*m_saveButton, tr("Capture"));
+    describe(*m_recordButton, tr("Record"));
     describe(*m_drawButton, tr("Start Drawing"));
     describe(*m_clearButton, tr("Clear Drawing"));
     describe(*m_cancelButton, tr("Close Window"));
@@ -82,8 +86,21 @@ void SCScreenshotWindow::retranslate()
 void SCScreenshotWindow::show()
 {
     OverlayFrame::show();
+    showRecordButton();
     raise();
     activateWindow();
+}
+
+/// Beside the first button. The bar is as wide as what it shows.
+void SCScreenshotWindow::showRecordButton()
+{
+    if (m_isRecordable)
+        toolBarLayout().insertWidget(1, m_recordButton);
+    else
+        toolBarLayout().removeWidget(m_recordButton);
+    m_recordButton->setVisible(m_isRecordable);
+    toolBar().adjustSize();
+    positionToolBar();
 }
 
 QPoint SCScreenshotWindow::toolBarPosition() const

@@ -26,6 +26,9 @@ public:
     /// For tests.
     void setGrabber(ScreenGrab::Grabber grabber) { m_grab->setGrabber(std::move(grabber)); }
 
+    /// Offers to record what is under the frame. Applies to the next show().
+    void setRecordable(bool recordable) { m_isRecordable = recordable; }
+
     /// Other windows of the program would get into the image.
     bool isCapturing() const { return m_capturing; }
 
@@ -48,6 +51,7 @@ public slots:
 signals:
     void screenshotSaved(QString path);
     void screenshotCancelled();
+    void recordRequested();
 
 protected:
     bool event(QEvent* event) override;
@@ -73,6 +77,7 @@ private:
 
     void buildToolBar();
     QPoint toolBarPosition() const;
+    void showRecordButton();
 
     QPixmap grab() const;
     void restore();
@@ -81,12 +86,15 @@ private:
     void paintBorder(QPainter& painter) const;
 
     QPushButton* m_saveButton = nullptr;
+    /// In the layout while it is offered.
+    QPushButton* m_recordButton = nullptr;
     QPushButton* m_cancelButton = nullptr;
     QPushButton* m_drawButton = nullptr;
     QPushButton* m_clearButton = nullptr;
     QPainterPath m_drawPath;
     QList<ColouredPath> m_paths;
     bool m_fullScreen = false;
+    bool m_isRecordable = false;
     /// Without border.
     bool m_capturing = false;
     /// A dialog is open, which may be below the frame.

@@ -265,6 +265,7 @@ void CaptureController::captureWholeScreen()
 
 void CaptureController::applyWholeScreen()
 {
+    emit areaChosen();
     followScreen();
     m_region.hideFrame();
     m_ui.ratioBox->setCurrentIndex(0);
@@ -325,6 +326,7 @@ void CaptureController::chooseWindow()
 void CaptureController::choosePreset(const QString& name)
 {
     m_screenshots.cancelSelections();
+    emit areaChosen();
     emit presetChosen();
     m_selection.choose(CaptureMode::Region);
     const auto size = ratiopresets::physicalSize(name);
@@ -402,8 +404,19 @@ void CaptureController::switchScreen(bool on)
         m_region.hideFrame();
 }
 
+bool CaptureController::chooseArea(const QRect& area)
+{
+    if (!m_activity.isIdle())
+        return false;
+    m_screenshots.cancelSelections();
+    m_selection.choose(CaptureMode::Region);
+    onRegionSelected(area);
+    return true;
+}
+
 void CaptureController::onRegionSelected(const QRect& area)
 {
+    emit areaChosen();
     frameVisiblePart(area);
     m_region.raiseFrame();
     applyCaptureArea();

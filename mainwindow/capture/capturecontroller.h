@@ -42,6 +42,13 @@ public:
     /// The chosen screen.
     void chooseFullScreen();
 
+    /// As a region.
+    /// @return false unless idle
+    bool chooseArea(const QRect& area);
+
+    /// Moved onto the screens that a recording of it can show.
+    QRect keptOnScreen(const QRect& area) const;
+
     /// Before a countdown: cancels selections and fits the area to the present screens.
     void settleArea();
 
@@ -55,6 +62,9 @@ public:
 signals:
     /// Emitted during a recording, before the area is applied.
     void areaMoved();
+
+    /// Emitted before another region, or no region, is applied.
+    void areaChosen();
 
     /// Emitted before the entry of the ratio box is applied.
     void presetChosen();
@@ -99,7 +109,6 @@ private:
     void onScreenChosen();
     void onScreensChanged();
     void frameVisiblePart(const QRect& area);
-    QRect keptOnScreen(const QRect& area) const;
     /// Of what is inside the frame, as far as it can be recorded; false where that is too little.
     bool storeVisiblePart(const QRect& framed);
     void frameGrownArea(const QRect& framed);

@@ -75,6 +75,7 @@ DrawWindow& RegionOverlays::drawWindow()
         connect(m_frame.get(), &DrawWindow::windowGeometryChanged, this, &RegionOverlays::frameChanged);
         connect(m_frame.get(), &DrawWindow::concealedChanged, this, &RegionOverlays::frameConcealed);
         connect(m_frame.get(), &DrawWindow::hideDrawWindow, this, &RegionOverlays::frameClosed);
+        connect(m_frame.get(), &DrawWindow::followToggled, this, &RegionOverlays::followToggled);
         connect(m_frame.get(), &DrawWindow::startRecording, this, &RegionOverlays::startRecording);
         connect(m_frame.get(), &DrawWindow::stopRecording, this, &RegionOverlays::stopRecording);
     }
@@ -137,6 +138,17 @@ void RegionOverlays::setPaused(bool paused)
 {
     if (m_frame != nullptr)
         m_frame->setPaused(paused);
+}
+
+void RegionOverlays::offerFollowing(bool offered)
+{
+    if (m_frame != nullptr)
+        m_frame->offerFollowing(offered);
+}
+
+bool RegionOverlays::followTo(const QPoint& firstPixel)
+{
+    return m_frame != nullptr && m_frame->followTo(firstPixel);
 }
 
 void RegionOverlays::setTimeText(const QString& text)

@@ -50,6 +50,10 @@ public:
     void setTimeText(const QString& text);
     void setLockRatio(bool lock);
 
+    /// As in DrawWindow.
+    void offerFollowing(bool offered);
+    bool followTo(const QPoint& firstPixel);
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
@@ -62,6 +66,7 @@ signals:
     void frameClosed();
     void startRecording();
     void stopRecording();
+    void followToggled(bool on);
 
 private:
     void onSelected(const QRect& area);

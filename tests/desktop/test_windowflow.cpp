@@ -12,6 +12,7 @@
 #include "tests/support/heldkeyboard.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/x11clients.h"
 
 #include <QApplication>
 #include <QProcess>
@@ -39,6 +40,7 @@ constexpr QRgb kSelectedTile = qRgb(0x2b, 0x3d, 0x4d);
 /// The argument with which this program is another one with a window of its own.
 constexpr char kOtherProgram[] = "--other-program";
 constexpr QRect kOtherWindow(940, 460, 300, 200);
+constexpr char16_t kOtherTitle[] = u"Report: 3/4";
 
 /// Black at alpha 100 over a colour.
 QRgb veiled(QRgb below)
@@ -70,6 +72,8 @@ public:
             m_said.remove(position, word.size());
         return position >= 0;
     }
+
+    uint32_t windowId() const { return x11clients::windowsOf(m_process.processId()).value(0).id; }
 
     ~OtherProgram()
     {
@@ -310,6 +314,38 @@ private slots:
         QTRY_VERIFY(!m_window->isMinimized());
     }
 
+    void pickedWindowBecomesTheRegionWhichFollowsIt()
+    {
+        OtherProgram other;
+        QVERIFY(other.start());
+        const QRect position(onScreen(kOtherWindow.topLeft()), kOtherWindow.size());
+        frameOtherWindow(position);
+        click(desktopuser::centreOf(*barButton("recordButton")));
+        QTRY_VERIFY(frame() != nullptr && shownWindow<SCScreenshotWindow>() == nullptr);
+        QTRY_VERIFY(!m_window->isMinimized());
+        QCOMPARE(frame()->geometry(), framed(position));
+        QCOMPARE(selectedTiles(), QStringList{"regionTile"});
+        expectFields(position.size());
+        QCOMPARE(field("fileNameEdit"), QStringLiteral("Report 34"));
+        QTRY_COMPARE(wrongInTheBorder(position), QString());
+
+        const auto moveTo = [id = other.windowId()](const QPoint& corner) {
+            xdotool({"windowmove", QString::number(id), QString::number(corner.x()), QString::number(corner.y())});
+        };
+        click(desktopuser::centreOf(*followButton()));
+        QTRY_VERIFY(followButton()->isChecked());
+        moveTo(position.topLeft() + QPoint(60, 90));
+        QTRY_COMPARE(frame()->geometry(), framed(position.translated(60, 90)));
+        QTRY_COMPARE(wrongInTheBorder(position.translated(60, 90)), QString());
+        expectFields(position.size());
+        x11clients::minimise(other.windowId());
+        desktopuser::waitUntilStill();
+        QCOMPARE(frame()->geometry(), framed(position.translated(60, 90)));
+        x11clients::activate(other.windowId());
+        moveTo(position.topLeft());
+        QTRY_COMPARE(frame()->geometry(), framed(position));
+    }
+
     void windowOfTheProgramItselfCannotBePicked()
     {
         OtherProgram other;
@@ -369,6 +405,27 @@ private slots:
     }
 
 private:
+    void frameOtherWindow(const QRect& position) const
+    {
+        click(*child<Tile>("windowTile"));
+        QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
+        pointTo(position.center());
+        QTRY_COMPARE(colourAt(position.topLeft() + QPoint(1, 1)), qRgb(255, 0, 0));
+        xdotool({"click", "1"});
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
+        // The frame is no part of the screen yet, nor are its buttons.
+        desktopuser::waitUntilStill();
+    }
+
+    static QPushButton* followButton()
+    {
+        for (const QWidget* const window : QApplication::topLevelWidgets()) {
+            if (auto* const button = window->findChild<QPushButton*>(QStringLiteral("followButton")))
+                return button;
+        }
+        return nullptr;
+    }
+
     void expectTilePixels(const QString& selected) const
     {
         for (const char* name : {"fullScreenTile", "regionTile", "windowTile"}) {
@@ -391,6 +448,7 @@ namespace {
 int beAnotherProgram()
 {
     TalkingWindow window;
+    window.setWindowTitle(QString::fromUtf16(kOtherTitle));
     window.setGeometry(QRect(onScreen(kOtherWindow.topLeft()), kOtherWindow.size()));
     window.show();
     return QApplication::exec();

@@ -614,6 +614,37 @@ private slots:
         QVERIFY(toolBar()->mask().isEmpty());
     }
 
+    void recordedInsideThatFollowsIsHiddenOnItsWay()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.show();
+        window.setInsideRecorded(true);
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        const QRect inside = kGeometry.adjusted(4, 4, -4, -4);
+        QVERIFY(window.followTo(inside.topLeft() + QPoint(10, 5)));
+        QVERIFY(window.followTo(inside.topLeft() + QPoint(20, 10)));
+        QCOMPARE(window.geometry(), kGeometry);
+        QVERIFY(!hasBorder(window));
+        QTRY_COMPARE(changed.size(), 2);
+        const QRect moved = inside.translated(20, 10);
+        QCOMPARE(changed, (QList<Report>{report(true, moved), report(false, moved)}));
+        QTRY_VERIFY(hasBorder(window));
+    }
+
+    void frameThatTheUserDragsDoesNotFollow()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.show();
+        press(*toolBar(), toolBar()->geometry().center());
+        QVERIFY(!window.followTo({10, 10}));
+        QCOMPARE(window.geometry(), kGeometry);
+        release(*toolBar(), toolBar()->geometry().center());
+        QVERIFY(window.followTo({10, 40}));
+        QCOMPARE(window.pos(), QPoint(6, 36));
+    }
+
     void shortDragOfARecordedInsideArrivesWhereItEnded()
     {
         DrawWindow window;

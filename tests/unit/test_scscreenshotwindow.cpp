@@ -159,6 +159,30 @@ private slots:
         }
     }
 
+    void recordButtonIsBesideCaptureWhereItIsOffered()
+    {
+        const QSignalSpy requested(m_window.get(), &SCScreenshotWindow::recordRequested);
+        m_window->show();
+        const int width = toolBar().width();
+        QVERIFY(!button("recordButton").isVisible());
+        m_window->hide();
+        m_window->setRecordable(true);
+        m_window->show();
+        QVERIFY(button("recordButton").isVisible());
+        QCOMPARE(button("recordButton").geometry(), QRect(30, 0, 30, 30));
+        QCOMPARE(button("drawButton").x(), 60);
+        QCOMPARE(toolBar().geometry().right(), m_window->geometry().right() - 1);
+        QVERIFY(toolBar().rect().contains(button("cancelButton").geometry()));
+        click("recordButton");
+        QCOMPARE(requested.size(), 1);
+        m_window->hide();
+        m_window->setRecordable(false);
+        m_window->show();
+        QVERIFY(!button("recordButton").isVisible());
+        QCOMPARE(toolBar().width(), width);
+        QCOMPARE(button("drawButton").x(), 30);
+    }
+
     void styleSheetIsReported()
     {
         const MessageCapture messages;
