@@ -13,6 +13,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLineEdit>
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
@@ -83,6 +84,27 @@ void notice(const Look& look, SCMainWindow& window)
     child<QPushButton>(window, "noticeClose").click();
 }
 
+void refusedSize(const Look& look, SCMainWindow& window)
+{
+    auto& width = child<QLineEdit>(window, "widthEdit");
+    width.setFocus();
+    width.selectAll();
+    QTest::keyClicks(&width, QStringLiteral("12"));
+    QTest::keyClick(&width, Qt::Key_Return);
+    stop(look, "size-refused", window);
+    QTest::keyClick(&width, Qt::Key_Escape);
+    child<QPushButton>(window, "noticeClose").click();
+}
+
+/// Where the size cannot be typed.
+void withoutScreen(const Look& look, SCMainWindow& window)
+{
+    auto& screen = child<SCSwitchWidget>(window, "screenSwitch");
+    screen.setChecked(false);
+    stop(look, "screen-off", window);
+    screen.setChecked(true);
+}
+
 struct Shown
 {
     const char* name;
@@ -141,6 +163,8 @@ void mainWindow(const Look& look)
     showLevels(child<VolumeControl>(window, "speakerMeter"), -12.0F);
     stop(look, "recording", window);
     notice(look, window);
+    refusedSize(look, window);
+    withoutScreen(look, window);
     child<QPushButton>(window, "screenshotTab").click();
     stop(look, "screenshot", window);
     child<QPushButton>(window, "filesTab").click();
