@@ -14,7 +14,7 @@ make_system() {
         packages+=,$package
     done
     say "Making a Debian system ($release) in $folder"
-    rm -rf "$folder"
+    rm -rf --one-file-system "$folder"
     mkdir -p "$folder"
     logged "$log" debootstrap --variant=minbase "--include=$packages" "$release" "$folder" "$debian_mirror" ||
         die "the system could not be made; the reason stands above"
