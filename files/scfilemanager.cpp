@@ -101,7 +101,7 @@ void SCFileManager::addFile(const QString& path, const QString& type)
 {
     m_store.add(path, type, path == m_fileInUse);
     save();
-    readMissingDetails();
+    readDetailsOf(path);
 }
 
 void SCFileManager::setFileInUse(const QString& path)
@@ -159,7 +159,7 @@ void SCFileManager::onFinished(const QString& path, bool isWhole)
         return;
     save();
     updateRows();
-    readMissingDetails();
+    readDetailsOf(path);
 }
 
 void SCFileManager::onPostponed(const QString& path)
@@ -167,7 +167,7 @@ void SCFileManager::onPostponed(const QString& path)
     if (isInUse(path))
         return;
     updateRows();
-    readMissingDetails();
+    readDetailsOf(path);
 }
 
 /// A file that is written to, or about to be, has to wait.
@@ -177,10 +177,15 @@ void SCFileManager::readDetails(const std::function<bool(const FileRecord&)>& is
         return;
     QList<FileDetailsReader::Request> requests;
     for (const FileRecord& record : files()) {
-        if (progressOf(record) == FileProgress::None && !isInUse(record.filepath) && isWanted(record))
+        if (isWanted(record) && progressOf(record) == FileProgress::None && !isInUse(record.filepath))
             requests.append({record.filepath, record.isMedia(), FileDetails::of(record.properties)});
     }
     m_reader->add(requests);
+}
+
+void SCFileManager::readDetailsOf(const QString& path)
+{
+    readDetails([&path](const FileRecord& record) { return record.filepath == path; });
 }
 
 void SCFileManager::readMissingDetails()

@@ -96,6 +96,7 @@ private:
     void onPostponed(const QString& path);
     void onDetailsRead(const QHash<QString, FileDetails>& details);
     void readDetails(const std::function<bool(const FileRecord&)>& isWanted);
+    void readDetailsOf(const QString& path);
     void readMissingDetails();
     FileProgress progressOf(const FileRecord& record) const;
     QList<FileRecord> shownRecords() const;
