@@ -282,9 +282,10 @@ private:
     QString media(const QString& name, const QStringList& options)
     {
         QString path = m_folder->filePath(name);
-        QStringList arguments{"-v", "error", "-nostdin", "-y",  "-f", "lavfi", "-i", "testsrc=size=160x120:rate=30",
+        QStringList arguments{"-v", "error", "-nostdin", "-y",  "-f", "lavfi", "-i", "testsrc=size=160x120:rate=10",
                               "-f", "lavfi", "-i",       "sine"};
-        arguments += QStringList{"-t", QString::number(kLengthMs / 1000)} + options + QStringList{"file:" + path};
+        arguments += QStringList{"-threads", "1", "-preset", "ultrafast", "-t", QString::number(kLengthMs / 1000)} +
+                     options + QStringList{"file:" + path};
         QProcess process;
         process.start(QStringLiteral("ffmpeg"), arguments);
         process.waitForFinished(60'000);
