@@ -142,8 +142,9 @@ void SCMainWindow::makeRecording(const Durations& durations)
 
 void SCMainWindow::makeSources(std::shared_ptr<CameraSystem> cameras)
 {
-    const SourceRows rows{*m_ui->speakerSwitch, *m_ui->speakerDevicesButton, *m_ui->speakerMeter, *m_ui->micSwitch,
-                          *m_ui->micDevicesButton, *m_ui->micMeter, *m_ui->mouseSwitch};
+    const SourceRows rows{*m_ui->speakerSwitch, *m_ui->speakerDevicesButton, *m_ui->speakerMeter,
+                          *m_ui->micSwitch,     *m_ui->micDevicesButton,     *m_ui->micMeter,
+                          *m_ui->mouseSwitch};
     m_switches = new SourceSwitches(rows, *m_obs, *m_notices, *m_settings, this);
     m_webcam = new WebcamSwitch(*m_ui->webcamSwitch, std::move(cameras), this);
     new FocusRing(this,
