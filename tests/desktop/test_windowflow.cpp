@@ -193,14 +193,14 @@ private slots:
         press(QStringLiteral("space"));
         QTRY_VERIFY(isVeilActive());
         press(QStringLiteral("space"));
-        for (int step = 0; step < 12; ++step) {
+        for (int step = 0; step < 24; ++step) {
             press(QStringLiteral("Right"));
             press(QStringLiteral("Down"));
         }
         press(QStringLiteral("shift+Down"));
         press(QStringLiteral("Return"));
         QTRY_VERIFY(frame() != nullptr);
-        QCOMPARE(frame()->geometry(), framed(QRect(onScreen({200, 150}), QSize(121, 122))));
+        QCOMPARE(frame()->geometry(), framed(QRect(onScreen({200, 150}), QSize(241, 242))));
         QVERIFY(shownWindow<AreaSelector>() == nullptr);
     }
 
