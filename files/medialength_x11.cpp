@@ -82,6 +82,12 @@ void keepOneStream(AVFormatContext& input)
         input.streams[i]->discard = i == kept ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
 }
 
+/// A disk that cannot be read is no end of the file.
+bool isDiskAtFault(const AVFormatContext& input)
+{
+    return input.pb->error < 0 && input.pb->error != AVERROR_EOF;
+}
+
 /// From the first packet's time to the end of the last one.
 std::optional<milliseconds> lengthOfPackets(AVFormatContext& input, FileWork& work)
 {
@@ -99,7 +105,7 @@ std::optional<milliseconds> lengthOfPackets(AVFormatContext& input, FileWork& wo
         }
         av_packet_unref(packet.get());
     }
-    if (end <= first || work.isCancelled())
+    if (end <= first || work.isCancelled() || isDiskAtFault(input))
         return std::nullopt;
     return milliseconds((end - first) / (AV_TIME_BASE / 1000));
 }
@@ -115,5 +121,5 @@ MediaLength mediaLength(const QString& path, FileWork& work)
     // The head of fragments says no more than how long the first one is.
     const auto inHead = isFragmentedMp4(path) ? std::nullopt : lengthInHead(*input);
     const auto length = inHead ? inHead : lengthOfPackets(*input, work);
-    return {length, !length && !work.isCancelled()};
+    return {length, !length && !work.isCancelled() && !isDiskAtFault(*input)};
 }

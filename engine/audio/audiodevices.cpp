@@ -212,6 +212,11 @@ void AudioDevices::reportLoss(AudioDevice& device)
         device.lossTimer().start();
         return;
     }
+    // The next check would be too late.
+    if (device.canFallBack() && device.isListed()) {
+        takeUp(device);
+        return;
+    }
     if (device.canFallBack()) {
         fallBack(device);
         return;

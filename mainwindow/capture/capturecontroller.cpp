@@ -326,7 +326,6 @@ void CaptureController::chooseWindow()
 void CaptureController::choosePreset(const QString& name)
 {
     m_screenshots.cancelSelections();
-    emit areaChosen();
     emit presetChosen();
     m_selection.choose(CaptureMode::Region);
     const auto size = ratiopresets::physicalSize(name);
@@ -334,6 +333,7 @@ void CaptureController::choosePreset(const QString& name)
         showFrame();
         return;
     }
+    emit areaChosen();
     framePreset(*size);
     takeRatio(*size);
 }

@@ -109,7 +109,8 @@ std::optional<QSize> SizeFields::sizeAtRatio(Length leading, const Rules& rules)
     const QSize largest = isWidth ? rules.largest : rules.largest.transposed();
     const double ratio = isWidth ? rules.ratio : 1.0 / rules.ratio;
     const int least = std::max(smallest.width(), static_cast<int>(std::ceil(smallest.height() * ratio)));
-    const int most = std::min(largest.width(), static_cast<int>(std::floor(largest.height() * ratio)));
+    // The ratio of a region across screens may be one that fits no region of one screen.
+    const int most = std::max(least, std::min(largest.width(), static_cast<int>(std::floor(largest.height() * ratio))));
     const auto length = lengthIn(leading, {least, most});
     if (!length) {
         m_fields.at(leading)->selectAll();
