@@ -171,15 +171,29 @@ private:
         return line ? std::optional(line->monotonicNs) : std::nullopt;
     }
 
-    /// The clock of a paused recording; a null image when it did not stand still for more than a second.
+    /// The clock of a paused recording, which blinks; a null image when it did not stand still for more than a second.
     static QImage pausedClock()
     {
         constexpr int kFadeMs = 400;
-        constexpr int kStandMs = 1400;
+        constexpr int kLooks = 14;
+        constexpr int kLookMs = 100;
         QTest::qWait(kFadeMs);
-        const QImage before = clockOnScreen();
-        QTest::qWait(kStandMs);
-        return clockOnScreen() == before ? before : QImage();
+        QList<QImage> times;
+        for (int look = 0; look < kLooks; ++look) {
+            const QImage image = clockOnScreen();
+            if (!isPlain(image) && !times.contains(image))
+                times.append(image);
+            QTest::qWait(kLookMs);
+        }
+        return times.size() == 1 ? times.constFirst() : QImage();
+    }
+
+    static bool isPlain(const QImage& image)
+    {
+        QImage plain = image;
+        if (!plain.isNull())
+            plain.fill(plain.pixelColor(0, 0));
+        return image == plain;
     }
 
     /// What the file shows of the time in which it was paused; empty when it shows nothing of it.
