@@ -10,8 +10,7 @@ bool FormatCycle::chooseFormat()
 {
     if (m_count == 0)
         return true;
-    // The recording has disabled the list of formats, which has passed the keyboard on to the next control.
-    if (!goBackFromRecordButton(m_program, m_count == 1 ? kStepsToFormat : 1))
+    if (!goBackFromRecordButton(m_program, kStepsToFormat))
         return false;
     const auto formats = static_cast<int>(formatjudge::kFormats.size());
     ProgramUnderTest::pressKey(m_count % formats == 0 ? QStringLiteral("Home") : QStringLiteral("Down"));

@@ -84,7 +84,8 @@ void endTake(ProgramUnderTest& program, Take& take);
 /// A whole recording of @p milliseconds.
 Take record(ProgramUnderTest& program, const QString& extension, int milliseconds);
 
-/// How often Shift+Tab is pressed from the record button, which has the keyboard after the start, to a control.
+/// How often Shift+Tab is pressed from the record button, which has the keyboard after the start and after a recording,
+/// to a control.
 inline constexpr int kStepsToFormat = 3;
 inline constexpr int kStepsToName = 4;
 inline constexpr int kStepsToMicrophones = 6;
@@ -92,9 +93,6 @@ inline constexpr int kStepsToSpeakers = 8;
 inline constexpr int kStepsToWebcam = 9;
 inline constexpr int kStepsToRatio = 15;
 inline constexpr int kStepsToRegion = 17;
-/// From where the keyboard is after the recording of a region: the tile has passed it on, because a recording disables
-/// it.
-inline constexpr int kStepsToRegionAgain = 7;
 
 /// Activates the main window and goes back in the order of its controls. False when there is no such window.
 bool goBackFromRecordButton(ProgramUnderTest& program, int steps);

@@ -65,11 +65,10 @@ void regionuser::prepare(ProgramUnderTest& program, double scale)
     program.startThrough({QStringLiteral("env"), QStringLiteral("QT_SCALE_FACTOR=%1").arg(scale)});
 }
 
-std::optional<QRect> regionuser::chooseRegion(ProgramUnderTest& program, const QRect& logicalArea, double scale,
-                                              int steps)
+std::optional<QRect> regionuser::chooseRegion(ProgramUnderTest& program, const QRect& logicalArea, double scale)
 {
     const auto physical = [scale](const QPoint& logical) { return (QPointF(logical) * scale).toPoint(); };
-    if (!goBackFromRecordButton(program, steps))
+    if (!goBackFromRecordButton(program, kStepsToRegion))
         return std::nullopt;
     const QPoint start = physical(logicalArea.topLeft());
     if (!showVeil(program, start))

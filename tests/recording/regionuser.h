@@ -20,10 +20,7 @@ void prepare(ProgramUnderTest& program, double scale = 1.0);
 
 /// Chooses the region tile and drags the area, whose corners are whole logical pixels. What the program then says it
 /// records, in logical pixels; nothing when it says nothing.
-///
-/// @param steps to the tile from the control that has the keyboard
-std::optional<QRect> chooseRegion(ProgramUnderTest& program, const QRect& logicalArea, double scale = 1.0,
-                                  int steps = kStepsToRegion);
+std::optional<QRect> chooseRegion(ProgramUnderTest& program, const QRect& logicalArea, double scale = 1.0);
 
 /// A position on the bar above the frame of a region that is not one of its buttons; both in logical pixels.
 QPoint bareBar(const QRect& region);

@@ -10,8 +10,6 @@
 #include <QPainter>
 #include <QTest>
 
-#include <utility>
-
 #include <algorithm>
 #include <cstdlib>
 
@@ -160,13 +158,12 @@ private slots:
         QRect inTheFarCorner(0, 0, 362, 145);
         const QSize logical = (QSizeF(m_size) / scale).toSize();
         inTheFarCorner.moveBottomRight(QPoint(logical.width() - 1, logical.height() - 1));
-        int steps = kStepsToRegion;
         for (const QRect& region :
              {QRect(17, 53, 361, 143), inTheFarCorner, QRect(15, 51, 363, 147), QRect(13, 57, 401, 149)}) {
             const QRect part = recordedPart(region, scale, m_size);
             const QImage stripes = stripedImage(m_size, part);
             const StillImage still(stripes);
-            QVERIFY(regionuser::chooseRegion(program, region, scale, std::exchange(steps, kStepsToRegionAgain)));
+            QVERIFY(regionuser::chooseRegion(program, region, scale));
             Take take = beginTake(program, kMp4);
             QVERIFY2(take.failure.isEmpty(), qPrintable(take.failure));
             QTest::qWait(kShortTakeMs);
