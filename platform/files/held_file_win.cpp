@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/files/held_file.h"
+#include "platform/files/windows_path.h"
 
 #include <QFile>
+
+#include <windows.h>
 
 namespace platform {
 
@@ -22,9 +25,16 @@ bool HeldFile::isInPlace() const
 
 qint64 HeldFile::bytes() const
 {
-    // The folder's entry has an old size while the file is open.
-    QFile file(m_path);
-    return file.open(QIODevice::ReadOnly) ? file.size() : 0;
+    // The folder's entry has an old size while the file is open. Who asks the file keeps nobody from deleting it.
+    const HANDLE file = CreateFileW(extendedWindowsPath(m_path).toStdWString().c_str(), FILE_READ_ATTRIBUTES,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return 0;
+    LARGE_INTEGER size{};
+    const bool isKnown = GetFileSizeEx(file, &size) != 0;
+    CloseHandle(file);
+    return isKnown ? size.QuadPart : 0;
 }
 
 bool HeldFile::isWrittenTo() const

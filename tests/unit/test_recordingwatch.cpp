@@ -9,9 +9,11 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
 #include <atomic>
 #include <functional>
+#include <thread>
 
 namespace {
 
@@ -153,6 +155,24 @@ private slots:
         QTRY_COMPARE(m_gone->size(), 1);
         answers.release();
         m_watch.reset();
+    }
+
+    void fileThatIsLookedAtCanBeDeleted()
+    {
+        for (int number = 0; number < 50; ++number) {
+            const QString path = m_root->filePath(QString::number(number));
+            QVERIFY(write(path, 1));
+            const auto file = platform::HeldFile::open(path);
+            QVERIFY(file != nullptr);
+            std::atomic<bool> hasLooked = false;
+            const std::jthread looks([&](const std::stop_token& stop) {
+                while (!stop.stop_requested())
+                    hasLooked = file->bytes() >= 0;
+            });
+            while (!hasLooked)
+                QThread::yieldCurrentThread();
+            QVERIFY(QFile::remove(path));
+        }
     }
 
     void stoppedWatchReportsNothing()
