@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/input/global_hotkey_backend.h"
+#include "platform/input/sole_qhotkey.h"
 #include "platform/system_failure.h"
 
 #include <QAbstractEventDispatcher>
-#include <QHotkey>
 
 #include <windows.h>
 
@@ -54,21 +54,16 @@ public:
     explicit QHotkeyBackend(GlobalHotkey& owner)
     {
         static const MessageHook hook;
-        QObject::connect(&m_hotkey, &QHotkey::activated, &owner, &GlobalHotkey::activated, Qt::QueuedConnection);
+        QObject::connect(&m_hotkey.hotkey(), &QHotkey::activated, &owner, &GlobalHotkey::activated,
+                         Qt::QueuedConnection);
     }
 
-    QString take(const QKeyCombination& key) override
-    {
-        m_hotkey.setShortcut(QKeySequence(key), true);
-        // Asked, for setShortcut() also reports success when there was nothing to register.
-        return m_hotkey.isRegistered() ? QString()
-                                       : QStringLiteral("another program holds it, or the keyboard does not have it");
-    }
+    QString take(const QKeyCombination& key) override { return m_hotkey.take(key); }
 
-    void release() override { m_hotkey.resetShortcut(); }
+    void release() override { m_hotkey.release(); }
 
 private:
-    QHotkey m_hotkey;
+    SoleQHotkey m_hotkey;
 };
 
 } // namespace

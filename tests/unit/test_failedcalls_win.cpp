@@ -69,7 +69,27 @@ class TestFailedCalls : public QObject
 private slots:
     void init() { m_reports.clear(); }
 
-    void hotkeyOfAnotherIsNotTakenAndSaysWhy()
+    void hotkeyOfAnotherProgramIsNotTakenAndSaysWhy()
+    {
+        constexpr int kIdentifier = 8;
+        QVERIFY(RegisterHotKey(nullptr, kIdentifier, MOD_SHIFT, VK_F8) != 0);
+        platform::GlobalHotkey hotkey(nullptr);
+        QVERIFY(!hotkey.registerKey(QKeySequence(Qt::SHIFT | Qt::Key_F8)));
+        QCOMPARE(hotkey.failureReason(), QStringLiteral("another program holds it"));
+        QVERIFY(UnregisterHotKey(nullptr, kIdentifier) != 0);
+        QVERIFY(hotkey.registerKey(QKeySequence(Qt::SHIFT | Qt::Key_F8)));
+        QCOMPARE(hotkey.failureReason(), QString());
+        QCOMPARE(m_reports.sentences(), QStringList());
+    }
+
+    void keyThatTheKeyboardLacksIsNotTakenAndSaysWhy()
+    {
+        platform::GlobalHotkey hotkey(nullptr);
+        QVERIFY(!hotkey.registerKey(QKeySequence(Qt::Key_Camera)));
+        QCOMPARE(hotkey.failureReason(), QStringLiteral("the keyboard has no such key"));
+    }
+
+    void hotkeyOfTheProgramItselfIsNotTakenAndSaysWhy()
     {
         platform::GlobalHotkey first(nullptr);
         QVERIFY(first.registerKey(QKeySequence(Qt::Key_F8)));
