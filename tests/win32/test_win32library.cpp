@@ -36,8 +36,8 @@ QPoint rowPosition(int row, Column column)
 
 // The box that asks before a deletion has a check box, Delete and Cancel, in this order; Cancel has the keyboard.
 const QStringList kDelete{"shift+Tab", "space"};
-const QStringList kDeleteFromDisk{"Tab", "space", "Tab", "space"};
-const QStringList kCheckAndCancel{"Tab", "space", "Tab", "Tab", "space"};
+const QStringList kDeleteFromDisk{"shift+Tab", "shift+Tab", "space", "Tab", "space"};
+const QStringList kCheckAndCancel{"shift+Tab", "shift+Tab", "space", "Tab", "Tab", "space"};
 
 } // namespace
 

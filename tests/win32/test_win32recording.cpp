@@ -101,7 +101,7 @@ void TestWin32Recording::aPausePressedOnTheBarIsNotInTheFile()
 
 void TestWin32Recording::theBarFadesByTheAlphaOfItsLayer()
 {
-    constexpr int kHighestAlpha = 230;
+    constexpr int kOpaque = 255;
     constexpr int64_t kAlphaFlag = 2;
     Win32Program program;
     QVERIFY2(program.startAndWaitUntilReady(), qPrintable(program.transcript()));
@@ -113,7 +113,7 @@ void TestWin32Recording::theBarFadesByTheAlphaOfItsLayer()
         QVERIFY(WineDesktop::pointTo(kElsewhere));
         QCOMPARE(waitForBar(false, 0), QString());
         QVERIFY(WineDesktop::pointTo({kElsewhere.x(), 0}));
-        QCOMPARE(waitForBar(true, kHighestAlpha), QString());
+        QCOMPARE(waitForBar(true, kOpaque), QString());
     }
     const auto bar = WineDesktop::visibleWindow(kBarTitle, kTimeoutMs);
     QVERIFY(bar && bar->layer && bar->isTopmost);
