@@ -85,7 +85,8 @@ private slots:
         QTest::keyClick(width, Qt::Key_Return);
         const auto* const notice = child<QLabel>(window, "noticeText");
         QVERIFY(notice->isVisible());
-        QCOMPARE(notice->text(), QStringLiteral("The width has to be a whole number from 192 to 800."));
+        QCOMPARE(notice->text(), QStringLiteral("The width has to be a whole number from 192 to %1.")
+                                     .arg(QGuiApplication::primaryScreen()->geometry().width()));
     }
 
     void chosenFormatIsStored()
