@@ -115,7 +115,11 @@ private slots:
         SCTranslator translator;
         QVERIFY(translator.loadLanguage(code));
         const FileRowTexts texts = FileRowTexts::of(kVideo, FileProgress::None);
-        QVERIFY2(texts.date.startsWith(date), qPrintable(texts.date));
+        // A user who has the system in that language may have chosen other forms there.
+        const QLocale system = QLocale::system();
+        const bool isSystems = QLocale().language() == system.language();
+        const QString begin = isSystems ? system.toString(QDate(2026, 3, 7), QLocale::ShortFormat) : date;
+        QVERIFY2(texts.date.startsWith(begin), qPrintable(texts.date));
         QVERIFY2(texts.date.contains(QStringLiteral("05")), qPrintable(texts.date));
         QCOMPARE(QString(texts.size).replace(QChar::Nbsp, u' '), size);
         QCOMPARE(texts.length, QStringLiteral("1:02:03"));
