@@ -2,7 +2,6 @@
 #include "overlays/drawwindow.h"
 
 #include "overlays/framebar.h"
-#include "platform/windowing/capture_exclusion.h"
 #include "platform/windowing/frame_exclusion.h"
 #include "platform/windowing/overlay_window.h"
 #include "widgets/blinkinglabel.h"
@@ -18,6 +17,8 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
+
+#include <utility>
 
 #include <algorithm>
 #include <cmath>
@@ -43,8 +44,9 @@ QList<QRect> screenGeometries()
 
 } // namespace
 
-DrawWindow::DrawWindow(QWidget* parent)
+DrawWindow::DrawWindow(QWidget* parent, std::function<bool(QWidget&, bool)> setExcluded)
     : OverlayFrame(kMinimumSize, PenStrokes(QPen(Qt::red, kStrokePx), PenStrokes::Click::LeavesDot), parent)
+    , m_setExcluded(std::move(setExcluded))
 {
     setWindowTitle(QStringLiteral("Drawing Window"));
     buildToolBar();
@@ -141,8 +143,9 @@ void DrawWindow::setRecording(bool recording)
 void DrawWindow::setInsideRecorded(bool recorded, bool leavesOutBar)
 {
     m_insideRecorded = recorded;
-    const bool isExcluded = platform::setExcludedFromCapture(toolBar(), recorded);
+    const bool isExcluded = m_setExcluded(toolBar(), recorded);
     m_isBarLeftOut = leavesOutBar || isExcluded;
+    m_areTipsLeftOut = leavesOutBar;
     if (!recorded)
         m_hideWhileDragging.cancel();
     positionToolBar();
@@ -311,7 +314,7 @@ bool DrawWindow::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() != QEvent::ToolTip || watched == &toolBar())
         return OverlayFrame::eventFilter(watched, event);
-    bartip::show(static_cast<QWidget&>(*watched), m_recording && !m_isBarLeftOut ? geometry() : QRect());
+    bartip::show(static_cast<QWidget&>(*watched), m_recording && !m_areTipsLeftOut ? geometry() : QRect());
     return true;
 }
 

@@ -3,7 +3,10 @@
 
 #include "overlays/hidewhiledragging.h"
 #include "overlays/strokehotkeys.h"
+#include "platform/windowing/capture_exclusion.h"
 #include "widgets/overlayframe.h"
+
+#include <functional>
 
 class BlinkingLabel;
 
@@ -16,7 +19,8 @@ class DrawWindow : public OverlayFrame
     Q_PROPERTY(int borderWidth READ borderWidth WRITE setBorderWidth)
 
 public:
-    explicit DrawWindow(QWidget* parent = nullptr);
+    explicit DrawWindow(QWidget* parent = nullptr,
+                        std::function<bool(QWidget&, bool)> setExcluded = &platform::setExcludedFromCapture);
     ~DrawWindow() override;
 
     /// Whether resizing keeps the aspect ratio, that of the window when it was locked or given its size: rounding, and
@@ -32,7 +36,7 @@ public:
     bool isRecording() const { return m_recording; }
 
     /// During a recording the size is fixed, and border and tool bar are hidden while dragging.
-    /// @param leavesOutBar whether the tool bar is in none of its frames, wherever it is
+    /// @param leavesOutBar whether the tool bar is in none of its frames, wherever it is, nor are its tool tips
     void setInsideRecorded(bool recorded, bool leavesOutBar = false);
 
     void setTimeText(const QString& text);
@@ -129,6 +133,8 @@ private:
     bool m_recording = false;
     bool m_insideRecorded = false;
     bool m_isBarLeftOut = false;
+    bool m_areTipsLeftOut = false;
+    std::function<bool(QWidget&, bool)> m_setExcluded;
     /// Only the strokes are painted.
     bool m_concealed = false;
     HideWhileDragging m_hideWhileDragging;

@@ -4,9 +4,11 @@
 #include "tests/support/pointerevents.h"
 #include "tests/support/testrun.h"
 #include "tests/support/widgetimage.h"
+#include "widgets/tooltip.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QIcon>
 #include <QLabel>
 #include <QPainter>
@@ -49,6 +51,13 @@ QWidget* toolBar()
             return window;
     }
     return nullptr;
+}
+
+/// As the pointer does that rests on it.
+void showTip(QWidget& part)
+{
+    QHelpEvent event(QEvent::ToolTip, QPoint(), part.mapToGlobal(QPoint()));
+    QApplication::sendEvent(&part, &event);
 }
 
 QPushButton* button(const char* name)
@@ -308,6 +317,25 @@ private slots:
         QVERIFY(!toolBar()->geometry().intersects(screen));
         window.setInsideRecorded(false);
         QCOMPARE(toolBar()->geometry(), bar);
+    }
+
+    void tipsOfABarThatTheSystemLeavesOutStayOutOfTheVideo()
+    {
+        DrawWindow window(nullptr, [](QWidget&, bool) { return true; });
+        window.setGeometry(window.screen()->geometry());
+        window.show();
+        window.setRecording(true);
+        // The frames are without the bar and its tips.
+        window.setInsideRecorded(true, true);
+        const QRect bar = toolBar()->geometry();
+        QVERIFY(window.geometry().contains(bar));
+        showTip(*button("closeButton"));
+        QVERIFY(visibleToolTip() != nullptr);
+        // Only the bar's window is left out.
+        window.setInsideRecorded(true, false);
+        QCOMPARE(toolBar()->geometry(), bar);
+        showTip(*button("closeButton"));
+        QVERIFY(visibleToolTip() == nullptr);
     }
 
     void toolBarInsideLeavesItsPlaceToThePointer()
