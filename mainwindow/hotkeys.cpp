@@ -75,6 +75,11 @@ QString Hotkeys::recordingKey() const
     return m_recording.taken ? m_recording.wanted : QString();
 }
 
+QString Hotkeys::unusableText(const QString& key)
+{
+    return tr("The hotkey %1 cannot be used. Another program may hold it.").arg(key);
+}
+
 void Hotkeys::want(Hotkey& hotkey, const QString& stored)
 {
     const QString wanted = stored == QLatin1String(hotkeychoices::kNone) ? QString() : stored;
@@ -119,8 +124,7 @@ void Hotkeys::onAvailabilityChanged(Hotkey& hotkey, bool available, const QStrin
 void Hotkeys::postUnusable(const Hotkey& hotkey)
 {
     const QString key = hotkey.wanted;
-    const Notice notice{tr("The hotkey %1 cannot be used. Another program may hold it.").arg(key), tr("Settings"),
-                        [this] {
+    const Notice notice{unusableText(key), tr("Settings"), [this] {
                             if (m_activity.isIdle())
                                 emit settingsRequested();
                         }};

@@ -29,6 +29,9 @@ public:
     /// Empty when there is none or it is not registered.
     QString recordingKey() const;
 
+    /// For a notice.
+    static QString unusableText(const QString& key);
+
 signals:
     /// May be carried out now.
     void recordingPressed();

@@ -3,45 +3,70 @@
 
 #include "app/sclogger.h"
 #include "mainwindow/hotkeys.h"
+#include "mainwindow/notices/notices.h"
 #include "mainwindow/recording/recordingsession.h"
 #include "platform/input/global_hotkey.h"
 
 #include <QKeySequence>
 
+#include <utility>
+
 using platform::GlobalHotkey;
 
-PauseKey::PauseKey(QObject* parent, RecordingSession& session, const Hotkeys& hotkeys)
-    : QObject(parent), m_session(session), m_hotkeys(hotkeys), m_key(new GlobalHotkey(this))
+PauseKey::PauseKey(QObject* parent, RecordingSession& session, Notices& notices, std::function<QString()> recordingKey)
+    : QObject(parent)
+    , m_session(session)
+    , m_notices(notices)
+    , m_recordingKey(std::move(recordingKey))
+    , m_key(new GlobalHotkey(this))
 {
     connect(&m_session, &RecordingSession::stateChanged, this, &PauseKey::follow);
     connect(m_key, &GlobalHotkey::activated, this, &PauseKey::toggle);
+    connect(m_key, &GlobalHotkey::availabilityChanged, this, &PauseKey::onAvailabilityChanged);
 }
 
 void PauseKey::follow()
 {
     const RecordingState state = m_session.state();
     const bool isWanted = state == RecordingState::Recording || state == RecordingState::Paused;
-    if (isWanted && !m_isTaken) {
+    if (std::exchange(m_isWanted, isWanted) == isWanted)
+        return;
+    if (isWanted)
         take();
-    } else if (!isWanted && m_isTaken) {
+    else
         m_key->registerKey({});
-        m_isTaken = false;
-    }
 }
 
 void PauseKey::take()
 {
-    const QString key = m_hotkeys.recordingKey();
+    const QString key = m_recordingKey();
     if (key.isEmpty())
         return;
-    m_isTaken = m_key->registerKey(QKeySequence(QLatin1String("Shift+") + key, QKeySequence::PortableText));
-    // The bar pauses all the same.
-    if (!m_isTaken)
-        SCLogger::warning(
-            QStringLiteral("The hotkey \"Shift+%1\" cannot be used: %2").arg(key, m_key->failureReason()));
+    m_name = QLatin1String("Shift+") + key;
+    if (m_key->registerKey(QKeySequence(m_name, QKeySequence::PortableText)))
+        m_reported.clear();
+    else
+        report(m_key->failureReason());
 }
 
 void PauseKey::toggle()
 {
     m_session.setPaused(m_session.state() != RecordingState::Paused);
+}
+
+void PauseKey::onAvailabilityChanged(bool available, const QString& reason)
+{
+    if (available)
+        SCLogger::info(QStringLiteral("The hotkey \"%1\" works again").arg(m_name));
+    else
+        report(reason);
+}
+
+/// The bar pauses all the same: in a notice once, not with every recording.
+void PauseKey::report(const QString& reason)
+{
+    SCLogger::warning(QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(m_name, reason));
+    const QString text = Hotkeys::unusableText(m_name);
+    if (std::exchange(m_reported, text) != text)
+        m_notices.post({.text = text, .isOfTheMoment = true});
 }

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <QObject>
+#include <QString>
 
-class Hotkeys;
+#include <functional>
+
+class Notices;
 class RecordingSession;
 
 namespace platform {
@@ -11,22 +14,29 @@ class GlobalHotkey;
 }
 
 /// Shift with the recording's hotkey pauses a recording and goes on with it. Other programs have that key while nothing
-/// is recorded. User-interface thread.
+/// is recorded. One that cannot be had is reported in a notice. User-interface thread.
 class PauseKey : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Both must outlive this object.
-    PauseKey(QObject* parent, RecordingSession& session, const Hotkeys& hotkeys);
+    /// All else must outlive this object.
+    /// @param recordingKey empty where there is none
+    PauseKey(QObject* parent, RecordingSession& session, Notices& notices, std::function<QString()> recordingKey);
 
 private:
     void follow();
     void take();
     void toggle();
+    void onAvailabilityChanged(bool available, const QString& reason);
+    void report(const QString& reason);
 
     RecordingSession& m_session;
-    const Hotkeys& m_hotkeys;
+    Notices& m_notices;
+    std::function<QString()> m_recordingKey;
     platform::GlobalHotkey* const m_key;
-    bool m_isTaken = false;
+    bool m_isWanted = false;
+    QString m_name;
+    /// What the user has been told of that key.
+    QString m_reported;
 };
