@@ -2,7 +2,7 @@
 # Tests. All tests of a kind are one executable, kestrano_<kind>_tests. Each source registers one class in it
 # (tests/support/testregistry.h), and CTest starts the executable once for each class.
 #
-# unit       without a display, also under Wine
+# unit       without a display; also under Wine, which keeps Qt's variables from programs, on a desktop
 # engine     the real core of libobs, on a private desktop
 # desktop    real windows, on a private desktop
 # recording  the program from its start to its file, on a private desktop
