@@ -13,6 +13,8 @@
 
 #include <utility>
 
+#include <algorithm>
+
 namespace {
 
 constexpr QColor kVeil(0, 0, 0, 100);
@@ -145,29 +147,51 @@ void AreaSelector::keyPressEvent(QKeyEvent* event)
 /// The pointer may be on a neighbour: the corners are this selector's all the same.
 void AreaSelector::movePointer(const QPoint& step)
 {
-    QCursor::setPos(QCursor::pos() + step);
+    const QPoint position = QCursor::pos() + step;
+    QCursor::setPos(m_isMarked ? withinReach(position) : position);
     if (!m_isMarked)
         return;
-    m_currentPoint = mapFromGlobal(QCursor::pos());
+    m_currentPoint = pointer();
     showSelection();
+}
+
+QPoint AreaSelector::pointer() const
+{
+    return mapFromGlobal(withinReach(QCursor::pos()));
+}
+
+/// The nearest position on this selector, unless a neighbour has it.
+QPoint AreaSelector::withinReach(const QPoint& position) const
+{
+    const auto has = [&position](const AreaSelector* neighbour) { return neighbour->geometry().contains(position); };
+    const QRect own = geometry();
+    if (std::ranges::any_of(m_neighbours, has))
+        return position;
+    return {std::clamp(position.x(), own.left(), own.right()), std::clamp(position.y(), own.top(), own.bottom())};
 }
 
 void AreaSelector::markCorner()
 {
     if (m_isMarked) {
+        m_currentPoint = pointer();
         finish();
         return;
     }
-    beginAt(mapFromGlobal(QCursor::pos()));
+    beginAt(pointer());
     m_isMarked = true;
 }
 
 void AreaSelector::cancel()
 {
-    // There is no button that is still held.
-    m_selecting = m_selecting && !std::exchange(m_isMarked, false);
     QGuiApplication::restoreOverrideCursor();
     hide();
+}
+
+void AreaSelector::hideEvent(QHideEvent* event)
+{
+    // No button is held that could end it.
+    m_selecting = m_selecting && !std::exchange(m_isMarked, false);
+    QWidget::hideEvent(event);
 }
 
 /// Comes before the window is on the screen.

@@ -8,9 +8,9 @@
 #include <QWidget>
 
 /// Lets the user drag out a rectangle of a screen, at first of the primary one. Without a mouse the arrow keys move the
-/// pointer, with Shift by single pixels, and Space or Enter marks one corner and then the other. The caller sets the
-/// override cursor and activates the selector; a selection, or Escape, which only hides it, restores the cursor. The
-/// receiver of areaSelected() hides and deletes it.
+/// pointer, with Shift by single pixels, and Space or Enter marks one corner and then the other, on this screen or a
+/// neighbour. The caller sets the override cursor and activates the selector; a selection, or Escape, which only hides
+/// it, restores the cursor. The receiver of areaSelected() hides and deletes it.
 class AreaSelector : public QWidget
 {
     Q_OBJECT
@@ -21,6 +21,9 @@ public:
 
     /// Selectors on other screens, to which a drag goes on: they show their part of it.
     void setNeighbours(const QList<AreaSelector*>& neighbours) { m_neighbours = neighbours; }
+
+    /// Dragged with the mouse, or marked with keys as far as one corner.
+    bool isSelecting() const { return m_selecting; }
 
 signals:
     /// Includes the pixels of press and release; logical pixels from the selector's top-left corner, also beyond its
@@ -33,12 +36,15 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:
     void beginAt(const QPoint& position);
     void finish();
     void movePointer(const QPoint& step);
+    QPoint pointer() const;
+    QPoint withinReach(const QPoint& position) const;
     void markCorner();
     void cancel();
     void showSelection();

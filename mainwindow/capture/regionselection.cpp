@@ -56,7 +56,23 @@ void RegionSelection::showSelectors()
         selector->show();
         selector->raise();
     }
-    m_selectors.front()->activateWindow();
+    selectorAtPointer().activateWindow();
+}
+
+AreaSelector& RegionSelection::selectorAtPointer() const
+{
+    const auto found = std::ranges::find_if(
+        m_selectors, [](const auto& selector) { return selector->geometry().contains(QCursor::pos()); });
+    return found == m_selectors.end() ? *m_selectors.front() : **found;
+}
+
+/// Each selector marks corners on its own screen then.
+void RegionSelection::moveKeyboardToPointer()
+{
+    const bool isUnderWay =
+        std::ranges::any_of(m_selectors, [](const auto& selector) { return selector->isSelecting(); });
+    if (m_selecting && !isUnderWay && !desktopscreens::areContiguous())
+        selectorAtPointer().activateWindow();
 }
 
 /// Without those that mirror another one.
@@ -168,6 +184,8 @@ bool RegionSelection::eventFilter(QObject* /*watched*/, QEvent* event)
         hideSelectors();
         emit cancelled();
     }
+    if (event->type() == QEvent::Enter)
+        moveKeyboardToPointer();
     // Closed by the window manager, it leaves as with Escape.
     if (event->type() == QEvent::Close)
         cancel();

@@ -49,6 +49,8 @@ private:
     bool areScreensCovered() const;
     void followScreens();
     void showSelectors();
+    AreaSelector& selectorAtPointer() const;
+    void moveKeyboardToPointer();
     void hideSelectors();
     void releaseSelectors();
     void onAreaSelected(const AreaSelector& selector, const QRect& area);

@@ -206,6 +206,54 @@ private slots:
         QCOMPARE(selected.size(), 0);
     }
 
+    void hidingDropsAMarkedCorner()
+    {
+        AreaSelector selector;
+        const QSignalSpy selected(&selector, &AreaSelector::areaSelected);
+        selector.show();
+        QCursor::setPos(selector.mapToGlobal(QPoint(100, 100)));
+        QTest::keyClick(&selector, Qt::Key_Space);
+        QVERIFY(selector.isSelecting());
+        selector.hide();
+        QVERIFY(!selector.isSelecting());
+        selector.show();
+        QTest::keyClick(&selector, Qt::Key_Space);
+        QCOMPARE(selected.size(), 0);
+    }
+
+    void cornersBeyondTheSelectorAreMarkedAtItsEdge()
+    {
+        AreaSelector selector;
+        const QSignalSpy selected(&selector, &AreaSelector::areaSelected);
+        selector.setGeometry(50, 60, 200, 150);
+        selector.show();
+        QCursor::setPos(400, 300);
+        QTest::keyClick(&selector, Qt::Key_Space);
+        QTest::keyClick(&selector, Qt::Key_Up);
+        QCOMPARE(QCursor::pos(), QPoint(249, 209));
+        QTest::keyClick(&selector, Qt::Key_Left);
+        QCursor::setPos(200, 10);
+        QTest::keyClick(&selector, Qt::Key_Space);
+        QCOMPARE(selected, (QList<QVariantList>{{QRect(QPoint(150, 0), QPoint(199, 149))}}));
+    }
+
+    void cornersReachToANeighbour()
+    {
+        AreaSelector neighbour;
+        neighbour.setGeometry(250, 60, 200, 150);
+        AreaSelector selector;
+        selector.setGeometry(50, 60, 200, 150);
+        selector.setNeighbours({&neighbour});
+        const QSignalSpy selected(&selector, &AreaSelector::areaSelected);
+        selector.show();
+        QCursor::setPos(240, 100);
+        QTest::keyClick(&selector, Qt::Key_Space);
+        QTest::keyClick(&selector, Qt::Key_Right);
+        QTest::keyClick(&selector, Qt::Key_Right);
+        QTest::keyClick(&selector, Qt::Key_Space);
+        QCOMPARE(selected, (QList<QVariantList>{{QRect(QPoint(190, 40), QPoint(210, 40))}}));
+    }
+
     void theRectangleShowsOnlyWhileItIsDragged()
     {
         AreaSelector selector;
