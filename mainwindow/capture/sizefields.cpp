@@ -37,8 +37,8 @@ SizeFields::SizeFields(QLineEdit& width, QLineEdit& height, std::function<Rules(
 
 void SizeFields::show(const QSize& size)
 {
-    m_shown = size;
-    restore();
+    if (std::exchange(m_shown, size) != size)
+        restore();
 }
 
 void SizeFields::restore()
@@ -77,8 +77,9 @@ void SizeFields::enter(Length pressed)
         return;
     }
     restore();
-    m_fields.at(pressed)->selectAll();
     emit entered(*size);
+    // Whoever sizes the region shows another text.
+    m_fields.at(pressed)->selectAll();
 }
 
 /// The one that was typed; of two, the one in which Enter was pressed.

@@ -31,6 +31,7 @@ public:
     /// @param rules asked for when Enter is pressed
     SizeFields(QLineEdit& width, QLineEdit& height, std::function<Rules()> rules);
 
+    /// The same size again leaves what is being typed.
     void show(const QSize& size);
 
     /// Whether that is what the fields say, also while something else is typed.

@@ -72,6 +72,23 @@ private slots:
         QCOMPARE(shown(), QStringLiteral("640x360"));
     }
 
+    void enteredTextIsSelected()
+    {
+        connect(m_fields.get(), &SizeFields::entered, this, [this] { m_fields->show({802, 360}); });
+        type(*m_width, QStringLiteral("801"));
+        QTest::keyClick(m_width, Qt::Key_Return);
+        QCOMPARE(m_width->selectedText(), QStringLiteral("802"));
+    }
+
+    void whatIsTypedStaysWhileTheSizeIsTheSame()
+    {
+        type(*m_width, QStringLiteral("80"));
+        m_fields->show({640, 360});
+        QCOMPARE(shown(), QStringLiteral("80x360"));
+        m_fields->show({640, 480});
+        QCOMPARE(shown(), QStringLiteral("640x480"));
+    }
+
     void nonsenseIsMarkedReportedAndUndoneByEscape_data()
     {
         QTest::addColumn<QString>("text");
