@@ -39,6 +39,9 @@ public:
     /// @param leavesOutBar whether the tool bar is in none of its frames, wherever it is, nor are its tool tips
     void setInsideRecorded(bool recorded, bool leavesOutBar = false);
 
+    /// For other screens than before; the frame does it when it is moved.
+    void positionToolBar() override;
+
     void setTimeText(const QString& text);
     void setPaused(bool paused);
 
@@ -74,7 +77,6 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
 
     void retranslate() override;
-    void positionToolBar() override;
     void dragByToolBar(const QPoint& topLeft) override;
     void endToolBarDrag() override;
     void drawingChanged() override;

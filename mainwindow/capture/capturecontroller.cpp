@@ -77,6 +77,9 @@ void CaptureController::connectControls()
     connect(m_ui.fullScreenTile, &Tile::activated, this, &CaptureController::onFullScreenTile);
     connect(&m_screens, &ScreenChoice::chosen, this, &CaptureController::onScreenChosen);
     connect(&m_screens, &ScreenChoice::screensChanged, this, &CaptureController::onScreensChanged);
+    // Several may change together, and what lies between is not the user's.
+    connect(&m_screens, &ScreenChoice::screensChanged, this, &CaptureController::onScreensSettled,
+            Qt::QueuedConnection);
     connect(m_ui.regionTile, &Tile::activated, this, &CaptureController::chooseRegion);
     connect(m_ui.windowTile, &Tile::activated, this, &CaptureController::chooseWindow);
     connect(m_ui.lockButton, &QPushButton::toggled, this, &CaptureController::onLockToggled);
@@ -225,22 +228,28 @@ bool CaptureController::prepare()
     return m_targetFound || !video;
 }
 
-/// Screens may have gone or become smaller since the area was chosen, and a preset may be no whole number of logical
-/// pixels: the fields do not show the size of the video then.
 void CaptureController::settleArea()
 {
     m_sizeFields.restore();
     m_screenshots.cancel();
     m_screenshots.cancelSelections();
+    fitRegion();
+}
+
+/// Screens may have gone or become smaller since the area was chosen, and a preset may be no whole number of logical
+/// pixels: the fields do not show the size of the video then.
+void CaptureController::fitRegion()
+{
     if (!recordsRegion() || m_area.isUnset())
         return;
     const QRect visible = desktop().visiblePart(m_area.rect());
     if (visible.isEmpty()) {
-        SCLogger::warning(QStringLiteral("The chosen region is on no screen any more; a whole screen is recorded"));
+        SCLogger::warning(QStringLiteral("The chosen region is on no screen any more; a whole screen is chosen"));
         captureWholeScreen();
     } else if (visible != m_area.rect()) {
         frameVisiblePart(m_area.rect());
         applyCaptureArea();
+        takeRatio(videoSize());
     } else if (!m_sizeFields.shows(videoSize())) {
         applyCaptureArea();
     }
@@ -276,6 +285,7 @@ void CaptureController::followScreen()
     m_isRegion = false;
     m_area.setRect(screen().geometry);
     applyCaptureArea();
+    takeRatio(videoSize());
 }
 
 void CaptureController::onScreenChosen()
@@ -291,6 +301,13 @@ void CaptureController::onScreensChanged()
         m_engine.refreshCaptureTargets(false);
     if (m_activity.isIdle() && !m_isRegion)
         followScreen();
+}
+
+void CaptureController::onScreensSettled()
+{
+    if (m_activity.isIdle() && !m_region.isSelecting())
+        fitRegion();
+    m_region.positionToolBar();
 }
 
 void CaptureController::onFullScreenTile()
@@ -493,6 +510,7 @@ void CaptureController::storeRegion(const QRect& framed, bool isMoving)
         frameGrownArea(kept);
     } else if (desktop().isCutAt(framed)) {
         frameVisiblePart(framed);
+        takeRatio(videoSize());
     } else {
         frameGrownArea(framed);
     }

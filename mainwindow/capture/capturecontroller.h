@@ -108,6 +108,8 @@ private:
     void onFullScreenTile();
     void onScreenChosen();
     void onScreensChanged();
+    void onScreensSettled();
+    void fitRegion();
     void frameVisiblePart(const QRect& area);
     /// Of what is inside the frame, as far as it can be recorded; false where that is too little.
     bool storeVisiblePart(const QRect& framed);

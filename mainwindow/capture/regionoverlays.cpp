@@ -121,6 +121,12 @@ void RegionOverlays::hideFrame()
         m_frame->hide();
 }
 
+void RegionOverlays::positionToolBar()
+{
+    if (m_frame != nullptr)
+        m_frame->positionToolBar();
+}
+
 bool RegionOverlays::isFrameShown() const
 {
     return m_frame != nullptr && m_frame->isVisible();

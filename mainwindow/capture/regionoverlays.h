@@ -38,6 +38,8 @@ public:
 
     void showFrame();
     void hideFrame();
+    /// Where it can be reached on the present screens.
+    void positionToolBar();
     bool isFrameShown() const;
 
     /// Hides a frame that is shown until restoreFrame(), which a hideFrame() in between cancels.

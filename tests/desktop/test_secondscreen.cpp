@@ -120,18 +120,14 @@ private slots:
     {
         dragRegionAt({other().geometry().topLeft() + QPoint(100, 200), QSize(320, 240)});
         QTRY_VERIFY(frame() != nullptr);
+        const MessageCapture messages;
         QVERIFY(desktopuser::unplugSecondScreen());
         QTRY_COMPARE(QGuiApplication::screens().size(), 1);
-        const MessageCapture messages;
-        bool isFramed = true;
-        duringTheCountdown([&] { isFramed = frame() != nullptr; });
-        press(QStringLiteral("F9"));
-        QTRY_VERIFY(isCancelled(messages));
-        QVERIFY(!isFramed);
+        QTRY_COMPARE(selectedTiles(), QStringList{"fullScreenTile"});
+        QVERIFY(frame() == nullptr);
         QVERIFY(messages.texts().contains(
-            QStringLiteral("[WARNING] The chosen region is on no screen any more; a whole screen is recorded")));
+            QStringLiteral("[WARNING] The chosen region is on no screen any more; a whole screen is chosen")));
         expectFields(primary().size());
-        QCOMPARE(selectedTiles(), QStringList{"fullScreenTile"});
         QVERIFY(desktopuser::plugSecondScreen());
         QTRY_COMPARE(QGuiApplication::screens().size(), 2);
     }

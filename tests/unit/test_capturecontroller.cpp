@@ -210,6 +210,17 @@ private slots:
         QCOMPARE(inside(*shownWindow<DrawWindow>()).size(), QSize(642, 361));
     }
 
+    void lockedRatioIsThatOfTheWholeScreenOnceThatIsChosen()
+    {
+        const CaptureForm window;
+        dragRegion(window, {100, 80}, {419, 259});
+        child<QPushButton>(window, "lockButton")->click();
+        QTest::mouseClick(child<Tile>(window, "fullScreenTile"), Qt::LeftButton);
+        enter(window, "heightEdit", "400");
+        const QSize screen = QGuiApplication::primaryScreen()->size();
+        QCOMPARE(fields(window), text({400 * screen.width() / screen.height(), 400}));
+    }
+
     void typedSizeIsTheRegionsAboutItsMiddle()
     {
         const CaptureForm window;
