@@ -5,8 +5,8 @@
 
 #include <QObject>
 
-/// Ctrl+Z, Ctrl+Shift+Z and Ctrl+Y for strokes that are drawn over another program, which keeps the keyboard focus.
-/// User-interface thread.
+/// Ctrl+Z, Ctrl+Shift+Z and Ctrl+Y for strokes that are drawn over another program, which keeps the keyboard focus. A
+/// text field of this program that has the focus keeps the keys. User-interface thread.
 class StrokeHotkeys : public QObject
 {
     Q_OBJECT
@@ -22,9 +22,13 @@ signals:
     void redoPressed();
 
 private:
+    void update();
+
     platform::GlobalHotkey m_undo{nullptr};
     platform::GlobalHotkey m_redo{nullptr};
     platform::GlobalHotkey m_redoAsElsewhere{nullptr};
+    bool m_isUndoWanted = false;
+    bool m_isRedoWanted = false;
     bool m_isUndoHeld = false;
     bool m_isRedoHeld = false;
 };

@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
+#include <QShortcut>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -378,7 +379,9 @@ private slots:
 
     void strokesAreTakenBackWithoutTheKeyboardFocus()
     {
-        QLineEdit other;
+        QPushButton other;
+        const QShortcut key(QKeySequence(Qt::CTRL | Qt::Key_Z), &other);
+        const QSignalSpy pressed(&key, &QShortcut::activated);
         other.setGeometry(20, 20, 100, 30);
         other.show();
         QVERIFY(QTest::qWaitForWindowActive(&other));
@@ -398,12 +401,33 @@ private slots:
         xdotool({"key", "ctrl+y"});
         QTRY_COMPARE(otherThan(kBackdrop, screenshot(), line), QString());
         QVERIFY(other.isActiveWindow());
+        QCOMPARE(pressed.size(), 0);
         // Without the pen the keys are the other program's.
         click(centreOf("drawToggleButton"));
-        xdotool({"key", "a"});
-        QTRY_COMPARE(other.text(), QStringLiteral("a"));
         xdotool({"key", "ctrl+z"});
-        QTRY_COMPARE(other.text(), QString());
+        QTRY_COMPARE(pressed.size(), 1);
+    }
+
+    void textFieldKeepsItsKeys()
+    {
+        QLineEdit field;
+        field.setGeometry(20, 20, 100, 30);
+        field.show();
+        QVERIFY(QTest::qWaitForWindowActive(&field));
+        click(centreOf("drawToggleButton"));
+        const QPoint from = kGeometry.topLeft() + QPoint(60, 80);
+        dragBy(from, {200, 0});
+        QTRY_COMPARE(otherThan(kRed, screenshot(), lineOf(from, 200)), QString());
+        xdotool({"key", "a"});
+        QTRY_COMPARE(field.text(), QStringLiteral("a"));
+        xdotool({"key", "ctrl+z"});
+        QTRY_COMPARE(field.text(), QString());
+        QCOMPARE(otherThan(kRed, screenshot(), lineOf(from, 200)), QString());
+        // In any other window they are the strokes' again.
+        field.setReadOnly(true);
+        field.clearFocus();
+        xdotool({"key", "ctrl+z"});
+        QTRY_COMPARE(otherThan(kBackdrop, screenshot(), lineOf(from, 200)), QString());
     }
 
     void keyTakesBackOneStrokeWhereTheFrameHasTheFocus()
