@@ -132,6 +132,13 @@ bool SCScreenshotWindow::event(QEvent* event)
     return QWidget::event(event);
 }
 
+void SCScreenshotWindow::hideEvent(QHideEvent* event)
+{
+    OverlayFrame::hideEvent(event);
+    // They belong to another screenshot.
+    forgetHiddenStrokes();
+}
+
 void SCScreenshotWindow::drawOnScreenshot()
 {
     setDrawMode(!isDrawMode(), *m_drawButton);

@@ -13,7 +13,7 @@
 class SCScreenshot;
 
 /// The frame over the part of the desktop that becomes a screenshot. Strokes stay until cleared, also while it is
-/// hidden.
+/// hidden; those that were cleared or undone do not come back after that.
 class SCScreenshotWindow : public OverlayFrame
 {
     Q_OBJECT
@@ -55,6 +55,7 @@ signals:
 
 protected:
     bool event(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
 

@@ -233,6 +233,12 @@ void OverlayFrame::resetStrokes()
     showStrokes();
 }
 
+void OverlayFrame::forgetHiddenStrokes()
+{
+    m_strokes.forgetHidden();
+    drawingChanged();
+}
+
 void OverlayFrame::undoStroke()
 {
     m_strokes.undo();

@@ -90,6 +90,8 @@ protected:
     void clearStrokes();
     /// Also forgets what could be undone.
     void resetStrokes();
+    /// What was cleared or undone does not come back.
+    void forgetHiddenStrokes();
     void undoStroke();
     void redoStroke();
     /// The strokes, or whether the pen is on.

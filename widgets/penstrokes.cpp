@@ -56,6 +56,13 @@ void PenStrokes::reset()
     m_region = QRegion();
 }
 
+void PenStrokes::forgetHidden()
+{
+    const std::span<const Step> shown = visible();
+    m_steps = QList<Step>(shown.begin(), shown.end());
+    m_done = m_steps.size();
+}
+
 void PenStrokes::undo()
 {
     if (!canUndo())

@@ -37,6 +37,9 @@ public:
     /// Also forgets the steps.
     void reset();
 
+    /// What was cleared or undone does not come back.
+    void forgetHidden();
+
     /// Of an unfinished stroke, that one.
     void undo();
     void redo();

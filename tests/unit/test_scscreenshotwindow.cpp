@@ -410,6 +410,29 @@ private slots:
         QVERIFY(isDrawn({}));
     }
 
+    void strokesOfAnEarlierScreenshotComeBackOnlyIfTheyWereVisible()
+    {
+        m_window->show();
+        click("drawButton");
+        const auto isDrawn = [this](const QList<QPolygonF>& lines) {
+            return imageOf(*m_window) == drawnFrame(kGeometry.size(), lines, hole());
+        };
+        drag(*m_window, kGeometry.topLeft() + QPoint(200, 100), {40, 0});
+        click("clearButton");
+        drag(*m_window, kGeometry.topLeft() + QPoint(200, 200), {40, 0});
+        const QPolygonF line({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
+        drag(*m_window, kGeometry.topLeft() + QPoint(200, 150), {40, 0});
+        QTest::keyClick(m_window.get(), Qt::Key_Z, Qt::ControlModifier);
+        m_window->hide();
+        m_window->show();
+        QTest::keyClick(m_window.get(), Qt::Key_Y, Qt::ControlModifier);
+        QVERIFY(isDrawn({line}));
+        QTest::keyClick(m_window.get(), Qt::Key_Z, Qt::ControlModifier);
+        QVERIFY(isDrawn({}));
+        QTest::keyClick(m_window.get(), Qt::Key_Z, Qt::ControlModifier);
+        QVERIFY(isDrawn({}));
+    }
+
     void captureSavesAndHides_data()
     {
         QTest::addColumn<int>("key");
