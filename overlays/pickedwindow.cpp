@@ -9,10 +9,11 @@ PickedWindow PickedWindow::holding(platform::NativeWindow picked)
 {
     const auto windows = std::make_shared<platform::NativeWindows>();
     const platform::NativeWindow window = windows->topLevelOf(picked);
-    return {windows->titleOf(window), [windows, window]() -> std::optional<QPoint> {
-                const std::optional<QRect> rect = windows->isShown(window) ? windows->rectOf(window) : std::nullopt;
-                if (!rect)
-                    return std::nullopt;
-                return WindowHighlighter::logicalRectOnItsScreen(*rect).topLeft();
-            }};
+    const auto position = [windows, window]() -> std::optional<QPoint> {
+        const std::optional<QRect> rect = windows->isShown(window) ? windows->rectOf(window) : std::nullopt;
+        if (!rect)
+            return std::nullopt;
+        return WindowHighlighter::logicalRectOnItsScreen(*rect).topLeft();
+    };
+    return {windows->titleOf(window), position, [windows, window] { return windows->exists(window); }};
 }

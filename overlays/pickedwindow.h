@@ -18,4 +18,6 @@ struct PickedWindow
     QString title;
     /// In logical pixels of the desktop; none while the window is minimised, hidden or gone.
     std::function<std::optional<QPoint>()> position;
+    /// False once it is gone.
+    std::function<bool()> exists;
 };

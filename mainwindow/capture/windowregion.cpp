@@ -60,41 +60,60 @@ void WindowRegion::onFollowToggled(bool on)
     follow();
 }
 
-/// The user has dragged the region to another part of the window, or beside it.
 void WindowRegion::onFrameChanged(bool isMoving, const QPoint& firstPixel)
 {
-    if (!isMoving && firstPixel != m_followed.topLeft())
+    if (firstPixel == m_wanted)
+        m_followed = firstPixel;
+    else if (!isMoving)
+        // The user has dragged the region to another part of the window, or beside it.
         anchor();
 }
 
 void WindowRegion::anchor()
 {
-    m_followed = m_capture.area();
-    const std::optional<QPoint> window = m_window.position ? m_window.position() : std::nullopt;
-    if (window)
-        m_offset = m_followed.topLeft() - *window;
+    const QRect area = m_capture.area();
+    m_wanted = m_followed = area.topLeft();
+    m_size = area.size();
+    if (const std::optional<QPoint> window = position())
+        m_offset = m_followed - *window;
 }
 
+std::optional<QPoint> WindowRegion::position() const
+{
+    return m_window.position ? m_window.position() : std::nullopt;
+}
+
+/// A frame that has not moved yet, or is in the user's hand, is asked again.
 void WindowRegion::follow()
 {
-    const std::optional<QPoint> window = m_window.position ? m_window.position() : std::nullopt;
-    if (!window)
+    const std::optional<QPoint> window = position();
+    if (!window) {
+        endWithoutWindow();
         return;
-    if (m_capture.area().size() != m_followed.size())
+    }
+    if (m_capture.area().size() != m_size)
         anchor();
-    const QRect target = placeFor(*window);
-    if (target == m_followed)
+    const QPoint wanted = positionFor(*window);
+    if (wanted == m_followed)
         return;
     // Before the frame reports it.
-    const QRect before = std::exchange(m_followed, target);
-    if (!m_region.followTo(target.topLeft()))
-        m_followed = before;
+    m_wanted = wanted;
+    m_region.followTo(wanted);
+}
+
+/// One that is minimised or hidden comes back.
+void WindowRegion::endWithoutWindow()
+{
+    if (m_window.exists && m_window.exists())
+        return;
+    m_poll.stop();
+    m_region.offerFollowing(false);
 }
 
 /// Not in the desktop's first column, which a region cannot have.
-QRect WindowRegion::placeFor(const QPoint& window) const
+QPoint WindowRegion::positionFor(const QPoint& window) const
 {
-    const QRect kept = m_capture.keptOnScreen(QRect(window + m_offset, m_followed.size()));
+    const QRect kept = m_capture.keptOnScreen(QRect(window + m_offset, m_size));
     const QRect shifted = kept.translated(CaptureArea::kFirstColumn, 0);
-    return kept.left() == 0 && m_capture.keptOnScreen(shifted) == shifted ? shifted : kept;
+    return kept.left() == 0 && m_capture.keptOnScreen(shifted) == shifted ? shifted.topLeft() : kept.topLeft();
 }

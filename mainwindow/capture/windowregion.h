@@ -13,7 +13,8 @@ class RegionOverlays;
 
 /// The region over a window of another program: proposes the window's title as file name and, where the user wants it,
 /// follows the window. The size stays, and the region stays on the screens, and where it is while the window is
-/// minimised or gone. Logical pixels of the desktop. User-interface thread.
+/// minimised or hidden. A window that is gone is not followed any more. Logical pixels of the desktop. User-interface
+/// thread.
 class WindowRegion : public QObject
 {
     Q_OBJECT
@@ -35,8 +36,10 @@ private:
     void onFollowToggled(bool on);
     void onFrameChanged(bool isMoving, const QPoint& firstPixel);
     void anchor();
+    std::optional<QPoint> position() const;
     void follow();
-    QRect placeFor(const QPoint& window) const;
+    void endWithoutWindow();
+    QPoint positionFor(const QPoint& window) const;
 
     QLineEdit& m_fileName;
     CaptureController& m_capture;
@@ -46,7 +49,9 @@ private:
     QString m_proposedName;
     /// From the window's corner to the area's.
     QPoint m_offset;
-    /// Where the area was put last.
-    QRect m_followed;
+    QSize m_size;
+    /// Where the area is to be, and where the frame has reported it.
+    QPoint m_wanted;
+    QPoint m_followed;
     QTimer m_poll;
 };

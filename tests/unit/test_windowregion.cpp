@@ -13,6 +13,7 @@
 #include <QApplication>
 #include <QPushButton>
 #include <QScreen>
+#include <QSignalSpy>
 #include <QTest>
 
 namespace {
@@ -29,13 +30,15 @@ public:
 
     void chooseWindow(const QString& title = {})
     {
-        m_windowRegion->choose(kArea, {title, [this] { return position; }});
+        m_windowRegion->choose(kArea, {title, [this] { return position; }, [this] { return exists; }});
     }
 
     QRect area() const { return m_capture->area(); }
     ScreenshotSession& screenshots() { return *m_screenshots; }
+    RegionOverlays& region() { return *m_region; }
 
     std::optional<QPoint> position = QPoint(90, 50);
+    bool exists = true;
 
 private:
     WindowRegion* m_windowRegion = new WindowRegion(*m_ui.fileNameEdit, *m_capture, *m_region, this, 5);
@@ -188,7 +191,38 @@ private slots:
         QCOMPARE(form.area(), kArea.translated(10, 10));
     }
 
-    void draggedRegionKeepsItsNewPlaceOnTheWindow()
+    void windowThatIsGoneIsFollowedNoMore()
+    {
+        WindowForm form;
+        form.chooseWindow();
+        followButton()->click();
+        form.position.reset();
+        form.exists = false;
+        QTRY_VERIFY(!followButton()->isVisible());
+        QVERIFY(!followButton()->isChecked());
+        form.position = QPoint(200, 200);
+        QTest::qWait(kSeveralLooksMs);
+        QCOMPARE(form.area(), kArea);
+    }
+
+    /// A recorded region moves a moment later, or not at all where the recording ends meanwhile.
+    void moveThatIsCancelledIsMadeUpFor()
+    {
+        WindowForm form;
+        form.chooseWindow();
+        followButton()->click();
+        const QSignalSpy concealed(&form.region(), &RegionOverlays::frameConcealed);
+        connect(
+            &form.region(), &RegionOverlays::frameConcealed, &form,
+            [&form] { form.region().setRecording(false, false); }, Qt::QueuedConnection);
+        form.region().setRecording(true, true);
+        form.position = QPoint(140, 70);
+        QTRY_COMPARE(form.area(), kArea.translated(50, 20));
+        QVERIFY(!concealed.isEmpty());
+        QCOMPARE(framedArea(), form.area());
+    }
+
+    void draggedRegionKeepsItsNewPositionOnTheWindow()
     {
         WindowForm form;
         form.chooseWindow();
