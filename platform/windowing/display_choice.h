@@ -4,8 +4,8 @@
 namespace platform {
 
 /// While it lives, an application object that is made is a client of the X server, also in a Wayland session, where Qt
-/// would choose Wayland: capture, hotkeys and the placing of overlays are X11's. A QT_QPA_PLATFORM that is set stays.
-/// Nothing on Windows. Main thread.
+/// would choose Wayland: capture, hotkeys and the positions of overlays are X11's. A QT_QPA_PLATFORM that is set stays,
+/// and without a DISPLAY nothing is chosen. Nothing on Windows. Main thread.
 class DisplayChoice
 {
 public:

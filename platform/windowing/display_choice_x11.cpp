@@ -11,7 +11,8 @@ constexpr char kVariable[] = "QT_QPA_PLATFORM";
 
 } // namespace
 
-DisplayChoice::DisplayChoice() : m_chosen(qEnvironmentVariableIsEmpty(kVariable))
+DisplayChoice::DisplayChoice()
+    : m_chosen(qEnvironmentVariableIsEmpty(kVariable) && !qEnvironmentVariableIsEmpty("DISPLAY"))
 {
     if (m_chosen)
         qputenv(kVariable, "xcb");

@@ -10,7 +10,13 @@ class TestDisplayChoice : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { qunsetenv("QT_QPA_PLATFORM"); }
+    void init() { qputenv("DISPLAY", ":0"); }
+
+    void cleanup()
+    {
+        qunsetenv("QT_QPA_PLATFORM");
+        qunsetenv("DISPLAY");
+    }
 
     void x11IsChosenWhileTheApplicationIsMade()
     {
@@ -19,6 +25,14 @@ private slots:
             const platform::DisplayChoice choice;
             QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("xcb"));
         }
+        QVERIFY(!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"));
+    }
+
+    void qtChoosesWhereThereIsNoXServer()
+    {
+        qunsetenv("QT_QPA_PLATFORM");
+        qunsetenv("DISPLAY");
+        const platform::DisplayChoice choice;
         QVERIFY(!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"));
     }
 
