@@ -88,6 +88,7 @@ SCFullscreenToolbar::SCFullscreenToolbar(QWidget* parent, const Durations& durat
     m_layout->addWidget(buildContainer());
     retranslate();
     connect(m_autoHideButton, &QPushButton::toggled, this, &SCFullscreenToolbar::onAutoHideToggled);
+    connect(m_autoHideButton, &QPushButton::clicked, this, [this] { m_isPinReleased = false; });
     connect(m_recordButton, &QPushButton::clicked, this, &SCFullscreenToolbar::toggleRecording);
     connect(m_pauseButton, &QPushButton::clicked, this, [this] { emit pauseToggled(!m_paused); });
 

@@ -105,7 +105,7 @@ private:
     QWidget* m_container = nullptr;
     bool m_paused = false;
     bool m_topEdgeOnly = false;
-    /// Not by the user.
+    /// Not by the user, who has not pressed it since.
     bool m_isPinReleased = false;
     QRect m_recordedArea;
     bool m_concealed = false;

@@ -496,6 +496,17 @@ private slots:
         QVERIFY(!button(bar, "autoHideButton")->isChecked());
     }
 
+    void pinThatTheUserTakesOutMeanwhileStaysOut()
+    {
+        BriefToolbar bar;
+        showAtTop(bar);
+        bar.setTopEdgeOnly(true);
+        button(bar, "autoHideButton")->click();
+        button(bar, "autoHideButton")->click();
+        bar.setTopEdgeOnly(false);
+        QVERIFY(!button(bar, "autoHideButton")->isChecked());
+    }
+
     void topEdgeOnlyShowsNothingThatIsNotWanted()
     {
         BriefToolbar bar;
