@@ -193,16 +193,16 @@ void DrawWindow::positionToolBar()
 {
     // The bar stays in the user's hand.
     if (!isToolBarDragged()) {
-        const QRect place = toolBarGeometry();
-        toolBar().setFixedSize(place.size());
-        m_toolBarOffset = place.topLeft() - pos();
+        const QRect wanted = wantedToolBar();
+        toolBar().setFixedSize(wanted.size());
+        m_toolBarOffset = wanted.topLeft() - pos();
     }
     toolBar().move(pos() + m_toolBarOffset);
     showTools();
     raiseToolBarInside();
 }
 
-QRect DrawWindow::toolBarGeometry() const
+QRect DrawWindow::wantedToolBar() const
 {
     const int few = fewToolsWidth();
     const int least = m_followButton->isHidden() ? std::min(width(), few) : few;

@@ -41,6 +41,7 @@ public:
 
     /// For other screens than before; the frame does it when it is moved.
     void positionToolBar() override;
+    QRect toolBarGeometry() const { return toolBar().geometry(); }
 
     void setTimeText(const QString& text);
     void setPaused(bool paused);
@@ -96,7 +97,7 @@ private:
     /// And those to undo and redo.
     int allToolsWidth() const;
     void showTools();
-    QRect toolBarGeometry() const;
+    QRect wantedToolBar() const;
     bool isToolBarInside() const;
     void raiseToolBarInside();
     void onStartButton();

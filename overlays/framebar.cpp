@@ -10,8 +10,6 @@ namespace {
 
 /// Between the corner of the frame, or of the screen, and a bar inside.
 constexpr int kInsetPx = 4;
-/// At the top centre of the screen.
-constexpr QSize kFloatingBar(280, 40);
 
 int areaOf(const QRect& rect)
 {
@@ -49,11 +47,7 @@ QRect inside(const QRect& frame, const framebar::Size& bar, const QRect& screen)
 {
     const QRect visible = screen & frame;
     const int left = visible.right() + 1 - kInsetPx - bar.compactWidthPx;
-    QRect place(std::max(screen.left(), left), visible.top() + kInsetPx, bar.compactWidthPx, bar.heightPx);
-    const QPoint floatingAt(screen.left() + (screen.width() - kFloatingBar.width()) / 2, screen.top());
-    if (place.intersects(QRect(floatingAt, kFloatingBar)))
-        place.moveTop(floatingAt.y() + kFloatingBar.height() + kInsetPx);
-    return place;
+    return {std::max(screen.left(), left), visible.top() + kInsetPx, bar.compactWidthPx, bar.heightPx};
 }
 
 } // namespace

@@ -17,7 +17,7 @@ struct Size
 };
 
 /// The first of these whose buttons are on the screens: on top of the frame and as wide, below it, both as far as the
-/// frame is on its screen, in the top right corner inside, beside or below the floating bar of a recording.
+/// frame is on its screen, in the top right corner inside.
 /// @param mayCover false where what is inside is recorded with the bar: on top of the frame then, on a screen or not
 QRect placed(const QRect& frame, const Size& bar, const QList<QRect>& screens, bool mayCover);
 

@@ -132,6 +132,11 @@ bool RegionOverlays::isFrameShown() const
     return m_frame != nullptr && m_frame->isVisible();
 }
 
+QRect RegionOverlays::frameBar() const
+{
+    return isFrameShown() ? m_frame->toolBarGeometry() : QRect();
+}
+
 void RegionOverlays::setRecording(bool recording, bool leavesOutBar)
 {
     if (m_frame == nullptr)

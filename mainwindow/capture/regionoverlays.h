@@ -41,6 +41,8 @@ public:
     /// Where it can be reached on the present screens.
     void positionToolBar();
     bool isFrameShown() const;
+    /// Of a frame that is shown, else empty.
+    QRect frameBar() const;
 
     /// Hides a frame that is shown until restoreFrame(), which a hideFrame() in between cancels.
     void suspendFrame();

@@ -82,13 +82,14 @@ void RecordingView::showStatus(int status)
     m_status = status;
     platform::setHeld(m_window, isActive());
     showButton();
+    // The frame's bar may move, to which the floating one keeps clear.
+    m_region.setRecording(status != recordstatus::kEnded, m_recorder.leavesOutOwnWindows());
     if (status == recordstatus::kStarted)
         showOverlays();
     else if (status == recordstatus::kPaused)
         toolbar().setPaused(true);
     else
         focusButton();
-    m_region.setRecording(status != recordstatus::kEnded, m_recorder.leavesOutOwnWindows());
     m_region.setPaused(status == recordstatus::kPaused);
 }
 
@@ -159,15 +160,17 @@ void RecordingView::showOverlays()
     bar.show();
 }
 
-/// Where it would be in the video, outside the recorded area as far as there is such a position.
+/// Where it would be in the video, outside the recorded area as far as there is such a position. Beside the frame's
+/// bar.
 void RecordingView::positionBar()
 {
     if (m_toolbar == nullptr)
         return;
     const QRect recorded = m_capture.selection().recordsVideo() ? m_capture.area() : QRect();
     const bool isLeftOut = m_recorder.leavesOutOwnWindows();
-    const ToolbarPlacement placement =
-        placeToolbar(primaryScreen().geometry, m_toolbar->size(), recorded, m_isBarExcluded || isLeftOut);
+    const bool isRecordedThere = !m_isBarExcluded && !isLeftOut;
+    const ToolbarPlacement placement = placeToolbar(primaryScreen().geometry, m_toolbar->size(),
+                                                    isRecordedThere ? recorded : QRect(), m_region.frameBar());
     m_toolbar->move(placement.topLeft);
     m_toolbar->setTopEdgeOnly(placement.topEdgeOnly);
     m_toolbar->setRecordedArea(isLeftOut ? QRect() : recorded);

@@ -6,13 +6,13 @@
 
 namespace {
 
-/// The border of the frame around a recorded region, and the height of the bar on top of it.
+/// Around a recorded region.
 constexpr int kFrameBorderPx = 4;
-constexpr int kFrameBarHeightPx = 30;
 
-QRect withFrame(const QRect& recorded)
+QRect withBorder(const QRect& recorded)
 {
-    return recorded.adjusted(-kFrameBorderPx, -kFrameBorderPx - kFrameBarHeightPx, kFrameBorderPx, kFrameBorderPx);
+    return recorded.isEmpty() ? QRect()
+                              : recorded.adjusted(-kFrameBorderPx, -kFrameBorderPx, kFrameBorderPx, kFrameBorderPx);
 }
 
 } // namespace
@@ -22,11 +22,11 @@ QPoint toolbarTopCentre(const QRect& screen, const QSize& toolbar)
     return {screen.x() + (screen.width() - toolbar.width()) / 2, screen.y()};
 }
 
-ToolbarPlacement placeToolbar(const QRect& screen, const QSize& toolbar, const QRect& recorded, bool canBeExcluded)
+ToolbarPlacement placeToolbar(const QRect& screen, const QSize& toolbar, const QRect& recorded, const QRect& frameBar)
 {
     const QPoint topCentre = toolbarTopCentre(screen, toolbar);
-    const QRect taken = withFrame(recorded);
-    if (canBeExcluded || recorded.isEmpty() || !taken.intersects(QRect(topCentre, toolbar)))
+    const QRect taken = withBorder(recorded) | frameBar;
+    if (!taken.intersects(QRect(topCentre, toolbar)))
         return {topCentre, false};
 
     // The shortest ways out of one rectangle: straight to the left, to the right or down.
@@ -36,5 +36,7 @@ ToolbarPlacement placeToolbar(const QRect& screen, const QSize& toolbar, const Q
     std::ranges::stable_sort(candidates, {}, [&](const QPoint& one) { return (one - topCentre).manhattanLength(); });
     const auto* const found = std::ranges::find_if(
         candidates, [&](const QPoint& position) { return screen.contains(QRect(position, toolbar)); });
-    return found != candidates.end() ? ToolbarPlacement{*found, false} : ToolbarPlacement{topCentre, true};
+    if (found != candidates.end())
+        return {*found, false};
+    return {topCentre, withBorder(recorded).intersects(QRect(topCentre, toolbar))};
 }

@@ -14,8 +14,8 @@ struct ToolbarPlacement
 
 QPoint toolbarTopCentre(const QRect& screen, const QSize& toolbar);
 
-/// The position nearest to the top centre of the screen outside the recorded area and its frame (4 px, 30 px more
-/// above); if there is none the top centre, for the top edge only. Logical pixels.
-/// @param recorded empty without video
-/// @param canBeExcluded the system keeps the toolbar out of captures at any position
-ToolbarPlacement placeToolbar(const QRect& screen, const QSize& toolbar, const QRect& recorded, bool canBeExcluded);
+/// The position nearest to the top centre of the screen that touches neither the recorded area with its border, 4 px,
+/// nor the bar of its frame; if there is none the top centre. Logical pixels.
+/// @param recorded empty without video, and where the toolbar is kept out of the video at any position
+/// @param frameBar empty without one
+ToolbarPlacement placeToolbar(const QRect& screen, const QSize& toolbar, const QRect& recorded, const QRect& frameBar);

@@ -303,9 +303,7 @@ private slots:
         const QRect bar = toolBar()->geometry();
         QVERIFY(screen.contains(bar));
         QCOMPARE(bar.right(), screen.right() - 4);
-        // Beside where the floating bar will be, or below it on a narrow screen.
-        const bool isNarrow = screen.width() / 2 < bar.width() + 4 + 140;
-        QCOMPARE(bar.top(), screen.top() + (isNarrow ? 44 : 4));
+        QCOMPARE(bar.top(), screen.top() + 4);
         for (const QPushButton* const part : toolBar()->findChildren<QPushButton*>()) {
             if (part->isVisible())
                 QVERIFY2(toolBar()->rect().contains(QRect(part->mapTo(toolBar(), QPoint()), part->size())),
@@ -338,7 +336,7 @@ private slots:
         QVERIFY(visibleToolTip() == nullptr);
     }
 
-    void toolBarInsideLeavesItsPlaceToThePointer()
+    void toolBarInsideTakesThePointerThere()
     {
         DrawWindow window;
         window.setGeometry(window.screen()->geometry());

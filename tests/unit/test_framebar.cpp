@@ -19,7 +19,7 @@ private slots:
         QTest::newRow("below") << QRect(100, 29, 400, 300) << QRect(100, 329, 400, 30);
         QTest::newRow("below, to the pixel") << QRect(100, 0, 400, 690) << QRect(100, 690, 400, 30);
         QTest::newRow("inside") << QRect(100, 0, 400, 691) << QRect(240, 4, 256, 30);
-        QTest::newRow("inside, below the floating bar") << QRect(500, 0, 200, 720) << QRect(440, 44, 256, 30);
+        QTest::newRow("inside, wider than the frame") << QRect(500, 0, 200, 720) << QRect(440, 4, 256, 30);
         QTest::newRow("inside what is on the screen") << QRect(-4, -4, 1288, 728) << QRect(1020, 4, 256, 30);
         QTest::newRow("off to the right") << QRect(1280, 300, 1200, 300) << QRect(1280, 270, 1200, 30);
         QTest::newRow("off to the left") << QRect(-100, 100, 400, 300) << QRect(0, 70, 300, 30);

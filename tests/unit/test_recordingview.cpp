@@ -165,6 +165,7 @@ private slots:
         emit frame->concealedChanged(true);
         QVERIFY(!bar->mask().isEmpty() && !bar->mask().intersects(bar->rect()));
         const QRect moved = regionUnderTheBar();
+        frame->setGeometry(moved.adjusted(-4, -4, 4, 4));
         emit frame->windowGeometryChanged(true, moved.topLeft(), moved.bottomRight());
         QVERIFY(!bar->geometry().intersects(moved));
         emit frame->concealedChanged(false);
@@ -266,6 +267,7 @@ private slots:
         emit frame->concealedChanged(true);
         QVERIFY(!notice->mask().isEmpty() && !notice->mask().intersects(notice->rect()));
         const QRect moved = regionUnderTheBar().translated(0, 40);
+        frame->setGeometry(moved.adjusted(-4, -4, 4, 4));
         emit frame->windowGeometryChanged(true, moved.topLeft(), moved.bottomRight());
         QVERIFY(!notice->geometry().intersects(moved));
         emit frame->concealedChanged(false);

@@ -27,6 +27,10 @@ private slots:
         const QPoint topCentre(500, 0);
         QTest::newRow("audio only") << screen << QRect() << false << topCentre << false;
         QTest::newRow("the system keeps it out of captures") << screen << screen << true << topCentre << false;
+        QTest::newRow("out of captures, beside the frame's bar")
+            << screen << QRect(300, 40, 210, 300) << true << QPoint(514, 0) << false;
+        QTest::newRow("out of captures, below the frame's bar")
+            << screen << QRect(100, 40, 1000, 300) << true << QPoint(500, 36) << false;
         QTest::newRow("the whole screen") << screen << screen << false << topCentre << true;
         QTest::newRow("region far below") << screen << QRect(300, 300, 600, 300) << false << topCentre << false;
         // 40 of the bar, 30 of the frame's bar, 4 of its border.
@@ -58,9 +62,22 @@ private slots:
         QFETCH(const bool, canBeExcluded);
         QFETCH(const QPoint, topLeft);
         QFETCH(const bool, topEdgeOnly);
-        const ToolbarPlacement placement = placeToolbar(screen, kBar, recorded, canBeExcluded);
+        const bool isWhole = recorded.isEmpty() || recorded == screen;
+        const ToolbarPlacement placement =
+            placeToolbar(screen, kBar, canBeExcluded ? QRect() : recorded, isWhole ? QRect() : barOnTopOf(recorded));
         QCOMPARE(placement.topLeft, topLeft);
         QCOMPARE(placement.topEdgeOnly, topEdgeOnly);
+    }
+
+    void barThatIsNotOnTopOfTheFrameIsLeftFreeToo()
+    {
+        const QRect screen(0, 0, 1280, 720);
+        const QRect below(96, 114, 1008, 30);
+        QCOMPARE(placeToolbar(screen, kBar, QRect(100, 10, 1000, 100), below).topLeft, QPoint(500, 144));
+        // No room beside it: it is covered rather than kept from the screen.
+        const ToolbarPlacement over = placeToolbar(QRect(0, 0, 1280, 60), kBar, {}, QRect(0, 0, 1280, 30));
+        QCOMPARE(over.topLeft, QPoint(500, 0));
+        QVERIFY(!over.topEdgeOnly);
     }
 
     void neitherTheRecordedAreaNorItsFrameIsEverTouched()
@@ -71,7 +88,7 @@ private slots:
             for (int y = 0; y < 700; y += 31) {
                 for (const QSize& size : {QSize(20, 20), QSize(333, 217), QSize(900, 400), QSize(1200, 90)}) {
                     const QRect recorded = QRect(QPoint(x, y), size).intersected(screen);
-                    const ToolbarPlacement placement = placeToolbar(screen, kBar, recorded, false);
+                    const ToolbarPlacement placement = placeToolbar(screen, kBar, recorded, barOnTopOf(recorded));
                     const QRect bar(placement.topLeft, kBar);
                     QVERIFY(screen.contains(bar));
                     const bool isClear = !bar.intersects(recorded.adjusted(-4, -34, 4, 4));
@@ -84,6 +101,12 @@ private slots:
     }
 
 private:
+    /// With the border, 4 px.
+    static QRect barOnTopOf(const QRect& recorded)
+    {
+        return {recorded.x() - 4, recorded.y() - 34, recorded.width() + 8, 30};
+    }
+
     static constexpr QSize kBar{280, 40};
 };
 
