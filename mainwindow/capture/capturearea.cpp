@@ -88,6 +88,11 @@ CaptureScreen withPixels(const CaptureScreen& screen, const QSize& pixels)
     return exact;
 }
 
+int CaptureArea::firstColumnOf(const QRect& screen)
+{
+    return screen.left() < 0 ? screen.left() : std::max(screen.left(), kFirstColumn);
+}
+
 void CaptureArea::setRect(const QRect& rect)
 {
     m_rect = rect;
@@ -100,7 +105,7 @@ void CaptureArea::setRegion(const QRect& region, const CaptureScreen& screen, co
     setRect(region & whole);
     if (m_rect == whole)
         return;
-    const int first = whole.left() < 0 ? whole.left() : std::max(whole.left(), kFirstColumn);
+    const int first = firstColumnOf(whole);
     m_firstColumn = std::min(first, kFirstColumn);
     m_rect.setLeft(std::max(m_rect.left(), first));
     const double ratio = screen.devicePixelRatio;

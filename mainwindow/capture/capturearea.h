@@ -17,6 +17,9 @@ struct CaptureScreen
 
     QSize physicalSize() const;
 
+    /// The true size, or what the logical one says.
+    QSize wholePixels() const { return pixels.isEmpty() ? physicalSize() : pixels; }
+
     /// A screen has the same origin in both kinds of pixels.
     QRect physicalGeometry() const { return {geometry.topLeft(), physicalSize()}; }
 };
@@ -48,6 +51,9 @@ class CaptureArea
 public:
     /// The first that an area can have.
     static constexpr int kFirstColumn = 1;
+
+    /// The first that a region can have on a screen without being all of it.
+    static int firstColumnOf(const QRect& screen);
 
     /// A left edge below 1 counts as unset, which means a whole screen. Only a region begins left of the primary
     /// screen.

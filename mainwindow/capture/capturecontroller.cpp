@@ -162,8 +162,7 @@ QSize CaptureController::videoSize() const
 {
     const CaptureScreen screen = screenWithPixels();
     const QSize size = m_area.physicalSize(screen);
-    const QSize pixels = screen.pixels.isEmpty() ? screen.physicalSize() : screen.pixels;
-    return exactpixels::videoSize(size, videoSteps(), pixels);
+    return exactpixels::videoSize(size, videoSteps(), screen.wholePixels());
 }
 
 QSize CaptureController::videoSteps() const
@@ -397,7 +396,7 @@ regionsize::Limits CaptureController::limitsOn(const CaptureScreen& screen)
     const QSize smallest = m_region.smallestArea();
     return {{toPhysicalPx(smallest.width(), screen.devicePixelRatio),
              toPhysicalPx(smallest.height(), screen.devicePixelRatio)},
-            screen.pixels.isEmpty() ? screen.physicalSize() : screen.pixels,
+            screen.wholePixels(),
             videoSteps()};
 }
 

@@ -37,17 +37,6 @@ int nearestLength(int length, int step, int smallest, int largest)
     return length == largest ? length : nearestStep(length, step, smallest, largest);
 }
 
-/// The first column that a region can have there.
-int firstColumn(const QRect& screen)
-{
-    return screen.left() < 0 ? screen.left() : std::max(screen.left(), CaptureArea::kFirstColumn);
-}
-
-QSize wholeOf(const CaptureScreen& screen)
-{
-    return screen.pixels.isEmpty() ? screen.physicalSize() : screen.pixels;
-}
-
 /// Of the two logical lengths around it, the one whose video is nearer.
 int logicalLength(int videoPx, double ratio, int step, int screenLength)
 {
@@ -88,13 +77,14 @@ QSize regionsize::atRatio(const QSize& size, double ratio, const Limits& limits)
 
 QSize regionsize::room(const CaptureScreen& screen)
 {
-    const int lost = roundedUp((firstColumn(screen.geometry) - screen.geometry.left()) * screen.devicePixelRatio);
-    return wholeOf(screen) - QSize(lost, 0);
+    const int lost =
+        roundedUp((CaptureArea::firstColumnOf(screen.geometry) - screen.geometry.left()) * screen.devicePixelRatio);
+    return screen.wholePixels() - QSize(lost, 0);
 }
 
 QSize regionsize::fitted(const QSize& size, const CaptureScreen& screen, const QSize& steps)
 {
-    const QSize whole = wholeOf(screen);
+    const QSize whole = screen.wholePixels();
     if (size.boundedTo(whole) == size)
         return size;
     const QSize scaled = size.scaled(whole, Qt::KeepAspectRatio);
@@ -117,7 +107,7 @@ QRect regionsize::around(const QRect& area, const QSize& size, const QRect& scre
 {
     const QPoint middle =
         area.topLeft() + QPoint((area.width() - size.width()) / 2, (area.height() - size.height()) / 2);
-    const int leftmost = size.width() < screen.width() ? firstColumn(screen) : screen.left();
+    const int leftmost = size.width() < screen.width() ? CaptureArea::firstColumnOf(screen) : screen.left();
     const int left = std::max(leftmost, std::min(middle.x(), screen.right() + 1 - size.width()));
     const int top = std::max(screen.top(), std::min(middle.y(), screen.bottom() + 1 - size.height()));
     return {QPoint(left, top), size};
