@@ -6,6 +6,7 @@
 #include "tests/support/regiontiles.h"
 #include "tests/support/windowtest.h"
 
+#include <QCursor>
 #include <QFile>
 #include <QScreen>
 #include <QTemporaryDir>
@@ -148,6 +149,27 @@ private slots:
         QCOMPARE(widths, (QList<int>{320, 640, 640, 640, 640, 640, 640}));
         QCOMPARE(positions, (QList<int>{1130, 640, 640, 640, 640, 640, 640}));
         form.endRecording();
+    }
+
+    /// Nothing is dragged from one screen to another there.
+    void cornersAreMarkedOnTheScreenWithThePointer()
+    {
+        RecordingForm form;
+        QCursor::setPos(kOnFine);
+        QTest::mouseClick(form.findChild<Tile*>(QStringLiteral("regionTile")), Qt::LeftButton);
+        AreaSelector* const onMain = selectorAt(kRegion.center());
+        AreaSelector* const onFine = selectorAt(kOnFine);
+        QTRY_VERIFY(onFine->isActiveWindow());
+        QCursor::setPos(kRegion.topLeft());
+        QEvent enter(QEvent::Enter);
+        QCoreApplication::sendEvent(onMain, &enter);
+        QTRY_VERIFY(onMain->isActiveWindow());
+        QTest::keyClick(onMain, Qt::Key_Space);
+        QCursor::setPos(kOnFine);
+        QCoreApplication::sendEvent(onFine, &enter);
+        QVERIFY(onMain->isActiveWindow());
+        QTest::keyClick(onMain, Qt::Key_Space);
+        QCOMPARE(form.capture().area(), QRect(kRegion.left(), 50, 1280 - kRegion.left(), 142));
     }
 
     void regionThatIsNotRecordedKeepsItsSizeInLogicalPixels()
