@@ -6,9 +6,12 @@
 #include "ui_scmainwindow.h"
 #include "widgets/stylesheet.h"
 
+#include <QAccessible>
+#include <QHelpEvent>
 #include <QScreen>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolTip>
 
 #include <memory>
 
@@ -119,7 +122,14 @@ private slots:
         m_room = {0, 0, 640, 600};
         m_window->show();
         QTRY_COMPARE(m_ui.screenshotTab->width(), SideTab::kFoldedWidthPx);
-        QCOMPARE(m_ui.screenshotTab->text(), QStringLiteral("Screenshot"));
+        const auto* const reader = QAccessible::queryAccessibleInterface(m_ui.screenshotTab);
+        QCOMPARE(reader->text(QAccessible::Name), QStringLiteral("Screenshot"));
+        QCOMPARE(tipOf(*m_ui.screenshotTab), QStringLiteral("Screenshot"));
+        m_room = kLarge;
+        emit QGuiApplication::primaryScreen()->availableGeometryChanged(m_room);
+        QTRY_VERIFY(!m_ui.screenshotTab->isFolded());
+        // The text is in the tab.
+        QCOMPARE(tipOf(*m_ui.screenshotTab), QString());
     }
 
     void screenThatChangesTakesRoomAndGivesItBack()
@@ -156,6 +166,18 @@ private slots:
     }
 
 private:
+    /// What the system's tool tip event shows.
+    static QString tipOf(QWidget& widget)
+    {
+        QToolTip::hideText();
+        if (!QTest::qWaitFor([] { return !QToolTip::isVisible(); }))
+            return QStringLiteral("the last one stays");
+        const QPoint middle = widget.rect().center();
+        QHelpEvent event(QEvent::ToolTip, middle, widget.mapToGlobal(middle));
+        QCoreApplication::sendEvent(&widget, &event);
+        return QToolTip::text();
+    }
+
     void expectWhole()
     {
         QTRY_COMPARE(m_ui.recordingScroll->verticalScrollBar()->maximum(), 0);
