@@ -23,7 +23,7 @@ struct Limits
 /// The nearest size that can be recorded.
 QSize nearest(const QSize& size, const Limits& limits);
 
-/// The nearest size of that ratio that can be recorded: what is given up of the width for it, the ratio has to the
+/// The nearest size of that ratio that can be recorded: the width is reduced until the height has the ratio to the
 /// pixel or to the step.
 /// @param ratio width by height
 QSize atRatio(const QSize& size, double ratio, const Limits& limits);

@@ -162,8 +162,8 @@ bool SizeFields::eventFilter(QObject* watched, QEvent* event)
 {
     const bool isEscape =
         event->type() == QEvent::KeyPress && static_cast<const QKeyEvent*>(event)->key() == Qt::Key_Escape;
-    const bool isGivenUp = isEscape || (event->type() == QEvent::FocusOut && !keepsFocus(*event));
-    if (!isGivenUp || !isChanged())
+    const bool isCancelled = isEscape || (event->type() == QEvent::FocusOut && !keepsFocus(*event));
+    if (!isCancelled || !isChanged())
         return QObject::eventFilter(watched, event);
     restore();
     return isEscape;

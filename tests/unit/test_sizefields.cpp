@@ -68,7 +68,7 @@ private slots:
         QTest::keyClick(m_height, Qt::Key_Return);
         QCOMPARE(entered.size(), 1);
         QTEST(entered.at(0).at(0).toSize(), "size");
-        // Until whoever is told shows the new one.
+        // Until the receiver shows the new one.
         QCOMPARE(shown(), QStringLiteral("640x360"));
     }
 
@@ -140,7 +140,7 @@ private slots:
         QCOMPARE(m_width->toolTip(), QString());
     }
 
-    void whatIsNotEnteredIsGivenUpWithTheFields()
+    void whatIsNotEnteredIsDroppedWithTheFields()
     {
         const QSignalSpy entered(m_fields.get(), &SizeFields::entered);
         type(*m_width, QStringLiteral("800"));
