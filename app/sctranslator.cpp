@@ -26,7 +26,7 @@ bool SCTranslator::loadLanguage(const QString& code)
     const QString path = QStringLiteral(":/locales/%1.ini").arg(code);
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        qDebug() << "Translation file not found:" << path;
+        qDebug().noquote() << "Translation file not found:" << path;
         return false;
     }
     file.close();
@@ -36,7 +36,7 @@ bool SCTranslator::loadLanguage(const QString& code)
     // parses when it is first asked for keys, so its status means nothing before.
     const QStringList keys = reader.allKeys();
     if (reader.status() != QSettings::NoError) {
-        qDebug() << "Error reading translation file:" << path;
+        qDebug().noquote() << "Error reading translation file:" << path;
         return false;
     }
     m_translations.clear();

@@ -129,7 +129,7 @@ private slots:
         QVERIFY(translator.loadLanguage("tt_TT"));
         MessageCapture capture;
         QVERIFY(!translator.loadLanguage(code));
-        const QString expected = QString("Translation file not found: \":/locales/%1.ini\"").arg(code);
+        const QString expected = QString("Translation file not found: :/locales/%1.ini").arg(code);
         QCOMPARE(capture.texts(QtDebugMsg), QStringList(expected));
         QCOMPARE(translated(translator, "Plain"), QString("Einfach"));
     }
@@ -140,7 +140,7 @@ private slots:
         QVERIFY(translator.loadLanguage("tt_TT"));
         MessageCapture capture;
         QVERIFY(!translator.loadLanguage("tt_BROKEN"));
-        QCOMPARE(capture.texts(QtDebugMsg), QStringList("Error reading translation file: \":/locales/tt_BROKEN.ini\""));
+        QCOMPARE(capture.texts(QtDebugMsg), QStringList("Error reading translation file: :/locales/tt_BROKEN.ini"));
         QCOMPARE(translated(translator, "Plain"), QString("Einfach"));
         QCOMPARE(translated(translator, "Good"), QString("Good"));
     }
@@ -179,7 +179,7 @@ private slots:
         const MessageCapture capture;
         QVERIFY(!translator.loadLanguage(code));
         QCOMPARE(capture.texts(QtDebugMsg),
-                 QStringList(QString("Error reading translation file: \":/locales/%1.ini\"").arg(code)));
+                 QStringList(QString("Error reading translation file: :/locales/%1.ini").arg(code)));
         QCOMPARE(translated(translator, "Save"), QString("Speichern"));
     }
 
