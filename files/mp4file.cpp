@@ -17,39 +17,50 @@ constexpr qint64 kHeadBytes = 8;
 /// A part of an MP4 at its top level.
 struct Box
 {
+    bool isFragmentHead() const { return type == "moof"; }
+
     QByteArray type;
     /// With its head; 0 means up to the file's end.
     qint64 bytes = 0;
+    qint64 position = 0;
+    /// The file ends within it.
+    bool isCutOff = false;
 };
 
+/// From the file's position on.
 std::optional<Box> readBox(QFile& file)
 {
+    const qint64 position = file.pos();
     const QByteArray head = file.read(kHeadBytes);
     if (head.size() < kHeadBytes)
         return std::nullopt;
-    Box box{head.mid(4), qFromBigEndian<quint32>(head.constData())};
-    if (box.bytes != 1)
-        return box;
-    // A size of 64 bits follows.
-    const QByteArray large = file.read(kHeadBytes);
-    if (large.size() < kHeadBytes)
-        return std::nullopt;
-    box.bytes = qFromBigEndian<qint64>(large.constData());
+    Box box{head.mid(4), qFromBigEndian<quint32>(head.constData()), position, false};
+    if (box.bytes == 1) {
+        // A size of 64 bits follows.
+        const QByteArray large = file.read(kHeadBytes);
+        if (large.size() < kHeadBytes)
+            return std::nullopt;
+        box.bytes = qFromBigEndian<qint64>(large.constData());
+    }
+    box.isCutOff = box.bytes > file.size() - position;
     return box;
 }
 
-/// Where the head of a fragment begins that the file does not hold to its end.
-std::optional<qint64> brokenFragmentHead(const QString& path)
+/// The first one that is wanted, up to where the file ends or is damaged.
+template <typename Predicate>
+std::optional<Box> findBox(const QString& path, Predicate isWanted)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
     for (qint64 position = 0; file.seek(position);) {
-        const auto box = readBox(file);
-        if (!box || box->bytes < kHeadBytes || (position == 0 && box->type != "ftyp"))
+        auto box = readBox(file);
+        if (!box || (position == 0 && box->type != "ftyp"))
             return std::nullopt;
-        if (box->type == "moof" && position + box->bytes > file.size())
-            return position;
+        if (isWanted(*box))
+            return box;
+        if (box->bytes < kHeadBytes || box->isCutOff)
+            return std::nullopt;
         position += box->bytes;
     }
     return std::nullopt;
@@ -59,29 +70,16 @@ std::optional<qint64> brokenFragmentHead(const QString& path)
 
 bool cutBrokenFragmentHead(const QString& path, FileWork& work)
 {
-    const auto position = brokenFragmentHead(path);
+    const auto broken = findBox(path, [](const Box& box) { return box.isFragmentHead() && box.isCutOff; });
     bool isCut = false;
-    if (position)
-        work.change([&] { isCut = QFile::resize(path, *position); });
+    if (broken)
+        work.change([&] { isCut = QFile::resize(path, broken->position); });
     return isCut;
 }
 
 bool isFragmentedMp4(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    for (qint64 position = 0; file.seek(position);) {
-        const auto box = readBox(file);
-        if (!box || (position == 0 && box->type != "ftyp"))
-            return false;
-        if (box->type == "moof")
-            return true;
-        if (box->bytes < kHeadBytes)
-            return false;
-        position += box->bytes;
-    }
-    return false;
+    return findBox(path, [](const Box& box) { return box.isFragmentHead(); }).has_value();
 }
 
 QString unfinishedMp4Path(const QString& path)

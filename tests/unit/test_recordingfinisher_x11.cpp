@@ -160,6 +160,21 @@ private slots:
         QVERIFY2(file.video()->durationSeconds >= 2, qPrintable(QString::number(file.video()->durationSeconds)));
     }
 
+    void headOfAFragmentThatSaysItIsEndlessIsCutOff()
+    {
+        const QString path = m_folder->filePath("a.mp4");
+        const QByteArray beginning("\0\0\0\x08"
+                                   "ftyp",
+                                   8);
+        write(path, beginning + QByteArray("\0\0\0\x01"
+                                           "moof"
+                                           "\x7f\xff\xff\xff\xff\xff\xff\xff",
+                                           16));
+        FileWork work;
+        QVERIFY(cutBrokenFragmentHead(path, work));
+        QCOMPARE(contents(path), beginning);
+    }
+
     void fileOnAFullDiskStaysAsItIs()
     {
         const QString path = video(kFragments);
@@ -394,6 +409,13 @@ private slots:
                                                            "\0\0\0\x02"
                                                            "moov",
                                                            16);
+        QTest::newRow("size beyond everything") << "a.mp4"
+                                                << QByteArray("\0\0\0\x08"
+                                                              "ftyp"
+                                                              "\0\0\0\x01"
+                                                              "mdat"
+                                                              "\x7f\xff\xff\xff\xff\xff\xff\xff",
+                                                              24);
         QTest::newRow("empty FLAC") << "a.flac" << QByteArray();
         QTest::newRow("FLAC without sound") << "a.flac" << QByteArray("fLaC") + QByteArray(38, '\0');
         QTest::newRow("another format") << "a.avi" << QByteArray("RIFF");
