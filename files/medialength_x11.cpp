@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "files/avformathandles.h"
 #include "files/filework.h"
 #include "files/medialength.h"
 #include "files/mp4file.h"
@@ -7,31 +8,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
 
-extern "C" {
-#include <libavformat/avformat.h>
-}
-
+using avformathandles::Input;
+using avformathandles::Packet;
 using std::chrono::milliseconds;
 
 namespace {
-
-struct CloseInput
-{
-    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
-};
-struct FreePacket
-{
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-};
-using Input = std::unique_ptr<AVFormatContext, CloseInput>;
-using Packet = std::unique_ptr<AVPacket, FreePacket>;
-
-int isInterrupted(void* work)
-{
-    return static_cast<const FileWork*>(work)->isCancelled() ? 1 : 0;
-}
 
 /// The formats that the program records, and nothing that leads to other files or the network.
 AVDictionary* limits()
@@ -48,7 +30,7 @@ int openInput(const QString& path, FileWork& work, Input& input)
     AVFormatContext* context = avformat_alloc_context();
     if (!context)
         return AVERROR(ENOMEM);
-    context->interrupt_callback = {&isInterrupted, &work};
+    context->interrupt_callback = avformathandles::interruptedBy(work);
     AVDictionary* options = limits();
     // Frees the context where it fails.
     const int opened =
@@ -82,12 +64,6 @@ void keepOneStream(AVFormatContext& input)
         input.streams[i]->discard = i == kept ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
 }
 
-/// A disk that cannot be read is no end of the file.
-bool isDiskAtFault(const AVFormatContext& input)
-{
-    return input.pb->error < 0 && input.pb->error != AVERROR_EOF;
-}
-
 /// From the first packet's time to the end of the last one.
 std::optional<milliseconds> lengthOfPackets(AVFormatContext& input, FileWork& work)
 {
@@ -105,7 +81,7 @@ std::optional<milliseconds> lengthOfPackets(AVFormatContext& input, FileWork& wo
         }
         av_packet_unref(packet.get());
     }
-    if (end <= first || work.isCancelled() || isDiskAtFault(input))
+    if (end <= first || work.isCancelled() || avformathandles::diskError(input) < 0)
         return std::nullopt;
     return milliseconds((end - first) / (AV_TIME_BASE / 1000));
 }
@@ -121,5 +97,5 @@ MediaLength mediaLength(const QString& path, FileWork& work)
     // The head of fragments says no more than how long the first one is.
     const auto inHead = isFragmentedMp4(path) ? std::nullopt : lengthInHead(*input);
     const auto length = inHead ? inHead : lengthOfPackets(*input, work);
-    return {length, !length && !work.isCancelled() && !isDiskAtFault(*input)};
+    return {length, !length && !work.isCancelled() && avformathandles::diskError(*input) == 0};
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/sclogger.h"
+#include "files/avformathandles.h"
 #include "files/filework.h"
 #include "files/mp4file.h"
 
@@ -21,19 +22,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-extern "C" {
-#include <libavformat/avformat.h>
-}
-
 namespace {
+
+using avformathandles::Input;
+using avformathandles::Packet;
 
 /// For the index, which is not in the source.
 constexpr qint64 kSpareBytes = qint64{16} * 1024 * 1024;
 
-struct CloseInput
-{
-    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
-};
 struct CloseOutput
 {
     void operator()(AVFormatContext* context) const
@@ -42,24 +38,13 @@ struct CloseOutput
         avformat_free_context(context);
     }
 };
-struct FreePacket
-{
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-};
-using Input = std::unique_ptr<AVFormatContext, CloseInput>;
 using Output = std::unique_ptr<AVFormatContext, CloseOutput>;
-using Packet = std::unique_ptr<AVPacket, FreePacket>;
 
 QString textOf(int code)
 {
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(code, text.data(), text.size());
     return QString::fromUtf8(text.data());
-}
-
-int isInterrupted(void* work)
-{
-    return static_cast<const FileWork*>(work)->isCancelled() ? 1 : 0;
 }
 
 /// One file that becomes another.
@@ -80,14 +65,18 @@ private:
 
     const QByteArray m_source;
     const QByteArray m_target;
-    AVIOInterruptCB m_interrupt;
+    const FileWork& m_work;
+    const AVIOInterruptCB m_interrupt;
     Input m_input;
     Output m_output;
     bool m_isEmpty = true;
 };
 
 Remux::Remux(const QString& source, const QString& target, FileWork& work)
-    : m_source(QFile::encodeName(source)), m_target(QFile::encodeName(target)), m_interrupt{&isInterrupted, &work}
+    : m_source(QFile::encodeName(source))
+    , m_target(QFile::encodeName(target))
+    , m_work(work)
+    , m_interrupt(avformathandles::interruptedBy(work))
 {}
 
 int Remux::openSource()
@@ -170,11 +159,9 @@ int Remux::copyPackets()
             return written;
         m_isEmpty = m_isEmpty && !isWhole;
     }
-    if (isInterrupted(m_interrupt.opaque))
+    if (m_work.isCancelled())
         return AVERROR_EXIT;
-    // A disk that cannot be read is no end of the file.
-    const int disk = m_input->pb->error;
-    if (disk < 0 && disk != AVERROR_EOF)
+    if (const int disk = avformathandles::diskError(*m_input); disk < 0)
         return disk;
     if (read != AVERROR_EOF && read != AVERROR_INVALIDDATA)
         return read;
