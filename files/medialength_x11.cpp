@@ -55,13 +55,11 @@ std::optional<milliseconds> lengthInHead(const AVFormatContext& input)
     return milliseconds(longest / (AV_TIME_BASE / 1000));
 }
 
-/// Packets of one stream are enough; those of sound are the smaller ones.
-void keepOneStream(AVFormatContext& input)
+/// Packets of one stream are enough.
+void keepOneStream(AVFormatContext& input, int kept)
 {
-    const int sound = av_find_best_stream(&input, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
-    const unsigned kept = sound < 0 ? 0 : static_cast<unsigned>(sound);
     for (unsigned i = 0; i < input.nb_streams; ++i)
-        input.streams[i]->discard = i == kept ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+        input.streams[i]->discard = static_cast<int>(i) == kept ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
 }
 
 /// From the first packet's time to the end of the last one.
@@ -69,11 +67,14 @@ std::optional<milliseconds> lengthOfPackets(AVFormatContext& input, FileWork& wo
 {
     if (avformat_find_stream_info(&input, nullptr) < 0)
         return std::nullopt;
-    keepOneStream(input);
+    const int sound = av_find_best_stream(&input, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     const Packet packet(av_packet_alloc());
     int64_t first = INT64_MAX;
     int64_t end = INT64_MIN;
     while (packet && !work.isCancelled() && av_read_frame(&input, packet.get()) >= 0) {
+        // Those of sound are the smaller ones, but a killed program may have left none.
+        if (packet->stream_index == sound)
+            keepOneStream(input, sound);
         if (const int64_t time = packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts; time != AV_NOPTS_VALUE) {
             const AVRational base = input.streams[packet->stream_index]->time_base;
             first = std::min(first, av_rescale_q(time, base, AV_TIME_BASE_Q));

@@ -2,6 +2,7 @@
 #include "files/filedetailsreader.h"
 #include "files/filework.h"
 #include "files/medialength.h"
+#include "files/mp4file.h"
 #include "files/scfilemanager.h"
 #include "tests/support/filelibrary.h"
 #include "tests/support/windowtest.h"
@@ -137,6 +138,17 @@ private slots:
         const auto length = lengthMs(path);
         QVERIFY(length.has_value());
         QVERIFY2(*length > kLengthMs / 5 && *length < kLengthMs * 4 / 5, qPrintable(QString::number(*length)));
+    }
+
+    void lengthOfAFileWhoseSoundIsEmptyIsThatOfTheVideo()
+    {
+        const QString path = media("a.mp4", {"-movflags", "+frag_keyframe+empty_moov+default_base_moof",
+                                             "-frag_duration", "500000", "-bsf:a", "noise=drop=1"});
+        QVERIFY(isFragmentedMp4(path));
+        const auto length = lengthMs(path);
+        QVERIFY(length.has_value());
+        QVERIFY2(qAbs(*length - kLengthMs) <= 150, qPrintable(QString::number(*length)));
+        QVERIFY(!isUnreadable(path));
     }
 
     void fileThatHoldsNothingIsUnreadable_data()
