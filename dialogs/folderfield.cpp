@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "dialogs/folderfield.h"
 
-#include "app/savefolder.h"
+#include "widgets/shownsize.h"
 #include "widgets/stylesheet.h"
 
 #include <QDir>
@@ -9,9 +9,37 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QLocale>
+#include <QPromise>
+#include <QThreadPool>
+
+#include <utility>
+
+#include <chrono>
+#include <memory>
+#include <mutex>
 
 namespace {
+
+/// Threads that a disk may keep for ever. The program ends without them.
+QThreadPool& threads()
+{
+    constexpr int kMost = 8;
+    static auto* const pool = [] {
+        auto* const made = new QThreadPool;
+        made->setMaxThreadCount(kMost);
+        return made;
+    }();
+    return *pool;
+}
+
+SaveFolderFault faultOfTyped(const QString& folder)
+{
+    // Two at a time would remove the folders that the other one makes; but a disk may never answer.
+    static std::timed_mutex mutex;
+    constexpr std::chrono::seconds kLongest{3};
+    const std::unique_lock lock(mutex, kLongest);
+    return saveFolderFault(folder);
+}
 
 const char* faultText(SaveFolderFault fault)
 {
@@ -35,20 +63,23 @@ const char* faultText(SaveFolderFault fault)
 FolderField::FolderField(QLineEdit* edit, QLabel& note) : QObject(edit), m_edit(*edit), m_note(note)
 {
     edit->installEventFilter(this);
-    connect(edit, &QLineEdit::textEdited, this, [this] { tell({}, false); });
-    connect(edit, &QLineEdit::editingFinished, this, [this] {
-        if (isChanged())
-            check();
-        else
-            tellSpace();
+    connect(edit, &QLineEdit::textEdited, this, [this] {
+        stopLooking();
+        tell({}, false);
     });
+    connect(edit, &QLineEdit::editingFinished, this, [this] {
+        if (!m_isLooking)
+            look();
+    });
+    connect(&m_disk, &QFutureWatcherBase::finished, this, &FolderField::onLooked);
 }
 
 void FolderField::setFolder(const QString& folder)
 {
     m_stored = folder;
     m_edit.setText(folder);
-    tellSpace();
+    stopLooking();
+    look();
 }
 
 bool FolderField::isChanged() const
@@ -61,42 +92,79 @@ QString FolderField::folder() const
     return isChanged() ? typedSaveFolder(m_edit.text()) : m_stored;
 }
 
-bool FolderField::isUsable()
-{
-    return !isChanged() || check();
-}
-
 void FolderField::takeFocus()
 {
     m_edit.setFocus();
     m_edit.selectAll();
 }
 
-bool FolderField::check()
+void FolderField::check(const Answer& answer)
 {
-    const SaveFolderFault fault = saveFolderFault(folder());
-    if (fault != SaveFolderFault::None) {
-        tell(tr(faultText(fault)), true);
-        return false;
+    if (!isChanged()) {
+        answer(true);
+        return;
     }
-    m_edit.setText(folder());
-    tellSpace();
-    return true;
+    m_answer = answer;
+    if (!m_isLooking)
+        look();
 }
 
-void FolderField::tellSpace()
+void FolderField::stopLooking()
 {
-    const QString shown = folder();
-    if (!QDir::isAbsolutePath(shown)) {
+    m_isLooking = false;
+    m_answer = {};
+}
+
+/// A look that is under way is forgotten.
+void FolderField::look()
+{
+    const auto promise = std::make_shared<QPromise<State>>();
+    m_isLooking = true;
+    m_disk.setFuture(promise->future());
+    tell(isChanged() ? tr("Checking the folder...") : QString(), false);
+    threads().start([promise, folder = folder(), isTyped = isChanged()] {
+        promise->start();
+        promise->addResult(stateOf(folder, isTyped));
+        promise->finish();
+    });
+}
+
+FolderField::State FolderField::stateOf(const QString& folder, bool isTyped)
+{
+    if (!isTyped && !QDir::isAbsolutePath(folder))
+        return {};
+    const SaveFolderFault fault = isTyped ? faultOfTyped(folder) : SaveFolderFault::None;
+    return {fault, QFileInfo::exists(folder), freeBytesIn(existingPartOf(folder))};
+}
+
+void FolderField::onLooked()
+{
+    if (!std::exchange(m_isLooking, false))
+        return;
+    const State state = m_disk.result();
+    const bool isUsable = state.fault == SaveFolderFault::None;
+    if (isUsable) {
+        if (m_edit.text() != folder())
+            m_edit.setText(folder());
+        tellSpace(state);
+    } else {
+        tell(tr(faultText(state.fault)), true);
+    }
+    if (const Answer answer = std::exchange(m_answer, {}))
+        answer(isUsable);
+}
+
+void FolderField::tellSpace(const State& state)
+{
+    if (!QDir::isAbsolutePath(folder())) {
         tell({}, false);
         return;
     }
     QStringList note;
-    if (!QFileInfo::exists(shown))
+    if (!state.isThere)
         note.append(tr("The folder will be created."));
-    const qint64 bytes = freeBytesIn(existingPartOf(shown));
-    if (bytes >= 0)
-        note.append(tr("Free space: %1").arg(QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat)));
+    if (state.freeBytes >= 0)
+        note.append(tr("Free space: %1").arg(shownSize(state.freeBytes)));
     tell(note.join(u' '), false);
 }
 

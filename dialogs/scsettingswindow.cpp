@@ -150,28 +150,34 @@ void SCSettingsWindow::onCloseClicked()
 void SCSettingsWindow::onButtonBoxClicked(QAbstractButton* button)
 {
     const QDialogButtonBox::StandardButton which = m_ui->buttonBox->standardButton(button);
-    if (which != QDialogButtonBox::Save && which != QDialogButtonBox::Cancel)
-        return;
-    if (which == QDialogButtonBox::Save) {
-        if (!areFoldersUsable())
-            return;
-        save();
-    }
-    close();
+    if (which == QDialogButtonBox::Save)
+        saveAfterCheck();
+    else if (which == QDialogButtonBox::Cancel)
+        close();
 }
 
-/// Shows the page of the first one that is not.
-bool SCSettingsWindow::areFoldersUsable()
+/// And close, once the disk has answered for both folders.
+void SCSettingsWindow::saveAfterCheck()
 {
-    for (const auto& [field, tab] : {std::pair(m_recordingFolder, m_ui->recordingSettingsTab),
-                                     std::pair(m_screenshotFolder, m_ui->screenshotSettingsTab)}) {
-        if (field->isUsable())
-            continue;
-        tab->click();
-        field->takeFocus();
-        return false;
-    }
-    return true;
+    checkFolder(*m_recordingFolder, *m_ui->recordingSettingsTab, [this] {
+        checkFolder(*m_screenshotFolder, *m_ui->screenshotSettingsTab, [this] {
+            save();
+            close();
+        });
+    });
+}
+
+/// Goes on, or shows the page of the folder that cannot be used.
+void SCSettingsWindow::checkFolder(FolderField& field, QAbstractButton& tab, const std::function<void()>& next)
+{
+    field.check([&field, &tab, next](bool isUsable) {
+        if (isUsable) {
+            next();
+            return;
+        }
+        tab.click();
+        field.takeFocus();
+    });
 }
 
 void SCSettingsWindow::on_changeRecordingFileLocationBtn_clicked()

@@ -4,6 +4,7 @@
 #include <QMainWindow>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class FolderField;
@@ -51,7 +52,8 @@ private:
     void fillRecordingHotkeys();
     void fillScreenshotHotkeys();
     void chooseFolder(FolderField& field, const QString& title, QLatin1String key);
-    bool areFoldersUsable();
+    void saveAfterCheck();
+    void checkFolder(FolderField& field, QAbstractButton& tab, const std::function<void()>& next);
     void save();
 
     std::unique_ptr<Ui::SCSettingsWindow> m_ui;

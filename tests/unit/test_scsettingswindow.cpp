@@ -323,9 +323,33 @@ private slots:
         m_settings->setValue(settingskeys::kRecordingSaveLocation, folder.path());
         m_settings->setValue(settingskeys::kScreenshotSaveLocation, folder.filePath("new"));
         open();
-        QVERIFY(child<QLabel>("recordingFolderNote")->text().startsWith("Free space: "));
-        QVERIFY(child<QLabel>("screenshotFolderNote")->text().startsWith("The folder will be created. Free space: "));
+        QTRY_VERIFY(note("recordingFolderNote").startsWith("Free space: "));
+        QTRY_VERIFY(note("screenshotFolderNote").startsWith("The folder will be created. Free space: "));
         QVERIFY(!QFileInfo::exists(folder.filePath("new")));
+    }
+
+    void diskIsNotWaitedFor()
+    {
+        const QTemporaryDir folder;
+        m_settings->setValue(settingskeys::kRecordingSaveLocation, folder.path());
+        m_window = std::make_unique<SCSettingsWindow>(nullptr);
+        QCOMPARE(note("recordingFolderNote"), QString());
+        m_window->show();
+        QTRY_VERIFY(note("recordingFolderNote").startsWith("Free space: "));
+        QLineEdit& field = type("recordingSettingsTab", "recordingFileLocationLE", folder.filePath("new"));
+        press(QDialogButtonBox::Save);
+        QVERIFY(m_window->isVisible());
+        QCOMPARE(note("recordingFolderNote"), QString("Checking the folder..."));
+        // Whoever goes on typing does not want what was there to be saved.
+        QTest::keyClick(&field, Qt::Key_A);
+        QCOMPARE(note("recordingFolderNote"), QString());
+        QTest::keyClick(&field, Qt::Key_Return);
+        QTRY_VERIFY(note("recordingFolderNote").startsWith("The folder will be created."));
+        QVERIFY(m_window->isVisible());
+        QCOMPARE(text(settingskeys::kRecordingSaveLocation), folder.path());
+        press(QDialogButtonBox::Save);
+        QTRY_VERIFY(!m_window->isVisible());
+        QCOMPARE(text(settingskeys::kRecordingSaveLocation), folder.filePath("newa"));
     }
 
     void typedFolderIsCheckedAndStoredBySave()
@@ -334,13 +358,13 @@ private slots:
         open();
         QLineEdit& field = type("recordingSettingsTab", "recordingFileLocationLE", folder.path() + "/a/../new/");
         QTest::keyClick(&field, Qt::Key_Return);
-        QCOMPARE(field.text(), folder.filePath("new"));
-        QVERIFY(child<QLabel>("recordingFolderNote")->text().startsWith("The folder will be created. Free space: "));
+        QTRY_COMPARE(field.text(), folder.filePath("new"));
+        QVERIFY(note("recordingFolderNote").startsWith("The folder will be created. Free space: "));
         QVERIFY(!field.property("wrong").toBool());
         QVERIFY(text(settingskeys::kRecordingSaveLocation) != folder.filePath("new"));
         type("screenshotSettingsTab", "screenshotFileLocationLE", folder.path());
         press(QDialogButtonBox::Save);
-        QVERIFY(!m_window->isVisible());
+        QTRY_VERIFY(!m_window->isVisible());
         QCOMPARE(text(settingskeys::kRecordingSaveLocation), folder.filePath("new"));
         QCOMPARE(text(settingskeys::kScreenshotSaveLocation), folder.path());
     }
@@ -348,7 +372,7 @@ private slots:
     void folderThatCannotBeUsedIsMarkedAndToldAndNothingIsStored_data()
     {
         QTest::addColumn<QString>("folder");
-        QTest::addColumn<QString>("note");
+        QTest::addColumn<QString>("expected");
         QFile blocker(m_root.filePath("in the way"));
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         QTest::newRow("empty") << QString() << "Type the whole path of a folder.";
@@ -363,7 +387,7 @@ private slots:
     void folderThatCannotBeUsedIsMarkedAndToldAndNothingIsStored()
     {
         QFETCH(const QString, folder);
-        QFETCH(const QString, note);
+        QFETCH(const QString, expected);
         const auto before = stored();
         open();
         const QSignalSpy updated(m_window.get(), &SCSettingsWindow::updateSettings);
@@ -371,14 +395,14 @@ private slots:
         QLineEdit& field = type("screenshotSettingsTab", "screenshotFileLocationLE", folder);
         child<QPushButton>("hotkeysSettingsTab")->click();
         press(QDialogButtonBox::Save);
+        QTRY_COMPARE(child<QStackedWidget>("stackedWidget")->currentIndex(), 1);
         QVERIFY(m_window->isVisible());
         QCOMPARE(updated.size(), 0);
         QCOMPARE(stored(), before);
-        QCOMPARE(child<QStackedWidget>("stackedWidget")->currentIndex(), 1);
         QVERIFY(child<QPushButton>("screenshotSettingsTab")->isChecked());
         QVERIFY(field.property("wrong").toBool());
-        QCOMPARE(child<QLabel>("screenshotFolderNote")->text(), note);
-        QCOMPARE(field.accessibleDescription(), note);
+        QCOMPARE(note("screenshotFolderNote"), expected);
+        QCOMPARE(field.accessibleDescription(), expected);
         QCOMPARE(m_window->focusWidget(), &field);
     }
 
@@ -387,10 +411,10 @@ private slots:
         open();
         QLineEdit& field = type("recordingSettingsTab", "recordingFileLocationLE", "videos");
         QTest::keyClick(&field, Qt::Key_Return);
-        QVERIFY(field.property("wrong").toBool());
+        QTRY_VERIFY(field.property("wrong").toBool());
         QTest::keyClick(&field, Qt::Key_A);
         QVERIFY(!field.property("wrong").toBool());
-        QVERIFY(child<QLabel>("recordingFolderNote")->text().isEmpty());
+        QCOMPARE(note("recordingFolderNote"), QString());
     }
 
     void escapeRestoresTheFolderBeforeItClosesTheWindow()
@@ -400,6 +424,7 @@ private slots:
         const QString before = child<QLineEdit>("recordingFileLocationLE")->text();
         QLineEdit& field = type("recordingSettingsTab", "recordingFileLocationLE", "videos");
         QTest::keyClick(&field, Qt::Key_Return);
+        QTRY_VERIFY(field.property("wrong").toBool());
         QTest::keyClick(&field, Qt::Key_Escape);
         QVERIFY(m_window->isVisible());
         QCOMPARE(field.text(), before);
@@ -518,6 +543,7 @@ private:
     QComboBox* box(const char* name) const { return child<QComboBox>(name); }
     QCheckBox* check(const char* name) const { return child<QCheckBox>(name); }
     QString text(QLatin1String key) const { return m_settings->value(key).toString(); }
+    QString note(const char* name) const { return child<QLabel>(name)->text(); }
     void choose(const char* name, const char* key) const { box(name)->setCurrentText(QLatin1String(key)); }
     static QImage render(const QIcon& icon) { return icon.pixmap(20, 20).toImage(); }
 
