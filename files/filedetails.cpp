@@ -44,6 +44,12 @@ bool setNumber(QVariantMap& properties, const QString& key, std::optional<qint64
     return isOurs && replace(properties, key, number ? QVariant(*number) : QVariant());
 }
 
+bool mark(const QVariantMap& properties, const QString& key)
+{
+    const QVariant value = properties.value(key);
+    return value.typeId() == QMetaType::Bool && value.toBool();
+}
+
 bool setMark(QVariantMap& properties, const QString& key, bool isSet)
 {
     const bool isOurs = !properties.contains(key) || properties.value(key).typeId() == QMetaType::Bool;
@@ -54,14 +60,14 @@ bool setMark(QVariantMap& properties, const QString& key, bool isSet)
 
 FileDetails FileDetails::of(const QVariantMap& properties)
 {
-    const QVariant unreadable = properties.value(kUnreadable);
-    return {numberOf(properties.value(kSize)), numberOf(properties.value(kDuration)),
-            unreadable.typeId() == QMetaType::Bool && unreadable.toBool()};
+    return {numberOf(properties.value(kSize)), numberOf(properties.value(kDuration)), mark(properties, kUnreadable),
+            mark(properties, kMissing)};
 }
 
 bool FileDetails::writeTo(QVariantMap& properties) const
 {
     const bool isSizeNew = setNumber(properties, kSize, sizeBytes);
     const bool isDurationNew = setNumber(properties, kDuration, durationMs);
-    return setMark(properties, kUnreadable, isUnreadable) || isSizeNew || isDurationNew;
+    const bool isUnreadableNew = setMark(properties, kUnreadable, isUnreadable);
+    return setMark(properties, kMissing, isMissing) || isSizeNew || isDurationNew || isUnreadableNew;
 }

@@ -5,8 +5,8 @@
 
 #include <optional>
 
-/// What has been read from a file, kept in its record's properties "sizeBytes", "durationMs" and "unreadable". A
-/// property of another type than these have is somebody else's: it reads as unknown and stays.
+/// What has been read from a file, kept in its record's properties "sizeBytes", "durationMs", "unreadable" and
+/// "missing". A property of another type than these have is somebody else's: it reads as unknown and stays.
 struct FileDetails
 {
     static FileDetails of(const QVariantMap& properties);
@@ -21,4 +21,6 @@ struct FileDetails
     std::optional<qint64> durationMs;
     /// A recording that no program plays.
     bool isUnreadable = false;
+    /// There was no file.
+    bool isMissing = false;
 };

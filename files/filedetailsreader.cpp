@@ -15,24 +15,25 @@ namespace {
 
 using Request = FileDetailsReader::Request;
 
-/// Nothing where the file has gone, or is as it was known.
-std::optional<FileDetails> detailsOf(const Request& request, FileWork& work)
+FileDetails detailsOf(const Request& request, FileWork& work)
 {
+    FileDetails details;
     const QFileInfo file(request.path);
-    if (!file.isFile())
-        return std::nullopt;
-    FileDetails details{file.size(), {}, false};
+    details.isMissing = !file.isFile();
+    if (details.isMissing)
+        return details;
+    details.sizeBytes = file.size();
     const bool isSameFile = details.sizeBytes == request.known.sizeBytes;
-    if (isSameFile && (!request.isMedia || request.known.durationMs))
-        return std::nullopt;
+    if (isSameFile && (!request.isMedia || request.known.durationMs)) {
+        details.durationMs = request.known.durationMs;
+        return details;
+    }
     if (request.isMedia) {
         const MediaLength media = mediaLength(request.path, work);
         details.isUnreadable = media.isUnreadable;
         if (media.length)
             details.durationMs = media.length->count();
     }
-    if (work.isCancelled() || details == request.known)
-        return std::nullopt;
     return details;
 }
 
@@ -84,10 +85,11 @@ void FileDetailsReader::run(const std::shared_ptr<Job>& job)
     QElapsedTimer sinceReport;
     sinceReport.start();
     for (const Request& request : job->requests) {
+        const FileDetails read = detailsOf(request, job->work);
         if (job->work.isCancelled())
             return;
-        if (const auto read = detailsOf(request, job->work))
-            details.insert(request.path, *read);
+        if (read != request.known)
+            details.insert(request.path, read);
         if (details.isEmpty() || !sinceReport.hasExpired(kReportMs))
             continue;
         report(job, std::exchange(details, {}), false);

@@ -18,6 +18,7 @@ inline const QString kIncomplete = QStringLiteral("incomplete");
 // See FileDetails.
 inline const QString kSize = QStringLiteral("sizeBytes");
 inline const QString kDuration = QStringLiteral("durationMs");
+inline const QString kMissing = QStringLiteral("missing");
 inline const QString kUnreadable = QStringLiteral("unreadable");
 
 } // namespace fileproperties

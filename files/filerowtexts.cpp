@@ -49,16 +49,29 @@ FileRowTexts FileRowTexts::of(const QVariantMap& properties, FileProgress progre
         texts.size = sizeText(*details.sizeBytes);
     if (details.durationMs)
         texts.length = lengthText(*details.durationMs);
-    if (progress != FileProgress::None) {
+    if (progress != FileProgress::None)
         texts.state = progress == FileProgress::BeingRecorded ? tr("Being recorded") : tr("Being finished");
-    } else if (details.isUnreadable) {
-        texts.state = tr("Unreadable");
-        texts.explanation = tr("There is nothing in the file that could be played.");
-    } else if (properties.value(kUnfinished).toBool() || isTrue(properties.value(kIncomplete))) {
-        texts.state = tr("Incomplete");
-        texts.explanation = tr("The recording could not be finished: some programs may not play all of it.");
-    }
+    else
+        texts.setFault(properties);
     return texts;
+}
+
+void FileRowTexts::setFault(const QVariantMap& properties)
+{
+    const FileDetails details = FileDetails::of(properties);
+    if (details.isMissing) {
+        state = tr("Missing");
+        explanation = tr("The file is not where it was saved.");
+    } else if (details.isUnreadable) {
+        state = tr("Unreadable");
+        explanation = tr("There is nothing in the file that could be played.");
+    } else if (properties.value(kUnfinished).toBool()) {
+        state = tr("Unfinished");
+        explanation = tr("The recording has not been finished yet: some programs may not play all of it.");
+    } else if (isTrue(properties.value(kIncomplete))) {
+        state = tr("Incomplete");
+        explanation = tr("The recording could not be finished: some programs may not play all of it.");
+    }
 }
 
 FileRowTexts FileRowTexts::longest()

@@ -33,4 +33,7 @@ public:
     /// What is the matter with a recording, in a word, and in a sentence.
     QString state;
     QString explanation;
+
+private:
+    void setFault(const QVariantMap& properties);
 };

@@ -115,6 +115,7 @@ void SCFileManager::setFileInUse(const QString& path)
         m_finisher->cancelAll();
         m_reader->cancelAll();
     }
+    updateRows();
 }
 
 void SCFileManager::finishRecordings()
@@ -352,8 +353,10 @@ void SCFileManager::showInFolder(const QString& path)
 bool SCFileManager::isThere(const QString& path)
 {
     const bool isThere = QFileInfo::exists(path);
-    if (!isThere)
+    if (!isThere) {
         emit fileMissing(path);
+        readDetailsOf(path);
+    }
     return isThere;
 }
 

@@ -255,7 +255,7 @@ private slots:
         library.setupView(&view, QString());
         const auto shown = [&view] { return view.model()->index(0, 0).data(Qt::AccessibleDescriptionRole).toString(); };
         QVERIFY(shown().startsWith(QLatin1String("Being finished")));
-        QTRY_VERIFY_WITH_TIMEOUT(shown().startsWith(QLatin1String("Incomplete, Length: 0:0")), 30'000);
+        QTRY_VERIFY_WITH_TIMEOUT(shown().startsWith(QLatin1String("Unfinished, Length: 0:0")), 30'000);
         QVERIFY(propertiesOnDisk().contains("unfinished"));
     }
 

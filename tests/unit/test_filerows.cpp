@@ -160,8 +160,9 @@ private slots:
         QTest::newRow("whole") << "note" << FileProgress::None << "";
         QTest::newRow("under way") << "unfinished" << FileProgress::BeingRecorded << "Being recorded";
         QTest::newRow("at work") << "unfinished" << FileProgress::BeingFinished << "Being finished";
-        QTest::newRow("put off") << "unfinished" << FileProgress::None << "Incomplete";
+        QTest::newRow("put off") << "unfinished" << FileProgress::None << "Unfinished";
         QTest::newRow("failed") << "incomplete" << FileProgress::None << "Incomplete";
+        QTest::newRow("gone") << "missing" << FileProgress::None << "Missing";
         QTest::newRow("unreadable") << "unreadable" << FileProgress::None << "Unreadable";
     }
 
@@ -309,6 +310,64 @@ private slots:
         file.close();
         const SCFileManager restarted;
         QTRY_COMPARE(propertiesOnDisk().value("sizeBytes"), QJsonValue(3));
+    }
+
+    void fileThatIsGoneSaysSoOnceItIsWanted()
+    {
+        ProducedFiles produced;
+        const QString path = produced.add(QStringLiteral("shot.png"));
+        QListView view;
+        {
+            SCFileManager library;
+            library.addFile(path, QStringLiteral("screenshot"));
+            library.setupView(&view, QString());
+            QTRY_COMPARE(propertiesOnDisk().value("sizeBytes"), QJsonValue(0));
+            QVERIFY(QFile::remove(path));
+            library.openFile(path);
+            const QModelIndex row = view.model()->index(0, 0);
+            QTRY_VERIFY(row.data(Qt::AccessibleDescriptionRole).toString().startsWith(QLatin1String("Missing")));
+            QTRY_COMPARE(propertiesOnDisk().value("missing"), QJsonValue(true));
+        }
+        // It is put back.
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("abc") == 3);
+        file.close();
+        const SCFileManager restarted;
+        QTRY_COMPARE(propertiesOnDisk().value("sizeBytes"), QJsonValue(3));
+        QVERIFY(!propertiesOnDisk().contains("missing"));
+    }
+
+    void recordingWhoseFileNeverCameSaysSo()
+    {
+        const QString path = ProducedFiles().folder() + QLatin1String("/none.mp4");
+        QListView view;
+        SCFileManager library;
+        library.setFileInUse(path);
+        library.addFile(path, QStringLiteral("video"));
+        library.setupView(&view, QString());
+        library.setFileInUse({});
+        const QModelIndex row = view.model()->index(0, 0);
+        QTRY_VERIFY(row.data(Qt::AccessibleDescriptionRole).toString().startsWith(QLatin1String("Missing")));
+    }
+
+    void recordingPutsOffTheFinishingOfAnother()
+    {
+        ProducedFiles produced;
+        const QString path = produced.add(QStringLiteral("first.mp4"));
+        QListView view;
+        SCFileManager library;
+        library.setFileInUse(path);
+        library.addFile(path, QStringLiteral("video"));
+        library.setupView(&view, QString());
+        const QModelIndex row = view.model()->index(0, 0);
+        const auto shown = [&row] { return row.data(Qt::AccessibleDescriptionRole).toString(); };
+        QVERIFY(shown().startsWith(QLatin1String("Being recorded")));
+        library.setFileInUse({});
+        QVERIFY(shown().startsWith(QLatin1String("Being finished")));
+        library.setFileInUse(produced.folder() + QLatin1String("/second.mp4"));
+        QVERIFY(shown().startsWith(QLatin1String("Unfinished")));
+        QVERIFY(
+            row.data(Qt::ToolTipRole).toString().startsWith(QLatin1String("The recording has not been finished yet")));
     }
 
     void detailsReachTheRowsOfTheFilterAndOfTwoRecordsOfAFile()
