@@ -6,6 +6,7 @@
 
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QSet>
 #include <QThread>
 #include <QThreadPool>
 
@@ -45,6 +46,8 @@ struct FileDetailsReader::Job
 
     const QList<Request> requests;
     FileWork work;
+    /// So many of the requests need not be read again. Of the user-interface thread.
+    qsizetype done = 0;
 };
 
 FileDetailsReader::FileDetailsReader(QObject* parent) : QObject(parent), m_thread(std::make_unique<QThreadPool>())
@@ -69,6 +72,21 @@ void FileDetailsReader::cancelAll()
     m_jobs.clear();
 }
 
+void FileDetailsReader::cancel(const QStringList& paths)
+{
+    constexpr int kInterruptLimitMs = 500;
+    const QSet<QString> cancelled(paths.begin(), paths.end());
+    QList<Request> rest;
+    for (const auto& job : std::as_const(m_jobs))
+        rest.append(job->requests.sliced(job->done));
+    const auto isCancelled = [&cancelled](const Request& request) { return cancelled.contains(request.path); };
+    if (rest.removeIf(isCancelled) == 0)
+        return;
+    cancelAll();
+    m_thread->waitForDone(kInterruptLimitMs);
+    add(rest);
+}
+
 void FileDetailsReader::add(const QList<Request>& requests)
 {
     if (requests.isEmpty())
@@ -84,30 +102,36 @@ void FileDetailsReader::run(const std::shared_ptr<Job>& job)
     QHash<QString, FileDetails> details;
     QElapsedTimer sinceReport;
     sinceReport.start();
+    qsizetype done = 0;
     for (const Request& request : job->requests) {
         const FileDetails read = detailsOf(request, job->work);
         if (job->work.isCancelled())
             return;
+        ++done;
         if (read != request.known)
             details.insert(request.path, read);
         if (details.isEmpty() || !sinceReport.hasExpired(kReportMs))
             continue;
-        report(job, std::exchange(details, {}), false);
+        report(job, std::exchange(details, {}), done);
         sinceReport.restart();
     }
-    report(job, details, true);
+    report(job, details, done);
 }
 
-void FileDetailsReader::report(const std::shared_ptr<Job>& job, const QHash<QString, FileDetails>& details, bool isLast)
+void FileDetailsReader::report(const std::shared_ptr<Job>& job, const QHash<QString, FileDetails>& details,
+                               qsizetype done)
 {
-    const auto emitRead = [this, job, details, isLast] {
+    const auto emitRead = [this, job, details, done] {
         // It may have been cancelled meanwhile.
         if (!m_jobs.contains(job))
             return;
-        if (isLast)
+        job->done = done;
+        if (done == job->requests.size())
             m_jobs.removeOne(job);
         if (!details.isEmpty())
             emit read(details);
+        if (m_jobs.isEmpty())
+            emit finished();
     };
     // Who has cancelled it may be gone.
     job->work.change([this, &emitRead] { QMetaObject::invokeMethod(this, emitRead, Qt::QueuedConnection); });

@@ -7,6 +7,7 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -37,15 +38,20 @@ public:
     /// A recording needs disk and processor for itself.
     void cancelAll();
 
+    /// Of these files nothing is read any more. When this returns they are closed, unless the disk does not answer.
+    void cancel(const QStringList& paths);
+
 signals:
     /// What is not as it was known, by path; of many files once a second.
     void read(const QHash<QString, FileDetails>& details);
+    /// Everything has been read.
+    void finished();
 
 private:
     struct Job;
 
     void run(const std::shared_ptr<Job>& job);
-    void report(const std::shared_ptr<Job>& job, const QHash<QString, FileDetails>& details, bool isLast);
+    void report(const std::shared_ptr<Job>& job, const QHash<QString, FileDetails>& details, qsizetype done);
 
     QList<std::shared_ptr<Job>> m_jobs;
     /// Of one thread.

@@ -72,6 +72,7 @@ SCFileManager::SCFileManager(QObject* parent)
     connect(m_finisher, &RecordingFinisher::finished, this, &SCFileManager::onFinished);
     connect(m_finisher, &RecordingFinisher::postponed, this, &SCFileManager::onPostponed);
     connect(m_reader, &FileDetailsReader::read, this, &SCFileManager::onDetailsRead);
+    connect(m_reader, &FileDetailsReader::finished, this, &SCFileManager::onDetailsSettled);
     load();
     finishRecordings();
     readDetails([](const FileRecord&) { return true; });
@@ -87,6 +88,7 @@ SCFileManager::~SCFileManager()
 bool SCFileManager::save()
 {
     const bool saved = m_store.save();
+    m_hasUnsavedDetails = m_hasUnsavedDetails && !saved;
     const bool failedBefore = std::exchange(m_saveFails, !saved);
     if (saved)
         return true;
@@ -201,8 +203,15 @@ void SCFileManager::onDetailsRead(const QHash<QString, FileDetails>& details)
 {
     if (!m_store.setDetails(details))
         return;
-    save();
+    m_hasUnsavedDetails = true;
     updateRows();
+}
+
+/// Of many files they come for minutes, and can be read again.
+void SCFileManager::onDetailsSettled()
+{
+    if (m_hasUnsavedDetails)
+        save();
 }
 
 FileProgress SCFileManager::progressOf(const FileRecord& record) const
@@ -438,6 +447,9 @@ void SCFileManager::deleteSelectedFiles(QAbstractItemView* view)
 
 void SCFileManager::removeRecords(const QStringList& paths, bool fromDisk)
 {
+    // Some systems delete no file that is open.
+    if (fromDisk)
+        m_reader->cancel(paths);
     // A file that cannot be deleted from disk leaves the list all the same.
     for (const QString& path : fromDisk ? paths : QStringList()) {
         m_finisher->cancel(path);

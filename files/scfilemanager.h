@@ -94,6 +94,7 @@ private:
     void onDisplayLoss();
     void onFinished(const QString& path, bool isWhole);
     void onPostponed(const QString& path);
+    void onDetailsSettled();
     void onDetailsRead(const QHash<QString, FileDetails>& details);
     void readDetails(const std::function<bool(const FileRecord&)>& isWanted);
     void readDetailsOf(const QString& path);
@@ -122,5 +123,6 @@ private:
     QStringList m_filesBeingSaved;
     QSet<QString> m_recordedFiles;
     bool m_saveFails = false;
+    bool m_hasUnsavedDetails = false;
     bool m_iconPressed = false;
 };

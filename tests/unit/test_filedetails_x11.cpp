@@ -8,6 +8,7 @@
 #include "tests/support/windowtest.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -262,14 +263,14 @@ private slots:
     void recordingEndsTheReading()
     {
         const QString path = media("a.mp4", {});
+        const QString other = media("a.aac", {"-vn"});
         FileDetailsReader reader;
         const QSignalSpy read(&reader, &FileDetailsReader::read);
-        reader.add({{path, true, {}}});
+        reader.add({{other, true, {}}});
         reader.cancelAll();
-        QTest::qWait(300);
-        QVERIFY(read.isEmpty());
         reader.add({{path, true, {}}});
         QTRY_COMPARE_WITH_TIMEOUT(read.size(), 1, 30'000);
+        QCOMPARE(read.first().first().value<Details>().keys(), QStringList{path});
         const auto details = read.first().first().value<Details>().value(path);
         QCOMPARE(details.sizeBytes, std::optional(QFileInfo(path).size()));
         // Known, and as it was.
@@ -282,12 +283,30 @@ private slots:
     void readerThatGoesWaitsForNothing()
     {
         auto reader = std::make_unique<FileDetailsReader>();
-        QList<FileDetailsReader::Request> requests;
         const QString path = media("a.aac", {"-vn"});
-        for (int number = 0; number < 10'000; ++number)
-            requests.append({path, true, {}});
-        reader->add(requests);
+        const auto threads = [] { return QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(); };
+        const auto before = threads();
+        // More than are read within the limit of the test.
+        reader->add(QList<FileDetailsReader::Request>(1'000'000, {path, true, {}}));
+        QVERIFY(threads() > before);
         reader.reset();
+        QTRY_COMPARE(threads(), before);
+    }
+
+    void deletedFileIsReadNoMore()
+    {
+        const QString deleted = media("a.mp4", {});
+        const QString other = media("b.aac", {"-vn"});
+        FileDetailsReader reader;
+        const QSignalSpy read(&reader, &FileDetailsReader::read);
+        const QSignalSpy finished(&reader, &FileDetailsReader::finished);
+        reader.add({{deleted, true, {}}, {other, true, {}}});
+        reader.add({{deleted, true, {}}});
+        reader.cancel({deleted});
+        QVERIFY(read.isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 30'000);
+        QCOMPARE(read.size(), 1);
+        QCOMPARE(read.first().first().value<Details>().keys(), QStringList{other});
     }
 
 private:
