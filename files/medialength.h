@@ -17,6 +17,6 @@ struct MediaLength
 };
 
 /// How long a recording of this program plays, from the file's head where that says it, otherwise from its packets,
-/// which takes as long as reading it. On Windows as the system's own reader has it, which knows neither FLV nor GIF and
-/// never says that a file is unreadable. Does not change the file. Any thread.
+/// which takes as long as reading it. On Windows as the system's own reader has it, which never says that a file is
+/// unreadable; FLV and GIF, which that does not know, are read here. Does not change the file. Any thread.
 MediaLength mediaLength(const QString& path, FileWork& work);

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/filework.h"
+#include "files/flvgiflength.h"
 #include "files/medialength.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <windows.h>
 
@@ -44,9 +46,8 @@ std::optional<std::chrono::milliseconds> lengthIn(IPropertyStore& properties)
     return std::chrono::milliseconds(static_cast<qint64>(ms));
 }
 
-} // namespace
-
-MediaLength mediaLength(const QString& path, FileWork& work)
+/// As the system's own reader has it.
+MediaLength lengthByShell(const QString& path, FileWork& work)
 {
     const ComApartment apartment;
     const QString native = QDir::toNativeSeparators(path);
@@ -61,4 +62,14 @@ MediaLength mediaLength(const QString& path, FileWork& work)
     const auto length = lengthIn(*properties);
     properties->Release();
     return {length};
+}
+
+} // namespace
+
+MediaLength mediaLength(const QString& path, FileWork& work)
+{
+    const QString ending = QFileInfo(path).suffix();
+    if (ending == QLatin1String("flv"))
+        return flvLength(path, work);
+    return ending == QLatin1String("gif") ? gifLength(path, work) : lengthByShell(path, work);
 }

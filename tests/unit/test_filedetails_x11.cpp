@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/filedetailsreader.h"
 #include "files/filework.h"
+#include "files/flvgiflength.h"
 #include "files/medialength.h"
 #include "files/mp4file.h"
 #include "files/scfilemanager.h"
@@ -307,6 +308,48 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 30'000);
         QCOMPARE(read.size(), 1);
         QCOMPARE(read.first().first().value<Details>().keys(), QStringList{other});
+    }
+
+    void lengthsOfFlvAndGifAreReadWithoutALibrary_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<double>("part");
+        const QStringList flv{"-c:v", "libx264", "-c:a", "aac", "-ar", "44100"};
+        const QStringList gif{"-an"};
+        QTest::newRow("FLV") << "a.flv" << flv << 1.0;
+        QTest::newRow("FLV that was cut off") << "a.flv" << flv << 0.6;
+        QTest::newRow("GIF") << "a.gif" << gif << 1.0;
+        QTest::newRow("GIF that was cut off") << "a.gif" << gif << 0.6;
+    }
+
+    void lengthsOfFlvAndGifAreReadWithoutALibrary()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const QStringList, options);
+        QFETCH(const double, part);
+        const QString path = media(name, options);
+        const QByteArray whole = contents(path);
+        const auto read = name.endsWith("flv") ? &flvLength : &gifLength;
+        write(path, whole.first(static_cast<qsizetype>(static_cast<double>(whole.size()) * part)));
+        FileWork work;
+        const MediaLength media = read(path, work);
+        QVERIFY(media.length.has_value());
+        const auto ms = media.length->count();
+        if (part < 1)
+            QVERIFY2(ms > kLengthMs / 5 && ms < kLengthMs * 4 / 5, qPrintable(QString::number(ms)));
+        else
+            QVERIFY2(qAbs(ms - kLengthMs) <= 150, qPrintable(QString::number(ms)));
+        QVERIFY(!media.isUnreadable);
+        // Neither the head alone nor noise has a length.
+        for (const QByteArray& bytes : {whole.first(9), QByteArray(4096, '\x5a'), QByteArray()}) {
+            write(path, bytes);
+            QVERIFY(!read(path, work).length);
+            QVERIFY(read(path, work).isUnreadable);
+        }
+        write(path, whole);
+        work.cancel();
+        QVERIFY(!read(path, work).isUnreadable);
     }
 
 private:
