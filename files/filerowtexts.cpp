@@ -3,6 +3,7 @@
 
 #include "files/filedetails.h"
 #include "files/fileproperties.h"
+#include "widgets/shownsize.h"
 
 #include <QDateTime>
 #include <QLocale>
@@ -14,11 +15,6 @@ namespace {
 QString dateText(const QDateTime& date)
 {
     return date.isValid() ? QLocale().toString(date.toLocalTime(), QLocale::ShortFormat) : QString();
-}
-
-QString sizeText(qint64 bytes)
-{
-    return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat);
 }
 
 /// As players show it: "0:07", "1:02:03".
@@ -46,7 +42,7 @@ FileRowTexts FileRowTexts::of(const QVariantMap& properties, FileProgress progre
     FileRowTexts texts;
     texts.date = dateText(QDateTime::fromString(properties.value(kDateAdded).toString(), Qt::ISODate));
     if (details.sizeBytes)
-        texts.size = sizeText(*details.sizeBytes);
+        texts.size = shownSize(*details.sizeBytes);
     if (details.durationMs)
         texts.length = lengthText(*details.durationMs);
     if (progress != FileProgress::None)
@@ -76,10 +72,13 @@ void FileRowTexts::setFault(const QVariantMap& properties)
 
 FileRowTexts FileRowTexts::longest()
 {
-    constexpr qint64 kLargeSize = 1'023 * 1'048'576 + 900'000;
+    constexpr qint64 kLargeSize = 999'900'000;
     constexpr qint64 kTenHoursMs = 10 * 3'600'000;
-    return {
-        dateText(QDateTime(QDate(2028, 12, 28), QTime(22, 58))), sizeText(kLargeSize), lengthText(kTenHoursMs), {}, {}};
+    return {dateText(QDateTime(QDate(2028, 12, 28), QTime(22, 58))),
+            shownSize(kLargeSize),
+            lengthText(kTenHoursMs),
+            {},
+            {}};
 }
 
 QString FileRowTexts::description() const

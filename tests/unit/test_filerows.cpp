@@ -95,16 +95,16 @@ private slots:
         QTest::addColumn<QString>("size");
         QTest::newRow("English") << "en_US"
                                  << "3/7/26"
-                                 << "3.4 MB";
+                                 << "3.6 MB";
         QTest::newRow("German") << "de_DE"
                                 << "07.03.26"
-                                << "3,4 MB";
+                                << "3,6 MB";
         QTest::newRow("French") << "oc_FR"
                                 << "07/03/2026"
-                                << "3,4 Mo";
+                                << "3,6 Mo";
         QTest::newRow("Japanese") << "ja_JP"
                                   << "2026/03/07"
-                                  << "3.4 MB";
+                                  << "3.6 MB";
     }
 
     void textsAreInTheWayOfTheLanguage()
@@ -190,7 +190,7 @@ private slots:
         QCOMPARE(row->role(), QAccessible::ListItem);
         QCOMPARE(row->text(QAccessible::Name), QStringLiteral("demo.mp4"));
         const QString rest = row->text(QAccessible::Description);
-        QVERIFY2(rest.startsWith(QLatin1String("Length: 1:02:03, 3.4 MB, 3/7/26")), qPrintable(rest));
+        QVERIFY2(rest.startsWith(QLatin1String("Length: 1:02:03, 3.6 MB, 3/7/26")), qPrintable(rest));
     }
 
     void columnsEndWhereTheTextEndsAndStandBelowEachOther()
