@@ -55,41 +55,75 @@ struct Column
     QString longest;
 };
 
-/// From the right.
+/// From the right, without the state.
 QList<Column> columnsOf(const FileRowTexts& texts)
 {
     const FileRowTexts longest = FileRowTexts::longest();
-    return {{texts.date, longest.date}, {texts.size, longest.size}, {texts.length, longest.length}, {texts.state, {}}};
+    return {{texts.date, longest.date}, {texts.size, longest.size}, {texts.length, longest.length}};
 }
+
+int widthOf(const Column& column, const QFontMetrics& metrics)
+{
+    return std::max(metrics.horizontalAdvance(column.text), metrics.horizontalAdvance(column.longest));
+}
+
+/// Draws texts from the right to the left.
+class ColumnPainter
+{
+public:
+    ColumnPainter(QPainter& painter, const QRect& text)
+        : m_painter(painter), m_text(text), m_end(text.right() + 1 - kColumnMargin), m_nameEnd(text.right() + 1)
+    {}
+
+    /// Whether the name keeps its least width, and so much beside it.
+    bool hasRoomFor(int width, int beside) const
+    {
+        return m_end - width - kColumnSpacing - beside - m_text.left() >= kLeastNameWidth;
+    }
+
+    void draw(const QString& text, int width)
+    {
+        const QRect rect(m_end - width, m_text.top(), width, m_text.height());
+        m_painter.drawText(rect, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, text);
+        m_end = m_nameEnd = rect.left() - kColumnSpacing;
+    }
+
+    int nameWidth() const { return m_nameEnd - m_text.left(); }
+
+private:
+    QPainter& m_painter;
+    const QRect m_text;
+    int m_end;
+    int m_nameEnd;
+};
 
 /// Returns the width that is left for the name.
 int drawColumns(QPainter& painter, const QRect& text, const QModelIndex& index)
 {
     const QFontMetrics metrics = painter.fontMetrics();
-    int end = text.right() + 1 - kColumnMargin;
-    int nameEnd = text.right() + 1;
-    for (const Column& column : columnsOf(FileRow::textsOf(index))) {
-        const int width = std::max(metrics.horizontalAdvance(column.text), metrics.horizontalAdvance(column.longest));
-        const int start = end - width;
-        if (start - kColumnSpacing - text.left() < kLeastNameWidth)
+    const FileRowTexts texts = FileRow::textsOf(index);
+    ColumnPainter columns(painter, text);
+    const int stateWidth = metrics.horizontalAdvance(texts.state);
+    // What is the matter with a file matters most.
+    const int beside = texts.state.isEmpty() ? 0 : stateWidth + kColumnSpacing;
+    for (const Column& column : columnsOf(texts)) {
+        const int width = widthOf(column, metrics);
+        if (!columns.hasRoomFor(width, beside))
             break;
-        if (column.text.isEmpty())
-            continue;
-        painter.drawText(QRect(start, text.top(), width, text.height()),
-                         Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, column.text);
-        end = nameEnd = start - kColumnSpacing;
+        if (!column.text.isEmpty())
+            columns.draw(column.text, width);
     }
-    return nameEnd - text.left();
+    if (!texts.state.isEmpty() && columns.hasRoomFor(stateWidth, 0))
+        columns.draw(texts.state, stateWidth);
+    return columns.nameWidth();
 }
 
-/// Cut off at the edge, but shortened before columns.
+/// Cut off where the columns, or the icons, begin.
 void drawName(QPainter& painter, const QRect& text, const QString& name, int width)
 {
     const QRect rect(text.topLeft(), QSize(width, text.height()));
-    const bool hasColumns = width < text.width();
     painter.setClipRect(rect, Qt::IntersectClip);
-    painter.drawText(rect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                     hasColumns ? painter.fontMetrics().elidedText(name, Qt::ElideMiddle, width) : name);
+    painter.drawText(rect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, name);
 }
 
 } // namespace

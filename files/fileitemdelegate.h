@@ -5,9 +5,9 @@
 
 #include <QStyledItemDelegate>
 
-/// Name, quietly at its right length, size and date in columns, and, under the pointer, folder and delete icons of a
-/// FileRow. A long name is shortened in its middle for the columns; where it would become too short they go, from the
-/// left one on. Logical pixels.
+/// Name, quietly at its right state, length, size and date in columns, and, under the pointer, folder and delete icons
+/// of a FileRow. The columns cut off a long name; where it would become too short they go, length first and state last.
+/// Logical pixels.
 class SCFileManager::FileItemDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

@@ -69,6 +69,23 @@ QPair<int, int> inkBetween(const QImage& image, int left, int right)
     return ink;
 }
 
+using Runs = QList<QPair<int, int>>;
+
+/// Of pixels that are not background, between gaps that are wider than those within a text.
+Runs runsOf(const QImage& image)
+{
+    constexpr int kGapPx = 10;
+    Runs runs;
+    for (int x = 0; x < image.width(); ++x) {
+        if (inkBetween(image, x, x).first < 0)
+            continue;
+        if (runs.isEmpty() || x - runs.last().second > kGapPx)
+            runs.append({x, x});
+        runs.last().second = x;
+    }
+    return runs;
+}
+
 QJsonObject propertiesOnDisk(int record = 0)
 {
     return QJsonDocument::fromJson(filelibrary::text()).array().at(record).toObject().value("properties").toObject();
@@ -202,17 +219,21 @@ private slots:
         other.insert("durationMs", qint64{1'000});
         const QImage first = painted("a.mp4", kVideo, kWidthPx);
         const QImage second = painted("a.mp4", other, kWidthPx);
-        for (const QImage& image : {first, second}) {
-            const auto ink = inkBetween(image, 100, kWidthPx - 1);
-            QVERIFY2(ink.second >= textEnd - 2 && ink.second <= textEnd, qPrintable(QString::number(ink.second)));
+        const Runs ofFirst = runsOf(first);
+        const Runs ofSecond = runsOf(second);
+        // Name, length, size, date.
+        QCOMPARE(ofFirst.size(), 4);
+        QCOMPARE(ofSecond.size(), 4);
+        QVERIFY2(qAbs(ofFirst.at(3).second - textEnd) <= 2, qPrintable(QString::number(ofFirst.at(3).second)));
+        QCOMPARE(ofFirst.at(3), ofSecond.at(3));
+        for (int column = 1; column < 3; ++column) {
+            // But for the air at the right of a digit.
+            QVERIFY(qAbs(ofFirst.at(column).second - ofSecond.at(column).second) <= 2);
+            QVERIFY(ofFirst.at(column).first != ofSecond.at(column).first);
         }
-        // The same date, and columns that the longer texts do not move.
-        const int dateLeft = textEnd - 100;
-        QCOMPARE(first.copy(dateLeft, 0, 100, 32), second.copy(dateLeft, 0, 100, 32));
-        QVERIFY(first != second);
     }
 
-    void longNameGivesWayToTheColumnsAndKeepsItsEnding()
+    void longNameIsCutOffBeforeTheColumns()
     {
         constexpr int kWidthPx = 620;
         const int textEnd = FileItemDelegate::textRect(QRect(0, 0, kWidthPx, 32)).right() - 8;
@@ -223,11 +244,11 @@ private slots:
         const int columns = inkBetween(shortName, 100, textEnd).first;
         QVERIFY(columns > 200);
         QCOMPARE(longName.copy(columns, 0, textEnd - columns, 32), shortName.copy(columns, 0, textEnd - columns, 32));
-        // With room between, and not the beginning of the name alone.
+        // With room between, and without a sign of it.
         const auto ink = inkBetween(longName, 0, columns - 1);
         QVERIFY2(columns - ink.second >= 8, qPrintable(QString::number(ink.second)));
-        const QImage otherEnding = painted(QString(120, u'M') + QLatin1String(".flv"), kVideo, kWidthPx);
-        QVERIFY(otherEnding.copy(0, 0, columns, 32) != longName.copy(0, 0, columns, 32));
+        const QImage withoutColumns = painted(name, {}, kWidthPx);
+        QCOMPARE(longName.copy(0, 0, ink.second, 32), withoutColumns.copy(0, 0, ink.second, 32));
     }
 
     void narrowRowKeepsItsName()
@@ -235,6 +256,29 @@ private slots:
         const QImage narrow = painted("abcdefgh.mp4", kVideo, 180);
         const QImage bare = painted("abcdefgh.mp4", {}, 180);
         QCOMPARE(narrow, bare);
+    }
+
+    void stateIsTheLastColumnThatGoes()
+    {
+        QVariantMap incomplete = kVideo;
+        incomplete.insert("incomplete", true);
+        const QVariantMap stateAlone{{"incomplete", true}};
+        const auto columns = [](const QVariantMap& properties, int widthPx) {
+            return runsOf(painted("a.mp4", properties, widthPx)).size() - 1;
+        };
+        QCOMPARE(columns(incomplete, 620), 4);
+        qsizetype last = 4;
+        for (int widthPx = 620; widthPx > 180; widthPx -= 10) {
+            const qsizetype now = columns(incomplete, widthPx);
+            QVERIFY(now <= last);
+            last = now;
+            // As long as there is any column the state is one.
+            QCOMPARE(now > 0, columns(stateAlone, widthPx) > 0);
+        }
+        QCOMPARE(last, 0);
+        const int narrow = 260;
+        QCOMPARE(painted("a.mp4", incomplete, narrow), painted("a.mp4", stateAlone, narrow));
+        QVERIFY(painted("a.mp4", incomplete, narrow) != painted("a.mp4", {}, narrow));
     }
 
     void wrongTypesAreNoDetailsAndStay_data()
