@@ -81,14 +81,17 @@ void FilePage::follow(const RecordingView& view)
     connect(&view, &RecordingView::fileSaved, m_files, &SCFileManager::setFileSaved);
 }
 
-void FilePage::setRecordedFile(const QString& path)
+void FilePage::setRecordedFile(const QString& path, const QString& type)
 {
+    m_recordedType = type;
     m_files->setFileInUse(path);
 }
 
 void FilePage::onRecordingOver()
 {
     m_files->setFileInUse({});
+    if (!m_recordedType.isEmpty())
+        m_newType = std::exchange(m_recordedType, {});
     const bool isCurrentPage = !isHidden();
     if (isCurrentPage)
         showNewest();

@@ -36,8 +36,8 @@ public:
     /// Also keeps the entries of recordings that are moved.
     void follow(const RecordingView& view);
 
-    /// This file cannot be deleted.
-    void setRecordedFile(const QString& path);
+    /// This file cannot be deleted. It is new again when its recording is over.
+    void setRecordedFile(const QString& path, const QString& type);
 
     /// Also shows the errors of the recording.
     void onRecordingOver();
@@ -72,5 +72,6 @@ private:
     Notices& m_notices;
     SCFileManager* m_files;
     QString m_newType;
+    QString m_recordedType;
     QStringList m_pendingErrors;
 };

@@ -372,6 +372,21 @@ private slots:
         QCOMPARE(posted.size(), 2);
     }
 
+    void recordingThatWasSeenWhilePausedIsInSightWhenItIsOver()
+    {
+        open();
+        record(m_produced.add(QStringLiteral("Recording.mp4")), QStringLiteral("video"));
+        open();
+        press("audioFilter");
+        m_page->onRecordingOver();
+        QVERIFY(button("allFilter")->isChecked());
+        QCOMPARE(selectedNames(), QStringList{"Recording.mp4"});
+        // Another session that came to nothing leaves the filter alone.
+        press("audioFilter");
+        m_page->onRecordingOver();
+        QVERIFY(button("audioFilter")->isChecked());
+    }
+
     void nothingIsSelectedOnAPageThatIsNotInView()
     {
         m_page->hide();
@@ -493,7 +508,7 @@ private:
 
     void record(const QString& path, const QString& type) const
     {
-        m_page->setRecordedFile(path);
+        m_page->setRecordedFile(path, type);
         m_page->addFile(path, type);
     }
 
