@@ -26,9 +26,23 @@ bool isMove(const QKeyEvent& event)
     }
 }
 
-bool isPlain(const QKeyEvent& event)
+bool isEnter(const QKeyEvent& event)
 {
-    return (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+}
+
+Qt::KeyboardModifiers modifiersOf(const QKeyEvent& event)
+{
+    return event.modifiers() & ~Qt::KeypadModifier;
+}
+
+/// Does something with the chosen files.
+bool isAction(const QKeyEvent& event)
+{
+    const Qt::KeyboardModifiers modifiers = modifiersOf(event);
+    if (isEnter(event))
+        return modifiers == Qt::NoModifier || modifiers == Qt::ControlModifier;
+    return event.key() == Qt::Key_Delete && modifiers == Qt::NoModifier;
 }
 
 } // namespace
@@ -52,17 +66,26 @@ bool FileListKeys::onKey(const QKeyEvent& event)
         moveInList(event);
         return true;
     }
-    const bool isEnter = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
-    if (!isPlain(event) || (!isEnter && event.key() != Qt::Key_Delete))
+    if (!isAction(event))
         return false;
-    const QModelIndex current = m_view.currentIndex();
     if (event.isAutoRepeat() || m_view.selectionModel() == nullptr)
         return true;
-    if (!isEnter)
+    if (isEnter(event))
+        onEnter(event);
+    else
         emit deletionRequested();
-    else if (current.isValid() && m_view.selectionModel()->isSelected(current))
-        emit openRequested(current);
     return true;
+}
+
+void FileListKeys::onEnter(const QKeyEvent& event)
+{
+    const QModelIndex current = m_view.currentIndex();
+    if (!current.isValid() || !m_view.selectionModel()->isSelected(current))
+        return;
+    if (modifiersOf(event) == Qt::ControlModifier)
+        emit folderRequested(current);
+    else
+        emit openRequested(current);
 }
 
 void FileListKeys::moveInList(const QKeyEvent& event)

@@ -10,7 +10,8 @@ class QKeyEvent;
 class QWidget;
 
 /// Gives a list, which takes no focus itself, the keys of widgets beside it: Up, Down, Page Up, Page Down, Home and End
-/// choose a row, with Shift several, Ctrl+A all; Enter opens the current one, Delete deletes what is selected.
+/// choose a row, with Shift several, Ctrl+A all; Enter opens the current one, Ctrl+Enter shows it in its folder, Delete
+/// deletes what is selected.
 /// User-interface thread.
 class FileListKeys : public QObject
 {
@@ -24,10 +25,12 @@ public:
 
 signals:
     void openRequested(const QModelIndex& row);
+    void folderRequested(const QModelIndex& row);
     void deletionRequested();
 
 private:
     bool onKey(const QKeyEvent& event);
+    void onEnter(const QKeyEvent& event);
     void moveInList(const QKeyEvent& event);
 
     QAbstractItemView& m_view;

@@ -65,6 +65,8 @@ void FilePage::connectList()
         *m_ui->fileView, {m_ui->allFilter, m_ui->videoFilter, m_ui->audioFilter, m_ui->screenshotFilter});
     connect(keys, &FileListKeys::openRequested, this,
             [this](const QModelIndex& row) { m_files->openFile(row.data(SCFileManager::kPathRole).toString()); });
+    connect(keys, &FileListKeys::folderRequested, this,
+            [this](const QModelIndex& row) { m_files->showInFolder(row.data(SCFileManager::kPathRole).toString()); });
     connect(keys, &FileListKeys::deletionRequested, this, &FilePage::deleteByKey);
 }
 

@@ -312,6 +312,24 @@ private slots:
         QCOMPARE(opener.files().size(), 2);
     }
 
+    void controlAndEnterOnAFilterShowTheSelectedFileInItsFolder()
+    {
+        open();
+        button("allFilter")->setFocus();
+        key(Qt::Key_Down);
+        // What is gone is not shown, but reported.
+        QVERIFY(QFile::remove(m_produced.folder() + QLatin1String("/song.mp3")));
+        const OpenedAddresses opener({"file"});
+        const QSignalSpy posted(&m_notices, &Notices::posted);
+        for (const Qt::Key enter : {Qt::Key_Return, Qt::Key_Enter})
+            key(enter, Qt::ControlModifier);
+        QCOMPARE(posted.size(), 2);
+        QCOMPARE(opener.files(), QStringList());
+        view()->clearSelection();
+        key(Qt::Key_Return, Qt::ControlModifier);
+        QCOMPARE(posted.size(), 2);
+    }
+
     void deleteOnAFilterAsksAsTheButtonDoesAndGoesOnWithTheNextFile()
     {
         open();
@@ -345,7 +363,7 @@ private slots:
         open();
         button("allFilter")->setFocus();
         key(Qt::Key_Down, Qt::ControlModifier);
-        key(Qt::Key_Return, Qt::ControlModifier);
+        key(Qt::Key_Delete, Qt::ShiftModifier);
         QCOMPARE(selectedNames(), QStringList{"new.mp4"});
         button("videoFilter")->setFocus();
         QTest::keyClick(button("videoFilter"), Qt::Key_Space);
