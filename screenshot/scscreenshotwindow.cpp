@@ -167,6 +167,10 @@ void SCScreenshotWindow::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Enter:
         saveScreenshot();
         break;
+    case Qt::Key_R:
+        if (m_isRecordable && event->modifiers() == Qt::NoModifier)
+            emit recordRequested();
+        break;
     default:
         OverlayFrame::keyPressEvent(event);
         break;

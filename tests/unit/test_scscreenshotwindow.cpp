@@ -175,10 +175,16 @@ private slots:
         QVERIFY(toolBar().rect().contains(button("cancelButton").geometry()));
         click("recordButton");
         QCOMPARE(requested.size(), 1);
+        QTest::keyClick(m_window.get(), Qt::Key_R);
+        QCOMPARE(requested.size(), 2);
+        QTest::keyClick(m_window.get(), Qt::Key_R, Qt::ControlModifier);
+        QCOMPARE(requested.size(), 2);
         m_window->hide();
         m_window->setRecordable(false);
         m_window->show();
         QVERIFY(!button("recordButton").isVisible());
+        QTest::keyClick(m_window.get(), Qt::Key_R);
+        QCOMPARE(requested.size(), 2);
         QCOMPARE(toolBar().width(), width);
         QCOMPARE(button("drawButton").x(), 30);
     }
