@@ -179,6 +179,7 @@ void SCMainWindow::connectScreenshots()
     connect(m_screenshots, &ScreenshotSession::restoreRequested, m_view.get(), &RecordingView::restoreWindow);
     auto* const windowRegion = new WindowRegion(*m_ui->fileNameEdit, *m_capture, *m_region, this);
     connect(m_screenshots, &ScreenshotSession::recordRequested, windowRegion, &WindowRegion::choose);
+    connect(m_screenshots, &ScreenshotSession::recordRequested, m_ui->recordingTab, &QPushButton::click);
     connect(m_screenshots, &ScreenshotSession::saved, this, &SCMainWindow::onScreenshotSaved);
     connect(m_screenshots, &ScreenshotSession::folderReplaced, this,
             [this] { m_screenshotOptions->reportFallback(*m_notices); });
@@ -237,8 +238,7 @@ void SCMainWindow::onScreenshotSaved(const QString& path)
     m_view->restoreWindow();
     messagebox::informBeside(*this, tr("Screenshot Saved"), tr("Screenshot saved to: %1").arg(path),
                              m_filePage->actionsOn(path));
-    m_ui->filesTab->setChecked(true);
-    m_ui->pages->setCurrentWidget(m_filePage);
+    m_ui->filesTab->click();
     m_filePage->showScreenshots();
 }
 

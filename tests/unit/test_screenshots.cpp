@@ -62,6 +62,22 @@ private slots:
         QVERIFY(!m_window->isMinimized());
     }
 
+    void recordingAPickedWindowLeadsToThePageOfRecordings()
+    {
+        const auto page = [this] {
+            return m_window->findChild<QStackedWidget*>(QStringLiteral("pages"))->currentWidget()->objectName();
+        };
+        m_window->findChild<QPushButton*>(QStringLiteral("screenshotTab"))->click();
+        clickTile("screenshotWindowTile");
+        emit shownWindow<WindowHighlighter>()->windowClicked({30, 40, 500, 300});
+        QCOMPARE(page(), QStringLiteral("screenshotPage"));
+        QTest::keyClick(shownWindow<SCScreenshotWindow>(), Qt::Key_R);
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QCOMPARE(page(), QStringLiteral("recordingPage"));
+        QVERIFY(m_window->findChild<QPushButton*>(QStringLiteral("recordingTab"))->isChecked());
+        QVERIFY(!m_window->isMinimized());
+    }
+
     void wholeScreenIsFramedForAScreenshot()
     {
         clickTile("screenshotFullScreenTile");
