@@ -182,7 +182,7 @@ private slots:
         QTRY_COMPARE(field->text(), QStringLiteral("vid"));
         click(*window.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save));
         QTRY_COMPARE(colourAt(field->mapToGlobal(QPoint(field->width() / 2, 0))), kWrong);
-        QVERIFY(window.isVisible() && field->hasFocus());
+        QTRY_VERIFY(window.isVisible() && field->hasFocus());
         QCOMPARE(stored(settingskeys::kRecordingSaveLocation), m_folder.path());
         press("Escape");
         QTRY_COMPARE(field->text(), m_folder.path());
