@@ -21,7 +21,7 @@ QString dateText(const QDateTime& date)
 QString lengthText(qint64 ms)
 {
     const qint64 seconds = ms / 1000;
-    const QString minutesAndSeconds =
+    QString minutesAndSeconds =
         QStringLiteral("%1:%2").arg(seconds / 60 % 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
     const qint64 hours = seconds / 3600;
     if (hours == 0)
@@ -73,7 +73,7 @@ void FileRowTexts::setFault(const QVariantMap& properties)
 FileRowTexts FileRowTexts::longest()
 {
     constexpr qint64 kLargeSize = 999'900'000;
-    constexpr qint64 kTenHoursMs = 10 * 3'600'000;
+    constexpr qint64 kTenHoursMs = 36'000'000;
     return {dateText(QDateTime(QDate(2028, 12, 28), QTime(22, 58))),
             shownSize(kLargeSize),
             lengthText(kTenHoursMs),
