@@ -88,9 +88,9 @@ public:
         m_audio.setDesktop(enabled, deviceId);
     }
 
-    /// An empty list becomes "No Device" and "default".
-    void refreshMicDevices() override { m_audio.microphone().refreshDevices(); }
-    void refreshDesktopDevices() override { m_audio.desktop().refreshDevices(); }
+    /// An empty list becomes "No Device" and "default". Without its sound server the last list stays.
+    void refreshMicDevices() override { m_audio.refreshDevices(m_audio.microphone()); }
+    void refreshDesktopDevices() override { m_audio.refreshDevices(m_audio.desktop()); }
 
     const QStringList& captureTargetNames() const { return m_capture.targetNames(); }
     const QStringList& captureTargetValues() const { return m_capture.targetValues(); }

@@ -108,6 +108,12 @@ void AudioDevices::setDesktop(bool enabled, const QString& deviceId)
     checkSoon();
 }
 
+void AudioDevices::refreshDevices(AudioDevice& device)
+{
+    if (!m_isServerLost)
+        device.refreshDevices();
+}
+
 void AudioDevices::onLevelTick()
 {
     emit desktopLevelsChanged(m_desktop.levels());

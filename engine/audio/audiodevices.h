@@ -34,6 +34,9 @@ public:
     void setMicrophone(bool enabled, const QString& deviceId);
     void setDesktop(bool enabled, const QString& deviceId);
 
+    /// Asks the system, but not while its server is lost, which would keep the caller waiting: the last list stays.
+    void refreshDevices(AudioDevice& device);
+
     /// Before the sources are released.
     void releaseMeters();
 

@@ -486,6 +486,25 @@ private slots:
         QTRY_COMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-1"));
     }
 
+    void listsOfDevicesStayWhileTheServerIsLost()
+    {
+        useAServer();
+        refreshLists();
+        const QStringList microphones = m_wrapper->micDeviceIds();
+        const QStringList speakers = m_wrapper->desktopDeviceIds();
+        QVERIFY(microphones.size() > 1 && speakers.size() > 1);
+        loseServer();
+        refreshLists();
+        QCOMPARE(m_wrapper->micDeviceIds(), microphones);
+        QCOMPARE(m_wrapper->desktopDeviceIds(), speakers);
+        // Nor is the plug-in asked while the server has not run for a while.
+        behaviour().microphones = {{"Default", "default"}};
+        FakeAudioServer::instance().setRunning(true);
+        refreshLists();
+        QCOMPARE(m_wrapper->micDeviceIds(), microphones);
+        QTRY_COMPARE((refreshLists(), m_wrapper->micDeviceIds()), QStringList{"default"});
+    }
+
     void pluginsThatKeepTheirDevicesAreLeftAloneButTheirLossIsReported()
     {
         EngineTimings timings;
@@ -775,6 +794,12 @@ private:
     {
         m_wrapper = std::make_unique<ObsWrapper>(platform, timings);
         QVERIFY(m_wrapper->initialize(320, 240, 30));
+    }
+
+    void refreshLists()
+    {
+        m_wrapper->refreshMicDevices();
+        m_wrapper->refreshDesktopDevices();
     }
 
     static void noticeChange() { emit FakeAudioServer::instance().changed(); }
