@@ -505,6 +505,19 @@ private slots:
         QTRY_COMPARE((refreshLists(), m_wrapper->micDeviceIds()), QStringList{"default"});
     }
 
+    void desktopAudioIsRecordedLaterByWhatThePlatformSays()
+    {
+        CapturePlatform platform = standins::platform();
+        platform.desktopAudioDelayNs = 24'000'000;
+        makeAndStart(platform, {});
+        QCOMPARE(delayMsOnChannel(1), 24);
+        QCOMPARE(delayMsOnChannel(2), 0);
+        // One that is made later has it, too.
+        m_wrapper->setDesktopAudioDevice(false, QStringLiteral("default"));
+        m_wrapper->setDesktopAudioDevice(true, QStringLiteral("default"));
+        QCOMPARE(delayMsOnChannel(1), 24);
+    }
+
     void pluginsThatKeepTheirDevicesAreLeftAloneButTheirLossIsReported()
     {
         EngineTimings timings;
@@ -800,6 +813,12 @@ private:
     {
         m_wrapper->refreshMicDevices();
         m_wrapper->refreshDesktopDevices();
+    }
+
+    static int delayMsOnChannel(uint32_t channel)
+    {
+        const ObsSourceHandle source(obs_get_output_source(channel));
+        return static_cast<int>(obs_source_get_sync_offset(source.get()) / 1'000'000);
     }
 
     static void noticeChange() { emit FakeAudioServer::instance().changed(); }
