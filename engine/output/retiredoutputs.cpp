@@ -169,8 +169,9 @@ void RetiredOutputs::releaseDue()
     if (!m_outputs.empty())
         return;
     m_timer.stop();
-    // Each encoder has threads of its own, and the allocator keeps what each of them had.
-    if (released > 0)
+    // Each encoder has threads of its own, and the allocator keeps what each of them had. Those of a recording that
+    // runs would wait for the allocator; its own end gives back everything.
+    if (released > 0 && !m_tap.isConnected())
         platform::returnFreeMemory();
 }
 

@@ -25,10 +25,25 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <functional>
+#include <malloc.h>
 #include <thread>
 
 using standins::behaviour;
+
+namespace {
+
+int memoryReturns = 0;
+
+} // namespace
+
+/// The C library's: gives memory that was freed back to the system.
+extern "C" int malloc_trim(size_t /*pad*/) noexcept
+{
+    ++memoryReturns;
+    return 0;
+}
 
 /// How a recording ends: by itself, at the wrong moment, on another thread, or as requested.
 class TestEngineStop : public EngineRecordingTest
@@ -622,6 +637,20 @@ private slots:
         QTRY_COMPARE(standins::countOf("destroy output"), 1);
         obs_output_stop(output);
         QTRY_COMPARE(standins::countOf("destroy output"), 2);
+    }
+
+    void memoryIsGivenBackWhileNothingIsRecorded()
+    {
+        StreamTap tap(EngineTimings().resumeLimit);
+        RetiredOutputs retired(tap);
+        tap.connect(0, nullptr);
+        memoryReturns = 0;
+        retired.addEnded(idleOutput(), nullptr, os_gettime_ns() - kLongAgoNs);
+        QTRY_COMPARE(standins::countOf("destroy output"), 1);
+        QCOMPARE(memoryReturns, 0);
+        tap.disconnect();
+        retired.addEnded(idleOutput(), nullptr, os_gettime_ns() - kLongAgoNs);
+        QTRY_COMPARE(memoryReturns, 1);
     }
 
     void retiredOutputIsWaitedForWhileItEnds()
