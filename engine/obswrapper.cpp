@@ -34,6 +34,7 @@ ObsWrapper::ObsWrapper(CapturePlatform platform, const EngineTimings& timings)
     connect(&m_audio, &AudioDevices::lost, this, &ObsWrapper::audioLost);
     connect(&m_audio, &AudioDevices::returned, this, &ObsWrapper::audioReturned);
     connect(&m_audio, &AudioDevices::fellBack, this, &ObsWrapper::audioFellBack);
+    connect(&m_audio, &AudioDevices::returnedToChosen, this, &ObsWrapper::audioReturnedToChosen);
     // On the thread that it comes from: receivers queue it.
     connect(&m_fileOutput, &FileOutput::statusChanged, this, &ObsWrapper::recordStatusChanged, Qt::DirectConnection);
 }

@@ -177,6 +177,7 @@ signals:
     void audioLost(AudioPart part);
     void audioReturned(AudioPart part);
     void audioFellBack(AudioPart part);
+    void audioReturnedToChosen(AudioPart part);
 
 private:
     bool startEngine(int width, int height, int fps);

@@ -37,6 +37,7 @@ ObsSourceHandle AudioDevice::sourceOnChannel(const char* name, const QByteArray&
 void AudioDevice::request(bool enabled, const QString& deviceId)
 {
     m_request = enabled ? deviceId.toUtf8() : QByteArray(kNoDevice);
+    m_replaced.clear();
     // It may have to wait, and a device that comes back meanwhile is not to be heard.
     if (*m_request == kNoDevice)
         setMuted(true);
@@ -143,7 +144,16 @@ bool AudioDevice::canFallBack() const
 
 void AudioDevice::fallBack()
 {
+    const QString chosen = device();
     request(true, kDefaultAudioDevice);
+    applyRequest();
+    m_replaced = chosen;
+}
+
+void AudioDevice::returnToChosen()
+{
+    const QString chosen = m_replaced;
+    request(true, chosen);
     applyRequest();
 }
 

@@ -77,8 +77,11 @@ public:
     void setMuted(bool muted);
     /// Another one was chosen, and the default one is listed.
     bool canFallBack() const;
-    /// Goes on with the default one, audible.
+    /// Goes on with the default one, audible, until another one is requested.
     void fallBack();
+    /// The one that was chosen before fallBack() is listed again.
+    bool canReturn() const { return !m_replaced.isEmpty() && listDevices().values.contains(m_replaced); }
+    void returnToChosen();
     void reopen();
     /// Reopens it where the server has moved it from a microphone to what the computer plays, or the other way round.
     void reopenIfMoved(const AudioServer& server);
@@ -121,6 +124,8 @@ private:
     bool m_wasOn = false;
     /// Until it is applied.
     std::optional<QByteArray> m_request;
+    /// By the default one; empty where none was.
+    QString m_replaced;
     bool m_isLost = false;
     QTimer m_lossTimer;
     /// Of the right kind.

@@ -184,7 +184,9 @@ void AudioDevices::follow(AudioDevice& device)
     device.applyRequest();
     if (!device.isWanted())
         return;
-    if (!device.isListed())
+    if (device.canReturn())
+        returnToChosen(device);
+    else if (!device.isListed())
         miss(device);
     else if (device.isLost())
         takeUp(device);
@@ -237,6 +239,13 @@ void AudioDevices::fallBack(AudioDevice& device)
                           .arg(QLatin1String(nameOf(device.part()))));
     device.fallBack();
     emit fellBack(device.part());
+}
+
+void AudioDevices::returnToChosen(AudioDevice& device)
+{
+    SCLogger::info(QStringLiteral("The chosen %1 is back").arg(QLatin1String(nameOf(device.part()))));
+    device.returnToChosen();
+    emit returnedToChosen(device.part());
 }
 
 void AudioDevices::takeUp(AudioDevice& device)

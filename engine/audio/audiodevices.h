@@ -49,8 +49,9 @@ signals:
     /// reported for each device, too.
     void lost(AudioPart part);
     void returned(AudioPart part);
-    /// A chosen device has been away for a while, and the default one takes its place for good.
+    /// A chosen device has been away for a while, and the default one takes its place until it is back.
     void fellBack(AudioPart part);
+    void returnedToChosen(AudioPart part);
 
 private:
     std::array<AudioDevice*, 2> both() { return {&m_microphone, &m_desktop}; }
@@ -68,6 +69,7 @@ private:
     void lose(AudioDevice& device);
     void reportLoss(AudioDevice& device);
     void fallBack(AudioDevice& device);
+    void returnToChosen(AudioDevice& device);
     void takeUp(AudioDevice& device);
 
     const CapturePlatform& m_platform;

@@ -149,6 +149,9 @@ public:
         QObject::connect(&wrapper, &ObsWrapper::audioFellBack, &m_context, [this](AudioPart part) {
             m_texts << QStringLiteral("default %1").arg(static_cast<int>(part));
         });
+        QObject::connect(&wrapper, &ObsWrapper::audioReturnedToChosen, &m_context, [this](AudioPart part) {
+            m_texts << QStringLiteral("chosen %1").arg(static_cast<int>(part));
+        });
     }
 
     qsizetype count() const { return m_texts.size(); }
@@ -274,7 +277,25 @@ private slots:
         LevelNotes levels(*m_wrapper);
         playTone(2);
         QTRY_VERIFY(!levels.microphone.isEmpty() && hasTone(levels.microphone.last()));
-        // For good: who comes back later has to be chosen again.
+        // Until it is back.
+        listDevices();
+        noticeChange();
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-1"));
+        QCOMPARE(reports.take(), QStringList{"chosen 1"});
+        QVERIFY(!obs_source_muted(microphone.get()));
+        noticeChange();
+        QCOMPARE(reports.take(), QStringList());
+    }
+
+    void replacedMicrophoneStaysAwayOnceTheDefaultOneIsChosen()
+    {
+        useAServer();
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        AudioReports reports(*m_wrapper);
+        behaviour().microphones = {{"Default", "default"}};
+        noticeChange();
+        QTRY_COMPARE(reports.take(), QStringList{"default 1"});
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
         listDevices();
         noticeChange();
         QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("default"));
