@@ -48,7 +48,14 @@ AudioDeviceMenu::~AudioDeviceMenu()
 
 QString AudioDeviceMenu::fallBack()
 {
-    return std::exchange(m_chosen, {{}, kDefaultAudioDevice}).name;
+    m_replaced = std::exchange(m_chosen, {{}, kDefaultAudioDevice});
+    return m_replaced.name;
+}
+
+void AudioDeviceMenu::returnToChosen()
+{
+    if (!m_replaced.id.isEmpty())
+        m_chosen = std::exchange(m_replaced, {});
 }
 
 void AudioDeviceMenu::popUp()
@@ -87,7 +94,9 @@ QAction* AudioDeviceMenu::addEntry(QMenu& menu, const AudioDeviceEntry& device)
 
 void AudioDeviceMenu::choose(const AudioDeviceEntry& device)
 {
-    if (device.id == m_chosen.id)
+    // The default device is not used for the time being any more.
+    const bool wasReplaced = !std::exchange(m_replaced, {}).id.isEmpty();
+    if (device.id == m_chosen.id && !wasReplaced)
         return;
     m_chosen = device;
     SCLogger::info(QStringLiteral("Audio device: %1 (%2)").arg(device.name, device.id));

@@ -37,6 +37,8 @@ public:
 
     /// Chooses the default device without a signal. @return the name of the one that was chosen
     QString fallBack();
+    /// Chooses the one again that was chosen before that, unless the user has chosen since.
+    void returnToChosen();
 
 signals:
     /// By the user, and another one than before.
@@ -51,5 +53,7 @@ private:
     QPushButton& m_button;
     const List m_list;
     AudioDeviceEntry m_chosen;
+    /// By the default device; without an id where none was.
+    AudioDeviceEntry m_replaced;
     QPointer<QMenu> m_menu;
 };

@@ -91,6 +91,7 @@ void SourceSwitches::attachEngine(ObsWrapper& engine)
     connect(&engine, &ObsWrapper::audioLost, this, &SourceSwitches::onAudioLost);
     connect(&engine, &ObsWrapper::audioReturned, this, &SourceSwitches::onAudioReturned);
     connect(&engine, &ObsWrapper::audioFellBack, this, &SourceSwitches::onAudioFellBack);
+    connect(&engine, &ObsWrapper::audioReturnedToChosen, this, &SourceSwitches::onAudioReturnedToChosen);
     connect(&engine, &ObsWrapper::playerVolumeDataChange, &m_rows.speakerMeter, &VolumeControl::setLevels);
     connect(&engine, &ObsWrapper::micVolumeDataChange, &m_rows.micMeter, &VolumeControl::setLevels);
     prepareMeter(m_rows.speakerMeter, engine.desktopMeterChannels(), engine.audioOutputChannels());
@@ -146,6 +147,12 @@ void SourceSwitches::onAudioFellBack(AudioPart part)
         m_notices.post({tr("%1 is gone: the default microphone is used.").arg(m_micDevices->fallBack())});
     else
         m_notices.post({tr("%1 is gone: the sound of the default speaker is used.").arg(m_speakerDevices->fallBack())});
+}
+
+void SourceSwitches::onAudioReturnedToChosen(AudioPart part)
+{
+    (part == AudioPart::Microphone ? m_micDevices : m_speakerDevices)->returnToChosen();
+    onAudioReturned(part);
 }
 
 void SourceSwitches::onSpeakerSwitched(bool on)

@@ -46,6 +46,7 @@ public:
     void onAudioLost(AudioPart part);
     void onAudioReturned(AudioPart part);
     void onAudioFellBack(AudioPart part);
+    void onAudioReturnedToChosen(AudioPart part);
 
 private:
     void onSpeakerSwitched(bool on);

@@ -283,6 +283,26 @@ private slots:
         QCOMPARE(m_sources.calls, QStringList{"microphone 1"});
     }
 
+    void replacedDeviceThatIsBackIsTheChosenOneAgain()
+    {
+        QStringList notices;
+        SourceSwitches& switches = make();
+        choose(*m_micDevices, 1);
+        choose(*m_speakerDevices, 1);
+        switches.onAudioFellBack(AudioPart::Microphone);
+        switches.onAudioFellBack(AudioPart::Desktop);
+        // The default device by choice, which the engine has to know.
+        m_sources.calls.clear();
+        choose(*m_speakerDevices, 0);
+        QCOMPARE(m_sources.calls.size(), 1);
+        connect(&m_notices, &Notices::posted, m_window.get(), [&](const Notice& notice) { notices << notice.text; });
+        switches.onAudioReturnedToChosen(AudioPart::Microphone);
+        QCOMPARE(notices, QStringList{"The microphone is back."});
+        QCOMPARE(texts(openMenu(*m_micDevices)), (QStringList{"Default", "*Desk && wall"}));
+        switches.onAudioReturnedToChosen(AudioPart::Desktop);
+        QCOMPARE(texts(openMenu(*m_speakerDevices)), (QStringList{"*Default", "Headphones"}));
+    }
+
     void audioThatIsLostOrBackIsReported_data()
     {
         QTest::addColumn<AudioPart>("part");
