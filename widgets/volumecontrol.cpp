@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/volumecontrol.h"
 
+#include <QAccessibleWidget>
 #include <QEvent>
 #include <QImage>
 #include <QMutexLocker>
@@ -35,6 +36,43 @@ int saturated(float value)
     return static_cast<int>(value);
 }
 
+/// A value that a user reads, between two others.
+class AccessibleMeter : public QAccessibleWidget, public QAccessibleValueInterface
+{
+public:
+    explicit AccessibleMeter(VolumeControl& meter) : QAccessibleWidget(&meter, QAccessible::ProgressBar), m_meter(meter)
+    {}
+
+    void* interface_cast(QAccessible::InterfaceType type) override
+    {
+        if (type == QAccessible::ValueInterface)
+            return static_cast<QAccessibleValueInterface*>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.readOnly = true;
+        return state;
+    }
+
+    QVariant currentValue() const override { return m_meter.level(); }
+    void setCurrentValue(const QVariant& /*value*/) override {}
+    QVariant maximumValue() const override { return 0.0; }
+    QVariant minimumValue() const override { return m_meter.minimumLevel(); }
+    QVariant minimumStepSize() const override { return 1.0; }
+
+private:
+    const VolumeControl& m_meter;
+};
+
+QAccessibleInterface* makeMeter(const QString& className, QObject* object)
+{
+    const bool isMeter = className == QLatin1String(VolumeControl::staticMetaObject.className());
+    return isMeter ? new AccessibleMeter(*static_cast<VolumeControl*>(object)) : nullptr;
+}
+
 bool isOpaque(const QImage& image)
 {
     for (int y = 0; y < image.height(); ++y) {
@@ -60,6 +98,8 @@ QColor litColor(float position)
 
 VolumeControl::VolumeControl(QWidget* parent) : QWidget(parent)
 {
+    // Installed once, however often.
+    QAccessible::installFactory(&makeMeter);
     m_repaintTimer.setInterval(kRepaintIntervalMs);
     m_repaintTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_repaintTimer, &QTimer::timeout, this, qOverload<>(&QWidget::update));
@@ -225,11 +265,21 @@ int VolumeControl::barLengthPx(double magnitudeDb) const
     return static_cast<int>(std::clamp<qint64>(m_fillFromMinimum ? innerWidth - raw : raw, 0, innerWidth));
 }
 
+bool VolumeControl::isEmpty() const
+{
+    const bool isReset = m_magnitude[0] == 0.0F && m_peak[0] == 0.0F && m_inputPeak[0] == 0.0F;
+    return !m_active || isReset || m_magnitude[0] <= kSilentDb;
+}
+
+double VolumeControl::level() const
+{
+    return isEmpty() ? m_minimumLevelDb : std::min<double>(m_magnitude[0], 0.0);
+}
+
 int VolumeControl::litSegmentCount(int segmentCount) const
 {
     const double magnitudeDb = m_magnitude[0];
-    const bool isReset = magnitudeDb == 0.0 && m_peak[0] == 0.0F && m_inputPeak[0] == 0.0F;
-    if (!m_active || isReset || magnitudeDb <= kSilentDb)
+    if (isEmpty())
         return 0;
     const int candidate = std::min(barLengthPx(magnitudeDb) / kSegmentStepPx, segmentCount);
     if (magnitudeDb > kQuietDb)

@@ -27,6 +27,10 @@ public:
 
     void resetLevels();
 
+    /// Of the first channel, for who does not see the row: in dB, the minimum where the row is empty.
+    double level() const;
+    double minimumLevel() const { return m_minimumLevelDb; }
+
     /// An inactive row stays empty.
     void setActive(bool active);
     bool isActive() const { return m_active; }
@@ -59,6 +63,7 @@ private:
     void paintSegment(QPainter& painter, int index, const QColor& color) const;
     int barLengthPx(double magnitudeDb) const;
     int litSegmentCount(int segmentCount) const;
+    bool isEmpty() const;
 
     int m_channelCount = kMaxChannels;
     int m_audioChannelCount = 0;

@@ -3,6 +3,7 @@
 #include "tests/support/widgetimage.h"
 #include "widgets/volumecontrol.h"
 
+#include <QAccessible>
 #include <QImage>
 #include <QPainter>
 #include <QPalette>
@@ -80,6 +81,27 @@ class TestVolumeControl : public QObject
     Q_OBJECT
 
 private slots:
+    void levelIsReadAsAValue()
+    {
+        VolumeControl meter(nullptr);
+        meter.setAccessibleName(QStringLiteral("Microphone"));
+        QAccessibleInterface* const seen = QAccessible::queryAccessibleInterface(&meter);
+        QCOMPARE(seen->role(), QAccessible::ProgressBar);
+        QCOMPARE(seen->text(QAccessible::Name), QStringLiteral("Microphone"));
+        QVERIFY(seen->state().readOnly);
+        QAccessibleValueInterface* const value = seen->valueInterface();
+        QVERIFY(value != nullptr);
+        QCOMPARE(value->minimumValue().toDouble(), -90.0);
+        QCOMPARE(value->maximumValue().toDouble(), 0.0);
+        QCOMPARE(value->currentValue().toDouble(), -90.0);
+        setFirstChannel(meter, -12.0F, -6.0F, -6.0F);
+        QCOMPARE(value->currentValue().toDouble(), -12.0);
+        setFirstChannel(meter, 3.0F, 3.0F, 3.0F);
+        QCOMPARE(value->currentValue().toDouble(), 0.0);
+        meter.setActive(false);
+        QCOMPARE(value->currentValue().toDouble(), -90.0);
+    }
+
     void narrowMeterShowsOnlyItsFrame_data()
     {
         QTest::addColumn<int>("width");
