@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/recording/recordinghelpers.h"
+#include "tests/support/heldkeyboard.h"
 #include "tests/support/mediafile.h"
 #include "tests/support/programundertest.h"
 #include "tests/support/testpattern.h"
@@ -76,7 +77,8 @@ bool chooseLastDevice(ProgramUnderTest& program, int steps, const QString& name)
         return false;
     const qsizetype from = program.messages().size();
     ProgramUnderTest::pressKey(QStringLiteral("space"));
-    QTest::qWait(300);
+    if (!QTest::qWaitFor(&heldkeyboard::isHeld, kTimeoutMs))
+        return false;
     // From the first one.
     for (const char* key : {"Up", "Return"})
         ProgramUnderTest::pressKey(QLatin1String(key));
