@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace platform {
 
@@ -24,6 +25,10 @@ public:
     /// The deepest visible window that takes the pointer there: a control within a dialog, at least the desktop's own
     /// window. 0 when the system does not answer.
     NativeWindow at(const QPoint& position) const;
+
+    /// Those of all programs that the user can see, or that others cover, as windows of topLevelOf(). The topmost is
+    /// the first one.
+    std::vector<NativeWindow> shown() const;
 
     bool exists(NativeWindow window) const;
 

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <array>
+#include <dwmapi.h>
 
 namespace platform {
 
@@ -15,6 +16,29 @@ constexpr std::size_t kLongestTitle = 1024;
 HWND handleOf(NativeWindow window)
 {
     return reinterpret_cast<HWND>(window);
+}
+
+/// Windows of suspended programs and of other desktops count as visible.
+bool isCloaked(HWND window)
+{
+    DWORD cloaked = 0;
+    const HRESULT result = DwmGetWindowAttribute(window, DWMWA_CLOAKED, &cloaked, sizeof(cloaked));
+    return SUCCEEDED(result) && cloaked != 0;
+}
+
+/// Helpers of programs have no title, or are no windows of the taskbar.
+bool isForUsers(HWND window)
+{
+    const bool isTool = (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOOLWINDOW) != 0;
+    return !isTool && IsWindowVisible(window) != 0 && IsIconic(window) == 0 && GetWindowTextLengthW(window) > 0 &&
+           !isCloaked(window) && window != GetShellWindow();
+}
+
+BOOL CALLBACK collect(HWND window, LPARAM windows)
+{
+    if (isForUsers(window))
+        reinterpret_cast<std::vector<NativeWindow>*>(windows)->push_back(reinterpret_cast<NativeWindow>(window));
+    return TRUE;
 }
 
 } // namespace
@@ -28,6 +52,13 @@ NativeWindows::~NativeWindows() = default;
 NativeWindow NativeWindows::at(const QPoint& position) const
 {
     return reinterpret_cast<NativeWindow>(WindowFromPoint({position.x(), position.y()}));
+}
+
+std::vector<NativeWindow> NativeWindows::shown() const
+{
+    std::vector<NativeWindow> windows;
+    EnumWindows(&collect, reinterpret_cast<LPARAM>(&windows));
+    return windows;
 }
 
 bool NativeWindows::exists(NativeWindow window) const

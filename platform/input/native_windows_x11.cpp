@@ -51,6 +51,7 @@ struct NativeWindows::Private
     std::vector<xcb_window_t> childrenOf(xcb_window_t window) const;
     xcb_window_t managedAbove(xcb_window_t window) const;
     xcb_window_t managedBelow(xcb_window_t window) const;
+    std::vector<xcb_window_t> clients() const;
     QByteArray propertyOf(xcb_window_t window, xcb_atom_t property) const;
 
     xcb::Connection connection;
@@ -58,6 +59,7 @@ struct NativeWindows::Private
     /// Window managers set it on the windows of programs, and not on their own frames.
     xcb_atom_t managed = XCB_ATOM_NONE;
     xcb_atom_t utf8Name = XCB_ATOM_NONE;
+    xcb_atom_t clientsStacking = XCB_ATOM_NONE;
 };
 
 NativeWindows::Private::Private()
@@ -71,6 +73,7 @@ NativeWindows::Private::Private()
     root = xcb::screenNumbered(connection.get(), screenNumber).root;
     managed = xcb::atomNamed(connection.get(), "WM_STATE");
     utf8Name = xcb::atomNamed(connection.get(), "_NET_WM_NAME");
+    clientsStacking = xcb::atomNamed(connection.get(), "_NET_CLIENT_LIST_STACKING");
 }
 
 /// The child with what position is in its coordinates; position is in the parent's.
@@ -176,6 +179,19 @@ xcb_window_t NativeWindows::Private::managedBelow(xcb_window_t window) const
     return XCB_WINDOW_NONE;
 }
 
+/// From the bottom to the top.
+std::vector<xcb_window_t> NativeWindows::Private::clients() const
+{
+    constexpr std::uint32_t kMost = 4096;
+    const auto reply = xcb::answer<xcb_get_property_reply>(
+        connection.get(), xcb_get_property(connection.get(), 0, root, clientsStacking, XCB_ATOM_WINDOW, 0, kMost));
+    // Nobody manages windows.
+    if (!reply || reply->format != 32)
+        return childrenOf(root);
+    const auto* const first = static_cast<const xcb_window_t*>(xcb_get_property_value(reply.get()));
+    return {first, first + xcb_get_property_value_length(reply.get()) / sizeof(xcb_window_t)};
+}
+
 /// Its first 1024 bytes.
 QByteArray NativeWindows::Private::propertyOf(xcb_window_t window, xcb_atom_t property) const
 {
@@ -201,6 +217,16 @@ NativeWindow NativeWindows::at(const QPoint& position) const
     while (const auto child = m_private->topmostChildAt(deepest, inside))
         std::tie(deepest, inside) = *child;
     return deepest;
+}
+
+std::vector<NativeWindow> NativeWindows::shown() const
+{
+    if (!m_private->isConnected())
+        return {};
+    const std::vector<xcb_window_t> clients = m_private->clients();
+    std::vector<NativeWindow> windows(clients.rbegin(), clients.rend());
+    std::erase_if(windows, [this](NativeWindow window) { return !isShown(window); });
+    return windows;
 }
 
 bool NativeWindows::exists(NativeWindow window) const

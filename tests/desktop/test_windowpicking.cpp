@@ -16,6 +16,8 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <vector>
+
 using desktopuser::scale;
 using userinput::pointTo;
 using userinput::xdotool;
@@ -362,6 +364,27 @@ private slots:
         pane.reset();
         QTRY_VERIFY(!windows.isShown(id));
         QVERIFY(!windows.isShown(0));
+    }
+
+    void windowsAreListedFromTheTopWithoutThoseThatAreMinimised()
+    {
+        const platform::NativeWindows windows;
+        QWidget lower;
+        lower.setGeometry(560, 140, 200, 150);
+        lower.show();
+        QVERIFY(QTest::qWaitForWindowActive(&lower));
+        QWidget upper;
+        upper.setGeometry(580, 160, 200, 150);
+        upper.show();
+        QVERIFY(QTest::qWaitForWindowActive(&upper));
+        const auto topmost = [&windows] {
+            std::vector<platform::NativeWindow> shown = windows.shown();
+            shown.resize(2);
+            return shown;
+        };
+        QTRY_COMPARE(topmost(), (std::vector<platform::NativeWindow>{upper.winId(), lower.winId()}));
+        upper.showMinimized();
+        QTRY_COMPARE(topmost().front(), platform::NativeWindow(lower.winId()));
     }
 
     void theDesktopItselfIsAWindow()
