@@ -4,6 +4,7 @@
 #include "platform/input/global_hotkey.h"
 #include "platform/input/pointer_state.h"
 #include "platform/input/window_hotkey.h"
+#include "platform/windowing/window_activation.h"
 
 #include <utility>
 
@@ -35,6 +36,8 @@ public:
     void unregisterHotkey() override { m_hotkey.reset(); }
 
     platform::NativeWindow windowAt(const QPoint& position) const override { return m_windows.at(position); }
+    std::vector<platform::NativeWindow> windows() const override { return m_windows.shown(); }
+    void activate(platform::NativeWindow window) override { platform::activateWindow(window); }
     bool isPickable(platform::NativeWindow /*window*/) const override { return true; }
     bool exists(platform::NativeWindow window) const override { return m_windows.exists(window); }
     std::optional<QRect> rectOf(platform::NativeWindow window) const override { return m_windows.rectOf(window); }
@@ -45,7 +48,7 @@ public:
     }
 
 protected:
-    const platform::NativeWindows& windows() const { return m_windows; }
+    const platform::NativeWindows& native() const { return m_windows; }
 
 private:
     platform::MouseHook m_hook;
@@ -58,7 +61,7 @@ private:
 class OtherProgramsDesktop : public SystemDesktop
 {
 public:
-    bool isPickable(platform::NativeWindow window) const override { return !windows().isOwn(window); }
+    bool isPickable(platform::NativeWindow window) const override { return !native().isOwn(window); }
 };
 
 } // namespace

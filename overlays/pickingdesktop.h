@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 class QWidget;
 
@@ -35,6 +36,10 @@ public:
     virtual void unregisterHotkey() = 0;
 
     virtual platform::NativeWindow windowAt(const QPoint& position) const = 0;
+    /// The program windows that can be picked without a mouse, the topmost first.
+    virtual std::vector<platform::NativeWindow> windows() const = 0;
+    /// As a click does.
+    virtual void activate(platform::NativeWindow window) = 0;
     virtual bool isPickable(platform::NativeWindow window) const = 0;
     virtual bool exists(platform::NativeWindow window) const = 0;
     virtual std::optional<QRect> rectOf(platform::NativeWindow window) const = 0;

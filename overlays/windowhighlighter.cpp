@@ -10,6 +10,7 @@
 
 #include <QApplication>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QPointer>
@@ -22,6 +23,40 @@
 #include <cmath>
 
 namespace {
+
+enum class PickingKey
+{
+    None,
+    Next,
+    Previous,
+    Pick
+};
+
+PickingKey meaningOf(const QKeyEvent& key)
+{
+    switch (key.key()) {
+    case Qt::Key_Tab:
+    case Qt::Key_Right:
+    case Qt::Key_Down:
+        return PickingKey::Next;
+    case Qt::Key_Backtab:
+    case Qt::Key_Left:
+    case Qt::Key_Up:
+        return PickingKey::Previous;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return PickingKey::Pick;
+    default:
+        return PickingKey::None;
+    }
+}
+
+/// Where keys mean something else: a menu, a dialog, a field for text.
+bool keepsItsKeys(const QWidget& widget)
+{
+    return QApplication::activePopupWidget() != nullptr || QApplication::activeModalWidget() != nullptr ||
+           widget.testAttribute(Qt::WA_InputMethodEnabled);
+}
 
 constexpr int kUpdateIntervalMs = 100;
 constexpr int kButtonPollMs = 20;
@@ -101,10 +136,13 @@ void WindowHighlighter::setVisible(bool visible)
         m_hoveredWindow = 0;
         cutOut();
     }
-    if (visible)
+    if (visible) {
         m_updateTimer->start();
-    else
+        qApp->installEventFilter(this);
+    } else {
         m_updateTimer->stop();
+        qApp->removeEventFilter(this);
+    }
     m_desktop->setInputWanted(visible);
     QWidget::setVisible(visible);
 }
@@ -126,6 +164,55 @@ void WindowHighlighter::onMouse(platform::MouseHook::Event event, const QPoint& 
             hoverNothing();
         return;
     }
+    hover(window);
+}
+
+bool WindowHighlighter::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() != QEvent::KeyPress || !watched->isWidgetType() || keepsItsKeys(static_cast<QWidget&>(*watched)))
+        return false;
+    return onKey(static_cast<const QKeyEvent&>(*event));
+}
+
+/// @return whether it was meant for this
+bool WindowHighlighter::onKey(const QKeyEvent& key)
+{
+    const PickingKey meaning = meaningOf(key);
+    const bool isForHere = meaning != PickingKey::None && (meaning != PickingKey::Pick || m_hoveredWindow != 0);
+    if (!isForHere)
+        return false;
+    if (meaning != PickingKey::Pick)
+        highlightNext(meaning == PickingKey::Next);
+    else if (!key.isAutoRepeat())
+        pickHighlighted();
+    return true;
+}
+
+void WindowHighlighter::highlightNext(bool forwards)
+{
+    std::vector<platform::NativeWindow> windows = m_desktop->windows();
+    std::erase_if(windows, [this](platform::NativeWindow window) { return !m_desktop->isPickable(window); });
+    if (windows.empty())
+        return;
+    if (!forwards)
+        std::ranges::reverse(windows);
+    const auto current = std::ranges::find(windows, m_hoveredWindow);
+    const bool isLast = current == windows.end() || std::next(current) == windows.end();
+    hover(isLast ? windows.front() : *std::next(current));
+}
+
+/// A covered window would be recorded with what covers it.
+void WindowHighlighter::pickHighlighted()
+{
+    const std::optional<QRect> rect = m_desktop->rectOf(m_hoveredWindow);
+    if (!rect)
+        return;
+    m_desktop->activate(m_hoveredWindow);
+    emit windowClicked(*rect);
+}
+
+void WindowHighlighter::hover(platform::NativeWindow window)
+{
     m_hoveredWindow = window;
     reposition();
     cutOut();

@@ -8,11 +8,14 @@
 
 #include <memory>
 
+class QKeyEvent;
 class QTimer;
 
 /// Lets the user pick a window: lays a red rectangle over the deepest window under the mouse and reports a click, which
-/// the window also gets. Ctrl+Shift+H shows and hides it, Escape cancels it. A second instance ends the program, and so
-/// does a failing mouse hook. Without a compositor it is cut to its outline. User-interface thread.
+/// the window also gets. Without a mouse, and while a window of this program has the keyboard, Tab and the arrow keys
+/// lead from window to window, and Enter is the click. Ctrl+Shift+H shows and hides it, Escape cancels it. A second
+/// instance ends the program, and so does a failing mouse hook. Without a compositor it is cut to its outline.
+/// User-interface thread.
 class WindowHighlighter : public QWidget
 {
     Q_OBJECT
@@ -25,6 +28,8 @@ public:
     /// Highlights nothing before the mouse moves.
     void setVisible(bool visible) override;
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
     /// The one that was under the pointer last; 0 without one.
     platform::NativeWindow hoveredWindow() const { return m_hoveredWindow; }
 
@@ -35,7 +40,7 @@ public:
     static QRect logicalRectOnItsScreen(const QRect& physical);
 
 signals:
-    /// Of the clicked window, in physical pixels of the desktop.
+    /// Of the picked window, in physical pixels of the desktop.
     void windowClicked(QRect rect);
 
     /// By Escape; it is hidden.
@@ -49,8 +54,12 @@ private:
     void installHook();
     void onMouse(platform::MouseHook::Event event, const QPoint& position);
     void onClick(platform::MouseHook::Event event, const QPoint& position);
+    bool onKey(const QKeyEvent& key);
+    void highlightNext(bool forwards);
+    void pickHighlighted();
     void onTimer();
     void cancel();
+    void hover(platform::NativeWindow window);
     void hoverNothing();
     void reposition();
     void cutOut();

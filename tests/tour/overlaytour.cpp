@@ -40,6 +40,8 @@ public:
     void registerHotkey(QWidget& /*window*/, std::function<void()> /*pressed*/) override {}
     void unregisterHotkey() override {}
     platform::NativeWindow windowAt(const QPoint& /*position*/) const override { return 1; }
+    std::vector<platform::NativeWindow> windows() const override { return {1}; }
+    void activate(platform::NativeWindow /*window*/) override {}
     bool isPickable(platform::NativeWindow /*window*/) const override { return true; }
     bool exists(platform::NativeWindow /*window*/) const override { return true; }
     std::optional<QRect> rectOf(platform::NativeWindow /*window*/) const override { return m_window; }

@@ -7,6 +7,7 @@
 #include "widgets/messagebox.h"
 
 #include <QApplication>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
 #include <QProcess>
@@ -17,6 +18,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <vector>
 
 using Event = platform::MouseHook::Event;
 using platform::NativeWindow;
@@ -34,6 +36,8 @@ struct Desktop
     /// Windows that exist but have no known position.
     std::map<NativeWindow, bool> unreadable{};
     NativeWindow under = 0;
+    /// From the top.
+    std::vector<NativeWindow> stack{};
     /// Not to be picked.
     NativeWindow own = 0;
     unsigned long hookError = 0;
@@ -73,6 +77,8 @@ public:
     }
     void unregisterHotkey() override { m_desktop.calls << QStringLiteral("no hotkey"); }
     NativeWindow windowAt(const QPoint&) const override { return m_desktop.under; }
+    std::vector<NativeWindow> windows() const override { return m_desktop.stack; }
+    void activate(NativeWindow window) override { m_desktop.calls << QStringLiteral("activate %1").arg(window); }
     bool isPickable(NativeWindow window) const override { return window != m_desktop.own; }
     bool exists(NativeWindow window) const override { return m_desktop.windows.contains(window); }
     std::optional<QRect> rectOf(NativeWindow window) const override
@@ -245,6 +251,47 @@ private slots:
         moveOver(desktop, 8);
         QCOMPARE(highlighter.geometry(), QRect(100, 100, 80, 20));
         QVERIFY(highlighter.isVisible());
+    }
+
+    void keysLeadFromWindowToWindowAndPick()
+    {
+        Desktop desktop{{{7, QRect(30, 40, 300, 200)}, {8, QRect(100, 100, 80, 20)}, {9, QRect(0, 0, 50, 50)}}};
+        desktop.stack = {8, 9, 7};
+        desktop.own = 9;
+        Highlighter highlighter(desktop);
+        const QSignalSpy picked(&highlighter, &WindowHighlighter::windowClicked);
+        QWidget tile;
+        const auto framedBy = [&](Qt::Key key) {
+            QTest::keyClick(&tile, key);
+            return highlighter.hoveredWindow();
+        };
+        QCOMPARE(framedBy(Qt::Key_Tab), NativeWindow(0));
+        highlighter.show();
+        QCOMPARE(framedBy(Qt::Key_Return), NativeWindow(0));
+        QCOMPARE(framedBy(Qt::Key_Tab), NativeWindow(8));
+        QCOMPARE(highlighter.geometry(), QRect(100, 100, 80, 20));
+        QCOMPARE(framedBy(Qt::Key_Down), NativeWindow(7));
+        QCOMPARE(framedBy(Qt::Key_Right), NativeWindow(8));
+        QCOMPARE(framedBy(Qt::Key_Left), NativeWindow(7));
+        QCOMPARE(framedBy(Qt::Key_Up), NativeWindow(8));
+        QCOMPARE(framedBy(Qt::Key_Backtab), NativeWindow(7));
+        QVERIFY(picked.isEmpty());
+        QTest::keyClick(&tile, Qt::Key_Enter);
+        QCOMPARE(picked, (QList<QVariantList>{{QRect(30, 40, 300, 200)}}));
+        // A covered window would not be seen.
+        QCOMPARE(desktop.calls.last(), QStringLiteral("activate 7"));
+    }
+
+    void fieldForTextKeepsItsKeysWhileAWindowIsPicked()
+    {
+        Desktop desktop{{{7, QRect(30, 40, 300, 200)}}};
+        desktop.stack = {7};
+        Highlighter highlighter(desktop);
+        highlighter.show();
+        QLineEdit field(QStringLiteral("name"));
+        QTest::keyClick(&field, Qt::Key_Left);
+        QCOMPARE(field.cursorPosition(), 3);
+        QCOMPARE(highlighter.hoveredWindow(), NativeWindow(0));
     }
 
     void onAScreenScaled150PercentTheFrameIsRounded()
