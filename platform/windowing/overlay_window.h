@@ -10,6 +10,9 @@ namespace platform {
 /// is shown; it gets its native handle. On X11 it is not managed; on Windows nothing is done.
 void prepareAsOverlay(QWidget& window);
 
+/// Gives the keyboard to a shown window that prepareAsOverlay() has prepared, also to one that takes none by a click.
+void giveKeyboard(QWidget& window);
+
 /// Whether the system mixes translucent windows with those below them now: always on Windows. Where it does not, their
 /// see-through parts are black, and callers cut them out with QWidget::setMask().
 bool isCompositing();

@@ -27,6 +27,15 @@ bool isDrawnByTheSystem()
 
 void prepareAsOverlay(QWidget&) {}
 
+void giveKeyboard(QWidget& window)
+{
+    // Qt refuses to activate a window that takes no keyboard by a click. A refusal of the system sets no error.
+    if (isDrawnByTheSystem())
+        SetForegroundWindow(reinterpret_cast<HWND>(window.winId()));
+    else
+        window.activateWindow();
+}
+
 bool isCompositing()
 {
     return true;

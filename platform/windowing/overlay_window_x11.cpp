@@ -38,6 +38,13 @@ void prepareAsOverlay(QWidget& window)
     window.windowHandle()->setFlag(Qt::BypassWindowManagerHint);
 }
 
+void giveKeyboard(QWidget& window)
+{
+    // Nobody but the program itself gives it to such a window, and Qt only where the flag is not set.
+    window.windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, false);
+    window.activateWindow();
+}
+
 bool isCompositing()
 {
     static Inquiry inquiry = newInquiry();

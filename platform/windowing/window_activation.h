@@ -16,6 +16,9 @@ bool restoreWindow(quint64 handle);
 
 bool raiseWindow(quint64 handle);
 
+/// The one that has the keyboard, of any program; 0 for none, and on X11 for one that no window manager manages.
+quint64 activeWindow();
+
 /// False on Windows for all but the foreground process; then demandAttention() is next.
 bool activateWindow(quint64 handle);
 

@@ -48,6 +48,11 @@ bool raiseWindow(quint64 handle)
     return placeBehind(toWindow(handle), HWND_TOPMOST) && placeBehind(toWindow(handle), HWND_NOTOPMOST);
 }
 
+quint64 activeWindow()
+{
+    return reinterpret_cast<quintptr>(GetForegroundWindow());
+}
+
 bool activateWindow(quint64 handle)
 {
     // A refusal is nothing out of the ordinary, and sets no error.

@@ -46,6 +46,12 @@ public:
         return *static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
     }
 
+    /// As the window manager has it.
+    xcb_window_t activeWindow() const
+    {
+        return firstNumber(xcb::screenNumbered(get(), m_screen).root, atom("_NET_ACTIVE_WINDOW"));
+    }
+
     bool succeeds(xcb_void_cookie_t cookie) const
     {
         const xcb::Owned<xcb_generic_error_t> error(xcb_request_check(get(), cookie));
@@ -74,7 +80,8 @@ public:
     }
 
 private:
-    xcb::Connection m_connection{xcb_connect(nullptr, nullptr)};
+    int m_screen = 0;
+    xcb::Connection m_connection{xcb_connect(nullptr, &m_screen)};
 };
 
 /// The window of a handle; none for a number that cannot be a window id.
@@ -133,6 +140,12 @@ bool raiseWindow(quint64 handle)
            connection.changeState(window, kStateRemove, "_NET_WM_STATE_ABOVE") &&
            connection.succeeds(
                xcb_configure_window_checked(connection.get(), window, XCB_CONFIG_WINDOW_STACK_MODE, &above));
+}
+
+quint64 activeWindow()
+{
+    const Connection connection;
+    return connection.isOpen() ? connection.activeWindow() : 0;
 }
 
 bool activateWindow(quint64 handle)
