@@ -2,9 +2,11 @@
 #include "widgets/overlayframe.h"
 
 #include "platform/windowing/overlay_window.h"
+#include "widgets/arrowkeys.h"
 #include "widgets/icons.h"
 #include "widgets/windowmask.h"
 
+#include <QCursor>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -76,8 +78,8 @@ QPushButton* OverlayFrame::makeButton(const QString& name, const QString& icon)
     button->setAttribute(Qt::WA_Hover);
     button->setProperty(kIconProperty, icon);
     button->installEventFilter(this);
-    // The keyboard stays where it is.
-    button->setFocusPolicy(Qt::NoFocus);
+    // A click leaves the keyboard where it is.
+    button->setFocusPolicy(Qt::TabFocus);
     showHoverIcon(*button, false);
     return button;
 }
@@ -258,8 +260,42 @@ void OverlayFrame::showStrokes()
     drawingChanged();
 }
 
+/// From the frame to its tool bar, in which Tab then leads from button to button.
+bool OverlayFrame::focusNextPrevChild(bool next)
+{
+    if (!m_toolBar->isVisible())
+        return false;
+    const auto neighbour = [next](const QWidget* widget) {
+        return next ? widget->nextInFocusChain() : widget->previousInFocusChain();
+    };
+    QWidget* button = neighbour(m_toolBar.get());
+    while (button != m_toolBar.get() &&
+           (button->focusPolicy() == Qt::NoFocus || !button->isVisible() || !button->isEnabled()))
+        button = neighbour(button);
+    button->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    m_toolBar->activateWindow();
+    return true;
+}
+
+void OverlayFrame::moveOrResize(HitArea area, const QPoint& step)
+{
+    if (isDragged() || !arrowkeys::isInSight(geometry().translated(step)))
+        return;
+    if (area == HitArea::Move) {
+        dragByToolBar(pos() + step);
+        endToolBarDrag();
+    } else if (framegeometry::isResize(handleAt(rect().bottomRight()))) {
+        drag(area, geometry(), step);
+        endDrag(area, mapFromGlobal(QCursor::pos()));
+    }
+}
+
 void OverlayFrame::keyPressEvent(QKeyEvent* event)
 {
+    if (const QPoint step = arrowkeys::stepOf(*event); !step.isNull()) {
+        moveOrResize(arrowkeys::areaOf(*event), step);
+        return;
+    }
     const Qt::KeyboardModifiers modifiers = event->modifiers();
     const bool isRedo = (event->key() == Qt::Key_Z && modifiers == (Qt::ControlModifier | Qt::ShiftModifier)) ||
                         (event->key() == Qt::Key_Y && modifiers == Qt::ControlModifier);

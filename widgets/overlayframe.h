@@ -3,6 +3,7 @@
 
 #include "platform/windowing/window_opening.h"
 #include "widgets/framegeometry.h"
+#include "widgets/keyboardwindow.h"
 #include "widgets/penstrokes.h"
 
 #include <QColor>
@@ -16,10 +17,10 @@
 class QHBoxLayout;
 class QPushButton;
 
-/// A frame over the desktop that the user moves and resizes, with a pen to draw inside and a tool bar, a window of its
-/// own that show(), hide() and raise() of this class include. The pointer reaches what is below the inside while the
-/// pen is off. Logical pixels of the desktop.
-class OverlayFrame : public QWidget
+/// A frame over the desktop that the user moves and resizes, also with arrow keys, with a pen to draw inside and a tool
+/// bar, a window of its own that show(), hide() and raise() of this class include. The pointer reaches what is below
+/// the inside while the pen is off. Logical pixels of the desktop.
+class OverlayFrame : public QWidget, public KeyboardWindow
 {
     Q_OBJECT
 
@@ -28,6 +29,11 @@ public:
 
     /// Instead of setGeometry() before the frame is shown, on whichever screen that is.
     void positionAt(const QRect& geometry);
+
+    bool offersKeyboard() const override { return isVisible(); }
+    bool hasKeyboard() const override { return isActiveWindow() || m_toolBar->isActiveWindow(); }
+    /// From the frame Tab leads to the tool bar.
+    void takeKeyboard() override { activateWindow(); }
 
 public slots:
     void hide();
@@ -43,7 +49,8 @@ protected:
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    /// Ctrl+Z, Ctrl+Shift+Z and Ctrl+Y, while the pen is on.
+    bool focusNextPrevChild(bool next) override;
+    /// The arrow keys; Ctrl+Z, Ctrl+Shift+Z and Ctrl+Y, while the pen is on.
     void keyPressEvent(QKeyEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -110,6 +117,7 @@ protected:
 
 private:
     void setToolBarVisible(bool visible);
+    void moveOrResize(framegeometry::HitArea area, const QPoint& step);
     static void showHoverIcon(QObject& watched, bool hovered);
     bool filterToolBar(const QMouseEvent& event);
     void extendStroke(const QPointF& position);

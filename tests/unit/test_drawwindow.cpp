@@ -607,6 +607,61 @@ private slots:
         QCOMPARE(window.pos(), QPoint(available.left() + available.width() - 400, kGeometry.y() + 4000));
     }
 
+    void arrowKeysMoveTheFrameAndWithControlResizeIt()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.show();
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        QTest::keyClick(&window, Qt::Key_Right);
+        QTest::keyClick(&window, Qt::Key_Up, Qt::ShiftModifier);
+        const QRect moved = kGeometry.translated(10, -1);
+        QCOMPARE(window.geometry(), moved);
+        QCOMPARE(toolBar()->pos(), moved.topLeft() - QPoint(0, 30));
+        QCOMPARE(changed.last(), report(false, moved.adjusted(4, 4, -4, -4)));
+        QTest::keyClick(&window, Qt::Key_Down, Qt::ControlModifier);
+        QTest::keyClick(&window, Qt::Key_Left, Qt::ControlModifier | Qt::ShiftModifier);
+        const QRect resized = moved.adjusted(0, 0, -1, 10);
+        QCOMPARE(window.geometry(), resized);
+        QCOMPARE(changed.last(), report(false, resized.adjusted(4, 4, -4, -4)));
+    }
+
+    void recordedInsideIsMovedByKeysAndKeepsItsSize()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.show();
+        window.setInsideRecorded(true);
+        const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
+        QTest::keyClick(&window, Qt::Key_Right, Qt::ControlModifier);
+        QTest::keyClick(&window, Qt::Key_Left);
+        // Out of the frames first.
+        QVERIFY(!hasBorder(window));
+        QTRY_COMPARE(window.geometry(), kGeometry.translated(-10, 0));
+        QTRY_VERIFY(hasBorder(window));
+        QCOMPARE(changed.last(), report(false, window.geometry().adjusted(4, 4, -4, -4)));
+    }
+
+    void tabLeadsFromTheFrameThroughItsToolBar()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.show();
+        window.takeKeyboard();
+        QTRY_VERIFY(window.hasKeyboard());
+        QWidget* focused = &window;
+        for (const char* name : {"drawToggleButton", "clearButton", "startButton", "closeButton", "drawToggleButton"}) {
+            QTest::keyClick(focused, Qt::Key_Tab);
+            QTRY_COMPARE(QApplication::focusWidget(), button(name));
+            focused = button(name);
+        }
+        QVERIFY(window.hasKeyboard());
+        QTest::keyClick(focused, Qt::Key_Space);
+        QVERIFY(button("drawToggleButton")->isChecked());
+        QTest::keyClick(&window, Qt::Key_Backtab);
+        QTRY_COMPARE(QApplication::focusWidget(), button("closeButton"));
+    }
+
     void recordedInsideIsHiddenWhileDraggingAndVisibleAtRest()
     {
         DrawWindow window;
