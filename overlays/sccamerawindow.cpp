@@ -5,10 +5,12 @@
 #include "overlays/hoverborder.h"
 #include "overlays/qtcamerasystem.h"
 #include "platform/windowing/overlay_window.h"
+#include "widgets/arrowkeys.h"
 
 #include <QCloseEvent>
 #include <QFutureWatcher>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
@@ -240,6 +242,21 @@ void SCCameraWindow::closeEvent(QCloseEvent* event)
     event->accept();
     m_session.close();
     hide();
+}
+
+void SCCameraWindow::keyPressEvent(QKeyEvent* event)
+{
+    const QPoint step = arrowkeys::stepOf(*event);
+    if (step.isNull()) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    const QRect changed =
+        framegeometry::draggedAtAspect(arrowkeys::areaOf(*event), geometry(), step, minimumWidth(), m_session.aspect());
+    if (m_pressing || !arrowkeys::isInSight(changed))
+        return;
+    m_startGeometry = changed;
+    setGeometry(changed);
 }
 
 void SCCameraWindow::mousePressEvent(QMouseEvent* event)

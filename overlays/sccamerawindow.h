@@ -3,6 +3,7 @@
 
 #include "overlays/camerasession.h"
 #include "widgets/framegeometry.h"
+#include "widgets/keyboardwindow.h"
 
 #include <QPoint>
 #include <QPointer>
@@ -27,9 +28,10 @@ struct CameraTimings
     int refreshAfterStartMs = 200;
 };
 
-/// The webcam's video in a small frameless window above the desktop, moved by the user and resized at the camera's
-/// aspect ratio. A hidden window's camera may be activated again; close() releases it. Logical pixels of the desktop.
-class SCCameraWindow : public QWidget
+/// The webcam's video in a small frameless window above the desktop, moved by the user, with pointer or arrow keys, and
+/// resized at the camera's aspect ratio. A hidden window's camera may be activated again; close() releases it. Logical
+/// pixels of the desktop.
+class SCCameraWindow : public QWidget, public KeyboardWindow
 {
     Q_OBJECT
 
@@ -42,8 +44,12 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+    bool offersKeyboard() const override { return isVisible(); }
+    bool hasKeyboard() const override { return isActiveWindow(); }
+    void takeKeyboard() override { activateWindow(); }
+
 public slots:
-    /// In the lower right corner of the primary screen, or where the last drag began.
+    /// In the lower right corner of the primary screen, where the last drag began or where a key has moved it.
     void show();
 
     void onCameraSelected(int index) { m_session.open(index); }
@@ -56,6 +62,7 @@ protected:
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;

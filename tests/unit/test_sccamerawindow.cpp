@@ -216,6 +216,34 @@ private slots:
         QCOMPARE(m_window->geometry(), QRect(60, 50 - 22, 480, 269));
     }
 
+    void arrowKeysMoveTheWindowAndWithControlResizeIt()
+    {
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        QTest::keyClick(m_window.get(), Qt::Key_Right);
+        QTest::keyClick(m_window.get(), Qt::Key_Down, Qt::ShiftModifier);
+        QCOMPARE(m_window->geometry(), QRect(70, 51, 400, 225));
+        QTest::keyClick(m_window.get(), Qt::Key_Right, Qt::ControlModifier);
+        // 16 to 9, and as much at the top as at the bottom.
+        QCOMPARE(m_window->geometry(), QRect(70, 49, 410, 229));
+        QTest::keyClick(m_window.get(), Qt::Key_Left, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(m_window->width(), 409);
+        const QRect last = m_window->geometry();
+        m_window->hide();
+        m_window->show();
+        QCOMPARE(m_window->geometry(), last);
+    }
+
+    void keysLeaveTheWindowInSight()
+    {
+        m_window->show();
+        m_window->setGeometry(60, 50, 400, 225);
+        for (int step = 0; step < 60; ++step)
+            QTest::keyClick(m_window.get(), Qt::Key_Left);
+        QVERIFY(m_window->x() < 0);
+        QVERIFY(QGuiApplication::screenAt(m_window->geometry().center()) != nullptr);
+    }
+
     void windowWithoutVideoIsResizedAsASquare()
     {
         m_cameras->plugIn({});
