@@ -2,6 +2,7 @@
 #include "mainwindow/recording/recordingview.h"
 
 #include "app/settings.h"
+#include "dialogs/hotkeychoices.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/capture/capturearea.h"
 #include "mainwindow/capture/capturecontroller.h"
@@ -155,6 +156,8 @@ void RecordingView::showOverlays()
     bar.setRecording(true);
     bar.setPaused(false);
     bar.setPausable(m_recorder.canPauseRecording());
+    const QString hotkey = m_settings.value(settingskeys::kRecordingHotkey).toString();
+    bar.setPauseKey(hotkey == QLatin1String(hotkeychoices::kNone) ? QString() : QLatin1String("Shift+") + hotkey);
     bar.setAudioOnly(!m_capture.selection().recordsVideo());
     positionBar();
     bar.show();

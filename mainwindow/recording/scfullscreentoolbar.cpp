@@ -205,6 +205,12 @@ void SCFullscreenToolbar::updateRecordButton()
     setMeaning(*m_recordButton, m_isRecording ? tr("Stop Recording") : tr("Start Recording"));
 }
 
+void SCFullscreenToolbar::setPauseKey(const QString& key)
+{
+    m_pauseKey = key;
+    updatePauseButton();
+}
+
 void SCFullscreenToolbar::setTimeText(const QString& text)
 {
     m_timerLabel->setText(text);
@@ -236,6 +242,8 @@ void SCFullscreenToolbar::updatePauseButton()
     setMeaning(*m_pauseButton, m_paused ? tr("Resume Recording") : tr("Pause Recording"));
     if (!m_pausable)
         m_pauseButton->setToolTip(tr("This format cannot be paused"));
+    else if (!m_pauseKey.isEmpty())
+        m_pauseButton->setToolTip(QStringLiteral("%1 (%2)").arg(m_pauseButton->toolTip(), m_pauseKey));
     m_timerLabel->setProperty("paused", m_paused);
     restyle(*m_timerLabel);
     m_timerLabel->setBlinking(m_paused);

@@ -29,6 +29,9 @@ public:
     /// False also ends the paused state.
     void setRecording(bool recording);
 
+    /// For the tool tip; empty where there is none.
+    void setPauseKey(const QString& key);
+
     void setTimeText(const QString& text);
     void setAudioOnly(bool audioOnly);
     void setPausable(bool pausable);
@@ -98,6 +101,7 @@ private:
     bool m_autoHide = false;
     bool m_pausable = true;
     bool m_isRecording = false;
+    QString m_pauseKey;
     QTimer* m_mousePollTimer;
 
     QPushButton* m_pauseButton = nullptr;

@@ -545,6 +545,23 @@ private slots:
         QCOMPARE(record->toolTip(), QStringLiteral("Start Recording"));
     }
 
+    void toolTipSaysThePauseKey()
+    {
+        BriefToolbar bar;
+        const QPushButton* const pause = button(bar, "pauseButton");
+        bar.setRecording(true);
+        bar.setPauseKey(QStringLiteral("Shift+F9"));
+        QCOMPARE(pause->toolTip(), QStringLiteral("Pause Recording (Shift+F9)"));
+        bar.setPaused(true);
+        QCOMPARE(pause->toolTip(), QStringLiteral("Resume Recording (Shift+F9)"));
+        QCOMPARE(pause->accessibleName(), QStringLiteral("Resume Recording"));
+        bar.setPausable(false);
+        QCOMPARE(pause->toolTip(), QStringLiteral("This format cannot be paused"));
+        bar.setPausable(true);
+        bar.setPauseKey({});
+        QCOMPARE(pause->toolTip(), QStringLiteral("Resume Recording"));
+    }
+
     void timeIsShown()
     {
         BriefToolbar bar;
