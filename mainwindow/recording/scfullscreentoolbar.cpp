@@ -47,7 +47,7 @@ QPushButton* makeButton(const char* objectName, QWidget* parent)
     button->setObjectName(QLatin1String(objectName));
     button->setFixedSize(kButtonSize);
     button->setIconSize(kIconSize);
-    button->setFocusPolicy(Qt::NoFocus);
+    button->setFocusPolicy(Qt::TabFocus);
     return button;
 }
 
@@ -282,6 +282,14 @@ void SCFullscreenToolbar::setVisible(bool visible)
     const bool mustWait = visible && m_topEdgeOnly && m_autoHide && !isPointerAtTopEdge();
     if (!mustWait)
         QWidget::setVisible(visible);
+    QCoreApplication::postEvent(this, new QEvent(offerEvent()));
+}
+
+void SCFullscreenToolbar::takeKeyboard()
+{
+    m_isShownForKeyboard = true;
+    fadeIn();
+    platform::giveKeyboard(*this);
 }
 
 void SCFullscreenToolbar::onAutoHideToggled(bool checked)
@@ -309,7 +317,7 @@ void SCFullscreenToolbar::checkMousePosition()
         return;
     // A hidden bar at the top edge is shown by the edge alone, not by the rest of its position.
     const bool isThere = isVisible() || (!m_topEdgeOnly && y() > screen()->geometry().y() + kTopEdgePx);
-    if (isPointerAtTopEdge() || (isThere && isPointerInside()))
+    if (isPointerAtTopEdge() || (isThere && isPointerInside()) || m_isShownForKeyboard)
         fadeIn();
     else
         fadeOut();
@@ -390,6 +398,7 @@ void SCFullscreenToolbar::showEvent(QShowEvent* event)
 void SCFullscreenToolbar::hideEvent(QHideEvent* event)
 {
     m_opacityAnimation->stop();
+    m_isShownForKeyboard = false;
     QWidget::hideEvent(event);
 }
 
@@ -397,5 +406,7 @@ void SCFullscreenToolbar::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::LanguageChange)
         retranslate();
+    if (event->type() == QEvent::ActivationChange && !isActiveWindow())
+        m_isShownForKeyboard = false;
     QWidget::changeEvent(event);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mainwindow/durations.h"
+#include "widgets/keyboardwindow.h"
 
 #include <QRect>
 #include <QWidget>
@@ -17,8 +18,8 @@ class QTimer;
 /// The bar that floats over the desktop during a recording: record and pause buttons, elapsed time, pin. The pin is in
 /// at first, and its first click switches auto-hide on. Unpinned the bar
 /// fades out when the pointer leaves it, and in when the pointer touches the top edge of the primary screen or the
-/// bar's position. Never takes the keyboard focus. Logical pixels. User-interface thread.
-class SCFullscreenToolbar : public QWidget
+/// bar's position. Takes the keyboard from nobody by itself, nor by a click. Logical pixels. User-interface thread.
+class SCFullscreenToolbar : public QWidget, public KeyboardWindow
 {
     Q_OBJECT
 
@@ -51,6 +52,11 @@ public:
     void setVisible(bool visible) override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
+
+    bool offersKeyboard() const override { return m_wish == Wish::Shown; }
+    bool hasKeyboard() const override { return isActiveWindow(); }
+    /// Shows the bar until the keyboard goes elsewhere.
+    void takeKeyboard() override;
 
     /// 230 of 255 for an opacity of 1.0. A bar that has faded in is opaque.
     static int layeredAlpha(double opacity);
@@ -111,6 +117,8 @@ private:
     bool m_topEdgeOnly = false;
     /// Not by the user, who has not pressed it since.
     bool m_isPinReleased = false;
+    /// From takeKeyboard() until the keyboard goes elsewhere.
+    bool m_isShownForKeyboard = false;
     QRect m_recordedArea;
     bool m_concealed = false;
     bool m_hasOpenCorners = true;

@@ -451,6 +451,32 @@ private slots:
         QVERIFY(!bar.isVisible());
     }
 
+    void barThatWaitsForThePointerIsShownWhileItHasTheKeyboard()
+    {
+        BriefToolbar bar;
+        QVERIFY(!bar.offersKeyboard());
+        pointAway();
+        bar.move(screenPoint(260, 0));
+        bar.setTopEdgeOnly(true);
+        bar.show();
+        QVERIFY(!bar.isVisible());
+        QVERIFY(bar.offersKeyboard());
+        bar.takeKeyboard();
+        QTRY_VERIFY(bar.hasKeyboard());
+        for (const char* name : {"recordButton", "pauseButton", "autoHideButton"}) {
+            QTRY_COMPARE(QApplication::focusWidget(), button(bar, name));
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QTest::qWait(kFadeIsOverMs);
+        QVERIFY(bar.isVisible());
+        QWidget other;
+        other.show();
+        QTRY_VERIFY(!bar.isVisible());
+        QVERIFY(bar.offersKeyboard());
+        bar.hide();
+        QVERIFY(!bar.offersKeyboard());
+    }
+
     void topEdgeOnlyReleasesThePinForAsLongAsItLasts()
     {
         BriefToolbar bar;
