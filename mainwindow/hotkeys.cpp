@@ -5,6 +5,7 @@
 #include "app/settings.h"
 #include "dialogs/hotkeychoices.h"
 #include "mainwindow/notices/notices.h"
+#include "mainwindow/windowkey.h"
 #include "platform/input/global_hotkey.h"
 
 #include <QKeySequence>
@@ -50,6 +51,7 @@ Hotkeys::Hotkeys(QObject* parent, const Activity& activity, Notices& notices)
                     onAvailabilityChanged(*hotkey, available, reason);
                 });
     }
+    new WindowKey(*this);
 }
 
 void Hotkeys::onPressed(const Hotkey& hotkey, Activity::Refusal refusal, void (Hotkeys::*pressed)())

@@ -13,8 +13,8 @@ namespace platform {
 class GlobalHotkey;
 }
 
-/// The two system-wide hotkeys. What one cannot do, and one that cannot be had, is reported in a notice. User-interface
-/// thread.
+/// The two system-wide hotkeys, and the window key. What one cannot do, and one that cannot be had, is reported in a
+/// notice. User-interface thread.
 class Hotkeys : public QObject
 {
     Q_OBJECT

@@ -346,6 +346,39 @@ private slots:
         QTRY_COMPARE(frame()->geometry(), framed(position));
     }
 
+    void windowIsPickedAndItsRegionMovedWithTheKeyboardAlone()
+    {
+        OtherProgram other;
+        QVERIFY(other.start());
+        const QRect position(onScreen(kOtherWindow.topLeft()), kOtherWindow.size());
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QVERIFY(desktopuser::tabTo(*child<Tile>("windowTile")));
+        press(QStringLiteral("space"));
+        QTRY_VERIFY(shownWindow<WindowHighlighter>() != nullptr);
+        press(QStringLiteral("Tab"));
+        QTRY_COMPARE(shownWindow<WindowHighlighter>()->geometry(), position);
+        press(QStringLiteral("Return"));
+        QTRY_VERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
+        QTRY_VERIFY(m_window->isMinimized() && shownWindow<SCScreenshotWindow>()->hasKeyboard());
+        QCOMPARE(shownWindow<SCScreenshotWindow>()->geometry(), position);
+        QVERIFY(desktopuser::tabTo(*barButton("recordButton")));
+        press(QStringLiteral("space"));
+        QTRY_VERIFY(frame() != nullptr && shownWindow<SCScreenshotWindow>() == nullptr);
+        QTRY_VERIFY(m_window->isActiveWindow());
+        QCOMPARE(frame()->geometry(), framed(position));
+
+        press(QStringLiteral("ctrl+shift+F9"));
+        QTRY_VERIFY(frame()->hasKeyboard());
+        press(QStringLiteral("Left"));
+        QTRY_COMPARE(frame()->geometry(), framed(position.translated(-10, 0)));
+        QVERIFY(desktopuser::tabTo(*followButton()));
+        press(QStringLiteral("space"));
+        QTRY_VERIFY(followButton()->isChecked());
+        press(QStringLiteral("ctrl+shift+F9"));
+        QTRY_VERIFY(m_window->isActiveWindow());
+    }
+
     void windowOfTheProgramItselfCannotBePicked()
     {
         OtherProgram other;

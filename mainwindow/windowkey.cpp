@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "mainwindow/windowkey.h"
+
+#include "app/sclogger.h"
+#include "mainwindow/hotkeys.h"
+#include "platform/input/global_hotkey.h"
+#include "platform/windowing/window_activation.h"
+#include "widgets/keyboardwindow.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QKeySequence>
+#include <QWidget>
+
+#include <utility>
+
+#include <algorithm>
+
+using platform::GlobalHotkey;
+
+namespace {
+
+struct Offer
+{
+    KeyboardWindow* window;
+    std::pair<int, int> place;
+};
+
+/// In reading order.
+QList<Offer> offers()
+{
+    QList<Offer> found;
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        auto* const window = dynamic_cast<KeyboardWindow*>(widget);
+        if (window != nullptr && window->offersKeyboard())
+            found.append({window, {widget->y(), widget->x()}});
+    }
+    std::ranges::sort(found, {}, &Offer::place);
+    return found;
+}
+
+} // namespace
+
+WindowKey::WindowKey(Hotkeys& hotkeys) : QObject(&hotkeys), m_hotkeys(hotkeys), m_key(new GlobalHotkey(this))
+{
+    connect(&hotkeys, &Hotkeys::recordingKeyChanged, this, &WindowKey::follow);
+    connect(m_key, &GlobalHotkey::activated, this, &WindowKey::giveOn);
+    qApp->installEventFilter(this);
+}
+
+WindowKey::~WindowKey()
+{
+    qApp->removeEventFilter(this);
+}
+
+bool WindowKey::eventFilter(QObject* watched, QEvent* event)
+{
+    const QEvent::Type type = event->type();
+    const bool isChange = type == QEvent::Show || type == QEvent::Hide || type == KeyboardWindow::offerEvent();
+    // The window's own state is behind its events.
+    if (isChange && watched->isWidgetType() && dynamic_cast<KeyboardWindow*>(static_cast<QWidget*>(watched)) != nullptr)
+        QMetaObject::invokeMethod(this, &WindowKey::follow, Qt::QueuedConnection);
+    return false;
+}
+
+void WindowKey::follow()
+{
+    const QString key = offers().isEmpty() ? QString() : m_hotkeys.recordingKey();
+    if (std::exchange(m_followed, key) == key)
+        return;
+    m_before = 0;
+    const QString sequence = key.isEmpty() ? key : QLatin1String("Ctrl+Shift+") + key;
+    if (!m_key->registerKey(QKeySequence(sequence, QKeySequence::PortableText)))
+        SCLogger::warning(QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(sequence, m_key->failureReason()));
+}
+
+void WindowKey::giveOn()
+{
+    const QList<Offer> all = offers();
+    // A dialog keeps the keyboard.
+    if (all.isEmpty() || QApplication::activeModalWidget() != nullptr)
+        return;
+    const auto current = std::ranges::find_if(all, [](const Offer& offer) { return offer.window->hasKeyboard(); });
+    const bool isFirst = current == all.cend();
+    if (isFirst)
+        m_before = platform::activeWindow();
+    const auto next = isFirst ? all.cbegin() : std::next(current);
+    if (next != all.cend())
+        next->window->takeKeyboard();
+    else if (!giveBack())
+        all.constFirst().window->takeKeyboard();
+}
+
+bool WindowKey::giveBack()
+{
+    if (platform::activateWindow(std::exchange(m_before, 0)))
+        return true;
+    auto* const main = qobject_cast<QWidget*>(m_hotkeys.parent());
+    if (main == nullptr || !main->isVisible() || main->isMinimized())
+        return false;
+    main->activateWindow();
+    return true;
+}
