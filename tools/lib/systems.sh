@@ -6,6 +6,11 @@
 
 debian_mirror=${KESTRANO_DEBIAN_MIRROR:-http://deb.debian.org/debian}
 
+# has_system <folder>: a whole one; what an interrupted debootstrap left is none.
+has_system() {
+    [[ -e $1/etc/kestrano-system ]]
+}
+
 # make_system <release> <folder> [package]...: the least that Debian calls a system, and these packages.
 make_system() {
     local release=$1 folder=$2 log=$root/build-package/logs/system-${2##*/}.log packages=ca-certificates package
@@ -18,6 +23,7 @@ make_system() {
     mkdir -p "$folder"
     logged "$log" debootstrap --variant=minbase "--include=$packages" "$release" "$folder" "$debian_mirror" ||
         die "the system could not be made; the reason stands above"
+    touch "$folder/etc/kestrano-system"
 }
 
 # What a system that was not started lacks.
