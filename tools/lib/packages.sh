@@ -39,8 +39,11 @@ packages_windows=(g++-mingw-w64-x86-64-posix mingw-w64-tools qt6-base-dev-tools 
 # Runs the result.
 packages_wine=(wine wine64)
 
+# Looks at desktop entry, metainfo and man page.
+packages_texts=(appstream desktop-file-utils man-db)
+
 # Makes the package for Debian, and looks at it.
-packages_debian=(appstream desktop-file-utils dpkg-dev file gzip librsvg2-bin lintian man-db)
+packages_debian=("${packages_texts[@]}" dpkg-dev file gzip librsvg2-bin lintian)
 
 # Makes the installer for Windows.
 packages_package=(nsis)
