@@ -54,6 +54,9 @@ public:
         return m_facts.isGrabbing() ? Refusal::ScreenshotUnderWay : Refusal::None;
     }
 
+    /// At the beginning of a countdown as well: the window that was picked for it.
+    bool mayChooseArea() const { return mayRestoreRegionFrame(); }
+
     bool mayRestoreRegionFrame() const { return isIdle() || m_facts.recording() == RecordingState::Countdown; }
 
     /// Whether a window that the user has not asked for may open.

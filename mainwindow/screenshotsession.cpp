@@ -169,12 +169,14 @@ void ScreenshotSession::selectWindow()
     cancelSelections();
     cancel();
     pickWindow();
+    m_picksToRecord = false;
 }
 
 void ScreenshotSession::pickWindow()
 {
     connect(m_picker.get(), &WindowHighlighter::windowClicked, this, &ScreenshotSession::onWindowPicked,
             Qt::UniqueConnection);
+    m_picksToRecord = true;
     m_picker->show();
 }
 
@@ -200,6 +202,12 @@ void ScreenshotSession::onRecordRequested()
     m_frame->hide();
     if (window)
         emit recordRequested(area, *window);
+}
+
+void ScreenshotSession::recordPickedWindow()
+{
+    if (m_picksToRecord && m_picked && m_frame->isVisible())
+        onRecordRequested();
 }
 
 void ScreenshotSession::frameArea(const QRect& area)

@@ -35,6 +35,9 @@ public:
 
     void cancel();
 
+    /// Does what the button "Record" does, where the frame is over a window that was picked on the recording page.
+    void recordPickedWindow();
+
     bool isActive() const;
 
     /// Active, but for the picking of a window.
@@ -89,6 +92,7 @@ private:
     bool m_isActive = false;
     /// None while the frame is over another area.
     std::optional<PickedWindow> m_picked;
+    bool m_picksToRecord = false;
     bool m_isChanging = false;
     bool m_minimisedWindow = false;
 };

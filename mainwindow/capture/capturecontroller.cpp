@@ -230,6 +230,7 @@ bool CaptureController::prepare()
 void CaptureController::settleArea()
 {
     m_sizeFields.restore();
+    m_screenshots.recordPickedWindow();
     m_screenshots.cancel();
     m_screenshots.cancelSelections();
     fitRegion();
@@ -422,7 +423,7 @@ void CaptureController::switchScreen(bool on)
 
 bool CaptureController::chooseArea(const QRect& area)
 {
-    if (!m_activity.isIdle())
+    if (!m_activity.mayChooseArea())
         return false;
     m_screenshots.cancelSelections();
     m_selection.choose(CaptureMode::Region);

@@ -379,6 +379,25 @@ private slots:
         QTRY_VERIFY(m_window->isActiveWindow());
     }
 
+    void hotkeyRecordsTheWindowThatIsPicked()
+    {
+        OtherProgram other;
+        QVERIFY(other.start());
+        const QRect position(onScreen(kOtherWindow.topLeft()), kOtherWindow.size());
+        frameOtherWindow(position);
+        const MessageCapture messages;
+        bool isOffered = true;
+        duringTheCountdown([&] { isOffered = shownWindow<SCScreenshotWindow>() != nullptr; });
+        press(QStringLiteral("F9"));
+        QTRY_VERIFY(isCancelled(messages));
+        QVERIFY(!isOffered);
+        QTRY_VERIFY(!m_window->isMinimized());
+        QCOMPARE(selectedTiles(), QStringList{"regionTile"});
+        expectFields(position.size());
+        QCOMPARE(field("fileNameEdit"), QStringLiteral("Report 34"));
+        QTRY_COMPARE(wrongInTheBorder(position), QString());
+    }
+
     void windowOfTheProgramItselfCannotBePicked()
     {
         OtherProgram other;

@@ -33,6 +33,14 @@ public:
         m_windowRegion->choose(kArea, {title, [this] { return position; }, [this] { return exists; }});
     }
 
+    void beginCountdown()
+    {
+        Activity::Facts facts = nothingUnderWay();
+        facts.recording = [] { return RecordingState::Countdown; };
+        m_activity = Activity(facts);
+        m_capture->settleArea();
+    }
+
     QRect area() const { return m_capture->area(); }
     ScreenshotSession& screenshots() { return *m_screenshots; }
     RegionOverlays& region() { return *m_region; }
@@ -270,6 +278,39 @@ private slots:
         // No window is picked then.
         form.screenshots().frameScreen();
         QVERIFY(!recordButton()->isVisible());
+    }
+
+    void recordingThatBeginsIsOfTheWindowPickedForIt()
+    {
+        WindowForm form;
+        QTest::mouseClick(child<Tile>(form, "windowTile"), Qt::LeftButton);
+        emit shownWindow<WindowHighlighter>()->windowClicked(kArea);
+        form.beginCountdown();
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QCOMPARE(form.area(), kArea);
+        QCOMPARE(framedArea(), kArea);
+        QCOMPARE(selectedTiles(form), QStringList{"regionTile"});
+    }
+
+    void recordingThatBeginsIsNotOfTheWindowOfAScreenshot()
+    {
+        WindowForm form;
+        form.screenshots().selectWindow();
+        emit shownWindow<WindowHighlighter>()->windowClicked(kArea);
+        form.beginCountdown();
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QVERIFY(form.area() != kArea);
+        QCOMPARE(selectedTiles(form), QStringList{"fullScreenTile"});
+    }
+
+    void recordingThatBeginsIsNotOfAWindowWhoseFrameWasClosed()
+    {
+        WindowForm form;
+        QTest::mouseClick(child<Tile>(form, "windowTile"), Qt::LeftButton);
+        emit shownWindow<WindowHighlighter>()->windowClicked(kArea);
+        shownWindow<SCScreenshotWindow>()->cancelScreenshot();
+        form.beginCountdown();
+        QVERIFY(form.area() != kArea);
     }
 
 private:
