@@ -19,4 +19,7 @@ private:
     bool m_chosen = false;
 };
 
+/// Whether the X server is a part of a Wayland desktop: it has only those windows whose programs are its clients.
+bool isWaylandSession();
+
 } // namespace platform

@@ -7,4 +7,9 @@ DisplayChoice::DisplayChoice() = default;
 
 DisplayChoice::~DisplayChoice() = default;
 
+bool isWaylandSession()
+{
+    return false;
+}
+
 } // namespace platform

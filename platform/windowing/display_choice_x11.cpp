@@ -24,4 +24,9 @@ DisplayChoice::~DisplayChoice()
         qunsetenv(kVariable);
 }
 
+bool isWaylandSession()
+{
+    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
 } // namespace platform
