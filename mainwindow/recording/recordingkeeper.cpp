@@ -6,6 +6,7 @@
 #include "mainwindow/recording/recordingpath.h"
 #include "mainwindow/recording/recordingsession.h"
 #include "platform/files/held_file.h"
+#include "platform/windowing/display_choice.h"
 
 #include <QFileInfo>
 
@@ -37,6 +38,10 @@ RecordingKeeper::RecordingKeeper(RecordingSession& session, Notices& notices, st
     connect(&m_watch, &RecordingWatch::spaceRunsOut, &session, &RecordingSession::endForLackOfSpace);
     connect(&m_watch, &RecordingWatch::fileGone, &session, &RecordingSession::endWithoutFolder);
     connect(&m_rescue, &RecordingRescue::done, this, &RecordingKeeper::onCopied);
+    // Queued: at the start of the program nothing shows notices yet.
+    if (platform::isWaylandSession())
+        QMetaObject::invokeMethod(
+            this, [this] { m_notices.post(m_texts.windowsMissing()); }, Qt::QueuedConnection);
 }
 
 void RecordingKeeper::onStarting(const QString& path, qint64 bytesPerSecond)

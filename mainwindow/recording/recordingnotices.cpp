@@ -80,6 +80,12 @@ std::optional<Notice> RecordingNotices::ofOutcome(const RecordingOutcome& outcom
     return std::nullopt;
 }
 
+Notice RecordingNotices::windowsMissing() const
+{
+    return {tr("This is a Wayland session: windows of other programs may be missing from recordings. "
+               "An X11 session has them all.")};
+}
+
 Notice RecordingNotices::littleSpace(qint64 minutes) const
 {
     Notice notice = withChoice(minutes > 0 ? tr("The disk is nearly full: there is room for about %1 min.").arg(minutes)

@@ -22,6 +22,9 @@ public:
     /// lost().
     std::optional<Notice> ofOutcome(const RecordingOutcome& outcome) const;
 
+    /// In a Wayland session, at the start of the program.
+    Notice windowsMissing() const;
+
     /// Before a start.
     Notice littleSpace(qint64 minutes) const;
 

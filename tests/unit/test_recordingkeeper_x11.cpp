@@ -95,6 +95,20 @@ private slots:
         QDir(defaultFolder()).removeRecursively();
     }
 
+    void windowsThatAWaylandSessionHidesAreReported()
+    {
+        QCoreApplication::processEvents();
+        QCOMPARE(m_posted.size(), 0);
+        qputenv("WAYLAND_DISPLAY", "wayland-0");
+        const RecordingKeeper keeper(
+            *m_session, *m_notices, [] { return QString(); }, kNever);
+        qunsetenv("WAYLAND_DISPLAY");
+        QTRY_COMPARE(m_posted.size(), 1);
+        QCOMPARE(m_posted.first().text,
+                 QStringLiteral("This is a Wayland session: windows of other programs may be missing from recordings. "
+                                "An X11 session has them all."));
+    }
+
     void fileThatGoesUnseenIsSavedWhateverEndsTheRecording_data()
     {
         QTest::addColumn<QString>("end");
