@@ -636,8 +636,7 @@ private slots:
         QCOMPARE(entries, (QStringList{"Fenster aufnehmen", "Fensterauswahl beenden"}));
         QCOMPARE(boxes.calls().size(), std::size_t{2});
         QCOMPARE(boxes.calls()[0].title, QStringLiteral("Fehler"));
-        QCOMPARE(boxes.calls()[0].text,
-                 QStringLiteral("Die Mausüberwachung konnte nicht eingerichtet werden (Fehler: 1428)"));
+        QCOMPARE(boxes.calls()[0].text, QStringLiteral("Die Mausüberwachung ist nicht möglich (Fehler: 1428)"));
         QCOMPARE(boxes.calls()[1].title, QStringLiteral("Fensterinformationen"));
         QCOMPARE(boxes.calls()[1].text, QStringLiteral("Position: (-30, 40)\nGröße: 300 x 200"));
     }
