@@ -10,6 +10,7 @@
 #include "widgets/messagebox.h"
 
 #include <QCoreApplication>
+#include <QCursor>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QLabel>
@@ -51,10 +52,10 @@ void settings(const Look& look, const QWidget& below)
     auto* const window = new SCSettingsWindow(nullptr);
     dialogwindow::showOver(*window, below);
     for (const char* page : {"recording", "screenshot", "hotkeys", "mouse"}) {
-        child<QPushButton>(*window, QByteArray(page) + "SettingsTab").click();
+        choose(child<QPushButton>(*window, QByteArray(page) + "SettingsTab"));
         stop(look, "settings-" + QByteArray(page), *window);
     }
-    child<QPushButton>(*window, "hotkeysSettingsTab").click();
+    choose(child<QPushButton>(*window, "hotkeysSettingsTab"));
     stopAtList(look, "settings-keys", *window, "recordingComboBox");
     window->close();
 }
@@ -152,6 +153,8 @@ void showUnknownFormat()
 
 void dialogs(const Look& look)
 {
+    // Nothing is to look as if the pointer were over it.
+    QCursor::setPos(0, 0);
     QWidget below;
     below.setGeometry(100, 100, 832, 460);
     settings(look, below);

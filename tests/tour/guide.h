@@ -3,6 +3,7 @@
 
 #include "tests/tour/tour.h"
 
+#include <QAbstractButton>
 #include <QCoreApplication>
 #include <QTest>
 
@@ -21,6 +22,13 @@ inline void stop(const Look& look, const QByteArray& name, QWidget& window)
 {
     waitFor(window);
     look({name, window.frameGeometry(), {&window}});
+}
+
+/// As a click of the mouse does, which brings the focus along.
+inline void choose(QAbstractButton& button)
+{
+    button.setFocus();
+    button.click();
 }
 
 /// Calls once as soon as the window that is asked for is on the screen.

@@ -203,7 +203,7 @@ void files(const Look& look)
     });
     view.selectAll();
     stopAtBox(look, "delete-files", [&] { child<QPushButton>(window, "deleteFilesButton").click(); });
-    child<QPushButton>(window, "audioFilter").click();
+    choose(child<QPushButton>(window, "audioFilter"));
     stop(look, "files-sound", window);
 }
 
