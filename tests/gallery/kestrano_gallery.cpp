@@ -81,7 +81,7 @@ void fillSettings(const QString& language)
     settings->setValue(settingskeys::kFirstRun, false);
     settings->setValue(settingskeys::kLanguage, language);
     settings->setValue(settingskeys::kRecordingSaveLocation, QStringLiteral("/home/user/Videos/Kestrano"));
-    settings->setValue(settingskeys::kScreenshotSaveLocation, QStringLiteral("/home/user/Gallery/Kestrano"));
+    settings->setValue(settingskeys::kScreenshotSaveLocation, QStringLiteral("/home/user/Pictures/Kestrano"));
     applyDefaultSettings(*settings);
 }
 
