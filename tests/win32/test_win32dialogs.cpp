@@ -71,6 +71,7 @@ private slots:
     void savedSettingsAreStoredAndInForceAtOnce();
     void settingsThatAreNotSavedAreNotStored();
     void aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryWay();
+    void hotkeyRecordsWithoutTheAboutWindowWhichComesBack();
     void updateCheckWithoutANetworkIsReportedInItsWindowWhichClosesInEveryWay();
     void closeButtonOfTheMainWindowEndsTheProgramWithZero();
 
@@ -174,6 +175,22 @@ void TestWin32Dialogs::aboutWindowStaysInFrontOfTheMainWindowAndClosesInEveryWay
         window = choose(entry, title);
         QVERIFY(window && closes(*window, close));
     }
+}
+
+void TestWin32Dialogs::hotkeyRecordsWithoutTheAboutWindowWhichComesBack()
+{
+    const auto window = choose({"Up", "Return"}, QStringLiteral("About"));
+    QVERIFY(window);
+    press({"F9"});
+    QVERIFY(m_program->waitForMessage(QStringLiteral("Recording started..."), kRecordingTimeoutMs));
+    QVERIFY(!WineDesktop::visibleWindow(window->title, 0));
+    press({"F9"});
+    QVERIFY(m_program->waitForMessage(QStringLiteral("Recording stopped... 0"), kRecordingTimeoutMs));
+    const auto back = awaitReady(window->title);
+    QVERIFY(back);
+    QCOMPARE(back->position, window->position);
+    QCOMPARE(QDir(m_program->saveFolder()).entryList({"*.mp4"}, QDir::Files).size(), 1);
+    QVERIFY(closes(*back, clickCloseButton));
 }
 
 void TestWin32Dialogs::updateCheckWithoutANetworkIsReportedInItsWindowWhichClosesInEveryWay()
