@@ -100,23 +100,17 @@ void DrawWindow::buildTools()
     m_followButton = makeButton(QStringLiteral("followButton"), QStringLiteral("follow-window"));
     m_followButton->setCheckable(true);
     m_followButton->hide();
-    m_undoButton = makeButton(QStringLiteral("undoButton"), QStringLiteral("undo"));
-    m_redoButton = makeButton(QStringLiteral("redoButton"), QStringLiteral("redo"));
-    for (QPushButton* const button : {m_followButton, m_undoButton, m_redoButton})
+    for (QPushButton* const button : {m_followButton, &undoButton(), &redoButton()})
         layout->addWidget(button);
     connect(m_followButton, &QPushButton::toggled, this, &DrawWindow::showFollowing);
     connect(&m_strokeHotkeys, &StrokeHotkeys::undoPressed, this, &DrawWindow::undoStroke);
     connect(&m_strokeHotkeys, &StrokeHotkeys::redoPressed, this, &DrawWindow::redoStroke);
-    connect(m_undoButton, &QPushButton::clicked, this, &DrawWindow::undoStroke);
-    connect(m_redoButton, &QPushButton::clicked, this, &DrawWindow::redoStroke);
-    DrawWindow::drawingChanged();
 }
 
 void DrawWindow::retranslate()
 {
+    OverlayFrame::retranslate();
     describe(*m_followButton, tr("Follow the window"));
-    describe(*m_undoButton, tr("Undo"));
-    describe(*m_redoButton, tr("Redo"));
     describe(*m_drawToggleButton, tr("Start Drawing"));
     describe(*m_clearButton, tr("Clear Drawing"));
     describe(*m_startButton, m_recording ? tr("Stop Recording") : tr("Start Recording"));
@@ -218,14 +212,14 @@ int DrawWindow::fewToolsWidth() const
 
 int DrawWindow::allToolsWidth() const
 {
-    return fewToolsWidth() + m_undoButton->width() + m_redoButton->width();
+    return fewToolsWidth() + undoButton().width() + redoButton().width();
 }
 
 void DrawWindow::showTools()
 {
     const bool hasRoom = allToolsWidth() + kGripPx <= toolBar().width();
-    m_undoButton->setVisible(hasRoom);
-    m_redoButton->setVisible(hasRoom);
+    undoButton().setVisible(hasRoom);
+    redoButton().setVisible(hasRoom);
     const int width = (hasRoom ? allToolsWidth() : fewToolsWidth()) - m_partsSize.width();
     m_tools->setGeometry(m_partsSize.width(), 0, width, m_partsSize.height());
 }
@@ -274,11 +268,8 @@ void DrawWindow::endToolBarDrag()
 
 void DrawWindow::drawingChanged()
 {
-    const bool canUndo = isDrawMode() && strokes().canUndo();
-    const bool canRedo = isDrawMode() && strokes().canRedo();
-    m_undoButton->setEnabled(canUndo);
-    m_redoButton->setEnabled(canRedo);
-    m_strokeHotkeys.hold(canUndo && isVisible(), canRedo && isVisible());
+    OverlayFrame::drawingChanged();
+    m_strokeHotkeys.hold(undoButton().isEnabled() && isVisible(), redoButton().isEnabled() && isVisible());
     raiseToolBarInside();
 }
 

@@ -123,8 +123,6 @@ private:
     /// Right of the others, where the bar is wide enough.
     QWidget* m_tools = nullptr;
     QPushButton* m_followButton = nullptr;
-    QPushButton* m_undoButton = nullptr;
-    QPushButton* m_redoButton = nullptr;
     /// From the frame's corner; holds while the bar is dragged.
     QPoint m_toolBarOffset;
     bool m_lockRatio = false;

@@ -13,6 +13,9 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScopedValueRollback>
+#include <QScreen>
+
+#include <algorithm>
 
 using framegeometry::HitArea;
 
@@ -24,11 +27,21 @@ constexpr int kToolBarHeightPx = 30;
 constexpr int kInsetPx = 4;
 /// Between the frame of a region and the tool bar below it.
 constexpr int kGapPx = 2;
+/// Left free for dragging the bar.
+constexpr int kGripPx = 50;
 /// Half of it lies outside the window.
 constexpr int kBorderPenPx = 4;
 /// At the sides where the border reaches furthest into the window.
 constexpr int kBorderDepthPx = 3;
 constexpr int kStrokePx = 3;
+
+/// A bar that is wider than its frame does not leave the desktop at the frame's left.
+QPoint keptOnDesktop(const QPoint& bar, const QRect& frame)
+{
+    const QScreen* const screen = QGuiApplication::screenAt(frame.topLeft());
+    const bool isBeyond = screen != nullptr && QGuiApplication::screenAt({bar.x(), frame.top()}) == nullptr;
+    return isBeyond ? QPoint(std::max(bar.x(), screen->geometry().left()), bar.y()) : bar;
+}
 
 } // namespace
 
@@ -69,12 +82,13 @@ void SCScreenshotWindow::buildToolBar()
     connect(m_clearButton, &QPushButton::clicked, this, &SCScreenshotWindow::clearDraw);
     connect(m_cancelButton, &QPushButton::clicked, this, &SCScreenshotWindow::cancelScreenshot);
     SCScreenshotWindow::retranslate();
-    toolBar().adjustSize();
+    fitToolBar();
     platform::prepareAsOverlay(toolBar());
 }
 
 void SCScreenshotWindow::retranslate()
 {
+    OverlayFrame::retranslate();
     setWindowTitle(tr("Screenshot"));
     describe(*m_saveButton, tr("Capture"));
     describe(*m_recordButton, tr("Record"));
@@ -99,17 +113,28 @@ void SCScreenshotWindow::showRecordButton()
     else
         toolBarLayout().removeWidget(m_recordButton);
     m_recordButton->setVisible(m_isRecordable);
-    toolBar().adjustSize();
+    fitToolBar();
     positionToolBar();
+}
+
+/// With the buttons that are not in its layout, which has its parts and their order.
+void SCScreenshotWindow::fitToolBar()
+{
+    const int tools = undoButton().width() + redoButton().width();
+    toolBar().resize(toolBarLayout().sizeHint().width() + tools + kGripPx, kToolBarHeightPx);
+    toolBarLayout().activate();
+    const int left = m_clearButton->x() + m_clearButton->width();
+    undoButton().move(left, 0);
+    redoButton().move(left + undoButton().width(), 0);
 }
 
 QPoint SCScreenshotWindow::toolBarPosition() const
 {
     const QRect frame = geometry();
-    const QPoint inside(frame.right() - kInsetPx - toolBar().width(), frame.top() + kInsetPx);
+    const QPoint inside = keptOnDesktop({frame.right() - kInsetPx - toolBar().width(), frame.top() + kInsetPx}, frame);
     if (m_fullScreen)
         return inside;
-    const QPoint below(frame.right() - toolBar().width(), frame.bottom() + kGapPx);
+    const QPoint below = keptOnDesktop({frame.right() - toolBar().width(), frame.bottom() + kGapPx}, frame);
     // A window as high as the screen would leave the user without a button to press.
     const bool isReachable = QGuiApplication::screenAt(QRect(below, toolBar().size()).center()) != nullptr;
     return isReachable ? below : inside;

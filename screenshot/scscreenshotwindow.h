@@ -79,6 +79,7 @@ private:
     void buildToolBar();
     QPoint toolBarPosition() const;
     void showRecordButton();
+    void fitToolBar();
 
     QPixmap grab() const;
     void restore();

@@ -31,6 +31,8 @@ OverlayFrame::OverlayFrame(const QSize& minimumSize, const PenStrokes& strokes, 
     : QWidget(parent)
     , m_strokes(strokes)
     , m_toolBar(std::make_unique<QWidget>(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint))
+    , m_undoButton(makeButton(QStringLiteral("undoButton"), QStringLiteral("undo")))
+    , m_redoButton(makeButton(QStringLiteral("redoButton"), QStringLiteral("redo")))
     , m_opening(*this)
 {
     setMinimumSize(minimumSize);
@@ -46,6 +48,9 @@ OverlayFrame::OverlayFrame(const QSize& minimumSize, const PenStrokes& strokes, 
     auto* const layout = new QHBoxLayout(m_toolBar.get());
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    connect(m_undoButton, &QPushButton::clicked, this, &OverlayFrame::undoStroke);
+    connect(m_redoButton, &QPushButton::clicked, this, &OverlayFrame::redoStroke);
+    OverlayFrame::drawingChanged();
 }
 
 OverlayFrame::~OverlayFrame() = default;
@@ -88,6 +93,18 @@ void OverlayFrame::describe(QPushButton& button, const QString& text)
 {
     button.setToolTip(text);
     button.setAccessibleName(text);
+}
+
+void OverlayFrame::retranslate()
+{
+    describe(*m_undoButton, tr("Undo"));
+    describe(*m_redoButton, tr("Redo"));
+}
+
+void OverlayFrame::drawingChanged()
+{
+    m_undoButton->setEnabled(m_drawMode && m_strokes.canUndo());
+    m_redoButton->setEnabled(m_drawMode && m_strokes.canRedo());
 }
 
 void OverlayFrame::changeEvent(QEvent* event)

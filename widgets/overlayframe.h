@@ -60,7 +60,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
-    virtual void retranslate() = 0;
+    virtual void retranslate();
     virtual void positionToolBar() = 0;
     virtual void dragByToolBar(const QPoint& topLeft) { move(topLeft); }
     virtual void endToolBarDrag() {}
@@ -89,6 +89,9 @@ protected:
     QPushButton* addButton(const QString& name, const QString& icon);
     /// The same, not in the tool bar's layout.
     QPushButton* makeButton(const QString& name, const QString& icon);
+    /// For strokes; children of the tool bar, not in its layout. On where there is a step and the pen is on.
+    QPushButton& undoButton() const { return *m_undoButton; }
+    QPushButton& redoButton() const { return *m_redoButton; }
     /// Tool tip and accessible name.
     static void describe(QPushButton& button, const QString& text);
 
@@ -102,7 +105,7 @@ protected:
     void undoStroke();
     void redoStroke();
     /// The strokes, or whether the pen is on.
-    virtual void drawingChanged() {}
+    virtual void drawingChanged();
     const PenStrokes& strokes() const { return m_strokes; }
     /// Includes the pen.
     framegeometry::HitArea hitAreaAt(const QPoint& position) const;
@@ -134,6 +137,8 @@ private:
     framegeometry::HitArea m_resizeRegion = framegeometry::HitArea::None;
     bool m_pressed = false;
     std::unique_ptr<QWidget> m_toolBar;
+    QPushButton* m_undoButton;
+    QPushButton* m_redoButton;
     bool m_toolBarDragging = false;
     bool m_isCompositing = true;
     platform::WindowOpening m_opening;

@@ -26,7 +26,7 @@ constexpr QRect kWindow(150, 200, 244, 162);
 constexpr QPoint kDistance(240, 120);
 constexpr int kSteps = 12;
 constexpr int kTakeMs = 1500;
-constexpr int kScreenshotBarPx = 200;
+constexpr int kScreenshotBarPx = 260;
 /// What an encoder makes of greys; the frame's border has more.
 constexpr int kGreyError = 24;
 

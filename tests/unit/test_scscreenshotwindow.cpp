@@ -228,6 +228,15 @@ private slots:
         QVERIFY(screen.contains(toolBar().geometry()));
     }
 
+    void toolBarOfANarrowRegionDoesNotLeaveTheScreen()
+    {
+        m_window->setGeometry(0, 120, 150, 200);
+        m_window->show();
+        QCOMPARE(toolBar().pos(), QPoint(0, 321));
+        m_window->move(300, 120);
+        QCOMPARE(toolBar().pos(), QPoint(449 - toolBar().width(), 321));
+    }
+
     void toolBarIsThereFromTheStart() { QVERIFY(toolBar().isVisible()); }
 
     void hideHidesTheToolBarAndEmitsNothing()
@@ -414,6 +423,31 @@ private slots:
         QVERIFY(isDrawn({line}));
         QTest::keyClick(&toolBar(), Qt::Key_Y, Qt::ControlModifier);
         QVERIFY(isDrawn({}));
+    }
+
+    void undoAndRedoHaveButtonsBesideClear()
+    {
+        m_window->setRecordable(true);
+        m_window->show();
+        expectUndoButtons(120);
+        // The bar is dragged by what is free.
+        QCOMPARE(button("cancelButton").x(), 180 + 50);
+        m_window->hide();
+        m_window->setRecordable(false);
+        m_window->show();
+        expectUndoButtons(90);
+        click("drawButton");
+        QVERIFY(!button("undoButton").isEnabled() && !button("redoButton").isEnabled());
+        drag(*m_window, kGeometry.topLeft() + QPoint(200, 200), {40, 0});
+        const QPolygonF line({QPointF(200, 200), QPointF(220, 200), QPointF(240, 200)});
+        click("undoButton");
+        QCOMPARE(imageOf(*m_window), drawnFrame(kGeometry.size(), {}, hole()));
+        QVERIFY(!button("undoButton").isEnabled());
+        click("redoButton");
+        QCOMPARE(imageOf(*m_window), drawnFrame(kGeometry.size(), {line}, hole()));
+        // Nothing of it can be seen.
+        click("drawButton");
+        QVERIFY(!button("undoButton").isEnabled());
     }
 
     void strokesOfAnEarlierScreenshotComeBackOnlyIfTheyWereVisible()
@@ -654,6 +688,16 @@ private slots:
 private:
     /// The tool bar's position on the desktop, taken for one in the frame.
     static QRect hole() { return toolBar().geometry(); }
+
+    /// @param left of the first one
+    static void expectUndoButtons(int left)
+    {
+        QCOMPARE(button("undoButton").geometry(), QRect(left, 0, 30, 30));
+        QCOMPARE(button("redoButton").geometry(), QRect(left + 30, 0, 30, 30));
+        QVERIFY(button("undoButton").isVisible() && button("redoButton").isVisible());
+        QCOMPARE(button("undoButton").toolTip(), QStringLiteral("Undo"));
+        QCOMPARE(button("redoButton").accessibleName(), QStringLiteral("Redo"));
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<SCScreenshot> m_screenshot;
