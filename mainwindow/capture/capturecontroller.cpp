@@ -2,9 +2,6 @@
 #include "mainwindow/capture/capturecontroller.h"
 
 #include "app/sclogger.h"
-#include "engine/capture/capturetargets.h"
-#include "engine/capture/exactpixels.h"
-#include "engine/obswrapper.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/capture/capturearea.h"
 #include "mainwindow/capture/capturedesktop.h"
@@ -16,9 +13,6 @@
 #include "widgets/combobox.h"
 #include "widgets/framegeometry.h"
 #include "widgets/icons.h"
-
-#include <QDebug>
-#include <QGuiApplication>
 
 #include <utility>
 
@@ -99,25 +93,10 @@ void CaptureController::connectRegion()
 
 bool CaptureController::startEngine()
 {
-    if (QGuiApplication::primaryScreen() == nullptr) {
-        qWarning() << "Failed to get primary screen";
-        return false;
-    }
-    const QSize size = primaryScreen().physicalSize();
-    if (!m_engine.initialize(size.width(), size.height(), RecordingSession::kFramesPerSecond)) {
-        SCLogger::warning(QStringLiteral("Failed to initialize OBS"));
-        return false;
-    }
-    SCLogger::info(QStringLiteral("OBS initialized successfully"));
-    m_engineRuns = true;
-    const int result = m_engine.setupScene(ObsWrapper::kCaptureMonitor);
-    if (result != 0)
-        SCLogger::error(QStringLiteral("The capture scene could not be made: code %1").arg(result));
-    m_engine.refreshCaptureTargets(false);
-    m_engine.setDesktopAudioDevice(true, kDefaultAudioDevice);
-    m_engine.setMicDevice(true, kDefaultAudioDevice);
-    applyCaptureArea();
-    return true;
+    const bool isStarted = m_engine.start();
+    if (isStarted)
+        applyCaptureArea();
+    return isStarted;
 }
 
 QRect CaptureController::area() const
@@ -125,14 +104,9 @@ QRect CaptureController::area() const
     return m_area.rectOn(screen());
 }
 
-CaptureDesktop CaptureController::desktop() const
-{
-    return CaptureDesktop::present(m_engineRuns && m_engine.canSpanScreens());
-}
-
 CaptureScreen CaptureController::screen() const
 {
-    return m_isRegion ? desktop().screenOf(m_area.rect()) : m_screens.screen();
+    return m_isRegion ? m_engine.desktop().screenOf(m_area.rect()) : m_screens.screen();
 }
 
 void CaptureController::applyCaptureArea()
@@ -143,42 +117,13 @@ void CaptureController::applyCaptureArea()
     const QRect area = m_area.rectOn(screen);
     debug("position %1 %2 %3 %4", {area.x(), area.y(), area.x() + area.width(), area.y() + area.height()});
     m_sizeFields.show(videoSize());
-    if (m_engineRuns)
-        setCaptureTarget();
-}
-
-QString CaptureController::target() const
-{
-    return captureTargetForScreen(m_engine.captureTargetNames(), screen().physicalGeometry());
-}
-
-/// The engine knows the screen's pixels, which Qt rounds.
-CaptureScreen CaptureController::screenWithPixels() const
-{
-    return withPixels(screen(), captureTargetGeometry(target()).size());
+    if (m_engine.isRunning())
+        m_isScreenListed = m_engine.setTarget(m_area, screen);
 }
 
 QSize CaptureController::videoSize() const
 {
-    const CaptureScreen screen = screenWithPixels();
-    const QSize size = m_area.physicalSize(screen);
-    return exactpixels::videoSize(size, videoSteps(), screen.wholePixels());
-}
-
-QSize CaptureController::videoSteps() const
-{
-    return m_engineRuns ? m_engine.videoSteps() : QSize(1, 1);
-}
-
-void CaptureController::setCaptureTarget()
-{
-    const CaptureMargins margins = m_area.margins(screenWithPixels());
-    m_targetFound =
-        m_engine.setCaptureTarget(target().toUtf8().constData(), ObsWrapper::kCaptureMonitor, margins.cropped,
-                                  margins.left, margins.right, margins.top, margins.bottom);
-    if (!m_targetFound)
-        SCLogger::warning(QStringLiteral("The screen is none of the engine's: \"%1\"")
-                              .arg(m_engine.captureTargetNames().join(QLatin1String("\", \""))));
+    return m_engine.videoSize(m_area, screen());
 }
 
 /// The size or position of the whole screen may have changed since the last recording.
@@ -203,12 +148,7 @@ bool CaptureController::resetRecordingArea()
     m_preparedSize = size;
     m_preparedRatio = screen.devicePixelRatio;
     m_framedRatio = m_preparedRatio;
-    if (m_engine.resetVideo(size.width(), size.height(), size.width(), size.height(),
-                            RecordingSession::kFramesPerSecond) != 0) {
-        SCLogger::warning(QStringLiteral("Failed to reset video"));
-        return false;
-    }
-    return true;
+    return m_engine.resetVideo(size);
 }
 
 bool CaptureController::prepare()
@@ -216,15 +156,15 @@ bool CaptureController::prepare()
     const bool video = m_selection.recordsVideo();
     m_engine.setSceneRendered(video);
     // Screens come and go between recordings.
-    m_engine.refreshCaptureTargets(false);
+    m_engine.refreshTargets();
     // An area that is applied again sets the target as well.
     const bool applied = followsScreen();
     if (!resetRecordingArea())
         return false;
     if (!applied)
-        setCaptureTarget();
+        m_isScreenListed = m_engine.setTarget(m_area, screen());
     // Audio needs no screen.
-    return m_targetFound || !video;
+    return m_isScreenListed || !video;
 }
 
 void CaptureController::settleArea()
@@ -242,7 +182,7 @@ void CaptureController::fitRegion()
 {
     if (!recordsRegion() || m_area.isUnset())
         return;
-    const QRect visible = desktop().visiblePart(m_area.rect());
+    const QRect visible = m_engine.desktop().visiblePart(m_area.rect());
     if (visible.isEmpty()) {
         SCLogger::warning(QStringLiteral("The chosen region is on no screen any more; a whole screen is chosen"));
         captureWholeScreen();
@@ -297,8 +237,7 @@ void CaptureController::onScreenChosen()
 
 void CaptureController::onScreensChanged()
 {
-    if (m_engineRuns)
-        m_engine.refreshCaptureTargets(false);
+    m_engine.refreshTargets();
     if (m_activity.isIdle() && !m_isRegion)
         followScreen();
 }
@@ -358,11 +297,12 @@ void CaptureController::choosePreset(const QString& name)
 void CaptureController::framePreset(const QSize& size)
 {
     const CaptureScreen screen = primaryScreen();
-    const QSize video = regionsize::fitted(size, screen, videoSteps());
+    const QSize video = regionsize::fitted(size, screen, m_engine.videoSteps());
     const bool fits = video == size;
-    const QRect framed = moveFrame(
-        fits ? ratiopresets::areaOn(screen, size, m_region.borderWidth())
-             : regionsize::around(screen.geometry, regionsize::logical(video, screen, videoSteps()), screen.geometry));
+    const QRect framed =
+        moveFrame(fits ? ratiopresets::areaOn(screen, size, m_region.borderWidth())
+                       : regionsize::around(screen.geometry, regionsize::logical(video, screen, m_engine.videoSteps()),
+                                            screen.geometry));
     storeVisiblePart(framed & screen.geometry);
     frameGrownArea(framed);
     m_region.raiseFrame();
@@ -374,7 +314,7 @@ void CaptureController::framePreset(const QSize& size)
 void CaptureController::sizeRegion(const QSize& typed)
 {
     m_screenshots.cancelSelections();
-    const CaptureScreen screen = screenWithPixels();
+    const CaptureScreen screen = m_engine.withPixels(this->screen());
     const regionsize::Limits limits = limitsOn(screen);
     const QSize size = regionsize::logical(regionsize::nearest(typed, limits), screen, limits.steps);
     const QRect sized = regionsize::around(area(), size, screen.geometry);
@@ -388,7 +328,7 @@ void CaptureController::sizeRegion(const QSize& typed)
 
 SizeFields::Rules CaptureController::sizeRules()
 {
-    const regionsize::Limits limits = limitsOn(screenWithPixels());
+    const regionsize::Limits limits = limitsOn(m_engine.withPixels(screen()));
     return {limits.smallest, limits.largest, isRatioLocked() ? m_ratio : 0.0};
 }
 
@@ -398,7 +338,7 @@ regionsize::Limits CaptureController::limitsOn(const CaptureScreen& screen)
     return {{toPhysicalPx(smallest.width(), screen.devicePixelRatio),
              toPhysicalPx(smallest.height(), screen.devicePixelRatio)},
             screen.wholePixels(),
-            videoSteps()};
+            m_engine.videoSteps()};
 }
 
 bool CaptureController::isRatioLocked() const
@@ -453,7 +393,7 @@ QRect CaptureController::keptAtRatio(const QRect& framed)
 {
     if (!isRatioLocked() || framed.size() == m_framed.size())
         return framed;
-    const CaptureScreen screen = desktop().around(framed);
+    const CaptureScreen screen = m_engine.desktop().around(framed);
     regionsize::Limits limits = limitsOn(screen);
     limits.largest = regionsize::room(screen);
     const QSize resized(toPhysicalPx(framed.width(), screen.devicePixelRatio),
@@ -466,7 +406,7 @@ QRect CaptureController::keptAtRatio(const QRect& framed)
 /// kept on the screen.
 void CaptureController::frameVisiblePart(const QRect& area)
 {
-    const QRect visible = desktop().visiblePart(area);
+    const QRect visible = m_engine.desktop().visiblePart(area);
     QRect framed = moveFrame(visible);
     if (framed.size() != visible.size())
         framed = moveFrame(keptOnScreen(framed));
@@ -476,16 +416,16 @@ void CaptureController::frameVisiblePart(const QRect& area)
 
 QRect CaptureController::keptOnScreen(const QRect& area) const
 {
-    return keptOn(desktop().around(area).geometry, area);
+    return keptOn(m_engine.desktop().around(area).geometry, area);
 }
 
 bool CaptureController::storeVisiblePart(const QRect& framed)
 {
-    const CaptureDesktop desktop = this->desktop();
+    const CaptureDesktop desktop = m_engine.desktop();
     const QRect visible = desktop.visiblePart(framed);
     if (!isRecordable(visible))
         return false;
-    m_area.setRegion(visible, desktop.around(framed), videoSteps());
+    m_area.setRegion(visible, desktop.around(framed), m_engine.videoSteps());
     m_isRegion = true;
     return true;
 }
@@ -508,7 +448,7 @@ void CaptureController::storeRegion(const QRect& framed, bool isMoving)
         const QRect kept = moveFrame(keptOnScreen(framed));
         storeVisiblePart(kept);
         frameGrownArea(kept);
-    } else if (desktop().isCutAt(framed)) {
+    } else if (m_engine.desktop().isCutAt(framed)) {
         frameVisiblePart(framed);
         takeRatio(videoSize());
     } else {
@@ -543,7 +483,7 @@ void CaptureController::onFrameChanged(bool isMoving, const QPoint& firstPixel, 
 /// size when it is released; until then its screen counts, for the area may have most of its own size on another one.
 void CaptureController::keepVideoSize(const QRect& framed)
 {
-    const CaptureScreen screen = desktop().screenOf(framed);
+    const CaptureScreen screen = m_engine.desktop().screenOf(framed);
     const double ratio = screen.devicePixelRatio;
     if (m_preparedSize.isEmpty() || (ratio == m_preparedRatio && ratio == m_framedRatio))
         return;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mainwindow/capture/capturearea.h"
+#include "mainwindow/capture/enginecapture.h"
 #include "mainwindow/capture/regionsize.h"
 #include "mainwindow/capture/screenchoice.h"
 #include "mainwindow/capture/sizefields.h"
@@ -9,7 +10,6 @@
 #include <QObject>
 
 class Activity;
-class CaptureDesktop;
 class CaptureSelection;
 class ObsWrapper;
 class RegionOverlays;
@@ -19,8 +19,8 @@ namespace Ui {
 class SCMainWindow;
 }
 
-/// Turns tiles, ratio presets, typed sizes and the region's frame into the capture area, and the area into size, target
-/// and crop of the engine. Logical pixels of the desktop. User-interface thread.
+/// Turns tiles, ratio presets, typed sizes and the region's frame into the capture area. Logical pixels of the desktop.
+/// User-interface thread.
 class CaptureController : public QObject
 {
     Q_OBJECT
@@ -91,17 +91,12 @@ private:
     void applyCaptureArea();
     bool resetRecordingArea();
     void keepVideoSize(const QRect& framed);
-    CaptureDesktop desktop() const;
     /// The one that is captured: of a region, the one that holds most of it.
     CaptureScreen screen() const;
     bool recordsRegion() const;
     bool followsScreen() const;
     /// Than the one that is captured whole.
     bool hasOtherScreen() const;
-    QString target() const;
-    CaptureScreen screenWithPixels() const;
-    QSize videoSteps() const;
-    void setCaptureTarget();
     void captureWholeScreen();
     void applyWholeScreen();
     void followScreen();
@@ -126,7 +121,7 @@ private:
     CaptureSelection& m_selection;
     RegionOverlays& m_region;
     ScreenshotSession& m_screenshots;
-    ObsWrapper& m_engine;
+    EngineCapture m_engine;
     const Activity& m_activity;
     ScreenChoice m_screens;
     SizeFields m_sizeFields;
@@ -141,10 +136,9 @@ private:
     double m_preparedRatio = 1.0;
     /// Of the screen on which the frame has that size.
     double m_framedRatio = 1.0;
-    bool m_engineRuns = false;
     /// Whether the area is a region, also while the screen is switched off.
     bool m_isRegion = false;
-    /// Whether the engine lists the captured screen.
-    bool m_targetFound = false;
+    /// By the engine, as one that it can capture.
+    bool m_isScreenListed = false;
     bool m_isFrameClosed = false;
 };
