@@ -19,9 +19,7 @@ struct AccessibleObject
         Enabled = 8,
         Focusable = 11,
         Focused = 12,
-        Sensitive = 24,
-        Showing = 25,
-        Visible = 30
+        Showing = 25
     };
 
     QString name;

@@ -2,9 +2,13 @@
 #include "app/settings.h"
 #include "dialogs/dialogwindow.h"
 #include "dialogs/scsettingswindow.h"
+#include "mainwindow/recording/scfullscreentoolbar.h"
 #include "mainwindow/scmainwindow.h"
 #include "mainwindow/tile.h"
+#include "overlays/drawwindow.h"
 #include "overlays/scswitchwidget.h"
+#include "screenshot/scscreenshot.h"
+#include "screenshot/scscreenshotwindow.h"
 #include "tests/desktop/accessibletree.h"
 #include "tests/desktop/desktopuser.h"
 #include "tests/desktop/textcontrast.h"
@@ -19,6 +23,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QPixmap>
 #include <QPushButton>
 #include <QSet>
 #include <QSettings>
@@ -33,24 +40,25 @@ using State = AccessibleObject::State;
 /// Roles of what somebody works with.
 bool isControl(const AccessibleObject& object)
 {
-    static const QSet<QString> roles{"push button", "toggle button", "check box",      "radio button",
-                                     "combo box",   "text",          "list",           "list item",
-                                     "menu item",   "link",          "check menu item"};
+    static const QSet<QString> roles{
+        "push button", "toggle button", "check box", "radio button", "combo box",       "text",
+        "list",        "list item",     "menu item", "link",         "check menu item", "progress bar"};
     return object.is(State::Focusable) || roles.contains(object.role);
 }
 
-/// What is missing for somebody who does not see the control.
+/// What is missing for somebody who does not see the control, or has no mouse.
 QStringList faultsOf(const AccessibleObject& control)
 {
     // What Qt has for widgets that say nothing.
     static const QSet<QString> nothing{"", "filler", "panel", "unknown", "invalid"};
+    static const QSet<QString> pressed{"push button", "toggle button", "check box", "radio button", "combo box"};
     QStringList faults;
     if (control.name.trimmed().isEmpty())
         faults << QStringLiteral("has no name");
     if (nothing.contains(control.role))
         faults << QStringLiteral("has no role");
-    if (control.is(State::Enabled) != control.is(State::Sensitive) || !control.is(State::Visible))
-        faults << QStringLiteral("contradicts itself");
+    if (pressed.contains(control.role) && control.is(State::Enabled) && !control.is(State::Focusable))
+        faults << QStringLiteral("cannot have the keyboard");
     return faults;
 }
 
@@ -197,13 +205,19 @@ private slots:
     {
         QWidget window;
         QPushButton button(&window);
+        QPushButton forTheMouse(QStringLiteral("Mouse"), &window);
+        forTheMouse.setFocusPolicy(Qt::NoFocus);
+        QPushButton disabled(QStringLiteral("Disabled"), &window);
+        disabled.setFocusPolicy(Qt::NoFocus);
+        disabled.setEnabled(false);
         QWidget field(&window);
         field.setFocusPolicy(Qt::StrongFocus);
         show(window);
         QStringList faults = faultsBelow(m_reader.read());
         faults.sort();
         QCOMPARE(faults,
-                 (QStringList{"filler \"\" has no name", "filler \"\" has no role", "push button \"\" has no name"}));
+                 (QStringList{"filler \"\" has no name", "filler \"\" has no role", "push button \"\" has no name",
+                              "push button \"Mouse\" cannot have the keyboard"}));
     }
 
     void tabLeadsToEveryControl_data()
@@ -240,6 +254,29 @@ private slots:
         window->findChild<QPushButton*>(tab)->click();
         QCOMPARE(reachedByTab(), controlsOf(*window));
         window->close();
+    }
+
+    void tabLeadsToEveryButtonOverTheDesktop()
+    {
+        DrawWindow frame;
+        frame.setGeometry(100, 100, 600, 300);
+        frame.show();
+        frame.offerFollowing(true);
+        expectAllReached(frame, barOf("drawToggleButton"));
+        frame.hide();
+
+        SCScreenshot screenshot;
+        SCScreenshotWindow shot(&screenshot);
+        shot.setGeometry(100, 100, 600, 300);
+        shot.setRecordable(true);
+        shot.show();
+        expectAllReached(shot, barOf("saveButton"));
+        shot.hide();
+
+        SCFullscreenToolbar bar;
+        bar.move(200, 60);
+        bar.show();
+        expectAllReached(bar, bar);
     }
 
     void arrowsLeadFromPageToPage()
@@ -283,6 +320,40 @@ private slots:
         QVERIFY(contrast() > 2.0);
     }
 
+    void textIsMeasuredWithoutItsIcon()
+    {
+        QPixmap icon(24, 24);
+        icon.fill(Qt::white);
+        QPushButton button(icon, QStringLiteral("Speicherort"));
+        button.setIconSize(icon.size());
+        button.setStyleSheet(QStringLiteral("color: #5C626C; background: #28282E; border: none;"));
+        button.resize(200, 40);
+        show(button);
+        QTRY_VERIFY(desktopuser::colourAt(button.mapToGlobal(QPoint(3, 20))) == qRgb(0x28, 0x28, 0x2e));
+        desktopuser::waitUntilStill();
+        const auto texts = textcontrast::textsOf(button, desktopuser::screenshot());
+        QCOMPARE(texts.size(), 1);
+        QVERIFY2(texts.constFirst().contrast > 2.0 && texts.constFirst().contrast < 3.0,
+                 qPrintable(QString::number(texts.constFirst().contrast)));
+    }
+
+    void faintEntriesAndRowsAreFound()
+    {
+        const auto faint = QStringLiteral("color: #5C626C; background: #28282E;");
+        QListWidget list;
+        list.addItems({QStringLiteral("Speicherort"), QStringLiteral("Ordner")});
+        list.setStyleSheet(faint);
+        QMenu menu;
+        menu.addAction(QStringLiteral("Speicherort"));
+        menu.setStyleSheet(QStringLiteral("QMenu::item { padding: 8px 24px; } QMenu { %1 }").arg(faint));
+        show(list);
+        expectFaint(list, 2);
+        list.hide();
+        menu.popup({100, 100});
+        expectFaint(menu, 1);
+        menu.close();
+    }
+
 private:
     static constexpr double kLeastContrast = 4.5;
 
@@ -290,6 +361,35 @@ private:
     {
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
+    }
+
+    static void expectFaint(const QWidget& window, qsizetype count)
+    {
+        const auto faint = [&window] {
+            auto texts = textcontrast::textsOf(window, desktopuser::screenshot());
+            texts.removeIf([](const textcontrast::Text& text) { return text.contrast < 2.0 || text.contrast > 3.0; });
+            return texts.size();
+        };
+        QTRY_COMPARE(faint(), count);
+    }
+
+    /// The tool bar of a frame.
+    static QWidget& barOf(const char* name)
+    {
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            if (window->isVisible() && window->findChild<QPushButton*>(QLatin1String(name)) != nullptr)
+                return *window;
+        }
+        qFatal("There is no tool bar");
+    }
+
+    static void expectAllReached(KeyboardWindow& window, const QWidget& bar)
+    {
+        window.takeKeyboard();
+        QTRY_VERIFY(window.hasKeyboard());
+        const QStringList buttons = controlsOf(bar);
+        QVERIFY(buttons.size() >= 3);
+        QCOMPARE(reachedByTab(), buttons);
     }
 
     /// @param[out] texts grows by the number of those that were looked at

@@ -20,7 +20,8 @@ struct Text
     double contrast = 1.0;
 };
 
-/// Those of the window's shown and enabled widgets. @param screen the primary screen
+/// Those of the window's shown and enabled widgets, entries of menus and rows of lists. @param screen the primary
+/// screen
 QList<Text> textsOf(const QWidget& window, const QImage& screen);
 
 } // namespace textcontrast
