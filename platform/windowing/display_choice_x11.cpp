@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/windowing/display_choice.h"
 
+#include <QByteArray>
 #include <QtGlobal>
 
 namespace platform {
