@@ -46,6 +46,26 @@ protected:
     }
 };
 
+QRect outlineOf(const QList<QWidget*>& windows)
+{
+    QRect outline;
+    for (const QWidget* const window : windows)
+        outline |= window->frameGeometry();
+    return outline;
+}
+
+/// A window manager may give a window its place after the tour has stopped there.
+QRect settledArea(const tour::Stop& stop)
+{
+    const bool isWhole = stop.area == outlineOf(stop.windows);
+    QRect outline;
+    do {
+        outline = outlineOf(stop.windows);
+        QTest::qWait(kSettleMs);
+    } while (outline != outlineOf(stop.windows));
+    return isWhole ? outline : stop.area;
+}
+
 class Gallery
 {
 public:
@@ -53,9 +73,9 @@ public:
 
     void take(const tour::Stop& stop)
     {
-        QTest::qWait(kSettleMs);
+        const QRect area = settledArea(stop);
         QScreen* const screen = QGuiApplication::primaryScreen();
-        const QRect position = stop.area.adjusted(-kMarginPx, -kMarginPx, kMarginPx, kMarginPx) & screen->geometry();
+        const QRect position = area.adjusted(-kMarginPx, -kMarginPx, kMarginPx, kMarginPx) & screen->geometry();
         const QPixmap image = screen->grabWindow(0, position.x(), position.y(), position.width(), position.height());
         const QString path = m_folder.filePath(
             QStringLiteral("%1-%2.png").arg(QLatin1String(stop.name)).arg(screen->devicePixelRatio()));
