@@ -14,7 +14,11 @@ namespace {
 
 QString dateText(const QDateTime& date)
 {
-    return date.isValid() ? QLocale().toString(date.toLocalTime(), QLocale::ShortFormat) : QString();
+    if (!date.isValid())
+        return {};
+    const QLocale locale;
+    // Qt takes "B", which stands for a part of the day in Chinese of Taiwan, as text.
+    return locale.toString(date.toLocalTime(), locale.dateTimeFormat(QLocale::ShortFormat).remove(u'B'));
 }
 
 /// As players show it: "0:07", "1:02:03".
