@@ -2,6 +2,7 @@
 #include "tests/desktop/desktopuser.h"
 
 #include "tests/desktop/userinput.h"
+#include "tests/support/x11clients.h"
 
 #include <QDesktopServices>
 #include <QGuiApplication>
@@ -123,9 +124,22 @@ bool tabTo(const QWidget& widget)
     return widget.hasFocus();
 }
 
+QPoint originInImage(const QWidget& window)
+{
+    const QList<x11clients::Window> clients = x11clients::windowsOf(QCoreApplication::applicationPid());
+    const auto client = std::find_if(clients.begin(), clients.end(), [&window](const x11clients::Window& candidate) {
+        return candidate.id == window.winId();
+    });
+    if (client != clients.end())
+        return client->geometry.topLeft() - QGuiApplication::primaryScreen()->geometry().topLeft();
+    return inImage(window.mapToGlobal(QPoint()));
+}
+
 QPoint centreOf(const QWidget& widget)
 {
-    return widget.mapToGlobal(widget.rect().center());
+    const QWidget& window = *widget.window();
+    const QPoint missedByQt = originInImage(window) - inImage(window.mapToGlobal(QPoint()));
+    return widget.mapToGlobal(widget.rect().center()) + (QPointF(missedByQt) / scale()).toPoint();
 }
 
 QImage screenshot()

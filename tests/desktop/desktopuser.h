@@ -38,6 +38,11 @@ void press(const QString& key);
 /// Presses Tab until the widget has the keyboard's focus. False when it is not reached.
 bool tabTo(const QWidget& widget);
 
+/// Where a window's inside begins in screenshot(). As the server has it: Qt may have missed where the window manager
+/// has put a frameless one.
+QPoint originInImage(const QWidget& window);
+
+/// From that origin.
 QPoint centreOf(const QWidget& widget);
 
 /// What the primary screen shows, in physical pixels.

@@ -3,7 +3,6 @@
 
 #include "files/fileitemdelegate.h"
 #include "tests/desktop/desktopuser.h"
-#include "tests/support/x11clients.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -188,17 +187,6 @@ bool isCovered(const QWidget& widget)
     return popup != nullptr && popup != widget.window() && popup->geometry().intersects(area);
 }
 
-/// In pixels of the screen. As the server has it: Qt may have missed where the window manager has put a frameless one.
-QPoint originOf(const QWidget& window)
-{
-    const QList<x11clients::Window> clients = x11clients::windowsOf(QCoreApplication::applicationPid());
-    for (const x11clients::Window& client : clients)
-        if (client.id == window.winId())
-            return client.geometry.topLeft();
-    const QPoint corner = window.mapToGlobal(QPoint()) - window.screen()->geometry().topLeft();
-    return (QPointF(corner) * desktopuser::scale()).toPoint();
-}
-
 /// @param origin of its window
 QImage imageOf(const QWidget& widget, const Part& part, const QImage& screen, const QPoint& origin)
 {
@@ -216,7 +204,7 @@ QList<Text> textsOf(const QWidget& window, const QImage& screen)
     QList<const QWidget*> widgets{&window};
     for (const QWidget* const widget : window.findChildren<QWidget*>())
         widgets << widget;
-    const QPoint origin = originOf(*window.window());
+    const QPoint origin = desktopuser::originInImage(*window.window());
     QList<Text> texts;
     for (const QWidget* const widget : widgets) {
         if (!isPainted(*widget) || isCovered(*widget) || widget->window() != window.window())
