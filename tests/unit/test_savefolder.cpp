@@ -38,11 +38,9 @@ private slots:
 
     void cleanupTestCase() { QVERIFY(QDir::setCurrent(m_workingFolder)); }
 
-    void cleanup()
-    {
-        QFile::remove(defaultSaveFolder(kKey));
-        QDir(defaultSaveFolder(kKey)).removeRecursively();
-    }
+    // Windows has one for all tests of a prefix.
+    void init() { removeDefaultFolder(); }
+    void cleanup() { removeDefaultFolder(); }
 
     void chosenFolderIsMadeAndLeftAsItIs()
     {
@@ -146,6 +144,12 @@ private slots:
     }
 
 private:
+    static void removeDefaultFolder()
+    {
+        QFile::remove(defaultSaveFolder(kKey));
+        QDir(defaultSaveFolder(kKey)).removeRecursively();
+    }
+
     QStringList contents() const
     {
         QStringList found;
