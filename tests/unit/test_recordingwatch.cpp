@@ -18,6 +18,8 @@
 namespace {
 
 constexpr int kIntervalMs = 5;
+/// Windows refuses what is asked of the folder during a look.
+constexpr int kRefusedMs = 5000;
 constexpr qint64 kMegabyte = 1'000'000;
 
 bool write(const QString& path, qint64 bytes)
@@ -110,7 +112,8 @@ private slots:
     {
         startWithFile();
         waitForLooks(2);
-        QVERIFY(QDir(m_root->filePath(QStringLiteral("videos"))).removeRecursively());
+        QVERIFY(QTest::qWaitFor([this] { return QDir(m_root->filePath(QStringLiteral("videos"))).removeRecursively(); },
+                                kRefusedMs));
         QTRY_COMPARE(m_gone->size(), 1);
         QTest::qWait(10 * kIntervalMs);
         QCOMPARE(m_gone->size(), 1);
@@ -121,7 +124,9 @@ private slots:
     {
         startWithFile();
         waitForLooks(2);
-        QVERIFY(QDir().rename(m_root->filePath(QStringLiteral("videos")), m_root->filePath(QStringLiteral("older"))));
+        const QString folder = m_root->filePath(QStringLiteral("videos"));
+        const QString renamed = m_root->filePath(QStringLiteral("older"));
+        QVERIFY(QTest::qWaitFor([&] { return QDir().rename(folder, renamed); }, kRefusedMs));
         QTRY_COMPARE(m_gone->size(), 1);
     }
 
