@@ -11,6 +11,7 @@
 #include <QEvent>
 #include <QKeySequence>
 #include <QWidget>
+#include <QWindow>
 
 #include <utility>
 
@@ -45,6 +46,7 @@ WindowKey::WindowKey(Hotkeys& hotkeys) : QObject(&hotkeys), m_hotkeys(hotkeys), 
 {
     connect(&hotkeys, &Hotkeys::recordingKeyChanged, this, &WindowKey::follow);
     connect(m_key, &GlobalHotkey::activated, this, &WindowKey::giveOn);
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &WindowKey::noteKeyboard);
     qApp->installEventFilter(this);
 }
 
@@ -57,10 +59,24 @@ bool WindowKey::eventFilter(QObject* watched, QEvent* event)
 {
     const QEvent::Type type = event->type();
     const bool isChange = type == QEvent::Show || type == QEvent::Hide || type == KeyboardWindow::offerEvent();
-    // The window's own state is behind its events.
-    if (isChange && watched->isWidgetType() && dynamic_cast<KeyboardWindow*>(static_cast<QWidget*>(watched)) != nullptr)
-        QMetaObject::invokeMethod(this, &WindowKey::follow, Qt::QueuedConnection);
+    const auto* const window =
+        isChange && watched->isWidgetType() ? dynamic_cast<KeyboardWindow*>(static_cast<QWidget*>(watched)) : nullptr;
+    if (window == nullptr)
+        return false;
+    // Queued: its owner may be about to show another one, and its own state is behind its events.
+    if (type == QEvent::Hide && window == m_current) {
+        m_current = nullptr;
+        QMetaObject::invokeMethod(this, &WindowKey::onHidden, Qt::QueuedConnection);
+    }
+    QMetaObject::invokeMethod(this, &WindowKey::follow, Qt::QueuedConnection);
     return false;
+}
+
+void WindowKey::noteKeyboard()
+{
+    const QList<Offer> all = offers();
+    const auto current = std::ranges::find_if(all, [](const Offer& offer) { return offer.window->hasKeyboard(); });
+    m_current = current == all.cend() ? nullptr : current->window;
 }
 
 void WindowKey::follow()
@@ -87,14 +103,26 @@ void WindowKey::giveOn()
     const auto next = isFirst ? all.cbegin() : std::next(current);
     if (next != all.cend())
         next->window->takeKeyboard();
-    else if (!giveBack())
+    else if (!giveToFormer() && !giveToMainWindow())
         all.constFirst().window->takeKeyboard();
 }
 
-bool WindowKey::giveBack()
+/// The system would give it to nobody.
+void WindowKey::onHidden()
 {
-    if (platform::activateWindow(std::exchange(m_before, 0)))
-        return true;
+    if (QApplication::activeWindow() == nullptr && !giveToMainWindow())
+        giveToFormer();
+}
+
+bool WindowKey::giveToFormer()
+{
+    const quint64 window = std::exchange(m_before, 0);
+    // It would be restored.
+    return !platform::isMinimized(window) && platform::activateWindow(window);
+}
+
+bool WindowKey::giveToMainWindow() const
+{
     auto* const main = qobject_cast<QWidget*>(m_hotkeys.parent());
     if (main == nullptr || !main->isVisible() || main->isMinimized())
         return false;

@@ -5,14 +5,15 @@
 #include <QString>
 
 class Hotkeys;
+class KeyboardWindow;
 
 namespace platform {
 class GlobalHotkey;
 }
 
 /// Ctrl and Shift with the recording's hotkey give the keyboard to the program's windows over the desktop, one after
-/// the other, and then back to the window that had it. Other programs have that key while there is no such window.
-/// User-interface thread.
+/// the other, and then back to the window that had it. One that hides with the keyboard leaves it to the main window,
+/// or else to that one, too. Other programs have the key while there is no such window. User-interface thread.
 class WindowKey : public QObject
 {
     Q_OBJECT
@@ -26,8 +27,11 @@ public:
 
 private:
     void follow();
+    void noteKeyboard();
     void giveOn();
-    bool giveBack();
+    void onHidden();
+    bool giveToMainWindow() const;
+    bool giveToFormer();
 
     const Hotkeys& m_hotkeys;
     platform::GlobalHotkey* const m_key;
@@ -35,4 +39,6 @@ private:
     QString m_followed;
     /// Qt's native window id, 0 for none.
     quint64 m_before = 0;
+    /// That has the keyboard, only for comparison.
+    const KeyboardWindow* m_current = nullptr;
 };

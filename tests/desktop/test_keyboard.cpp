@@ -107,11 +107,13 @@ private slots:
         frame.setGeometry(200, 200, 400, 300);
         frame.show();
         m_listener->keys.clear();
-        QTRY_VERIFY((press(kWindowKey), frame.hasKeyboard()));
+        giveKeyboardTo(frame);
+        QVERIFY(!m_listener->keys.contains(Qt::Key_F9));
         frame.hide();
         m_listener->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_listener.get()));
-        QTRY_VERIFY((press(kWindowKey), m_listener->keys.contains(Qt::Key_F9)));
+        press(kWindowKey);
+        QTRY_VERIFY(m_listener->keys.contains(Qt::Key_F9));
     }
 
     void floatingBarIsWorkedByKeys()
@@ -122,7 +124,7 @@ private slots:
         bar.show();
         const QSignalSpy paused(&bar, &SCFullscreenToolbar::pauseToggled);
         const QSignalSpy toggled(&bar, &SCFullscreenToolbar::recordingToggled);
-        QTRY_VERIFY((press(kWindowKey), bar.hasKeyboard()));
+        giveKeyboardTo(bar);
         QVERIFY(desktopuser::tabTo(button(bar, "pauseButton")));
         press(QStringLiteral("space"));
         QTRY_COMPARE(paused, (QList<QVariantList>{{true}}));
@@ -135,6 +137,22 @@ private slots:
         QTRY_COMPARE(toggled, (QList<QVariantList>{{false}}));
     }
 
+    void clickOnTheBarLeavesTheKeyboardWhereItIs()
+    {
+        SCFullscreenToolbar bar;
+        bar.move(300, 0);
+        bar.show();
+        giveKeyboardTo(bar);
+        press(kWindowKey);
+        QTRY_VERIFY(m_listener->isActiveWindow());
+        const QSignalSpy paused(&bar, &SCFullscreenToolbar::pauseToggled);
+        desktopuser::click(button(bar, "pauseButton"));
+        QTRY_COMPARE(paused.size(), 1);
+        press(QStringLiteral("a"));
+        QTRY_VERIFY(m_listener->keys.contains(Qt::Key_A));
+        QVERIFY(!bar.hasKeyboard());
+    }
+
     void regionFrameIsWorkedByKeys()
     {
         DrawWindow frame;
@@ -145,7 +163,7 @@ private slots:
         const QSignalSpy started(&frame, &DrawWindow::startRecording);
         const QSignalSpy followed(&frame, &DrawWindow::followToggled);
         const QSignalSpy closed(&frame, &DrawWindow::hideDrawWindow);
-        QTRY_VERIFY((press(kWindowKey), frame.hasKeyboard()));
+        giveKeyboardTo(frame);
         press(QStringLiteral("Right"));
         press(QStringLiteral("ctrl+Down"));
         QTRY_COMPARE(frame.geometry(), QRect(210, 200, 400, 310));
@@ -157,6 +175,8 @@ private slots:
         QCOMPARE(followed, (QList<QVariantList>{{true}}));
         QCOMPARE(started.size(), 1);
         QVERIFY(!frame.isVisible());
+        // It does not take the keyboard with it.
+        QTRY_VERIFY(m_listener->isActiveWindow());
     }
 
     void webcamWindowIsMovedByKeys()
@@ -173,6 +193,15 @@ private slots:
     }
 
 private:
+    /// The only one.
+    static void giveKeyboardTo(const KeyboardWindow& window)
+    {
+        // The key is taken once the window is shown.
+        QCoreApplication::processEvents();
+        press(kWindowKey);
+        QTRY_VERIFY(window.hasKeyboard());
+    }
+
     static std::shared_ptr<FakeCameras> cameras()
     {
         const auto cameras = std::make_shared<FakeCameras>();
