@@ -6,6 +6,7 @@
 #include "app/sctranslator.h"
 #include "app/settings.h"
 #include "tests/support/testprofile.h"
+#include "tests/support/x11clients.h"
 #include "tests/tour/tour.h"
 
 #include <QApplication>
@@ -46,23 +47,38 @@ protected:
     }
 };
 
-QRect outlineOf(const QList<QWidget*>& windows)
+/// As the server has it: Qt may have missed where the window manager has put a frameless one.
+QRect geometryOf(const QWidget& window)
+{
+    const QList<x11clients::Window> clients = x11clients::windowsOf(QCoreApplication::applicationPid());
+    for (const x11clients::Window& client : clients) {
+        const QPointF corner = QPointF(client.geometry.topLeft()) / window.devicePixelRatioF();
+        if (client.id == window.winId() && window.frameSize() == window.size())
+            return {corner.toPoint(), (QSizeF(client.geometry.size()) / window.devicePixelRatioF()).toSize()};
+    }
+    return window.frameGeometry();
+}
+
+using Geometry = QRect (*)(const QWidget&);
+
+QRect outlineOf(const QList<QWidget*>& windows, Geometry geometry)
 {
     QRect outline;
     for (const QWidget* const window : windows)
-        outline |= window->frameGeometry();
+        outline |= geometry(*window);
     return outline;
 }
 
 /// A window manager may give a window its place after the tour has stopped there.
 QRect settledArea(const tour::Stop& stop)
 {
-    const bool isWhole = stop.area == outlineOf(stop.windows);
+    const auto known = [](const QWidget& window) { return window.frameGeometry(); };
+    const bool isWhole = stop.area == outlineOf(stop.windows, known);
     QRect outline;
     do {
-        outline = outlineOf(stop.windows);
+        outline = outlineOf(stop.windows, geometryOf);
         QTest::qWait(kSettleMs);
-    } while (outline != outlineOf(stop.windows));
+    } while (outline != outlineOf(stop.windows, geometryOf));
     return isWhole ? outline : stop.area;
 }
 
