@@ -10,21 +10,6 @@
 
 namespace tour {
 
-namespace {
-
-/// A window manager may give a window its place after it has been exposed.
-void waitUntilPlaced(const QWidget& window)
-{
-    constexpr int kPlacedMs = 200;
-    QRect before;
-    while (before != window.frameGeometry()) {
-        before = window.frameGeometry();
-        QTest::qWait(kPlacedMs);
-    }
-}
-
-} // namespace
-
 void whenShown(QWidget* (*window)(), std::function<void(QWidget&)> call)
 {
     constexpr int kPollMs = 10;
@@ -42,7 +27,6 @@ void whenShown(QWidget* (*window)(), std::function<void(QWidget&)> call)
 
 void lookAtBox(const Look& look, const QByteArray& name, QWidget& box)
 {
-    waitUntilPlaced(box);
     look({name, box.frameGeometry(), {&box}});
     box.close();
 }
