@@ -204,9 +204,21 @@ void ScreenshotSession::onRecordRequested()
         emit recordRequested(area, *window);
 }
 
+bool ScreenshotSession::isPickFramed() const
+{
+    return m_picksToRecord && m_picked && m_frame->isVisible();
+}
+
+void ScreenshotSession::cancelPick()
+{
+    cancelSelections();
+    if (isPickFramed())
+        cancel();
+}
+
 void ScreenshotSession::recordPickedWindow()
 {
-    if (m_picksToRecord && m_picked && m_frame->isVisible())
+    if (isPickFramed())
         onRecordRequested();
 }
 

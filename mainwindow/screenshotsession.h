@@ -35,6 +35,9 @@ public:
 
     void cancel();
 
+    /// For another choice on the recording page: cancels selections, and a frame over a window that was picked there.
+    void cancelPick();
+
     /// Does what the button "Record" does, where the frame is over a window that was picked on the recording page.
     void recordPickedWindow();
 
@@ -69,6 +72,8 @@ signals:
 
 private:
     bool isAllowed() const;
+    /// For the recording page.
+    bool isPickFramed() const;
     SCScreenshotWindow& frame();
     void begin();
     void end();

@@ -170,7 +170,8 @@ bool CaptureController::prepare()
 void CaptureController::settleArea()
 {
     m_sizeFields.restore();
-    m_screenshots.recordPickedWindow();
+    if (m_selection.isScreenOn())
+        m_screenshots.recordPickedWindow();
     m_screenshots.cancel();
     m_screenshots.cancelSelections();
     fitRegion();
@@ -207,7 +208,7 @@ void CaptureController::onRecordingOver()
 
 void CaptureController::captureWholeScreen()
 {
-    m_screenshots.cancelSelections();
+    m_screenshots.cancelPick();
     m_selection.choose(CaptureMode::FullScreen);
     applyWholeScreen();
 }
@@ -281,7 +282,7 @@ void CaptureController::chooseWindow()
 
 void CaptureController::choosePreset(const QString& name)
 {
-    m_screenshots.cancelSelections();
+    m_screenshots.cancelPick();
     emit presetChosen();
     m_selection.choose(CaptureMode::Region);
     const auto size = ratiopresets::physicalSize(name);
@@ -313,7 +314,7 @@ void CaptureController::framePreset(const QSize& size)
 /// About the middle of what is captured, kept on its screen.
 void CaptureController::sizeRegion(const QSize& typed)
 {
-    m_screenshots.cancelSelections();
+    m_screenshots.cancelPick();
     const CaptureScreen screen = m_engine.withPixels(this->screen());
     const regionsize::Limits limits = limitsOn(screen);
     const QSize size = regionsize::logical(regionsize::nearest(typed, limits), screen, limits.steps);
@@ -353,7 +354,7 @@ void CaptureController::takeRatio(const QSize& video)
 
 void CaptureController::switchScreen(bool on)
 {
-    m_screenshots.cancelSelections();
+    m_screenshots.cancelPick();
     m_selection.switchScreen(on);
     if (on)
         applyWholeScreen();

@@ -313,7 +313,60 @@ private slots:
         QVERIFY(form.area() != kArea);
     }
 
+    void laterChoiceTakesThePlaceOfThePickedWindow_data()
+    {
+        QTest::addColumn<QStringList>("tiles");
+        QTest::newRow("full screen") << QStringList{"fullScreenTile"};
+        QTest::newRow("preset") << QStringList{"regionTile"};
+        QTest::newRow("typed size") << QStringList{"regionTile"};
+        QTest::newRow("screen switched off") << QStringList{};
+    }
+
+    void laterChoiceTakesThePlaceOfThePickedWindow()
+    {
+        QFETCH(const QStringList, tiles);
+        WindowForm form;
+        QTest::mouseClick(child<Tile>(form, "windowTile"), Qt::LeftButton);
+        emit shownWindow<WindowHighlighter>()->windowClicked(kArea);
+        chooseByTag(form);
+        QVERIFY(shownWindow<SCScreenshotWindow>() == nullptr);
+        QCOMPARE(selectedTiles(form), tiles);
+        const QRect chosen = form.area();
+        const QString format = child<QComboBox>(form, "formatBox")->currentText();
+        form.beginCountdown();
+        QVERIFY(form.area() != kArea);
+        QCOMPARE(form.area(), chosen);
+        QCOMPARE(selectedTiles(form), tiles);
+        QCOMPARE(child<QComboBox>(form, "formatBox")->currentText(), format);
+    }
+
+    void choiceForARecordingLeavesTheFrameOfAScreenshot()
+    {
+        WindowForm form;
+        form.screenshots().selectWindow();
+        emit shownWindow<WindowHighlighter>()->windowClicked(kArea);
+        QTest::mouseClick(child<Tile>(form, "fullScreenTile"), Qt::LeftButton);
+        QVERIFY(shownWindow<SCScreenshotWindow>() != nullptr);
+    }
+
 private:
+    static void chooseByTag(const WindowForm& form)
+    {
+        const QByteArray tag(QTest::currentDataTag());
+        if (tag == "full screen") {
+            QTest::mouseClick(child<Tile>(form, "fullScreenTile"), Qt::LeftButton);
+        } else if (tag == "preset") {
+            emit child<QComboBox>(form, "ratioBox")->textActivated(QStringLiteral("4:3"));
+        } else if (tag == "typed size") {
+            auto* const edit = child<QLineEdit>(form, "widthEdit");
+            edit->selectAll();
+            QTest::keyClicks(edit, QStringLiteral("400"));
+            QTest::keyClick(edit, Qt::Key_Return);
+        } else {
+            child<SCSwitchWidget>(form, "screenSwitch")->setChecked(false);
+        }
+    }
+
     static QPushButton* recordButton()
     {
         for (QWidget* const window : QApplication::topLevelWidgets()) {
