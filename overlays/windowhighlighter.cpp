@@ -12,6 +12,7 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMetaMethod>
 #include <QPainter>
 #include <QPointer>
 #include <QScreen>
@@ -136,15 +137,22 @@ void WindowHighlighter::setVisible(bool visible)
         m_hoveredWindow = 0;
         cutOut();
     }
-    if (visible) {
+    if (visible)
         m_updateTimer->start();
-        qApp->installEventFilter(this);
-    } else {
+    else
         m_updateTimer->stop();
-        qApp->removeEventFilter(this);
-    }
+    // Shown by the hotkey alone it picks nothing.
+    takeKeys(visible && isSignalConnected(QMetaMethod::fromSignal(&WindowHighlighter::windowClicked)));
     m_desktop->setInputWanted(visible);
     QWidget::setVisible(visible);
+}
+
+void WindowHighlighter::takeKeys(bool taken)
+{
+    if (taken)
+        qApp->installEventFilter(this);
+    else
+        qApp->removeEventFilter(this);
 }
 
 void WindowHighlighter::onMouse(platform::MouseHook::Event event, const QPoint& position)

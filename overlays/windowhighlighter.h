@@ -12,10 +12,10 @@ class QKeyEvent;
 class QTimer;
 
 /// Lets the user pick a window: lays a red rectangle over the deepest window under the mouse and reports a click, which
-/// the window also gets. Without a mouse, and while a window of this program has the keyboard, Tab and the arrow keys
-/// lead from window to window, and Enter is the click. Ctrl+Shift+H shows and hides it, Escape cancels it. A second
-/// instance ends the program, and so does a failing mouse hook. Without a compositor it is cut to its outline.
-/// User-interface thread.
+/// the window also gets. Without a mouse, while somebody receives that and a window of this program has the keyboard,
+/// Tab and the arrow keys lead from window to window, and Enter is the click. Ctrl+Shift+H shows and hides it, Escape
+/// cancels it. A second instance ends the program, and so does a failing mouse hook. Without a compositor it is cut to
+/// its outline. User-interface thread.
 class WindowHighlighter : public QWidget
 {
     Q_OBJECT
@@ -54,6 +54,7 @@ private:
     void installHook();
     void onMouse(platform::MouseHook::Event event, const QPoint& position);
     void onClick(platform::MouseHook::Event event, const QPoint& position);
+    void takeKeys(bool taken);
     bool onKey(const QKeyEvent& key);
     void highlightNext(bool forwards);
     void pickHighlighted();

@@ -287,11 +287,31 @@ private slots:
         Desktop desktop{{{7, QRect(30, 40, 300, 200)}}};
         desktop.stack = {7};
         Highlighter highlighter(desktop);
+        const QSignalSpy picked(&highlighter, &WindowHighlighter::windowClicked);
         highlighter.show();
         QLineEdit field(QStringLiteral("name"));
         QTest::keyClick(&field, Qt::Key_Left);
         QCOMPARE(field.cursorPosition(), 3);
         QCOMPARE(highlighter.hoveredWindow(), NativeWindow(0));
+    }
+
+    void keysAreTakenOnlyWhileSomebodyReceivesTheWindow()
+    {
+        Desktop desktop{{{7, QRect(30, 40, 300, 200)}}};
+        desktop.stack = {7};
+        Highlighter highlighter(desktop);
+        QWidget tile;
+        desktop.hotkey();
+        QVERIFY(highlighter.isVisible());
+        QTest::keyClick(&tile, Qt::Key_Down);
+        QCOMPARE(highlighter.hoveredWindow(), NativeWindow(0));
+        // As the tile of the main window does, over what the hotkey has shown.
+        const QSignalSpy picked(&highlighter, &WindowHighlighter::windowClicked);
+        highlighter.show();
+        QTest::keyClick(&tile, Qt::Key_Down);
+        QCOMPARE(highlighter.hoveredWindow(), NativeWindow(7));
+        QTest::keyClick(&tile, Qt::Key_Return);
+        QCOMPARE(picked.size(), 1);
     }
 
     void onAScreenScaled150PercentTheFrameIsRounded()
