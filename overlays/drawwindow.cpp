@@ -353,9 +353,13 @@ void DrawWindow::mousePressEvent(QMouseEvent* event)
         close();
         return;
     }
+    OverlayFrame::mousePressEvent(event);
+}
+
+void DrawWindow::beginDrag()
+{
     if (size() != m_ratioSize)
         takeRatio();
-    OverlayFrame::mousePressEvent(event);
 }
 
 void DrawWindow::takeRatio()

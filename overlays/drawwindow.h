@@ -82,6 +82,7 @@ protected:
     void endToolBarDrag() override;
     void drawingChanged() override;
     framegeometry::HitArea handleAt(const QPoint& position) const override;
+    void beginDrag() override;
     void drag(framegeometry::HitArea area, const QRect& start, const QPoint& delta) override;
     void endDrag(framegeometry::HitArea area, const QPoint& position) override;
     bool isBorderVisible() const override { return !m_concealed; }

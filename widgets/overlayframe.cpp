@@ -302,6 +302,7 @@ void OverlayFrame::moveOrResize(HitArea area, const QPoint& step)
         dragByToolBar(pos() + step);
         endToolBarDrag();
     } else if (framegeometry::isResize(handleAt(rect().bottomRight()))) {
+        beginDrag();
         drag(area, geometry(), step);
         endDrag(area, mapFromGlobal(QCursor::pos()));
     }
@@ -335,6 +336,7 @@ void OverlayFrame::mousePressEvent(QMouseEvent* event)
     QWidget::mousePressEvent(event);
     if (event->button() != Qt::LeftButton)
         return;
+    beginDrag();
     m_pressed = true;
     m_dragStartPos = event->globalPosition().toPoint();
     m_dragStartGeometry = geometry();

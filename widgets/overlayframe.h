@@ -64,6 +64,8 @@ protected:
     virtual void positionToolBar() = 0;
     virtual void dragByToolBar(const QPoint& topLeft) { move(topLeft); }
     virtual void endToolBarDrag() {}
+    /// Before a drag by the pointer or by keys.
+    virtual void beginDrag() {}
     /// What a press there drags while the pen is off.
     virtual framegeometry::HitArea handleAt(const QPoint& position) const = 0;
     virtual void drag(framegeometry::HitArea area, const QRect& start, const QPoint& delta) = 0;

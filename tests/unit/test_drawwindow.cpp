@@ -470,6 +470,17 @@ private slots:
         QCOMPARE(window.size(), QSize(440, 440));
     }
 
+    void keysKeepTheRatioThatTheFrameWasGivenAfterItWasLocked()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.setLockRatio(true);
+        window.setGeometry(QRect(kGeometry.topLeft(), QSize(400, 400)));
+        window.show();
+        QTest::keyClick(&window, Qt::Key_Right, Qt::ControlModifier);
+        QCOMPARE(window.size(), QSize(410, 410));
+    }
+
     void lockedRatioIsThatOfTheFrameOnceItWasCut()
     {
         DrawWindow window;
