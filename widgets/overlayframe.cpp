@@ -188,15 +188,14 @@ bool OverlayFrame::eventFilter(QObject* watched, QEvent* event)
         showHoverIcon(*watched, event->type() == QEvent::Enter);
         return false;
     case QEvent::MouseButtonPress:
+        // On Windows a press on the bar takes the keyboard from the frame, and its first button would get the focus.
+        m_toolBar->setFocus(Qt::MouseFocusReason);
+        [[fallthrough]];
     case QEvent::MouseMove:
     case QEvent::MouseButtonRelease:
         return watched == m_toolBar.get() && filterToolBar(static_cast<const QMouseEvent&>(*event));
     case QEvent::KeyPress:
-        // On Windows a press on the bar takes the keyboard from the frame.
-        if (watched != m_toolBar.get())
-            return false;
-        keyPressEvent(static_cast<QKeyEvent*>(event));
-        return true;
+        return filterKey(*watched, static_cast<QKeyEvent&>(*event));
     default:
         return false;
     }
@@ -208,6 +207,21 @@ void OverlayFrame::showHoverIcon(QObject& watched, bool hovered)
     const QString icon = watched.property(kIconProperty).toString();
     if (button != nullptr && !button->isChecked() && !icon.isEmpty())
         button->setIcon(icons::named(icon, hovered ? icons::Tone::Light : icons::Tone::Normal));
+}
+
+/// What the bar does not need is the frame's.
+bool OverlayFrame::filterKey(QObject& watched, QKeyEvent& event)
+{
+    auto* const button = qobject_cast<QPushButton*>(&watched);
+    const bool isEnter = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    if (button != nullptr && isEnter && !event.isAutoRepeat())
+        button->click();
+    if (button != nullptr)
+        return isEnter;
+    if (event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab)
+        return false;
+    keyPressEvent(&event);
+    return true;
 }
 
 bool OverlayFrame::filterToolBar(const QMouseEvent& event)

@@ -125,6 +125,7 @@ private:
     void moveOrResize(framegeometry::HitArea area, const QPoint& step);
     static void showHoverIcon(QObject& watched, bool hovered);
     bool filterToolBar(const QMouseEvent& event);
+    bool filterKey(QObject& watched, QKeyEvent& event);
     void extendStroke(const QPointF& position);
     void finishStroke(const QPointF& position);
     void showStrokes();

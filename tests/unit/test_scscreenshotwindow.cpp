@@ -685,6 +685,44 @@ private slots:
         QVERIFY(!toolBar().isVisible());
     }
 
+    void enterPressesTheButtonThatHasTheFocus()
+    {
+        m_window->show();
+        const QSignalSpy cancelled(m_window.get(), &SCScreenshotWindow::screenshotCancelled);
+        const QSignalSpy saved(m_window.get(), &SCScreenshotWindow::screenshotSaved);
+        QTest::keyClick(&button("drawButton"), Qt::Key_Enter);
+        QVERIFY(button("drawButton").isChecked());
+        QVERIFY(m_window->isVisible());
+        QTest::keyClick(&button("cancelButton"), Qt::Key_Return);
+        QCOMPARE(saved.size(), 0);
+        QCOMPARE(cancelled.size(), 1);
+        QVERIFY(!m_window->isVisible());
+    }
+
+    /// Space would press the first button.
+    void pressOnTheToolBarGivesTheFocusToNoButton_data()
+    {
+        QTest::addColumn<QString>("pressed");
+        QTest::newRow("bar") << QString();
+        QTest::newRow("button") << QStringLiteral("clearButton");
+    }
+
+    void pressOnTheToolBarGivesTheFocusToNoButton()
+    {
+        QFETCH(const QString, pressed);
+        m_window->show();
+        toolBar().activateWindow();
+        button("saveButton").setFocus();
+        QTRY_COMPARE(QApplication::focusWidget(), &button("saveButton"));
+        QWidget& part = pressed.isEmpty() ? toolBar() : button(qPrintable(pressed));
+        QTest::mouseClick(&part, Qt::LeftButton, {}, part.rect().bottomRight() - QPoint(5, 5));
+        QCOMPARE(QApplication::focusWidget(), &toolBar());
+        QTest::keyClick(&toolBar(), Qt::Key_Space);
+        QVERIFY(m_window->isVisible());
+        QTest::keyClick(&toolBar(), Qt::Key_Tab);
+        QTRY_COMPARE(QApplication::focusWidget(), &button("saveButton"));
+    }
+
 private:
     /// The tool bar's position on the desktop, taken for one in the frame.
     static QRect hole() { return toolBar().geometry(); }
