@@ -279,7 +279,20 @@ bool DrawWindow::event(QEvent* event)
     // Windows raises what it activates.
     if (event->type() == QEvent::WindowActivate)
         raiseToolBarInside();
+    if (event->type() == QEvent::WindowDeactivate)
+        noteKeyboard();
     return isHandled;
+}
+
+void DrawWindow::takeKeyboard()
+{
+    m_isKeyboardTaken = true;
+    OverlayFrame::takeKeyboard();
+}
+
+void DrawWindow::noteKeyboard()
+{
+    m_isKeyboardTaken = m_isKeyboardTaken && hasKeyboard();
 }
 
 void DrawWindow::onStartButton()
@@ -303,6 +316,8 @@ void DrawWindow::onCloseButton()
 
 bool DrawWindow::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == &toolBar() && event->type() == QEvent::WindowDeactivate)
+        noteKeyboard();
     if (event->type() != QEvent::ToolTip || watched == &toolBar())
         return OverlayFrame::eventFilter(watched, event);
     bartip::show(static_cast<QWidget&>(*watched), m_recording && !m_areTipsLeftOut ? geometry() : QRect());

@@ -43,6 +43,10 @@ public:
     void positionToolBar() override;
     QRect toolBarGeometry() const { return toolBar().geometry(); }
 
+    /// Until the keyboard goes elsewhere, arrow keys move the frame also while the inside is recorded. A frame that has
+    /// it from before leaves them then: they may be meant for what is recorded.
+    void takeKeyboard() override;
+
     void setTimeText(const QString& text);
     void setPaused(bool paused);
 
@@ -82,6 +86,7 @@ protected:
     void endToolBarDrag() override;
     void drawingChanged() override;
     framegeometry::HitArea handleAt(const QPoint& position) const override;
+    bool takesArrowKeys() const override { return !m_insideRecorded || m_isKeyboardTaken; }
     void beginDrag() override;
     void drag(framegeometry::HitArea area, const QRect& start, const QPoint& delta) override;
     void endDrag(framegeometry::HitArea area, const QPoint& position) override;
@@ -99,6 +104,7 @@ private:
     int allToolsWidth() const;
     void showTools();
     QRect wantedToolBar() const;
+    void noteKeyboard();
     bool isToolBarInside() const;
     void raiseToolBarInside();
     void onStartButton();
@@ -134,6 +140,7 @@ private:
     int m_borderWidth = 4;
     bool m_recording = false;
     bool m_insideRecorded = false;
+    bool m_isKeyboardTaken = false;
     bool m_isBarLeftOut = false;
     bool m_areTipsLeftOut = false;
     std::function<bool(QWidget&, bool)> m_setExcluded;

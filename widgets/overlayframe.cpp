@@ -324,7 +324,7 @@ void OverlayFrame::moveOrResize(HitArea area, const QPoint& step)
 
 void OverlayFrame::keyPressEvent(QKeyEvent* event)
 {
-    if (const QPoint step = arrowkeys::stepOf(*event); !step.isNull()) {
+    if (const QPoint step = arrowkeys::stepOf(*event); !step.isNull() && takesArrowKeys()) {
         moveOrResize(arrowkeys::areaOf(*event), step);
         return;
     }

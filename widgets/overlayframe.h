@@ -64,6 +64,7 @@ protected:
     virtual void positionToolBar() = 0;
     virtual void dragByToolBar(const QPoint& topLeft) { move(topLeft); }
     virtual void endToolBarDrag() {}
+    virtual bool takesArrowKeys() const { return true; }
     /// Before a drag by the pointer or by keys.
     virtual void beginDrag() {}
     /// What a press there drags while the pen is off.

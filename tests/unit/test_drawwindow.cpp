@@ -643,6 +643,7 @@ private slots:
         window.setGeometry(kGeometry);
         window.show();
         window.setInsideRecorded(true);
+        window.takeKeyboard();
         const QSignalSpy changed(&window, &DrawWindow::windowGeometryChanged);
         QTest::keyClick(&window, Qt::Key_Right, Qt::ControlModifier);
         QTest::keyClick(&window, Qt::Key_Left);
@@ -651,6 +652,33 @@ private slots:
         QTRY_COMPARE(window.geometry(), kGeometry.translated(-10, 0));
         QTRY_VERIFY(hasBorder(window));
         QCOMPARE(changed.last(), report(false, window.geometry().adjusted(4, 4, -4, -4)));
+    }
+
+    /// They may be meant for what is recorded.
+    void recordedInsideIsMovedByKeysOnlyWhileItHasTakenTheKeyboard()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.show();
+        window.activateWindow();
+        QTRY_VERIFY(window.hasKeyboard());
+        window.setInsideRecorded(true);
+        QTest::keyClick(&window, Qt::Key_Left);
+        QVERIFY(hasBorder(window));
+        QWidget other;
+        window.takeKeyboard();
+        other.show();
+        other.activateWindow();
+        QTRY_VERIFY(!window.hasKeyboard());
+        window.activateWindow();
+        QTRY_VERIFY(window.hasKeyboard());
+        QTest::keyClick(&window, Qt::Key_Left);
+        QVERIFY(hasBorder(window));
+        window.takeKeyboard();
+        toolBar()->activateWindow();
+        QTRY_VERIFY(toolBar()->isActiveWindow());
+        QTest::keyClick(toolBar(), Qt::Key_Left);
+        QTRY_COMPARE(window.geometry(), kGeometry.translated(-10, 0));
     }
 
     void tabLeadsFromTheFrameThroughItsToolBar()
