@@ -376,7 +376,11 @@ void CaptureController::onRegionSelected(const QRect& area)
 {
     emit areaChosen();
     frameVisiblePart(area);
-    m_region.raiseFrame();
+    // What is to be recorded keeps the keyboard.
+    if (m_activity.isIdle())
+        m_region.raiseFrame();
+    else
+        m_region.showFrame();
     applyCaptureArea();
     takeRatio(videoSize());
     m_ui.ratioBox->setCurrentIndex(0);
