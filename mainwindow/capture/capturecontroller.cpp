@@ -246,8 +246,30 @@ void CaptureController::onScreensChanged()
 void CaptureController::onScreensSettled()
 {
     if (m_activity.isIdle() && !m_region.isSelecting())
-        fitRegion();
+        keepRegion();
     m_region.positionToolBar();
+}
+
+bool CaptureController::isRegionOnNoScreen() const
+{
+    return recordsRegion() && !m_area.isUnset() && m_engine.desktop().visiblePart(m_area.rect()).isEmpty();
+}
+
+/// The screen of a region may only sleep: the region waits for it, until a recording begins.
+void CaptureController::keepRegion()
+{
+    if (isRegionOnNoScreen()) {
+        m_isFrameAway = true;
+        m_region.suspendFrame();
+        return;
+    }
+    fitRegion();
+    if (!std::exchange(m_isFrameAway, false))
+        return;
+    // The system may have moved it to another screen.
+    moveFrame(m_framed);
+    if (!m_screenshots.isFraming())
+        m_region.restoreFrame();
 }
 
 void CaptureController::onFullScreenTile()

@@ -104,6 +104,8 @@ private:
     void onScreenChosen();
     void onScreensChanged();
     void onScreensSettled();
+    bool isRegionOnNoScreen() const;
+    void keepRegion();
     void fitRegion();
     void frameVisiblePart(const QRect& area);
     /// Of what is inside the frame, as far as it can be recorded; false where that is too little.
@@ -141,4 +143,6 @@ private:
     /// By the engine, as one that it can capture.
     bool m_isScreenListed = false;
     bool m_isFrameClosed = false;
+    /// Whether the frame is hidden until a screen is back.
+    bool m_isFrameAway = false;
 };
