@@ -262,8 +262,9 @@ bool DrawWindow::followTo(const QPoint& firstPixel)
 
 void DrawWindow::endToolBarDrag()
 {
-    m_hideWhileDragging.end();
+    // What keeps clear of the bar asks for it with the report of the area.
     positionToolBar();
+    m_hideWhileDragging.end();
 }
 
 void DrawWindow::drawingChanged()

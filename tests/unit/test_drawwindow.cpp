@@ -360,6 +360,23 @@ private slots:
         QCOMPARE(toolBar()->geometry(), QRect(150, 310, 400, 30));
     }
 
+    void toolBarIsInItsPlaceWhenTheEndOfItsDragIsReported()
+    {
+        DrawWindow window;
+        window.setGeometry(kGeometry);
+        window.show();
+        QRect reported;
+        connect(&window, &DrawWindow::windowGeometryChanged, this, [&](bool isMoving) {
+            if (!isMoving)
+                reported = window.toolBarGeometry();
+        });
+        // There is no room above the frame any more.
+        drag(*toolBar(), toolBar()->geometry().center(), {0, -kGeometry.y()});
+        QCOMPARE(window.y(), 0);
+        QCOMPARE(reported, QRect(kGeometry.x(), kGeometry.height(), kGeometry.width(), 30));
+        QCOMPARE(toolBar()->geometry(), reported);
+    }
+
     void toolBarIsPositionedWhenShown()
     {
         DrawWindow window;
