@@ -248,6 +248,7 @@ void CaptureController::onScreensSettled()
     if (m_activity.isIdle() && !m_region.isSelecting())
         keepRegion();
     m_region.positionToolBar();
+    emit screensSettled();
 }
 
 bool CaptureController::isRegionOnNoScreen() const

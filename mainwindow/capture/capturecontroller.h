@@ -63,6 +63,9 @@ signals:
     /// Emitted during a recording, before the area is applied.
     void areaMoved();
 
+    /// The frame's bar may have moved.
+    void screensSettled();
+
     /// Emitted before another region, or no region, is applied.
     void areaChosen();
 

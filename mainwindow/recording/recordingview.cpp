@@ -45,6 +45,10 @@ RecordingView::RecordingView(QWidget& window, Ui::SCMainWindow& ui, CaptureContr
     connect(&m_session, &RecordingSession::elapsedChanged, this, &RecordingView::showElapsed);
     connect(m_ui.recordButton, &QPushButton::clicked, this, &RecordingView::onButtonClicked);
     connect(&m_capture, &CaptureController::areaMoved, this, &RecordingView::positionBar);
+    connect(&m_capture, &CaptureController::screensSettled, this, [this] {
+        if (m_status != recordstatus::kEnded)
+            positionBar();
+    });
     connect(&m_capture, &CaptureController::presetChosen, this, [this] {
         if (m_toolbar != nullptr)
             m_toolbar->hide();

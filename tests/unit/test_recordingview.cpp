@@ -172,6 +172,15 @@ private slots:
         QVERIFY(bar->mask().isEmpty() || bar->mask().intersects(bar->rect()));
     }
 
+    /// The frame's bar has moved with them.
+    void barIsPlacedAgainWhenScreensHaveChanged()
+    {
+        m_form->report(kStarted);
+        shownWindow<SCFullscreenToolbar>()->move(5, 5);
+        emit qGuiApp->primaryScreenChanged(QGuiApplication::primaryScreen());
+        QTRY_VERIFY(isBarAtTheTop());
+    }
+
     void windowAndBarAreExcludedFromCapturesUntilTheEnd()
     {
         dragRegion(*m_form, regionUnderTheBar().topLeft(), regionUnderTheBar().bottomRight());
