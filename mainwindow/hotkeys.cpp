@@ -51,7 +51,7 @@ Hotkeys::Hotkeys(QObject* parent, const Activity& activity, Notices& notices)
                     onAvailabilityChanged(*hotkey, available, reason);
                 });
     }
-    new WindowKey(*this);
+    new WindowKey(*this, notices);
 }
 
 void Hotkeys::onPressed(const Hotkey& hotkey, Activity::Refusal refusal, void (Hotkeys::*pressed)())

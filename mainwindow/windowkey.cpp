@@ -3,6 +3,7 @@
 
 #include "app/sclogger.h"
 #include "mainwindow/hotkeys.h"
+#include "mainwindow/notices/notices.h"
 #include "platform/input/global_hotkey.h"
 #include "platform/windowing/window_activation.h"
 #include "widgets/keyboardwindow.h"
@@ -42,11 +43,13 @@ QList<Offer> offers()
 
 } // namespace
 
-WindowKey::WindowKey(Hotkeys& hotkeys) : QObject(&hotkeys), m_hotkeys(hotkeys), m_key(new GlobalHotkey(this))
+WindowKey::WindowKey(Hotkeys& hotkeys, Notices& notices)
+    : QObject(&hotkeys), m_hotkeys(hotkeys), m_notices(notices), m_key(new GlobalHotkey(this))
 {
     connect(&hotkeys, &Hotkeys::recordingKeyChanged, this, &WindowKey::follow);
     connect(m_key, &GlobalHotkey::activated, this, &WindowKey::giveOn);
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &WindowKey::noteKeyboard);
+    connect(m_key, &GlobalHotkey::availabilityChanged, this, &WindowKey::onAvailabilityChanged);
     qApp->installEventFilter(this);
 }
 
@@ -85,9 +88,30 @@ void WindowKey::follow()
     if (std::exchange(m_followed, key) == key)
         return;
     m_before = 0;
-    const QString sequence = key.isEmpty() ? key : QLatin1String("Ctrl+Shift+") + key;
-    if (!m_key->registerKey(QKeySequence(sequence, QKeySequence::PortableText)))
-        SCLogger::warning(QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(sequence, m_key->failureReason()));
+    m_name = key.isEmpty() ? key : QLatin1String("Ctrl+Shift+") + key;
+    if (!m_key->registerKey(QKeySequence(m_name, QKeySequence::PortableText)))
+        report(m_key->failureReason());
+    else if (!key.isEmpty())
+        m_reported.clear();
+}
+
+void WindowKey::onAvailabilityChanged(bool available, const QString& reason)
+{
+    if (!available) {
+        report(reason);
+        return;
+    }
+    SCLogger::info(QStringLiteral("The hotkey \"%1\" works again").arg(m_name));
+    m_reported.clear();
+}
+
+/// The windows can be reached by the pointer all the same: in a notice once, not with every window.
+void WindowKey::report(const QString& reason)
+{
+    SCLogger::warning(QStringLiteral("The hotkey \"%1\" cannot be used: %2").arg(m_name, reason));
+    const QString text = Hotkeys::unusableText(m_name);
+    if (std::exchange(m_reported, text) != text)
+        m_notices.post({.text = text, .isOfTheMoment = true});
 }
 
 void WindowKey::giveOn()

@@ -6,6 +6,7 @@
 
 class Hotkeys;
 class KeyboardWindow;
+class Notices;
 
 namespace platform {
 class GlobalHotkey;
@@ -19,8 +20,8 @@ class WindowKey : public QObject
     Q_OBJECT
 
 public:
-    /// Belongs to hotkeys, whose parent is the main window.
-    explicit WindowKey(Hotkeys& hotkeys);
+    /// Belongs to hotkeys, whose parent is the main window. A key that cannot be had is reported in a notice.
+    WindowKey(Hotkeys& hotkeys, Notices& notices);
     ~WindowKey() override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -28,15 +29,21 @@ public:
 private:
     void follow();
     void noteKeyboard();
+    void onAvailabilityChanged(bool available, const QString& reason);
+    void report(const QString& reason);
     void giveOn();
     void onHidden();
     bool giveToMainWindow() const;
     bool giveToFormer();
 
     const Hotkeys& m_hotkeys;
+    Notices& m_notices;
     platform::GlobalHotkey* const m_key;
     /// The recording's, empty while there is no window.
     QString m_followed;
+    QString m_name;
+    /// The text that was last posted.
+    QString m_reported;
     /// Qt's native window id, 0 for none.
     quint64 m_before = 0;
     /// That has the keyboard, only for comparison.

@@ -2,6 +2,7 @@
 #include "app/settings.h"
 #include "mainwindow/hotkeys.h"
 #include "mainwindow/notices/notices.h"
+#include "overlays/drawwindow.h"
 #include "platform/input/global_hotkey.h"
 #include "tests/support/windowtest.h"
 
@@ -139,8 +140,35 @@ private slots:
         QCOMPARE(posted.size(), 1);
     }
 
+    void windowKeyThatCannotBeHadIsReportedOnce()
+    {
+        // Where there is no display to take keys from, nobody can have it either.
+        GlobalHotkey other(nullptr);
+        other.registerKey(QKeySequence(QStringLiteral("Ctrl+Shift+F8")));
+        const auto settings = openSettings();
+        settings->setValue(settingskeys::kRecordingHotkey, QStringLiteral("F8"));
+        m_hotkeys->apply(*settings);
+        emit key(0).availabilityChanged(true, {});
+        QCoreApplication::processEvents();
+        const QSignalSpy posted(&m_notices, &Notices::posted);
+        DrawWindow frame;
+        frame.show();
+        QTRY_COMPARE(posted.size(), 1);
+        const auto notice = posted.at(0).at(0).value<Notice>();
+        QCOMPARE(notice.text, QStringLiteral("The hotkey Ctrl+Shift+F8 cannot be used. Another program may hold it."));
+        frame.hide();
+        QCoreApplication::processEvents();
+        frame.show();
+        QCoreApplication::processEvents();
+        QCOMPARE(posted.size(), 1);
+        // With a new keyboard layout.
+        emit key(2).availabilityChanged(true, {});
+        emit key(2).availabilityChanged(false, QStringLiteral("the keyboard has no such key"));
+        QCOMPARE(posted.size(), 2);
+    }
+
 private:
-    /// 0 is the recording's, 1 the screenshot's.
+    /// 0 is the recording's, 1 the screenshot's, 2 the window key.
     GlobalHotkey& key(int index) const { return *m_hotkeys->findChildren<GlobalHotkey*>().at(index); }
     void press(int index) const { emit key(index).activated(); }
 
