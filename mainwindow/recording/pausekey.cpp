@@ -56,10 +56,12 @@ void PauseKey::toggle()
 
 void PauseKey::onAvailabilityChanged(bool available, const QString& reason)
 {
-    if (available)
-        SCLogger::info(QStringLiteral("The hotkey \"%1\" works again").arg(m_name));
-    else
+    if (!available) {
         report(reason);
+        return;
+    }
+    SCLogger::info(QStringLiteral("The hotkey \"%1\" works again").arg(m_name));
+    m_reported.clear();
 }
 
 /// The bar pauses all the same: in a notice once, not with every recording.

@@ -37,6 +37,6 @@ private:
     platform::GlobalHotkey* const m_key;
     bool m_isWanted = false;
     QString m_name;
-    /// What the user has been told of that key.
+    /// The text that was last posted.
     QString m_reported;
 };

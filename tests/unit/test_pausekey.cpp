@@ -96,13 +96,17 @@ private slots:
 
     void keyThatALayoutTakesAwayIsReported()
     {
-        m_recordingKey.clear();
+        // Nobody else holds it any more.
+        m_other.registerKey({});
         m_session->requestStart();
+        auto* const key = m_key->findChild<GlobalHotkey*>();
+        emit key->availabilityChanged(true, {});
         const QSignalSpy posted(&m_notices, &Notices::posted);
-        emit m_key->findChild<GlobalHotkey*>()->availabilityChanged(false,
-                                                                    QStringLiteral("the keyboard has no such key"));
+        emit key->availabilityChanged(false, QStringLiteral("the keyboard has no such key"));
         QCOMPARE(posted.size(), 1);
-        emit m_key->findChild<GlobalHotkey*>()->availabilityChanged(true, {});
+        QCOMPARE(posted.at(0).at(0).value<Notice>().text,
+                 QStringLiteral("The hotkey Shift+F9 cannot be used. Another program may hold it."));
+        emit key->availabilityChanged(true, {});
         QCOMPARE(posted.size(), 1);
     }
 
