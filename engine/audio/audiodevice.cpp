@@ -36,8 +36,10 @@ ObsSourceHandle AudioDevice::sourceOnChannel(const char* name, const QByteArray&
 
 void AudioDevice::request(bool enabled, const QString& deviceId)
 {
+    // One that is only switched on or off is not chosen.
+    if (enabled == isWanted() || deviceId != kDefaultAudioDevice)
+        m_replaced.clear();
     m_request = enabled ? deviceId.toUtf8() : QByteArray(kNoDevice);
-    m_replaced.clear();
     // It may have to wait, and a device that comes back meanwhile is not to be heard.
     if (*m_request == kNoDevice)
         setMuted(true);

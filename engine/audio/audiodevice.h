@@ -77,7 +77,8 @@ public:
     void setMuted(bool muted);
     /// Another one was chosen, and the default one is listed.
     bool canFallBack() const;
-    /// Goes on with the default one, audible, until another one is requested.
+    /// Goes on with the default one, audible, until another one is requested, or the same one again without being
+    /// switched on or off.
     void fallBack();
     /// The one that was chosen before fallBack() is listed again.
     bool canReturn() const { return !m_replaced.isEmpty() && listDevices().values.contains(m_replaced); }

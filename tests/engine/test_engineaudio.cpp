@@ -303,6 +303,22 @@ private slots:
         QCOMPARE(reports.take(), QStringList());
     }
 
+    void replacedMicrophoneIsUsedAgainAlsoAfterItWasSwitchedOffAndOn()
+    {
+        useAServer();
+        m_wrapper->setMicDevice(true, QStringLiteral("mic-1"));
+        AudioReports reports(*m_wrapper);
+        behaviour().microphones = {{"Default", "default"}};
+        noticeChange();
+        QTRY_COMPARE(reports.take(), QStringList{"default 1"});
+        m_wrapper->setMicDevice(false, QStringLiteral("default"));
+        m_wrapper->setMicDevice(true, QStringLiteral("default"));
+        listDevices();
+        noticeChange();
+        QCOMPARE(standins::lastSettings("wasapi_input_capture").value("device_id").toString(), QString("mic-1"));
+        QCOMPARE(reports.take(), QStringList{"chosen 1"});
+    }
+
     void chosenSpeakerIsReplacedByTheNextOneThatComesAfterAllHaveGone()
     {
         useAServer();
