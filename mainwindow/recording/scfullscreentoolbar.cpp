@@ -33,6 +33,8 @@ constexpr int kCornerRadiusPx = 8;
 /// Qt::WindowStaysOnTopHint and the bits of Qt::Tool and Qt::SubWindow.
 constexpr int kWindowFlags = 0x4001B;
 constexpr int kTopEdgePx = 10;
+/// On X11 it comes in the server's own time.
+constexpr int kKeyboardComesMs = 1000;
 constexpr double kHighestAlpha = 230.0;
 constexpr int kOpaque = 255;
 
@@ -290,6 +292,11 @@ void SCFullscreenToolbar::takeKeyboard()
     m_isShownForKeyboard = true;
     fadeIn();
     platform::giveKeyboard(*this);
+    // The system may refuse, and then nothing is lost that would end it.
+    QTimer::singleShot(kKeyboardComesMs, this, [this] {
+        if (!isActiveWindow())
+            m_isShownForKeyboard = false;
+    });
 }
 
 void SCFullscreenToolbar::onAutoHideToggled(bool checked)

@@ -117,7 +117,7 @@ private:
     bool m_topEdgeOnly = false;
     /// Not by the user, who has not pressed it since.
     bool m_isPinReleased = false;
-    /// From takeKeyboard() until the keyboard goes elsewhere.
+    /// From takeKeyboard() until the keyboard goes elsewhere, or does not come.
     bool m_isShownForKeyboard = false;
     QRect m_recordedArea;
     bool m_concealed = false;
