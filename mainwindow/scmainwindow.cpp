@@ -205,7 +205,8 @@ void SCMainWindow::makeHotkeys()
     connect(m_hotkeys, &Hotkeys::settingsRequested, m_menu, &MainMenu::openSettings);
     m_hotkeys->apply(*m_settings);
     new HelpKey(this, *m_notices, *m_settings);
-    new PauseKey(this, m_view->session(), *m_notices, [this] { return m_hotkeys->recordingKey(); });
+    connect(new PauseKey(this, m_view->session(), *m_notices, [this] { return m_hotkeys->recordingKey(); }),
+            &PauseKey::keyChanged, m_view.get(), &RecordingView::setPauseKey);
 }
 
 void SCMainWindow::showStoredSettings()

@@ -31,10 +31,12 @@ void PauseKey::follow()
     const bool isWanted = state == RecordingState::Recording || state == RecordingState::Paused;
     if (std::exchange(m_isWanted, isWanted) == isWanted)
         return;
-    if (isWanted)
+    if (isWanted) {
         take();
-    else
-        m_key->registerKey({});
+        return;
+    }
+    m_key->registerKey({});
+    emit keyChanged({});
 }
 
 void PauseKey::take()
@@ -43,7 +45,9 @@ void PauseKey::take()
     if (key.isEmpty())
         return;
     m_name = QLatin1String("Shift+") + key;
-    if (m_key->registerKey(QKeySequence(m_name, QKeySequence::PortableText)))
+    const bool isTaken = m_key->registerKey(QKeySequence(m_name, QKeySequence::PortableText));
+    emit keyChanged(isTaken ? m_name : QString());
+    if (isTaken)
         m_reported.clear();
     else
         report(m_key->failureReason());
@@ -56,6 +60,7 @@ void PauseKey::toggle()
 
 void PauseKey::onAvailabilityChanged(bool available, const QString& reason)
 {
+    emit keyChanged(available ? m_name : QString());
     if (!available) {
         report(reason);
         return;

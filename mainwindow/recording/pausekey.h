@@ -24,6 +24,10 @@ public:
     /// @param recordingKey empty where there is none
     PauseKey(QObject* parent, RecordingSession& session, Notices& notices, std::function<QString()> recordingKey);
 
+signals:
+    /// The one that pauses now, empty where there is none.
+    void keyChanged(const QString& key);
+
 private:
     void follow();
     void take();

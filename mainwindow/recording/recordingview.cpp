@@ -2,7 +2,6 @@
 #include "mainwindow/recording/recordingview.h"
 
 #include "app/settings.h"
-#include "dialogs/hotkeychoices.h"
 #include "mainwindow/activity.h"
 #include "mainwindow/capture/capturearea.h"
 #include "mainwindow/capture/capturecontroller.h"
@@ -145,6 +144,13 @@ FloatingNotice& RecordingView::notice()
     return *m_notice;
 }
 
+void RecordingView::setPauseKey(const QString& key)
+{
+    m_pauseKey = key;
+    if (m_toolbar != nullptr)
+        m_toolbar->setPauseKey(key);
+}
+
 void RecordingView::showNotice(const Notice& notice)
 {
     if (m_status == recordstatus::kEnded)
@@ -160,8 +166,7 @@ void RecordingView::showOverlays()
     bar.setRecording(true);
     bar.setPaused(false);
     bar.setPausable(m_recorder.canPauseRecording());
-    const QString hotkey = m_settings.value(settingskeys::kRecordingHotkey).toString();
-    bar.setPauseKey(hotkey == QLatin1String(hotkeychoices::kNone) ? QString() : QLatin1String("Shift+") + hotkey);
+    bar.setPauseKey(m_pauseKey);
     bar.setAudioOnly(!m_capture.selection().recordsVideo());
     positionBar();
     bar.show();

@@ -52,6 +52,9 @@ public:
     bool isActive() const { return m_status == recordstatus::kStarted; }
     void minimiseWhileActive();
 
+    /// For the floating bar; empty where there is none.
+    void setPauseKey(const QString& key);
+
     /// Beside the floating bar; ignored when that is not shown.
     void showNotice(const Notice& notice);
 
@@ -105,5 +108,6 @@ private:
     /// Whether the system keeps the bar out of the video at any position.
     bool m_isBarExcluded = false;
     bool m_isNoticeExcluded = false;
+    QString m_pauseKey;
     int m_status = recordstatus::kEnded;
 };

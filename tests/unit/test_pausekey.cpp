@@ -69,8 +69,10 @@ private slots:
     void keyThatCannotBeHadIsTriedOnceInARecordingAndReportedOnce()
     {
         const QSignalSpy posted(&m_notices, &Notices::posted);
+        const QSignalSpy changed(m_key.get(), &PauseKey::keyChanged);
         const MessageCapture messages;
         m_session->requestStart();
+        QCOMPARE(changed, QList<QVariantList>{{QString()}});
         QCOMPARE(m_session->state(), RecordingState::Recording);
         pauseAndResume();
         QCOMPARE(failures(messages), 1);
@@ -100,9 +102,12 @@ private slots:
         m_other.registerKey({});
         m_session->requestStart();
         auto* const key = m_key->findChild<GlobalHotkey*>();
+        const QSignalSpy changed(m_key.get(), &PauseKey::keyChanged);
         emit key->availabilityChanged(true, {});
+        QCOMPARE(changed.last(), QVariantList{QStringLiteral("Shift+F9")});
         const QSignalSpy posted(&m_notices, &Notices::posted);
         emit key->availabilityChanged(false, QStringLiteral("the keyboard has no such key"));
+        QCOMPARE(changed.last(), QVariantList{QString()});
         QCOMPARE(posted.size(), 1);
         QCOMPARE(posted.at(0).at(0).value<Notice>().text,
                  QStringLiteral("The hotkey Shift+F9 cannot be used. Another program may hold it."));

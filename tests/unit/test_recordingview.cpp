@@ -172,6 +172,16 @@ private slots:
         QVERIFY(bar->mask().isEmpty() || bar->mask().intersects(bar->rect()));
     }
 
+    void toolTipSaysThePauseKeyThatThereIs()
+    {
+        openSettings()->setValue(settingskeys::kRecordingHotkey, QStringLiteral("F9"));
+        m_form->report(kStarted);
+        const auto* const pause = part<QPushButton>(kBar, "pauseButton");
+        QCOMPARE(pause->toolTip(), QStringLiteral("Pause Recording"));
+        m_form->view->setPauseKey(QStringLiteral("Shift+F9"));
+        QCOMPARE(pause->toolTip(), QStringLiteral("Pause Recording (Shift+F9)"));
+    }
+
     /// The frame's bar has moved with them.
     void barIsPlacedAgainWhenScreensHaveChanged()
     {
