@@ -26,8 +26,8 @@ public:
     /// window. 0 when the system does not answer.
     NativeWindow at(const QPoint& position) const;
 
-    /// Those of all programs that the user can see, or that others cover, as windows of topLevelOf(). The topmost is
-    /// the first one.
+    /// Those of all programs that the user can see, or that others cover, as windows of topLevelOf(), without panels
+    /// and what else a desktop is made of. The topmost is the first one.
     std::vector<NativeWindow> shown() const;
 
     bool exists(NativeWindow window) const;

@@ -10,6 +10,8 @@
 #include <xcb/shape.h>
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <iterator>
 #include <span>
 #include <tuple>
@@ -52,6 +54,7 @@ struct NativeWindows::Private
     xcb_window_t managedAbove(xcb_window_t window) const;
     xcb_window_t managedBelow(xcb_window_t window) const;
     std::vector<xcb_window_t> clients() const;
+    bool isPartOfTheDesktop(xcb_window_t window) const;
     QByteArray propertyOf(xcb_window_t window, xcb_atom_t property) const;
 
     xcb::Connection connection;
@@ -60,6 +63,10 @@ struct NativeWindows::Private
     xcb_atom_t managed = XCB_ATOM_NONE;
     xcb_atom_t utf8Name = XCB_ATOM_NONE;
     xcb_atom_t clientsStacking = XCB_ATOM_NONE;
+    xcb_atom_t windowType = XCB_ATOM_NONE;
+    xcb_atom_t windowState = XCB_ATOM_NONE;
+    /// Types and states of what users do not take for a window.
+    std::array<xcb_atom_t, 4> leftOut{};
 };
 
 NativeWindows::Private::Private()
@@ -74,6 +81,12 @@ NativeWindows::Private::Private()
     managed = xcb::atomNamed(connection.get(), "WM_STATE");
     utf8Name = xcb::atomNamed(connection.get(), "_NET_WM_NAME");
     clientsStacking = xcb::atomNamed(connection.get(), "_NET_CLIENT_LIST_STACKING");
+    windowType = xcb::atomNamed(connection.get(), "_NET_WM_WINDOW_TYPE");
+    windowState = xcb::atomNamed(connection.get(), "_NET_WM_STATE");
+    leftOut = {xcb::atomNamed(connection.get(), "_NET_WM_WINDOW_TYPE_DESKTOP"),
+               xcb::atomNamed(connection.get(), "_NET_WM_WINDOW_TYPE_DOCK"),
+               xcb::atomNamed(connection.get(), "_NET_WM_STATE_HIDDEN"),
+               xcb::atomNamed(connection.get(), "_NET_WM_STATE_SKIP_TASKBAR")};
 }
 
 /// The child with what position is in its coordinates; position is in the parent's.
@@ -192,6 +205,15 @@ std::vector<xcb_window_t> NativeWindows::Private::clients() const
     return {first, first + xcb_get_property_value_length(reply.get()) / sizeof(xcb_window_t)};
 }
 
+/// Its background, a panel, or a window that no panel lists.
+bool NativeWindows::Private::isPartOfTheDesktop(xcb_window_t window) const
+{
+    const QByteArray bytes = propertyOf(window, windowType) + propertyOf(window, windowState);
+    std::vector<xcb_atom_t> atoms(static_cast<std::size_t>(bytes.size()) / sizeof(xcb_atom_t));
+    std::memcpy(atoms.data(), bytes.constData(), atoms.size() * sizeof(xcb_atom_t));
+    return std::ranges::find_first_of(atoms, leftOut) != atoms.end();
+}
+
 /// Its first 1024 bytes.
 QByteArray NativeWindows::Private::propertyOf(xcb_window_t window, xcb_atom_t property) const
 {
@@ -225,7 +247,9 @@ std::vector<NativeWindow> NativeWindows::shown() const
         return {};
     const std::vector<xcb_window_t> clients = m_private->clients();
     std::vector<NativeWindow> windows(clients.rbegin(), clients.rend());
-    std::erase_if(windows, [this](NativeWindow window) { return !isShown(window); });
+    std::erase_if(windows, [this](NativeWindow window) {
+        return !isShown(window) || m_private->isPartOfTheDesktop(static_cast<xcb_window_t>(window));
+    });
     return windows;
 }
 

@@ -16,6 +16,7 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <algorithm>
 #include <vector>
 
 using desktopuser::scale;
@@ -385,6 +386,32 @@ private slots:
         QTRY_COMPARE(topmost(), (std::vector<platform::NativeWindow>{upper.winId(), lower.winId()}));
         upper.showMinimized();
         QTRY_COMPARE(topmost().front(), platform::NativeWindow(lower.winId()));
+    }
+
+    void partsOfTheDesktopAreNotListed_data()
+    {
+        QTest::addColumn<Qt::WidgetAttribute>("type");
+        QTest::newRow("panel") << Qt::WA_X11NetWmWindowTypeDock;
+        QTest::newRow("background") << Qt::WA_X11NetWmWindowTypeDesktop;
+    }
+
+    void partsOfTheDesktopAreNotListed()
+    {
+        QFETCH(const Qt::WidgetAttribute, type);
+        const platform::NativeWindows windows;
+        QWidget part;
+        part.setAttribute(type);
+        part.setGeometry(560, 140, 200, 150);
+        part.show();
+        QTRY_VERIFY(windows.isShown(part.winId()));
+        QWidget later;
+        later.setGeometry(580, 160, 200, 150);
+        later.show();
+        const auto isListed = [&windows](const QWidget& window) {
+            return std::ranges::count(windows.shown(), platform::NativeWindow(window.internalWinId())) == 1;
+        };
+        QTRY_VERIFY(isListed(later));
+        QVERIFY(!isListed(part));
     }
 
     void theDesktopItselfIsAWindow()
