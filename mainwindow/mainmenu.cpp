@@ -11,6 +11,7 @@
 #include "dialogs/scsettingswindow.h"
 #include "dialogs/scupgradewindow.h"
 #include "mainwindow/activity.h"
+#include "mainwindow/helpkey.h"
 #include "mainwindow/menustyle.h"
 #include "mainwindow/updatenotice.h"
 #include "widgets/desktopservices.h"
@@ -41,13 +42,16 @@ QMenu* addSubmenu(QMenu& menu, const char* title)
 
 } // namespace
 
-MainMenu::MainMenu(QWidget* window, QSettings& settings, const Activity& activity, const Durations& durations)
+MainMenu::MainMenu(QWidget* window, QSettings& settings, const Activity& activity, Notices& notices,
+                   const Durations& durations)
     : QObject(window)
     , m_window(*window)
     , m_settings(settings)
     , m_activity(activity)
     , m_updateNotice(new UpdateNotice(window, activity, durations))
-{}
+{
+    new HelpKey(this, notices, settings);
+}
 
 MainMenu::~MainMenu()
 {

@@ -9,6 +9,7 @@
 #include <memory>
 
 class Activity;
+class Notices;
 class QMenu;
 class QSettings;
 class QWidget;
@@ -16,14 +17,15 @@ class SCTranslator;
 class UpdateNotice;
 struct Durations;
 
-/// The main menu, its dialogs, the language, and pages in the browser. User-interface thread.
+/// The main menu, its dialogs, the language, the manual, and pages in the browser. User-interface thread.
 class MainMenu : public QObject
 {
     Q_OBJECT
 
 public:
     /// Starts the delay of the silent update check. Belongs to window; all else must outlive this object.
-    MainMenu(QWidget* window, QSettings& settings, const Activity& activity, const Durations& durations);
+    MainMenu(QWidget* window, QSettings& settings, const Activity& activity, Notices& notices,
+             const Durations& durations);
     ~MainMenu() override;
 
     /// Loads a chosen language; may be null.

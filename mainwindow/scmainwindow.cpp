@@ -11,7 +11,6 @@
 #include "mainwindow/dialogsuspension.h"
 #include "mainwindow/filepage.h"
 #include "mainwindow/formicons.h"
-#include "mainwindow/helpkey.h"
 #include "mainwindow/hotkeys.h"
 #include "mainwindow/mainmenu.h"
 #include "mainwindow/notices/noticedisplay.h"
@@ -101,13 +100,12 @@ void SCMainWindow::initializeCapture()
 
 void SCMainWindow::makeFrame()
 {
-    using platform::FramelessWindow;
-    auto* const frame = new FramelessWindow(this);
+    auto* const frame = new platform::FramelessWindow(this);
     frame->setTitleBar(m_ui->titleBar);
     frame->setHitTestVisible(m_ui->menuBtn);
     frame->setHitTestVisible(m_ui->settingsBtn);
-    frame->setSystemButton(FramelessWindow::SystemButton::Minimise, m_ui->minimizeBtn);
-    frame->setSystemButton(FramelessWindow::SystemButton::Close, m_ui->closeBtn);
+    frame->setSystemButton(platform::FramelessWindow::SystemButton::Minimise, m_ui->minimizeBtn);
+    frame->setSystemButton(platform::FramelessWindow::SystemButton::Close, m_ui->closeBtn);
     connect(m_ui->minimizeBtn, &QPushButton::clicked, this, &QWidget::showMinimized);
     connect(m_ui->closeBtn, &QPushButton::clicked, this, &QWidget::close);
 }
@@ -159,7 +157,6 @@ void SCMainWindow::makePages()
     connect(&m_view->session(), &RecordingSession::fileProduced, this, &SCMainWindow::fileProduced);
     connect(this, &SCMainWindow::fileProduced, m_filePage, &FilePage::addFile);
     new WindowFit({*this, *m_ui->titleBar, *m_ui->sideBar, *m_ui->pages, *m_ui->recordingScroll});
-
     auto* const tabs = new QButtonGroup(this);
     tabs->addButton(m_ui->recordingTab, m_ui->pages->indexOf(m_ui->recordingPage));
     tabs->addButton(m_ui->screenshotTab, m_ui->pages->indexOf(m_ui->screenshotPage));
@@ -187,7 +184,7 @@ void SCMainWindow::connectScreenshots()
 
 void SCMainWindow::makeMenu(const Durations& durations)
 {
-    m_menu = new MainMenu(this, *m_settings, m_activity, durations);
+    m_menu = new MainMenu(this, *m_settings, m_activity, *m_notices, durations);
     connect(m_ui->menuBtn, &QPushButton::clicked, m_menu, [this] { m_menu->popUp(*m_ui->menuBtn); });
     connect(m_ui->settingsBtn, &QPushButton::clicked, m_menu, &MainMenu::openSettings);
     connect(m_menu, &MainMenu::settingsSaved, this, &SCMainWindow::onSettingsSaved);
@@ -204,7 +201,6 @@ void SCMainWindow::makeHotkeys()
     connect(m_hotkeys, &Hotkeys::recordingKeyChanged, this, &SCMainWindow::showHotkey);
     connect(m_hotkeys, &Hotkeys::settingsRequested, m_menu, &MainMenu::openSettings);
     m_hotkeys->apply(*m_settings);
-    new HelpKey(this, *m_notices, *m_settings);
     connect(new PauseKey(this, m_view->session(), *m_notices, [this] { return m_hotkeys->recordingKey(); }),
             &PauseKey::keyChanged, m_view.get(), &RecordingView::setPauseKey);
 }
@@ -294,8 +290,7 @@ bool SCMainWindow::nativeEvent(const QByteArray& eventType, void* message, qintp
 void SCMainWindow::closeEvent(QCloseEvent* event)
 {
     if (m_activity.isIdle()) {
-        m_screenshots->cancel();
-        m_screenshots->cancelSelections();
+        m_screenshots->cancelAll();
         m_webcam->switchOff();
         m_view->hideOverlays();
         QMainWindow::closeEvent(event);

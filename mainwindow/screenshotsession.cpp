@@ -135,6 +135,12 @@ void ScreenshotSession::cancel()
     end();
 }
 
+void ScreenshotSession::cancelAll()
+{
+    cancel();
+    cancelSelections();
+}
+
 void ScreenshotSession::frameScreen()
 {
     const QScreen* const screen = QGuiApplication::primaryScreen();

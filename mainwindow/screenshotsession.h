@@ -34,6 +34,7 @@ public:
     void cancelSelections();
 
     void cancel();
+    void cancelAll();
 
     /// For another choice on the recording page: cancels selections, and a frame over a window that was picked there.
     void cancelPick();

@@ -172,8 +172,7 @@ void CaptureController::settleArea()
     m_sizeFields.restore();
     if (m_selection.isScreenOn())
         m_screenshots.recordPickedWindow();
-    m_screenshots.cancel();
-    m_screenshots.cancelSelections();
+    m_screenshots.cancelAll();
     fitRegion();
 }
 

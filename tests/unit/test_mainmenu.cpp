@@ -4,6 +4,7 @@
 #include "mainwindow/activity.h"
 #include "mainwindow/durations.h"
 #include "mainwindow/mainmenu.h"
+#include "mainwindow/notices/notices.h"
 #include "tests/support/shownwindow.h"
 #include "tests/support/testrun.h"
 
@@ -29,7 +30,8 @@ private slots:
         m_settings->clear();
         m_settings->setValue(settingskeys::kLanguage, QStringLiteral("en_US"));
         m_recording = RecordingState::Idle;
-        m_menu = new MainMenu(&m_window, *m_settings, m_activity, Durations{.updateCheckDelayMs = 3'600'000});
+        m_menu =
+            new MainMenu(&m_window, *m_settings, m_activity, m_notices, Durations{.updateCheckDelayMs = 3'600'000});
     }
 
     void cleanup() { delete m_menu; }
@@ -143,6 +145,7 @@ private:
     Activity m_activity{{[this] { return m_recording; }, {}, {}, {}, {}, {}, {}}};
     QWidget m_window;
     std::unique_ptr<QPushButton> m_button;
+    Notices m_notices;
     MainMenu* m_menu = nullptr;
 };
 
