@@ -17,15 +17,26 @@ package_languages() {
     done
 }
 
+# count_of <text> <pattern>
+count_of() {
+    { grep -o "$2" <<<"$1" || true; } | wc -l
+}
+
+# Nothing is translated of what has changed in a release.
 check_package_languages() {
-    local language key entry=$root/packaging/linux/kestrano.desktop metainfo=$1
+    local language key found wanted entry=$root/packaging/linux/kestrano.desktop metainfo
+    metainfo=$(sed '/<releases>/,/<\/releases>/d' "$1")
     for language in $(package_languages); do
         for key in GenericName Comment Keywords; do
             grep -q "^${key}\[$language\]=." "$entry" || die "the desktop entry has no $key for $language"
         done
-        for key in summary p li keyword caption; do
-            grep -q "<$key xml:lang=\"${language/_/-}\">" "$metainfo" || die "the metainfo has no <$key> for $language"
+        for key in summary p li caption; do
+            found=$(count_of "$metainfo" "<$key xml:lang=\"${language/_/-}\">")
+            wanted=$(count_of "$metainfo" "<$key>")
+            [[ $found == "$wanted" ]] || die "the metainfo has $found instead of $wanted <$key> for $language"
         done
+        # As many as the language has words.
+        [[ $metainfo == *"<keyword xml:lang=\"${language/_/-}\">"* ]] || die "the metainfo has no <keyword> for $language"
     done
 }
 
