@@ -20,16 +20,11 @@
 
 namespace {
 
-/// Threads that a disk may keep for ever. The program ends without them.
-QThreadPool& threads()
+QThreadPool* newPool(int mostThreads)
 {
-    constexpr int kMost = 8;
-    static auto* const pool = [] {
-        auto* const made = new QThreadPool;
-        made->setMaxThreadCount(kMost);
-        return made;
-    }();
-    return *pool;
+    auto* const pool = new QThreadPool;
+    pool->setMaxThreadCount(mostThreads);
+    return pool;
 }
 
 SaveFolderFault faultOfTyped(const QString& folder)
@@ -59,6 +54,13 @@ const char* faultText(SaveFolderFault fault)
 }
 
 } // namespace
+
+QThreadPool& FolderField::threads(bool isTyped)
+{
+    static auto* const ofTyped = newPool(8);
+    static auto* const ofStored = newPool(2);
+    return isTyped ? *ofTyped : *ofStored;
+}
 
 FolderField::FolderField(QLineEdit* edit, QLabel& note) : QObject(edit), m_edit(*edit), m_note(note)
 {
@@ -122,7 +124,7 @@ void FolderField::look()
     m_isLooking = true;
     m_disk.setFuture(promise->future());
     tell(isChanged() ? tr("Checking the folder...") : QString(), false);
-    threads().start([promise, folder = folder(), isTyped = isChanged()] {
+    threads(isChanged()).start([promise, folder = folder(), isTyped = isChanged()] {
         promise->start();
         promise->addResult(stateOf(folder, isTyped));
         promise->finish();

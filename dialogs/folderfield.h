@@ -11,6 +11,7 @@
 
 class QLabel;
 class QLineEdit;
+class QThreadPool;
 
 /// A field for a folder, with a note below: the space there, or why no file can be saved in what was typed. Escape
 /// restores the stored folder. The disk is asked on another thread. Child of the field. User-interface thread.
@@ -36,6 +37,10 @@ public:
 
     /// With all of the text selected.
     void takeFocus();
+
+    /// A disk may keep them for ever; the program ends without them. Looks at stored folders have threads of their own:
+    /// Save waits for those at typed ones.
+    static QThreadPool& threads(bool isTyped);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
