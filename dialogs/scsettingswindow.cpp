@@ -159,22 +159,47 @@ void SCSettingsWindow::onButtonBoxClicked(QAbstractButton* button)
 /// And close, once the disk has answered for both folders.
 void SCSettingsWindow::saveAfterCheck()
 {
+    if (m_isSaving)
+        return;
+    setSaving(true);
     checkFolder(*m_recordingFolder, *m_ui->recordingSettingsTab, [this] {
         checkFolder(*m_screenshotFolder, *m_ui->screenshotSettingsTab, [this] {
+            setSaving(false);
             save();
             close();
         });
     });
 }
 
+void SCSettingsWindow::setSaving(bool isSaving)
+{
+    m_isSaving = isSaving;
+    m_ui->sideBar->setDisabled(isSaving);
+    m_ui->stackedWidget->setDisabled(isSaving);
+    // The button stays enabled: it would pass the keyboard on to Cancel.
+    const QString note = isSaving ? tr("Checking the folder...") : QString();
+    m_ui->savingNote->setText(note);
+    m_ui->buttonBox->button(QDialogButtonBox::Save)->setAccessibleDescription(note);
+}
+
+/// Whatever the disk says then, nothing is saved.
+void SCSettingsWindow::closeEvent(QCloseEvent* event)
+{
+    setSaving(false);
+    QMainWindow::closeEvent(event);
+}
+
 /// Goes on, or shows the page of the folder that cannot be used.
 void SCSettingsWindow::checkFolder(FolderField& field, QAbstractButton& tab, const std::function<void()>& next)
 {
-    field.check([&field, &tab, next](bool isUsable) {
+    field.check([this, &field, &tab, next](bool isUsable) {
+        if (!m_isSaving)
+            return;
         if (isUsable) {
             next();
             return;
         }
+        setSaving(false);
         tab.click();
         field.takeFocus();
     });

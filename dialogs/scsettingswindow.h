@@ -17,8 +17,8 @@ class SCSettingsWindow;
 }
 
 /// Edits formats, folders, hotkeys and pointer options. Save writes them, unless a folder was typed that cannot be
-/// used; a folder is written when chosen, also before a cancel. Shown with dialogwindow::showOver(). User-interface
-/// thread.
+/// used; nothing can be changed until the disk has answered. A folder is written when chosen, also before a cancel.
+/// Shown with dialogwindow::showOver(). User-interface thread.
 class SCSettingsWindow : public QMainWindow
 {
     Q_OBJECT
@@ -27,6 +27,9 @@ public:
     /// @throw std::out_of_range for an unknown format in the settings
     explicit SCSettingsWindow(QWidget* parent);
     ~SCSettingsWindow() override;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
 
 signals:
     void updateSettings();
@@ -53,6 +56,7 @@ private:
     void fillScreenshotHotkeys();
     void chooseFolder(FolderField& field, const QString& title, QLatin1String key);
     void saveAfterCheck();
+    void setSaving(bool isSaving);
     void checkFolder(FolderField& field, QAbstractButton& tab, const std::function<void()>& next);
     void save();
 
@@ -70,4 +74,6 @@ private:
     QString m_screenshotSaveLocation;
     bool m_showCursor = false;
     bool m_showHighlight = false;
+    /// Save waits for the disk.
+    bool m_isSaving = false;
 };

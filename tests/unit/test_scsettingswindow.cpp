@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/settings.h"
 #include "app/settingstables.h"
+#include "dialogs/folderfield.h"
 #include "dialogs/scsettingswindow.h"
 #include "tests/support/messagecapture.h"
 #include "tests/support/windowtest.h"
@@ -17,14 +18,20 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSemaphore>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 #include <QTimer>
 #include <QTranslator>
 
+#include <utility>
+
+#include <functional>
+#include <memory>
 #include <stdexcept>
 
 namespace {
@@ -50,6 +57,52 @@ QStringList keysWithout(const QString& left)
     }
     return keys;
 }
+
+/// A disk that does not answer, until it is released.
+class HeldThreads
+{
+public:
+    explicit HeldThreads(QThreadPool& pool) : m_count(pool.maxThreadCount())
+    {
+        for (int number = 0; number < m_count; ++number)
+            pool.start([gates = m_gates] {
+                gates->held.release();
+                gates->open.acquire();
+            });
+        m_gates->held.acquire(m_count);
+    }
+    ~HeldThreads() { release(); }
+    Q_DISABLE_COPY_MOVE(HeldThreads)
+
+    void release() { m_gates->open.release(std::exchange(m_count, 0)); }
+
+private:
+    struct Gates
+    {
+        QSemaphore held;
+        QSemaphore open;
+    };
+
+    int m_count;
+    std::shared_ptr<Gates> m_gates = std::make_shared<Gates>();
+};
+
+/// Of a widget that it filters.
+class EnablingCounter : public QObject
+{
+public:
+    int count() const { return m_count; }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::EnabledChange && static_cast<QWidget*>(watched)->isEnabled())
+            ++m_count;
+        return false;
+    }
+
+private:
+    int m_count = 0;
+};
 
 } // namespace
 
@@ -336,20 +389,82 @@ private slots:
         QCOMPARE(note("recordingFolderNote"), QString());
         m_window->show();
         QTRY_VERIFY(note("recordingFolderNote").startsWith("Free space: "));
-        QLineEdit& field = type("recordingSettingsTab", "recordingFileLocationLE", folder.filePath("new"));
+        type("recordingSettingsTab", "recordingFileLocationLE", folder.filePath("new"));
         press(QDialogButtonBox::Save);
         QVERIFY(m_window->isVisible());
         QCOMPARE(note("recordingFolderNote"), QString("Checking the folder..."));
-        // Whoever goes on typing does not want what was there to be saved.
-        QTest::keyClick(&field, Qt::Key_A);
-        QCOMPARE(note("recordingFolderNote"), QString());
-        QTest::keyClick(&field, Qt::Key_Return);
+        QTRY_VERIFY(!m_window->isVisible());
+        QCOMPARE(text(settingskeys::kRecordingSaveLocation), folder.filePath("new"));
+    }
+
+    void nothingCanBeChangedWhileSaveWaitsForTheDisk()
+    {
+        const QTemporaryDir folder;
+        open();
+        const QSignalSpy updated(m_window.get(), &SCSettingsWindow::updateSettings);
+        HeldThreads disk(FolderField::threads(true));
+        type("recordingSettingsTab", "recordingFileLocationLE", folder.filePath("a"));
+        type("screenshotSettingsTab", "screenshotFileLocationLE", folder.filePath("b"));
+        child<QPushButton>("hotkeysSettingsTab")->click();
+        press(QDialogButtonBox::Save);
+        for (const char* const control :
+             {"recordingSettingsTab", "mouseSettingsTab", "recordingFileLocationLE", "changeRecordingFileLocationBtn",
+              "screenshotFileLocationLE", "changeScreenshotFileLocationBtn", "recordingComboBox"})
+            QVERIFY2(!child<QWidget>(control)->isEnabled(), control);
+        QVERIFY(child<QLabel>("savingNote")->isVisible());
+        QCOMPARE(note("savingNote"), QString("Checking the folder..."));
+        QVERIFY(child<QPushButton>("closeBtn")->isEnabled() && button(QDialogButtonBox::Cancel)->isEnabled());
+        QCOMPARE(m_window->focusWidget(), button(QDialogButtonBox::Save));
+        press(QDialogButtonBox::Save);
+        // Not for a moment, between the one folder and the other.
+        EnablingCounter enabled;
+        child<QStackedWidget>("stackedWidget")->installEventFilter(&enabled);
+        disk.release();
+        QTRY_VERIFY(!m_window->isVisible());
+        QCOMPARE(enabled.count(), 1);
+        QCOMPARE(updated.size(), 1);
+        QCOMPARE(text(settingskeys::kRecordingSaveLocation), folder.filePath("a"));
+        QCOMPARE(text(settingskeys::kScreenshotSaveLocation), folder.filePath("b"));
+    }
+
+    void whoeverClosesTheWindowWhileSaveWaitsSavesNothing_data()
+    {
+        using Close = std::function<void(TestSCSettingsWindow&)>;
+        QTest::addColumn<Close>("close");
+        QTest::newRow("Cancel") << Close([](TestSCSettingsWindow& test) { test.press(QDialogButtonBox::Cancel); });
+        QTest::newRow("X") << Close([](TestSCSettingsWindow& test) { test.child<QPushButton>("closeBtn")->click(); });
+        QTest::newRow("Escape") << Close(
+            [](TestSCSettingsWindow& test) { QTest::keyClick(test.m_window.get(), Qt::Key_Escape); });
+    }
+
+    void whoeverClosesTheWindowWhileSaveWaitsSavesNothing()
+    {
+        QFETCH(const std::function<void(TestSCSettingsWindow&)>, close);
+        const QTemporaryDir folder;
+        const auto before = stored();
+        open();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        const QSignalSpy updated(m_window.get(), &SCSettingsWindow::updateSettings);
+        HeldThreads disk(FolderField::threads(true));
+        type("recordingSettingsTab", "recordingFileLocationLE", folder.filePath("new"));
+        press(QDialogButtonBox::Save);
+        close(*this);
+        QVERIFY(!m_window->isVisible());
+        disk.release();
         QTRY_VERIFY(note("recordingFolderNote").startsWith("The folder will be created."));
-        QVERIFY(m_window->isVisible());
-        QCOMPARE(text(settingskeys::kRecordingSaveLocation), folder.path());
+        QCOMPARE(updated.size(), 0);
+        QCOMPARE(stored(), before);
+    }
+
+    void diskOfTheStoredFoldersThatHangsDoesNotKeepSave()
+    {
+        const QTemporaryDir folder;
+        const HeldThreads hung(FolderField::threads(false));
+        open();
+        type("recordingSettingsTab", "recordingFileLocationLE", folder.filePath("new"));
         press(QDialogButtonBox::Save);
         QTRY_VERIFY(!m_window->isVisible());
-        QCOMPARE(text(settingskeys::kRecordingSaveLocation), folder.filePath("newa"));
+        QCOMPARE(text(settingskeys::kRecordingSaveLocation), folder.filePath("new"));
     }
 
     void typedFolderIsCheckedAndStoredBySave()
@@ -404,6 +519,8 @@ private slots:
         QCOMPARE(note("screenshotFolderNote"), expected);
         QCOMPARE(field.accessibleDescription(), expected);
         QCOMPARE(m_window->focusWidget(), &field);
+        QVERIFY(field.isEnabled() && child<QPushButton>("hotkeysSettingsTab")->isEnabled());
+        QCOMPARE(note("savingNote"), QString());
     }
 
     void markGoesWithTheNextLetter()
@@ -576,10 +693,12 @@ private:
         return *field;
     }
 
-    void press(QDialogButtonBox::StandardButton which) const
+    QPushButton* button(QDialogButtonBox::StandardButton which) const
     {
-        QTest::mouseClick(child<QDialogButtonBox>("buttonBox")->button(which), Qt::LeftButton);
+        return child<QDialogButtonBox>("buttonBox")->button(which);
     }
+
+    void press(QDialogButtonBox::StandardButton which) const { QTest::mouseClick(button(which), Qt::LeftButton); }
 
     void chooseFolder(const QString& button, const QString& title, const QString& folder)
     {
