@@ -186,16 +186,20 @@ void SCFileManager::readDetails(const std::function<bool(const FileRecord&)>& is
     m_reader->add(requests);
 }
 
+/// While a file is in use, once it is no more.
 void SCFileManager::readDetailsOf(const QString& path)
 {
+    if (!m_fileInUse.isEmpty())
+        m_toRead.insert(path);
     readDetails([&path](const FileRecord& record) { return record.filepath == path; });
 }
 
 void SCFileManager::readMissingDetails()
 {
-    readDetails([](const FileRecord& record) {
+    readDetails([wanted = std::exchange(m_toRead, {})](const FileRecord& record) {
         const FileDetails details = FileDetails::of(record.properties);
-        return !details.sizeBytes || (record.isMedia() && !details.durationMs && !details.isUnreadable);
+        return wanted.contains(record.filepath) || !details.sizeBytes ||
+               (record.isMedia() && !details.durationMs && !details.isUnreadable);
     });
 }
 
@@ -359,13 +363,21 @@ void SCFileManager::showInFolder(const QString& path)
         platform::revealInFileManager(path);
 }
 
+bool SCFileManager::isMarkedMissing(const QString& path) const
+{
+    return std::any_of(files().begin(), files().end(), [&path](const FileRecord& record) {
+        return record.filepath == path && FileDetails::of(record.properties).isMissing;
+    });
+}
+
 bool SCFileManager::isThere(const QString& path)
 {
     const bool isThere = QFileInfo::exists(path);
-    if (!isThere) {
+    if (!isThere)
         emit fileMissing(path);
+    // It may have come back.
+    if (!isThere || isMarkedMissing(path))
         readDetailsOf(path);
-    }
     return isThere;
 }
 

@@ -109,6 +109,7 @@ private:
     void deleteFile(QAbstractItemView& view, const QPersistentModelIndex& row);
     bool isInUse(const QString& path) const;
     bool isThere(const QString& path);
+    bool isMarkedMissing(const QString& path) const;
     bool refuseFileInUse(const QString& path, QWidget* parent) const;
     void removeRecords(const QStringList& paths, bool fromDisk);
 
@@ -122,6 +123,8 @@ private:
     QString m_fileInUse;
     QStringList m_filesBeingSaved;
     QSet<QString> m_recordedFiles;
+    /// Of these the details are wanted once no file is in use.
+    QSet<QString> m_toRead;
     bool m_saveFails = false;
     bool m_hasUnsavedDetails = false;
     bool m_iconPressed = false;

@@ -7,6 +7,7 @@
 #include "files/filerowtexts.h"
 #include "files/filestore.h"
 #include "files/scfilemanager.h"
+#include "tests/support/addresses.h"
 #include "tests/support/filelibrary.h"
 #include "tests/support/windowtest.h"
 
@@ -380,6 +381,40 @@ private slots:
         const SCFileManager restarted;
         QTRY_COMPARE(propertiesOnDisk().value("sizeBytes"), QJsonValue(3));
         QVERIFY(!propertiesOnDisk().contains("missing"));
+    }
+
+    void fileThatHasComeBackIsMissingNoMore()
+    {
+        ProducedFiles produced;
+        const QString path = produced.add(QStringLiteral("shot.png"));
+        const QString away = path + QLatin1String(".away");
+        const OpenedAddresses opener({"file"});
+        SCFileManager library;
+        library.addFile(path, QStringLiteral("screenshot"));
+        QTRY_COMPARE(propertiesOnDisk().value("sizeBytes"), QJsonValue(0));
+        // As when a disk is taken out and plugged in again.
+        QVERIFY(QFile::rename(path, away));
+        library.openFile(path);
+        QTRY_COMPARE(propertiesOnDisk().value("missing"), QJsonValue(true));
+        QVERIFY(QFile::rename(away, path));
+        library.openFile(path);
+        QCOMPARE(opener.files(), QStringList{path});
+        QTRY_COMPARE(propertiesOnDisk().value("sizeBytes"), QJsonValue(0));
+        QVERIFY(!propertiesOnDisk().contains("missing"));
+    }
+
+    void fileThatIsFoundMissingDuringARecordingSaysSoAfterIt()
+    {
+        ProducedFiles produced;
+        const QString path = produced.add(QStringLiteral("shot.png"));
+        SCFileManager library;
+        library.addFile(path, QStringLiteral("screenshot"));
+        QTRY_COMPARE(propertiesOnDisk().value("sizeBytes"), QJsonValue(0));
+        library.setFileInUse(produced.add(QStringLiteral("recorded.mp4")));
+        QVERIFY(QFile::remove(path));
+        library.openFile(path);
+        library.setFileInUse({});
+        QTRY_COMPARE(propertiesOnDisk().value("missing"), QJsonValue(true));
     }
 
     void recordingWhoseFileNeverCameSaysSo()
