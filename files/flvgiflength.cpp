@@ -53,6 +53,9 @@ std::optional<Tag> readTag(QFile& file, qint64 position)
 /// Where the file is whole.
 std::optional<Tag> lastTag(QFile& file)
 {
+    // To seek before the beginning would be a fault of the disk.
+    if (file.size() < kFlvHeadBytes + kTagTailBytes)
+        return std::nullopt;
     const QByteArray tail = file.seek(file.size() - kTagTailBytes) ? file.read(kTagTailBytes) : QByteArray();
     if (tail.size() < kTagTailBytes)
         return std::nullopt;

@@ -341,8 +341,8 @@ private slots:
         else
             QVERIFY2(qAbs(ms - kLengthMs) <= 150, qPrintable(QString::number(ms)));
         QVERIFY(!media.isUnreadable);
-        // Neither the head alone nor noise has a length.
-        for (const QByteArray& bytes : {whole.first(9), QByteArray(4096, '\x5a'), QByteArray()}) {
+        // Neither the head alone, in part or whole, nor noise has a length.
+        for (const QByteArray& bytes : {whole.first(3), whole.first(9), QByteArray(4096, '\x5a'), QByteArray()}) {
             write(path, bytes);
             QVERIFY(!read(path, work).length);
             QVERIFY(read(path, work).isUnreadable);
