@@ -12,6 +12,8 @@
 
 #include <utility>
 
+#include <algorithm>
+
 namespace {
 
 using Request = FileDetailsReader::Request;
@@ -44,10 +46,14 @@ struct FileDetailsReader::Job
 {
     explicit Job(const QList<Request>& wanted) : requests(wanted) {}
 
+    QList<Request> rest() const { return requests.sliced(done); }
+
     const QList<Request> requests;
     FileWork work;
-    /// So many of the requests need not be read again. Of the user-interface thread.
+    // The thread writes them within a change of the work. Whoever has cancelled it has them for himself.
+    /// So many of the requests have been read.
     qsizetype done = 0;
+    QHash<QString, FileDetails> unreported;
 };
 
 FileDetailsReader::FileDetailsReader(QObject* parent) : QObject(parent), m_thread(std::make_unique<QThreadPool>())
@@ -76,63 +82,92 @@ void FileDetailsReader::cancel(const QStringList& paths)
 {
     constexpr int kInterruptLimitMs = 500;
     const QSet<QString> cancelled(paths.begin(), paths.end());
-    QList<Request> rest;
-    for (const auto& job : std::as_const(m_jobs))
-        rest.append(job->requests.sliced(job->done));
     const auto isCancelled = [&cancelled](const Request& request) { return cancelled.contains(request.path); };
-    if (rest.removeIf(isCancelled) == 0)
+    const auto has = [&isCancelled](const std::shared_ptr<Job>& job) {
+        return std::any_of(job->requests.cbegin(), job->requests.cend(), isCancelled);
+    };
+    const auto jobs = m_jobs;
+    if (std::none_of(jobs.cbegin(), jobs.cend(), has))
         return;
     cancelAll();
-    m_thread->waitForDone(kInterruptLimitMs);
-    add(rest);
+    QList<Request> rest;
+    QHash<QString, FileDetails> unreported;
+    for (const auto& job : jobs) {
+        rest.append(job->rest());
+        unreported.insert(job->unreported);
+    }
+    const bool isBeingRead = !rest.isEmpty() && isCancelled(rest.constFirst());
+    rest.removeIf(isCancelled);
+    for (const QString& path : paths)
+        unreported.remove(path);
+    if (isBeingRead)
+        m_thread->waitForDone(kInterruptLimitMs);
+    const auto job = std::make_shared<Job>(rest);
+    job->unreported = unreported;
+    start(job);
 }
 
 void FileDetailsReader::add(const QList<Request>& requests)
 {
-    if (requests.isEmpty())
-        return;
-    m_jobs.append(std::make_shared<Job>(requests));
-    m_thread->start([this, job = m_jobs.constLast()] { run(job); });
+    if (!requests.isEmpty())
+        start(std::make_shared<Job>(requests));
+}
+
+void FileDetailsReader::start(const std::shared_ptr<Job>& job)
+{
+    m_jobs.append(job);
+    m_thread->start([this, job] { run(job); });
 }
 
 /// On the thread; uses this object only through report().
 void FileDetailsReader::run(const std::shared_ptr<Job>& job)
 {
     constexpr qint64 kReportMs = 1000;
-    QHash<QString, FileDetails> details;
     QElapsedTimer sinceReport;
     sinceReport.start();
-    qsizetype done = 0;
     for (const Request& request : job->requests) {
-        const FileDetails read = detailsOf(request, job->work);
         if (job->work.isCancelled())
             return;
-        ++done;
-        if (read != request.known)
-            details.insert(request.path, read);
-        if (details.isEmpty() || !sinceReport.hasExpired(kReportMs))
+        const FileDetails read = detailsOf(request, job->work);
+        bool isToReport = false;
+        job->work.change([&] {
+            ++job->done;
+            if (read != request.known)
+                job->unreported.insert(request.path, read);
+            isToReport = !job->unreported.isEmpty() && sinceReport.hasExpired(kReportMs);
+        });
+        if (!isToReport)
             continue;
-        report(job, std::exchange(details, {}), done);
+        report(job);
         sinceReport.restart();
     }
-    report(job, details, done);
+    report(job);
 }
 
-void FileDetailsReader::report(const std::shared_ptr<Job>& job, const QHash<QString, FileDetails>& details,
-                               qsizetype done)
+void FileDetailsReader::report(const std::shared_ptr<Job>& job)
 {
-    const auto emitRead = [this, job, details, done] {
-        // It may have been cancelled meanwhile.
-        if (!m_jobs.contains(job))
-            return;
-        job->done = done;
-        if (done == job->requests.size())
-            m_jobs.removeOne(job);
-        if (!details.isEmpty())
-            emit read(details);
-        if (m_jobs.isEmpty())
-            emit finished();
-    };
     // Who has cancelled it may be gone.
-    job->work.change([this, &emitRead] { QMetaObject::invokeMethod(this, emitRead, Qt::QueuedConnection); });
+    job->work.change([this, &job] {
+        QMetaObject::invokeMethod(
+            this, [this, job] { onReport(job); }, Qt::QueuedConnection);
+    });
+}
+
+void FileDetailsReader::onReport(const std::shared_ptr<Job>& job)
+{
+    // It may have been cancelled meanwhile, or an earlier report was the last one.
+    if (!m_jobs.contains(job))
+        return;
+    QHash<QString, FileDetails> details;
+    bool isDone = false;
+    job->work.change([&] {
+        details = std::exchange(job->unreported, {});
+        isDone = job->done == job->requests.size();
+    });
+    if (isDone)
+        m_jobs.removeOne(job);
+    if (!details.isEmpty())
+        emit read(details);
+    if (m_jobs.isEmpty())
+        emit finished();
 }

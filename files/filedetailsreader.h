@@ -38,7 +38,8 @@ public:
     /// A recording needs disk and processor for itself.
     void cancelAll();
 
-    /// Of these files nothing is read any more. When this returns they are closed, unless the disk does not answer.
+    /// Of these files nothing is read any more. When this returns they are closed, unless the disk does not answer;
+    /// waits only for one that is being read.
     void cancel(const QStringList& paths);
 
 signals:
@@ -50,8 +51,10 @@ signals:
 private:
     struct Job;
 
+    void start(const std::shared_ptr<Job>& job);
     void run(const std::shared_ptr<Job>& job);
-    void report(const std::shared_ptr<Job>& job, const QHash<QString, FileDetails>& details, qsizetype done);
+    void report(const std::shared_ptr<Job>& job);
+    void onReport(const std::shared_ptr<Job>& job);
 
     QList<std::shared_ptr<Job>> m_jobs;
     /// Of one thread.

@@ -22,6 +22,9 @@
 #include <QTest>
 
 #include <memory>
+#include <poll.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 namespace {
 
@@ -61,6 +64,28 @@ QJsonObject propertiesOnDisk()
 {
     return QJsonDocument::fromJson(filelibrary::text()).array().at(0).toObject().value("properties").toObject();
 }
+
+/// Of a file, by somebody who opens it to read and closes it again.
+class ReadingWatch
+{
+public:
+    explicit ReadingWatch(const QString& path) : m_watch(inotify_init1(IN_CLOEXEC))
+    {
+        inotify_add_watch(m_watch, QFile::encodeName(path).constData(), IN_CLOSE_NOWRITE);
+    }
+    ~ReadingWatch() { close(m_watch); }
+    Q_DISABLE_COPY_MOVE(ReadingWatch)
+
+    /// No event is handled meanwhile.
+    bool waitForReading() const
+    {
+        pollfd watch{m_watch, POLLIN, 0};
+        return poll(&watch, 1, 30'000) == 1;
+    }
+
+private:
+    int m_watch;
+};
 
 /// As after a recording.
 void addRecorded(SCFileManager& library, const QString& path)
@@ -305,6 +330,36 @@ private slots:
         reader.add({{deleted, true, {}}});
         reader.cancel({deleted});
         QVERIFY(read.isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 30'000);
+        QCOMPARE(read.size(), 1);
+        QCOMPARE(read.first().first().value<Details>().keys(), QStringList{other});
+    }
+
+    void deletionLetsTheReaderGoOnFromWhereItIs()
+    {
+        const QByteArray noise(100, '\x5a');
+        const QString asItWas = m_folder->filePath("a.flv");
+        const QString other = m_folder->filePath("b.flv");
+        const QString last = m_folder->filePath("c.flv");
+        for (const QString& path : {asItWas, other, last})
+            write(path, noise);
+        const FileDetails unreadable{noise.size(), std::nullopt, true, false};
+        const FileDetails missing{std::nullopt, std::nullopt, false, true};
+        QList<FileDetailsReader::Request> requests{
+            {asItWas, true, unreadable}, {other, true, {}}, {last, true, unreadable}};
+        // The reader is not through with them before the deletion.
+        requests.append(QList<FileDetailsReader::Request>(100'000, {m_folder->filePath("none"), false, missing}));
+        const QString deleted = m_folder->filePath("d.flv");
+        requests.append({deleted, true, {}});
+        const ReadingWatch watch(last);
+        FileDetailsReader reader;
+        const QSignalSpy read(&reader, &FileDetailsReader::read);
+        const QSignalSpy finished(&reader, &FileDetailsReader::finished);
+        reader.add(requests);
+        QVERIFY(watch.waitForReading());
+        // Who reads it again reports it.
+        write(asItWas, "changed");
+        reader.cancel({deleted});
         QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 30'000);
         QCOMPARE(read.size(), 1);
         QCOMPARE(read.first().first().value<Details>().keys(), QStringList{other});
