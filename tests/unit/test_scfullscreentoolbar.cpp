@@ -11,7 +11,6 @@
 #include <QHBoxLayout>
 #include <QHelpEvent>
 #include <QLabel>
-#include <QMenu>
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QScreen>
@@ -476,25 +475,6 @@ private slots:
         QVERIFY(bar.offersKeyboard());
         bar.hide();
         QVERIFY(!bar.offersKeyboard());
-    }
-
-    void barThatIsRefusedTheKeyboardFadesAgain()
-    {
-        QWidget other;
-        other.show();
-        BriefToolbar bar;
-        pointAway();
-        bar.move(screenPoint(260, 0));
-        bar.setTopEdgeOnly(true);
-        bar.show();
-        // No window becomes active below a menu.
-        QMenu menu;
-        menu.addAction(QStringLiteral("Entry"));
-        menu.popup(screenPoint(400, 300));
-        bar.takeKeyboard();
-        QVERIFY(bar.isVisible());
-        QVERIFY(!bar.hasKeyboard());
-        QTRY_VERIFY(!bar.isVisible());
     }
 
     void topEdgeOnlyReleasesThePinForAsLongAsItLasts()
