@@ -108,6 +108,8 @@ void AudioDevice::refreshDevices()
 
 bool AudioDevice::isOn() const
 {
+    if (!obs_initialized())
+        return false;
     const ObsSourceHandle source(obs_get_output_source(m_kind.channel));
     return source && source == m_source;
 }
