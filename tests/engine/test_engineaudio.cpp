@@ -310,7 +310,8 @@ private slots:
         AudioReports reports(*m_wrapper);
         behaviour().microphones = {{"Default", "default"}};
         noticeChange();
-        QTRY_COMPARE(reports.take(), QStringList{"default 1"});
+        QTRY_COMPARE(reports.count(), 1);
+        QCOMPARE(reports.take(), QStringList{"default 1"});
         m_wrapper->setMicDevice(false, QStringLiteral("default"));
         m_wrapper->setMicDevice(true, QStringLiteral("default"));
         listDevices();
