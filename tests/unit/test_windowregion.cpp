@@ -326,6 +326,8 @@ private slots:
     {
         QFETCH(const QStringList, tiles);
         WindowForm form;
+        // Has both fields of the size filled.
+        QTest::mouseClick(child<Tile>(form, "fullScreenTile"), Qt::LeftButton);
         QTest::mouseClick(child<Tile>(form, "windowTile"), Qt::LeftButton);
         emit shownWindow<WindowHighlighter>()->windowClicked(kArea);
         chooseByTag(form);
