@@ -204,7 +204,7 @@ private:
 
     static std::shared_ptr<FakeCameras> cameras()
     {
-        const auto cameras = std::make_shared<FakeCameras>();
+        auto cameras = std::make_shared<FakeCameras>();
         cameras->plugIn({FakeCameras::device("camera", {FakeCameras::format(1280, 720, 30)})});
         return cameras;
     }
